@@ -1,0 +1,60 @@
+// The main form with everything that lives as long as the process: controls, channels, shared state, memory image and
+// operations. No toolkit: the window renders it, the tests drive it.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "data/decodificador.h"
+#include "link/puerto_serie.h"
+#include "platform/bucle.h"
+#include "platform/dialogos.h"
+#include "platform/reloj.h"
+#include "ui/forma_coef.h"
+#include "ui/forma_inicio.h"
+#include "ui/forma_presenta.h"
+#include "ui/forma_progress.h"
+
+namespace telvane {
+
+// What comes in from outside.
+struct Entorno {
+    Bucle& bucle;
+    const Reloj& reloj;
+    Puertos& puertos;
+    Dialogos& dialogos;
+    // Ends the process at once with this exit status: nothing flushed, nothing asked.
+    std::function<void(int estado)> terminar;
+    // Reports what nobody expected in one critical message box; the process ends with status 1 afterwards.
+    std::function<void(const std::string& que)> informeDeFallo;
+    Perfil perfil = Perfil::estricto;
+};
+
+class Inicio {
+   public:
+    explicit Inicio(Entorno entorno);
+    Inicio(const Inicio&) = delete;
+    Inicio& operator=(const Inicio&) = delete;
+    ~Inicio();
+
+    FormaInicio forma;
+    FormaProgress progress;
+    FormaPresenta presenta;
+    FormaCoef coef;
+
+    // Start-up of the program (Form_Load): ends with the port search, which asks the user first.
+    void cargar();
+
+    // What the user did, as the shell saw it. Nothing happens for a disabled or hidden control.
+    void pulsar(Control& control);
+    void cambiar(Control& control, const std::string& texto);
+    void salirDe(Control& control);
+    // A key of the character code in a text field; 0 when the field is to swallow it.
+    int teclear(Control& control, int tecla);
+
+   private:
+    struct Partes;
+    std::unique_ptr<Partes> partes_;
+};
+
+}  // namespace telvane

@@ -1,0 +1,13 @@
+# The warnings every target of ours is built with. Turned into errors by the presets only, so that a
+# packager with another compiler is not stopped by a new warning.
+add_library(telvane_avisos INTERFACE)
+target_compile_options(telvane_avisos INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+  -Wnon-virtual-dtor -Woverloaded-virtual)
+if(TELVANE_AVISOS_COMO_ERRORES)
+  target_compile_options(telvane_avisos INTERFACE -Werror)
+endif()
+
+if(TELVANE_SANEADORES)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()

@@ -1,0 +1,36 @@
+// The decoding loop and the sixteen buffers in which its lines are collected.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "data/decodificador.h"
+#include "data/memoria.h"
+
+namespace telvane {
+
+// Blocks 6 to 499 go to the first buffer, 500 to 999 to the second, ... 7500 to 7999 to the sixteenth. What blocks 0 to 5
+// (the logger's header) and 8000 and above yield is dropped.
+class BloquesTexto {
+   public:
+    static constexpr std::size_t kBuferes = 16;
+    static constexpr std::int32_t kPrimerBloque = 6;
+    static constexpr std::int32_t kPorBufer = 500;
+
+    // Decodes blocks 0 to ultimoBloque. alBloque, if given, is told each block's number after it is done.
+    Recuento decodificar(const Memoria& memoria, Decodificador& decodificador, std::int32_t ultimoBloque,
+                         const std::function<void(std::int32_t)>& alBloque = {});
+
+    const std::string& bufer(std::size_t indice) const { return buferes_[indice]; }
+    std::string& bufer(std::size_t indice) { return buferes_[indice]; }
+    // The buffers in order.
+    std::string unidos() const;
+    void vaciar();
+
+   private:
+    std::array<std::string, kBuferes> buferes_;
+};
+
+}  // namespace telvane

@@ -1,0 +1,42 @@
+// The logger's memory image.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "link/protocolo.h"
+
+namespace telvane {
+
+// 18001 blocks (0 to 18000) of 64 bytes; a download fills 0 to 4095. Zero when the program starts.
+class Memoria {
+   public:
+    static constexpr std::size_t kBloques = 18001;
+    using Bloque = std::span<std::uint8_t, kBytesBloque>;
+    using BloqueConst = std::span<const std::uint8_t, kBytesBloque>;
+
+    Memoria() : bytes_(kBloques * kBytesBloque) {}
+
+    Bloque bloque(std::size_t numero) {
+        return Bloque(bytes_.data() + numero * kBytesBloque, kBytesBloque);
+    }
+    BloqueConst bloque(std::size_t numero) const {
+        return BloqueConst(bytes_.data() + numero * kBytesBloque, kBytesBloque);
+    }
+    // The logger's own memory, 262144 bytes: what a base file holds.
+    std::span<std::uint8_t> imagen() { return {bytes_.data(), kBytesMemoria}; }
+    std::span<const std::uint8_t> imagen() const { return {bytes_.data(), kBytesMemoria}; }
+
+   private:
+    std::vector<std::uint8_t> bytes_;
+};
+
+// Last block that the decoding loops visit, the bar's maximum, and the end value of a download's counter
+// (2 handshake replies and 4096 blocks).
+inline constexpr std::int32_t kUltimoBloque = 4098;
+
+}  // namespace telvane

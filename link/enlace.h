@@ -1,0 +1,63 @@
+// What every exchange with the logger shares: the six channels, the state of the form, and the waits.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "link/mscomm.h"
+#include "platform/dialogos.h"
+#include "platform/esperas.h"
+#include "platform/reloj.h"
+#include "ui/forma_inicio.h"
+
+namespace telvane {
+
+// One channel per kind of exchange, all on the port that the search found.
+struct Canales {
+    explicit Canales(Puertos& puertos)
+        : MSComm1(puertos, tenencia),
+          MSComm2(puertos, tenencia),
+          MSComm3(puertos, tenencia),
+          MSComm4(puertos, tenencia),
+          MSComm5(puertos, tenencia),
+          MSComm6(puertos, tenencia) {}
+
+    Tenencia tenencia;
+    MSComm MSComm1;  // port probe and wake-up
+    MSComm MSComm2;  // configuration read
+    MSComm MSComm3;  // serial number write
+    MSComm MSComm4;  // memory download
+    MSComm MSComm5;  // configuration write
+    MSComm MSComm6;  // live data
+};
+
+// The form's shared state.
+struct EstadoEnlace {
+    bool respuesta = false;          // the logger has answered; every receive handler sets it
+    std::int16_t numPuerto = 0;      // port on which the logger answered
+    std::int16_t puertoPrueba = 0;   // candidate of the running search, 0 to 13
+    std::int32_t contador = 0;       // bytes or events of the running exchange
+    std::string tInicio;             // start second of the current wait
+    std::string opcion;              // code of the last answer to a message box
+};
+
+struct Enlace {
+    FormaInicio& forma;
+    Canales& canales;
+    EstadoEnlace& estado;
+    const Reloj& reloj;
+    Esperas& esperas;
+    Dialogos& dialogos;
+
+    // Wakes the logger: 0xBE on MSComm1, two seconds without yielding, then whatever it said is dropped.
+    Tarea<> despertar();
+    // Opens the exchange's channel on numPuerto and sends its opening byte; counters start at 0.
+    void abrir(MSComm& canal);
+    // Notes the clock in tInicio and waits at most one second, yielding, for respuesta.
+    Tarea<> esperarRespuesta();
+    // "No hay equipo conectado ..." and Command1 offered for a new search.
+    Tarea<> avisarNoHayEquipo(std::string_view texto);
+    void ofrecerReconexion();
+};
+
+}  // namespace telvane

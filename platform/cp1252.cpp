@@ -1,0 +1,84 @@
+#include "platform/cp1252.h"
+
+#include <algorithm>
+#include <array>
+
+namespace telvane {
+
+namespace {
+
+// Code points of bytes 0x80 to 0x9F; every other byte is its own code point.
+constexpr std::array<char16_t, 32> kAltos = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+char byteDe(char32_t punto) {
+    if (punto < 0x80 || (punto >= 0xA0 && punto <= 0xFF)) return static_cast<char>(punto);
+    const auto lugar = std::find(kAltos.begin(), kAltos.end(), punto);
+    if (lugar == kAltos.end()) return '?';
+    return static_cast<char>(0x80 + (lugar - kAltos.begin()));
+}
+
+// Reads one code point at posicion and moves past it; a malformed byte is read as U+FFFD.
+char32_t leerPunto(std::string_view texto, std::size_t& posicion) {
+    constexpr char32_t kMalo = 0xFFFD;
+    const auto b0 = static_cast<std::uint8_t>(texto[posicion++]);
+    if (b0 < 0x80) return b0;
+    const int siguen = (b0 & 0xE0) == 0xC0 ? 1 : (b0 & 0xF0) == 0xE0 ? 2 : (b0 & 0xF8) == 0xF0 ? 3 : 0;
+    if (siguen == 0 || posicion + static_cast<std::size_t>(siguen) > texto.size()) return kMalo;
+    char32_t punto = b0 & (0x3Fu >> siguen);
+    for (int i = 0; i < siguen; ++i) {
+        const auto b = static_cast<std::uint8_t>(texto[posicion + static_cast<std::size_t>(i)]);
+        if ((b & 0xC0) != 0x80) return kMalo;
+        punto = (punto << 6) | (b & 0x3F);
+    }
+    posicion += static_cast<std::size_t>(siguen);
+    return punto;
+}
+
+}  // namespace
+
+void agregarUtf8(std::string& texto, std::uint8_t byte) {
+    const char16_t punto = byte >= 0x80 && byte < 0xA0 ? kAltos[byte - 0x80u] : byte;
+    if (punto < 0x80) {
+        texto += static_cast<char>(punto);
+    } else if (punto < 0x800) {
+        texto += static_cast<char>(0xC0 | (punto >> 6));
+        texto += static_cast<char>(0x80 | (punto & 0x3F));
+    } else {
+        texto += static_cast<char>(0xE0 | (punto >> 12));
+        texto += static_cast<char>(0x80 | ((punto >> 6) & 0x3F));
+        texto += static_cast<char>(0x80 | (punto & 0x3F));
+    }
+}
+
+std::string utf8DeCp1252(std::span<const std::uint8_t> bytes) {
+    std::string texto;
+    texto.reserve(bytes.size());
+    for (const auto byte : bytes) agregarUtf8(texto, byte);
+    return texto;
+}
+
+std::string cp1252DeUtf8(std::string_view texto) {
+    std::string bytes;
+    bytes.reserve(texto.size());
+    std::size_t posicion = 0;
+    while (posicion < texto.size()) {
+        // Runs of ASCII, which is nearly all of a saved file, are copied as they stand.
+        std::size_t fin = posicion;
+        while (fin < texto.size() && static_cast<std::uint8_t>(texto[fin]) < 0x80) ++fin;
+        bytes.append(texto.substr(posicion, fin - posicion));
+        posicion = fin;
+        if (posicion < texto.size()) bytes += byteDe(leerPunto(texto, posicion));
+    }
+    return bytes;
+}
+
+std::size_t caracteres(std::string_view texto) {
+    std::size_t cuenta = 0;
+    for (std::size_t posicion = 0; posicion < texto.size(); ++cuenta) leerPunto(texto, posicion);
+    return cuenta;
+}
+
+}  // namespace telvane

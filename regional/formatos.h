@@ -1,0 +1,29 @@
+// Dates and times as text: day/month/year, 24 hours, Spanish names, whatever the session's locale.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "platform/reloj.h"
+
+namespace telvane {
+
+// "20/11/2026"
+std::string fechaCorta(int anio, int mes, int dia);
+std::string fechaCorta(const FechaHora& momento);
+// "17:04:09"; whole seconds of the day, taken modulo 24 hours.
+std::string horaLarga(std::chrono::seconds deDia);
+std::string horaLarga(const FechaHora& momento);
+// "viernes, 20 de noviembre de 2026"
+std::string fechaLarga(const FechaHora& momento);
+
+// Calendar arithmetic: a month or day beyond its range carries on ("2013-19-39" is a date of 2014).
+struct FechaCivil {
+    int anio;
+    int mes;
+    int dia;
+    bool operator==(const FechaCivil&) const = default;
+};
+FechaCivil fechaConAcarreo(int anio, int mes, int dia);
+
+}  // namespace telvane

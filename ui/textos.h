@@ -1,0 +1,15 @@
+// Texts that several operations show, each in this one place. UTF-8, blanks as they stand.
+#pragma once
+
+#include <string_view>
+
+namespace telvane::textos {
+
+inline constexpr std::string_view kPrograma = "Telvane";
+inline constexpr std::string_view kNoHayEquipo = "No hay equipo conectado ,Intente Reconectar ";
+inline constexpr std::string_view kConectar = " Conectar con Registrador ? ";
+inline constexpr std::string_view kErrorContador = "error en contador";
+inline constexpr std::string_view kFinLinea = "\r\n";
+inline constexpr std::string_view kCarpetaDocumentos = "C:\\Mis Documentos\\";
+
+}  // namespace telvane::textos
