@@ -1,19 +1,22 @@
-// The main form with everything that lives as long as the process: controls, channels, shared state, memory image and
-// operations. No toolkit: the window renders it, the tests drive it.
+// The main form with everything that lives as long as the process: controls, channels, shared state, memory
+// image and operations. No toolkit: the window renders it, the tests drive it.
 #pragma once
-
-#include <functional>
-#include <memory>
 
 #include "data/decodificador.h"
 #include "link/puerto_serie.h"
 #include "platform/bucle.h"
 #include "platform/dialogos.h"
 #include "platform/reloj.h"
+#include "regional/registro.h"
 #include "ui/forma_coef.h"
 #include "ui/forma_inicio.h"
 #include "ui/forma_presenta.h"
 #include "ui/forma_progress.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
 
 namespace telvane {
 
@@ -23,15 +26,18 @@ struct Entorno {
     const Reloj& reloj;
     Puertos& puertos;
     Dialogos& dialogos;
+    Registro& registro;
     // Ends the process at once with this exit status: nothing flushed, nothing asked.
     std::function<void(int estado)> terminar;
     // Reports what nobody expected in one critical message box; the process ends with status 1 afterwards.
     std::function<void(const std::string& que)> informeDeFallo;
     Perfil perfil = Perfil::estricto;
+    // Where the raw images of downloads are kept; empty: nowhere, and the user is told.
+    std::filesystem::path carpetaBase = {};
 };
 
 class Inicio {
-   public:
+ public:
     explicit Inicio(Entorno entorno);
     Inicio(const Inicio&) = delete;
     Inicio& operator=(const Inicio&) = delete;
@@ -52,7 +58,10 @@ class Inicio {
     // A key of the character code in a text field; 0 when the field is to swallow it.
     int teclear(Control& control, int tecla);
 
-   private:
+    // Operations that have not ended: waiting for the logger, a box or a dialog.
+    std::size_t operacionesEnCurso() const;
+
+ private:
     struct Partes;
     std::unique_ptr<Partes> partes_;
 };

@@ -4,33 +4,38 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
+#include <string_view>
 
 #include "data/decodificador.h"
 #include "data/memoria.h"
 
 namespace telvane {
 
-// Blocks 6 to 499 go to the first buffer, 500 to 999 to the second, ... 7500 to 7999 to the sixteenth. What blocks 0 to 5
-// (the logger's header) and 8000 and above yield is dropped.
+// Blocks 6 to 499 go to the first buffer, 500 to 999 to the second, ... 7500 to 7999 to the sixteenth. What
+// blocks 0 to 5 (the logger's header) and 8000 and above yield is dropped.
 class BloquesTexto {
    public:
     static constexpr std::size_t kBuferes = 16;
     static constexpr std::int32_t kPrimerBloque = 6;
     static constexpr std::int32_t kPorBufer = 500;
 
-    // Decodes blocks 0 to ultimoBloque. alBloque, if given, is told each block's number after it is done.
+    // Decodes blocks 0 to ultimoBloque in place of what stood here. alBloque, if given, is told each block's
+    // number after it is done.
     Recuento decodificar(const Memoria& memoria, Decodificador& decodificador, std::int32_t ultimoBloque,
                          const std::function<void(std::int32_t)>& alBloque = {});
 
-    const std::string& bufer(std::size_t indice) const { return buferes_[indice]; }
-    std::string& bufer(std::size_t indice) { return buferes_[indice]; }
+    // One buffer's lines, indice 0 to 15; valid until the next run.
+    std::string_view bufer(std::size_t indice) const;
     // The buffers in order.
-    std::string unidos() const;
-    void vaciar();
+    std::string unidos() const { return {texto_.get(), finales_.back()}; }
 
    private:
-    std::array<std::string, kBuferes> buferes_;
+    // One text; each buffer begins where the one before it ends. Taken when first used: room for the longest
+    // lines of all blocks, of which the system backs only the pages that are written.
+    std::unique_ptr<char[]> texto_;
+    std::array<std::size_t, kBuferes> finales_{};
 };
 
 }  // namespace telvane

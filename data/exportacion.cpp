@@ -1,0 +1,111 @@
+#include "data/exportacion.h"
+
+#include "data/informe.h"
+#include "loggerconfig/datos_config.h"
+#include "platform/cp1252.h"
+#include "platform/guardado.h"
+#include "ui/textos.h"
+
+namespace telvane {
+
+namespace {
+
+constexpr std::string_view kFiltroCsv = "datos excel (*.CSV)|*.CSV";
+constexpr std::string_view kFiltroXls = "datos excel (*.xls)|*.xls";
+constexpr std::string_view kNombreXls = "datos";
+constexpr std::string_view kAbrir = "Desea Abrir Archivo";
+
+}  // namespace
+
+Tarea<> Exportacion::generargt() {
+    auto& forma = enlace_.forma;
+    bloquear();
+    const auto momento = enlace_.reloj.ahora();
+    const auto textoConfig = elegirConfiguracion();
+    forma.RichTextBox2.text = encabezadoCsv(momento, textoConfig);
+    decodificar();
+    forma.Command1.enabled = true;
+    forma.RichTextBox1.text = forma.RichTextBox2.text() + columnasCsv(datos_.decodificador.evaporacion()) +
+                              datos_.bloquesTexto.unidos() + std::string(textos::kFinLinea);
+
+    PeticionArchivo peticion{.guardar = true,
+                             .filtro = std::string(kFiltroCsv),
+                             .carpeta = std::string(textos::kCarpetaDocumentos),
+                             .nombre = nombreCsv(forma.Text3.text(), momento)};
+    if (co_await guardar(std::move(peticion), forma.RichTextBox1.text())) {
+        const auto abrir = co_await preguntar(enlace_.dialogos, Mensaje(kAbrir, Botones::siNo));
+        if (abrir == Boton::si && !enlace_.dialogos.abrirDocumento(guardado_)) {
+            forma.imprimir("no se pudo abrir " + guardado_.filename().string());
+        }
+    }
+    liberar();
+}
+
+Tarea<> Exportacion::exportarEventos() {
+    auto& forma = enlace_.forma;
+    bloquear();
+    const auto momento = enlace_.reloj.ahora();
+    const auto informe = informeEventos(momento, elegirConfiguracion());
+    decodificar();
+    progress_.Command45.visible = true;
+    forma.Command1.enabled = true;
+    forma.RichTextBox1.text = columnasXls() + datos_.bloquesTexto.unidos() + std::string(textos::kFinLinea);
+    forma.RichTextBox2.text = informe;
+    PeticionArchivo peticion{.guardar = true,
+                             .filtro = std::string(kFiltroXls),
+                             .carpeta = std::string(textos::kCarpetaDocumentos),
+                             .nombre = std::string(kNombreXls)};
+    co_await guardar(std::move(peticion), forma.RichTextBox1.text());
+    liberar();
+}
+
+void Exportacion::bloquear() {
+    enlace_.forma.Timer1.enabled = false;
+    bloquearOperaciones(enlace_.forma);
+    enlace_.forma.Command1.enabled = false;
+}
+
+void Exportacion::liberar() {
+    enlace_.forma.Timer1.enabled = true;
+    liberarOperaciones(enlace_.forma);
+}
+
+std::string Exportacion::elegirConfiguracion() {
+    if (!config_.textoConfig.empty()) {
+        datos_.decodificador.evaporacion(llevaEvaporacion(config_.numeroSerie));
+        return config_.textoConfig;
+    }
+    TextoDeCabecera cabecera;
+    const auto imagen = datos_.memoria.imagen();
+    for (std::size_t k = 0; k < registro_config::kCabecera; ++k) {
+        cabecera.config(static_cast<std::int32_t>(k), imagen[k]);
+    }
+    datos_.decodificador.evaporacion(llevaEvaporacion(numeroDeSerie(cabecera.digitosSerie)));
+    return cabecera.texto;
+}
+
+void Exportacion::decodificar() {
+    progress_.caption("Generacion de Archivo");
+    progress_.mostrarConBarra(datos_.ultimoBloque);
+    const auto recuento =
+        datos_.bloquesTexto.decodificar(datos_.memoria, datos_.decodificador, datos_.ultimoBloque,
+                                        [&](std::int32_t bloque) { progress_.ProgressBar1.value = bloque; });
+    enlace_.forma.imprimir(recuento.texto());
+    progress_.caption("Generacion");
+    progress_.descargar();
+}
+
+Tarea<bool> Exportacion::guardar(PeticionArchivo peticion, const std::string& texto) {
+    const auto ruta = co_await elegirArchivo(enlace_.dialogos, std::move(peticion));
+    if (!ruta) co_return false;
+    try {
+        guardarAtomico(*ruta, cp1252DeUtf8(texto));
+    } catch (const ErrorGuardado& error) {
+        enlace_.forma.imprimir(error.what());
+        co_return false;
+    }
+    guardado_ = *ruta;
+    co_return true;
+}
+
+}  // namespace telvane

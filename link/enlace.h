@@ -1,14 +1,14 @@
 // What every exchange with the logger shares: the six channels, the state of the form, and the waits.
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "link/mscomm.h"
 #include "platform/dialogos.h"
 #include "platform/esperas.h"
 #include "platform/reloj.h"
 #include "ui/forma_inicio.h"
+
+#include <cstdint>
+#include <string>
 
 namespace telvane {
 
@@ -33,12 +33,12 @@ struct Canales {
 
 // The form's shared state.
 struct EstadoEnlace {
-    bool respuesta = false;          // the logger has answered; every receive handler sets it
-    std::int16_t numPuerto = 0;      // port on which the logger answered
-    std::int16_t puertoPrueba = 0;   // candidate of the running search, 0 to 13
-    std::int32_t contador = 0;       // bytes or events of the running exchange
-    std::string tInicio;             // start second of the current wait
-    std::string opcion;              // code of the last answer to a message box
+    bool respuesta = false;         // the logger has answered; every receive handler sets it
+    std::int16_t numPuerto = 0;     // port on which the logger answered
+    std::int16_t puertoPrueba = 0;  // candidate of the running search, 0 to 13
+    std::int32_t contador = 0;      // bytes or events of the running exchange
+    std::string tInicio;            // start second of the current wait
+    std::string opcion;             // code of the last answer to a message box
 };
 
 struct Enlace {
@@ -55,8 +55,9 @@ struct Enlace {
     void abrir(MSComm& canal);
     // Notes the clock in tInicio and waits at most one second, yielding, for respuesta.
     Tarea<> esperarRespuesta();
-    // "No hay equipo conectado ..." and Command1 offered for a new search.
-    Tarea<> avisarNoHayEquipo(std::string_view texto);
+    // A message box with this text and one button.
+    Tarea<> avisar(std::string_view texto);
+    // Command1 enabled, asking whether to connect.
     void ofrecerReconexion();
 };
 

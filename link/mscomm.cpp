@@ -1,0 +1,243 @@
+#include "link/mscomm.h"
+
+#include <algorithm>
+#include <array>
+
+namespace telvane {
+
+namespace {
+
+constexpr int kMaxPuerto = 16;
+constexpr int kMaxUmbralPuerto = 255;
+
+}  // namespace
+
+void Tenencia::tomar(int numero, MSComm& canal) {
+    soltar(canal);
+    const auto parte =
+        std::find_if(partes_.begin(), partes_.end(), [&](const Parte& p) { return p.numero == numero; });
+    if (parte != partes_.end()) parte->canal->cerrar();
+    partes_.push_back({numero, &canal});
+}
+
+void Tenencia::soltar(MSComm& canal) {
+    std::erase_if(partes_, [&](const Parte& p) { return p.canal == &canal; });
+}
+
+MSComm::~MSComm() {
+    cerrar();
+}
+
+void MSComm::rehusar(const std::string& que) {
+    throw ErrorPuerto(MotivoPuerto::lineaInvalida, que);
+}
+
+void MSComm::CommPort(int numero) {
+    if (numero < 1 || numero > kMaxPuerto) rehusar("número de puerto fuera de rango");
+    commEvent_ = suceso::kNinguno;
+    if (numero != commPort_) cerrar();
+    commPort_ = numero;
+    if (!puertos_.existe(numero)) {
+        throw ErrorPuerto(MotivoPuerto::noExiste, "no existe COM" + std::to_string(numero));
+    }
+}
+
+void MSComm::Settings(const std::string& texto) {
+    const auto leidos = AjustesLinea::leer(texto);
+    if (puerto_) rehusar("el puerto está abierto");
+    const bool dtr = ajustes_.dtr;
+    const bool rts = ajustes_.rts;
+    ajustes_ = leidos;
+    ajustes_.dtr = dtr;
+    ajustes_.rts = rts;
+}
+
+void MSComm::Handshaking(int modo) {
+    if (modo != 0) rehusar("la línea no tiene control de flujo");
+}
+
+void MSComm::InputMode(Modo modo) {
+    if (modo != Modo::binario) rehusar("la línea lleva bytes, no texto");
+}
+
+void MSComm::InputLen(int bytes) {
+    if (bytes < 0) rehusar("InputLen negativo");
+    inputLen_ = bytes;
+}
+
+void MSComm::RThreshold(int bytes) {
+    if (bytes < 0) rehusar("RThreshold negativo");
+    rThreshold_ = bytes;
+    if (puerto_) pedirUmbral();
+}
+
+void MSComm::SThreshold(int bytes) {
+    if (bytes != 0) rehusar("no hay suceso de envío");
+}
+
+void MSComm::InBufferSize(std::int16_t patron) {
+    const auto bytes = static_cast<std::uint16_t>(patron);
+    if (bytes == 0) rehusar("tamaño de búfer nulo");
+    inBufferSize_ = bytes;
+}
+
+void MSComm::OutBufferSize(std::int16_t patron) {
+    // Bytes go out at once; the size is only checked.
+    if (patron == 0) rehusar("tamaño de búfer nulo");
+}
+
+void MSComm::DTREnable(bool si) {
+    ajustes_.dtr = si;
+    if (puerto_) puerto_->dtr(si);
+}
+
+void MSComm::RTSEnable(bool si) {
+    ajustes_.rts = si;
+    if (puerto_) puerto_->rts(si);
+}
+
+void MSComm::EOFEnable(bool si) {
+    if (si) rehusar("la línea no tiene carácter de fin de archivo");
+}
+
+void MSComm::Break(bool si) {
+    if (puerto_) {
+        puerto_->romper(si);
+    } else if (si) {
+        throw ErrorPuerto(MotivoPuerto::cerrado, "el puerto está cerrado");
+    }
+}
+
+void MSComm::DSRHolding(bool) {
+    rehusar("DSRHolding es de solo lectura");
+}
+void MSComm::CTSHolding(bool) {
+    rehusar("CTSHolding es de solo lectura");
+}
+void MSComm::CDHolding(bool) {
+    rehusar("CDHolding es de solo lectura");
+}
+
+void MSComm::PortOpen(bool abrir) {
+    cerrar();
+    if (!abrir) return;
+    commEvent_ = suceso::kNinguno;
+    tenencia_.tomar(commPort_, *this);
+    puerto_ = puertos_.abrir(commPort_, ajustes_, [this] { despertar(); });
+    pedirUmbral();
+    puerto_->vigilarLinea(vigilarLinea_);
+}
+
+void MSComm::cerrar() {
+    tenencia_.soltar(*this);
+    ++apertura_;
+    puerto_.reset();
+    entrada_.clear();
+    leidos_ = 0;
+    desaparecido_ = false;
+    desbordado_ = false;
+}
+
+void MSComm::Output(std::uint8_t byte) {
+    Output(std::span(&byte, 1));
+}
+
+void MSComm::Output(std::span<const std::uint8_t> bytes) {
+    if (!puerto_) throw ErrorPuerto(MotivoPuerto::cerrado, "el puerto está cerrado");
+    puerto_->escribir(bytes);
+}
+
+std::vector<std::uint8_t> MSComm::Input() {
+    llenar();
+    const std::size_t esperan = entrada_.size() - leidos_;
+    const std::size_t toma =
+        inputLen_ == 0 ? esperan : std::min(esperan, static_cast<std::size_t>(inputLen_));
+    const auto desde = entrada_.begin() + static_cast<std::ptrdiff_t>(leidos_);
+    std::vector<std::uint8_t> bytes(desde, desde + static_cast<std::ptrdiff_t>(toma));
+    leidos_ += toma;
+    return bytes;
+}
+
+std::uint8_t MSComm::InputByte() {
+    if (leidos_ == entrada_.size()) llenar();
+    return leidos_ < entrada_.size() ? entrada_[leidos_++] : std::uint8_t{0};
+}
+
+std::size_t MSComm::InBufferCount() {
+    llenar();
+    return entrada_.size() - leidos_;
+}
+
+void MSComm::InBufferCount(int cero) {
+    if (cero != 0) rehusar("InBufferCount solo admite 0");
+    entrada_.clear();
+    leidos_ = 0;
+    if (puerto_) puerto_->vaciarEntrada();
+}
+
+void MSComm::vigilarLinea(bool si) {
+    vigilarLinea_ = si;
+    if (puerto_) puerto_->vigilarLinea(si);
+}
+
+void MSComm::suceder(int codigo) {
+    commEvent_ = codigo;
+    if (alComunicar) alComunicar();
+}
+
+// Takes over what the system holds, up to the buffer's size; the rest is lost, as on a full buffer.
+void MSComm::llenar() {
+    if (!puerto_ || desaparecido_) return;
+    if (leidos_ == entrada_.size()) {
+        entrada_.clear();
+        leidos_ = 0;
+    }
+    std::array<std::uint8_t, 4096> trozo;
+    try {
+        while (const auto leidos = puerto_->leer(trozo)) {
+            const std::size_t cabe = inBufferSize_ - std::min(inBufferSize_, entrada_.size() - leidos_);
+            const std::size_t entra = std::min(cabe, leidos);
+            entrada_.insert(entrada_.end(), trozo.begin(),
+                            trozo.begin() + static_cast<std::ptrdiff_t>(entra));
+            if (entra < leidos) desbordado_ = true;
+            if (leidos < trozo.size()) break;
+        }
+    } catch (const ErrorPuerto&) {
+        // The device has gone: what came before stays readable, and the channel can be closed and opened
+        // again.
+        desaparecido_ = true;
+    }
+}
+
+// The system wakes us once the bytes still missing to the threshold have come.
+void MSComm::pedirUmbral() {
+    if (!puerto_ || desaparecido_) return;
+    const int esperan = static_cast<int>(entrada_.size() - leidos_);
+    puerto_->umbral(std::clamp(rThreshold_ - esperan, 1, kMaxUmbralPuerto));
+}
+
+void MSComm::despertar() {
+    const auto apertura = apertura_;
+    const auto sigue = [&] { return apertura_ == apertura; };
+
+    llenar();
+    for (const int codigo : puerto_->sucesosDeLinea()) {
+        suceder(codigo);
+        if (!sigue()) return;
+    }
+    if (std::exchange(desbordado_, false)) {
+        suceder(suceso::kDesbordamiento);
+        if (!sigue()) return;
+    }
+    while (rThreshold_ > 0) {
+        const std::size_t esperan = entrada_.size() - leidos_;
+        if (esperan < static_cast<std::size_t>(rThreshold_)) break;
+        suceder(suceso::kRecibido);
+        if (!sigue()) return;
+        // A handler that took nothing is not asked again for the same bytes.
+        if (entrada_.size() - leidos_ >= esperan) break;
+    }
+    pedirUmbral();
+}
+
+}  // namespace telvane

@@ -9,17 +9,17 @@
 namespace telvane {
 
 // Single bytes on the line.
-inline constexpr std::uint8_t kSonda = 0xBE;            // PC: probe, wake-up, request for one live frame
-inline constexpr std::uint8_t kApertura = 0x55;         // PC: opens an exchange; acknowledges a block
-inline constexpr std::uint8_t kSaludo = 0xAA;           // both: download handshake
-inline constexpr std::uint8_t kLeerConfig = 0x60;       // PC: configuration read
-inline constexpr std::uint8_t kEscribirConfig = 0x96;   // PC: configuration write
-inline constexpr std::uint8_t kEscribirSerie = 0x64;    // PC: serial number write
+inline constexpr std::uint8_t kSonda = 0xBE;           // PC: probe, wake-up, request for one live frame
+inline constexpr std::uint8_t kApertura = 0x55;        // PC: opens an exchange; acknowledges a block
+inline constexpr std::uint8_t kSaludo = 0xAA;          // both: download handshake
+inline constexpr std::uint8_t kLeerConfig = 0x60;      // PC: configuration read
+inline constexpr std::uint8_t kEscribirConfig = 0x96;  // PC: configuration write
+inline constexpr std::uint8_t kEscribirSerie = 0x64;   // PC: serial number write
 
 // Lengths in bytes.
-inline constexpr std::size_t kBytesMarco = 31;          // live frame
-inline constexpr std::size_t kBytesConfig = 111;        // configuration record as read, clock included
-inline constexpr std::size_t kBytesMensajeConfig = 107; // configuration message as written
+inline constexpr std::size_t kBytesMarco = 31;           // live frame
+inline constexpr std::size_t kBytesConfig = 111;         // configuration record as read, clock included
+inline constexpr std::size_t kBytesMensajeConfig = 107;  // configuration message as written
 inline constexpr std::size_t kBytesBloque = 64;
 inline constexpr std::size_t kBloquesMemoria = 4096;
 inline constexpr std::size_t kBytesMemoria = kBytesBloque * kBloquesMemoria;
@@ -31,7 +31,7 @@ inline constexpr int kUmbralSonda = 21;
 inline constexpr int kBaudios = 19200;
 
 // Waits.
-inline constexpr std::chrono::seconds kDespertar{2};      // after the wake-up byte, without yielding
-inline constexpr double kEsperaRespuesta = 1.0;           // seconds for the first byte of an exchange
+inline constexpr std::chrono::seconds kDespertar{2};  // after the wake-up byte, without yielding
+inline constexpr double kEsperaRespuesta = 1.0;       // seconds for the first byte of an exchange
 
 }  // namespace telvane

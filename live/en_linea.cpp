@@ -1,0 +1,85 @@
+#include "live/en_linea.h"
+
+#include "link/protocolo.h"
+#include "link/siguiendo.h"
+#include "live/marco_en_linea.h"
+#include "ui/textos.h"
+
+#include <array>
+
+namespace telvane {
+
+namespace {
+
+constexpr double kEsperaPrimerMarco = 2.0;  // seconds
+constexpr std::string_view kEmpezar = "DATOS EN LINEA";
+constexpr std::string_view kParar = "PARAR";
+
+}  // namespace
+
+Tarea<> DatosEnLinea::alPulsar() {
+    if (enLinea_) {
+        parar();
+    } else if (!enlace_.estado.respuesta) {
+        co_await enlace_.avisar(textos::kNoHayEquipo);
+        enlace_.ofrecerReconexion();
+    } else {
+        co_await empezar();
+    }
+}
+
+// The port is left to the next frame, which closes it.
+void DatosEnLinea::parar() {
+    auto& forma = enlace_.forma;
+    forma.Text60.visible = false;
+    forma.Command4.caption = std::string(kEmpezar);
+    enLinea_ = false;
+    for (auto* boton : {&forma.Command43, &forma.Command13, &forma.Command2, &forma.configuracion}) {
+        boton->enabled = true;
+    }
+}
+
+Tarea<> DatosEnLinea::empezar() {
+    auto& forma = enlace_.forma;
+    auto& estado = enlace_.estado;
+    auto& canal = enlace_.canales.MSComm6;
+    for (auto* boton : {&forma.Command33, &forma.Command43, &forma.Command13, &forma.Command2,
+                        &forma.Command3, &forma.configuracion}) {
+        boton->enabled = false;
+    }
+    enLinea_ = true;
+    forma.Command4.caption = std::string(kParar);
+    forma.Text60.visible = true;
+    estado.respuesta = false;
+    siguiendo([&] { canal.CommPort(estado.numPuerto); });
+    siguiendo([&] { canal.PortOpen(true); });
+    siguiendo([&] { canal.Output(kSonda); });
+    estado.contador = 0;
+    estado.tInicio = segundosComoTexto(enlace_.reloj.segundosDelDia());
+    co_await enlace_.esperas.hasta(estado.tInicio, kEsperaPrimerMarco, [&] { return estado.respuesta; });
+    if (!estado.respuesta) {
+        co_await enlace_.avisar(textos::kNoHayEquipo);
+        canal.PortOpen(false);
+        enlace_.ofrecerReconexion();
+    }
+}
+
+void DatosEnLinea::alComunicar() {
+    auto& canal = enlace_.canales.MSComm6;
+    if (canal.CommEvent() != suceso::kRecibido) return;
+    enlace_.estado.respuesta = true;
+    std::array<std::uint8_t, kBytesMarco> bytes{};
+    for (auto& byte : bytes) byte = canal.InputByte();
+    textoLinea_ = lineasMarco(textosMarco(decodificarMarco(bytes)));
+    enlace_.forma.Text60.text = textoLinea_;
+    if (canal.InBufferCount() > 0) enlace_.forma.imprimir("falta");
+    if (enLinea_) {
+        siguiendo([&] { canal.Output(kSonda); });
+        return;
+    }
+    enlace_.forma.Text60.text = "";
+    siguiendo([&] { canal.InBufferCount(0); });
+    canal.PortOpen(false);
+}
+
+}  // namespace telvane

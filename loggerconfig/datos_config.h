@@ -1,4 +1,5 @@
-// The logger's configuration record: one serial number, one user, one place, one sampling interval, one clock.
+// The logger's configuration record: one serial number, one user, one place, one sampling interval, one
+// clock.
 #pragma once
 
 #include <array>
@@ -11,7 +12,8 @@
 
 namespace telvane {
 
-// Offsets in bytes within the record, on the line (after the two acknowledges) and at the head of the memory image.
+// Offsets in bytes within the record, on the line (after the two acknowledges) and at the head of the memory
+// image.
 namespace registro_config {
 inline constexpr std::size_t kSerie = 0;        // 4 bytes, packed decimal, most significant digit first
 inline constexpr std::size_t kUsuario = 4;      // 30 characters
@@ -22,7 +24,7 @@ inline constexpr std::size_t kAltitud = 99;     // 5
 inline constexpr std::size_t kIntervalo = 104;  // 1, packed decimal minutes
 inline constexpr std::size_t kReloj = 105;      // hour, minute, second, day, month, year; packed decimal
 inline constexpr std::size_t kFin = 111;
-inline constexpr std::size_t kCabecera = 432;   // header of the memory image: the record, then reserved bytes
+inline constexpr std::size_t kCabecera = 432;  // header of the memory image: the record, then reserved bytes
 }  // namespace registro_config
 
 // The five texts, in the order of the record.
@@ -42,22 +44,18 @@ struct Intervalo {
     int minutos;
     std::string_view texto;
 };
-inline constexpr std::array<Intervalo, 6> kIntervalos = {{{0x01, 1, "1"},
-                                                          {0x05, 5, "5"},
-                                                          {0x10, 10, "10"},
-                                                          {0x15, 15, "15"},
-                                                          {0x30, 30, "30"},
-                                                          {0x60, 60, "60"}}};
+inline constexpr std::array<Intervalo, 6> kIntervalos = {
+    {{0x01, 1, "1"}, {0x05, 5, "5"}, {0x10, 10, "10"}, {0x15, 15, "15"}, {0x30, 30, "30"}, {0x60, 60, "60"}}};
 // nullopt for any other code.
 std::optional<std::size_t> indiceIntervalo(std::uint8_t codigo);
 
 // The record, decoded as it arrives.
 struct DatosConfig {
-    std::string Nserie;                   // 8 digit characters
-    std::array<std::string, 5> textos;    // UTF-8, padding kept; index with CampoTexto
+    std::string Nserie;                 // 8 digit characters
+    std::array<std::string, 5> textos;  // UTF-8, padding kept; index with CampoTexto
     std::uint8_t intervaloCodigo = 0;
-    // hour, minute, second, day, month, year as two digit characters, or, when the byte was refused, the raw value
-    // in decimal.
+    // hour, minute, second, day, month, year as two digit characters, or, when the byte was refused, the raw
+    // value in decimal.
     std::array<std::string, 6> reloj;
 
     std::string& operator[](CampoTexto campo) { return textos[static_cast<std::size_t>(campo)]; }
@@ -68,9 +66,12 @@ struct DatosConfig {
 float numeroDeSerie(std::string_view digitos);
 
 // A logger that carries the evaporation channels: 2080000 <= n < 2080100.
-constexpr bool llevaEvaporacion(float numeroSerie) { return numeroSerie >= 2080000.0f && numeroSerie < 2080100.0f; }
+constexpr bool llevaEvaporacion(float numeroSerie) {
+    return numeroSerie >= 2080000.0f && numeroSerie < 2080100.0f;
+}
 
-// Summary after a read, lines ended by CR LF: interval in minutes, the serial line ("Nro  : ..."), the five texts.
+// Summary after a read, lines ended by CR LF: interval in minutes, the serial line ("Nro  : ..."), the five
+// texts.
 std::string resumenTrasLectura(std::string_view intervalo, std::string_view lineaSerie,
                                const std::array<std::string_view, 5>& textos);
 
@@ -78,8 +79,8 @@ std::string resumenTrasLectura(std::string_view intervalo, std::string_view line
 struct TextoDeCabecera {
     std::string digitosSerie;
     std::string intervalo;
-    std::string texto;      // textoConfig so far; only appended to
-    std::string recogido;   // the field being collected
+    std::string texto;     // textoConfig so far; only appended to
+    std::string recogido;  // the field being collected
 
     // contador: position of the byte, 0 for the header's first. False: beyond the header.
     bool config(std::int32_t contador, std::uint8_t byte);

@@ -8,10 +8,10 @@ namespace telvane {
 namespace {
 
 // Code points of bytes 0x80 to 0x9F; every other byte is its own code point.
-constexpr std::array<char16_t, 32> kAltos = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+constexpr std::array<char16_t, 32> kAltos = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                             0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                             0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                             0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 char byteDe(char32_t punto) {
     if (punto < 0x80 || (punto >= 0xA0 && punto <= 0xFF)) return static_cast<char>(punto);
@@ -20,20 +20,27 @@ char byteDe(char32_t punto) {
     return static_cast<char>(0x80 + (lugar - kAltos.begin()));
 }
 
-// Reads one code point at posicion and moves past it; a malformed byte is read as U+FFFD.
+// Reads one code point at posicion and moves past it. A malformed byte is read as U+FFFD, and so are the
+// bytes of a form that is longer than needed, of a surrogate and of a number beyond the last code point.
 char32_t leerPunto(std::string_view texto, std::size_t& posicion) {
     constexpr char32_t kMalo = 0xFFFD;
+    constexpr std::array<char32_t, 4> kMenor = {0, 0x80, 0x800, 0x10000};
     const auto b0 = static_cast<std::uint8_t>(texto[posicion++]);
     if (b0 < 0x80) return b0;
-    const int siguen = (b0 & 0xE0) == 0xC0 ? 1 : (b0 & 0xF0) == 0xE0 ? 2 : (b0 & 0xF8) == 0xF0 ? 3 : 0;
-    if (siguen == 0 || posicion + static_cast<std::size_t>(siguen) > texto.size()) return kMalo;
+    const std::size_t siguen = (b0 & 0xE0) == 0xC0   ? 1
+                               : (b0 & 0xF0) == 0xE0 ? 2
+                               : (b0 & 0xF8) == 0xF0 ? 3
+                                                     : 0;
+    if (siguen == 0 || siguen > texto.size() - posicion) return kMalo;
     char32_t punto = b0 & (0x3Fu >> siguen);
-    for (int i = 0; i < siguen; ++i) {
-        const auto b = static_cast<std::uint8_t>(texto[posicion + static_cast<std::size_t>(i)]);
+    for (std::size_t i = 0; i < siguen; ++i) {
+        const auto b = static_cast<std::uint8_t>(texto[posicion + i]);
         if ((b & 0xC0) != 0x80) return kMalo;
         punto = (punto << 6) | (b & 0x3F);
     }
-    posicion += static_cast<std::size_t>(siguen);
+    const bool sustituto = punto >= 0xD800 && punto < 0xE000;
+    if (punto < kMenor[siguen] || punto > 0x10FFFF || sustituto) return kMalo;
+    posicion += siguen;
     return punto;
 }
 

@@ -1,12 +1,13 @@
 // Message boxes, file dialogs and "open this file", handed in from outside.
 #pragma once
 
+#include "platform/tarea.h"
+
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
-
-#include "platform/tarea.h"
+#include <string_view>
 
 namespace telvane {
 
@@ -17,9 +18,13 @@ enum class Icono { ninguno, exclamacion, critico };
 
 // UTF-8; plain text, CR LF or CR for a line break. Titled with the program's name.
 struct Mensaje {
+    // A constructor, because this compiler destroys an aggregate temporary of a co_await expression twice.
+    explicit Mensaje(std::string_view queDice, Botones cuales = Botones::aceptar, Icono cual = Icono::ninguno)
+        : texto(queDice), botones(cuales), icono(cual) {}
+
     std::string texto;
-    Botones botones = Botones::aceptar;
-    Icono icono = Icono::ninguno;
+    Botones botones;
+    Icono icono;
 };
 
 // filtro as "description|pattern"; carpeta is the folder text the user is promised, nombre has no path parts.
@@ -31,7 +36,7 @@ struct PeticionArchivo {
 };
 
 class Dialogos {
-   public:
+ public:
     virtual ~Dialogos() = default;
     // Closing the box counts as its negative button (aceptar where it is the only one).
     virtual void mensaje(const Mensaje& mensaje, std::function<void(Boton)> listo) = 0;
@@ -46,7 +51,8 @@ inline Tarea<Boton> preguntar(Dialogos& dialogos, Mensaje mensaje) {
     co_return co_await Aviso<Boton>([&](auto listo) { dialogos.mensaje(mensaje, std::move(listo)); });
 }
 
-inline Tarea<std::optional<std::filesystem::path>> elegirArchivo(Dialogos& dialogos, PeticionArchivo peticion) {
+inline Tarea<std::optional<std::filesystem::path>> elegirArchivo(Dialogos& dialogos,
+                                                                 PeticionArchivo peticion) {
     using Ruta = std::optional<std::filesystem::path>;
     co_return co_await Aviso<Ruta>([&](auto listo) { dialogos.archivo(peticion, std::move(listo)); });
 }

@@ -17,14 +17,16 @@ Esperas::HastaAwaiter Esperas::hasta(const std::string& inicio, double limite, C
     return {*this, textoComoSegundos(inicio) + limite, std::move(condicion)};
 }
 
-Esperas::PausaAwaiter Esperas::sinCeder(std::chrono::nanoseconds duracion) { return {bucle_, duracion}; }
+Esperas::PausaAwaiter Esperas::sinCeder(std::chrono::nanoseconds duracion) {
+    return {bucle_, duracion};
+}
 
 void Esperas::revisar() {
     // Resuming one wait may start or end others: walk over a copy and ask whether each is still there.
     const std::vector<HastaAwaiter*> ahora(pendientes_.begin(), pendientes_.end());
     for (auto* espera : ahora) {
         if (std::find(pendientes_.begin(), pendientes_.end(), espera) == pendientes_.end()) continue;
-        if (!espera->cedio_) continue;
+        if (!espera->cedio_ || !tareas_.esLaMasJoven(espera->operacion_)) continue;
         if (!espera->condicion_() && !espera->vencida()) continue;
         pendientes_.remove(espera);
         espera->alarma_.reset();
@@ -32,10 +34,11 @@ void Esperas::revisar() {
     }
 }
 
-Esperas::HastaAwaiter::~HastaAwaiter() { esperas_.pendientes_.remove(this); }
+Esperas::HastaAwaiter::~HastaAwaiter() {
+    esperas_.pendientes_.remove(this);
+}
 
-void Esperas::HastaAwaiter::await_suspend(std::coroutine_handle<> quien) {
-    quien_ = quien;
+void Esperas::HastaAwaiter::empezar() {
     esperas_.pendientes_.push_back(this);
     // The first turn of the loop: a condition that already holds ends the wait right after it.
     alarma_ = esperas_.bucle_.alarma(Bucle::Duracion(0), [this] {
@@ -50,9 +53,12 @@ bool Esperas::HastaAwaiter::vencida() const {
 
 void Esperas::HastaAwaiter::armar() {
     const double falta = final_ - static_cast<double>(esperas_.reloj_.segundosDelDia());
+    // Over: revisar ends it after this event, or after the one that ends the younger operations.
+    if (falta <= 0) return;
     const double dormir = std::clamp(falta, kMinimoSegundos, kRevisionSegundos);
     alarma_ = esperas_.bucle_.alarma(
-        std::chrono::duration_cast<Bucle::Duracion>(std::chrono::duration<double>(dormir)), [this] { armar(); });
+        std::chrono::duration_cast<Bucle::Duracion>(std::chrono::duration<double>(dormir)),
+        [this] { armar(); });
 }
 
 }  // namespace telvane

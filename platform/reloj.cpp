@@ -1,11 +1,10 @@
 #include "platform/reloj.h"
 
-#include <time.h>
-
 #include <charconv>
 #include <ctime>
 
 #include <fmt/format.h>
+#include <time.h>
 
 namespace telvane {
 
@@ -13,7 +12,9 @@ float Reloj::segundosDelDia() const {
     return std::chrono::duration<float>(ahora().deDia).count();
 }
 
-std::string segundosComoTexto(float segundos) { return fmt::format("{:.7g}", segundos); }
+std::string segundosComoTexto(float segundos) {
+    return fmt::format("{:.7g}", segundos);
+}
 
 double textoComoSegundos(const std::string& texto) {
     double valor = 0;
@@ -27,8 +28,9 @@ FechaHora RelojSistema::ahora() const {
     std::tm civil{};
     localtime_r(&t.tv_sec, &civil);
     using namespace std::chrono;
-    return {civil.tm_year + 1900, civil.tm_mon + 1, civil.tm_mday,
-            hours(civil.tm_hour) + minutes(civil.tm_min) + seconds(civil.tm_sec % 60) + nanoseconds(t.tv_nsec)};
+    return {
+        civil.tm_year + 1900, civil.tm_mon + 1, civil.tm_mday,
+        hours(civil.tm_hour) + minutes(civil.tm_min) + seconds(civil.tm_sec % 60) + nanoseconds(t.tv_nsec)};
 }
 
 std::chrono::nanoseconds RelojSistema::monotono() const {

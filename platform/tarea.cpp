@@ -7,7 +7,7 @@ namespace telvane {
 // The outermost frame of an operation: it keeps the Tarea alive and notes its end.
 struct Tareas::Raiz {
     struct promise_type {
-        Raiz* raiz = nullptr;
+        std::uint64_t operacion = 0;
         std::suspend_always initial_suspend() noexcept { return {}; }
         std::suspend_always final_suspend() noexcept { return {}; }
         std::coroutine_handle<promise_type> get_return_object() {
@@ -50,12 +50,19 @@ void Tareas::lanzar(Tarea<> tarea) {
     raices_.push_back(std::make_unique<Raiz>());
     auto asa = Raiz::correr(std::move(tarea), alFallar_).asa;
     raices_.back()->asa = asa;
+    asa.promise().operacion = ++lanzadas_;
     asa.resume();
 }
 
 std::size_t Tareas::enCurso() const {
-    return static_cast<std::size_t>(std::count_if(raices_.begin(), raices_.end(),
-                                                  [](const auto& raiz) { return !raiz->asa.done(); }));
+    return static_cast<std::size_t>(
+        std::count_if(raices_.begin(), raices_.end(), [](const auto& raiz) { return !raiz->asa.done(); }));
+}
+
+bool Tareas::esLaMasJoven(std::uint64_t operacion) const {
+    return std::none_of(raices_.begin(), raices_.end(), [&](const auto& raiz) {
+        return raiz->asa && !raiz->asa.done() && raiz->asa.promise().operacion > operacion;
+    });
 }
 
 void Tareas::recoger() {

@@ -1,10 +1,12 @@
 // Coroutines of the operations.
 //
-// An operation that waits (for the logger, a message box, a file dialog) is a Tarea: it reads top to bottom and
-// suspends instead of running a nested event loop, so a second click or a closed window finds a clean stack.
+// An operation that waits (for the logger, a message box, a file dialog) is a Tarea: it reads top to bottom
+// and suspends instead of running a nested event loop, so a second click or a closed window finds a clean
+// stack.
 #pragma once
 
 #include <coroutine>
+#include <cstdint>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -21,6 +23,8 @@ namespace detalle {
 
 struct PromesaBase {
     std::coroutine_handle<> continuacion = std::noop_coroutine();
+    // Number of the operation that this coroutine is part of; 0: of none.
+    std::uint64_t operacion = 0;
     std::exception_ptr fallo;
 
     struct AlFinal {
@@ -57,7 +61,7 @@ struct Promesa<void> : PromesaBase {
 // A lazily started coroutine; it owns its frame. Awaited once; an exception leaves through the co_await.
 template <class T>
 class [[nodiscard]] Tarea {
-   public:
+ public:
     using promise_type = detalle::Promesa<T>;
     using Asa = std::coroutine_handle<promise_type>;
 
@@ -73,8 +77,10 @@ class [[nodiscard]] Tarea {
     ~Tarea() { destruir(); }
 
     bool await_ready() const noexcept { return false; }
-    Asa await_suspend(std::coroutine_handle<> quien) noexcept {
+    template <class P>
+    Asa await_suspend(std::coroutine_handle<P> quien) noexcept {
         asa_.promise().continuacion = quien;
+        asa_.promise().operacion = quien.promise().operacion;
         return asa_;
     }
     T await_resume() {
@@ -82,7 +88,7 @@ class [[nodiscard]] Tarea {
         return asa_.promise().resultado();
     }
 
-   private:
+ private:
     void destruir() {
         if (asa_) asa_.destroy();
     }
@@ -101,7 +107,7 @@ inline Tarea<void> detalle::Promesa<void>::get_return_object() {
 // The operations in flight. Destroying it destroys those that are still suspended; whatever they wait for
 // forgets them (see Aviso and Esperas).
 class Tareas {
-   public:
+ public:
     using AlFallar = std::function<void(std::exception_ptr)>;
 
     // alFallar receives what an operation did not expect.
@@ -113,12 +119,16 @@ class Tareas {
     // Runs the operation up to its first suspension.
     void lanzar(Tarea<> tarea);
     std::size_t enCurso() const;
+    // Whether no operation that was started later is still running. An operation that yielded to another one
+    // goes on only after that one: the order in which nested handlers would end.
+    bool esLaMasJoven(std::uint64_t operacion) const;
 
-   private:
+ private:
     struct Raiz;
     void recoger();
 
     AlFallar alFallar_;
+    std::uint64_t lanzadas_ = 0;
     std::vector<std::unique_ptr<Raiz>> raices_;
 };
 
@@ -126,10 +136,11 @@ class Tareas {
 // The callback may come at once, or never, or after the waiting operation was destroyed.
 template <class T>
 class Aviso {
-   public:
+ public:
     using Listo = std::function<void(T)>;
 
-    explicit Aviso(std::function<void(Listo)> pedir) : pedir_(std::move(pedir)), punto_(std::make_shared<Punto>()) {}
+    explicit Aviso(std::function<void(Listo)> pedir)
+        : pedir_(std::move(pedir)), punto_(std::make_shared<Punto>()) {}
     Aviso(const Aviso&) = delete;
     Aviso& operator=(const Aviso&) = delete;
     ~Aviso() { punto_->quien = {}; }
@@ -148,7 +159,7 @@ class Aviso {
     }
     T await_resume() { return std::move(*punto_->valor); }
 
-   private:
+ private:
     struct Punto {
         std::optional<T> valor;
         std::coroutine_handle<> quien;

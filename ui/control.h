@@ -31,12 +31,24 @@ enum class Clase : std::uint8_t {
 };
 
 // Which property of a control changed.
-enum class Que : std::uint8_t { caption, text, hint, enabled, visible, locked, value, maximum, maxLength, mask, interval };
+enum class Que : std::uint8_t {
+    caption,
+    text,
+    hint,
+    enabled,
+    visible,
+    locked,
+    value,
+    maximum,
+    maxLength,
+    mask,
+    interval
+};
 
 // A value that tells its control's form when it changes to something else.
 template <class T, Que cual>
 class Propiedad {
-   public:
+ public:
     Propiedad(Control& control, T inicial) : control_(control), valor_(std::move(inicial)) {}
     Propiedad(const Propiedad&) = delete;
     Propiedad& operator=(const Propiedad&) = delete;
@@ -45,7 +57,7 @@ class Propiedad {
     operator const T&() const { return valor_; }
     const T& operator()() const { return valor_; }
 
-   private:
+ private:
     Control& control_;
     T valor_;
 };
@@ -66,7 +78,7 @@ struct Inicial {
 };
 
 class Control {
-   public:
+ public:
     Control(Formulario& formulario, std::string_view nombre, Clase clase, const Inicial& inicial);
     Control(const Control&) = delete;
     Control& operator=(const Control&) = delete;
@@ -80,14 +92,14 @@ class Control {
     // Back to the state at load (an unloaded form starts again from it).
     void restablecer();
 
-   private:
+ private:
     Formulario& formulario_;
     std::string_view nombre_;
     Clase clase_;
     std::string_view nombreAccesible_;
     Inicial inicial_;
 
-   public:
+ public:
     // UTF-8 plain text; it may hold anything that the logger sent.
     Propiedad<std::string, Que::caption> caption;
     Propiedad<std::string, Que::text> text;
@@ -95,16 +107,16 @@ class Control {
     Propiedad<bool, Que::enabled> enabled;
     Propiedad<bool, Que::visible> visible;
     Propiedad<bool, Que::locked> locked;
-    Propiedad<int, Que::value> value;        // progress; 1 or 0 for an option or a check box
+    Propiedad<int, Que::value> value;  // progress; 1 or 0 for an option or a check box
     Propiedad<int, Que::maximum> maximum;
     Propiedad<int, Que::maxLength> maxLength;
     Propiedad<std::string, Que::mask> mask;
     Propiedad<int, Que::interval> interval;  // milliseconds
 
     // What a user (or a program) does with it; empty where nothing is to happen.
-    std::function<void()> alPulsar;           // click, or a timer's tick
-    std::function<void()> alCambiar;          // text changed by the user
-    std::function<void()> alSalir;            // focus leaves the field
+    std::function<void()> alPulsar;             // click, or a timer's tick
+    std::function<void()> alCambiar;            // text changed by the user
+    std::function<void()> alSalir;              // focus leaves the field
     std::function<void(int& tecla)> alTeclear;  // character code; set to 0 to swallow the key
 };
 

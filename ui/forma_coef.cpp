@@ -13,10 +13,12 @@ constexpr std::array<std::string_view, FormaCoef::kFilas> kAuxiliares = {"aux00"
 
 FormaCoef::FormaCoef() : Formulario("coef", "coeficientes") {
     for (const auto rotulo : kSensores) {
-        Label4.push_back(std::make_unique<Control>(*this, "Label4", Clase::rotulo, Inicial{.caption = rotulo}));
+        Label4.push_back(
+            std::make_unique<Control>(*this, "Label4", Clase::rotulo, Inicial{.caption = rotulo}));
     }
     for (const auto rotulo : kAuxiliares) {
-        Label3.push_back(std::make_unique<Control>(*this, "Label3", Clase::rotulo, Inicial{.caption = rotulo}));
+        Label3.push_back(
+            std::make_unique<Control>(*this, "Label3", Clase::rotulo, Inicial{.caption = rotulo}));
     }
     // Each field starts with its own name as its text; the names outlive the controls that refer to them.
     nombres_.reserve(kCampos);

@@ -1,20 +1,20 @@
 // The sensor coefficients form: sixteen labelled rows of two fields. Nothing reads them.
 #pragma once
 
+#include "ui/formulario.h"
+
 #include <array>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "ui/formulario.h"
 
 namespace telvane {
 
 struct FormaCoef final : Formulario {
     FormaCoef();
 
-    static constexpr std::size_t kFilas = 8;      // per block: sensors, then auxiliary inputs
-    static constexpr std::size_t kCampos = 32;    // Text1 to Text32, two a row
+    static constexpr std::size_t kFilas = 8;    // per block: sensors, then auxiliary inputs
+    static constexpr std::size_t kCampos = 32;  // Text1 to Text32, two a row
 
     Control Label1{*this, "Label1", Clase::rotulo, {.caption = "Sensores Veltra"}};
     Control Label2{*this, "Label2", Clase::rotulo, {.caption = "Entradas Auxiliares"}};
@@ -30,7 +30,7 @@ struct FormaCoef final : Formulario {
     std::vector<std::unique_ptr<Control>> Label3;
     std::vector<std::unique_ptr<Control>> Text;
 
-   private:
+ private:
     std::vector<std::string> nombres_;
 };
 

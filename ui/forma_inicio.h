@@ -1,9 +1,9 @@
 // The main form: every control by its designer name, with its caption, hint and state at load.
 #pragma once
 
-#include <array>
-
 #include "ui/formulario.h"
+
+#include <array>
 
 namespace telvane {
 
@@ -21,8 +21,10 @@ struct FormaInicio final : Formulario {
 
     // Live data, download, exports
     Control Command4{*this, "Command4", Clase::boton, {.caption = "DATOS EN LINEA"}};
-    Control Command13{
-        *this, "Command13", Clase::boton, {.caption = "Importar datos desde equipo y exportar a excell (csv)"}};
+    Control Command13{*this,
+                      "Command13",
+                      Clase::boton,
+                      {.caption = "Importar datos desde equipo y exportar a excell (csv)"}};
     Control Command33{
         *this, "Command33", Clase::boton, {.caption = "Exportar Eventos (.txt) y Base de Datos (.xls)"}};
     Control Command43{*this, "Command43", Clase::boton, {.caption = "Abrir Archivo Base (.rgt)"}};
@@ -56,8 +58,7 @@ struct FormaInicio final : Formulario {
                    "Text60",
                    Clase::textoLargo,
                    {.nombreAccesible = "Medicion de Datos en linea", .visible = false, .locked = true}};
-    Control MaskEdBox2{
-        *this, "MaskEdBox2", Clase::mascara, {.nombreAccesible = "Hora", .mask = "##:##:##"}};
+    Control MaskEdBox2{*this, "MaskEdBox2", Clase::mascara, {.nombreAccesible = "Hora", .mask = "##:##:##"}};
     Control fecha1{*this, "fecha1", Clase::mascara, {.nombreAccesible = "Fecha", .mask = "##/##/####"}};
 
     // Work texts of the exports
@@ -108,7 +109,9 @@ struct FormaInicio final : Formulario {
     // The five texts of the configuration that the user may edit, in the order of the record.
     std::array<Control*, 5> camposTexto() { return {&Text2, &Text3, &Text4, &Text5, &Text7}; }
     // The sampling interval options, 1 to 60 minutes.
-    std::array<Control*, 6> opciones() { return {&Option1, &Option2, &Option3, &Option4, &Option5, &Option6}; }
+    std::array<Control*, 6> opciones() {
+        return {&Option1, &Option2, &Option3, &Option4, &Option5, &Option6};
+    }
 };
 
 }  // namespace telvane

@@ -48,6 +48,33 @@ void Control::restablecer() {
 Formulario::Formulario(std::string_view nombre, std::string_view caption)
     : nombre_(nombre), captionInicial_(caption), caption_(caption) {}
 
+Formulario::Observacion Formulario::observar(Observador observador) {
+    std::erase_if(observadores_, [](const auto& debil) { return debil.expired(); });
+    auto observacion = std::make_shared<Observador>(std::move(observador));
+    observadores_.push_back(observacion);
+    return observacion;
+}
+
+template <class Accion>
+void Formulario::avisar(const Accion& accion) const {
+    // By index: an observer may bring another one along.
+    for (std::size_t i = 0; i < observadores_.size(); ++i) {
+        if (const auto observador = observadores_[i].lock()) accion(*observador);
+    }
+}
+
+void Formulario::cambio(Control& control, Que que) const {
+    avisar([&](const Observador& o) {
+        if (o.alCambiar) o.alCambiar(control, que);
+    });
+}
+
+void Formulario::cambioForma() const {
+    avisar([](const Observador& o) {
+        if (o.alCambiarForma) o.alCambiarForma();
+    });
+}
+
 void Formulario::caption(std::string nuevo) {
     if (nuevo == caption_) return;
     caption_ = std::move(nuevo);
@@ -85,7 +112,9 @@ Control* Formulario::buscar(std::string_view nombre) const {
 void Formulario::imprimir(std::string linea) {
     if (lineas_.size() == kMaxLineas) lineas_.pop_front();
     lineas_.push_back(std::move(linea));
-    if (observador_.alImprimir) observador_.alImprimir(lineas_.back());
+    avisar([&](const Observador& o) {
+        if (o.alImprimir) o.alImprimir(lineas_.back());
+    });
 }
 
 }  // namespace telvane

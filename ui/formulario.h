@@ -1,19 +1,20 @@
 // A form as data: its controls by designer name, its caption, and the lines printed on its surface.
 #pragma once
 
+#include "ui/control.h"
+
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "ui/control.h"
-
 namespace telvane {
 
 class Formulario {
-   public:
+ public:
     explicit Formulario(std::string_view nombre, std::string_view caption);
     Formulario(const Formulario&) = delete;
     Formulario& operator=(const Formulario&) = delete;
@@ -39,25 +40,25 @@ class Formulario {
     void imprimir(std::string linea);
     const std::deque<std::string>& lineas() const { return lineas_; }
 
-    // The shell that renders this form: told of each change, once, after it happened.
+    // Somebody who renders or follows this form: told of each change, once, after it happened.
     struct Observador {
         std::function<void(Control&, Que)> alCambiar;
         std::function<void()> alCambiarForma;  // caption, loaded, shown
         std::function<void(const std::string&)> alImprimir;
     };
-    void observar(Observador observador) { observador_ = std::move(observador); }
+    using Observacion = std::shared_ptr<Observador>;
+    // Observes for as long as the caller keeps what is returned.
+    [[nodiscard]] Observacion observar(Observador observador);
 
-   private:
+ private:
     friend class Control;
     template <class T, Que cual>
     friend class Propiedad;
     void agregar(Control& control) { controles_.push_back(&control); }
-    void cambio(Control& control, Que que) const {
-        if (observador_.alCambiar) observador_.alCambiar(control, que);
-    }
-    void cambioForma() const {
-        if (observador_.alCambiarForma) observador_.alCambiarForma();
-    }
+    void cambio(Control& control, Que que) const;
+    void cambioForma() const;
+    template <class Accion>
+    void avisar(const Accion& accion) const;
 
     std::string_view nombre_;
     std::string_view captionInicial_;
@@ -66,7 +67,7 @@ class Formulario {
     bool mostrado_ = false;
     std::vector<Control*> controles_;
     std::deque<std::string> lineas_;
-    Observador observador_;
+    std::vector<std::weak_ptr<Observador>> observadores_;
 };
 
 template <class T, Que cual>

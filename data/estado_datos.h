@@ -1,0 +1,33 @@
+// The form's state that the download, the exports and the base files share.
+#pragma once
+
+#include "data/bloques_texto.h"
+#include "data/decodificador.h"
+#include "data/memoria.h"
+#include "platform/reloj.h"
+#include "ui/forma_inicio.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+
+namespace telvane {
+
+struct EstadoDatos {
+    explicit EstadoDatos(Perfil perfil) : decodificador(perfil) {}
+
+    Memoria memoria;
+    Decodificador decodificador;
+    BloquesTexto bloquesTexto;
+    std::int32_t ultimoBloque = 0;      // set at start-up; last block of the decoding loops
+    std::int32_t bloqueActual = 0;      // next block of memoria to fill
+    FechaHora horaInicio;               // start of the running download
+    std::filesystem::path carpetaBase;  // where downloaded images are kept; empty: nowhere
+};
+
+// The buttons of every operation on data, disabled in this order while it runs...
+void bloquearOperaciones(FormaInicio& forma);
+// ...and enabled again after it; Command33 and Command3 stay as they are.
+void liberarOperaciones(FormaInicio& forma);
+
+}  // namespace telvane

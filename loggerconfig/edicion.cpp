@@ -1,0 +1,108 @@
+#include "loggerconfig/edicion.h"
+
+#include "loggerconfig/datos_config.h"
+#include "regional/formatos.h"
+
+#include <array>
+#include <charconv>
+
+namespace telvane {
+
+namespace {
+
+constexpr std::string_view kHoraIncorrecta = "Hora incorrecta (ej. 14:58:45)";
+constexpr std::string_view kMascaraHora = "##:##:##";
+
+std::chrono::seconds segundosDe(const FechaHora& momento) {
+    return std::chrono::floor<std::chrono::seconds>(momento.deDia);
+}
+
+}  // namespace
+
+std::optional<std::chrono::seconds> leerHora(std::string_view texto) {
+    constexpr std::array<int, 3> kLimites = {24, 60, 60};
+    std::int64_t total = 0;
+    for (std::size_t parte = 0; parte < kLimites.size(); ++parte) {
+        const auto fin = std::min(texto.find(':'), texto.size());
+        const auto cifras = texto.substr(0, fin);
+        const bool ultima = parte + 1 == kLimites.size();
+        if (cifras.empty() || cifras.size() > 2 || (fin == texto.size()) != ultima) return std::nullopt;
+        int valor = 0;
+        const auto leido = std::from_chars(cifras.data(), cifras.data() + cifras.size(), valor);
+        if (leido.ec != std::errc{} || leido.ptr != cifras.data() + cifras.size()) return std::nullopt;
+        if (valor < 0 || valor >= kLimites[parte]) return std::nullopt;
+        total = total * 60 + valor;
+        texto.remove_prefix(ultima ? fin : fin + 1);
+    }
+    return std::chrono::seconds(total);
+}
+
+void Edicion::alCambiarConfiguracion() {
+    auto& forma = enlace_.forma;
+    forma.Timer1.enabled = false;
+    forma.Check1.visible = true;
+    forma.Label3.visible = true;
+    for (auto* opcion :
+         {&forma.Option1, &forma.Option3, &forma.Option4, &forma.Option2, &forma.Option5, &forma.Option6}) {
+        opcion->visible = true;
+    }
+    for (auto* campo : forma.camposTexto()) campo->locked = false;
+    forma.configuracion.enabled = false;
+    forma.Command3.enabled = true;
+    forma.Command2.enabled = false;
+}
+
+void Edicion::alElegirIntervalo(std::size_t indice) {
+    config_.intervaloCodigo = kIntervalos[indice].codigo;
+}
+
+void Edicion::alCambiarFecha() {
+    config_.fechaConfig = enlace_.forma.fecha1.text();
+}
+
+Tarea<> Edicion::alSalirDeHora() {
+    const bool editando = enlace_.forma.Command3.enabled();
+    if (horaTocada_ || editando) co_await validarHora();
+}
+
+Tarea<> Edicion::validarHora() {
+    auto& forma = enlace_.forma;
+    horaTocada_ = false;
+    if (!leerHora(forma.MaskEdBox2.text())) {
+        co_await enlace_.avisar(kHoraIncorrecta);
+        forma.Timer1.enabled = false;
+        forma.MaskEdBox2.text = horaLarga(enlace_.reloj.ahora());
+        forma.MaskEdBox2.mask = std::string(kMascaraHora);
+    }
+    if (const auto hora = leerHora(forma.MaskEdBox2.text())) config_.horaConfig = *hora;
+}
+
+void Edicion::alTomarRelojPc() {
+    auto& forma = enlace_.forma;
+    forma.Timer1.enabled = true;
+    const auto ahora = enlace_.reloj.ahora();
+    forma.fecha1.text = fechaCorta(ahora);
+    alCambiarFecha();
+    config_.horaConfig = segundosDe(ahora);
+    forma.MaskEdBox2.text = horaLarga(config_.horaConfig);
+}
+
+void Edicion::alTictac() {
+    config_.horaConfig = (config_.horaConfig + std::chrono::seconds(1)) % std::chrono::hours(24);
+    enlace_.forma.MaskEdBox2.text = horaLarga(config_.horaConfig);
+}
+
+void Edicion::salirDeEdicion() {
+    auto& forma = enlace_.forma;
+    forma.Check1.value = 0;
+    forma.Check1.visible = false;
+    forma.Label3.visible = false;
+    forma.Timer1.enabled = true;
+    for (auto* campo : forma.camposTexto()) campo->locked = true;
+    for (auto* boton : {&forma.Command43, &forma.Command13, &forma.configuracion}) boton->enabled = true;
+    forma.Command3.enabled = false;
+    forma.Command2.enabled = true;
+    mostrarSoloIntervalo(forma, config_.intervaloCodigo);
+}
+
+}  // namespace telvane

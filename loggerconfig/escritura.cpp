@@ -1,0 +1,97 @@
+#include "loggerconfig/escritura.h"
+
+#include "link/siguiendo.h"
+#include "loggerconfig/datos_config.h"
+#include "loggerconfig/pasos_escritura.h"
+#include "regional/fecha_texto.h"
+#include "ui/textos.h"
+
+namespace telvane {
+
+namespace {
+
+constexpr std::string_view kBorrara =
+    "SE BORRARAN TODOS LOS DATOS DE MEMORIA!  \r\n\r\n\r\nesta seguro de cambiarla? ";
+constexpr std::string_view kErrorDatos = "error datos";
+constexpr std::string_view kFechaIncorrecta = "Fecha incorrecta (ej. 31/12/2024)";
+
+}  // namespace
+
+Tarea<> EscrituraConfig::alPulsar() {
+    // The time is checked on leaving its field; sending with the keyboard alone must not go around that.
+    co_await edicion_.validarHora();
+    // Without a date there is no message to send; the form stays in edit mode.
+    if (!leerFechaCorta(config_.fechaConfig)) {
+        co_await enlace_.avisar(kFechaIncorrecta);
+        co_return;
+    }
+    const auto seguro =
+        co_await preguntar(enlace_.dialogos, Mensaje(kBorrara, Botones::aceptarCancelar, Icono::exclamacion));
+    enlace_.estado.tInicio = std::to_string(static_cast<int>(seguro));
+    if (seguro == Boton::aceptar) {
+        enlace_.forma.Check1.value = 0;
+        prepararMensaje();
+        co_await enviar();
+    }
+    edicion_.salirDeEdicion();
+}
+
+void EscrituraConfig::prepararMensaje() {
+    auto& forma = enlace_.forma;
+    ConfigAEnviar config;
+    const auto campos = forma.camposTexto();
+    for (std::size_t i = 0; i < campos.size(); ++i) {
+        campos[i]->text = rellenado(campos[i]->text(), kAnchos[i]);
+        config.textos[i] = campos[i]->text();
+    }
+    const auto segundos = config_.horaConfig.count();
+    config.intervaloCodigo = config_.intervaloCodigo;
+    config.hora = static_cast<int>(segundos / 3600);
+    config.minuto = static_cast<int>(segundos / 60 % 60);
+    config.segundo = static_cast<int>(segundos % 60);
+    const auto fecha = leerFechaCorta(config_.fechaConfig).value();
+    config.dia = fecha.dia;
+    config.mes = fecha.mes;
+    config.anio = fecha.anio;
+    config_.mensajeConfig = mensajeConfig(config);
+}
+
+Tarea<> EscrituraConfig::enviar() {
+    co_await enlace_.despertar();
+    enlace_.abrir(enlace_.canales.MSComm5);
+    // respuesta is not cleared first: what an earlier exchange left there ends the wait at once.
+    co_await enlace_.esperarRespuesta();
+    if (enlace_.estado.respuesta) co_return;
+    co_await enlace_.avisar(textos::kNoHayEquipo);
+    enlace_.ofrecerReconexion();
+    enlace_.canales.MSComm5.PortOpen(false);
+}
+
+void EscrituraConfig::alComunicar() {
+    auto& canal = enlace_.canales.MSComm5;
+    if (canal.CommEvent() != suceso::kRecibido) return;
+    enlace_.estado.respuesta = true;
+    canal.InputByte();
+    const auto paso = pasoEscritura(++enlace_.estado.contador, config_.mensajeConfig);
+    if (paso.respuesta) siguiendo([&] { canal.Output(*paso.respuesta); });
+    if (paso.fin) {
+        canal.PortOpen(false);
+        terminarTransferencia();
+    } else if (paso.sobrante) {
+        terminarTransferencia();
+        enlace_.forma.imprimir(std::string(kErrorDatos));
+        siguiendo([&] { canal.InBufferCount(0); });
+        canal.PortOpen(false);
+    }
+}
+
+void EscrituraConfig::terminarTransferencia() {
+    auto& forma = enlace_.forma;
+    for (auto* boton : {&forma.Command43, &forma.Command13, &forma.configuracion, &forma.Command2}) {
+        boton->enabled = true;
+    }
+    forma.Command3.enabled = false;
+    forma.Timer1.enabled = true;
+}
+
+}  // namespace telvane

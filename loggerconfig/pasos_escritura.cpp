@@ -1,0 +1,56 @@
+#include "loggerconfig/pasos_escritura.h"
+
+#include "link/protocolo.h"
+#include "loggerconfig/datos_config.h"
+#include "platform/cp1252.h"
+
+namespace telvane {
+
+namespace {
+
+constexpr std::int32_t kPrimero = 1;
+
+// First byte of the first character beyond the width.
+std::size_t corte(std::string_view texto, std::size_t ancho) {
+    std::size_t caracter = 0;
+    for (std::size_t i = 0; i < texto.size(); ++i) {
+        const bool empieza = (static_cast<std::uint8_t>(texto[i]) & 0xC0) != 0x80;
+        if (empieza && caracter++ == ancho) return i;
+    }
+    return texto.size();
+}
+
+}  // namespace
+
+std::string rellenado(std::string_view texto, int ancho) {
+    const auto cabe = static_cast<std::size_t>(ancho);
+    auto largo = caracteres(texto);
+    for (; largo > cabe && texto.ends_with(' '); --largo) texto.remove_suffix(1);
+    for (; largo > cabe && texto.starts_with(' '); --largo) texto.remove_prefix(1);
+    if (largo > cabe) return std::string(texto.substr(0, corte(texto, cabe)));
+    return std::string(cabe - largo, ' ') + std::string(texto);
+}
+
+std::string mensajeConfig(const ConfigAEnviar& config) {
+    std::string mensaje;
+    for (std::size_t campo = 0; campo < kAnchos.size(); ++campo) {
+        mensaje += cp1252DeUtf8(rellenado(config.textos[campo], kAnchos[campo]));
+    }
+    const auto agregar = [&](std::uint8_t byte) { mensaje += static_cast<char>(byte); };
+    agregar(config.intervaloCodigo);
+    for (const int valor :
+         {config.hora, config.minuto, config.segundo, config.dia, config.mes, config.anio % 100}) {
+        agregar(empacarBcd(valor));
+    }
+    return mensaje;
+}
+
+PasoEscritura pasoEscritura(std::int32_t contador, std::string_view mensaje) {
+    if (contador == kPrimero) return {.respuesta = kEscribirConfig};
+    const auto ultimo = static_cast<std::int32_t>(kBytesMensajeConfig) + kPrimero;
+    if (contador < kPrimero || contador > ultimo) return {.respuesta = {}, .sobrante = true};
+    const auto indice = static_cast<std::size_t>(contador - kPrimero - 1);
+    return {.respuesta = static_cast<std::uint8_t>(mensaje[indice]), .fin = contador == ultimo};
+}
+
+}  // namespace telvane

@@ -1,0 +1,34 @@
+#include "loggerconfig/pasos_serie.h"
+
+#include "link/protocolo.h"
+
+namespace telvane {
+
+SerieEmpacada empacarSerie(std::string_view digitos) {
+    const auto cifra = [&](std::size_t i) {
+        return i < digitos.size() ? static_cast<unsigned>(digitos[i] - '0') & 15u : 0u;
+    };
+    SerieEmpacada serie{};
+    for (std::size_t k = 0; k < serie.size(); ++k) {
+        serie[k] = static_cast<std::uint8_t>(cifra(2 * k) * 16 + cifra(2 * k + 1));
+    }
+    return serie;
+}
+
+PasoSerie pasoSerie(std::int32_t contador, const SerieEmpacada& serie) {
+    switch (contador) {
+        case 0:
+            return {.respuesta = kEscribirSerie};
+        case 1:
+        case 2:
+        case 3:
+        case 4:
+            return {.respuesta = serie[static_cast<std::size_t>(contador - 1)]};
+        case 5:
+            return {.respuesta = serie.back(), .fin = true};
+        default:
+            return {.respuesta = {}, .inesperado = true};
+    }
+}
+
+}  // namespace telvane

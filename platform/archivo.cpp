@@ -1,0 +1,76 @@
+#include "platform/archivo.h"
+
+#include "platform/guardado.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace telvane {
+
+namespace {
+
+class Descriptor {
+ public:
+    explicit Descriptor(int numero) : numero_(numero) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (numero_ >= 0) ::close(numero_);
+    }
+    int operator()() const { return numero_; }
+
+ private:
+    int numero_;
+};
+
+[[noreturn]] void fallar(const std::filesystem::path& ruta, const std::string& motivo) {
+    throw ErrorLectura("no se pudo leer " + ruta.filename().string() + ": " + motivo);
+}
+
+std::filesystem::path carpetaXdg(const char* variable, const char* porDefecto) {
+    // An XDG folder that is not absolute is to be ignored.
+    if (const char* valor = std::getenv(variable); valor && *valor == '/') {
+        return std::filesystem::path(valor) / "telvane";
+    }
+    if (const char* casa = std::getenv("HOME"); casa && *casa) {
+        return std::filesystem::path(casa) / porDefecto / "telvane";
+    }
+    return {};
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::size_t maximo) {
+    const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (archivo() < 0) fallar(ruta, motivoSistema(errno));
+    struct stat datos {};
+    if (::fstat(archivo(), &datos) != 0) fallar(ruta, motivoSistema(errno));
+    if (S_ISDIR(datos.st_mode)) fallar(ruta, motivoSistema(EISDIR));
+    if (!S_ISREG(datos.st_mode)) fallar(ruta, "no es un archivo");
+
+    std::vector<std::uint8_t> bytes(maximo);
+    std::size_t leidos = 0;
+    while (leidos < maximo) {
+        const auto n = ::read(archivo(), bytes.data() + leidos, maximo - leidos);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) fallar(ruta, motivoSistema(errno));
+        if (n == 0) break;
+        leidos += static_cast<std::size_t>(n);
+    }
+    bytes.resize(leidos);
+    return bytes;
+}
+
+std::filesystem::path carpetaDeDatos() {
+    return carpetaXdg("XDG_DATA_HOME", ".local/share");
+}
+std::filesystem::path carpetaDeAjustes() {
+    return carpetaXdg("XDG_CONFIG_HOME", ".config");
+}
+
+}  // namespace telvane

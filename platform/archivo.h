@@ -1,0 +1,25 @@
+// Reading a file that a user chose.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <stdexcept>
+#include <vector>
+
+namespace telvane {
+
+class ErrorLectura : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
+// The first bytes of a regular file, at most maximo. Throws ErrorLectura with the reason in Spanish for
+// anything that is no regular file or cannot be read to that point. Never waits for a FIFO.
+std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::size_t maximo);
+
+// Folder of the user's data, $XDG_DATA_HOME/telvane or ~/.local/share/telvane; empty when there is no home.
+std::filesystem::path carpetaDeDatos();
+// Folder of the user's settings, $XDG_CONFIG_HOME/telvane or ~/.config/telvane; empty when there is no home.
+std::filesystem::path carpetaDeAjustes();
+
+}  // namespace telvane

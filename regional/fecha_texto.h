@@ -1,0 +1,14 @@
+// Reading a short date that a user typed.
+#pragma once
+
+#include "regional/formatos.h"
+
+#include <optional>
+#include <string_view>
+
+namespace telvane {
+
+// "31/12/2024": day, month and four-digit year of a date that exists; nullopt for anything else.
+std::optional<FechaCivil> leerFechaCorta(std::string_view texto);
+
+}  // namespace telvane
