@@ -1,0 +1,245 @@
+#include "simulator/fallo.h"
+
+#include <array>
+#include <charconv>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace telvane {
+
+namespace {
+
+using Operacion = Fallo::Operacion;
+using Clase = Fallo::Clase;
+
+// What the logger sends in each exchange, its answer to the opening byte included.
+struct FilaOperacion {
+    std::string_view nombre;
+    Operacion operacion;
+    Intercambio intercambio;
+    std::size_t bytes;
+};
+constexpr std::size_t kBytesSaludo = 2;
+constexpr std::array<FilaOperacion, 6> kOperaciones = {{
+    {"sonda", Operacion::sonda, Intercambio::reposo, kBytesMarco},
+    {"en-linea", Operacion::enLinea, Intercambio::reposo, kBytesMarco},
+    {"lectura", Operacion::lectura, Intercambio::lectura, kBytesSaludo + kBytesConfig},
+    {"escritura", Operacion::escritura, Intercambio::escritura, 1 + kBytesMensajeConfig},
+    {"serie", Operacion::serie, Intercambio::serie, 6},
+    {"descarga", Operacion::descarga, Intercambio::descarga, kBytesSaludo + kBytesMemoria},
+}};
+
+struct FilaClase {
+    std::string_view nombre;
+    Clase clase;
+    int base;            // of its value's digits; 0: takes none
+    std::size_t maximo;  // of its value
+};
+constexpr std::array<FilaClase, 8> kClases = {{
+    {"silencio", Clase::silencio, 0, 0},
+    {"demora", Clase::demora, 10, 3'600'000},
+    {"cambiar", Clase::cambiar, 16, 0xFF},
+    {"insertar", Clase::insertar, 10, 65536},
+    {"perder", Clase::perder, 0, 0},
+    {"doblar", Clase::doblar, 0, 0},
+    {"cortar", Clase::cortar, 0, 0},
+    {"colgar", Clase::colgar, 0, 0},
+}};
+
+constexpr std::uint8_t kByteInsertado = 0x00;
+
+template <class Tabla>
+auto buscar(const Tabla& tabla, std::string_view nombre) -> const typename Tabla::value_type* {
+    for (const auto& fila : tabla) {
+        if (fila.nombre == nombre) return &fila;
+    }
+    return nullptr;
+}
+
+const FilaOperacion& filaDe(Operacion operacion) {
+    return kOperaciones[static_cast<std::size_t>(operacion)];
+}
+
+[[noreturn]] void rechazar(std::string_view texto, const std::string& motivo) {
+    throw std::invalid_argument(fmt::format("fallo \"{}\": {}", texto, motivo));
+}
+
+// One piece between colons, "name" or "name=value".
+struct Pieza {
+    std::string_view nombre;
+    std::optional<std::string_view> valor;
+};
+
+std::vector<Pieza> partir(std::string_view texto) {
+    std::vector<Pieza> piezas;
+    for (std::size_t desde = 0; desde <= texto.size();) {
+        const auto hasta = std::min(texto.find(':', desde), texto.size());
+        const auto pieza = texto.substr(desde, hasta - desde);
+        const auto igual = pieza.find('=');
+        if (igual == pieza.npos) {
+            piezas.push_back({pieza, std::nullopt});
+        } else {
+            piezas.push_back({pieza.substr(0, igual), pieza.substr(igual + 1)});
+        }
+        desde = hasta + 1;
+    }
+    return piezas;
+}
+
+// Reads one fault text; the pieces may come in any order behind the operation.
+class LectorDeFallo {
+ public:
+    explicit LectorDeFallo(std::string_view texto) : texto_(texto) {}
+
+    Fallo leer() {
+        const auto piezas = partir(texto_);
+        const auto* fila = buscar(kOperaciones, piezas.front().nombre);
+        if (!fila || piezas.front().valor) rechazar(texto_, "operación desconocida");
+        fallo_.operacion = fila->operacion;
+        for (std::size_t i = 1; i < piezas.size(); ++i) tomar(piezas[i]);
+        if (!hayClase_) rechazar(texto_, "no dice qué falla");
+        colocar(*fila);
+        return fallo_;
+    }
+
+ private:
+    void tomar(const Pieza& pieza) {
+        if (pieza.nombre == "byte") {
+            byte_ = numero(pieza, 10, kBytesSaludo + kBytesMemoria - 1);
+        } else if (pieza.nombre == "bloque" && fallo_.operacion == Operacion::descarga) {
+            bloque_ = numero(pieza, 10, kBloquesMemoria - 1);
+        } else if (pieza.nombre == "cuadro" && fallo_.operacion == Operacion::enLinea) {
+            fallo_.cuadro = numero(pieza, 10, 1'000'000);
+        } else if (pieza.nombre == "vez") {
+            fallo_.vez = numero(pieza, 10, 1'000'000);
+            if (fallo_.vez == 0) rechazar(texto_, "vez se cuenta desde 1");
+        } else if (pieza.nombre == "siempre" && !pieza.valor) {
+            fallo_.vez = 0;
+        } else {
+            tomarClase(pieza);
+        }
+    }
+
+    void tomarClase(const Pieza& pieza) {
+        const auto* fila = buscar(kClases, pieza.nombre);
+        if (!fila || hayClase_) rechazar(texto_, fmt::format("sobra o no se entiende \"{}\"", pieza.nombre));
+        if (fila->base == 0 && pieza.valor) rechazar(texto_, fmt::format("{} no lleva valor", pieza.nombre));
+        if (fila->base != 0) fallo_.valor = numero(pieza, fila->base, fila->maximo);
+        fallo_.clase = fila->clase;
+        hayClase_ = true;
+    }
+
+    std::size_t numero(const Pieza& pieza, int base, std::size_t maximo) const {
+        const auto cifras = pieza.valor.value_or("");
+        std::size_t valor = 0;
+        const auto [fin, error] = std::from_chars(cifras.data(), cifras.data() + cifras.size(), valor, base);
+        if (error != std::errc() || fin != cifras.data() + cifras.size() || valor > maximo) {
+            rechazar(texto_, fmt::format("valor de {} fuera de rango", pieza.nombre));
+        }
+        return valor;
+    }
+
+    void colocar(const FilaOperacion& fila) {
+        fallo_.indice = byte_;
+        if (bloque_) {
+            if (byte_ >= kBytesBloque) rechazar(texto_, "un bloque tiene los bytes 0 a 63");
+            fallo_.indice = kBytesSaludo + *bloque_ * kBytesBloque + byte_;
+        }
+        if (fallo_.indice >= fila.bytes) {
+            rechazar(texto_, fmt::format("{} tiene los bytes 0 a {}", fila.nombre, fila.bytes - 1));
+        }
+    }
+
+    std::string_view texto_;
+    Fallo fallo_;
+    std::size_t byte_ = 0;
+    std::optional<std::size_t> bloque_;
+    bool hayClase_ = false;
+};
+
+bool alcanza(const Fallo& fallo, const ByteSaliente& saliente) {
+    if (saliente.indice != fallo.indice) return false;
+    switch (fallo.operacion) {
+        case Operacion::sonda:
+            return saliente.intercambio == Intercambio::reposo && saliente.cuadro == 0;
+        case Operacion::enLinea:
+            return saliente.intercambio == Intercambio::reposo &&
+                   saliente.cuadro == fallo.cuadro.value_or(saliente.cuadro);
+        default:
+            break;
+    }
+    // The answer to the opening byte comes before anybody knows which exchange it opens.
+    return saliente.intercambio == filaDe(fallo.operacion).intercambio ||
+           saliente.intercambio == Intercambio::eleccion;
+}
+
+void aplicar(const Fallo& fallo, Efecto& efecto) {
+    switch (fallo.clase) {
+        case Clase::silencio:
+            efecto.callar = true;
+            break;
+        case Clase::demora:
+            efecto.demora += std::chrono::milliseconds(fallo.valor);
+            break;
+        case Clase::cambiar:
+            efecto.bytes = {static_cast<std::uint8_t>(fallo.valor)};
+            break;
+        case Clase::insertar:
+            efecto.bytes.insert(efecto.bytes.end(), fallo.valor, kByteInsertado);
+            break;
+        case Clase::perder:
+            efecto.bytes.clear();
+            break;
+        case Clase::doblar:
+            efecto.bytes.insert(efecto.bytes.end(), efecto.bytes.begin(), efecto.bytes.end());
+            break;
+        case Clase::cortar:
+            efecto.cortar = true;
+            break;
+        case Clase::colgar:
+            efecto.colgar = true;
+            break;
+    }
+}
+
+}  // namespace
+
+const std::string_view kAyudaFallo =
+    R"(Un fallo se escribe OPERACION[:bloque=K|:cuadro=K][:byte=B][:vez=N|:siempre]:FALLO
+  OPERACION  sonda      primera respuesta a 0xBE (búsqueda, despertar)
+             en-linea   toda respuesta a 0xBE; cuadro=K: solo la K-ésima seguida, desde 0
+             lectura    de la configuración (bytes 0 a 112: dos avisos y el registro)
+             escritura  de la configuración (bytes 0 a 107)
+             serie      escritura del número de serie (bytes 0 a 5)
+             descarga   de la memoria (bytes 0 y 1: saludo); bloque=K: el byte B es de ese bloque
+  byte=B     byte, desde 0, de lo que el registrador envía en el intercambio (0 si falta); el byte 0 de lectura,
+             escritura, serie y descarga responde a la apertura, común a las cuatro
+  vez=N      la N-ésima vez que se llega a ese byte (1 si falta); siempre: todas
+  FALLO      silencio     ni ese byte ni los demás del intercambio
+             demora=MS    ese byte sale MS milisegundos más tarde
+             cambiar=HH   otro valor, en hexadecimal
+             insertar=N   N bytes de más tras él
+             perder       el byte no llega
+             doblar       llega dos veces
+             cortar       desde ahí nada más pasa en ningun sentido
+             colgar       el puerto desaparece; vuelve a los 2 segundos
+Ejemplo: --fallo descarga:bloque=2047:byte=12:cortar)";
+
+Fallo Fallo::leer(std::string_view texto) {
+    return LectorDeFallo(texto).leer();
+}
+
+Efecto PlanDeFallos::operator()(const ByteSaliente& saliente) {
+    auto efecto = Efecto::pasar(saliente.byte);
+    for (std::size_t i = 0; i < fallos_.size(); ++i) {
+        if (!alcanza(fallos_[i], saliente)) continue;
+        ++veces_[i];
+        if (fallos_[i].vez == 0 || fallos_[i].vez == veces_[i]) aplicar(fallos_[i], efecto);
+    }
+    return efecto;
+}
+
+}  // namespace telvane

@@ -1,0 +1,117 @@
+#include "simulator/terminal_simulado.h"
+
+#include "platform/guardado.h"
+
+#include <array>
+#include <cerrno>
+#include <stdexcept>
+#include <utility>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <stdlib.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace telvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void fallar(const std::string& que) {
+    throw std::runtime_error(fmt::format("{}: {}", que, motivoSistema(errno)));
+}
+
+void cerrar(int& descriptor) {
+    if (descriptor >= 0) ::close(std::exchange(descriptor, -1));
+}
+
+// Neither echo nor line editing: bytes pass as they are.
+void ponerEnCrudo(int descriptor) {
+    termios ajustes{};
+    if (::tcgetattr(descriptor, &ajustes) != 0) fallar("no se pudo leer el estado del terminal");
+    ::cfmakeraw(&ajustes);
+    ::cfsetspeed(&ajustes, B19200);
+    if (::tcsetattr(descriptor, TCSANOW, &ajustes) != 0) fallar("no se pudo preparar el terminal");
+}
+
+}  // namespace
+
+TerminalSimulado::TerminalSimulado(fs::path enlace) : enlace_(std::move(enlace)) {
+    try {
+        reabrir();
+    } catch (...) {
+        cerrar(esclavo_);
+        cerrar(maestro_);
+        throw;
+    }
+}
+
+TerminalSimulado::~TerminalSimulado() {
+    colgar();
+}
+
+void TerminalSimulado::reabrir() {
+    abrirPty();
+    enlazar();
+}
+
+void TerminalSimulado::abrirPty() {
+    maestro_ = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (maestro_ < 0) fallar("no se pudo abrir un pseudoterminal");
+    if (::grantpt(maestro_) != 0 || ::unlockpt(maestro_) != 0)
+        fallar("no se pudo habilitar el pseudoterminal");
+    std::array<char, 64> nombre{};
+    if (::ptsname_r(maestro_, nombre.data(), nombre.size()) != 0) fallar("el pseudoterminal no tiene nombre");
+    nombre_ = nombre.data();
+    esclavo_ = ::open(nombre_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (esclavo_ < 0) fallar(fmt::format("no se pudo abrir {}", nombre_));
+    ponerEnCrudo(esclavo_);
+    if (::fcntl(maestro_, F_SETFL, O_NONBLOCK) != 0) fallar("no se pudo preparar el pseudoterminal");
+}
+
+void TerminalSimulado::enlazar() {
+    std::error_code error;
+    const auto que = fs::symlink_status(enlace_, error).type();
+    if (que == fs::file_type::symlink && !fs::exists(enlace_, error)) {
+        fs::remove(enlace_, error);
+    } else if (que == fs::file_type::symlink) {
+        throw std::runtime_error(fmt::format("{} ya lleva a otro dispositivo o archivo", enlace_.string()));
+    } else if (que != fs::file_type::not_found) {
+        throw std::runtime_error(fmt::format("{} ya existe y no es un enlace", enlace_.string()));
+    }
+    if (::symlink(nombre_.c_str(), enlace_.c_str()) != 0)
+        fallar(fmt::format("no se pudo crear {}", enlace_.string()));
+}
+
+void TerminalSimulado::colgar() {
+    std::error_code error;
+    // Somebody else's link by now stays.
+    if (maestro_ >= 0 && fs::read_symlink(enlace_, error) == nombre_) fs::remove(enlace_, error);
+    cerrar(esclavo_);
+    cerrar(maestro_);
+}
+
+std::vector<std::uint8_t> TerminalSimulado::leer() {
+    std::vector<std::uint8_t> bytes(4096);
+    const auto leidos = ::read(maestro_, bytes.data(), bytes.size());
+    if (leidos < 0 && errno != EAGAIN && errno != EINTR) fallar("no se pudo leer del pseudoterminal");
+    bytes.resize(leidos > 0 ? static_cast<std::size_t>(leidos) : 0);
+    return bytes;
+}
+
+void TerminalSimulado::escribir(std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const auto escritos = ::write(maestro_, bytes.data(), bytes.size());
+        if (escritos > 0) {
+            bytes = bytes.subspan(static_cast<std::size_t>(escritos));
+        } else if (errno == EAGAIN) {
+            return;
+        } else if (errno != EINTR) {
+            fallar("no se pudo escribir en el pseudoterminal");
+        }
+    }
+}
+
+}  // namespace telvane

@@ -1,0 +1,152 @@
+#include "simulator/fallo.h"
+
+#include "simulator/linea_simulada.h"
+
+#include <stdexcept>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Bytes = std::vector<std::uint8_t>;
+
+TEST(Fallo, LeeElEjemploDeLaAyuda) {
+    const auto fallo = Fallo::leer("descarga:bloque=2047:byte=12:cortar");
+    EXPECT_EQ(fallo.operacion, Fallo::Operacion::descarga);
+    EXPECT_EQ(fallo.clase, Fallo::Clase::cortar);
+    EXPECT_EQ(fallo.indice, 2u + 2047u * 64u + 12u);
+    EXPECT_EQ(fallo.vez, 1u);
+    EXPECT_THAT(std::string(kAyudaFallo), testing::HasSubstr("descarga:bloque=2047:byte=12:cortar"));
+}
+
+TEST(Fallo, LeeValoresYVeces) {
+    EXPECT_EQ(Fallo::leer("lectura:byte=5:cambiar=fF").valor, 0xFFu);
+    EXPECT_EQ(Fallo::leer("lectura:byte=5:demora=250").valor, 250u);
+    EXPECT_EQ(Fallo::leer("serie:vez=3:perder").vez, 3u);
+    EXPECT_EQ(Fallo::leer("serie:siempre:perder").vez, 0u);
+    EXPECT_EQ(Fallo::leer("en-linea:cuadro=4:byte=30:doblar").cuadro, 4u);
+}
+
+class FalloMalEscrito : public testing::TestWithParam<const char*> {};
+
+TEST_P(FalloMalEscrito, SeRechaza) {
+    EXPECT_THROW(Fallo::leer(GetParam()), std::invalid_argument);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CadaUno, FalloMalEscrito,
+    testing::Values("", ":", "otra:silencio", "sonda", "sonda:", "sonda:nada", "sonda:silencio:perder",
+                    "sonda:silencio=1", "sonda=1:silencio", "sonda:byte=31:perder", "sonda:byte=-1:perder",
+                    "sonda:byte=x:perder", "sonda:byte:perder", "sonda:bloque=1:perder",
+                    "lectura:byte=113:perder", "escritura:byte=108:perder", "serie:byte=6:perder",
+                    "serie:vez=0:perder", "descarga:bloque=4096:perder", "descarga:bloque=1:byte=64:perder",
+                    "descarga:byte=262146:perder", "descarga:cambiar=100", "descarga:cambiar",
+                    "descarga:demora=", "descarga:insertar=99999999999999999999"));
+
+// What arrives at the PC when these bytes are sent one after the other.
+struct Oyente {
+    explicit Oyente(const char* fallo, int baudios = 0) : linea(MaquinaRegistrador(), baudios) {
+        linea.manipular(PlanDeFallos({Fallo::leer(fallo)}));
+    }
+    Bytes enviar(std::uint8_t byte) {
+        ahora += 100ms;
+        linea.enviar(byte, ahora);
+        linea.alDia(ahora + 50ms);
+        Bytes bytes;
+        for (; !linea.llegadas().empty() && linea.llegadas().front().cuando <= ahora + 50ms;
+             linea.llegadas().pop_front()) {
+            if (linea.llegadas().front().que == LineaSimulada::Llegada::Que::byte) {
+                bytes.push_back(static_cast<std::uint8_t>(linea.llegadas().front().valor));
+            }
+        }
+        return bytes;
+    }
+    LineaSimulada linea;
+    std::chrono::nanoseconds ahora{1h};
+};
+
+TEST(PlanDeFallos, ElSilencioDuraHastaElFinDelIntercambio) {
+    Oyente pc("lectura:byte=1:silencio");
+    EXPECT_THAT(pc.enviar(kApertura), ElementsAre(kApertura));
+    EXPECT_THAT(pc.enviar(kLeerConfig), IsEmpty());
+    EXPECT_THAT(pc.enviar(kApertura), IsEmpty());
+    EXPECT_THAT(pc.enviar(0x00), IsEmpty());
+    EXPECT_THAT(pc.enviar(kApertura), ElementsAre(kApertura));
+    EXPECT_THAT(pc.enviar(kLeerConfig), ElementsAre(kApertura));
+}
+
+TEST(PlanDeFallos, CadaFalloHaceLoSuyo) {
+    EXPECT_THAT(Oyente("lectura:cambiar=7E").enviar(kApertura), ElementsAre(0x7E));
+    EXPECT_THAT(Oyente("serie:insertar=2").enviar(kApertura), ElementsAre(kApertura, 0, 0));
+    EXPECT_THAT(Oyente("escritura:perder").enviar(kApertura), IsEmpty());
+    EXPECT_THAT(Oyente("descarga:doblar").enviar(kApertura), ElementsAre(kApertura, kApertura));
+    EXPECT_THAT(Oyente("descarga:demora=60").enviar(kApertura), IsEmpty());
+}
+
+TEST(PlanDeFallos, UnByteDeUnBloqueSePierdeYElSiguienteBloqueLlegaEntero) {
+    Oyente pc("descarga:bloque=1:byte=63:perder");
+    pc.enviar(kApertura);
+    pc.enviar(kSaludo);
+    EXPECT_EQ(pc.enviar(kApertura).size(), 64u);
+    EXPECT_EQ(pc.enviar(kApertura).size(), 63u);
+    EXPECT_EQ(pc.enviar(kApertura).size(), 64u);
+}
+
+TEST(PlanDeFallos, LaSondaEsLaPrimeraRespuestaYLosCuadrosLasSeguidas) {
+    Oyente sonda("sonda:vez=2:silencio");
+    EXPECT_EQ(sonda.enviar(kSonda).size(), 31u);
+    EXPECT_EQ(sonda.enviar(kSonda).size(), 31u);
+    sonda.ahora += 600ms;
+    EXPECT_EQ(sonda.enviar(kSonda).size(), 0u);
+
+    Oyente enLinea("en-linea:cuadro=2:byte=30:perder");
+    EXPECT_EQ(enLinea.enviar(kSonda).size(), 31u);
+    EXPECT_EQ(enLinea.enviar(kSonda).size(), 31u);
+    EXPECT_EQ(enLinea.enviar(kSonda).size(), 30u);
+    EXPECT_EQ(enLinea.enviar(kSonda).size(), 31u);
+}
+
+TEST(PlanDeFallos, SiempreEsCadaVez) {
+    Oyente pc("sonda:siempre:silencio");
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_THAT(pc.enviar(kSonda), IsEmpty());
+        pc.ahora += 600ms;
+    }
+}
+
+TEST(PlanDeFallos, UnCableCortadoNoLlevaNadaHastaReponerlo) {
+    Oyente pc("lectura:byte=1:cortar");
+    pc.enviar(kApertura);
+    EXPECT_THAT(pc.enviar(kLeerConfig), IsEmpty());
+    pc.ahora += 5s;
+    EXPECT_THAT(pc.enviar(kSonda), IsEmpty());
+    pc.linea.reponer();
+    EXPECT_EQ(pc.enviar(kSonda).size(), 31u);
+}
+
+TEST(PlanDeFallos, UnPuertoColgadoLoDiceTrasLoQueYaIba) {
+    Oyente pc("sonda:byte=3:colgar");
+    EXPECT_EQ(pc.enviar(kSonda).size(), 3u);
+    EXPECT_TRUE(pc.linea.colgada());
+}
+
+TEST(LineaSimulada, A19200BaudiosCadaByteTardaLoSuyo) {
+    LineaSimulada linea(MaquinaRegistrador(), kBaudios);
+    const auto porByte = std::chrono::nanoseconds(520'833);
+    linea.enviar(kSonda, 1s);
+    EXPECT_THAT(linea.llegadas(), IsEmpty());
+    EXPECT_EQ(linea.proximaRecepcion(), 1s + porByte);
+    linea.alDia(1s + porByte);
+    ASSERT_EQ(linea.llegadas().size(), kBytesMarco);
+    EXPECT_EQ(linea.llegadas().front().cuando, 1s + 2 * porByte);
+    EXPECT_EQ(linea.llegadas().back().cuando, 1s + 32 * porByte);
+}
+
+}  // namespace
+}  // namespace telvane

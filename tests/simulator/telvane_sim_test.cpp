@@ -1,0 +1,245 @@
+// The built program on a real pty.
+#include "apoyo/proceso.h"
+#include "link/protocolo.h"
+#include "loggerconfig/datos_config.h"
+#include "simulator/puerto_crudo.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+namespace telvane {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+using Bytes = std::vector<std::uint8_t>;
+
+class TelvaneSim : public testing::Test {
+ protected:
+    TelvaneSim() {
+        auto plantilla = (fs::temp_directory_path() / "telvane-sim-XXXXXX").string();
+        carpeta = ::mkdtemp(plantilla.data());
+        enlace = carpeta / "registrador";
+    }
+    ~TelvaneSim() override { fs::remove_all(carpeta); }
+
+    std::vector<std::string> orden(std::vector<std::string> argumentos) const {
+        argumentos.insert(argumentos.begin(), {TELVANE_SIM, "--enlace", enlace.string()});
+        return argumentos;
+    }
+    // Started and ready.
+    std::unique_ptr<Proceso> arrancar(const std::vector<std::string>& argumentos) const {
+        auto proceso = std::make_unique<Proceso>(orden(argumentos));
+        const auto linea = proceso->linea();
+        EXPECT_THAT(linea.value_or(""),
+                    StartsWith("telvane-sim: registrador en " + enlace.string() + " (/dev/pts/"))
+            << proceso->errores();
+        return proceso;
+    }
+    // The exit status of a run that must not serve; what it said stays in queja.
+    int rechazado(const std::vector<std::string>& argumentos) {
+        Proceso proceso(argumentos);
+        const auto estado = proceso.terminar();
+        queja = proceso.errores();
+        EXPECT_THAT(proceso.salida(), IsEmpty());
+        return estado.value_or(-1);
+    }
+    static Bytes contenido(const fs::path& ruta) {
+        std::ifstream archivo(ruta, std::ios::binary);
+        return Bytes(std::istreambuf_iterator<char>(archivo), {});
+    }
+    static bool hayEnlace(const fs::path& ruta) { return fs::is_symlink(fs::symlink_status(ruta)); }
+
+    fs::path carpeta;
+    fs::path enlace;
+    std::string queja;
+};
+
+class AlTerminar : public TelvaneSim, public testing::WithParamInterface<int> {};
+
+TEST_P(AlTerminar, RespondeALaSondaYQuitaElEnlaceConLaSenal) {
+    const auto proceso = arrancar({});
+    PuertoCrudo puerto(enlace);
+    ASSERT_TRUE(puerto.abierto());
+    puerto.escribir(kSonda);
+    EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
+    EXPECT_TRUE(hayEnlace(enlace));
+    proceso->senal(GetParam());
+    EXPECT_EQ(proceso->terminar(), 0);
+    EXPECT_FALSE(hayEnlace(enlace));
+}
+
+INSTANTIATE_TEST_SUITE_P(ConCadaSenal, AlTerminar, testing::Values(SIGTERM, SIGINT, SIGHUP),
+                         [](const auto& caso) { return std::string("SIG") + sigabbrev_np(caso.param); });
+
+TEST_F(TelvaneSim, NoSobrescribeUnArchivo) {
+    std::ofstream(enlace) << "valioso";
+    EXPECT_EQ(rechazado(orden({})), 1);
+    EXPECT_THAT(queja, HasSubstr("no es un enlace"));
+    EXPECT_EQ(contenido(enlace).size(), 7u);
+}
+
+TEST_F(TelvaneSim, NoQuitaElEnlaceDeOtroRegistrador) {
+    const auto primero = arrancar({"--baudios", "0"});
+    EXPECT_EQ(rechazado(orden({})), 1);
+    PuertoCrudo puerto(enlace);
+    puerto.escribir(kSonda);
+    EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
+}
+
+TEST_F(TelvaneSim, ReemplazaUnEnlaceQueNoLlevaANada) {
+    fs::create_symlink(carpeta / "nada", enlace);
+    const auto proceso = arrancar({"--baudios", "0"});
+    PuertoCrudo puerto(enlace);
+    EXPECT_TRUE(puerto.abierto());
+}
+
+TEST_F(TelvaneSim, UnEnlaceEnUnaCarpetaQueNoExisteEsUnFallo) {
+    enlace = carpeta / "no" / "hay";
+    EXPECT_EQ(rechazado(orden({})), 1);
+    EXPECT_THAT(queja, HasSubstr("no se pudo crear"));
+}
+
+TEST_F(TelvaneSim, ElMalUsoSaleConDos) {
+    EXPECT_EQ(rechazado({TELVANE_SIM}), 2);
+    EXPECT_THAT(queja, HasSubstr("falta --enlace"));
+    EXPECT_EQ(rechazado(orden({"--serie", "123"})), 2);
+    EXPECT_THAT(queja, HasSubstr("8 cifras"));
+    EXPECT_EQ(rechazado(orden({"--baudios", "9600"})), 2);
+    EXPECT_EQ(rechazado(orden({"--semilla", "x"})), 2);
+    EXPECT_EQ(rechazado(orden({"--semilla", "4294967296"})), 2);
+    EXPECT_EQ(rechazado(orden({"--fallo", "sonda:nada"})), 2);
+    EXPECT_THAT(queja, HasSubstr("nada"));
+    EXPECT_EQ(rechazado(orden({"--fallo"})), 2);
+    EXPECT_EQ(rechazado(orden({"--otra"})), 2);
+    EXPECT_EQ(rechazado(orden({"sobra"})), 2);
+    EXPECT_FALSE(hayEnlace(enlace));
+}
+
+TEST_F(TelvaneSim, LaAyudaExplicaLosFallosYSaleConCero) {
+    Proceso proceso({TELVANE_SIM, "--help"});
+    EXPECT_EQ(proceso.terminar(), 0);
+    EXPECT_THAT(proceso.salida(), HasSubstr("Uso: telvane-sim"));
+    EXPECT_THAT(proceso.salida(), HasSubstr("descarga:bloque=2047:byte=12:cortar"));
+}
+
+TEST_F(TelvaneSim, SirveAUnoTrasOtro) {
+    const auto proceso = arrancar({"--baudios", "0"});
+    for (int i = 0; i < 3; ++i) {
+        PuertoCrudo puerto(enlace);
+        puerto.escribir(kSonda);
+        EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
+    }
+}
+
+TEST_F(TelvaneSim, GuardaLoQueSeLeEscribe) {
+    const auto memoria = carpeta / "base.rgt";
+    {
+        const auto proceso =
+            arrancar({"--baudios", "0", "--memoria", memoria.string(), "--serie", "02080099"});
+        EXPECT_THAT(contenido(memoria), SizeIs(kBytesMemoria));
+        PuertoCrudo puerto(enlace);
+        EXPECT_EQ(puerto.pedir(kApertura), kApertura);
+        EXPECT_NE(puerto.pedir(kEscribirSerie), 256u);
+        for (const auto byte : Bytes{0x20, 0x80, 0x05, 0x12}) EXPECT_NE(puerto.pedir(byte), 256u);
+        puerto.escribir(0x12);
+        EXPECT_TRUE(esperarA([&] { return contenido(memoria)[3] == 0x12; }));
+        proceso->senal(SIGTERM);
+        EXPECT_EQ(proceso->terminar(), 0);
+    }
+    const auto proceso = arrancar({"--baudios", "0", "--memoria", memoria.string()});
+    PuertoCrudo puerto(enlace);
+    EXPECT_EQ(puerto.pedir(kApertura), kApertura);
+    EXPECT_NE(puerto.pedir(kLeerConfig), 256u);
+    Bytes registro;
+    unsigned byte = puerto.pedir(kApertura);
+    while (byte < 256 && registro.size() < kBytesConfig - 1) {
+        registro.push_back(static_cast<std::uint8_t>(byte));
+        byte = puerto.pedir(static_cast<std::uint8_t>(byte));
+    }
+    registro.push_back(static_cast<std::uint8_t>(byte));
+    puerto.escribir(static_cast<std::uint8_t>(byte));
+    ASSERT_THAT(registro, SizeIs(kBytesConfig));
+    EXPECT_EQ(Bytes(registro.begin(), registro.begin() + 4), (Bytes{0x20, 0x80, 0x05, 0x12}));
+    EXPECT_LE(registro[registro_config::kReloj], 0x23);
+}
+
+TEST_F(TelvaneSim, UnaMemoriaDemasiadoLargaSeRechaza) {
+    const auto memoria = carpeta / "larga.rgt";
+    std::ofstream(memoria) << std::string(kBytesMemoria + 1, '\0');
+    EXPECT_EQ(rechazado(orden({"--memoria", memoria.string()})), 1);
+    EXPECT_FALSE(hayEnlace(enlace));
+}
+
+TEST_F(TelvaneSim, LaDescargaSinRitmoEsLaMemoria) {
+    const auto memoria = carpeta / "base.rgt";
+    const auto proceso = arrancar({"--baudios", "0", "--memoria", memoria.string(), "--semilla", "42"});
+    PuertoCrudo puerto(enlace);
+    EXPECT_EQ(puerto.pedir(kApertura), kApertura);
+    EXPECT_EQ(puerto.pedir(kSaludo), kSaludo);
+    Bytes imagen;
+    for (std::size_t i = 0; i < kBloquesMemoria; ++i) {
+        puerto.escribir(kApertura);
+        const auto bloque = puerto.leer(kBytesBloque);
+        ASSERT_THAT(bloque, SizeIs(kBytesBloque)) << i;
+        imagen.insert(imagen.end(), bloque.begin(), bloque.end());
+    }
+    puerto.escribir(kApertura);
+    EXPECT_EQ(imagen, contenido(memoria));
+}
+
+// Only the lower bound: how much later a loaded machine is says nothing about the program. The program makes
+// up for at most 2.1 ms of its own delay, so the whole cannot be shorter than the line's by more than that.
+TEST_F(TelvaneSim, A19200BaudiosNoEsMasRapidoQueLaLinea) {
+    constexpr int kBloques = 20;
+    const auto proceso = arrancar({});
+    PuertoCrudo puerto(enlace);
+    EXPECT_EQ(puerto.pedir(kApertura), kApertura);
+    EXPECT_EQ(puerto.pedir(kSaludo), kSaludo);
+    const auto inicio = std::chrono::steady_clock::now();
+    for (int i = 0; i < kBloques; ++i) {
+        puerto.escribir(kApertura);
+        ASSERT_THAT(puerto.leer(kBytesBloque), SizeIs(kBytesBloque)) << i;
+    }
+    EXPECT_GE(std::chrono::steady_clock::now() - inicio, kBloques * 65 * 520'833ns - 2200us);
+}
+
+TEST_F(TelvaneSim, UnFalloSeCumpleUnaVezYLuegoTodoVaBien) {
+    const auto proceso = arrancar({"--baudios", "0", "--fallo", "sonda:byte=20:silencio"});
+    PuertoCrudo puerto(enlace);
+    puerto.escribir(kSonda);
+    EXPECT_THAT(puerto.leer(20), SizeIs(20));
+    puerto.escribir(kApertura);
+    EXPECT_THAT(puerto.leer(1), testing::ElementsAre(kApertura));
+    puerto.escribir(kSonda);
+    puerto.escribir(kSonda);
+    EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
+}
+
+TEST_F(TelvaneSim, UnPuertoColgadoDesapareceYVuelve) {
+    const auto proceso = arrancar({"--baudios", "0", "--fallo", "sonda:byte=5:colgar"});
+    {
+        PuertoCrudo puerto(enlace);
+        puerto.escribir(kSonda);
+        puerto.leer(kBytesMarco);
+        EXPECT_TRUE(puerto.colgado());
+    }
+    EXPECT_FALSE(hayEnlace(enlace));
+    ASSERT_TRUE(esperarA([&] { return hayEnlace(enlace); }));
+    PuertoCrudo puerto(enlace);
+    puerto.escribir(kSonda);
+    EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
+}
+
+}  // namespace
+}  // namespace telvane
