@@ -1,0 +1,141 @@
+// Base file import.
+#include "data/archivo_base.h"
+
+#include "app/banco.h"
+
+#include <fstream>
+
+#include <sys/stat.h>
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+class Importar : public Banco {
+ protected:
+    static constexpr const char* kExito = "El archivo se proceso con exito";
+
+    void sinRegistrador() {
+        dialogos.responder(Boton::cancelar, kPregunta);
+        inicio.cargar();
+    }
+    std::filesystem::path archivo(const std::string& bytes) {
+        const auto ruta = carpeta.ruta() / "base.rgt";
+        std::ofstream(ruta, std::ios::binary) << bytes;
+        return ruta;
+    }
+    void importar(const std::filesystem::path& ruta) {
+        dialogos.responderArchivo(ruta);
+        dialogos.responder(Boton::aceptar, kExito);
+        pulsar(forma.Command43);
+    }
+    // What the spreadsheet export makes of the image that is held.
+    std::string exportado() {
+        dialogos.responderArchivo(carpeta.ruta() / "datos.xls");
+        forma.Command33.enabled = true;
+        pulsar(forma.Command33);
+        return contenido(carpeta.ruta() / "datos.xls");
+    }
+    // Outside the evaporation variant, before and after its first bytes change.
+    static std::string simulada() {
+        auto imagen = memoriaSimulada(Clima());
+        ponerSerie(imagen, "99080050");
+        return {imagen.begin(), imagen.end()};
+    }
+};
+
+TEST_F(Importar, FillsTheMemoryAndEnablesTheExport) {
+    sinRegistrador();
+    forma.Command33.enabled = false;
+    importar(archivo(simulada()));
+    const auto& peticion = dialogos.archivos().back();
+    EXPECT_FALSE(peticion.guardar);
+    EXPECT_EQ(peticion.filtro, "datos base (*.rgt)|*.rgt");
+    EXPECT_EQ(peticion.carpeta, "C:\\mis Documentos\\");
+    for (auto* boton : {&forma.Command33, &forma.Command43, &forma.Command13, &forma.Command2,
+                        &forma.configuracion, &forma.Command4, &forma.Command1}) {
+        EXPECT_TRUE(boton->enabled()) << boton->nombre();
+    }
+    EXPECT_FALSE(forma.Command3.enabled());
+    EXPECT_FALSE(inicio.progress.mostrado());
+    EXPECT_EQ(inicio.progress.caption(), "Estado de Comunicacion");
+    const auto texto = exportado();
+    EXPECT_EQ(std::count(texto.begin(), texto.end(), '\n'), 1 + 8178 + 1);
+    EXPECT_NE(forma.RichTextBox2.text().find("Numero de serie : 99080050"), std::string::npos)
+        << "with no logger read, the image's own header gives the configuration";
+}
+
+TEST_F(Importar, GivesTheSampleLinesOfADownloadOfTheSameImage) {
+    conectar();
+    dialogos.responder(Boton::aceptar);
+    dialogos.responderArchivo(carpeta.ruta() / "datos.CSV");
+    dialogos.responder(Boton::no);
+    pulsar(forma.Command13);
+    ASSERT_TRUE(bucle.correrHasta([&] { return std::filesystem::exists(carpeta.ruta() / "datos.CSV"); }));
+    bucle.avanzar(1s);
+    const auto csv = contenido(carpeta.ruta() / "datos.CSV");
+    importar(std::filesystem::directory_iterator(carpeta.ruta() / "base")->path());
+    const auto xls = exportado();
+    EXPECT_EQ(csv.substr(csv.find("20/11/2018")), xls.substr(xls.find("20/11/2018")));
+}
+
+TEST_F(Importar, AnEmptyFileLeavesTheMemoryButForItsFirstByte) {
+    sinRegistrador();
+    importar(archivo(simulada()));
+    const auto antes = exportado();
+    importar(archivo(""));
+    EXPECT_EQ(exportado(), antes);
+    EXPECT_NE(forma.RichTextBox2.text().find("Numero de serie : 00080050"), std::string::npos);
+}
+
+TEST_F(Importar, SixtyFourBytesFillTheFirstBlockOnly) {
+    sinRegistrador();
+    importar(archivo(simulada()));
+    const auto antes = exportado();
+    importar(archivo(std::string(64, '\x11')));
+    EXPECT_EQ(exportado(), antes);
+    EXPECT_NE(forma.RichTextBox2.text().find("Numero de serie : 11111111"), std::string::npos);
+}
+
+TEST_F(Importar, ALongerFileIsReadAsFarAsTheImageReaches) {
+    sinRegistrador();
+    importar(archivo(simulada()));
+    const auto antes = exportado();
+    importar(archivo(simulada() + std::string(100000, '\0')));
+    EXPECT_EQ(exportado(), antes);
+}
+
+TEST_F(Importar, ACancelledDialogChangesNothing) {
+    sinRegistrador();
+    dialogos.responderArchivo(std::nullopt);
+    pulsar(forma.Command43);
+    EXPECT_TRUE(forma.Command43.enabled());
+    EXPECT_TRUE(forma.Command13.enabled());
+    EXPECT_EQ(dialogos.mensajes().size(), 1u);
+}
+
+TEST_F(Importar, AFolderAFifoAndAMissingFileAreToldAndLoseNothing) {
+    sinRegistrador();
+    importar(archivo(simulada()));
+    const auto antes = exportado();
+    const auto fifo = carpeta.ruta() / "fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    for (const auto& ruta : {carpeta.ruta(), fifo, carpeta.ruta() / "no-existe.rgt"}) {
+        dialogos.responderArchivo(ruta);
+        pulsar(forma.Command43);
+        EXPECT_TRUE(lineas().back().starts_with("no se pudo leer ")) << lineas().back();
+        EXPECT_TRUE(forma.Command43.enabled());
+    }
+    EXPECT_EQ(exportado(), antes);
+}
+
+TEST(NombreArchivoBase, HasNoPathPartsWhateverTheSerialNumberHolds) {
+    const FechaHora momento{2026, 1, 2, 3h + 4min + 5s};
+    EXPECT_EQ(nombreArchivoBase("02080050", momento), "02080050_20260102_030405.rgt");
+    EXPECT_EQ(nombreArchivoBase("9:;<=>?/", momento), "9________20260102_030405.rgt");
+    EXPECT_EQ(nombreArchivoBase("", momento), "sin_serie_20260102_030405.rgt");
+}
+
+}  // namespace
+}  // namespace telvane

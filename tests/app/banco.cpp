@@ -1,0 +1,61 @@
+#include "app/banco.h"
+
+#include "platform/cp1252.h"
+
+#include <fstream>
+#include <iterator>
+
+#include <stdlib.h>
+
+namespace telvane {
+
+using namespace std::chrono_literals;
+
+CarpetaTemporal::CarpetaTemporal() {
+    std::string modelo = (std::filesystem::temp_directory_path() / "telvane-XXXXXX").string();
+    if (!mkdtemp(modelo.data())) throw std::runtime_error("mkdtemp");
+    ruta_ = modelo;
+}
+
+CarpetaTemporal::~CarpetaTemporal() {
+    std::error_code sinImportancia;
+    std::filesystem::remove_all(ruta_, sinImportancia);
+}
+
+std::string contenido(const std::filesystem::path& ruta) {
+    std::ifstream archivo(ruta, std::ios::binary);
+    return {std::istreambuf_iterator<char>(archivo), {}};
+}
+
+Banco::Banco(int baudios, Perfil perfil)
+    : puertos(bucle, bucle.reloj(), baudios),
+      inicio({.bucle = bucle,
+              .reloj = bucle.reloj(),
+              .puertos = puertos,
+              .dialogos = dialogos,
+              .registro = registro,
+              .terminar = [this](int estado) { terminaciones.push_back(estado); },
+              .informeDeFallo = [this](const std::string& que) { fallos.push_back(que); },
+              .perfil = perfil,
+              .carpetaBase = carpeta.ruta() / "base"}) {}
+
+void Banco::conectar(int numero, MaquinaRegistrador maquina) {
+    puertos.conectar(numero, std::move(maquina));
+    dialogos.responder(Boton::aceptar, kPregunta);
+    dialogos.responder(Boton::aceptar, " Conexion en COM " + std::to_string(numero) + "  @ 19200 bps ");
+    inicio.cargar();
+    ASSERT_TRUE(bucle.correrHasta([&] { return forma.Timer1.enabled(); }, 60s));
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }, 60s));
+    puertos.olvidarTrafico(numero);
+}
+
+void Banco::escribir(Control& control, const std::string& texto) {
+    for (const char letra : texto) {
+        const int tecla = inicio.teclear(control, static_cast<unsigned char>(letra));
+        const bool cabe = control.maxLength() == 0 ||
+                          caracteres(control.text()) < static_cast<std::size_t>(control.maxLength());
+        if (tecla != 0 && tecla >= ' ' && cabe) inicio.cambiar(control, control.text() + letra);
+    }
+}
+
+}  // namespace telvane

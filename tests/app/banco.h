@@ -1,0 +1,95 @@
+// The whole program without a window: the forms as data, simulated loggers on the ports, a clock and dialogs
+// of the test.
+#pragma once
+
+#include "apoyo/bucle_prueba.h"
+#include "apoyo/dialogos_prueba.h"
+#include "app/inicio.h"
+#include "regional/module1.h"
+#include "simulator/puertos_simulados.h"
+
+#include <chrono>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace telvane {
+
+// The eight values, right from the start; every access is noted.
+class RegistroPrueba final : public Registro {
+ public:
+    RegistroPrueba() {
+        for (const auto& valor : kValoresRegionales)
+            poner(std::string(valor.nombre), std::string(valor.exigido));
+    }
+    void poner(const std::string& corto, const std::string& valor) {
+        valores[std::string(kClaveRegional) + corto] = valor;
+    }
+    std::string RegRead(const std::string& nombre) override {
+        leidos.push_back(nombre);
+        const auto lugar = valores.find(nombre);
+        if (lugar == valores.end()) throw ErrorRegistro("no se puede leer " + nombre);
+        return lugar->second;
+    }
+    void RegWrite(const std::string& nombre, const std::string& valor) override {
+        escritos.push_back(nombre);
+        valores[nombre] = valor;
+    }
+
+    std::map<std::string, std::string> valores;
+    std::vector<std::string> leidos;
+    std::vector<std::string> escritos;
+};
+
+// A folder of its own for each test, gone with it.
+class CarpetaTemporal {
+ public:
+    CarpetaTemporal();
+    CarpetaTemporal(const CarpetaTemporal&) = delete;
+    CarpetaTemporal& operator=(const CarpetaTemporal&) = delete;
+    ~CarpetaTemporal();
+    const std::filesystem::path& ruta() const { return ruta_; }
+
+ private:
+    std::filesystem::path ruta_;
+};
+
+std::string contenido(const std::filesystem::path& ruta);
+
+class Banco : public ::testing::Test {
+ protected:
+    explicit Banco(int baudios = 0, Perfil perfil = Perfil::estricto);
+
+    using ms = std::chrono::milliseconds;
+
+    // Start-up with a logger on this port, the question answered with OK, through the configuration read.
+    void conectar(int numero = 1, MaquinaRegistrador maquina = MaquinaRegistrador(memoriaSimulada(Clima())));
+    // Lets time pass in virtual time.
+    void pasar(std::chrono::nanoseconds tiempo) { bucle.avanzar(tiempo); }
+    void pulsar(Control& control) { inicio.pulsar(control); }
+    // Types a text into a field, key by key.
+    void escribir(Control& control, const std::string& texto);
+
+    std::vector<std::string> lineas() const {
+        return {inicio.forma.lineas().begin(), inicio.forma.lineas().end()};
+    }
+
+    CarpetaTemporal carpeta;
+    BuclePrueba bucle;
+    DialogosPrueba dialogos;
+    RegistroPrueba registro;
+    PuertosSimulados puertos;
+    std::vector<int> terminaciones;
+    std::vector<std::string> fallos;
+    Inicio inicio;
+    FormaInicio& forma = inicio.forma;
+};
+
+inline constexpr const char* kPregunta = "Quiere conectarse con Registrador Veltra";
+inline constexpr const char* kNoHay = "No hay equipo conectado ,Intente Reconectar ";
+inline constexpr const char* kOfrecer = " Conectar con Registrador ? ";
+
+}  // namespace telvane

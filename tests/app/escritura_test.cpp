@@ -1,0 +1,176 @@
+// Sending the edited configuration.
+#include "app/banco.h"
+#include "loggerconfig/pasos_escritura.h"
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+class Escritura : public Banco {
+ protected:
+    static constexpr const char* kBorrara =
+        "SE BORRARAN TODOS LOS DATOS DE MEMORIA!  \r\n\r\n\r\nesta seguro de cambiarla? ";
+
+    void editar() {
+        conectar();
+        pulsar(forma.Command2);
+    }
+    void enviar() {
+        dialogos.responder(Boton::aceptar, kBorrara);
+        pulsar(forma.Command3);
+        ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+        bucle.avanzar(200ms);
+    }
+    void fueraDeEdicion() {
+        EXPECT_EQ(forma.Check1.value(), 0);
+        EXPECT_FALSE(forma.Check1.visible());
+        EXPECT_FALSE(forma.Label3.visible());
+        EXPECT_TRUE(forma.Timer1.enabled());
+        for (auto* campo : forma.camposTexto()) EXPECT_TRUE(campo->locked());
+        for (auto* boton : {&forma.Command43, &forma.Command13, &forma.configuracion, &forma.Command2}) {
+            EXPECT_TRUE(boton->enabled()) << boton->nombre();
+        }
+        EXPECT_FALSE(forma.Command3.enabled());
+    }
+};
+
+TEST_F(Escritura, TheLoggerStoresItErasesItsMemoryAndAFollowingReadShowsIt) {
+    editar();
+    inicio.cambiar(forma.Text2, "Ana");
+    inicio.cambiar(forma.Text7, "1234");
+    pulsar(forma.Option5);
+    inicio.cambiar(forma.MaskEdBox2, "23:59:50");
+    inicio.salirDe(forma.MaskEdBox2);
+    inicio.cambiar(forma.fecha1, "31/12/2024");
+    enviar();
+    EXPECT_EQ(dialogos.mensajes().back().icono, Icono::exclamacion);
+    fueraDeEdicion();
+    EXPECT_EQ(forma.Text2.text(), std::string(27, ' ') + "Ana") << "padded in place";
+    EXPECT_EQ(forma.Text7.text(), " 1234");
+    for (auto* opcion : forma.opciones()) EXPECT_EQ(opcion->visible(), opcion == &forma.Option5);
+    EXPECT_FALSE(puertos.abierto(1));
+    const auto& maquina = puertos.maquina(1);
+    EXPECT_EQ(maquina.texto(CampoTexto::usuario), std::string(27, ' ') + "Ana");
+    EXPECT_EQ(maquina.intervaloCodigo(), 0x30);
+    EXPECT_EQ(maquina.imagen()[1000], 0xFF);
+    pulsar(forma.configuracion);
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+    bucle.avanzar(200ms);
+    EXPECT_EQ(forma.Text2.text(), std::string(27, ' ') + "Ana");
+    EXPECT_EQ(forma.fecha1.text(), "31/12/2024");
+    EXPECT_TRUE(forma.MaskEdBox2.text().starts_with("23:59:5"));
+    EXPECT_EQ(forma.Option5.value(), 1);
+}
+
+TEST_F(Escritura, SendsTheTabledBytes) {
+    editar();
+    enviar();
+    const auto& escritos = puertos.escritos(1);
+    ASSERT_EQ(escritos.size(), 1u + 1 + 1 + 107);
+    EXPECT_EQ(escritos[0], 0xBE);
+    EXPECT_EQ(escritos[1], 0x55);
+    EXPECT_EQ(escritos[2], 0x96);
+}
+
+TEST_F(Escritura, CancelSendsNothingKeepsTheTextsUnpaddedAndLeavesEditMode) {
+    editar();
+    inicio.cambiar(forma.Text2, "Ana");
+    dialogos.responder(Boton::cancelar, kBorrara);
+    pulsar(forma.Command3);
+    EXPECT_EQ(forma.Text2.text(), "Ana");
+    EXPECT_TRUE(puertos.escritos(1).empty());
+    fueraDeEdicion();
+}
+
+TEST_F(Escritura, AStaleAnswerEndsTheWaitAtOnceSoAnAbsentLoggerGivesNoMessage) {
+    editar();
+    puertos.manipular(1, [](const ByteSaliente&) { return Efecto{}; });
+    enviar();
+    fueraDeEdicion();
+    EXPECT_TRUE(puertos.abierto(1)) << "nothing times out";
+    puertos.manipular(1, {});
+    pulsar(forma.configuracion);
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+    bucle.avanzar(200ms);
+    EXPECT_FALSE(puertos.abierto(1));
+}
+
+TEST_F(Escritura, NoAnswerWithoutAStaleOneGivesTheMessageAndLeavesEditMode) {
+    editar();
+    int tecla = '1';
+    tecla = inicio.teclear(forma.Text10, tecla);  // a key there clears the answer
+    puertos.manipular(1, [](const ByteSaliente&) { return Efecto{}; });
+    dialogos.responder(Boton::aceptar, kBorrara);
+    dialogos.responder(Boton::aceptar, kNoHay);
+    pulsar(forma.Command3);
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+    EXPECT_TRUE(forma.Command1.enabled());
+    EXPECT_EQ(forma.Command1.caption(), kOfrecer);
+    EXPECT_FALSE(puertos.abierto(1));
+    fueraDeEdicion();
+}
+
+TEST_F(Escritura, ABadDateIsToldBeforeTheQuestionAndTheFormStaysInEditMode) {
+    editar();
+    inicio.cambiar(forma.fecha1, "31/02/2024");
+    dialogos.responder(Boton::aceptar, "Fecha incorrecta (ej. 31/12/2024)");
+    pulsar(forma.Command3);
+    EXPECT_TRUE(forma.Command3.enabled());
+    EXPECT_FALSE(forma.Text2.locked());
+    EXPECT_TRUE(puertos.escritos(1).empty());
+}
+
+TEST_F(Escritura, TheTimeIsCheckedBeforeSendingEvenIfItsFieldWasNeverLeft) {
+    editar();
+    inicio.cambiar(forma.MaskEdBox2, "25:00:00");
+    dialogos.responder(Boton::aceptar, "Hora incorrecta (ej. 14:58:45)");
+    dialogos.responder(Boton::cancelar, kBorrara);
+    pulsar(forma.Command3);
+    EXPECT_EQ(dialogos.mensajes().size(), 4u);
+}
+
+TEST(MensajeConfig, HasTheTabledBytes) {
+    const auto mensaje = mensajeConfig({.textos = {"", "Norte", "", "", "1234"},
+                                        .intervaloCodigo = 0x30,
+                                        .hora = 23,
+                                        .minuto = 59,
+                                        .segundo = 58,
+                                        .dia = 31,
+                                        .mes = 12,
+                                        .anio = 2024});
+    ASSERT_EQ(mensaje.size(), 107u);
+    EXPECT_EQ(mensaje.substr(0, 30), std::string(30, ' '));
+    EXPECT_EQ(mensaje.substr(30, 35), std::string(30, ' ') + "Norte");
+    EXPECT_EQ(mensaje.substr(95, 5), " 1234");
+    EXPECT_EQ(mensaje.substr(100), "\x30\x23\x59\x58\x31\x12\x24");
+}
+
+TEST(MensajeConfig, IsAlways107BytesWhateverTheTexts) {
+    const std::string largo(50, 'x');
+    const std::string conTildes = "Estación ñandú º €";
+    for (const auto& texto :
+         {largo, conTildes, "  " + conTildes + std::string(40, ' '), std::string("漢字")}) {
+        EXPECT_EQ(mensajeConfig({.textos = {texto, texto, texto, texto, texto}}).size(), 107u) << texto;
+    }
+}
+
+TEST(MensajeConfig, OuterBlanksBeyondTheWidthGoFirst) {
+    EXPECT_EQ(rellenado("  1234   ", 5), " 1234");
+    EXPECT_EQ(rellenado("   12345", 5), "12345");
+    EXPECT_EQ(rellenado("123456", 5), "12345");
+    EXPECT_EQ(rellenado("12", 5), "   12");
+}
+
+TEST(PasoEscritura, ABytePastTheLastIsSurplus) {
+    const std::string mensaje(107, 'm');
+    EXPECT_EQ(pasoEscritura(1, mensaje).respuesta, 0x96);
+    EXPECT_EQ(pasoEscritura(2, mensaje).respuesta, 'm');
+    EXPECT_FALSE(pasoEscritura(107, mensaje).fin);
+    EXPECT_TRUE(pasoEscritura(108, mensaje).fin);
+    EXPECT_TRUE(pasoEscritura(109, mensaje).sobrante);
+    EXPECT_FALSE(pasoEscritura(109, mensaje).respuesta);
+}
+
+}  // namespace
+}  // namespace telvane

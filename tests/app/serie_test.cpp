@@ -1,0 +1,109 @@
+// Writing the serial number.
+#include "app/banco.h"
+#include "loggerconfig/pasos_serie.h"
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+class Serie : public Banco {
+ protected:
+    void enviar(const std::string& digitos) {
+        escribir(forma.Text10, digitos);
+        inicio.teclear(forma.Text10, 13);
+        ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+        bucle.avanzar(200ms);
+    }
+};
+
+TEST_F(Serie, WritesTheNumberAndShowsIt) {
+    conectar();
+    enviar("20800512");
+    EXPECT_EQ(forma.Label1.caption(), "Nº Enviado  20800512");
+    EXPECT_EQ(forma.Text10.text(), "");
+    EXPECT_TRUE(forma.Text10.enabled());
+    EXPECT_FALSE(puertos.abierto(1));
+    EXPECT_EQ(puertos.maquina(1).serie(), "20800512");
+    EXPECT_EQ(puertos.escritos(1),
+              (std::vector<std::uint8_t>{0xBE, 0x55, 0x64, 0x20, 0x80, 0x05, 0x12, 0x12}));
+}
+
+TEST_F(Serie, AShortEntryIsFilledWithZerosOnTheRight) {
+    conectar();
+    enviar("123");
+    EXPECT_EQ(puertos.maquina(1).serie(), "12300000");
+}
+
+TEST_F(Serie, EnterOnAnEmptyFieldSendsZeros) {
+    conectar();
+    enviar("");
+    EXPECT_EQ(puertos.maquina(1).serie(), "00000000");
+}
+
+TEST_F(Serie, OnlyDigitsAreTakenEightAtMostAndBackspaceWorks) {
+    conectar();
+    escribir(forma.Text10, "a1-2 3.x456789");
+    EXPECT_EQ(forma.Text10.text(), "12345678");
+    EXPECT_EQ(inicio.teclear(forma.Text10, 8), 8);
+    EXPECT_EQ(inicio.teclear(forma.Text10, 'x'), 0);
+    EXPECT_EQ(forma.Text10.maxLength(), 8);
+}
+
+TEST_F(Serie, NoAnswerGivesTheFieldBack) {
+    conectar();
+    puertos.manipular(1, [](const ByteSaliente&) { return Efecto{}; });
+    dialogos.responder(Boton::aceptar, kNoHay);
+    escribir(forma.Text10, "1");
+    inicio.teclear(forma.Text10, 13);
+    bucle.avanzar(1s);
+    EXPECT_FALSE(forma.Text10.enabled());
+    EXPECT_EQ(forma.Label1.caption(), "comienzo transmision");
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+    EXPECT_TRUE(forma.Text10.enabled());
+    EXPECT_TRUE(forma.Command1.enabled());
+    EXPECT_EQ(forma.Command1.caption(), kOfrecer);
+    EXPECT_FALSE(puertos.abierto(1));
+    EXPECT_EQ(puertos.maquina(1).serie(), "02080050");
+}
+
+TEST_F(Serie, AStalledWriteLeavesTheFieldClosedUntilTheNextRead) {
+    conectar();
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        if (saliente.intercambio == Intercambio::serie && saliente.indice >= 2) return Efecto{};
+        return Efecto::pasar(saliente.byte);
+    });
+    enviar("1");
+    bucle.avanzar(1min);
+    EXPECT_FALSE(forma.Text10.enabled());
+    puertos.manipular(1, {});
+    pulsar(forma.configuracion);
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+    EXPECT_TRUE(forma.Text10.enabled());
+}
+
+TEST_F(Serie, TwoBytesAtOnceAreTwoEvents) {
+    conectar();
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio == Intercambio::eleccion) efecto.bytes.insert(efecto.bytes.end(), 6, 0x55);
+        return efecto;
+    });
+    enviar("12345678");
+    EXPECT_EQ(forma.Label1.caption(), "Nº Enviado  12345678")
+        << "the sixth byte ends it, the seventh is dropped";
+}
+
+TEST(PasoSerie, ASeventhByteIsUnexpected) {
+    const auto serie = empacarSerie("20800512");
+    EXPECT_EQ(serie, (SerieEmpacada{0x20, 0x80, 0x05, 0x12}));
+    EXPECT_EQ(pasoSerie(0, serie).respuesta, 0x64);
+    EXPECT_EQ(pasoSerie(4, serie).respuesta, 0x12);
+    EXPECT_EQ(pasoSerie(5, serie).respuesta, 0x12);
+    EXPECT_TRUE(pasoSerie(5, serie).fin);
+    EXPECT_TRUE(pasoSerie(6, serie).inesperado);
+    EXPECT_TRUE(pasoSerie(700, serie).inesperado);
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,111 @@
+#include "tests/arquitectura/fuentes.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+
+namespace telvane::arquitectura {
+
+namespace {
+
+bool esFuente(const std::filesystem::path& ruta) {
+    return ruta.extension() == ".h" || ruta.extension() == ".cpp";
+}
+
+std::string contenido(const std::filesystem::path& ruta) {
+    std::ifstream entrada(ruta, std::ios::binary);
+    return {std::istreambuf_iterator<char>(entrada), {}};
+}
+
+bool esArbolDeConstruccion(const std::filesystem::path& carpeta) {
+    return carpeta.filename() == "build" || std::filesystem::exists(carpeta / "CMakeCache.txt");
+}
+
+// Depth first: a file met again while it is still on the path closes a cycle.
+class BuscadorDeCiclos {
+ public:
+    explicit BuscadorDeCiclos(const Grafo& grafo) : grafo_(grafo) {}
+
+    std::vector<std::string> buscar() {
+        for (const auto& [archivo, inclusiones] : grafo_)
+            if (visitar(archivo)) return camino_;
+        return {};
+    }
+
+ private:
+    bool visitar(const std::string& archivo) {
+        const auto nodo = grafo_.find(archivo);
+        if (nodo == grafo_.end() || vistos_.contains(archivo)) return false;
+        const auto anterior = std::ranges::find(camino_, archivo);
+        if (anterior != camino_.end()) {
+            camino_.erase(camino_.begin(), anterior);
+            camino_.push_back(archivo);
+            return true;
+        }
+        camino_.push_back(archivo);
+        for (const auto& inclusion : nodo->second)
+            if (visitar(inclusion)) return true;
+        camino_.pop_back();
+        vistos_.insert(archivo);
+        return false;
+    }
+
+    const Grafo& grafo_;
+    std::set<std::string> vistos_;
+    std::vector<std::string> camino_;
+};
+
+}  // namespace
+
+Inclusiones leerInclusiones(std::string_view texto) {
+    static const std::regex kInclusion(R"(^[ \t]*#[ \t]*include[ \t]*["<]([^">]+)[">])");
+    Inclusiones inclusiones;
+    std::istringstream lineas{std::string(texto)};
+    for (std::string linea; std::getline(lineas, linea);) {
+        std::smatch partes;
+        if (std::regex_search(linea, partes, kInclusion)) inclusiones.push_back(partes[1]);
+    }
+    return inclusiones;
+}
+
+Grafo leerFuentes(const std::filesystem::path& raiz, const std::set<std::string>& carpetas) {
+    Grafo grafo;
+    for (const auto& carpeta : carpetas)
+        for (const auto& entrada : std::filesystem::recursive_directory_iterator(raiz / carpeta))
+            if (entrada.is_regular_file() && esFuente(entrada.path()))
+                grafo[entrada.path().lexically_relative(raiz).generic_string()] =
+                    leerInclusiones(contenido(entrada.path()));
+    return grafo;
+}
+
+std::set<std::string> carpetasConFuentes(const std::filesystem::path& raiz) {
+    std::set<std::string> carpetas;
+    for (const auto& entrada : std::filesystem::directory_iterator(raiz)) {
+        const auto nombre = entrada.path().filename().string();
+        if (!entrada.is_directory() || nombre.front() == '.' || esArbolDeConstruccion(entrada.path()))
+            continue;
+        if (!leerFuentes(raiz, {nombre}).empty()) carpetas.insert(nombre);
+    }
+    return carpetas;
+}
+
+std::string capaDe(std::string_view archivo) {
+    const auto corte = archivo.find('/');
+    if (corte == std::string_view::npos) return {};
+    const auto carpeta = archivo.substr(0, corte);
+    const bool conQt = archivo.substr(corte).starts_with("/qt/");
+    return std::string(carpeta) + (conQt ? "/qt" : "");
+}
+
+bool esDeQt(std::string_view inclusion) {
+    static const std::regex kQt(R"((Qt[A-Z]\w*/.*|Q[A-Z]\w*|Qt\w*|q[a-z]+\.h))");
+    return std::regex_match(inclusion.begin(), inclusion.end(), kQt);
+}
+
+std::vector<std::string> buscarCiclo(const Grafo& grafo) {
+    return BuscadorDeCiclos(grafo).buscar();
+}
+
+}  // namespace telvane::arquitectura

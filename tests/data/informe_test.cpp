@@ -1,0 +1,135 @@
+#include "data/informe.h"
+
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/cp1252.h"
+#include "tests/data/registro_prueba.h"
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::EndsWith;
+using ::testing::StartsWith;
+
+const FechaHora kMomento{2004, 3, 7, 9h + 5min + 2s + 900ms};
+constexpr std::string_view kConfig = "Muestras cada 10 Minutos\r\nUbicacion: Peñón\r\n";
+
+TEST(EncabezadoCsv, tieneTituloMomentoLineaVaciaYConfiguracion) {
+    EXPECT_EQ(encabezadoCsv(kMomento, kConfig),
+              " Equipo Registrador VELTRA \r\n"
+              "proceso realizado el 07/03/2004  a las 09:05:02\r\n"
+              "\r\n"
+              "Datos de configuracion\r\n"
+              "Muestras cada 10 Minutos\r\nUbicacion: Peñón\r\n");
+}
+
+TEST(Columnas, sonDiezYOnceConEvaporacion) {
+    EXPECT_EQ(columnasCsv(false),
+              "Fecha,Hora,RH[%],Temp[ºC],Dir Viento [º], Dir Viento (R) ,Vel Viento[km/h],Rad Solar [KW/m2],"
+              "Pres. Atm [kPa],Plu parcial[mm]\r\n");
+    EXPECT_EQ(columnasCsv(true),
+              "Fecha,Hora,RH[%],Temp[ºC],Dir Viento [º], Dir Viento (R) ,Vel Viento[km/h],Rad Solar [KW/m2],"
+              "Pres. Atm [kPa],Plu parcial[mm],Eva parcial[mm]\r\n");
+}
+
+TEST(Columnas, lasDeLaPlanillaNombranCuatro) {
+    EXPECT_EQ(columnasXls(), "Fecha,Hora,Temperatura[ºC],Precipitacion[mm]\r\n");
+}
+
+TEST(InformeEventos, tieneFechaLargaConfiguracionYNingunEvento) {
+    EXPECT_EQ(informeEventos(kMomento, kConfig),
+              "Registro de eventos y configuracion de equipo registrador  \r\n"
+              "proceso realizado el domingo, 7 de marzo de 2004  a las 09:05:02\r\n"
+              "\r\n"
+              "DATOS DE CONFIGURACION\r\n"
+              "Muestras cada 10 Minutos\r\nUbicacion: Peñón\r\n"
+              "\r\n\r\n"
+              "Eventos producidos:\r\n");
+}
+
+TEST(NombreCsv, esLaUbicacionSinBlancosExterioresYLaFechaSinCeros) {
+    EXPECT_EQ(nombreCsv("Finca Norte", kMomento), "Finca Norte 7_3_2004");
+    EXPECT_EQ(nombreCsv("  Finca Norte                        ", kMomento), "Finca Norte 7_3_2004");
+    EXPECT_EQ(nombreCsv("Peñón", kMomento), "Peñón 7_3_2004");
+}
+
+TEST(NombreCsv, laUbicacionNoEligeCarpeta) {
+    EXPECT_EQ(nombreCsv("../../etc/passwd", kMomento), ".._.._etc_passwd 7_3_2004");
+    EXPECT_EQ(nombreCsv("/", kMomento), "_ 7_3_2004");
+}
+
+TEST(NombreCsv, niNulNiControlesQuedan) {
+    EXPECT_EQ(nombreCsv(std::string_view("a\0b\r\n\x7F"
+                                         "c",
+                                         7),
+                        kMomento),
+              "a_b___c 7_3_2004");
+    EXPECT_EQ(nombreCsv("a\xC2\x81"
+                        "b\xC2\x9F",
+                        kMomento),
+              "a_b_ 7_3_2004")
+        << "control characters above 0x7F";
+    EXPECT_EQ(nombreCsv("\xC2\xA0"
+                        "a\xC2",
+                        kMomento),
+              "\xC2\xA0"
+              "a\xC2 7_3_2004");
+}
+
+TEST(NombreCsv, ningunByteDelRegistradorDejaUnaBarraOUnControl) {
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        const std::array<std::uint8_t, 3> crudo = {'a', static_cast<std::uint8_t>(byte), 'b'};
+        const auto nombre = cp1252DeUtf8(nombreCsv(utf8DeCp1252(crudo), kMomento));
+        ASSERT_EQ(nombre.size(), 3u + 9u) << byte;
+        const auto c = static_cast<unsigned char>(nombre[1]);
+        EXPECT_TRUE(c >= 0x20 && c != 0x7F && c != '/') << byte;
+    }
+}
+
+TEST(ArchivoCsv, esEncabezadoColumnasLineasYUnaLineaVacia) {
+    Memoria memoria;
+    ponerRegistro(memoria.bloque(6), 0, {});
+    ponerRegistro(memoria.bloque(6), 1, {.lluvia = 5});
+    Decodificador decodificador;
+    const auto archivo = archivoCsv(memoria, decodificador, kUltimoBloque, kMomento, kConfig);
+    EXPECT_EQ(
+        utf8DeCp1252({reinterpret_cast<const std::uint8_t*>(archivo.bytes.data()), archivo.bytes.size()}),
+        encabezadoCsv(kMomento, kConfig) + columnasCsv(false) + lineaDe({}) + lineaDe({.lluvia = 5}) +
+            "\r\n");
+    EXPECT_EQ(archivo.recuento.escritas, 2u);
+}
+
+TEST(ArchivoCsv, elSignoDeGradosEsUnByteDeWindows1252) {
+    Decodificador decodificador;
+    const auto bytes = archivoCsv(Memoria(), decodificador, kUltimoBloque, kMomento, "").bytes;
+    EXPECT_NE(bytes.find("Temp[\xBA"
+                         "C],Dir Viento [\xBA]"),
+              std::string::npos);
+}
+
+TEST(ArchivoCsv, sinMuestrasConservaEncabezadoColumnasYFinal) {
+    Decodificador decodificador;
+    const auto archivo = archivoCsv(Memoria(), decodificador, kUltimoBloque, kMomento, kConfig);
+    EXPECT_EQ(archivo.bytes, cp1252DeUtf8(encabezadoCsv(kMomento, kConfig) + columnasCsv(false) + "\r\n"));
+}
+
+TEST(ArchivoXls, llevaCuatroNombresYLasDiezColumnas) {
+    Memoria memoria;
+    ponerRegistro(memoria.bloque(6), 1, {});
+    Decodificador decodificador;
+    EXPECT_EQ(archivoXls(memoria, decodificador, kUltimoBloque).bytes,
+              cp1252DeUtf8(columnasXls()) + lineaDe({}) + "\r\n");
+}
+
+TEST(ArchivoXls, sinMuestrasTieneSoloLosNombresYLaLineaFinal) {
+    Decodificador decodificador;
+    EXPECT_EQ(archivoXls(Memoria(), decodificador, kUltimoBloque).bytes,
+              cp1252DeUtf8(columnasXls()) + "\r\n");
+}
+
+}  // namespace
+}  // namespace telvane
