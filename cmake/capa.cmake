@@ -1,10 +1,34 @@
-# telvane_capa(name SOURCES ... NECESITA ...): one folder, one static library, and the only arrows it may have.
+# Headers that most files include are compiled once: the standard library for every layer, the test library for every test.
+# A file still includes what it uses; -DTELVANE_PRECOMPILAR=OFF builds without and shows where it does not.
+option(TELVANE_PRECOMPILAR "Precompiled standard headers" ON)
+file(WRITE ${CMAKE_BINARY_DIR}/vacio.cpp "")
+function(telvane_precompilado nombre)
+  add_library(${nombre} STATIC ${CMAKE_BINARY_DIR}/vacio.cpp)
+  target_link_libraries(${nombre} PRIVATE telvane_avisos fmt::fmt)
+  target_precompile_headers(${nombre} PRIVATE ${ARGN})
+endfunction()
+function(telvane_precompilar objetivo cual)
+  if(TELVANE_PRECOMPILAR)
+    target_precompile_headers(${objetivo} REUSE_FROM ${cual})
+  endif()
+endfunction()
+if(TELVANE_PRECOMPILAR)
+  telvane_precompilado(telvane_precompilado <algorithm> <array> <chrono> <coroutine> <cstdint> <filesystem> <functional>
+    <map> <memory> <optional> <span> <string> <string_view> <utility> <vector> <fmt/format.h>)
+endif()
+
+# telvane_capa(name [QT] SOURCES ... NECESITA ...): one folder, one static library, and the only arrows it may have.
 # A folder's headers are reached as "folder/file.h" from the project's root.
 function(telvane_capa nombre)
-  cmake_parse_arguments(CAPA "" "" "SOURCES;NECESITA" ${ARGN})
+  cmake_parse_arguments(CAPA "QT" "" "SOURCES;NECESITA" ${ARGN})
   add_library(telvane_${nombre} STATIC ${CAPA_SOURCES})
   target_include_directories(telvane_${nombre} PUBLIC ${PROJECT_SOURCE_DIR})
-  target_link_libraries(telvane_${nombre} PRIVATE telvane_avisos)
+  target_link_libraries(telvane_${nombre} PRIVATE telvane_avisos fmt::fmt)
+  if(NOT CAPA_QT)
+    telvane_precompilar(telvane_${nombre} telvane_precompilado)
+  elseif(TELVANE_PRECOMPILAR)
+    target_precompile_headers(telvane_${nombre} PRIVATE <QtWidgets> <functional> <memory> <string> <vector>)
+  endif()
   foreach(capa IN LISTS CAPA_NECESITA)
     target_link_libraries(telvane_${nombre} PUBLIC telvane_${capa})
   endforeach()

@@ -25,8 +25,8 @@ Tarea<> Exportacion::generargt() {
     forma.RichTextBox2.text = encabezadoCsv(momento, textoConfig);
     decodificar();
     forma.Command1.enabled = true;
-    forma.RichTextBox1.text = forma.RichTextBox2.text() + columnasCsv(datos_.decodificador.evaporacion()) +
-                              datos_.bloquesTexto.unidos() + std::string(textos::kFinLinea);
+    forma.RichTextBox1.text =
+        conMuestras(forma.RichTextBox2.text() + columnasCsv(datos_.decodificador.evaporacion()), datos_.bloquesTexto);
 
     PeticionArchivo peticion{.guardar = true,
                              .filtro = std::string(kFiltroCsv),
@@ -49,7 +49,7 @@ Tarea<> Exportacion::exportarEventos() {
     decodificar();
     progress_.Command45.visible = true;
     forma.Command1.enabled = true;
-    forma.RichTextBox1.text = columnasXls() + datos_.bloquesTexto.unidos() + std::string(textos::kFinLinea);
+    forma.RichTextBox1.text = conMuestras(columnasXls(), datos_.bloquesTexto);
     forma.RichTextBox2.text = informe;
     PeticionArchivo peticion{.guardar = true,
                              .filtro = std::string(kFiltroXls),

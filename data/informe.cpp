@@ -43,7 +43,7 @@ ArchivoDatos archivo(std::string_view cabecera, const Memoria& memoria, Decodifi
     BloquesTexto bloques;
     const auto recuento = bloques.decodificar(memoria, decodificador, ultimoBloque, alBloque);
     // The sample lines are plain ASCII.
-    return {cp1252DeUtf8(cabecera) + bloques.unidos() + std::string(textos::kFinLinea), recuento};
+    return {conMuestras(cp1252DeUtf8(cabecera), bloques), recuento};
 }
 
 }  // namespace
@@ -66,6 +66,10 @@ std::string informeEventos(const FechaHora& momento, std::string_view textoConfi
         "Registro de eventos y configuracion de equipo registrador  \r\n{}DATOS DE CONFIGURACION\r\n{}"
         "\r\n\r\nEventos producidos:\r\n",
         lineaMomento(fechaLarga(momento), horaLarga(momento)), textoConfig);
+}
+
+std::string conMuestras(std::string cabecera, const BloquesTexto& bloques) {
+    return std::move(cabecera.append(bloques.unidos()).append(textos::kFinLinea));
 }
 
 std::string nombreCsv(std::string_view ubicacion, const FechaHora& momento) {

@@ -28,6 +28,9 @@ std::string informeEventos(const FechaHora& momento, std::string_view textoConfi
 // choose a folder: a slash or a control character becomes "_". Outer blanks of the location go.
 std::string nombreCsv(std::string_view ubicacion, const FechaHora& momento);
 
+// What follows a cabecera in every data file: the sample lines and a final line end.
+std::string conMuestras(std::string cabecera, const BloquesTexto& bloques);
+
 // A whole file and what its decoding run found.
 struct ArchivoDatos {
     std::string bytes;

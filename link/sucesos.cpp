@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 
+#include <fmt/format.h>
+
 namespace telvane {
 
 namespace {
@@ -37,7 +39,7 @@ constexpr std::array<Texto, 17> kTextos = {{
 
 // A number in its signed decimal form: a blank stands in place of the sign of one that is not negative.
 std::string conSigno(std::size_t numero) {
-    return " " + std::to_string(numero);
+    return fmt::format(" {}", numero);
 }
 
 void alRecibir(Enlace& enlace) {

@@ -186,9 +186,13 @@ Senales::Senales(Bucle& bucle, std::initializer_list<int> cuales, std::function<
     sigset_t conjunto;
     sigemptyset(&conjunto);
     for (const int senal : cuales) sigaddset(&conjunto, senal);
-    descriptor_ = ::signalfd(-1, &conjunto, SFD_CLOEXEC | SFD_NONBLOCK);
-    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
     pthread_sigmask(SIG_BLOCK, &conjunto, &anterior_);
+    descriptor_ = ::signalfd(-1, &conjunto, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (descriptor_ < 0) {
+        const int motivo = errno;
+        pthread_sigmask(SIG_SETMASK, &anterior_, nullptr);
+        throw std::system_error(motivo, std::generic_category(), "signalfd");
+    }
     vigilancia_ = bucle.vigilarLectura(descriptor_, [this] { leer(); });
 }
 

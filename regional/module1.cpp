@@ -16,7 +16,7 @@ std::string diferencias(Registro& registro) {
     std::string lineas;
     for (const auto& valor : kValoresRegionales) {
         const auto leido = registro.RegRead(nombreCompleto(valor));
-        if (leido != valor.exigido) lineas += "\r" + std::string(valor.rotulo) + leido;
+        if (leido != valor.exigido) lineas.append("\r").append(valor.rotulo).append(leido);
     }
     return lineas;
 }

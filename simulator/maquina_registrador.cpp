@@ -88,8 +88,8 @@ MaquinaRegistrador::Bytes MaquinaRegistrador::descargar(std::uint8_t byte) {
     return {bloque, bloque + static_cast<std::ptrdiff_t>(kBytesBloque)};
 }
 
-// The byte after the selection starts the record; each further one, the echo of the byte sent last, asks for the
-// next. The echo is not compared.
+// The byte after the selection starts the record; each further one, the echo of the byte sent last, asks for
+// the next. The echo is not compared.
 MaquinaRegistrador::Bytes MaquinaRegistrador::leerConfig(std::uint8_t byte, nanoseconds ahora) {
     if (contador_ == 0) enviado_ = registro(ahora);
     if ((contador_ == 0 && byte != kApertura) || contador_ == kBytesConfig) return terminar();

@@ -1,4 +1,6 @@
 // Sending the edited configuration.
+#include <fmt/format.h>
+
 #include "app/banco.h"
 #include "loggerconfig/pasos_escritura.h"
 
@@ -150,7 +152,7 @@ TEST(MensajeConfig, IsAlways107BytesWhateverTheTexts) {
     const std::string largo(50, 'x');
     const std::string conTildes = "Estación ñandú º €";
     for (const auto& texto :
-         {largo, conTildes, "  " + conTildes + std::string(40, ' '), std::string("漢字")}) {
+         {largo, conTildes, fmt::format("  {}{:40}", conTildes, ""), std::string("漢字")}) {
         EXPECT_EQ(mensajeConfig({.textos = {texto, texto, texto, texto, texto}}).size(), 107u) << texto;
     }
 }

@@ -1,6 +1,4 @@
 // The arrows of docs/architecture.md, held: an include or a link against them fails here.
-#include "tests/arquitectura/fuentes.h"
-
 #include <array>
 #include <cstdio>
 #include <fstream>
@@ -11,6 +9,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "tests/arquitectura/fuentes.h"
 
 namespace telvane::arquitectura {
 namespace {

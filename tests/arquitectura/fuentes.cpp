@@ -25,7 +25,7 @@ bool esArbolDeConstruccion(const std::filesystem::path& carpeta) {
 
 // Depth first: a file met again while it is still on the path closes a cycle.
 class BuscadorDeCiclos {
- public:
+   public:
     explicit BuscadorDeCiclos(const Grafo& grafo) : grafo_(grafo) {}
 
     std::vector<std::string> buscar() {
@@ -34,7 +34,7 @@ class BuscadorDeCiclos {
         return {};
     }
 
- private:
+   private:
     bool visitar(const std::string& archivo) {
         const auto nodo = grafo_.find(archivo);
         if (nodo == grafo_.end() || vistos_.contains(archivo)) return false;

@@ -77,6 +77,7 @@ TEST(PlanDeFallos, ElSilencioDuraHastaElFinDelIntercambio) {
     EXPECT_THAT(pc.enviar(kLeerConfig), IsEmpty());
     EXPECT_THAT(pc.enviar(kApertura), IsEmpty());
     EXPECT_THAT(pc.enviar(0x00), IsEmpty());
+    pc.ahora += MaquinaRegistrador::kSilencioMaximo;
     EXPECT_THAT(pc.enviar(kApertura), ElementsAre(kApertura));
     EXPECT_THAT(pc.enviar(kLeerConfig), ElementsAre(kApertura));
 }

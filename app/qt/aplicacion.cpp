@@ -1,0 +1,69 @@
+#include "app/qt/aplicacion.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+#include <QLibraryInfo>
+#include <QLocale>
+
+namespace telvane {
+
+namespace {
+
+constexpr int kFallo = 1;
+constexpr const char* kVariableTema = "QT_QPA_PLATFORMTHEME";
+
+// No display, or no way to draw on it: a sentence and an exit status instead of a core dump.
+void alHablarQt(QtMsgType tipo, const QMessageLogContext&, const QString& texto) {
+    std::fprintf(stderr, "telvane: %s\n", qUtf8Printable(texto));
+    if (tipo != QtFatalMsg) return;
+    std::fputs("telvane: no se puede abrir una ventana en esta pantalla\n", stderr);
+    std::_Exit(kFallo);
+}
+
+}  // namespace
+
+void prepararQt() {
+    qInstallMessageHandler(alHablarQt);
+    QApplication::setStyle(QStringLiteral("fusion"));
+    QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
+    // Some desktops would load a second toolkit into the process for its dialogs alone. Fonts and icons come
+    // without.
+    const auto escritorio = qgetenv("XDG_CURRENT_DESKTOP").toLower();
+    if (!qEnvironmentVariableIsSet(kVariableTema) && !escritorio.isEmpty() && !escritorio.contains("kde")) {
+        qputenv(kVariableTema, "gnome");
+    }
+}
+
+Aplicacion::Aplicacion(int& argc, char** argv) : QApplication(argc, argv) {
+    // Programs that are started from here choose for themselves.
+    if (qgetenv(kVariableTema) == "gnome") qunsetenv(kVariableTema);
+    setApplicationName(QStringLiteral("telvane"));
+    setApplicationVersion(QStringLiteral(TELVANE_VERSION));
+    setDesktopFileName(QStringLiteral("telvane"));
+    // The end comes from "Salir" or a signal, never from a box that was the last window on the screen.
+    setQuitOnLastWindowClosed(false);
+    QLocale::setDefault(QLocale(QLocale::Spanish));
+}
+
+void Aplicacion::hablarCastellano() {
+    if (castellano_.load(QStringLiteral("qtbase_es"), QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+        installTranslator(&castellano_);
+    }
+}
+
+bool Aplicacion::notify(QObject* receptor, QEvent* suceso) {
+    try {
+        return QApplication::notify(receptor, suceso);
+    } catch (const std::exception& error) {
+        if (!alFallar_) throw;
+        alFallar_(error.what());
+    } catch (...) {
+        if (!alFallar_) throw;
+        alFallar_("error desconocido");
+    }
+    return true;
+}
+
+}  // namespace telvane

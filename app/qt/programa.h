@@ -1,0 +1,51 @@
+// The parts of the window program, put together once.
+#pragma once
+
+#include <string>
+
+#include "app/inicio.h"
+#include "app/qt/aplicacion.h"
+#include "app/qt/bucle_qt.h"
+#include "app/qt/dialogos_qt.h"
+#include "app/qt/opciones.h"
+#include "app/qt/senales.h"
+#include "link/puerto_termios.h"
+#include "platform/reloj.h"
+#include "regional/almacen_usuario.h"
+#include "ui/qt/aparicion.h"
+#include "ui/qt/ventana_inicio.h"
+
+namespace telvane {
+
+class Programa {
+   public:
+    Programa(Aplicacion& aplicacion, const Opciones& opciones);
+    Programa(const Programa&) = delete;
+    Programa& operator=(const Programa&) = delete;
+    ~Programa();
+
+    // Runs until "Salir", which does not come back, or a signal. Exit status.
+    int correr();
+
+   private:
+    Entorno entorno(const Opciones& opciones);
+    Usuario usuario();
+    // Tells what nobody expected, in one box; the process ends with it.
+    void informar(const std::string& que);
+
+    Aplicacion& aplicacion_;
+    RelojSistema reloj_;
+    BucleQt bucle_;
+    PuertosSistema puertos_;
+    AlmacenUsuario registro_;
+    DialogosQt dialogos_;
+    Inicio inicio_;
+    VentanaInicio ventana_;
+    Aparicion progress_;
+    Aparicion presenta_;
+    Aparicion coef_;
+    Senales senales_;
+    bool fallando_ = false;
+};
+
+}  // namespace telvane

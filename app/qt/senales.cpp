@@ -1,0 +1,59 @@
+#include "app/qt/senales.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+#include <utility>
+
+#include <QSocketNotifier>
+
+namespace telvane {
+
+namespace {
+
+constexpr std::array<int, 3> kSenales = {SIGTERM, SIGINT, SIGHUP};
+
+// A signal handler is handed nothing but the signal: the ends of the pipe it writes to stand here.
+std::array<int, 2> tubo = {-1, -1};
+
+void alRecibir(int) {
+    const int previo = errno;
+    const char byte = 0;
+    // A full pipe has told already.
+    static_cast<void>(!::write(tubo[1], &byte, 1));
+    errno = previo;
+}
+
+void instalar(void (*manejador)(int)) {
+    struct sigaction accion = {};
+    accion.sa_handler = manejador;
+    accion.sa_flags = SA_RESTART;
+    for (const int senal : kSenales) ::sigaction(senal, &accion, nullptr);
+}
+
+}  // namespace
+
+Senales::Senales(std::function<void()> alTerminar) {
+    if (::pipe2(tubo.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        throw std::system_error(errno, std::generic_category(), "pipe2");
+    }
+    aviso_ = std::make_unique<QSocketNotifier>(tubo[0], QSocketNotifier::Read);
+    QObject::connect(aviso_.get(), &QSocketNotifier::activated, aviso_.get(),
+                     [this, alTerminar = std::move(alTerminar)] {
+                         aviso_->setEnabled(false);
+                         alTerminar();
+                     });
+    instalar(alRecibir);
+}
+
+Senales::~Senales() {
+    instalar(SIG_DFL);
+    aviso_.reset();
+    for (auto& extremo : tubo) ::close(std::exchange(extremo, -1));
+}
+
+}  // namespace telvane

@@ -1,0 +1,41 @@
+// Standard input, output and error of the console tool.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/entorno_cli.h"
+
+namespace telvane {
+
+class Consola {
+   public:
+    explicit Consola(EntornoCli& entorno);
+    Consola(const Consola&) = delete;
+    Consola& operator=(const Consola&) = delete;
+    ~Consola();
+
+    // Results: at once, as they stand. Throws ErrorCli (fallo) when nobody takes them.
+    void resultado(std::string_view texto);
+    // One line of talk on standard error, over the progress line. Failures to write it are nobody's business.
+    void aviso(std::string_view linea);
+    // The line that tells how far the work is, drawn over the last one; only on a terminal. Empty: taken away.
+    void progreso(const std::string& linea);
+    // Whether somebody watches standard error.
+    bool hayTerminal() const { return hayTerminal_; }
+
+    // Standard input up to its end or to maximo bytes. Throws ErrorCli (fallo, interrumpido).
+    std::vector<std::uint8_t> leerEntrada(std::size_t maximo);
+
+   private:
+    void esperarEntrada();
+
+    EntornoCli& entorno_;
+    bool hayTerminal_;
+    bool hayProgreso_ = false;
+};
+
+}  // namespace telvane

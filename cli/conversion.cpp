@@ -1,0 +1,115 @@
+#include "cli/conversion.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "loggerconfig/datos_config.h"
+#include "loggerconfig/pasos_serie.h"
+
+namespace telvane {
+
+namespace {
+
+struct NombreFormato {
+    Formato formato;
+    std::string_view extension;
+};
+constexpr std::array<NombreFormato, 3> kFormatos = {
+    {{Formato::csv, ".csv"}, {Formato::xls, ".xls"}, {Formato::jsonl, ".jsonl"}}};
+
+// The columns of a sample line behind date and time. The compass point is the only one that is no number.
+constexpr std::array<std::string_view, 9> kClaves = {"humedad",   "temperatura", "dir_viento", "dir_viento_r",
+                                                     "vel_viento", "rad_solar",  "presion",    "lluvia",
+                                                     "evaporacion"};
+constexpr std::size_t kClaveTexto = 3;
+
+std::string_view hasta(std::string_view& resto, char separador) {
+    const auto fin = std::min(resto.find(separador), resto.size());
+    const auto campo = resto.substr(0, fin);
+    resto.remove_prefix(std::min(resto.size(), fin + 1));
+    return campo;
+}
+
+// "20/11/2019,17:04:09,55,..." as an object.
+void agregarObjeto(std::string& texto, std::string_view linea) {
+    const auto fecha = hasta(linea, ',');
+    const auto hora = hasta(linea, ',');
+    texto += fmt::format(R"({{"hora":"{}-{}-{}T{}")", fecha.substr(6, 4), fecha.substr(3, 2), fecha.substr(0, 2), hora);
+    for (std::size_t i = 0; i < kClaves.size() && !linea.empty(); ++i) {
+        const std::string_view comillas = i == kClaveTexto ? "\"" : "";
+        texto += fmt::format(R"(,"{}":{}{}{})", kClaves[i], comillas, hasta(linea, ','), comillas);
+    }
+    texto += "}\n";
+}
+
+ArchivoDatos archivoJsonl(const Memoria& memoria, Decodificador& decodificador) {
+    BloquesTexto bloques;
+    ArchivoDatos archivo;
+    archivo.recuento = bloques.decodificar(memoria, decodificador, kUltimoBloque);
+    const std::string unidos(bloques.unidos());
+    std::string_view resto = unidos;
+    while (!resto.empty()) {
+        auto linea = hasta(resto, '\n');
+        if (linea.ends_with('\r')) linea.remove_suffix(1);
+        agregarObjeto(archivo.bytes, linea);
+    }
+    return archivo;
+}
+
+TextoDeCabecera leerCabecera(const Memoria& memoria) {
+    TextoDeCabecera cabecera;
+    const auto imagen = memoria.imagen();
+    for (std::size_t k = 0; k < registro_config::kCabecera; ++k) {
+        cabecera.config(static_cast<std::int32_t>(k), imagen[k]);
+    }
+    return cabecera;
+}
+
+}  // namespace
+
+std::optional<Formato> leerFormato(std::string_view texto) {
+    for (const auto& [formato, nombre] : kFormatos) {
+        if (texto == nombre.substr(1)) return formato;
+    }
+    return std::nullopt;
+}
+
+std::string_view extension(Formato formato) {
+    return std::find_if(kFormatos.begin(), kFormatos.end(), [&](const auto& f) { return f.formato == formato; })
+        ->extension;
+}
+
+void Conversor::cargar(std::span<const std::uint8_t> imagen, const OrigenConfig& origen) {
+    imagen = imagen.first(std::min(imagen.size(), kAlcance));
+    for (std::size_t numero = 0; numero * kBytesBloque < kAlcance; ++numero) {
+        const auto bloque = memoria_.bloque(numero);
+        const auto desde = imagen.subspan(std::min(imagen.size(), numero * kBytesBloque));
+        const auto fin = std::copy_n(desde.begin(), std::min(desde.size(), kBytesBloque), bloque.begin());
+        std::fill(fin, bloque.end(), std::uint8_t{0});
+    }
+    if (!origen.serie) return;
+    const auto empacada = empacarSerie(*origen.serie);
+    std::copy(empacada.begin(), empacada.end(), memoria_.imagen().begin() + registro_config::kSerie);
+}
+
+ArchivoDatos Conversor::convertir(std::span<const std::uint8_t> imagen, Formato formato, Perfil perfil,
+                                  const FechaHora& momento, const OrigenConfig& origen) {
+    cargar(imagen, origen);
+    auto cabecera = leerCabecera(memoria_);
+    Decodificador decodificador(perfil);
+    decodificador.evaporacion(llevaEvaporacion(numeroDeSerie(cabecera.digitosSerie)));
+    switch (formato) {
+        case Formato::xls:
+            return archivoXls(memoria_, decodificador, kUltimoBloque);
+        case Formato::jsonl:
+            return archivoJsonl(memoria_, decodificador);
+        case Formato::csv:
+            break;
+    }
+    return archivoCsv(memoria_, decodificador, kUltimoBloque, momento, origen.texto ? *origen.texto : cabecera.texto);
+}
+
+}  // namespace telvane

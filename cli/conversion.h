@@ -1,0 +1,49 @@
+// From a memory image to a file's bytes, as the window would save them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "data/decodificador.h"
+#include "data/informe.h"
+#include "data/memoria.h"
+#include "platform/reloj.h"
+
+namespace telvane {
+
+enum class Formato { csv, xls, jsonl };
+
+// nullopt for anything else than "csv", "xls", "jsonl".
+std::optional<Formato> leerFormato(std::string_view texto);
+// File name ending, with its dot.
+std::string_view extension(Formato formato);
+
+// Where the file's configuration comes from.
+struct OrigenConfig {
+    // Serial number's 8 digits instead of those in the image's header.
+    std::optional<std::string> serie = {};
+    // Configuration text of a logger that was read; otherwise the header's.
+    std::optional<std::string> texto = {};
+};
+
+// Keeps its buffers from one image to the next; not a thing of several threads.
+class Conversor {
+   public:
+    // Bytes of an image that are looked at; what a file holds beyond them is nothing.
+    static constexpr std::size_t kAlcance = (static_cast<std::size_t>(kUltimoBloque) + 1) * kBytesBloque;
+
+    // imagen: missing bytes count as 0. momento: the time that the file tells as its own.
+    // jsonl: one object a line, UTF-8; the other formats are Windows-1252.
+    ArchivoDatos convertir(std::span<const std::uint8_t> imagen, Formato formato, Perfil perfil,
+                           const FechaHora& momento, const OrigenConfig& origen = {});
+
+   private:
+    void cargar(std::span<const std::uint8_t> imagen, const OrigenConfig& origen);
+
+    Memoria memoria_;
+};
+
+}  // namespace telvane

@@ -1,0 +1,26 @@
+// telvane-cli buscar
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "cli/ordenes.h"
+#include "cli/sesion_cli.h"
+
+namespace telvane {
+
+namespace {
+
+void buscar(ContextoCli& contexto) {
+    SesionCli sesion(contexto.entorno, contexto.consola, contexto.com);
+    const int numero = sesion.buscar();
+    contexto.consola.resultado(fmt::format("COM{} {}\n", numero, sesion.dispositivo(numero).string()));
+}
+
+}  // namespace
+
+void declararBuscar(CLI::App& app, ContextoCli& contexto) {
+    auto* orden = app.add_subcommand("buscar", "Busca el puerto en que responde el registrador y lo escribe");
+    orden->footer("Prueba COM1 a COM12 en orden, 3 s cada uno. Escribe \"COM1 /dev/ttyUSB0\".");
+    orden->callback([&contexto] { contexto.orden = [&contexto] { buscar(contexto); }; });
+}
+
+}  // namespace telvane

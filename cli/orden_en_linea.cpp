@@ -1,0 +1,53 @@
+// telvane-cli en-linea
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/argumentos.h"
+#include "cli/ordenes.h"
+#include "cli/sesion_cli.h"
+#include "cli/textos_cli.h"
+
+namespace telvane {
+
+namespace {
+
+struct Opciones {
+    std::string cuenta;
+    std::string cada = "1";
+    bool json = false;
+};
+
+void mostrarEnLinea(ContextoCli& contexto, const Opciones& opciones) {
+    SesionCli sesion(contexto.entorno, contexto.consola, contexto.com);
+    sesion.buscar();
+    RegistradorCli::EnLinea enLinea(sesion.registrador());
+    const bool sinFin = opciones.cuenta.empty();
+    const int cuenta = leerEntero(opciones.cuenta);
+    for (int i = 0; sinFin || i < cuenta; ++i) {
+        if (i > 0) pausar(contexto.entorno, std::chrono::seconds(leerEntero(opciones.cada)));
+        const auto marco = decodificarMarco(enLinea.pedir());
+        contexto.consola.resultado(opciones.json ? marcoJson(marco, contexto.entorno.reloj.ahora())
+                                                 : marcoParaPersonas(marco));
+    }
+}
+
+}  // namespace
+
+void declararEnLinea(CLI::App& app, ContextoCli& contexto) {
+    auto* orden = app.add_subcommand("en-linea", "Escribe las lecturas actuales del registrador");
+    const auto opciones = std::make_shared<Opciones>();
+    orden->add_option("--cuenta", opciones->cuenta, "Lecturas que se piden; sin ella, hasta Ctrl-C")
+        ->type_name("N")
+        ->check(comprobar(motivoCuenta));
+    orden->add_option("--cada", opciones->cada, "Segundos entre lecturas; 1 si falta")
+        ->type_name("S")
+        ->check(comprobar(motivoSegundos));
+    orden->add_flag("--json", opciones->json, "Un objeto JSON por línea");
+    orden->callback(
+        [&contexto, opciones] { contexto.orden = [&contexto, opciones] { mostrarEnLinea(contexto, *opciones); }; });
+}
+
+}  // namespace telvane

@@ -1,0 +1,110 @@
+// telvane-cli puertos
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <nlohmann/json.hpp>
+
+#include "cli/ordenes.h"
+#include "cli/sesion_cli.h"
+
+namespace telvane {
+
+namespace {
+
+constexpr int kUltimoPuerto = 12;
+
+std::string ocupantes(const FichaPuerto& ficha) {
+    std::vector<std::string> partes;
+    for (const auto& [pid, nombre] : ficha.ocupantes) partes.push_back(fmt::format("{} (pid {})", nombre, pid));
+    return fmt::format("{}", fmt::join(partes, ", "));
+}
+
+std::string_view nombreEstado(EstadoPuerto estado) {
+    switch (estado) {
+        case EstadoPuerto::libre:
+            return "libre";
+        case EstadoPuerto::ocupado:
+            return "ocupado";
+        case EstadoPuerto::sinPermiso:
+            return "sin permiso";
+        case EstadoPuerto::ausente:
+            break;
+    }
+    return "ausente";
+}
+
+// The state, and what it takes to change it.
+std::string estado(const FichaPuerto& ficha) {
+    std::string texto(nombreEstado(ficha.estado));
+    if (ficha.estado == EstadoPuerto::ocupado) texto += " por " + ocupantes(ficha);
+    if (!ficha.grupo.empty()) texto += fmt::format(": entre en el grupo {}", ficha.grupo);
+    return texto;
+}
+
+std::string adaptador(const FichaPuerto& ficha) {
+    std::vector<std::string> partes;
+    for (const auto& parte : {ficha.fabricante, ficha.producto, ficha.serie}) {
+        if (!parte.empty()) partes.push_back(parte);
+    }
+    return fmt::format("{}", fmt::join(partes, " "));
+}
+
+// One line: what is told stands in columns, what is not told is left out at the end.
+std::string linea(int numero, const FichaPuerto& ficha) {
+    auto texto = fmt::format("{:<6} {:<14} {}", fmt::format("COM{}", numero),
+                             ficha.dispositivo.empty() ? "-" : ficha.dispositivo.string(), estado(ficha));
+    for (const auto& parte : {adaptador(ficha), ficha.nombreEstable.string()}) {
+        if (!parte.empty()) texto += "  " + parte;
+    }
+    return texto + "\n";
+}
+
+nlohmann::ordered_json objeto(int numero, const FichaPuerto& ficha) {
+    nlohmann::ordered_json json;
+    json["puerto"] = numero;
+    json["dispositivo"] = ficha.dispositivo.string();
+    json["estado"] = nombreEstado(ficha.estado);
+    json["nombre_estable"] = ficha.nombreEstable.string();
+    json["fabricante"] = ficha.fabricante;
+    json["producto"] = ficha.producto;
+    json["serie"] = ficha.serie;
+    json["grupo"] = ficha.grupo;
+    json["ocupantes"] = nlohmann::ordered_json::array();
+    for (const auto& [pid, nombre] : ficha.ocupantes) {
+        json["ocupantes"].push_back({{"pid", pid}, {"nombre", nombre}});
+    }
+    return json;
+}
+
+void mostrarPuertos(ContextoCli& contexto, bool json) {
+    const auto mapa = leerMapa(contexto.entorno, contexto.com);
+    const auto numeros = mapa.numeros();
+    const int ultimo = std::max(kUltimoPuerto, numeros.empty() ? 0 : numeros.back());
+    auto lista = nlohmann::ordered_json::array();
+    std::string texto;
+    for (int numero = 1; numero <= ultimo; ++numero) {
+        const auto dispositivo = mapa.dispositivo(numero);
+        const auto ficha = dispositivo ? describirPuerto(*dispositivo, contexto.entorno.raices) : FichaPuerto{};
+        texto += linea(numero, ficha);
+        lista.push_back(objeto(numero, ficha));
+    }
+    contexto.consola.resultado(
+        json ? lista.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n" : texto);
+}
+
+}  // namespace
+
+void declararPuertos(CLI::App& app, ContextoCli& contexto) {
+    auto* orden = app.add_subcommand("puertos", "Muestra qué hay detrás de COM1 a COM12");
+    const auto json = std::make_shared<bool>(false);
+    orden->add_flag("--json", *json, "Como lista JSON");
+    orden->callback([&contexto, json] { contexto.orden = [&contexto, json] { mostrarPuertos(contexto, *json); }; });
+}
+
+}  // namespace telvane

@@ -1,0 +1,32 @@
+#include "cli/sesion_cli.h"
+
+#include <fmt/format.h>
+
+#include "cli/codigos_salida.h"
+
+namespace telvane {
+
+SesionCli::SesionCli(EntornoCli& entorno, Consola& consola, const std::vector<std::string>& com)
+    : consola_(consola),
+      mapa_(leerMapa(entorno, com)),
+      puertos_(entorno.abrirPuertos(mapa_)),
+      registrador_(entorno, consola, *puertos_) {}
+
+int SesionCli::buscar() {
+    for (const int numero : mapa_.numeros()) {
+        if (!puertos_->existe(numero)) {
+            consola_.aviso(fmt::format("COM{}: {} no existe", numero, dispositivo(numero).string()));
+        }
+    }
+    return registrador_.buscar();
+}
+
+MapaCom leerMapa(const EntornoCli& entorno, const std::vector<std::string>& com) {
+    try {
+        return com.empty() ? MapaCom::automatico(entorno.raices) : MapaCom::fijo(com);
+    } catch (const ErrorPuerto& error) {
+        throw ErrorCli(CodigoSalida::malUso, error.what());
+    }
+}
+
+}  // namespace telvane

@@ -1,0 +1,150 @@
+// The console tool run inside the test: simulated loggers, virtual time, its three streams in memory.
+#pragma once
+
+#include <stdlib.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "apoyo/bucle_prueba.h"
+#include "cli/aplicacion.h"
+#include "cli/codigos_salida.h"
+#include "simulator/puertos_simulados.h"
+
+namespace telvane {
+
+// A stream that remembers what went through it.
+class FlujoEnMemoria {
+   public:
+    FlujoEnMemoria() : descriptor_(::memfd_create("flujo", MFD_CLOEXEC)) {
+        if (descriptor_ < 0) throw std::runtime_error("memfd_create");
+    }
+    FlujoEnMemoria(const FlujoEnMemoria&) = delete;
+    FlujoEnMemoria& operator=(const FlujoEnMemoria&) = delete;
+    ~FlujoEnMemoria() { ::close(descriptor_); }
+
+    int descriptor() const { return descriptor_; }
+    std::string texto() const {
+        std::string todo(static_cast<std::size_t>(::lseek(descriptor_, 0, SEEK_END)), '\0');
+        EXPECT_EQ(::pread(descriptor_, todo.data(), todo.size(), 0), static_cast<ssize_t>(todo.size()));
+        return todo;
+    }
+    // Ready to be read from the start.
+    void llenar(const std::string& bytes) {
+        ASSERT_EQ(::write(descriptor_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        ::lseek(descriptor_, 0, SEEK_SET);
+    }
+
+   private:
+    int descriptor_;
+};
+
+class CarpetaPrueba {
+   public:
+    CarpetaPrueba() {
+        std::string plantilla = (std::filesystem::temp_directory_path() / "cli.XXXXXX").string();
+        if (!::mkdtemp(plantilla.data())) throw std::runtime_error("mkdtemp");
+        ruta_ = plantilla;
+    }
+    CarpetaPrueba(const CarpetaPrueba&) = delete;
+    CarpetaPrueba& operator=(const CarpetaPrueba&) = delete;
+    ~CarpetaPrueba() { std::filesystem::remove_all(ruta_); }
+    std::string operator/(const std::string& nombre) const { return (ruta_ / nombre).string(); }
+    const std::filesystem::path& ruta() const { return ruta_; }
+    std::vector<std::string> nombres() const {
+        std::vector<std::string> lista;
+        for (const auto& entrada : std::filesystem::directory_iterator(ruta_)) {
+            lista.push_back(entrada.path().filename().string());
+        }
+        return lista;
+    }
+
+   private:
+    std::filesystem::path ruta_;
+};
+
+inline std::string leerTodo(const std::filesystem::path& ruta) {
+    std::ifstream entrada(ruta, std::ios::binary);
+    return {std::istreambuf_iterator<char>(entrada), {}};
+}
+inline std::string comoTexto(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
+
+struct Resultado {
+    CodigoSalida codigo;
+    std::string salida;
+    std::string errores;
+    std::chrono::nanoseconds duracion;
+};
+
+class CliPrueba : public testing::Test {
+   protected:
+    // COM3 has a logger with a year of samples.
+    CliPrueba() : puertos(bucle, bucle.reloj()) {
+        MaquinaRegistrador maquina(memoriaSimulada(Clima(7)), Clima(7));
+        maquina.ponerReloj(bucle.reloj().ahora(), bucle.reloj().monotono());
+        puertos.conectar(kPuerto, maquina);
+    }
+
+    static constexpr int kPuerto = 3;
+    static constexpr auto kCualquiera = std::chrono::hours(2);
+
+    Resultado correr(const std::vector<std::string>& argumentos) {
+        FlujoEnMemoria salida;
+        FlujoEnMemoria errores;
+        EntornoCli entorno{
+            .bucle = bucle,
+            .reloj = bucle.reloj(),
+            .correrHasta = [this](const auto& condicion, auto plazo) { return bucle.correrHasta(condicion, plazo); },
+            .abrirPuertos = [this](const MapaCom&) { return std::make_unique<Prestados>(puertos); },
+            .raices = {carpeta / "dev", carpeta / "sys", carpeta / "proc"},
+            .entrada = entrada.descriptor(),
+            .salida = salidaAjena >= 0 ? salidaAjena : salida.descriptor(),
+            .errores = erroresAjenos >= 0 ? erroresAjenos : errores.descriptor()};
+        const auto inicio = bucle.reloj().monotono();
+        Bucle::Asidero alarma;
+        if (senalTras.first > std::chrono::nanoseconds(0)) {
+            alarma = bucle.alarma(senalTras.first, [&] { entorno.senal = senalTras.second; });
+        }
+        const int codigo = correrCli(argumentos, entorno);
+        return {static_cast<CodigoSalida>(codigo), salida.texto(), errores.texto(), bucle.reloj().monotono() - inicio};
+    }
+
+    BuclePrueba bucle;
+    PuertosSimulados puertos;
+    CarpetaPrueba carpeta;
+    FlujoEnMemoria entrada;
+    int salidaAjena = -1;
+    int erroresAjenos = -1;
+    // A signal some time after the start.
+    std::pair<std::chrono::nanoseconds, int> senalTras{0, 0};
+
+   private:
+    // The tool owns its ports; these belong to the test.
+    class Prestados final : public Puertos {
+       public:
+        explicit Prestados(PuertosSimulados& puertos) : puertos_(puertos) {}
+        bool existe(int numero) const override { return puertos_.existe(numero); }
+        std::unique_ptr<PuertoSerie> abrir(int numero, const AjustesLinea& ajustes,
+                                           std::function<void()> alDespertar) override {
+            return puertos_.abrir(numero, ajustes, std::move(alDespertar));
+        }
+
+       private:
+        PuertosSimulados& puertos_;
+    };
+};
+
+}  // namespace telvane

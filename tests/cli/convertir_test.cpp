@@ -1,0 +1,189 @@
+#include <fcntl.h>
+#include <pty.h>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/conversion.h"
+#include "cli_prueba.h"
+#include "data/informe.h"
+#include "platform/bucle_posix.h"
+
+namespace telvane {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+
+class Convertir : public CliPrueba {
+   protected:
+    Convertir() : imagen(memoriaSimulada(Clima(7))) { guardar("a.rgt", imagen); }
+
+    void guardar(const std::string& nombre, const std::vector<std::uint8_t>& bytes) {
+        std::ofstream(carpeta / nombre, std::ios::binary) << comoTexto(bytes);
+    }
+    // What the window saves of this image when no logger was read.
+    std::string comoLaVentana(bool evaporacion = true, Perfil perfil = Perfil::estricto) {
+        Memoria memoria;
+        std::copy(imagen.begin(), imagen.end(), memoria.imagen().begin());
+        TextoDeCabecera cabecera;
+        for (std::size_t k = 0; k < registro_config::kCabecera; ++k) {
+            cabecera.config(static_cast<std::int32_t>(k), imagen[k]);
+        }
+        Decodificador decodificador(perfil);
+        decodificador.evaporacion(evaporacion);
+        return archivoCsv(memoria, decodificador, kUltimoBloque, bucle.reloj().ahora(), cabecera.texto).bytes;
+    }
+
+    std::vector<std::uint8_t> imagen;
+};
+
+TEST_F(Convertir, TheCsvIsByteForByteTheWindows) {
+    const auto r = correr({"convertir", carpeta / "a.rgt", carpeta / "a.csv"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(leerTodo(carpeta / "a.csv"), comoLaVentana());
+    EXPECT_THAT(r.errores, HasSubstr("muestras escritas"));
+    EXPECT_THAT(r.salida, IsEmpty());
+}
+
+TEST_F(Convertir, TheFormatIsTheOutputsOrTheOneAskedFor) {
+    EXPECT_EQ(correr({"convertir", carpeta / "a.rgt", carpeta / "a.xls"}).codigo, CodigoSalida::hecho);
+    EXPECT_THAT(leerTodo(carpeta / "a.xls"), StartsWith("Fecha,Hora,Temperatura["));
+    EXPECT_EQ(correr({"convertir", carpeta / "a.rgt", carpeta / "b.xls", "--formato", "csv"}).codigo,
+              CodigoSalida::hecho);
+    EXPECT_EQ(leerTodo(carpeta / "b.xls"), comoLaVentana());
+    EXPECT_EQ(correr({"convertir", carpeta / "a.rgt", carpeta / "sin_final"}).codigo, CodigoSalida::hecho);
+    EXPECT_EQ(leerTodo(carpeta / "sin_final"), comoLaVentana());
+}
+
+TEST_F(Convertir, PipesAtBothEnds) {
+    entrada.llenar(comoTexto(imagen));
+    const auto r = correr({"convertir", "-", "-"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(r.salida, comoLaVentana());
+}
+
+TEST_F(Convertir, ASerialNumberSelectsTheVariantAndStandsInTheHeader) {
+    const auto r = correr({"convertir", "--serie", "12345678", carpeta / "a.rgt", "-"});
+    EXPECT_THAT(r.salida, HasSubstr("Numero de serie : 12345678\r\n"));
+    EXPECT_THAT(r.salida, testing::Not(HasSubstr("Eva parcial")));
+}
+
+TEST_F(Convertir, TheWiderProfileIsAskedFor) {
+    // A first record of 2024.
+    imagen[kInicioRegistros + 5] = 0x24;
+    guardar("a.rgt", imagen);
+    const auto estricto = correr({"convertir", carpeta / "a.rgt", "-"});
+    const auto ampliado = correr({"convertir", carpeta / "a.rgt", "-", "--perfil", "ampliado"});
+    EXPECT_EQ(estricto.salida, comoLaVentana());
+    EXPECT_EQ(ampliado.salida, comoLaVentana(true, Perfil::ampliado));
+    EXPECT_NE(estricto.salida, ampliado.salida);
+}
+
+TEST_F(Convertir, JsonLinesHoldEverySampleWithTheSameNumbers) {
+    const auto r = correr({"convertir", carpeta / "a.rgt", "-", "--formato", "jsonl"});
+    std::istringstream objetos(r.salida);
+    std::istringstream lineas(comoLaVentana());
+    std::string linea;
+    while (std::getline(lineas, linea) && !linea.starts_with("Fecha,")) continue;
+    std::size_t muestras = 0;
+    while (std::getline(lineas, linea) && linea != "\r") {
+        std::string objeto;
+        ASSERT_TRUE(std::getline(objetos, objeto));
+        const auto json = nlohmann::ordered_json::parse(objeto);
+        std::string unidos;
+        for (const auto& [clave, valor] : json.items()) {
+            if (clave == "hora") continue;
+            unidos += "," + (valor.is_string() ? valor.get<std::string>() : valor.dump());
+        }
+        ASSERT_EQ(linea.substr(19), unidos + "\r");
+        const auto hora = json["hora"].get<std::string>();
+        ASSERT_EQ(linea.substr(0, 19), hora.substr(8, 2) + "/" + hora.substr(5, 2) + "/" + hora.substr(0, 4) + "," +
+                                           hora.substr(11));
+        ++muestras;
+    }
+    EXPECT_GT(muestras, 8000U);
+    EXPECT_EQ(objetos.peek(), std::istringstream::traits_type::eof());
+}
+
+TEST_F(Convertir, AShortImageIsConvertedAndTold) {
+    imagen.resize(10'000);
+    guardar("a.rgt", imagen);
+    const auto r = correr({"convertir", carpeta / "a.rgt", "-"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.errores, HasSubstr("hay 10000 bytes de los 262144"));
+    EXPECT_EQ(r.salida, comoLaVentana());
+}
+
+TEST_F(Convertir, AnEmptyImageGivesAFileWithoutSamples) {
+    imagen.clear();
+    guardar("a.rgt", imagen);
+    EXPECT_EQ(correr({"convertir", carpeta / "a.rgt", carpeta / "a.csv"}).codigo, CodigoSalida::hecho);
+    EXPECT_THAT(leerTodo(carpeta / "a.csv"), StartsWith(" Equipo Registrador VELTRA"));
+}
+
+TEST_F(Convertir, AnInputThatCannotBeReadIsAFailureWithItsReason) {
+    const auto r = correr({"convertir", carpeta / "no.rgt", carpeta / "a.csv"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("no.rgt: no existe"));
+    EXPECT_THAT(carpeta.nombres(), UnorderedElementsAre("a.rgt"));
+}
+
+TEST_F(Convertir, OneImageTellsNothingOfTheOneBefore) {
+    Conversor conversor;
+    const auto momento = bucle.reloj().ahora();
+    const auto limpio = Conversor().convertir(std::vector<std::uint8_t>(100, 0x11), Formato::csv, Perfil::estricto, momento);
+    conversor.convertir(imagen, Formato::csv, Perfil::estricto, momento);
+    EXPECT_EQ(conversor.convertir(std::vector<std::uint8_t>(100, 0x11), Formato::csv, Perfil::estricto, momento).bytes,
+              limpio.bytes);
+}
+
+// Many at once wait on real descriptors.
+class ConvertirMuchos : public Convertir {
+   protected:
+    Resultado correrDeVeras(const std::vector<std::string>& argumentos, int senal = 0) {
+        BuclePosix real;
+        FlujoEnMemoria salida;
+        FlujoEnMemoria errores;
+        EntornoCli entorno{.bucle = real,
+                           .reloj = bucle.reloj(),
+                           .correrHasta = [&](const auto& condicion, auto plazo) { return real.correrHasta(condicion, plazo); },
+                           .abrirPuertos = {},
+                           .salida = salida.descriptor(),
+                           .errores = errores.descriptor()};
+        entorno.senal = senal;
+        const int codigo = correrCli(argumentos, entorno);
+        return {static_cast<CodigoSalida>(codigo), salida.texto(), errores.texto(), {}};
+    }
+};
+
+TEST_F(ConvertirMuchos, EveryImageGetsItsFile) {
+    std::vector<std::string> argumentos = {"convertir", "--en", carpeta / "d"};
+    std::filesystem::create_directory(carpeta / "d");
+    for (int i = 0; i < 20; ++i) {
+        guardar(std::to_string(i) + ".rgt", imagen);
+        argumentos.push_back(carpeta / (std::to_string(i) + ".rgt"));
+    }
+    const auto r = correrDeVeras(argumentos);
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(leerTodo(carpeta / ("d/" + std::to_string(i) + ".csv")), comoLaVentana());
+    EXPECT_EQ(std::count(r.errores.begin(), r.errores.end(), '\n'), 20);
+}
+
+TEST_F(ConvertirMuchos, ABadOneDoesNotStopTheOthers) {
+    guardar("b.rgt", imagen);
+    const auto r = correrDeVeras({"convertir", "--en", carpeta.ruta().string(), carpeta / "a.rgt", carpeta / "no.rgt", carpeta / "b.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("1 de 3 archivos sin convertir"));
+    EXPECT_THAT(carpeta.nombres(), UnorderedElementsAre("a.rgt", "b.rgt", "a.csv", "b.csv"));
+}
+
+TEST_F(ConvertirMuchos, ASignalEndsTheRun) {
+    guardar("b.rgt", imagen);
+    const auto r = correrDeVeras({"convertir", "--en", carpeta.ruta().string(), carpeta / "a.rgt", carpeta / "b.rgt"}, SIGINT);
+    EXPECT_EQ(r.codigo, CodigoSalida::interrumpido);
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,259 @@
+#include <fcntl.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/file.h>
+
+#include "cli/conversion.h"
+#include "cli/descarga_cli.h"
+#include "cli_prueba.h"
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::UnorderedElementsAre;
+
+class Descargar : public CliPrueba {
+   protected:
+    std::string imagen() { return comoTexto(puertos.maquina(kPuerto).imagen()); }
+    // The logger says this instead, once: from: which byte of the download's answers, the two of the handshake first.
+    void unaVez(std::size_t indice, std::function<Efecto(const ByteSaliente&)> efecto) {
+        puertos.manipular(kPuerto, [=, hecho = false](const ByteSaliente& saliente) mutable {
+            if (hecho || saliente.intercambio != Intercambio::descarga || saliente.indice != indice) {
+                return Efecto::pasar(saliente.byte);
+            }
+            hecho = true;
+            return efecto(saliente);
+        });
+    }
+    static std::size_t indiceDe(std::size_t bloque) { return 2 + bloque * kBytesBloque; }
+    static Efecto callar(const ByteSaliente&) {
+        Efecto efecto;
+        efecto.callar = true;
+        return efecto;
+    }
+};
+
+TEST_F(Descargar, TheBaseFileIsTheLoggersMemory) {
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
+    EXPECT_EQ(imagen().size(), 262144U);
+    EXPECT_THAT(carpeta.nombres(), ElementsAre("a.rgt"));
+    EXPECT_THAT(r.salida, IsEmpty());
+    // No terminal: no bar.
+    EXPECT_THAT(r.errores, Not(HasSubstr("\r")));
+}
+
+TEST_F(Descargar, TheCsvHoldsTheConfigurationThatWasRead) {
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--csv", carpeta / "a.csv"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    const auto csv = leerTodo(carpeta / "a.csv");
+    EXPECT_THAT(csv, HasSubstr("Nro  : 02080050\r\nUsuario: INTA Estacion Experimental"));
+    EXPECT_THAT(csv, HasSubstr(",Eva parcial[mm]\r\n20/11/2018,00:00:00,"));
+    EXPECT_THAT(r.errores, HasSubstr("muestras escritas"));
+}
+
+TEST_F(Descargar, EitherFileMayGoToTheOutput) {
+    EXPECT_EQ(correr({"descargar", "--base", "-"}).salida, imagen());
+    const auto csv = correr({"descargar", "--base", carpeta / "a.rgt", "--csv", "-"}).salida;
+    EXPECT_THAT(csv, testing::StartsWith(" Equipo Registrador VELTRA"));
+}
+
+TEST_F(Descargar, AnOldBaseFileStaysUntilTheNewOneIsWhole) {
+    std::ofstream(carpeta / "a.rgt") << "old";
+    unaVez(indiceDe(100), callar);
+    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo, CodigoSalida::fallo);
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), "old");
+    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt"}).codigo, CodigoSalida::hecho);
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
+}
+
+TEST_F(Descargar, ALoggerThatStopsIsNoticedAndWhatCameIsKept) {
+    unaVez(indiceDe(100), callar);
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0", "--espera", "7"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt.parcial"), imagen().substr(0, 100 * kBytesBloque));
+    EXPECT_THAT(carpeta.nombres(), ElementsAre("a.rgt.parcial"));
+    EXPECT_THAT(r.errores, HasSubstr("quedan 100 de 4096 bloques"));
+    // Two waits of two seconds for the logger to wake, and the silence.
+    EXPECT_GE(r.duracion, 11s);
+    EXPECT_LT(r.duracion, 13s);
+}
+
+TEST_F(Descargar, AnAttemptThatBreaksOffStartsAgain) {
+    unaVez(indiceDe(2000) + 5, callar);
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
+    EXPECT_THAT(r.errores, HasSubstr("dejó de responder"));
+    EXPECT_THAT(r.errores, HasSubstr("reintentos que quedan: 1"));
+}
+
+TEST_F(Descargar, ADamagedByteBeforeTheBreakIsFoundInTheOverlap) {
+    puertos.manipular(kPuerto, [danado = false, cortado = false](const ByteSaliente& saliente) mutable {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio != Intercambio::descarga) return efecto;
+        if (saliente.indice == indiceDe(500) + 9 && !std::exchange(danado, true)) efecto.bytes[0] ^= 0x10;
+        if (saliente.indice == indiceDe(900) && !std::exchange(cortado, true)) efecto.callar = true;
+        return efecto;
+    });
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("el bloque 500 no coincide"));
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
+}
+
+TEST_F(Descargar, VerifyingReadsTwice) {
+    const auto r = correr({"descargar", "--verificar", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("Segunda lectura"));
+    EXPECT_GE(puertos.emitidos(kPuerto).size(), 2 * kBytesMemoria);
+}
+
+TEST_F(Descargar, VerifyingFindsADamagedByteAndReadsAgain) {
+    unaVez(indiceDe(3000) + 1, [](const ByteSaliente& saliente) {
+        return Efecto::pasar(static_cast<std::uint8_t>(saliente.byte ^ 1));
+    });
+    const auto r = correr({"descargar", "--verificar", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("el bloque 3000 no coincide"));
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
+}
+
+TEST_F(Descargar, VerifyingALineThatAlwaysDamagesFails) {
+    puertos.manipular(kPuerto, [vez = 0](const ByteSaliente& saliente) mutable {
+        const bool esa = saliente.intercambio == Intercambio::descarga && saliente.indice == indiceDe(3000);
+        return Efecto::pasar(esa ? static_cast<std::uint8_t>(++vez) : saliente.byte);
+    });
+    const auto r = correr({"descargar", "--verificar", "--reintentos", "1", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(carpeta.nombres(), ElementsAre("a.rgt.parcial"));
+}
+
+TEST_F(Descargar, ALoggerThatIsNotThereAtTheDownloadIsThree) {
+    puertos.manipular(kPuerto, [aperturas = 0](const ByteSaliente& saliente) mutable {
+        auto efecto = Efecto::pasar(saliente.byte);
+        // The read opens the first exchange, the download the second.
+        if (saliente.intercambio == Intercambio::eleccion && ++aperturas > 1) efecto.callar = true;
+        return efecto;
+    });
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "1"});
+    EXPECT_EQ(r.codigo, CodigoSalida::sinRegistrador);
+    // Nothing came: no file is left.
+    EXPECT_THAT(carpeta.nombres(), IsEmpty());
+}
+
+class Interrumpir : public Descargar, public testing::WithParamInterface<int> {};
+
+TEST_P(Interrumpir, AtAnyMomentTheToolEndsAndThePartialFileHoldsWhatCame) {
+    PuertosSimulados& p = puertos;
+    p.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        efecto.demora = 100us;
+        return efecto;
+    });
+    senalTras = {std::chrono::milliseconds(GetParam()), GetParam() % 2 == 0 ? SIGINT : SIGTERM};
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::interrumpido);
+    EXPECT_THAT(r.errores, HasSubstr("interrumpido"));
+    EXPECT_LT(r.duracion, std::chrono::milliseconds(GetParam() + 100));
+    EXPECT_FALSE(puertos.abierto(kPuerto));
+    const auto parcial = leerTodo(carpeta / "a.rgt.parcial");
+    EXPECT_EQ(parcial, imagen().substr(0, parcial.size()));
+    EXPECT_FALSE(std::filesystem::exists(carpeta / "a.rgt"));
+    if (!parcial.empty()) {
+        EXPECT_THAT(r.errores, HasSubstr("quedan"));
+    } else {
+        EXPECT_THAT(carpeta.nombres(), IsEmpty());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Momentos, Interrumpir,
+                         testing::Values(1, 2, 50, 1000, 2001, 2010, 3000, 4010, 4100, 5000, 10001, 20000));
+
+TEST_F(Descargar, WhatAnEarlierRunLeftIsNotLostToAShorterOne) {
+    unaVez(indiceDe(2000), callar);
+    correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"});
+    unaVez(indiceDe(10), callar);
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("conserva 2000 bloques"));
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt.parcial"), imagen().substr(0, 2000 * kBytesBloque));
+}
+
+TEST_F(Descargar, APartialFileOfAnotherLoggerIsPutAside) {
+    std::ofstream(carpeta / "a.rgt.parcial") << std::string(6400, 'x');
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt.parcial.anterior"), std::string(6400, 'x'));
+}
+
+TEST_F(Descargar, APartialFileThatAnotherRunIsWritingIsLeftAlone) {
+    const int otro = ::open((carpeta / "a.rgt.parcial").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_EQ(::flock(otro, LOCK_EX), 0);
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("en uso"));
+    EXPECT_THAT(carpeta.nombres(), ElementsAre("a.rgt.parcial"));
+    ::close(otro);
+}
+
+TEST_F(Descargar, AFolderThatIsNotThereIsToldBeforeTheMemoryIsRead) {
+    const auto r = correr({"descargar", "--base", carpeta / "no/a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_LT(puertos.emitidos(kPuerto).size(), 1000U);
+}
+
+TEST_F(Descargar, OnATerminalABarTellsRateAndRemainingTime) {
+    int maestro = -1;
+    ASSERT_EQ(::openpty(&maestro, &erroresAjenos, nullptr, nullptr, nullptr), 0);
+    ASSERT_EQ(::fcntl(maestro, F_SETFL, O_NONBLOCK), 0);
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio == Intercambio::descarga && saliente.indice % 64 == 2) efecto.demora = 10ms;
+        return efecto;
+    });
+    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo, CodigoSalida::hecho);
+    std::string todo(100'000, '\0');
+    const auto n = ::read(maestro, todo.data(), todo.size());
+    ASSERT_GT(n, 0);
+    todo.resize(static_cast<std::size_t>(n));
+    EXPECT_THAT(todo, HasSubstr("\r"));
+    EXPECT_THAT(todo, HasSubstr("/4096 bloques"));
+    EXPECT_THAT(todo, HasSubstr("faltan 00:"));
+    ::close(maestro);
+    ::close(erroresAjenos);
+}
+
+TEST(PrimeraDiferencia, OnlyWhatALoggerDoesNotChangeByItselfCounts) {
+    std::vector<std::uint8_t> antes(kBytesMemoria, 0xFF);
+    auto ahora = antes;
+    EXPECT_EQ(primeraDiferencia(antes, ahora), std::nullopt);
+    EXPECT_EQ(primeraDiferencia({}, ahora), std::nullopt);
+    // A sample where nothing was.
+    ahora[64 * 100 + 3] = 0x12;
+    EXPECT_EQ(primeraDiferencia(antes, ahora), std::nullopt);
+    // A sample that changed, or went.
+    EXPECT_EQ(primeraDiferencia(ahora, antes), 100U);
+    // The header's clock and its reserved bytes.
+    ahora = antes;
+    ahora[105] = 0x23;
+    ahora[431] = 0x01;
+    EXPECT_EQ(primeraDiferencia(antes, ahora), std::nullopt);
+    ahora[104] = 0x60;
+    EXPECT_EQ(primeraDiferencia(antes, ahora), 1U);
+    // As far as both reach.
+    ahora = antes;
+    ahora[64 * 10] = 0;
+    std::vector<std::uint8_t> corta(64 * 10, 0xFF);
+    EXPECT_EQ(primeraDiferencia(corta, ahora), std::nullopt);
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,372 @@
+#include <fcntl.h>
+#include <signal.h>
+
+#include <nlohmann/json.hpp>
+
+#include "cli_prueba.h"
+#include "data/archivo_base.h"
+#include "live/marco_en_linea.h"
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+using Ordenes = CliPrueba;
+
+// --- usage
+
+TEST_F(Ordenes, HelpGoesToTheOutputAndIsNoError) {
+    for (const std::vector<std::string>& argumentos :
+         {std::vector<std::string>{"--help"}, {"-h"}, {"descargar", "--help"}, {"convertir", "-h"}}) {
+        const auto r = correr(argumentos);
+        EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+        EXPECT_THAT(r.salida, HasSubstr("Uso: telvane-cli"));
+        EXPECT_THAT(r.errores, IsEmpty());
+    }
+    EXPECT_THAT(correr({"descargar", "--help"}).salida, HasSubstr("--verificar"));
+}
+
+TEST_F(Ordenes, HelpNamesEveryCommand) {
+    const auto ayuda = correr({"--help"}).salida;
+    for (const auto* orden : {"puertos", "buscar", "configuracion", "en-linea", "descargar", "convertir", "configurar",
+                              "serie"}) {
+        EXPECT_THAT(ayuda, HasSubstr(std::string("\n  ") + orden + " "));
+    }
+}
+
+TEST_F(Ordenes, VersionGoesToTheOutput) {
+    const auto r = correr({"--version"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.salida, StartsWith("telvane-cli "));
+}
+
+struct CasoUso {
+    std::vector<std::string> argumentos;
+    const char* mensaje;
+};
+class MalUso : public CliPrueba, public testing::WithParamInterface<CasoUso> {};
+
+TEST_P(MalUso, IsToldInSpanishAndTouchesNoPort) {
+    const auto r = correr(GetParam().argumentos);
+    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+    EXPECT_THAT(r.salida, IsEmpty());
+    EXPECT_THAT(r.errores, HasSubstr(GetParam().mensaje));
+    EXPECT_EQ(puertos.aperturas(kPuerto), 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Argumentos, MalUso,
+    testing::Values(
+        CasoUso{{}, "falta la orden"}, CasoUso{{"nada"}, "no hay una orden \"nada\""},
+        CasoUso{{"buscar", "--nada"}, "no se entiende \"--nada\""},
+        CasoUso{{"buscar", "sobra"}, "no se entiende \"sobra\""}, CasoUso{{"--com", "x", "buscar"}, "--com x: "},
+        CasoUso{{"--com", "0=/dev/a", "buscar"}, "el número va de 1 a 16"},
+        CasoUso{{"--com", "1=/dev/a", "--com", "1=/dev/b", "buscar"}, "ya tiene dispositivo"},
+        CasoUso{{"buscar", "--com"}, "--com: falta su valor"}, CasoUso{{"descargar"}, "falta --base"},
+        CasoUso{{"descargar", "--base", "-", "--csv", "-"}, "solo uno"},
+        CasoUso{{"descargar", "--base", "x", "--espera", "0"}, "--espera: debe ser"},
+        CasoUso{{"descargar", "--base", "x", "--reintentos", "-1"}, "--reintentos: debe ser"},
+        CasoUso{{"descargar", "--base", "x", "--perfil", "otro"}, "--perfil: debe ser estricto o ampliado"},
+        CasoUso{{"en-linea", "--cuenta", "0"}, "--cuenta: debe ser"},
+        CasoUso{{"en-linea", "--cuenta", "1x"}, "--cuenta: debe ser"}, CasoUso{{"serie"}, "falta CIFRAS"},
+        CasoUso{{"serie", "123"}, "8 cifras"}, CasoUso{{"serie", "1234567a"}, "8 cifras"},
+        CasoUso{{"configurar"}, "no se pidió ningún cambio"},
+        CasoUso{{"configurar", "--intervalo", "7"}, "--intervalo: debe ser 1, 5, 10, 15, 30 o 60"},
+        CasoUso{{"configurar", "--fecha", "31/02/2020"}, "--fecha: debe ser"},
+        CasoUso{{"configurar", "--fecha", "01/01/1999"}, "--fecha: debe ser"},
+        CasoUso{{"configurar", "--hora", "25:00:00"}, "--hora: debe ser"},
+        CasoUso{{"configurar", "--hora", "10:00:00", "--reloj-pc"}, "--reloj-pc no va con"},
+        CasoUso{{"configurar", "--reloj-pc", "--respaldo", "x", "--sin-respaldo"}, "--respaldo no va con"},
+        CasoUso{{"configurar", "--altitud", "123456"}, "--altitud: caben 5 caracteres"},
+        CasoUso{{"configurar", "--usuario", "日本"}, "--usuario: hay un carácter"},
+        CasoUso{{"convertir"}, "falta ARCHIVO"}, CasoUso{{"convertir", "a"}, "se esperan ENTRADA y SALIDA"},
+        CasoUso{{"convertir", "a", "b", "c"}, "se esperan ENTRADA y SALIDA"},
+        CasoUso{{"convertir", "a", "b", "--formato", "pdf"}, "--formato: debe ser csv, xls o jsonl"},
+        CasoUso{{"convertir", "a", "b", "--serie", "1"}, "8 cifras"},
+        CasoUso{{"convertir", "--en", "d", "-"}, "no admite la entrada -"},
+        CasoUso{{"convertir", "--en", "d", "x/a.rgt", "y/a.rgt"}, "dos entradas darían d/a.csv"}));
+
+// --- buscar
+
+TEST_F(Ordenes, TheSearchPassesOverNumbersWithoutADevice) {
+    const auto r = correr({"buscar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.salida, StartsWith("COM3"));
+    EXPECT_LT(r.duracion, 1s);
+}
+
+TEST_F(Ordenes, TheFoundPortIsWrittenWithItsDevice) {
+    const auto r = correr({"buscar", "--com", "3=/dev/the-cable"});
+    EXPECT_EQ(r.salida, "COM3 /dev/the-cable\n");
+}
+
+TEST_F(Ordenes, ASilentPortCostsThreeSecondsAndTheNextIsTried) {
+    puertos.agregar(1);
+    const auto r = correr({"buscar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_GE(r.duracion, 3s);
+    EXPECT_LT(r.duracion, 4s);
+}
+
+TEST_F(Ordenes, APortThatCannotBeTriedIsTold) {
+    puertos.agregar(1);
+    puertos.rehusar(1, MotivoPuerto::ocupado);
+    const auto r = correr({"buscar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.errores, HasSubstr("COM1: "));
+}
+
+TEST_F(Ordenes, WithoutALoggerTheExitCodeIsThree) {
+    PuertosSimulados& p = puertos;
+    p.rehusar(kPuerto, MotivoPuerto::sinPermiso);
+    const auto r = correr({"buscar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::sinRegistrador);
+    EXPECT_THAT(r.salida, IsEmpty());
+    EXPECT_THAT(r.errores, HasSubstr("telvane-cli puertos"));
+}
+
+TEST_F(Ordenes, TwentyBytesAreNoLogger) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        return saliente.indice < 20 ? Efecto::pasar(saliente.byte) : Efecto{};
+    });
+    EXPECT_EQ(correr({"buscar"}).codigo, CodigoSalida::sinRegistrador);
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        return saliente.indice < 21 ? Efecto::pasar(saliente.byte) : Efecto{};
+    });
+    EXPECT_EQ(correr({"buscar"}).codigo, CodigoSalida::hecho);
+}
+
+TEST_F(Ordenes, COM12IsTheLastOneTried) {
+    PuertosSimulados lejos(bucle, bucle.reloj());
+    puertos.rehusar(kPuerto, MotivoPuerto::noExiste);
+    puertos.conectar(13);
+    EXPECT_EQ(correr({"buscar"}).codigo, CodigoSalida::sinRegistrador);
+    puertos.conectar(12);
+    EXPECT_THAT(correr({"buscar"}).salida, StartsWith("COM12"));
+}
+
+TEST_F(Ordenes, ALoggerInABrokenExchangeIsFoundByTheSecondProbe) {
+    senalTras = {2100ms, SIGINT};
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        efecto.callar = saliente.intercambio == Intercambio::lectura && saliente.indice == 50;
+        return efecto;
+    });
+    EXPECT_EQ(correr({"configuracion"}).codigo, CodigoSalida::interrumpido);
+    senalTras = {};
+    puertos.manipular(kPuerto, {});
+    EXPECT_EQ(correr({"buscar"}).codigo, CodigoSalida::hecho);
+}
+
+// --- configuracion
+
+TEST_F(Ordenes, TheConfigurationIsWrittenForPeople) {
+    const auto r = correr({"configuracion"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.salida, HasSubstr("Nro  : 02080050\n"));
+    EXPECT_THAT(r.salida, HasSubstr("Ubicacion: Finca Norte "));
+    EXPECT_THAT(r.salida, HasSubstr("Muestras cada 60 Minutos\n"));
+    EXPECT_THAT(r.salida, HasSubstr("Reloj: 20/11/2026 10:00:0"));
+    EXPECT_THAT(r.salida, Not(HasSubstr("\r")));
+}
+
+TEST_F(Ordenes, TheConfigurationIsWrittenForPrograms) {
+    const auto r = correr({"configuracion", "--json"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    const auto json = nlohmann::json::parse(r.salida);
+    EXPECT_EQ(json["puerto"], 3);
+    EXPECT_EQ(json["serie"], "02080050");
+    EXPECT_EQ(json["ubicacion"], "Finca Norte");
+    EXPECT_EQ(json["altitud"], "827");
+    EXPECT_EQ(json["intervalo_minutos"], 60);
+    EXPECT_EQ(json["evaporacion"], true);
+    EXPECT_THAT(json["reloj"].get<std::string>(), StartsWith("2026-11-20T10:00:0"));
+    EXPECT_TRUE(json["dispositivo"].is_null());
+}
+
+TEST_F(Ordenes, AWrongClockIsToldAndTheReadGoesOn) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        const bool hora = saliente.intercambio == Intercambio::lectura && saliente.indice == 2 + 105;
+        return Efecto::pasar(hora ? 0x99 : saliente.byte);
+    });
+    const auto r = correr({"configuracion", "--json"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.errores, HasSubstr("hora mal"));
+    EXPECT_TRUE(nlohmann::json::parse(r.salida)["reloj"].is_null());
+}
+
+// --- en-linea
+
+TEST_F(Ordenes, LiveReadingsAreCounted) {
+    const auto r = correr({"en-linea", "--cuenta", "3"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    std::size_t veces = 0;
+    for (auto lugar = r.salida.find("[RH%]="); lugar != std::string::npos; lugar = r.salida.find("[RH%]=", lugar + 1)) {
+        ++veces;
+    }
+    EXPECT_EQ(veces, 3U);
+    EXPECT_THAT(r.salida, HasSubstr("Temp[ºC]="));
+}
+
+TEST_F(Ordenes, LiveReadingsForProgramsAreOneObjectALine) {
+    const auto r = correr({"en-linea", "--cuenta", "2", "--json", "--cada", "10"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    std::istringstream lineas(r.salida);
+    std::string linea;
+    std::vector<std::string> horas;
+    while (std::getline(lineas, linea)) {
+        const auto json = nlohmann::json::parse(linea);
+        EXPECT_TRUE(json["temperatura"].is_number());
+        EXPECT_TRUE(json["evaporacion"].is_number());
+        horas.push_back(json["hora"]);
+    }
+    EXPECT_THAT(horas, testing::ElementsAre("2026-11-20T10:00:00", "2026-11-20T10:00:10"));
+}
+
+TEST_F(Ordenes, LiveReadingsGoOnUntilASignal) {
+    senalTras = {30s, SIGINT};
+    const auto r = correr({"en-linea", "--json"});
+    EXPECT_EQ(r.codigo, CodigoSalida::interrumpido);
+    EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 30);
+    EXPECT_FALSE(puertos.abierto(kPuerto));
+}
+
+// --- serie
+
+TEST_F(Ordenes, TheSerialNumberIsWrittenAndReadBack) {
+    const auto r = correr({"serie", "20800512"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_EQ(r.salida, "20800512\n");
+    EXPECT_THAT(r.errores, HasSubstr("02080050 -> 20800512"));
+    EXPECT_EQ(puertos.maquina(kPuerto).serie(), "20800512");
+}
+
+TEST_F(Ordenes, ASerialNumberThatDidNotStayIsAFailure) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        const bool cifra = saliente.intercambio == Intercambio::lectura && saliente.indice == 2;
+        return Efecto::pasar(cifra ? 0x77 : saliente.byte);
+    });
+    EXPECT_EQ(correr({"serie", "20800512"}).codigo, CodigoSalida::fallo);
+}
+
+// --- configurar
+
+TEST_F(Ordenes, AChangeIsShownAndRefusedWithoutTheWordToErase) {
+    const auto r = correr({"configurar", "--usuario", "Otro"});
+    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+    EXPECT_THAT(r.errores, HasSubstr("Usuario: \"INTA Estacion Experimental\" -> \"Otro\""));
+    EXPECT_THAT(r.errores, HasSubstr("--borrar-memoria"));
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+}
+
+TEST_F(Ordenes, AConfigurationIsBackedUpWrittenAndReadBack) {
+    const auto imagen = puertos.maquina(kPuerto).imagen();
+    const auto r = correr({"configurar", "--usuario", "Señor Ñandú", "--altitud", "12", "--intervalo", "15",
+                           "--reloj-pc", "--borrar-memoria", "--respaldo", carpeta / "antes.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(leerTodo(carpeta / "antes.rgt"), comoTexto(imagen));
+    const auto& maquina = puertos.maquina(kPuerto);
+    EXPECT_EQ(maquina.texto(CampoTexto::usuario), std::string(19, ' ') + "Señor Ñandú");
+    EXPECT_EQ(maquina.texto(CampoTexto::altitud), "   12");
+    // What was not asked for stays.
+    EXPECT_EQ(maquina.texto(CampoTexto::ubicacion).find("Finca Norte"), 0U);
+    EXPECT_EQ(maquina.intervaloCodigo(), 0x15);
+    EXPECT_THAT(r.salida, HasSubstr("Muestras cada 15 Minutos"));
+}
+
+TEST_F(Ordenes, WithoutABackupFileTheMemoryGoesToTheUsersFolder) {
+    ASSERT_EQ(::setenv("XDG_DATA_HOME", carpeta.ruta().c_str(), 1), 0);
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria"});
+    ::unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    const auto nombre = nombreArchivoBase("02080050", bucle.reloj().ahora()).substr(0, 17);
+    std::vector<std::string> archivos;
+    for (const auto& entrada_ : std::filesystem::directory_iterator(carpeta.ruta() / "telvane")) {
+        archivos.push_back(entrada_.path().filename().string());
+    }
+    ASSERT_EQ(archivos.size(), 1U);
+    EXPECT_THAT(archivos[0], StartsWith(nombre));
+}
+
+TEST_F(Ordenes, AFailedBackupWritesNothing) {
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", carpeta / "no/x.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+}
+
+TEST_F(Ordenes, WithoutChangesNothingIsWritten) {
+    const auto r = correr({"configurar", "--usuario", "INTA Estacion Experimental", "--intervalo", "60"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+}
+
+TEST_F(Ordenes, TheLoggersOwnClockGoesOnWhenNoneIsGiven) {
+    puertos.maquina(kPuerto).ponerReloj({2024, 12, 31, 23h + 59min + 50s}, bucle.reloj().monotono());
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    const auto reloj = puertos.maquina(kPuerto).reloj(bucle.reloj().monotono());
+    EXPECT_EQ(reloj.anio, 2024);
+}
+
+TEST_F(Ordenes, AGivenDateAndTimeAreSent) {
+    const auto r = correr({"configurar", "--fecha", "31/12/2024", "--hora", "23:59:58", "--borrar-memoria",
+                           "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    const auto reloj = puertos.maquina(kPuerto).reloj(bucle.reloj().monotono());
+    EXPECT_GE(reloj.anio, 2024);
+    EXPECT_LE(reloj.anio, 2025);
+}
+
+TEST_F(Ordenes, WhatReadsBackDifferentIsAFailure) {
+    bool escrito = false;
+    puertos.manipular(kPuerto, [&](const ByteSaliente& saliente) {
+        escrito = escrito || saliente.intercambio == Intercambio::escritura;
+        const bool letra = escrito && saliente.intercambio == Intercambio::lectura && saliente.indice == 1 + 40;
+        return Efecto::pasar(letra ? 'X' : saliente.byte);
+    });
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("Ubicacion"));
+}
+
+// --- puertos
+
+TEST_F(Ordenes, EveryNumberIsListed) {
+    const auto r = correr({"puertos", "--com", "2=/dev/no-such-port"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 12);
+    EXPECT_THAT(r.salida, HasSubstr("COM2   /dev/no-such-port ausente\n"));
+    EXPECT_THAT(r.salida, HasSubstr("COM12  -"));
+}
+
+TEST_F(Ordenes, NumbersBeyondTheSearchAreListedWhenTheyAreGiven) {
+    const auto r = correr({"puertos", "--com", "16=/dev/null"});
+    EXPECT_THAT(r.salida, HasSubstr("COM16  /dev/null"));
+}
+
+TEST_F(Ordenes, PortsForPrograms) {
+    const auto json = nlohmann::json::parse(correr({"puertos", "--json", "--com", "2=/dev/null"}).salida);
+    ASSERT_EQ(json.size(), 12U);
+    EXPECT_EQ(json[0]["estado"], "ausente");
+    EXPECT_EQ(json[1]["dispositivo"], "/dev/null");
+    EXPECT_EQ(json[1]["puerto"], 2);
+}
+
+// --- streams
+
+TEST_F(Ordenes, AResultThatNobodyTakesIsAFailure) {
+    salidaAjena = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(salidaAjena, 0);
+    const auto r = correr({"buscar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("no queda espacio"));
+    ::close(salidaAjena);
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,144 @@
+// The built program on a real pty: what only a process of its own can show.
+#include <signal.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "apoyo/proceso.h"
+#include "link/protocolo.h"
+
+namespace telvane {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Programa : public testing::Test {
+   protected:
+    Programa() {
+        auto plantilla = (fs::temp_directory_path() / "telvane-cli-XXXXXX").string();
+        carpeta = ::mkdtemp(plantilla.data());
+    }
+    ~Programa() override {
+        simulador.reset();
+        fs::remove_all(carpeta);
+    }
+
+    // A logger at COM1.
+    void conectar(std::vector<std::string> opciones = {"--baudios", "0"}) {
+        opciones.insert(opciones.begin(), {TELVANE_SIM, "--enlace", (carpeta / "COM1").string()});
+        simulador = std::make_unique<Proceso>(opciones);
+        ASSERT_TRUE(simulador->linea()) << simulador->errores();
+    }
+    std::vector<std::string> orden(std::vector<std::string> argumentos) const {
+        argumentos.insert(argumentos.begin(), {TELVANE_CLI, "--com", "1=" + (carpeta / "COM1").string()});
+        return argumentos;
+    }
+    // The exit status of the tool run by a shell, its arguments behind "$@".
+    int porShell(const std::string& guion, const std::vector<std::string>& argumentos) {
+        std::vector<std::string> todo = {"/bin/sh", "-c", guion, "sh"};
+        const auto propia = orden(argumentos);
+        todo.insert(todo.end(), propia.begin(), propia.end());
+        Proceso proceso(todo);
+        const auto estado = proceso.terminar();
+        errores = proceso.errores();
+        return estado.value_or(-1);
+    }
+
+    fs::path carpeta;
+    std::unique_ptr<Proceso> simulador;
+    std::string errores;
+};
+
+TEST_F(Programa, AClosedOutputIsAFailureAndNoFileOfOursGetsItsPlace) {
+    conectar();
+    EXPECT_EQ(porShell("\"$@\" >&-", {"buscar"}), 1);
+    EXPECT_THAT(errores, HasSubstr("no se pudo escribir en la salida"));
+    const auto base = (carpeta / "a.rgt").string();
+    EXPECT_EQ(porShell("\"$@\" >&-", {"descargar", "--base", base}), 0);
+    EXPECT_EQ(fs::file_size(base), kBytesMemoria);
+    EXPECT_EQ(porShell("\"$@\" <&- >&- 2>&-", {"buscar"}), 1);
+}
+
+TEST_F(Programa, AReaderThatGoesAwayIsAFailureAndNoSilentDeath) {
+    conectar();
+    EXPECT_EQ(porShell("{ \"$@\"; echo $? >" + (carpeta / "codigo").string() + "; } | head -n 1 >/dev/null",
+                       {"en-linea", "--json", "--cuenta", "3"}),
+              0);
+    std::string codigo;
+    std::ifstream(carpeta / "codigo") >> codigo;
+    EXPECT_EQ(codigo, "1");
+}
+
+class Senalado : public Programa, public testing::WithParamInterface<int> {};
+
+TEST_P(Senalado, ASignalLeavesThePartialFileAndSaysSo) {
+    conectar({"--baudios", "19200"});
+    const auto base = carpeta / "a.rgt";
+    const auto parcial = carpeta / "a.rgt.parcial";
+    Proceso proceso(orden({"descargar", "--base", base.string()}));
+    ASSERT_TRUE(esperarA([&] {
+        std::error_code error;
+        const auto bytes = fs::file_size(parcial, error);
+        return !error && bytes > 0;
+    }));
+    proceso.senal(GetParam());
+    EXPECT_EQ(proceso.terminar(), 130);
+    EXPECT_THAT(proceso.errores(), HasSubstr("a.rgt.parcial quedan "));
+    EXPECT_TRUE(fs::exists(parcial));
+    EXPECT_FALSE(fs::exists(base));
+    // The logger recovers, and so does the tool.
+    Proceso despues(orden({"buscar"}));
+    EXPECT_EQ(despues.terminar(), 0) << despues.errores();
+}
+
+INSTANTIATE_TEST_SUITE_P(ConCadaSenal, Senalado, testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+TEST_F(Programa, WhileItWaitsForItsInputASignalEndsIt) {
+    int tubo[2];
+    ASSERT_EQ(::pipe(tubo), 0);
+    Proceso proceso({"/bin/sh", "-c", "exec \"$@\" <&" + std::to_string(tubo[0]), "sh", TELVANE_CLI, "convertir", "-",
+                     (carpeta / "a.csv").string()});
+    // Nothing comes through the pipe. Once the tool has its descriptor of signals, none of them is lost.
+    ASSERT_TRUE(esperarA([&] {
+        std::error_code error;
+        for (const auto& fd : fs::directory_iterator(fs::path("/proc") / std::to_string(proceso.pid()) / "fd", error)) {
+            if (fs::read_symlink(fd, error).string().find("signalfd") != std::string::npos) return true;
+        }
+        return false;
+    }));
+    proceso.senal(SIGINT);
+    EXPECT_EQ(proceso.terminar(), 130);
+    ::close(tubo[0]);
+    ::close(tubo[1]);
+}
+
+TEST_F(Programa, APulledAdapterIsToldAtOnce) {
+    conectar({"--baudios", "0", "--fallo", "lectura:byte=50:colgar"});
+    Proceso proceso(orden({"configuracion"}));
+    EXPECT_EQ(proceso.terminar(), 1);
+    EXPECT_THAT(proceso.errores(), HasSubstr("ha desaparecido"));
+}
+
+TEST_F(Programa, ASecondRunIsToldWhoHasThePort) {
+    conectar({"--baudios", "19200"});
+    Proceso primero(orden({"en-linea"}));
+    ASSERT_TRUE(primero.linea());
+    Proceso segundo(orden({"buscar"}));
+    EXPECT_EQ(segundo.terminar(), 3);
+    EXPECT_THAT(segundo.errores(), HasSubstr("está en uso por otro programa"));
+    Proceso puertos(orden({"puertos"}));
+    EXPECT_EQ(puertos.terminar(), 0);
+    EXPECT_THAT(puertos.salida(), HasSubstr("telvane-cli (pid " + std::to_string(primero.pid()) + ")"));
+    primero.senal(SIGTERM);
+    EXPECT_EQ(primero.terminar(), 130);
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,60 @@
+// The window as assistive technology sees it: a tree of named things that can be read, pressed and written
+// into.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QDBusConnection>
+#include <QString>
+
+namespace telvane {
+
+class Accesible {
+   public:
+    Accesible(QDBusConnection bus, QString servicio, QString ruta)
+        : bus_(std::move(bus)), servicio_(std::move(servicio)), ruta_(std::move(ruta)) {}
+
+    // UTF-8. Each asks the program anew; what has gone meanwhile is empty, and false.
+    std::string nombre() const;
+    std::string papel() const;  // "push button", "text", ...
+    std::string texto() const;
+    bool habilitado() const { return estado(kSensible); }
+    bool visible() const { return estado(kALaVista); }
+    std::vector<Accesible> hijos() const;
+    bool pulsar() const;
+    bool escribir(const std::string& texto) const;
+
+    using Prueba = std::function<bool(const Accesible&)>;
+    // The first below this one, in the order of the tree, that is on the screen and passes.
+    std::optional<Accesible> buscar(const Prueba& prueba) const;
+    std::optional<Accesible> buscar(const std::string& papel, const std::string& nombre) const;
+    // One line for each thing below this one.
+    std::string arbol(int sangria = 0) const;
+
+   private:
+    static constexpr unsigned kSensible = 24;
+    static constexpr unsigned kALaVista = 25;
+
+    bool estado(unsigned bit) const;
+
+    QDBusConnection bus_;
+    QString servicio_;
+    QString ruta_;
+};
+
+// What the accessibility bus of a session knows: its programs.
+class Accesibilidad {
+   public:
+    // sesion: address of the session's bus.
+    explicit Accesibilidad(const std::string& sesion);
+    Accesible raiz() const;
+
+   private:
+    QDBusConnection bus_;
+};
+
+}  // namespace telvane

@@ -1,0 +1,41 @@
+#include "tests/e2e/escritorio.h"
+
+#include <stdexcept>
+
+namespace telvane {
+
+namespace {
+
+// The first line tells where it can be reached, once it can.
+std::string esperarDireccion(Proceso& proceso, const std::string& quien) {
+    const auto linea = proceso.linea();
+    if (!linea) throw std::runtime_error(quien + ": " + proceso.errores());
+    return *linea;
+}
+
+}  // namespace
+
+Escritorio::Escritorio() {
+    for (const auto* nombre : {"casa", "config", "datos", "ejecucion"})
+        std::filesystem::create_directory(carpeta_ / nombre);
+    std::filesystem::permissions(carpeta_ / "ejecucion", std::filesystem::perms::owner_all);
+    entorno_ = {"HOME=" + (carpeta_ / "casa").string(),
+                "XDG_CONFIG_HOME=" + (carpeta_ / "config").string(),
+                "XDG_DATA_HOME=" + (carpeta_ / "datos").string(),
+                "XDG_RUNTIME_DIR=" + (carpeta_ / "ejecucion").string(),
+                "LC_ALL=C.UTF-8",
+                "QT_QPA_PLATFORM=xcb",
+                "QT_QPA_PLATFORMTHEME=",
+                "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1"};
+
+    // The server chooses a free display and says which.
+    pantalla_ = std::make_unique<Proceso>(std::vector<std::string>{
+        PROGRAMA_XVFB, "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", "1280x1024x24"});
+    entorno_.push_back("DISPLAY=:" + esperarDireccion(*pantalla_, "Xvfb"));
+    sesion_ = std::make_unique<Proceso>(
+        std::vector<std::string>{PROGRAMA_DBUS, "--session", "--nofork", "--print-address=1"}, entorno_);
+    bus_ = esperarDireccion(*sesion_, "dbus-daemon");
+    entorno_.push_back("DBUS_SESSION_BUS_ADDRESS=" + bus_);
+}
+
+}  // namespace telvane

@@ -1,0 +1,111 @@
+// The live frame: every conversion over every raw value.
+#include "live/marco_en_linea.h"
+
+#include <array>
+#include <cmath>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace telvane {
+namespace {
+
+using Marco = std::array<std::uint8_t, kBytesMarco>;
+
+Marco con(std::size_t lugar, unsigned crudo) {
+    Marco bytes{};
+    bytes[lugar] = static_cast<std::uint8_t>(crudo >> 8);
+    bytes[lugar + 1] = static_cast<std::uint8_t>(crudo & 0xFF);
+    return bytes;
+}
+
+TextosMarco textos(const Marco& bytes) {
+    return textosMarco(decodificarMarco(bytes));
+}
+
+// The plain formula's value to 15 significant digits, rounded half away from zero on its decimal digits.
+std::string redondeo(double valor, int decimales) {
+    std::array<char, 64> texto{};
+    std::snprintf(texto.data(), texto.size(), "%.14e", std::abs(valor));
+    long long cifras = 0;
+    for (const char c : std::string(texto.data()).substr(0, 16)) {
+        if (c != '.') cifras = cifras * 10 + (c - '0');
+    }
+    int exponente = std::stoi(std::string(texto.data()).substr(17)) - 14;  // valor = cifras * 10^exponente
+    for (; exponente < -decimales; ++exponente) {
+        const bool ultimo = exponente + 1 == -decimales;
+        cifras = ultimo ? (cifras + 5) / 10 : cifras / 10;
+    }
+    for (; exponente > -decimales; --exponente) cifras *= 10;
+    std::string entero = std::to_string(cifras);
+    const auto ancho = static_cast<std::size_t>(decimales) + 1;
+    if (entero.size() < ancho) entero.insert(0, ancho - entero.size(), '0');
+    if (decimales > 0) entero.insert(entero.size() - static_cast<std::size_t>(decimales), 1, '.');
+    return valor < 0 && cifras != 0 ? "-" + entero : entero;
+}
+
+TEST(MarcoEnLinea, EveryTwoByteConversionFollowsItsFormulaOverAllRawValues) {
+    for (unsigned crudo = 0; crudo < 65536; ++crudo) {
+        const double raw = static_cast<std::int16_t>(static_cast<std::uint16_t>(crudo));
+        ASSERT_EQ(textos(con(marco::kHumedad, crudo)).humedad, redondeo((raw * 0.004 - 0.82) * 32.25, 0))
+            << crudo;
+        ASSERT_EQ(textos(con(marco::kTemperatura, crudo)).temperatura, redondeo(raw * 0.004 * 25.0 - 37.5, 1))
+            << crudo;
+        ASSERT_EQ(textos(con(marco::kVelViento, crudo)).velViento, redondeo(raw * 0.004 * 50.0 - 25.0, 1))
+            << crudo;
+        ASSERT_EQ(textos(con(marco::kRadSolar, crudo)).radSolar, redondeo(raw * 0.004 * 0.66, 3)) << crudo;
+        ASSERT_EQ(textos(con(marco::kLluvia, crudo)).lluvia, redondeo(raw * 0.2, 1)) << crudo;
+        ASSERT_EQ(textos(con(marco::kEvaporacion, crudo)).evaporacion, redondeo(raw / 100.0, 2)) << crudo;
+        const unsigned presion = (crudo >> 8) > 3 ? 0 : crudo;
+        ASSERT_EQ(textos(con(marco::kPresion, crudo)).presion, redondeo((presion + 98) * 0.899, 1)) << crudo;
+    }
+}
+
+TEST(MarcoEnLinea, EveryWindDirectionByteFollowsItsFormula) {
+    for (unsigned b = 0; b < 256; ++b) {
+        Marco bytes{};
+        bytes[marco::kDirViento] = static_cast<std::uint8_t>(b);
+        ASSERT_EQ(textos(bytes).dirViento, redondeo(b * 2.25, 1));
+    }
+}
+
+TEST(MarcoEnLinea, ZeroBytesShowTheOffsets) {
+    const auto leido = textos(Marco{});
+    EXPECT_EQ(leido.humedad, "-26");
+    EXPECT_EQ(leido.temperatura, "-37.5");
+    EXPECT_EQ(leido.velViento, "-25.0");
+}
+
+TEST(MarcoEnLinea, RainOfMinusOneIsNegative) {
+    EXPECT_EQ(textos(con(marco::kLluvia, 0xFFFF)).lluvia, "-0.2");
+}
+
+TEST(MarcoEnLinea, APressureHighByteAboveThreeZeroesBoth) {
+    EXPECT_EQ(textos(con(marco::kPresion, 0x0410)).presion, "88.1");
+    EXPECT_EQ(textos(con(marco::kPresion, 0x0310)).presion, redondeo((0x0310 + 98) * 0.899, 1));
+}
+
+TEST(MarcoEnLinea, WindByte160Shows360) {
+    Marco bytes{};
+    bytes[marco::kDirViento] = 160;
+    EXPECT_EQ(textos(bytes).dirViento, "360.0");
+}
+
+TEST(MarcoEnLinea, TheUnusedBytesChangeNothing) {
+    const auto antes = lineasMarco(textos(Marco{}));
+    for (std::size_t i = 0; i < kBytesMarco; ++i) {
+        if (i >= marco::kHumedad && i < 18) continue;
+        Marco bytes{};
+        bytes[i] = 0xA5;
+        EXPECT_EQ(lineasMarco(textos(bytes)), antes) << i;
+    }
+}
+
+TEST(MarcoEnLinea, WritesEightLines) {
+    EXPECT_EQ(lineasMarco(textos(Marco{})),
+              "[RH%]=-26%\r\nTemp[ºC]=-37.5ºC\r\nDir Viento [º]=0.0\r\nvel Viento [Km/h]=-25.0\r\n"
+              "Rad Solar kW/m2=0.000\r\nPresion Atm [kPa]=88.1\r\nPluv [mm]=0.0\r\nEvaporacion=0.00\r\n");
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,120 @@
+// The user's regional store, and the session's locale behind it.
+#include "regional/almacen_usuario.h"
+
+#include "regional/module1.h"
+
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+namespace telvane {
+namespace {
+
+std::string completo(const std::string& corto) {
+    return std::string(kClaveRegional) + corto;
+}
+
+class Almacen : public ::testing::Test {
+ protected:
+    Almacen() {
+        std::string modelo = (std::filesystem::temp_directory_path() / "regional-XXXXXX").string();
+        carpeta = mkdtemp(modelo.data());
+        ruta = carpeta / "telvane" / "regional.conf";
+        locale("C");
+    }
+    ~Almacen() override { std::filesystem::remove_all(carpeta); }
+    static void locale(const char* nombre) {
+        setenv("LC_ALL", nombre, 1);
+        setenv("LANG", nombre, 1);
+    }
+    void escribir(const std::string& texto) {
+        std::filesystem::create_directories(ruta.parent_path());
+        std::ofstream(ruta) << texto;
+    }
+
+    std::filesystem::path carpeta;
+    std::filesystem::path ruta;
+};
+
+TEST_F(Almacen, AValueThatIsNotInTheFileComesFromTheSessionsLocale) {
+    AlmacenUsuario almacen(ruta);
+    EXPECT_EQ(almacen.RegRead(completo("sDecimal")), ".");
+    EXPECT_EQ(almacen.RegRead(completo("sThousand")), "");
+    EXPECT_EQ(almacen.RegRead(completo("sShortDate")), "MM/dd/yy");
+    EXPECT_EQ(almacen.RegRead(completo("sTimeFormat")), "HH:mm:ss");
+    EXPECT_FALSE(std::filesystem::exists(ruta)) << "reading writes nothing";
+}
+
+TEST_F(Almacen, ALocaleThatDoesNotExistCountsAsC) {
+    locale("xx_ROTO.UTF-8");
+    EXPECT_EQ(valorDelLocale("sDecimal"), ".");
+    EXPECT_EQ(valorDelLocale("sShortDate"), "MM/dd/yy");
+}
+
+// Locales are installed on some machines only; the ones that are there must give their own conventions.
+TEST_F(Almacen, InstalledLocalesGiveTheirOwnConventions) {
+    struct Caso {
+        const char* nombre;
+        const char* decimal;
+        const char* fecha;
+        const char* lista;
+    };
+    int probados = 0;
+    for (const auto& caso :
+         {Caso{"es_ES.UTF-8", ",", "dd/MM/yy", ";"}, Caso{"es_AR.UTF-8", ",", "dd/MM/yy", ";"},
+          Caso{"en_US.UTF-8", ".", "MM/dd/yyyy", ","}}) {
+        if (auto* l = newlocale(LC_ALL_MASK, caso.nombre, nullptr)) {
+            freelocale(l);
+        } else {
+            continue;
+        }
+        ++probados;
+        locale(caso.nombre);
+        EXPECT_EQ(valorDelLocale("sDecimal"), caso.decimal) << caso.nombre;
+        EXPECT_EQ(valorDelLocale("sShortDate"), caso.fecha) << caso.nombre;
+        EXPECT_EQ(valorDelLocale("sList"), caso.lista) << caso.nombre;
+    }
+    if (probados == 0) GTEST_SKIP() << "none of es_ES, es_AR, en_US is installed here";
+}
+
+TEST_F(Almacen, WhatIsWrittenIsReadBackAndTheRestKeepsFollowingTheLocale) {
+    AlmacenUsuario almacen(ruta);
+    almacen.RegWrite(completo("sShortDate"), "dd/MM/yyyy");
+    almacen.RegWrite(completo("sList"), ",");
+    EXPECT_EQ(AlmacenUsuario(ruta).RegRead(completo("sShortDate")), "dd/MM/yyyy");
+    EXPECT_EQ(AlmacenUsuario(ruta).RegRead(completo("sList")), ",");
+    EXPECT_EQ(AlmacenUsuario(ruta).RegRead(completo("sDecimal")), ".");
+}
+
+TEST_F(Almacen, AnEmptyValueIsAValue) {
+    escribir("sThousand=\n# comentario\n\nsDecimal=,\r\n");
+    AlmacenUsuario almacen(ruta);
+    EXPECT_EQ(almacen.RegRead(completo("sThousand")), "");
+    EXPECT_EQ(almacen.RegRead(completo("sDecimal")), ",");
+}
+
+TEST_F(Almacen, AStoreThatCannotBeReadOrParsedIsAFailure) {
+    escribir("esto no es un ajuste\n");
+    EXPECT_THROW(AlmacenUsuario(ruta).RegRead(completo("sDecimal")), ErrorRegistro);
+    std::filesystem::remove(ruta);
+    std::filesystem::create_directories(ruta);
+    EXPECT_THROW(AlmacenUsuario(ruta).RegRead(completo("sDecimal")), ErrorRegistro);
+    EXPECT_THROW(AlmacenUsuario({}).RegRead(completo("sDecimal")), ErrorRegistro);
+}
+
+TEST_F(Almacen, AnUnknownNameIsAFailure) {
+    AlmacenUsuario almacen(ruta);
+    EXPECT_THROW(almacen.RegRead("sDecimal"), ErrorRegistro);
+    EXPECT_THROW(almacen.RegRead(completo("sOtro")), ErrorRegistro);
+    EXPECT_THROW(almacen.RegWrite(completo("sOtro"), "x"), ErrorRegistro);
+}
+
+TEST_F(Almacen, AFailedWriteIsTold) {
+    std::ofstream(carpeta / "telvane") << "no es una carpeta";
+    EXPECT_THROW(AlmacenUsuario(ruta).RegWrite(completo("sList"), ","), ErrorRegistro);
+}
+
+}  // namespace
+}  // namespace telvane

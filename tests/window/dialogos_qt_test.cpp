@@ -1,0 +1,202 @@
+// Message boxes and file dialogs of the desktop: what they say, and what their answers mean.
+#include "app/qt/dialogos_qt.h"
+
+#include <fstream>
+#include <optional>
+
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+
+#include "app/qt/bucle_qt.h"
+#include "window/ventana_prueba.h"
+
+namespace telvane {
+namespace {
+
+using Lista = std::vector<std::string>;
+using Ruta = std::optional<std::filesystem::path>;
+
+template <class Dialogo>
+Dialogo* abierto() {
+    for (auto* ventana : QApplication::topLevelWidgets()) {
+        auto* dialogo = dynamic_cast<Dialogo*>(ventana);
+        if (dialogo != nullptr && dialogo->isVisible()) return dialogo;
+    }
+    return nullptr;
+}
+
+Lista botones(const QMessageBox& caja) {
+    Lista textos;
+    for (const auto* boton : caja.buttons()) textos.push_back(texto(boton->text()));
+    return textos;
+}
+
+class Cajas : public ::testing::Test {
+   protected:
+    QMessageBox& preguntar(const Mensaje& mensaje) {
+        dialogos.mensaje(mensaje, [this](Boton boton) { respuesta = boton; });
+        auto* caja = abierto<QMessageBox>();
+        if (caja == nullptr) throw std::logic_error("no hay caja");
+        return *caja;
+    }
+    void cerrada() {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return abierto<QMessageBox>() == nullptr; }));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    BucleQt bucle;
+    DialogosQt dialogos{bucle};
+    std::optional<Boton> respuesta;
+};
+
+TEST_F(Cajas, elTextoSaleLlanoConSusBlancosYSaltos) {
+    auto& caja = preguntar(Mensaje(" <b>a</b> \r\nb\rc  "));
+    EXPECT_EQ(texto(caja.windowTitle()), "Telvane");
+    EXPECT_EQ(caja.textFormat(), Qt::PlainText);
+    EXPECT_EQ(texto(caja.text()), " <b>a</b> \nb\nc  ");
+    EXPECT_EQ(caja.icon(), QMessageBox::NoIcon);
+    EXPECT_EQ(botones(caja), Lista{"Aceptar"});
+    caja.buttons().front()->click();
+    EXPECT_EQ(respuesta, Boton::aceptar);
+    cerrada();
+}
+
+TEST_F(Cajas, losBotonesDicenLoMismoSinTraduccionInstalada) {
+    auto& si = preguntar(Mensaje("x", Botones::siNo));
+    EXPECT_EQ(botones(si), (Lista{"Sí", "No"}));
+    si.buttons().front()->click();
+    EXPECT_EQ(respuesta, Boton::si);
+    cerrada();
+    auto& aceptar = preguntar(Mensaje("x", Botones::aceptarCancelar, Icono::exclamacion));
+    EXPECT_EQ(botones(aceptar), (Lista{"Aceptar", "Cancelar"}));
+    EXPECT_EQ(aceptar.icon(), QMessageBox::Warning);
+    EXPECT_EQ(texto(aceptar.defaultButton()->text()), "Aceptar");
+    aceptar.buttons().back()->click();
+    EXPECT_EQ(respuesta, Boton::cancelar);
+    cerrada();
+}
+
+TEST_F(Cajas, cerrarLaCajaEsSuRespuestaNegativa) {
+    QTest::keyClick(&preguntar(Mensaje("x", Botones::siNo)), Qt::Key_Escape);
+    EXPECT_EQ(respuesta, Boton::no);
+    cerrada();
+    preguntar(Mensaje("x", Botones::aceptarCancelar)).close();
+    EXPECT_EQ(respuesta, Boton::cancelar);
+    cerrada();
+    preguntar(Mensaje("x", Botones::aceptar, Icono::critico)).close();
+    EXPECT_EQ(respuesta, Boton::aceptar);
+    cerrada();
+}
+
+TEST_F(Cajas, nadaEsperaMientrasLaCajaEstaAbierta) {
+    auto& caja = preguntar(Mensaje("x"));
+    EXPECT_FALSE(respuesta.has_value());
+    EXPECT_TRUE(caja.isModal());
+    caja.close();
+    cerrada();
+}
+
+TEST_F(Cajas, unaPausaRetieneLaRespuesta) {
+    auto& caja = preguntar(Mensaje("x"));
+    bucle.pausar(std::chrono::milliseconds(30), [] {});
+    caja.close();
+    EXPECT_FALSE(respuesta.has_value());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return respuesta.has_value(); }));
+    EXPECT_EQ(respuesta, Boton::aceptar);
+    cerrada();
+}
+
+TEST_F(VentanaSuelta, laPrimeraPreguntaEsperaALaVentana) {
+    FormaInicio otra;
+    VentanaInicio nueva(otra, hecho.usuario());
+    BucleQt bucle;
+    DialogosQt dialogos(bucle);
+    dialogos.ventana(&nueva);
+    otra.mostrar();
+    dialogos.mensaje(Mensaje("x"), [](Boton) {});
+    EXPECT_EQ(abierto<QMessageBox>(), nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return abierto<QMessageBox>() != nullptr; }));
+    EXPECT_TRUE(nueva.enPantalla());
+    abierto<QMessageBox>()->close();
+}
+
+class Archivos : public ::testing::Test {
+   protected:
+    QFileDialog& pedir(const PeticionArchivo& peticion) {
+        dialogos.archivo(peticion, [this](const Ruta& cual) { elegido.push_back(cual); });
+        auto* dialogo = abierto<QFileDialog>();
+        if (dialogo == nullptr) throw std::logic_error("no hay diálogo");
+        dialogo->setDirectory(QString::fromStdString(carpeta.ruta().string()));
+        return *dialogo;
+    }
+    void escribirNombre(QFileDialog& dialogo, const QString& nombre) {
+        auto* campo = dialogo.findChild<QLineEdit*>("fileNameEdit");
+        ASSERT_NE(campo, nullptr);
+        campo->setText(nombre);
+        QMetaObject::invokeMethod(&dialogo, "accept");
+    }
+
+    const PeticionArchivo csv{.guardar = true,
+                              .filtro = "datos excel (*.CSV)|*.CSV",
+                              .carpeta = "C:\\Mis Documentos\\",
+                              .nombre = "Finca Norte 7_3_2004"};
+    CarpetaTemporal carpeta;
+    BucleQt bucle;
+    DialogosQt dialogos{bucle};
+    std::vector<Ruta> elegido;
+};
+
+TEST_F(Archivos, guardarProponeElNombreYAnadeLaExtension) {
+    auto& dialogo = pedir(csv);
+    EXPECT_EQ(dialogo.acceptMode(), QFileDialog::AcceptSave);
+    EXPECT_TRUE(dialogo.windowTitle().endsWith("C:\\Mis Documentos\\"));
+    EXPECT_EQ(dialogo.nameFilters(), QStringList{"datos excel (*.CSV)"});
+    auto* campo = dialogo.findChild<QLineEdit*>("fileNameEdit");
+    EXPECT_EQ(texto(campo->text()), "Finca Norte 7_3_2004");
+    escribirNombre(dialogo, "datos");
+    ASSERT_EQ(elegido.size(), 1U);
+    EXPECT_EQ(elegido[0], carpeta.ruta() / "datos.CSV");
+}
+
+TEST_F(Archivos, unNombreConPuntoNoSeQuedaSinExtension) {
+    auto peticion = csv;
+    peticion.nombre = "Est. Norte 7_3_2004";
+    auto& dialogo = pedir(peticion);
+    EXPECT_EQ(texto(dialogo.findChild<QLineEdit*>("fileNameEdit")->text()), "Est. Norte 7_3_2004.CSV");
+    dialogo.reject();
+}
+
+TEST_F(Archivos, cancelarNoEligeNada) {
+    pedir(csv).reject();
+    EXPECT_EQ(elegido, std::vector<Ruta>{std::nullopt});
+}
+
+TEST_F(Archivos, abrirPideUnArchivoQueExista) {
+    std::ofstream(carpeta.ruta() / "base.rgt") << "x";
+    auto& dialogo = pedir({.guardar = false,
+                           .filtro = "datos base (*.rgt)|*.rgt",
+                           .carpeta = "C:\\mis Documentos\\",
+                           .nombre = ""});
+    EXPECT_EQ(dialogo.acceptMode(), QFileDialog::AcceptOpen);
+    EXPECT_EQ(dialogo.fileMode(), QFileDialog::ExistingFile);
+    escribirNombre(dialogo, "base.rgt");
+    ASSERT_EQ(elegido.size(), 1U);
+    EXPECT_EQ(elegido[0], carpeta.ruta() / "base.rgt");
+}
+
+TEST_F(Archivos, seAbreEnLaCarpetaDeDocumentosDelUsuario) {
+    dialogos.archivo(csv, [](const Ruta&) {});
+    auto* dialogo = abierto<QFileDialog>();
+    ASSERT_NE(dialogo, nullptr);
+    const QDir documentos(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    EXPECT_EQ(dialogo->directory(), documentos.exists() ? documentos : QDir::home());
+    dialogo->reject();
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,145 @@
+// The progress dialog, the splash and the coefficients window.
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+
+#include "ui/qt/aparicion.h"
+#include "ui/qt/dialogo_progress.h"
+#include "ui/qt/ventana_coef.h"
+#include "ui/qt/ventana_presenta.h"
+#include "window/ventana_prueba.h"
+
+namespace telvane {
+namespace {
+
+using Lista = std::vector<std::string>;
+
+class Progreso : public ::testing::Test {
+   protected:
+    FormaProgress forma;
+    UsuarioPrueba hecho;
+    DialogoProgress dialogo{forma, hecho.usuario(), nullptr};
+    QProgressBar& barra = *dialogo.findChild<QProgressBar*>("ProgressBar1");
+};
+
+TEST_F(Progreso, tieneSusTresControles) {
+    EXPECT_EQ(texto(dialogo.windowTitle()), "Estado de Comunicacion");
+    EXPECT_FALSE(dialogo.isModal());
+    auto* cancelar = dialogo.findChild<QPushButton*>("Command45");
+    EXPECT_EQ(texto(cancelar->text()), "Cancel");
+    EXPECT_EQ(texto(cancelar->toolTip()), "Si cancela se interrunpira la comunicacion");
+    EXPECT_EQ(texto(dialogo.findChild<QLabel*>("Label1")->text()), "00:00:00");
+}
+
+TEST_F(Progreso, laBarraAlcanzaElValorDelControl) {
+    forma.mostrarConBarra(4098);
+    for (int i = 0; i <= 2049; ++i) forma.ProgressBar1.value = i;
+    EXPECT_LT(barra.value(), 2049) << "miles de pasos en un cuadro se pintan una vez";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return barra.value() == 2049; }));
+    EXPECT_EQ(barra.maximum(), 4098);
+}
+
+TEST_F(Progreso, sinMaximoNoHayAnimacion) {
+    EXPECT_GT(barra.maximum(), barra.minimum());
+}
+
+TEST_F(Progreso, cerrarloEsPulsarSuBoton) {
+    dialogo.show();
+    dialogo.close();
+    QTest::keyClick(&dialogo, Qt::Key_Escape);
+    EXPECT_EQ(hecho.pulsados, (Lista{"Command45", "Command45"}));
+    EXPECT_TRUE(dialogo.isVisible()) << "solo su forma lo quita de la pantalla";
+}
+
+TEST_F(Progreso, elTituloCambiaConLaForma) {
+    forma.caption("Generacion de Archivo");
+    EXPECT_EQ(texto(dialogo.windowTitle()), "Generacion de Archivo");
+}
+
+TEST(AparicionDeVentanas, laVentanaEstaMientrasLaFormaSeMuestra) {
+    FormaProgress forma;
+    UsuarioPrueba hecho;
+    Aparicion aparicion(forma,
+                        [&] { return std::make_unique<DialogoProgress>(forma, hecho.usuario(), nullptr); });
+    forma.cargar();
+    QApplication::processEvents();
+    EXPECT_EQ(aparicion.ventana(), nullptr) << "cargada no es mostrada";
+    forma.mostrar();
+    QApplication::processEvents();
+    ASSERT_NE(aparicion.ventana(), nullptr);
+    EXPECT_TRUE(aparicion.ventana()->isVisible());
+    forma.descargar();
+    QApplication::processEvents();
+    EXPECT_EQ(aparicion.ventana(), nullptr);
+}
+
+TEST(AparicionDeVentanas, loQueVieneYSeVaEnUnSucesoNoParpadea) {
+    FormaProgress forma;
+    int hechas = 0;
+    const Aparicion aparicion(forma, [&] {
+        ++hechas;
+        return std::make_unique<QWidget>();
+    });
+    forma.mostrar();
+    forma.descargar();
+    QApplication::processEvents();
+    EXPECT_EQ(hechas, 0);
+}
+
+TEST(Presenta, muestraSuImagenYSoloSuFormaLaCierra) {
+    FormaPresenta forma;
+    QWidget principal;
+    principal.resize(800, 600);
+    principal.show();
+    VentanaPresenta presenta(forma, principal);
+    presenta.show();
+    EXPECT_TRUE(presenta.windowFlags().testFlag(Qt::FramelessWindowHint));
+    presenta.close();
+    EXPECT_TRUE(presenta.isVisible());
+    const auto foto = presenta.grab().toImage();
+    EXPECT_NE(foto.pixelColor(10, 10), foto.pixelColor(10, foto.height() - 10)) << "cielo y suelo";
+    const auto centro = principal.frameGeometry().center();
+    EXPECT_TRUE(presenta.geometry().contains(centro));
+}
+
+class Coeficientes : public ::testing::Test {
+   protected:
+    FormaCoef forma;
+    UsuarioPrueba hecho;
+    VentanaCoef ventana{forma, hecho.usuario(), nullptr};
+};
+
+TEST_F(Coeficientes, tieneTreintaYDosCamposConSuNombrePorTexto) {
+    EXPECT_EQ(texto(ventana.windowTitle()), "coeficientes");
+    for (int i = 1; i <= 32; ++i) {
+        const auto nombre = QStringLiteral("Text%1").arg(i);
+        auto* campo = ventana.findChild<QLineEdit*>(nombre);
+        ASSERT_NE(campo, nullptr) << i;
+        EXPECT_EQ(campo->text(), nombre);
+        EXPECT_EQ(campo->accessibleName(), nombre);
+    }
+    EXPECT_EQ(ventana.findChildren<QLabel*>("Label4").size(), 8);
+    EXPECT_EQ(ventana.findChildren<QLabel*>("Label3").size(), 8);
+}
+
+TEST_F(Coeficientes, dosCamposPorFilaEnElOrdenDeLasFilas) {
+    ventana.show();
+    QApplication::processEvents();
+    const auto lugar = [&](int i) {
+        return ventana.findChild<QLineEdit*>(QStringLiteral("Text%1").arg(i))->pos();
+    };
+    EXPECT_EQ(lugar(1).y(), lugar(2).y());
+    EXPECT_LT(lugar(1).x(), lugar(2).x());
+    for (int i = 3; i <= 32; i += 2) EXPECT_GT(lugar(i).y(), lugar(i - 2).y()) << i;
+}
+
+TEST_F(Coeficientes, cerrarlaEsPulsarSalir) {
+    ventana.show();
+    ventana.close();
+    QTest::keyClick(&ventana, Qt::Key_Escape);
+    EXPECT_EQ(hecho.pulsados, (Lista{"Command1", "Command1"}));
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,204 @@
+// What a control holds is what its widget shows; only the user's own editing goes the other way.
+#include <QCheckBox>
+#include <QClipboard>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <gmock/gmock.h>
+
+#include "ui/qt/vista_lineas.h"
+#include "window/ventana_prueba.h"
+
+namespace telvane {
+namespace {
+
+using Lista = std::vector<std::string>;
+
+TEST_F(VentanaSuelta, losCambiosDeUnControlLleganASuWidget) {
+    forma.Command4.caption = "PARAR";
+    EXPECT_EQ(de<QPushButton>(forma.Command4).text(), "PARAR");
+    forma.Command4.enabled = false;
+    EXPECT_FALSE(de<QPushButton>(forma.Command4).isEnabled());
+    forma.Command4.hint = "ayuda";
+    EXPECT_EQ(de<QPushButton>(forma.Command4).toolTip(), "ayuda");
+    forma.Text2.text = "  INTA";
+    EXPECT_EQ(de<QLineEdit>(forma.Text2).text(), "  INTA");
+    forma.Text2.locked = true;
+    EXPECT_TRUE(de<QLineEdit>(forma.Text2).isReadOnly());
+    forma.Text60.visible = true;
+    EXPECT_FALSE(de<QWidget>(forma.Text60).isHidden());
+    forma.Option3.value = 1;
+    EXPECT_TRUE(de<QRadioButton>(forma.Option3).isChecked());
+}
+
+TEST_F(VentanaSuelta, loQueEscribeUnProgramaNoCuentaComoEdicion) {
+    forma.Text2.text = "uno";
+    forma.fecha1.text = "20/11/2026";
+    forma.Option2.value = 1;
+    forma.Check1.value = 1;
+    EXPECT_TRUE(hecho.cambiados.empty());
+    EXPECT_TRUE(hecho.pulsados.empty());
+    EXPECT_EQ(forma.fecha1.text(), "20/11/2026");
+}
+
+TEST_F(VentanaSuelta, unRotuloMuestraElMarcadoComoTexto) {
+    forma.Label4.caption = "Nro  : <b>1</b>&x";
+    auto& rotulo = de<QLabel>(forma.Label4);
+    EXPECT_EQ(rotulo.textFormat(), Qt::PlainText);
+    EXPECT_EQ(rotulo.text(), "Nro  : <b>1</b>&x");
+    EXPECT_EQ(rotulo.buddy(), nullptr) << "con un campo asociado, & sería un atajo";
+}
+
+TEST_F(VentanaSuelta, elAmpersandDeUnCaptionNoEsUnAtajo) {
+    forma.Command4.caption = "A & B";
+    auto& boton = de<QPushButton>(forma.Command4);
+    EXPECT_EQ(boton.text(), "A && B");
+    EXPECT_TRUE(boton.shortcut().isEmpty());
+    EXPECT_EQ(boton.accessibleName(), "A & B");
+}
+
+TEST_F(VentanaSuelta, unTextoDelRegistradorSeMuestraByteABite) {
+    const std::string raro("a\0<i>\xc2\x81\xc3\xb1", 9);
+    forma.Text2.text = raro;
+    EXPECT_EQ(de<QLineEdit>(forma.Text2).text().toStdString(), raro);
+    EXPECT_EQ(forma.Text2.text(), raro);
+}
+
+TEST_F(VentanaSuelta, escribirEnUnCampoLlegaAlControl) {
+    QTest::keyClicks(&de<QLineEdit>(forma.Text4), "33 S");
+    EXPECT_EQ(forma.Text4.text(), "33 S");
+    EXPECT_EQ(hecho.cambiados.back(), "Text4=33 S");
+}
+
+TEST_F(VentanaSuelta, unCampoBloqueadoNoSeEscribe) {
+    forma.Text4.locked = true;
+    QTest::keyClicks(&de<QLineEdit>(forma.Text4), "33");
+    EXPECT_TRUE(hecho.cambiados.empty());
+}
+
+TEST_F(VentanaSuelta, unCampoBloqueadoTieneElFondoDeLaVentana) {
+    auto& campo = de<QLineEdit>(forma.Text4);
+    const auto libre = campo.palette().color(QPalette::Base);
+    forma.Text4.locked = true;
+    EXPECT_EQ(campo.palette().color(QPalette::Base), ventana.palette().color(QPalette::Window));
+    forma.Text4.locked = false;
+    EXPECT_EQ(campo.palette().color(QPalette::Base), libre);
+}
+
+TEST_F(VentanaSuelta, unCampoBloqueadoSigueLosColoresDelEscritorio) {
+    forma.Text4.locked = true;
+    const auto claros = QApplication::palette();
+    QPalette oscuros(QColor(40, 42, 45));
+    QApplication::setPalette(oscuros);
+    QApplication::processEvents();
+    const auto fondo = de<QLineEdit>(forma.Text4).palette().color(QPalette::Base);
+    const auto esperado = ventana.palette().color(QPalette::Window);
+    QApplication::setPalette(claros);
+    QApplication::processEvents();
+    EXPECT_EQ(fondo, esperado);
+    EXPECT_NE(fondo, de<QLineEdit>(forma.Text4).palette().color(QPalette::Base));
+}
+
+TEST_F(VentanaSuelta, losBlancosDeLosLadosNoOcupanElAncho) {
+    forma.Text7.text = "   12";
+    auto& campo = de<QLineEdit>(forma.Text7);
+    campo.end(false);
+    QTest::keyClicks(&campo, "3456");
+    EXPECT_EQ(forma.Text7.text(), "   12345");
+}
+
+TEST_F(VentanaSuelta, unAnchoSeCuentaEnCaracteresYNoEnBytes) {
+    auto& campo = de<QLineEdit>(forma.Text7);
+    campo.insert(QStringLiteral("ñandúes"));
+    EXPECT_EQ(texto(campo.text()), "");
+    campo.insert(QStringLiteral("ñandú"));
+    EXPECT_EQ(texto(campo.text()), "ñandú");
+}
+
+TEST_F(VentanaSuelta, laHoraSeEscribeSobreSuMascara) {
+    auto& campo = de<QLineEdit>(forma.MaskEdBox2);
+    campo.setFocus();
+    campo.home(false);
+    QTest::keyClicks(&campo, "145845");
+    EXPECT_EQ(forma.MaskEdBox2.text(), "14:58:45");
+    campo.home(false);
+    QTest::keyClicks(&campo, "x");
+    EXPECT_EQ(forma.MaskEdBox2.text(), "14:58:45");
+}
+
+TEST_F(VentanaSuelta, elRelojQueCorreNoMueveElCursorDeQuienEscribe) {
+    forma.MaskEdBox2.text = "10:00:00";
+    auto& campo = de<QLineEdit>(forma.MaskEdBox2);
+    campo.setFocus();
+    campo.setCursorPosition(3);
+    forma.MaskEdBox2.text = "10:00:01";
+    EXPECT_EQ(campo.cursorPosition(), 3);
+}
+
+TEST_F(VentanaSuelta, dejarUnCampoSeAvisaUnaVez) {
+    de<QLineEdit>(forma.MaskEdBox2).setFocus();
+    QTest::keyClick(&de<QLineEdit>(forma.MaskEdBox2), Qt::Key_Tab);
+    EXPECT_EQ(hecho.salidos, Lista{"MaskEdBox2"});
+}
+
+TEST_F(VentanaSuelta, cambiarDeVentanaNoEsDejarElCampo) {
+    auto& campo = de<QLineEdit>(forma.MaskEdBox2);
+    campo.setFocus();
+    QFocusEvent otraVentana(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+    QApplication::sendEvent(&campo, &otraVentana);
+    EXPECT_TRUE(hecho.salidos.empty());
+}
+
+TEST_F(VentanaSuelta, lasTeclasDelNumeroDeSeriePasanPorSuFiltro) {
+    std::vector<int> teclas;
+    forma.Text10.alTeclear = [&](int& tecla) {
+        teclas.push_back(tecla);
+        if (tecla > ' ' && (tecla < '0' || tecla > '9')) tecla = 0;
+    };
+    auto& campo = de<QLineEdit>(forma.Text10);
+    QTest::keyClicks(&campo, "2a");
+    QTest::keyClick(&campo, Qt::Key_Backspace);
+    QTest::keyClick(&campo, Qt::Key_Left);
+    QTest::keyClick(&campo, Qt::Key_Return);
+    EXPECT_EQ(texto(campo.text()), "");
+    EXPECT_THAT(teclas, ::testing::IsSupersetOf(std::vector<int>{'2', 'a', 8, 13}));
+    EXPECT_EQ(teclas.back(), 13);
+}
+
+TEST_F(VentanaSuelta, loPegadoEnElNumeroDeSeriePasaPorElMismoFiltro) {
+    forma.Text10.alTeclear = [](int& tecla) {
+        if (tecla < '0' || tecla > '9') tecla = 0;
+    };
+    auto& campo = de<QLineEdit>(forma.Text10);
+    QApplication::clipboard()->setText("20-80");
+    campo.paste();
+    EXPECT_EQ(forma.Text10.text(), "2080");
+    EXPECT_EQ(texto(campo.text()), "2080");
+}
+
+TEST_F(VentanaSuelta, unaOpcionSeMarcaCuandoElControlLoDice) {
+    auto& opcion = de<QRadioButton>(forma.Option2);
+    QTest::mouseClick(&opcion, Qt::LeftButton);
+    EXPECT_EQ(hecho.pulsados, Lista{"Option2"});
+    EXPECT_FALSE(opcion.isChecked()) << "el control aún no vale 1";
+    forma.Option2.value = 1;
+    EXPECT_TRUE(opcion.isChecked());
+    forma.Option2.value = 0;
+    EXPECT_FALSE(opcion.isChecked()) << "ninguna puede estar marcada";
+}
+
+TEST_F(VentanaSuelta, IntroPulsaElBotonQueTieneElFoco) {
+    QTest::keyClick(&de<QPushButton>(forma.Command5), Qt::Key_Return);
+    QTest::keyClick(&de<QPushButton>(forma.Command5), Qt::Key_Space);
+    EXPECT_EQ(hecho.pulsados, (Lista{"Command5", "Command5"}));
+}
+
+TEST_F(VentanaSuelta, unBotonApagadoNoSePulsa) {
+    forma.Command5.enabled = false;
+    QTest::mouseClick(&de<QPushButton>(forma.Command5), Qt::LeftButton);
+    EXPECT_TRUE(hecho.pulsados.empty());
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,87 @@
+#include "ui/qt/ventana_coef.h"
+
+#include <QCloseEvent>
+#include <QFontDatabase>
+#include <QGridLayout>
+#include <QKeyEvent>
+
+#include "ui/qt/texto_qt.h"
+
+namespace telvane {
+
+namespace {
+
+constexpr int kColumnaRotulo = 0;
+constexpr int kColumnaFactor = 1;
+constexpr int kColumnaSuma = 2;
+constexpr int kEntreBloques = 14;
+
+}  // namespace
+
+VentanaCoef::VentanaCoef(FormaCoef& forma, Usuario usuario, QWidget* principal)
+    : QWidget(principal, Qt::Window), forma_(forma), vinculos_(forma, std::move(usuario)) {
+    setObjectName(aQt(forma.nombre()));
+    setWindowTitle(aQt(forma.caption()));
+    auto* rejilla = new QGridLayout(this);
+    rejilla->setVerticalSpacing(4);
+    rejilla->setHorizontalSpacing(10);
+    // The heading of both columns: the first field multiplies the voltage, the second is added.
+    rejilla->addWidget(rotulo(forma.Label6), 0, kColumnaFactor, 1, 2, Qt::AlignHCenter);
+    int fila = bloque(*rejilla, 0, forma.Label1, forma.Label4, 0);
+    rejilla->addWidget(vinculos_.crear(forma.Line1, this), fila, 0, 1, 3);
+    rejilla->setRowMinimumHeight(fila, kEntreBloques);
+    fila = bloque(*rejilla, fila + 1, forma.Label2, forma.Label3, FormaCoef::kFilas * 2);
+    rejilla->setRowMinimumHeight(fila, kEntreBloques);
+    rejilla->addLayout(botones(), fila + 1, 0, 1, 3);
+}
+
+QWidget* VentanaCoef::rotulo(Control& control) {
+    auto* widget = vinculos_.crear(control, this);
+    widget->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    return widget;
+}
+
+int VentanaCoef::bloque(QGridLayout& rejilla, int fila, Control& titulo,
+                        const std::vector<std::unique_ptr<Control>>& rotulos, std::size_t campo) {
+    auto* encabezado = rotulo(titulo);
+    auto fuente = encabezado->font();
+    fuente.setBold(true);
+    encabezado->setFont(fuente);
+    rejilla.addWidget(encabezado, fila++, kColumnaRotulo);
+    for (const auto& control : rotulos) {
+        rejilla.addWidget(rotulo(*control), fila, kColumnaRotulo, Qt::AlignRight | Qt::AlignVCenter);
+        for (const int columna : {kColumnaFactor, kColumnaSuma}) {
+            auto* widget = vinculos_.crear(*forma_.Text[campo++], this);
+            widget->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+            rejilla.addWidget(widget, fila, columna);
+        }
+        ++fila;
+    }
+    return fila;
+}
+
+QLayout* VentanaCoef::botones() {
+    auto* fila = new QHBoxLayout;
+    fila->setSpacing(6);
+    fila->addWidget(rotulo(forma_.Label5));
+    fila->addStretch();
+    for (auto* control : {&forma_.Command2, &forma_.Command3, &forma_.Command1}) {
+        fila->addWidget(vinculos_.crear(*control, this));
+    }
+    return fila;
+}
+
+void VentanaCoef::closeEvent(QCloseEvent* suceso) {
+    suceso->ignore();
+    vinculos_.usuario().pulsar(forma_.Command1);
+}
+
+void VentanaCoef::keyPressEvent(QKeyEvent* suceso) {
+    if (suceso->key() == Qt::Key_Escape) {
+        close();
+    } else {
+        QWidget::keyPressEvent(suceso);
+    }
+}
+
+}  // namespace telvane

@@ -1,0 +1,29 @@
+// The splash: one picture in the middle of the main window.
+#pragma once
+
+#include <QPixmap>
+#include <QWidget>
+
+#include "ui/forma_presenta.h"
+
+namespace telvane {
+
+// Closes when its form does and not otherwise. A click on it brings the main window in front of it, which is
+// how an operator who declined the connection gets on with the work.
+class VentanaPresenta final : public QWidget {
+   public:
+    VentanaPresenta(FormaPresenta& forma, QWidget& principal);
+
+   protected:
+    void paintEvent(QPaintEvent* suceso) override;
+    void showEvent(QShowEvent* suceso) override;
+    void mousePressEvent(QMouseEvent* suceso) override;
+    void closeEvent(QCloseEvent* suceso) override;
+
+   private:
+    QWidget& principal_;
+    QPixmap imagen_;
+    bool apartada_ = false;  // sent behind the main window
+};
+
+}  // namespace telvane

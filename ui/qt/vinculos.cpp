@@ -1,0 +1,323 @@
+#include "ui/qt/vinculos.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include <QCheckBox>
+#include <QFontDatabase>
+#include <QFrame>
+#include <QLabel>
+#include <QPainter>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTimer>
+#include <QValidator>
+
+#include "ui/qt/campo_linea.h"
+#include "ui/qt/texto_qt.h"
+#include "ui/qt/vista_lineas.h"
+
+namespace telvane {
+
+namespace {
+
+// Eight lines: the whole live reading.
+constexpr int kFilasTextoLargo = 8;
+// More often than this no display shows it.
+constexpr std::chrono::milliseconds kCuadro{16};
+
+// A button, an option or a check box.
+template <class Boton>
+class VinculoBoton final : public Vinculo {
+   public:
+    VinculoBoton(Control& control, const Usuario& usuario, Boton& boton)
+        : Vinculo(control, usuario, boton), boton_(boton) {
+        QObject::connect(&boton, &QAbstractButton::clicked, contexto(), [this] {
+            // The control decides what is marked, and when.
+            if (boton_.isCheckable()) marcar();
+            this->usuario().pulsar(this->control());
+        });
+    }
+
+   private:
+    void aplicarPropio(Que que) override {
+        if (que == Que::caption && control().clase() != Clase::casilla) {
+            const auto texto = aQt(control().caption());
+            boton_.setText(sinAtajo(texto));
+            boton_.setAccessibleName(texto);
+        }
+        if (que == Que::value && boton_.isCheckable()) marcar();
+    }
+
+    void marcar() {
+        const bool exclusivo = boton_.autoExclusive();
+        // An exclusive group would insist on one marked option.
+        boton_.setAutoExclusive(false);
+        boton_.setChecked(control().value() != 0);
+        boton_.setAutoExclusive(exclusivo);
+    }
+
+    Boton& boton_;
+};
+
+// A field takes no more than its width, outer blanks not counted.
+class ValidadorAncho final : public QValidator {
+   public:
+    ValidadorAncho(const Control& control, QObject* padre) : QValidator(padre), control_(control) {}
+
+    State validate(QString& texto, int&) const override {
+        const int maximo = control_.maxLength();
+        return maximo == 0 || caracteres(texto) <= maximo ? Acceptable : Invalid;
+    }
+
+   private:
+    static std::ptrdiff_t caracteres(const QString& texto) {
+        const auto blanco = [](QChar c) { return c == QLatin1Char(' '); };
+        const auto desde = std::find_if_not(texto.begin(), texto.end(), blanco);
+        const auto hasta = std::find_if_not(texto.rbegin(), std::make_reverse_iterator(desde), blanco).base();
+        return std::count_if(desde, hasta, [](QChar c) { return !c.isLowSurrogate(); });
+    }
+
+    const Control& control_;
+};
+
+class VinculoCampo final : public Vinculo {
+   public:
+    VinculoCampo(Control& control, const Usuario& usuario, CampoLinea& campo)
+        : Vinculo(control, usuario, campo), campo_(campo) {
+        if (control.clase() == Clase::texto) campo.setValidator(new ValidadorAncho(control, &campo));
+        campo.filtroDeTeclas([this](int tecla) { return this->usuario().teclear(this->control(), tecla); });
+        campo.alSalir([this] { this->usuario().salirDe(this->control()); });
+        QObject::connect(&campo, &QLineEdit::textEdited, contexto(),
+                         [this](const QString& t) { editado(t); });
+    }
+    ~VinculoCampo() override {
+        campo_.filtroDeTeclas({});
+        campo_.alSalir({});
+    }
+
+   private:
+    void aplicarPropio(Que que) override {
+        switch (que) {
+            case Que::text:
+                mostrar(aQt(control().text()));
+                break;
+            case Que::locked:
+                campo_.bloquear(control().locked());
+                break;
+            case Que::maxLength:
+                campo_.anchoEnCaracteres(control().maxLength());
+                break;
+            case Que::mask:
+                enmascarar();
+                break;
+            default:
+                break;
+        }
+    }
+
+    // The cursor of somebody who is in the field stays where it is.
+    void mostrar(const QString& texto) {
+        if (campo_.text() == texto) return;
+        const int cursor = campo_.cursorPosition();
+        campo_.setText(texto);
+        campo_.setCursorPosition(campo_.hasFocus() ? cursor : 0);
+    }
+
+    void enmascarar() {
+        if (control().mask().empty()) return;
+        auto mascara = aQt(control().mask()).replace(QLatin1Char('#'), QLatin1Char('0'));
+        campo_.anchoEnCaracteres(static_cast<int>(mascara.size()));
+        campo_.setInputMask(mascara + QLatin1String(";_"));
+        mostrar(aQt(control().text()));
+    }
+
+    // A pasted or dropped text meets the same key filter as a typed one.
+    void editado(const QString& texto) {
+        QString queda = texto;
+        if (control().alTeclear) {
+            const auto sobra = [this](QChar c) { return usuario().teclear(control(), c.unicode()) == 0; };
+            queda.erase(std::remove_if(queda.begin(), queda.end(), sobra), queda.end());
+            if (queda != texto) campo_.setText(queda);
+        }
+        usuario().cambiar(control(), queda.toStdString());
+    }
+
+    CampoLinea& campo_;
+};
+
+class VinculoTextoLargo final : public Vinculo {
+   public:
+    VinculoTextoLargo(Control& control, const Usuario& usuario, VistaLineas& vista)
+        : Vinculo(control, usuario, vista), vista_(vista) {}
+    ~VinculoTextoLargo() override { vista_.texto({}); }
+
+   private:
+    void aplicarPropio(Que que) override {
+        if (que == Que::text) vista_.texto(control().text());
+    }
+
+    VistaLineas& vista_;
+};
+
+class VinculoRotulo final : public Vinculo {
+   public:
+    VinculoRotulo(Control& control, const Usuario& usuario, QLabel& rotulo)
+        : Vinculo(control, usuario, rotulo), rotulo_(rotulo) {}
+
+   private:
+    void aplicarPropio(Que que) override {
+        if (que == Que::caption) rotulo_.setText(aQt(control().caption()));
+    }
+
+    QLabel& rotulo_;
+};
+
+// Thousands of steps may come within one frame; the bar repaints itself at once for each that it is given.
+class VinculoProgreso final : public Vinculo {
+   public:
+    VinculoProgreso(Control& control, const Usuario& usuario, QProgressBar& barra)
+        : Vinculo(control, usuario, barra), barra_(barra) {
+        cuadro_.setSingleShot(true);
+        QObject::connect(&cuadro_, &QTimer::timeout, contexto(), [this] { pintar(); });
+        pintar();
+    }
+
+   private:
+    void aplicarPropio(Que que) override {
+        if ((que == Que::value || que == Que::maximum) && !cuadro_.isActive()) cuadro_.start(kCuadro);
+    }
+
+    void pintar() {
+        // A bar without a range would run an animation.
+        barra_.setRange(0, std::max(1, control().maximum()));
+        barra_.setValue(control().value());
+    }
+
+    QProgressBar& barra_;
+    QTimer cuadro_;
+};
+
+class VinculoAdorno final : public Vinculo {
+   public:
+    using Vinculo::Vinculo;
+
+   private:
+    void aplicarPropio(Que) override {}
+};
+
+// A button with air around its caption.
+class BotonHolgado final : public QPushButton {
+   public:
+    using QPushButton::QPushButton;
+
+    QSize sizeHint() const override {
+        const auto pista = QPushButton::sizeHint();
+        const int letra = fontMetrics().height();
+        return {pista.width() + letra, std::max(pista.height(), letra * 7 / 4)};
+    }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+};
+
+// A hairline that is as quiet in dark colours as in light ones.
+class LineaFina final : public QFrame {
+   public:
+    explicit LineaFina(QWidget* padre) : QFrame(padre) { setFrameShape(QFrame::HLine); }
+
+   protected:
+    void paintEvent(QPaintEvent*) override {
+        auto color = palette().color(QPalette::WindowText);
+        color.setAlphaF(0.25F);
+        QPainter(this).fillRect(0, height() / 2, width(), 1, color);
+    }
+};
+
+}  // namespace
+
+Vinculo::Vinculo(Control& control, const Usuario& usuario, QWidget& widget)
+    : control_(control), usuario_(usuario), widget_(widget) {
+    widget.setObjectName(aQt(control.nombre()));
+    if (!control.nombreAccesible().empty()) widget.setAccessibleName(aQt(control.nombreAccesible()));
+}
+
+void Vinculo::aplicar(Que que) {
+    switch (que) {
+        case Que::hint:
+            widget_.setToolTip(aQt(control_.hint()));
+            widget_.setAccessibleDescription(aQt(control_.hint()));
+            break;
+        case Que::enabled:
+            widget_.setEnabled(control_.enabled());
+            break;
+        case Que::visible:
+            widget_.setVisible(control_.visible());
+            break;
+        default:
+            aplicarPropio(que);
+            break;
+    }
+}
+
+void Vinculo::aplicarTodo() {
+    for (const auto que : {Que::caption, Que::maxLength, Que::mask, Que::text, Que::hint, Que::enabled,
+                           Que::locked, Que::maximum, Que::value, Que::visible}) {
+        aplicar(que);
+    }
+}
+
+Vinculos::Vinculos(Formulario& forma, Usuario usuario) : usuario_(std::move(usuario)) {
+    observacion_ = forma.observar({.alCambiar =
+                                       [this](Control& control, Que que) {
+                                           const auto lugar = vinculos_.find(&control);
+                                           if (lugar != vinculos_.end()) lugar->second->aplicar(que);
+                                       },
+                                   .alCambiarForma = {},
+                                   .alImprimir = {}});
+}
+
+QWidget* Vinculos::crear(Control& control, QWidget* padre) {
+    auto& vinculo = vinculos_[&control];
+    vinculo = vincular(control, padre);
+    vinculo->aplicarTodo();
+    return &vinculo->widget();
+}
+
+QWidget* Vinculos::widget(const Control& control) const {
+    const auto lugar = vinculos_.find(&control);
+    return lugar == vinculos_.end() ? nullptr : &lugar->second->widget();
+}
+
+std::unique_ptr<Vinculo> Vinculos::vincular(Control& control, QWidget* padre) {
+    switch (control.clase()) {
+        case Clase::boton: {
+            auto* boton = new BotonHolgado(padre);
+            // Enter presses the button that has the focus.
+            boton->setAutoDefault(true);
+            return std::make_unique<VinculoBoton<QPushButton>>(control, usuario_, *boton);
+        }
+        case Clase::opcion:
+            return std::make_unique<VinculoBoton<QRadioButton>>(control, usuario_, *new QRadioButton(padre));
+        case Clase::casilla:
+            return std::make_unique<VinculoBoton<QCheckBox>>(control, usuario_, *new QCheckBox(padre));
+        case Clase::texto:
+        case Clase::mascara:
+            return std::make_unique<VinculoCampo>(control, usuario_, *new CampoLinea(padre));
+        case Clase::textoLargo: {
+            auto* vista = new VistaLineas(padre, kFilasTextoLargo);
+            vista->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+            return std::make_unique<VinculoTextoLargo>(control, usuario_, *vista);
+        }
+        case Clase::progreso:
+            return std::make_unique<VinculoProgreso>(control, usuario_, *new QProgressBar(padre));
+        case Clase::linea:
+            return std::make_unique<VinculoAdorno>(control, usuario_, *new LineaFina(padre));
+        default: {
+            auto* rotulo = new QLabel(padre);
+            rotulo->setTextFormat(Qt::PlainText);
+            return std::make_unique<VinculoRotulo>(control, usuario_, *rotulo);
+        }
+    }
+}
+
+}  // namespace telvane
