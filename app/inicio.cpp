@@ -1,5 +1,7 @@
 #include "app/inicio.h"
 
+#include <optional>
+
 #include "app/temporizador.h"
 #include "data/archivo_base.h"
 #include "data/descarga.h"
@@ -42,7 +44,7 @@ struct Inicio::Partes {
     void conectarBotones();
     void conectarEdicion();
     void lanzar(Tarea<> tarea) { tareas.lanzar(std::move(tarea)); }
-    void fallar(const std::exception_ptr& fallo) { entorno.informeDeFallo(queDice(fallo)); }
+    void fallar(const std::exception_ptr& fallo) const { entorno.informeDeFallo(queDice(fallo)); }
     // A control whose click starts an operation.
     template <class Operacion>
     void alPulsar(Control& control, Operacion operacion) {
@@ -69,9 +71,9 @@ struct Inicio::Partes {
     ArchivoBase archivoBase;
     Descarga descarga;
 
-    // Timer2 and Timer3 have no handler and never run.
-    Temporizador timer1;
-    Temporizador timer4;
+    // Running from start-up on, which disables both. Timer2 and Timer3 have no handler and never run.
+    std::optional<Temporizador> timer1;
+    std::optional<Temporizador> timer4;
     Tareas tareas;
 };
 
@@ -95,8 +97,6 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
                {.lanzar = [this](Tarea<> tarea) { lanzar(std::move(tarea)); },
                 .guardarBase = [this] { archivoBase.guardarDescarga(); },
                 .generargt = [this] { return exportacion.generargt(); }}),
-      timer1(entorno.bucle, forma.Timer1),
-      timer4(entorno.bucle, forma.Timer4),
       tareas([this](const std::exception_ptr& fallo) { fallar(fallo); }) {
     datos.carpetaBase = entorno.carpetaBase;
     entorno.bucle.alTerminarSuceso([this] { esperas.revisar(); });
@@ -161,6 +161,8 @@ Tarea<> Inicio::Partes::arranque() {
     forma.mostrar();
     formas.presenta.mostrar();
     forma.Timer1.enabled = false;
+    timer1.emplace(entorno.bucle, forma.Timer1);
+    timer4.emplace(entorno.bucle, forma.Timer4);
     forma.Check1.visible = false;
     forma.Label3.visible = false;
     for (auto* campo : forma.camposTexto()) campo->locked = true;

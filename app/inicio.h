@@ -2,6 +2,11 @@
 // image and operations. No toolkit: the window renders it, the tests drive it.
 #pragma once
 
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
 #include "data/decodificador.h"
 #include "link/puerto_serie.h"
 #include "platform/bucle.h"
@@ -12,11 +17,6 @@
 #include "ui/forma_inicio.h"
 #include "ui/forma_presenta.h"
 #include "ui/forma_progress.h"
-
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <string>
 
 namespace telvane {
 
@@ -37,7 +37,7 @@ struct Entorno {
 };
 
 class Inicio {
- public:
+   public:
     explicit Inicio(Entorno entorno);
     Inicio(const Inicio&) = delete;
     Inicio& operator=(const Inicio&) = delete;
@@ -61,7 +61,7 @@ class Inicio {
     // Operations that have not ended: waiting for the logger, a box or a dialog.
     std::size_t operacionesEnCurso() const;
 
- private:
+   private:
     struct Partes;
     std::unique_ptr<Partes> partes_;
 };

@@ -7,12 +7,12 @@
 namespace telvane {
 
 class Temporizador {
- public:
+   public:
     Temporizador(Bucle& bucle, Control& control);
     Temporizador(const Temporizador&) = delete;
     Temporizador& operator=(const Temporizador&) = delete;
 
- private:
+   private:
     void ajustar();
     void armar();
 

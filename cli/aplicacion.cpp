@@ -38,7 +38,8 @@ void enEspanol(CLI::App& app) {
 void declarar(CLI::App& app, ContextoCli& contexto) {
     enEspanol(app);
     app.set_version_flag("--version", "telvane-cli " TELVANE_VERSION, "Muestra la versión")->group(kOpciones);
-    app.add_option("--com", contexto.com, "Puerto N (1 a 16) y su dispositivo; repetible. Sin ninguno, los presentes")
+    app.add_option("--com", contexto.com,
+                   "Puerto N (1 a 16) y su dispositivo; repetible. Sin ninguno, los presentes")
         ->type_name("N=DISPOSITIVO")
         ->expected(1)
         ->take_all();
@@ -114,7 +115,9 @@ int correrCli(const std::vector<std::string>& argumentos, EntornoCli& entorno) {
         contexto.orden = [&] { consola.resultado("telvane-cli " TELVANE_VERSION "\n"); };
     } catch (const CLI::ParseError& error) {
         const auto motivo = motivoDeUso(app, error);
-        contexto.orden = [motivo] { throw ErrorCli(CodigoSalida::malUso, motivo + "\n(telvane-cli --help)"); };
+        contexto.orden = [motivo] {
+            throw ErrorCli(CodigoSalida::malUso, motivo + "\n(telvane-cli --help)");
+        };
     } catch (const ErrorCli& error) {
         const ErrorCli copia = error;
         contexto.orden = [copia] { throw copia; };

@@ -8,8 +8,8 @@
 
 namespace telvane {
 
-// argumentos: without the program's name. Results go to the environment's output, talk and errors to its error stream.
-// Returns the exit status (see CodigoSalida); throws nothing.
+// argumentos: without the program's name. Results go to the environment's output, talk and errors to its
+// error stream. Returns the exit status (see CodigoSalida); throws nothing.
 int correrCli(const std::vector<std::string>& argumentos, EntornoCli& entorno);
 
 }  // namespace telvane

@@ -9,9 +9,9 @@
 
 namespace telvane {
 
-// "<destination>.parcial" beside the destination, renamed to it once whole. Blocks that are written again replace the
-// earlier ones in place, so that an attempt that gets less far loses nothing of a better one. Every failure throws
-// ErrorGuardado.
+// "<destination>.parcial" beside the destination, renamed to it once whole. Blocks that are written again
+// replace the earlier ones in place, so that an attempt that gets less far loses nothing of a better one.
+// Every failure throws ErrorGuardado.
 class ArchivoParcial {
    public:
     // Opens the file, with what an earlier run left in it. One that another run is writing is refused.

@@ -33,11 +33,19 @@ std::string motivoPerfil(const std::string& texto) {
     return texto == "estricto" || texto == "ampliado" ? "" : "debe ser estricto o ampliado";
 }
 
-std::string motivoSegundos(const std::string& texto) { return motivoRango(texto, 1, 3600); }
-std::string motivoCuenta(const std::string& texto) { return motivoRango(texto, 1, 1'000'000'000); }
-std::string motivoReintentos(const std::string& texto) { return motivoRango(texto, 0, 1000); }
+std::string motivoSegundos(const std::string& texto) {
+    return motivoRango(texto, 1, 3600);
+}
+std::string motivoCuenta(const std::string& texto) {
+    return motivoRango(texto, 1, 1'000'000'000);
+}
+std::string motivoReintentos(const std::string& texto) {
+    return motivoRango(texto, 0, 1000);
+}
 
-Perfil leerPerfil(const std::string& texto) { return texto == "ampliado" ? Perfil::ampliado : Perfil::estricto; }
+Perfil leerPerfil(const std::string& texto) {
+    return texto == "ampliado" ? Perfil::ampliado : Perfil::estricto;
+}
 
 int leerEntero(const std::string& texto) {
     int valor = 0;

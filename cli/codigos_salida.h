@@ -14,8 +14,8 @@ enum class CodigoSalida : int {
     interrumpido = 130,
 };
 
-// Ends the running command with this code; the text, in Spanish and with the remedy where there is one, goes to
-// standard error.
+// Ends the running command with this code; the text, in Spanish and with the remedy where there is one, goes
+// to standard error.
 class ErrorCli : public std::runtime_error {
    public:
     ErrorCli(CodigoSalida codigo, const std::string& que) : std::runtime_error(que), codigo_(codigo) {}

@@ -38,7 +38,9 @@ int escribirTodo(int descriptor, std::string_view texto) {
 
 Consola::Consola(EntornoCli& entorno) : entorno_(entorno), hayTerminal_(::isatty(entorno.errores) == 1) {}
 
-Consola::~Consola() { progreso(""); }
+Consola::~Consola() {
+    progreso("");
+}
 
 void Consola::resultado(std::string_view texto) {
     progreso("");
@@ -65,7 +67,9 @@ void Consola::esperarEntrada() {
     if (::poll(&estado, 1, 0) != 0) return;
     bool lista = false;
     const auto vigilancia = entorno_.bucle.vigilarLectura(entorno_.entrada, [&] { lista = true; });
-    while (!esperar(entorno_, [&] { return lista; }, std::chrono::hours(1))) continue;
+    while (!esperar(
+        entorno_, [&] { return lista; }, std::chrono::hours(1)))
+        continue;
 }
 
 std::vector<std::uint8_t> Consola::leerEntrada(std::size_t maximo) {
@@ -76,7 +80,8 @@ std::vector<std::uint8_t> Consola::leerEntrada(std::size_t maximo) {
         const auto n = ::read(entorno_.entrada, bytes.data() + leidos, maximo - leidos);
         if (n < 0 && (errno == EINTR || errno == EAGAIN)) continue;
         if (n < 0) {
-            throw ErrorCli(CodigoSalida::fallo, fmt::format("no se pudo leer la entrada: {}", motivoSistema(errno)));
+            throw ErrorCli(CodigoSalida::fallo,
+                           fmt::format("no se pudo leer la entrada: {}", motivoSistema(errno)));
         }
         if (n == 0) break;
         leidos += static_cast<std::size_t>(n);

@@ -22,7 +22,8 @@ class Consola {
     void resultado(std::string_view texto);
     // One line of talk on standard error, over the progress line. Failures to write it are nobody's business.
     void aviso(std::string_view linea);
-    // The line that tells how far the work is, drawn over the last one; only on a terminal. Empty: taken away.
+    // The line that tells how far the work is, drawn over the last one; only on a terminal. Empty: taken
+    // away.
     void progreso(const std::string& linea);
     // Whether somebody watches standard error.
     bool hayTerminal() const { return hayTerminal_; }

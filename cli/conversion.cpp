@@ -21,9 +21,9 @@ constexpr std::array<NombreFormato, 3> kFormatos = {
     {{Formato::csv, ".csv"}, {Formato::xls, ".xls"}, {Formato::jsonl, ".jsonl"}}};
 
 // The columns of a sample line behind date and time. The compass point is the only one that is no number.
-constexpr std::array<std::string_view, 9> kClaves = {"humedad",   "temperatura", "dir_viento", "dir_viento_r",
-                                                     "vel_viento", "rad_solar",  "presion",    "lluvia",
-                                                     "evaporacion"};
+constexpr std::array<std::string_view, 9> kClaves = {"humedad",      "temperatura", "dir_viento",
+                                                     "dir_viento_r", "vel_viento",  "rad_solar",
+                                                     "presion",      "lluvia",      "evaporacion"};
 constexpr std::size_t kClaveTexto = 3;
 
 std::string_view hasta(std::string_view& resto, char separador) {
@@ -37,7 +37,8 @@ std::string_view hasta(std::string_view& resto, char separador) {
 void agregarObjeto(std::string& texto, std::string_view linea) {
     const auto fecha = hasta(linea, ',');
     const auto hora = hasta(linea, ',');
-    texto += fmt::format(R"({{"hora":"{}-{}-{}T{}")", fecha.substr(6, 4), fecha.substr(3, 2), fecha.substr(0, 2), hora);
+    texto += fmt::format(R"({{"hora":"{}-{}-{}T{}")", fecha.substr(6, 4), fecha.substr(3, 2),
+                         fecha.substr(0, 2), hora);
     for (std::size_t i = 0; i < kClaves.size() && !linea.empty(); ++i) {
         const std::string_view comillas = i == kClaveTexto ? "\"" : "";
         texto += fmt::format(R"(,"{}":{}{}{})", kClaves[i], comillas, hasta(linea, ','), comillas);
@@ -78,7 +79,8 @@ std::optional<Formato> leerFormato(std::string_view texto) {
 }
 
 std::string_view extension(Formato formato) {
-    return std::find_if(kFormatos.begin(), kFormatos.end(), [&](const auto& f) { return f.formato == formato; })
+    return std::find_if(kFormatos.begin(), kFormatos.end(),
+                        [&](const auto& f) { return f.formato == formato; })
         ->extension;
 }
 
@@ -109,7 +111,8 @@ ArchivoDatos Conversor::convertir(std::span<const std::uint8_t> imagen, Formato 
         case Formato::csv:
             break;
     }
-    return archivoCsv(memoria_, decodificador, kUltimoBloque, momento, origen.texto ? *origen.texto : cabecera.texto);
+    return archivoCsv(memoria_, decodificador, kUltimoBloque, momento,
+                      origen.texto ? *origen.texto : cabecera.texto);
 }
 
 }  // namespace telvane

@@ -50,7 +50,8 @@ void decir(Consola& consola, const std::exception_ptr& fallo) {
 
 class Descargador {
    public:
-    Descargador(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador, const PeticionDescarga& peticion)
+    Descargador(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
+                const PeticionDescarga& peticion)
         : entorno_(entorno), consola_(consola), registrador_(registrador), peticion_(peticion) {
         if (!peticion.base.empty()) parcial_.emplace(peticion.base);
     }
@@ -78,13 +79,13 @@ void Descargador::revisarAnterior(const std::string& serie) {
     if (!parcial_ || parcial_->contenido().empty()) return;
     const auto empacada = empacarSerie(serie);
     if (std::equal(empacada.begin(), empacada.end(), parcial_->contenido().begin())) {
-        consola_.aviso(fmt::format("{} conserva {} bloques de una descarga anterior", parcial_->ruta().string(),
-                                   parcial_->contenido().size() / kBytesBloque));
+        consola_.aviso(fmt::format("{} conserva {} bloques de una descarga anterior",
+                                   parcial_->ruta().string(), parcial_->contenido().size() / kBytesBloque));
         return;
     }
     parcial_->apartar();
-    consola_.aviso(fmt::format("{} era de otro registrador y se guardó como {}.anterior", parcial_->ruta().string(),
-                               parcial_->ruta().string()));
+    consola_.aviso(fmt::format("{} era de otro registrador y se guardó como {}.anterior",
+                               parcial_->ruta().string(), parcial_->ruta().string()));
 }
 
 Bytes Descargador::correr(const std::string& serie) {
@@ -142,7 +143,8 @@ std::exception_ptr Descargador::cotejar() const {
     const auto bloque = primeraDiferencia(anterior_, imagen_);
     if (!bloque) return nullptr;
     return std::make_exception_ptr(ErrorIntercambio(
-        CodigoSalida::fallo, fmt::format("el bloque {} no coincide con la lectura anterior: revise el cable", *bloque)));
+        CodigoSalida::fallo,
+        fmt::format("el bloque {} no coincide con la lectura anterior: revise el cable", *bloque)));
 }
 
 void Descargador::decirResto() {
@@ -158,7 +160,8 @@ std::vector<std::uint8_t> descargarImagen(EntornoCli& entorno, Consola& consola,
     return Descargador(entorno, consola, registrador, peticion).correr(serie);
 }
 
-std::optional<std::size_t> primeraDiferencia(std::span<const std::uint8_t> antes, std::span<const std::uint8_t> ahora) {
+std::optional<std::size_t> primeraDiferencia(std::span<const std::uint8_t> antes,
+                                             std::span<const std::uint8_t> ahora) {
     const std::size_t comun = std::min(antes.size(), ahora.size());
     for (std::size_t desde = 0; desde + kRegistro <= comun; desde += kRegistro) {
         const auto viejo = antes.subspan(desde, kRegistro);

@@ -21,7 +21,8 @@ bool esperar(EntornoCli& entorno, const EntornoCli::Condicion& condicion, Bucle:
 }
 
 void pausar(EntornoCli& entorno, Bucle::Duracion duracion) {
-    esperar(entorno, [] { return false; }, duracion);
+    esperar(
+        entorno, [] { return false; }, duracion);
 }
 
 }  // namespace telvane

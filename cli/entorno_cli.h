@@ -17,8 +17,8 @@ struct EntornoCli {
 
     Bucle& bucle;
     const Reloj& reloj;
-    // Runs the loop until the condition, tested before and after each event, holds, or the time is over. Returns
-    // whether it holds.
+    // Runs the loop until the condition, tested before and after each event, holds, or the time is over.
+    // Returns whether it holds.
     std::function<bool(const Condicion&, Bucle::Duracion)> correrHasta;
     std::function<std::unique_ptr<Puertos>(const MapaCom&)> abrirPuertos;
     RaicesSistema raices = {};

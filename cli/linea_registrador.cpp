@@ -10,7 +10,9 @@ namespace telvane {
 LineaRegistrador::LineaRegistrador(EntornoCli& entorno, Puertos& puertos, int numero)
     : entorno_(entorno), puerto_(puertos.abrir(numero, AjustesLinea{.baudios = kBaudios}, [] {})) {}
 
-void LineaRegistrador::enviar(std::uint8_t byte) { puerto_->escribir(std::span(&byte, 1)); }
+void LineaRegistrador::enviar(std::uint8_t byte) {
+    puerto_->escribir(std::span(&byte, 1));
+}
 
 bool LineaRegistrador::esperarBytes(std::size_t cuantos, Bucle::Duracion plazo) {
     llenar();

@@ -19,8 +19,8 @@ class LineaRegistrador {
     LineaRegistrador& operator=(const LineaRegistrador&) = delete;
 
     void enviar(std::uint8_t byte);
-    // Waits until this many bytes, 1 to 255, are here; false: the time was over first. Throws ErrorPuerto when the
-    // device has gone, ErrorCli (interrumpido) on a signal.
+    // Waits until this many bytes, 1 to 255, are here; false: the time was over first. Throws ErrorPuerto
+    // when the device has gone, ErrorCli (interrumpido) on a signal.
     bool esperarBytes(std::size_t cuantos, Bucle::Duracion plazo);
     // Bytes that are here by now.
     std::size_t esperan();

@@ -13,7 +13,8 @@
 
 namespace {
 
-// The descriptor, or -1 when it was closed at the start: then its number is taken, so that no file of ours gets it.
+// The descriptor, or -1 when it was closed at the start: then its number is taken, so that no file of ours
+// gets it.
 int heredado(int descriptor) {
     if (::fcntl(descriptor, F_GETFD) >= 0) return descriptor;
     static_cast<void>(::open("/dev/null", O_RDWR));

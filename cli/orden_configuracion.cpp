@@ -25,7 +25,8 @@ void declararConfiguracion(CLI::App& app, ContextoCli& contexto) {
     auto* orden = app.add_subcommand("configuracion", "Lee la configuración del registrador y la escribe");
     const auto json = std::make_shared<bool>(false);
     orden->add_flag("--json", *json, "Como objeto JSON");
-    orden->callback([&contexto, json] { contexto.orden = [&contexto, json] { mostrarConfiguracion(contexto, *json); }; });
+    orden->callback(
+        [&contexto, json] { contexto.orden = [&contexto, json] { mostrarConfiguracion(contexto, *json); }; });
 }
 
 }  // namespace telvane

@@ -67,7 +67,9 @@ std::string motivoFecha(const std::string& texto) {
     const auto fecha = leerFechaCorta(texto);
     return fecha && fecha->anio >= 2000 && fecha->anio <= 2099 ? "" : "debe ser dd/mm/aaaa, de 2000 a 2099";
 }
-std::string motivoHora(const std::string& texto) { return leerHora(texto) ? "" : "debe ser hh:mm:ss"; }
+std::string motivoHora(const std::string& texto) {
+    return leerHora(texto) ? "" : "debe ser hh:mm:ss";
+}
 
 void exigirUso(bool bien, const std::string& que) {
     if (!bien) throw ErrorCli(CodigoSalida::malUso, que);
@@ -87,9 +89,11 @@ void revisarTextos(const Opciones& opciones) {
 }
 
 void revisar(const Opciones& opciones) {
-    const bool conTextos = std::any_of(opciones.textos.begin(), opciones.textos.end(), [](const auto& t) { return t.has_value(); });
+    const bool conTextos = std::any_of(opciones.textos.begin(), opciones.textos.end(),
+                                       [](const auto& t) { return t.has_value(); });
     const bool conReloj = !opciones.fecha.empty() || !opciones.hora.empty();
-    exigirUso(conTextos || conReloj || opciones.relojPc || !opciones.intervalo.empty(), "no se pidió ningún cambio");
+    exigirUso(conTextos || conReloj || opciones.relojPc || !opciones.intervalo.empty(),
+              "no se pidió ningún cambio");
     exigirUso(!(conReloj && opciones.relojPc), "--reloj-pc no va con --fecha ni --hora");
     exigirUso(opciones.respaldo.empty() || !opciones.sinRespaldo, "--respaldo no va con --sin-respaldo");
     revisarTextos(opciones);
@@ -99,14 +103,16 @@ void revisar(const Opciones& opciones) {
 FechaHora masTarde(const FechaHora& momento, std::chrono::nanoseconds cuanto) {
     const auto total = momento.deDia + cuanto;
     const auto dias = std::chrono::floor<std::chrono::days>(total);
-    const auto civil = fechaConAcarreo(momento.anio, momento.mes, momento.dia + static_cast<int>(dias.count()));
+    const auto civil =
+        fechaConAcarreo(momento.anio, momento.mes, momento.dia + static_cast<int>(dias.count()));
     return {civil.anio, civil.mes, civil.dia, total - dias};
 }
 
 std::chrono::nanoseconds distancia(const FechaHora& a, const FechaHora& b) {
     using namespace std::chrono;
     const auto instante = [](const FechaHora& m) {
-        const year_month_day fecha{year(m.anio), month(static_cast<unsigned>(m.mes)), day(static_cast<unsigned>(m.dia))};
+        const year_month_day fecha{year(m.anio), month(static_cast<unsigned>(m.mes)),
+                                   day(static_cast<unsigned>(m.dia))};
         return local_days(fecha).time_since_epoch() + m.deDia;
     };
     const nanoseconds diferencia = instante(a) - instante(b);
@@ -132,7 +138,8 @@ class Configurador {
     FechaHora relojAEnviar() const;
     std::uint8_t codigoAEnviar() const;
     std::string textoAEnviar(std::size_t campo) const {
-        return rellenado(opciones_.textos[campo] ? *opciones_.textos[campo] : actual_.textos[campo], kAnchos[campo]);
+        return rellenado(opciones_.textos[campo] ? *opciones_.textos[campo] : actual_.textos[campo],
+                         kAnchos[campo]);
     }
 
     ContextoCli& contexto_;
@@ -150,8 +157,9 @@ void Configurador::correr() {
         contexto_.consola.aviso("El registrador ya está así: no se escribe nada.");
         return;
     }
-    exigirUso(opciones_.borrarMemoria,
-              "el registrador borra todos sus datos al recibir una configuración: confirme con --borrar-memoria");
+    exigirUso(
+        opciones_.borrarMemoria,
+        "el registrador borra todos sus datos al recibir una configuración: confirme con --borrar-memoria");
     if (!opciones_.sinRespaldo) respaldar();
     escribir();
     comprobarEscrito();
@@ -162,8 +170,10 @@ void Configurador::leer() {
     actual_ = sesion_.registrador().leerConfiguracion();
     leidoEn_ = contexto_.entorno.reloj.monotono();
     // The message always carries a clock: one that the logger does not know cannot be sent back.
-    if (opciones_.relojPc || (!opciones_.fecha.empty() && !opciones_.hora.empty()) || relojDe(actual_)) return;
-    throw ErrorCli(CodigoSalida::fallo, "el reloj del registrador no vale: póngalo con --reloj-pc, o --fecha y --hora");
+    if (opciones_.relojPc || (!opciones_.fecha.empty() && !opciones_.hora.empty()) || relojDe(actual_))
+        return;
+    throw ErrorCli(CodigoSalida::fallo,
+                   "el reloj del registrador no vale: póngalo con --reloj-pc, o --fecha y --hora");
 }
 
 // Tells what will change; false: nothing.
@@ -212,7 +222,8 @@ void Configurador::respaldar() {
     if (peticion.base.empty()) {
         const auto carpeta = carpetaDeDatos();
         if (carpeta.empty()) {
-            throw ErrorCli(CodigoSalida::fallo, "no hay carpeta de datos para el respaldo: indique --respaldo ARCHIVO");
+            throw ErrorCli(CodigoSalida::fallo,
+                           "no hay carpeta de datos para el respaldo: indique --respaldo ARCHIVO");
         }
         std::filesystem::create_directories(carpeta);
         peticion.base = carpeta / nombreArchivoBase(actual_.Nserie, contexto_.entorno.reloj.ahora());
@@ -256,8 +267,9 @@ void Configurador::comprobarEscrito() {
         malos.emplace_back("reloj");
     }
     if (!malos.empty()) {
-        throw ErrorCli(CodigoSalida::fallo, fmt::format("lo leído después no es lo enviado ({}): vuelva a configurar",
-                                                        fmt::join(malos, ", ")));
+        throw ErrorCli(CodigoSalida::fallo,
+                       fmt::format("lo leído después no es lo enviado ({}): vuelva a configurar",
+                                   fmt::join(malos, ", ")));
     }
     actual_ = leido;
 }
@@ -265,10 +277,13 @@ void Configurador::comprobarEscrito() {
 }  // namespace
 
 void declararConfigurar(CLI::App& app, ContextoCli& contexto) {
-    auto* orden = app.add_subcommand("configurar", "Cambia la configuración del registrador, que borra sus datos");
+    auto* orden =
+        app.add_subcommand("configurar", "Cambia la configuración del registrador, que borra sus datos");
     const auto opciones = std::make_shared<Opciones>();
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
-        orden->add_option(kCampos[i].opcion, opciones->textos[i], fmt::format("Hasta {} caracteres", kAnchos[i]))
+        orden
+            ->add_option(kCampos[i].opcion, opciones->textos[i],
+                         fmt::format("Hasta {} caracteres", kAnchos[i]))
             ->type_name("TEXTO");
     }
     orden->add_option("--intervalo", opciones->intervalo, "Minutos entre muestras: 1, 5, 10, 15, 30 o 60")
@@ -277,13 +292,17 @@ void declararConfigurar(CLI::App& app, ContextoCli& contexto) {
     orden->add_option("--fecha", opciones->fecha, "Fecha del reloj")
         ->type_name("DD/MM/AAAA")
         ->check(comprobar(motivoFecha));
-    orden->add_option("--hora", opciones->hora, "Hora del reloj")->type_name("HH:MM:SS")->check(comprobar(motivoHora));
+    orden->add_option("--hora", opciones->hora, "Hora del reloj")
+        ->type_name("HH:MM:SS")
+        ->check(comprobar(motivoHora));
     orden->add_flag("--reloj-pc", opciones->relojPc, "Fecha y hora de este equipo");
-    orden->add_flag("--borrar-memoria", opciones->borrarMemoria, "Confirma que se borren los datos del registrador");
+    orden->add_flag("--borrar-memoria", opciones->borrarMemoria,
+                    "Confirma que se borren los datos del registrador");
     orden->add_option("--respaldo", opciones->respaldo, "Archivo base para la memoria que se borra")
         ->type_name("ARCHIVO");
     orden->add_flag("--sin-respaldo", opciones->sinRespaldo, "No descarga la memoria antes de borrarla");
-    orden->footer("Sin --respaldo, la memoria se guarda en la carpeta de datos del usuario (~/.local/share/telvane).");
+    orden->footer(
+        "Sin --respaldo, la memoria se guarda en la carpeta de datos del usuario (~/.local/share/telvane).");
     orden->callback([&contexto, opciones] {
         revisar(*opciones);
         contexto.orden = [&contexto, opciones] { Configurador(contexto, *opciones).correr(); };

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cerrno>
+#include <chrono>
 #include <exception>
 #include <filesystem>
 #include <memory>
@@ -72,7 +72,8 @@ Formato formatoDe(const Opciones& opciones) {
 std::vector<Par> pares(const Opciones& opciones, Formato formato) {
     if (opciones.carpeta.empty()) {
         if (opciones.archivos.size() != 2) {
-            throw ErrorCli(CodigoSalida::malUso, "se esperan ENTRADA y SALIDA, o --en CARPETA y las entradas");
+            throw ErrorCli(CodigoSalida::malUso,
+                           "se esperan ENTRADA y SALIDA, o --en CARPETA y las entradas");
         }
         return {{opciones.archivos[0], opciones.archivos[1]}};
     }
@@ -96,11 +97,14 @@ struct Convertido {
     std::string aviso;
 };
 
-Convertido convertirImagen(Conversor& conversor, const Trabajo& trabajo, std::span<const std::uint8_t> imagen) {
-    auto archivo = conversor.convertir(imagen, trabajo.formato, trabajo.perfil, trabajo.momento, trabajo.origen);
+Convertido convertirImagen(Conversor& conversor, const Trabajo& trabajo,
+                           std::span<const std::uint8_t> imagen) {
+    auto archivo =
+        conversor.convertir(imagen, trabajo.formato, trabajo.perfil, trabajo.momento, trabajo.origen);
     auto aviso = archivo.recuento.texto();
     if (imagen.size() < kBytesMemoria) {
-        aviso += fmt::format("\naviso: hay {} bytes de los {} de una imagen completa", imagen.size(), kBytesMemoria);
+        aviso += fmt::format("\naviso: hay {} bytes de los {} de una imagen completa", imagen.size(),
+                             kBytesMemoria);
     }
     return {std::move(archivo.bytes), std::move(aviso)};
 }
@@ -118,11 +122,15 @@ void convertirUna(ContextoCli& contexto, const Trabajo& trabajo, const Par& par)
     contexto.consola.aviso(convertido.aviso);
 }
 
-// Many images on all processors; the loop meanwhile only listens to signals, which end the run between two images.
+// Many images on all processors; the loop meanwhile only listens to signals, which end the run between two
+// images.
 class Tanda {
    public:
     Tanda(ContextoCli& contexto, const Trabajo& trabajo, const std::vector<Par>& lista)
-        : contexto_(contexto), trabajo_(trabajo), lista_(lista), aviso_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+        : contexto_(contexto),
+          trabajo_(trabajo),
+          lista_(lista),
+          aviso_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
         if (aviso_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
     }
     Tanda(const Tanda&) = delete;
@@ -137,7 +145,9 @@ class Tanda {
         enMarcha_ = cuantos;
         for (std::size_t i = 0; i < cuantos; ++i) obreros.emplace_back([this] { trabajar(); });
         try {
-            while (!esperar(contexto_.entorno, [this] { return acabados_; }, std::chrono::hours(1))) continue;
+            while (!esperar(
+                contexto_.entorno, [this] { return acabados_; }, std::chrono::hours(1)))
+                continue;
         } catch (...) {
             siguiente_ = lista_.size();
             throw;
@@ -193,7 +203,8 @@ void convertir(ContextoCli& contexto, const Opciones& opciones) {
     }
     const auto fallidas = Tanda(contexto, trabajo, lista).correr();
     if (fallidas > 0) {
-        throw ErrorCli(CodigoSalida::fallo, fmt::format("{} de {} archivos sin convertir", fallidas, lista.size()));
+        throw ErrorCli(CodigoSalida::fallo,
+                       fmt::format("{} de {} archivos sin convertir", fallidas, lista.size()));
     }
 }
 
@@ -202,9 +213,13 @@ void convertir(ContextoCli& contexto, const Opciones& opciones) {
 void declararConvertir(CLI::App& app, ContextoCli& contexto) {
     auto* orden = app.add_subcommand("convertir", "Convierte archivos base (.rgt) sin el registrador");
     const auto opciones = std::make_shared<Opciones>();
-    orden->add_option("ARCHIVO", opciones->archivos, "ENTRADA SALIDA; con --en, todas las entradas. - es la tubería")
+    orden
+        ->add_option("ARCHIVO", opciones->archivos,
+                     "ENTRADA SALIDA; con --en, todas las entradas. - es la tubería")
         ->required();
-    orden->add_option("--en", opciones->carpeta, "Carpeta de las salidas, cada una con el nombre de su entrada")
+    orden
+        ->add_option("--en", opciones->carpeta,
+                     "Carpeta de las salidas, cada una con el nombre de su entrada")
         ->type_name("CARPETA");
     orden->add_option("--formato", opciones->formato, "csv, xls o jsonl; si falta, el de la SALIDA, o csv")
         ->type_name("FORMATO")
@@ -215,8 +230,9 @@ void declararConvertir(CLI::App& app, ContextoCli& contexto) {
     orden->add_option("--perfil", opciones->perfil, "Fechas que valen: estricto (2001 a 2019) o ampliado")
         ->type_name("PERFIL")
         ->check(comprobar(motivoPerfil));
-    orden->callback(
-        [&contexto, opciones] { contexto.orden = [&contexto, opciones] { convertir(contexto, *opciones); }; });
+    orden->callback([&contexto, opciones] {
+        contexto.orden = [&contexto, opciones] { convertir(contexto, *opciones); };
+    });
 }
 
 }  // namespace telvane

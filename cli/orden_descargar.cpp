@@ -55,7 +55,8 @@ void descargar(ContextoCli& contexto, const Opciones& opciones) {
     if (opciones.base != kSalida) peticion.base = opciones.base;
     peticion.verificar = opciones.verificar;
     peticion.reintentos = leerEntero(opciones.reintentos);
-    const auto imagen = descargarImagen(contexto.entorno, consola, sesion.registrador(), datos.Nserie, peticion);
+    const auto imagen =
+        descargarImagen(contexto.entorno, consola, sesion.registrador(), datos.Nserie, peticion);
     if (opciones.base == kSalida) {
         consola.resultado({reinterpret_cast<const char*>(imagen.data()), imagen.size()});
     } else {
@@ -63,9 +64,9 @@ void descargar(ContextoCli& contexto, const Opciones& opciones) {
     }
     if (opciones.csv.empty()) return;
 
-    const auto archivo =
-        Conversor().convertir(imagen, Formato::csv, leerPerfil(opciones.perfil), contexto.entorno.reloj.ahora(),
-                              {.serie = datos.Nserie, .texto = textoConfig(datos)});
+    const auto archivo = Conversor().convertir(imagen, Formato::csv, leerPerfil(opciones.perfil),
+                                               contexto.entorno.reloj.ahora(),
+                                               {.serie = datos.Nserie, .texto = textoConfig(datos)});
     guardar(contexto, opciones.csv, archivo.bytes);
     consola.aviso(archivo.recuento.texto());
 }
@@ -84,17 +85,23 @@ void declararDescargar(CLI::App& app, ContextoCli& contexto) {
     orden->add_option("--espera", opciones->espera, "Segundos sin respuesta que se toleran; 5 si falta")
         ->type_name("S")
         ->check(comprobar(motivoSegundos));
-    orden->add_option("--reintentos", opciones->reintentos, "Veces que se vuelve a empezar tras un fallo; 2 si falta")
+    orden
+        ->add_option("--reintentos", opciones->reintentos,
+                     "Veces que se vuelve a empezar tras un fallo; 2 si falta")
         ->type_name("N")
         ->check(comprobar(motivoReintentos));
-    orden->add_option("--perfil", opciones->perfil, "Fechas que valen en el CSV: estricto (2001 a 2019) o ampliado")
+    orden
+        ->add_option("--perfil", opciones->perfil,
+                     "Fechas que valen en el CSV: estricto (2001 a 2019) o ampliado")
         ->type_name("PERFIL")
         ->check(comprobar(motivoPerfil));
     orden->footer(
-        "Cada bloque llega al disco en cuanto se recibe, en ARCHIVO.parcial, que toma su nombre al completarse. Si se\n"
+        "Cada bloque llega al disco en cuanto se recibe, en ARCHIVO.parcial, que toma su nombre al "
+        "completarse. Si se\n"
         "interrumpe, lo recibido queda allí.");
-    orden->callback(
-        [&contexto, opciones] { contexto.orden = [&contexto, opciones] { descargar(contexto, *opciones); }; });
+    orden->callback([&contexto, opciones] {
+        contexto.orden = [&contexto, opciones] { descargar(contexto, *opciones); };
+    });
 }
 
 }  // namespace telvane

@@ -46,8 +46,9 @@ void declararEnLinea(CLI::App& app, ContextoCli& contexto) {
         ->type_name("S")
         ->check(comprobar(motivoSegundos));
     orden->add_flag("--json", opciones->json, "Un objeto JSON por línea");
-    orden->callback(
-        [&contexto, opciones] { contexto.orden = [&contexto, opciones] { mostrarEnLinea(contexto, *opciones); }; });
+    orden->callback([&contexto, opciones] {
+        contexto.orden = [&contexto, opciones] { mostrarEnLinea(contexto, *opciones); };
+    });
 }
 
 }  // namespace telvane

@@ -21,7 +21,8 @@ constexpr int kUltimoPuerto = 12;
 
 std::string ocupantes(const FichaPuerto& ficha) {
     std::vector<std::string> partes;
-    for (const auto& [pid, nombre] : ficha.ocupantes) partes.push_back(fmt::format("{} (pid {})", nombre, pid));
+    for (const auto& [pid, nombre] : ficha.ocupantes)
+        partes.push_back(fmt::format("{} (pid {})", nombre, pid));
     return fmt::format("{}", fmt::join(partes, ", "));
 }
 
@@ -90,7 +91,8 @@ void mostrarPuertos(ContextoCli& contexto, bool json) {
     std::string texto;
     for (int numero = 1; numero <= ultimo; ++numero) {
         const auto dispositivo = mapa.dispositivo(numero);
-        const auto ficha = dispositivo ? describirPuerto(*dispositivo, contexto.entorno.raices) : FichaPuerto{};
+        const auto ficha =
+            dispositivo ? describirPuerto(*dispositivo, contexto.entorno.raices) : FichaPuerto{};
         texto += linea(numero, ficha);
         lista.push_back(objeto(numero, ficha));
     }
@@ -104,7 +106,8 @@ void declararPuertos(CLI::App& app, ContextoCli& contexto) {
     auto* orden = app.add_subcommand("puertos", "Muestra qué hay detrás de COM1 a COM12");
     const auto json = std::make_shared<bool>(false);
     orden->add_flag("--json", *json, "Como lista JSON");
-    orden->callback([&contexto, json] { contexto.orden = [&contexto, json] { mostrarPuertos(contexto, *json); }; });
+    orden->callback(
+        [&contexto, json] { contexto.orden = [&contexto, json] { mostrarPuertos(contexto, *json); }; });
 }
 
 }  // namespace telvane

@@ -26,7 +26,8 @@ void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
     const auto ahora = registrador.leerConfiguracion().Nserie;
     if (ahora != cifras) {
         throw ErrorCli(CodigoSalida::fallo,
-                       fmt::format("el registrador tiene ahora el número {}, no {}: vuelva a escribirlo", ahora, cifras));
+                       fmt::format("el registrador tiene ahora el número {}, no {}: vuelva a escribirlo",
+                                   ahora, cifras));
     }
     consola.resultado(fmt::format("{}\n", ahora));
 }
@@ -36,8 +37,11 @@ void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
 void declararSerie(CLI::App& app, ContextoCli& contexto) {
     auto* orden = app.add_subcommand("serie", "Escribe el número de serie en el registrador y lo comprueba");
     const auto cifras = std::make_shared<std::string>();
-    orden->add_option("CIFRAS", *cifras, "Las 8 cifras del número")->required()->check(comprobar(motivoSerie));
-    orden->callback([&contexto, cifras] { contexto.orden = [&contexto, cifras] { escribirSerie(contexto, *cifras); }; });
+    orden->add_option("CIFRAS", *cifras, "Las 8 cifras del número")
+        ->required()
+        ->check(comprobar(motivoSerie));
+    orden->callback(
+        [&contexto, cifras] { contexto.orden = [&contexto, cifras] { escribirSerie(contexto, *cifras); }; });
 }
 
 }  // namespace telvane

@@ -33,7 +33,8 @@ void Progreso::avance(std::size_t hechos) {
 std::string Progreso::barra(std::size_t hechos, double segundos) const {
     const std::size_t llenas = hechos * kCasillas / total_;
     const auto bloquesPorSegundo = segundos > 0 ? static_cast<double>(hechos) / segundos : 0.0;
-    const auto faltan = bloquesPorSegundo > 0 ? static_cast<double>(total_ - hechos) / bloquesPorSegundo : 0.0;
+    const auto faltan =
+        bloquesPorSegundo > 0 ? static_cast<double>(total_ - hechos) / bloquesPorSegundo : 0.0;
     return fmt::format("[{:#<{}}{:.<{}}] {:3} %  {}/{} bloques  {:.1f} kB/s  faltan {}", "", llenas, "",
                        kCasillas - llenas, hechos * 100 / total_, hechos, total_,
                        bloquesPorSegundo * static_cast<double>(kBytesBloque) / 1000.0, minutos(faltan));

@@ -46,14 +46,16 @@ int RegistradorCli::buscar() {
             consola_.aviso(fmt::format("COM{}: {}", numero_, error.what()));
         }
     }
-    throw ErrorCli(CodigoSalida::sinRegistrador,
-                   hayPuertos ? "no hay conexión con el registrador: revise el cable y la alimentación, y los puertos "
-                                "con \"telvane-cli puertos\""
-                              : "no hay ningún puerto serie que probar: conecte el adaptador o indíquelo con --com 1=DISPOSITIVO");
+    throw ErrorCli(
+        CodigoSalida::sinRegistrador,
+        hayPuertos ? "no hay conexión con el registrador: revise el cable y la alimentación, y los puertos "
+                     "con \"telvane-cli puertos\""
+                   : "no hay ningún puerto serie que probar: conecte el adaptador o indíquelo con --com "
+                     "1=DISPOSITIVO");
 }
 
-// Any answer of enough bytes is the logger's. One that is still in an exchange that somebody broke off takes the first
-// probe for a part of it; by the second it has given that up.
+// Any answer of enough bytes is the logger's. One that is still in an exchange that somebody broke off takes
+// the first probe for a part of it; by the second it has given that up.
 bool RegistradorCli::sondear(int numero) {
     LineaRegistrador linea(entorno_, puertos_, numero);
     linea.enviar(kSonda);
@@ -83,7 +85,8 @@ std::uint8_t RegistradorCli::recibir(LineaRegistrador& linea, std::int32_t conta
         throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde));
     }
     if (linea.esperarBytes(cuantos, espera_)) return linea.tomar();
-    throw ErrorIntercambio(CodigoSalida::fallo, "el registrador dejó de responder a mitad de la comunicación");
+    throw ErrorIntercambio(CodigoSalida::fallo,
+                           "el registrador dejó de responder a mitad de la comunicación");
 }
 
 DatosConfig RegistradorCli::leerConfiguracion() {
@@ -98,7 +101,8 @@ DatosConfig RegistradorCli::leerConfiguracion() {
         const auto paso = pasoLectura(contador, byte, datos);
         linea.enviar(paso.respuesta.value());
         if (paso.hito == HitoLectura::horaMala) consola_.aviso("hora mal");
-        if (paso.hito == HitoLectura::fechaMala || paso.hito == HitoLectura::finFechaMala) consola_.aviso("fecha mal");
+        if (paso.hito == HitoLectura::fechaMala || paso.hito == HitoLectura::finFechaMala)
+            consola_.aviso("fecha mal");
     }
     return datos;
 }

@@ -19,8 +19,8 @@
 namespace telvane {
 
 // Every wait has a deadline on the monotonic clock. Each exchange throws ErrorPuerto when the port fails,
-// ErrorIntercambio when the logger is silent (sinRegistrador for the first byte) or answers wrong (fallo), and
-// ErrorCli (interrumpido) on a signal.
+// ErrorIntercambio when the logger is silent (sinRegistrador for the first byte) or answers wrong (fallo),
+// and ErrorCli (interrumpido) on a signal.
 class RegistradorCli {
    public:
     using Marco = std::array<std::uint8_t, kBytesMarco>;
@@ -35,8 +35,8 @@ class RegistradorCli {
     // Longest silence of the logger within an exchange.
     void espera(Bucle::Duracion espera) { espera_ = espera; }
 
-    // Probes COM1 to COM12, passing over numbers without a device and telling why a port could not be tried; the
-    // first with an answer stays for the exchanges. Throws ErrorCli (sinRegistrador).
+    // Probes COM1 to COM12, passing over numbers without a device and telling why a port could not be tried;
+    // the first with an answer stays for the exchanges. Throws ErrorCli (sinRegistrador).
     int buscar();
 
     DatosConfig leerConfiguracion();
@@ -60,7 +60,8 @@ class RegistradorCli {
     bool sondear(int numero);
     void despertar();
     std::uint8_t recibir(LineaRegistrador& linea, std::int32_t contador, std::size_t cuantos = 1);
-    void recibirBloque(LineaRegistrador& linea, std::uint8_t primero, std::size_t numero, const AlBloque& alBloque);
+    void recibirBloque(LineaRegistrador& linea, std::uint8_t primero, std::size_t numero,
+                       const AlBloque& alBloque);
 
     EntornoCli& entorno_;
     Consola& consola_;

@@ -1,4 +1,5 @@
-// What a command that talks to the logger starts with: the ports of --com and the logger found on one of them.
+// What a command that talks to the logger starts with: the ports of --com and the logger found on one of
+// them.
 #pragma once
 
 #include <filesystem>

@@ -26,7 +26,8 @@ std::string conLf(std::string texto) {
 
 // Two digit characters, as an accepted byte leaves them.
 bool esDosCifras(const std::string& ranura) {
-    return ranura.size() == 2 && std::all_of(ranura.begin(), ranura.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return ranura.size() == 2 &&
+           std::all_of(ranura.begin(), ranura.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 }  // namespace
@@ -58,7 +59,8 @@ std::string configuracionParaPersonas(const DatosConfig& datos) {
     auto texto = conLf(textoConfig(datos));
     while (texto.ends_with("\n\n")) texto.pop_back();
     const auto reloj = relojDe(datos);
-    return texto + fmt::format("Reloj: {}\n", reloj ? fechaCorta(*reloj) + " " + horaLarga(*reloj) : "incorrecto");
+    return texto +
+           fmt::format("Reloj: {}\n", reloj ? fechaCorta(*reloj) + " " + horaLarga(*reloj) : "incorrecto");
 }
 
 std::string configuracionJson(const DatosConfig& datos, int puerto, const std::string& dispositivo) {
@@ -81,7 +83,9 @@ std::string configuracionJson(const DatosConfig& datos, int puerto, const std::s
     return json.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 
-std::string marcoParaPersonas(const MarcoEnLinea& marco) { return conLf(lineasMarco(textosMarco(marco))) + "\n"; }
+std::string marcoParaPersonas(const MarcoEnLinea& marco) {
+    return conLf(lineasMarco(textosMarco(marco))) + "\n";
+}
 
 std::string marcoJson(const MarcoEnLinea& marco, const FechaHora& momento) {
     const auto t = textosMarco(marco);
@@ -89,8 +93,8 @@ std::string marcoJson(const MarcoEnLinea& marco, const FechaHora& momento) {
         R"({{"hora":"{}","humedad":{},"temperatura":{},"dir_viento":{},"vel_viento":{},"rad_solar":{},)"
         R"("presion":{},"lluvia":{},"evaporacion":{}}})"
         "\n",
-        fechaIso(momento), t.humedad, t.temperatura, t.dirViento, t.velViento, t.radSolar, t.presion, t.lluvia,
-        t.evaporacion);
+        fechaIso(momento), t.humedad, t.temperatura, t.dirViento, t.velViento, t.radSolar, t.presion,
+        t.lluvia, t.evaporacion);
 }
 
 }  // namespace telvane

@@ -1,4 +1,5 @@
-// The logger's records as the console tool writes them: text for people, JSON for programs. UTF-8, lines ended by LF.
+// The logger's records as the console tool writes them: text for people, JSON for programs. UTF-8, lines
+// ended by LF.
 #pragma once
 
 #include <optional>
@@ -11,7 +12,8 @@
 
 namespace telvane {
 
-// The summary that the exports carry, lines ended by CR LF: the same text that the window makes of this record.
+// The summary that the exports carry, lines ended by CR LF: the same text that the window makes of this
+// record.
 std::string textoConfig(const DatosConfig& datos);
 
 // The record's clock; nullopt: one of its bytes was refused.
@@ -23,8 +25,8 @@ std::string fechaIso(const FechaHora& momento);
 std::string_view recortado(std::string_view texto);
 
 std::string configuracionParaPersonas(const DatosConfig& datos);
-// One object: puerto, dispositivo, serie, usuario, ubicacion, latitud, longitud, altitud, intervalo_minutos, reloj,
-// evaporacion. null where the logger's value is none.
+// One object: puerto, dispositivo, serie, usuario, ubicacion, latitud, longitud, altitud, intervalo_minutos,
+// reloj, evaporacion. null where the logger's value is none.
 std::string configuracionJson(const DatosConfig& datos, int puerto, const std::string& dispositivo);
 
 std::string marcoParaPersonas(const MarcoEnLinea& marco);

@@ -1,13 +1,13 @@
 #include "data/archivo_base.h"
 
-#include "platform/archivo.h"
-#include "platform/cp1252.h"
-#include "platform/guardado.h"
-
 #include <algorithm>
 #include <cctype>
 
 #include <fmt/format.h>
+
+#include "platform/archivo.h"
+#include "platform/cp1252.h"
+#include "platform/guardado.h"
 
 namespace telvane {
 

@@ -2,19 +2,19 @@
 // byte k mod 64 of block k div 64; a whole image is 262144 bytes.
 #pragma once
 
+#include <filesystem>
+#include <string>
+
 #include "data/estado_datos.h"
 #include "link/enlace.h"
 #include "loggerconfig/estado_config.h"
 #include "platform/tarea.h"
 #include "ui/forma_progress.h"
 
-#include <filesystem>
-#include <string>
-
 namespace telvane {
 
 class ArchivoBase {
- public:
+   public:
     ArchivoBase(Enlace& enlace, const EstadoConfig& config, EstadoDatos& datos, FormaProgress& progress)
         : enlace_(enlace), config_(config), datos_(datos), progress_(progress) {}
 
@@ -23,7 +23,7 @@ class ArchivoBase {
     // Click on Command43: fills memoria from a chosen file as far as it reaches, and nothing else.
     Tarea<> importar();
 
- private:
+   private:
     void cargar(const std::vector<std::uint8_t>& bytes);
 
     Enlace& enlace_;

@@ -1,18 +1,18 @@
 // The memory download: the button, the exchange on MSComm4, its progress and its cancelling.
 #pragma once
 
+#include <functional>
+#include <string_view>
+
 #include "data/estado_datos.h"
 #include "link/enlace.h"
 #include "platform/tarea.h"
 #include "ui/forma_progress.h"
 
-#include <functional>
-#include <string_view>
-
 namespace telvane {
 
 class Descarga {
- public:
+   public:
     struct Salidas {
         std::function<void(Tarea<>)> lanzar;  // starts an operation from an event
         std::function<void()> guardarBase;    // keeps the raw image as a base file
@@ -31,7 +31,7 @@ class Descarga {
     // Tick of Timer4: the elapsed time.
     void alTictac();
 
- private:
+   private:
     void leerBloque(std::uint8_t primero);
     void fallar(std::string_view texto);
     Tarea<> terminar();

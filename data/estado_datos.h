@@ -1,15 +1,15 @@
 // The form's state that the download, the exports and the base files share.
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+
 #include "data/bloques_texto.h"
 #include "data/decodificador.h"
 #include "data/memoria.h"
 #include "platform/reloj.h"
 #include "ui/forma_inicio.h"
-
-#include <chrono>
-#include <cstdint>
-#include <filesystem>
 
 namespace telvane {
 

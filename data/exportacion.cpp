@@ -25,8 +25,8 @@ Tarea<> Exportacion::generargt() {
     forma.RichTextBox2.text = encabezadoCsv(momento, textoConfig);
     decodificar();
     forma.Command1.enabled = true;
-    forma.RichTextBox1.text =
-        conMuestras(forma.RichTextBox2.text() + columnasCsv(datos_.decodificador.evaporacion()), datos_.bloquesTexto);
+    forma.RichTextBox1.text = conMuestras(
+        forma.RichTextBox2.text() + columnasCsv(datos_.decodificador.evaporacion()), datos_.bloquesTexto);
 
     PeticionArchivo peticion{.guardar = true,
                              .filtro = std::string(kFiltroCsv),

@@ -1,18 +1,18 @@
 // The CSV export and the events and spreadsheet export of the memory image that is held.
 #pragma once
 
+#include <string>
+
 #include "data/estado_datos.h"
 #include "link/enlace.h"
 #include "loggerconfig/estado_config.h"
 #include "platform/tarea.h"
 #include "ui/forma_progress.h"
 
-#include <string>
-
 namespace telvane {
 
 class Exportacion {
- public:
+   public:
     Exportacion(Enlace& enlace, const EstadoConfig& config, EstadoDatos& datos, FormaProgress& progress)
         : enlace_(enlace), config_(config), datos_(datos), progress_(progress) {}
 
@@ -21,7 +21,7 @@ class Exportacion {
     // Click on Command33: the spreadsheet text, and the report in RichTextBox2.
     Tarea<> exportarEventos();
 
- private:
+   private:
     void bloquear();
     void liberar();
     // textoConfig, or, when no logger was read, the text of the image's own header; sets the decoder's

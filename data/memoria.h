@@ -21,9 +21,7 @@ class Memoria {
 
     Memoria() : bytes_(kBloques * kBytesBloque) {}
 
-    Bloque bloque(std::size_t numero) {
-        return Bloque(bytes_.data() + numero * kBytesBloque, kBytesBloque);
-    }
+    Bloque bloque(std::size_t numero) { return Bloque(bytes_.data() + numero * kBytesBloque, kBytesBloque); }
     BloqueConst bloque(std::size_t numero) const {
         return BloqueConst(bytes_.data() + numero * kBytesBloque, kBytesBloque);
     }

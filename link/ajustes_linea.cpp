@@ -1,10 +1,10 @@
-#include "link/puerto_serie.h"
-#include "link/velocidades.h"
-
 #include <array>
 #include <charconv>
 #include <string_view>
 #include <system_error>
+
+#include "link/puerto_serie.h"
+#include "link/velocidades.h"
 
 namespace telvane {
 

@@ -1,14 +1,14 @@
 // What every exchange with the logger shares: the six channels, the state of the form, and the waits.
 #pragma once
 
+#include <cstdint>
+#include <string>
+
 #include "link/mscomm.h"
 #include "platform/dialogos.h"
 #include "platform/esperas.h"
 #include "platform/reloj.h"
 #include "ui/forma_inicio.h"
-
-#include <cstdint>
-#include <string>
 
 namespace telvane {
 

@@ -1,5 +1,11 @@
 #include "link/mapa_com.h"
 
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -10,12 +16,7 @@
 #include <tuple>
 #include <utility>
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <grp.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
-#include <unistd.h>
 
 namespace telvane {
 

@@ -1,7 +1,7 @@
 // Which device stands behind COM1, COM2, ..., and what a user can be told about each.
 #pragma once
 
-#include "link/puerto_serie.h"
+#include <sys/types.h>
 
 #include <filesystem>
 #include <map>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include <sys/types.h>
+#include "link/puerto_serie.h"
 
 namespace telvane {
 
@@ -25,7 +25,7 @@ struct RaicesSistema {
 std::vector<std::filesystem::path> dispositivosPresentes(const RaicesSistema& raices);
 
 class MapaCom {
- public:
+   public:
     static constexpr int kMaximoFijo = 16;        // highest number that a channel accepts
     static constexpr int kMaximoAutomatico = 12;  // highest number that a search tries
 
@@ -48,7 +48,7 @@ class MapaCom {
     // Looks for devices that have come; a fixed map never changes.
     void actualizar();
 
- private:
+   private:
     MapaCom() = default;
     void alojar(const std::filesystem::path& dispositivo);
 

@@ -1,8 +1,6 @@
 // One serial channel, with the operations of the serial control under its own names.
 #pragma once
 
-#include "link/puerto_serie.h"
-
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,6 +8,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "link/puerto_serie.h"
 
 namespace telvane {
 
@@ -40,11 +40,11 @@ inline constexpr int kDcb = 1011;
 // Which channel holds which port: the one that opened it last. Opening a port on another channel closes the
 // earlier opening and discards what it held, so a stalled exchange never steals the next one's bytes.
 class Tenencia {
- public:
+   public:
     void tomar(int numero, MSComm& canal);
     void soltar(MSComm& canal);
 
- private:
+   private:
     struct Parte {
         int numero;
         MSComm* canal;
@@ -54,7 +54,7 @@ class Tenencia {
 
 // Every refused assignment, and every failed step, throws ErrorPuerto.
 class MSComm {
- public:
+   public:
     enum class Modo { texto, binario };
 
     MSComm(Puertos& puertos, Tenencia& tenencia) : puertos_(puertos), tenencia_(tenencia) {}
@@ -115,7 +115,7 @@ class MSComm {
     // Raises the event with this code, as the line would. For the port layer and for tests.
     void suceder(int codigo);
 
- private:
+   private:
     friend class Tenencia;
     void cerrar();
     void despertar();

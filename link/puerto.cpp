@@ -1,11 +1,11 @@
 #include "link/puerto.h"
 
+#include <array>
+#include <limits>
+
 #include "link/protocolo.h"
 #include "link/siguiendo.h"
 #include "ui/textos.h"
-
-#include <array>
-#include <limits>
 
 namespace telvane {
 

@@ -1,10 +1,10 @@
 // The search for the logger's port.
 #pragma once
 
+#include <functional>
+
 #include "link/enlace.h"
 #include "ui/formulario.h"
-
-#include <functional>
 
 namespace telvane {
 
@@ -12,7 +12,7 @@ namespace telvane {
 void prepararCanal(MSComm& canal, int umbral);
 
 class BusquedaPuerto {
- public:
+   public:
     // presenta: the splash that a search without a logger closes. pulsarConfiguracion: starts the
     // configuration read, even while its button is disabled, and ends with it.
     BusquedaPuerto(Enlace& enlace, Formulario& presenta, std::function<Tarea<>()> pulsarConfiguracion)
@@ -24,7 +24,7 @@ class BusquedaPuerto {
     // Command1: disables itself, then searches.
     Tarea<> alReconectar();
 
- private:
+   private:
     void prepararCanales();
     Tarea<bool> sondear();
     Tarea<> encontrado();

@@ -1,4 +1,5 @@
-// A serial port, as the channels see it: behind it stands a real line, an in-process logger, or a failing one.
+// A serial port, as the channels see it: behind it stands a real line, an in-process logger, or a failing
+// one.
 #pragma once
 
 #include <cstddef>
@@ -14,13 +15,13 @@ namespace telvane {
 
 // Why a step on a port was refused, told apart by what the user can do about it.
 enum class MotivoPuerto {
-    noExiste,      // no such number, or its device is gone
+    noExiste,  // no such number, or its device is gone
     sinPermiso,
     ocupado,
     noEsTerminal,
-    desaparecido,  // the device hung up while open
-    lineaInvalida, // settings or value refused
-    cerrado,       // the channel is not open
+    desaparecido,   // the device hung up while open
+    lineaInvalida,  // settings or value refused
+    cerrado,        // the channel is not open
     otro
 };
 
@@ -37,9 +38,9 @@ class ErrorPuerto : public std::runtime_error {
 // "baud,parity,data bits,stop bits", e.g. "19200,n,8,1".
 struct AjustesLinea {
     int baudios = 9600;
-    char paridad = 'n';   // n, e, o, m, s
-    int bitsDatos = 8;    // 5 to 8
-    int bitsParada = 1;   // 1, 2
+    char paridad = 'n';  // n, e, o, m, s
+    int bitsDatos = 8;   // 5 to 8
+    int bitsParada = 1;  // 1, 2
     bool dtr = false;
     bool rts = false;
 

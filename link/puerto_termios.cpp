@@ -1,8 +1,11 @@
 #include "link/puerto_termios.h"
 
-#include "link/mscomm.h"
-#include "link/velocidades.h"
-#include "platform/guardado.h"
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -12,13 +15,11 @@
 #include <system_error>
 #include <utility>
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <poll.h>
-#include <sys/file.h>
-#include <sys/ioctl.h>
-#include <termios.h>
-#include <unistd.h>
+
+#include "link/mscomm.h"
+#include "link/velocidades.h"
+#include "platform/guardado.h"
 
 namespace telvane {
 

@@ -1,9 +1,7 @@
 // A serial port of the system.
 #pragma once
 
-#include "link/mapa_com.h"
-#include "link/puerto_serie.h"
-#include "platform/bucle.h"
+#include <linux/serial.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -13,7 +11,9 @@
 #include <span>
 #include <vector>
 
-#include <linux/serial.h>
+#include "link/mapa_com.h"
+#include "link/puerto_serie.h"
+#include "platform/bucle.h"
 
 namespace telvane {
 
@@ -22,7 +22,7 @@ namespace telvane {
 // sucesosDeLinea. The line keeps our settings after closing: changing its speed while the last bytes still
 // leave would damage them.
 class PuertoTermios final : public PuertoSerie {
- public:
+   public:
     // Throws ErrorPuerto. alDespertar: see Puertos.
     PuertoTermios(Bucle& bucle, const std::filesystem::path& dispositivo, const AjustesLinea& ajustes,
                   std::function<void()> alDespertar);
@@ -41,10 +41,10 @@ class PuertoTermios final : public PuertoSerie {
     std::vector<int> sucesosDeLinea() override;
     void vigilarLinea(bool si) override;
 
- private:
+   private:
     // Ours alone once reserved; closed whatever the constructor throws.
     class Descriptor {
-     public:
+       public:
         explicit Descriptor(int numero) : numero_(numero) {}
         Descriptor(const Descriptor&) = delete;
         Descriptor& operator=(const Descriptor&) = delete;
@@ -53,7 +53,7 @@ class PuertoTermios final : public PuertoSerie {
         // False, with errno: somebody else has it.
         bool reservar();
 
-     private:
+       private:
         int numero_;
         bool reservado_ = false;
     };
@@ -94,7 +94,7 @@ std::vector<int> cambiosDeLineas(int antes, int ahora);
 
 // The ports of the machine, by number.
 class PuertosSistema final : public Puertos {
- public:
+   public:
     PuertosSistema(Bucle& bucle, MapaCom mapa) : bucle_(bucle), mapa_(std::move(mapa)) {}
 
     // Whether the number has a device and the device is there.
@@ -104,7 +104,7 @@ class PuertosSistema final : public Puertos {
 
     const MapaCom& mapa() const { return mapa_; }
 
- private:
+   private:
     Bucle& bucle_;
     // Follows the adapters that come and go.
     mutable MapaCom mapa_;

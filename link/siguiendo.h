@@ -1,9 +1,9 @@
 // The one place where a step on a port may fail without stopping what follows.
 #pragma once
 
-#include "link/puerto_serie.h"
-
 #include <utility>
+
+#include "link/puerto_serie.h"
 
 namespace telvane {
 

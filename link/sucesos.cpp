@@ -1,12 +1,12 @@
 #include "link/sucesos.h"
 
-#include "link/protocolo.h"
-#include "link/siguiendo.h"
-
 #include <algorithm>
 #include <array>
 
 #include <fmt/format.h>
+
+#include "link/protocolo.h"
+#include "link/siguiendo.h"
 
 namespace telvane {
 

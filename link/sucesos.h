@@ -1,9 +1,9 @@
 // What the probe's channel says on the form's surface: the logger's answer, line events and errors.
 #pragma once
 
-#include "link/enlace.h"
-
 #include <string_view>
+
+#include "link/enlace.h"
 
 namespace telvane {
 

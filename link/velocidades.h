@@ -1,10 +1,10 @@
 // The line speeds that the system has a name for.
 #pragma once
 
+#include <termios.h>
+
 #include <array>
 #include <optional>
-
-#include <termios.h>
 
 namespace telvane {
 

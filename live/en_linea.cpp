@@ -1,11 +1,11 @@
 #include "live/en_linea.h"
 
+#include <array>
+
 #include "link/protocolo.h"
 #include "link/siguiendo.h"
 #include "live/marco_en_linea.h"
 #include "ui/textos.h"
-
-#include <array>
 
 namespace telvane {
 

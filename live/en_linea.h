@@ -1,15 +1,15 @@
 // Live data: the toggle button, and the polling that each shown frame keeps going.
 #pragma once
 
+#include <string>
+
 #include "link/enlace.h"
 #include "platform/tarea.h"
-
-#include <string>
 
 namespace telvane {
 
 class DatosEnLinea {
- public:
+   public:
     explicit DatosEnLinea(Enlace& enlace) : enlace_(enlace) {}
 
     // Click on Command4: stops, refuses or starts.
@@ -19,7 +19,7 @@ class DatosEnLinea {
 
     bool enLinea() const { return enLinea_; }
 
- private:
+   private:
     void parar();
     Tarea<> empezar();
 

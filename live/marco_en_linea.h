@@ -2,11 +2,11 @@
 // differ from the stored record's on purpose.
 #pragma once
 
-#include "link/protocolo.h"
-
 #include <cstdint>
 #include <span>
 #include <string>
+
+#include "link/protocolo.h"
 
 namespace telvane {
 

@@ -1,10 +1,10 @@
 #include "loggerconfig/datos_config.h"
 
-#include "platform/cp1252.h"
-#include "ui/textos.h"
-
 #include <algorithm>
 #include <charconv>
+
+#include "platform/cp1252.h"
+#include "ui/textos.h"
 
 namespace telvane {
 

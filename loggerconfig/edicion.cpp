@@ -1,10 +1,10 @@
 #include "loggerconfig/edicion.h"
 
-#include "loggerconfig/datos_config.h"
-#include "regional/formatos.h"
-
 #include <array>
 #include <charconv>
+
+#include "loggerconfig/datos_config.h"
+#include "regional/formatos.h"
 
 namespace telvane {
 

@@ -2,12 +2,12 @@
 // clock.
 #pragma once
 
+#include <optional>
+#include <string_view>
+
 #include "link/enlace.h"
 #include "loggerconfig/estado_config.h"
 #include "platform/tarea.h"
-
-#include <optional>
-#include <string_view>
 
 namespace telvane {
 
@@ -15,7 +15,7 @@ namespace telvane {
 std::optional<std::chrono::seconds> leerHora(std::string_view texto);
 
 class Edicion {
- public:
+   public:
     Edicion(Enlace& enlace, EstadoConfig& config) : enlace_(enlace), config_(config) {}
 
     // Click on Command2: enters edit mode. There is no way back but sending or reading again.
@@ -38,7 +38,7 @@ class Edicion {
     // Locks the fields and hides what only edit mode shows; only the chosen interval stays visible.
     void salirDeEdicion();
 
- private:
+   private:
     Enlace& enlace_;
     EstadoConfig& config_;
     bool horaTocada_ = false;

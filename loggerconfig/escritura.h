@@ -10,7 +10,7 @@
 namespace telvane {
 
 class EscrituraConfig {
- public:
+   public:
     EscrituraConfig(Enlace& enlace, EstadoConfig& config, Edicion& edicion)
         : enlace_(enlace), config_(config), edicion_(edicion) {}
 
@@ -19,7 +19,7 @@ class EscrituraConfig {
     // Communication event of MSComm5: one byte of the logger paces one of ours.
     void alComunicar();
 
- private:
+   private:
     void prepararMensaje();
     Tarea<> enviar();
     void terminarTransferencia();

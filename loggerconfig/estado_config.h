@@ -1,12 +1,12 @@
 // The form's state that the configuration exchanges and the exports share.
 #pragma once
 
-#include "ui/forma_inicio.h"
-
 #include <array>
 #include <chrono>
 #include <cstdint>
 #include <string>
+
+#include "ui/forma_inicio.h"
 
 namespace telvane {
 

@@ -11,7 +11,7 @@
 namespace telvane {
 
 class LecturaConfig {
- public:
+   public:
     LecturaConfig(Enlace& enlace, EstadoConfig& config, Formulario& presenta)
         : enlace_(enlace), config_(config), presenta_(presenta) {}
 
@@ -21,7 +21,7 @@ class LecturaConfig {
     // Communication event of MSComm2.
     void alComunicar();
 
- private:
+   private:
     void mostrar(const PasoLectura& paso);
     void terminar();
     void abandonar();

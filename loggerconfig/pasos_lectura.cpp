@@ -1,9 +1,9 @@
 #include "loggerconfig/pasos_lectura.h"
 
+#include <charconv>
+
 #include "link/protocolo.h"
 #include "platform/cp1252.h"
-
-#include <charconv>
 
 namespace telvane {
 

@@ -1,10 +1,10 @@
 // The configuration read, byte by byte: what to store and what to answer. No I/O, no form.
 #pragma once
 
-#include "loggerconfig/datos_config.h"
-
 #include <cstdint>
 #include <optional>
+
+#include "loggerconfig/datos_config.h"
 
 namespace telvane {
 

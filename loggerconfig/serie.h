@@ -12,7 +12,7 @@ inline constexpr int kTeclaRetroceso = 8;
 inline constexpr int kTeclaIntro = 13;
 
 class EscrituraSerie {
- public:
+   public:
     EscrituraSerie(Enlace& enlace, EstadoConfig& config) : enlace_(enlace), config_(config) {}
 
     // Key press in Text10: only digits, Backspace and Enter pass; any other becomes 0. True: Enter, send.
@@ -22,7 +22,7 @@ class EscrituraSerie {
     // Communication event of MSComm3.
     void alComunicar();
 
- private:
+   private:
     void terminar();
 
     Enlace& enlace_;

@@ -1,21 +1,21 @@
 #include "platform/archivo.h"
 
-#include "platform/guardado.h"
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <string>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "platform/guardado.h"
 
 namespace telvane {
 
 namespace {
 
 class Descriptor {
- public:
+   public:
     explicit Descriptor(int numero) : numero_(numero) {}
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
@@ -24,7 +24,7 @@ class Descriptor {
     }
     int operator()() const { return numero_; }
 
- private:
+   private:
     int numero_;
 };
 

@@ -9,7 +9,7 @@
 namespace telvane {
 
 class ErrorLectura : public std::runtime_error {
- public:
+   public:
     using std::runtime_error::runtime_error;
 };
 

@@ -11,20 +11,20 @@
 namespace telvane {
 
 class Bucle {
- public:
+   public:
     using Accion = std::function<void()>;
     using Duracion = std::chrono::nanoseconds;
 
     // Something the loop watches; destroying it ends the watch, even for an event that a pause holds back.
     class Vigilancia {
-     public:
+       public:
         virtual ~Vigilancia() = default;
     };
     using Asidero = std::unique_ptr<Vigilancia>;
 
     // A watched descriptor: silent while not active.
     class Lectura : public Vigilancia {
-     public:
+       public:
         virtual void activa(bool si) = 0;
     };
 
@@ -50,12 +50,12 @@ class Bucle {
     // Called with what an event handler did not expect; without it the exception leaves the loop.
     void alFallar(std::function<void(std::exception_ptr)> accion) { alFallar_ = std::move(accion); }
 
- protected:
+   protected:
     // What a concrete loop gives: the bare sources, which know nothing of pauses.
     virtual std::unique_ptr<Lectura> fuenteLectura(int descriptor, Accion accion) = 0;
     virtual Asidero fuenteAlarma(Duracion plazo, Accion accion) = 0;
 
- private:
+   private:
     void llamar(const Accion& accion);
     void reanudar();
 

@@ -1,17 +1,17 @@
 #include "platform/bucle_posix.h"
 
+#include <poll.h>
+#include <pthread.h>
+#include <sys/signalfd.h>
+#include <time.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <map>
 #include <system_error>
 #include <utility>
-
-#include <poll.h>
-#include <pthread.h>
-#include <sys/signalfd.h>
-#include <time.h>
-#include <unistd.h>
 
 namespace telvane {
 
@@ -57,7 +57,7 @@ struct BuclePosix::Fuentes {
 };
 
 class BuclePosix::LecturaPosix final : public Bucle::Lectura {
- public:
+   public:
     LecturaPosix(std::shared_ptr<Fuentes> fuentes, std::uint64_t clave)
         : fuentes_(std::move(fuentes)), clave_(clave) {}
     LecturaPosix(const LecturaPosix&) = delete;
@@ -65,20 +65,20 @@ class BuclePosix::LecturaPosix final : public Bucle::Lectura {
     ~LecturaPosix() override { fuentes_->lecturas.erase(clave_); }
     void activa(bool si) override { fuentes_->lecturas.at(clave_).activo = si; }
 
- private:
+   private:
     std::shared_ptr<Fuentes> fuentes_;
     std::uint64_t clave_;
 };
 
 class BuclePosix::AlarmaPosix final : public Bucle::Vigilancia {
- public:
+   public:
     AlarmaPosix(std::shared_ptr<Fuentes> fuentes, Fuentes::ClaveAlarma clave)
         : fuentes_(std::move(fuentes)), clave_(clave) {}
     AlarmaPosix(const AlarmaPosix&) = delete;
     AlarmaPosix& operator=(const AlarmaPosix&) = delete;
     ~AlarmaPosix() override { fuentes_->alarmas.erase(clave_); }
 
- private:
+   private:
     std::shared_ptr<Fuentes> fuentes_;
     Fuentes::ClaveAlarma clave_;
 };

@@ -1,8 +1,6 @@
 // The loop of the console tools, on poll(2), and the signals that come through it.
 #pragma once
 
-#include "platform/bucle.h"
-
 #include <csignal>
 #include <cstdint>
 #include <functional>
@@ -11,12 +9,14 @@
 #include <optional>
 #include <vector>
 
+#include "platform/bucle.h"
+
 namespace telvane {
 
 // Sleeps until something is due. What descriptors tell comes before the alarms of the same moment, so bytes
 // that arrived in time are never overtaken by their deadline.
 class BuclePosix final : public Bucle {
- public:
+   public:
     BuclePosix();
     ~BuclePosix() override;
 
@@ -33,11 +33,11 @@ class BuclePosix final : public Bucle {
     // Times that the loop woke up; a loop that spins shows here.
     std::uint64_t despertares() const { return despertares_; }
 
- protected:
+   protected:
     std::unique_ptr<Lectura> fuenteLectura(int descriptor, Accion accion) override;
     Asidero fuenteAlarma(Duracion plazo, Accion accion) override;
 
- private:
+   private:
     struct Fuentes;
     class LecturaPosix;
     class AlarmaPosix;
@@ -55,14 +55,14 @@ class BuclePosix final : public Bucle {
 // Signals as events of a loop: while it lives, those listed neither kill the process nor interrupt a call.
 // Other threads must be started while it lives, so that they inherit the block. One at a time for a signal.
 class Senales {
- public:
+   public:
     // Throws std::system_error when the system gives no descriptor.
     Senales(Bucle& bucle, std::initializer_list<int> cuales, std::function<void(int senal)> alLlegar);
     Senales(const Senales&) = delete;
     Senales& operator=(const Senales&) = delete;
     ~Senales();
 
- private:
+   private:
     void leer();
 
     std::function<void(int)> alLlegar_;

@@ -8,8 +8,8 @@
 
 namespace telvane {
 
-// One byte is one character. The five bytes without a character there (0x81 0x8D 0x8F 0x90 0x9D) become the control
-// characters of the same number, so that every byte survives the round trip.
+// One byte is one character. The five bytes without a character there (0x81 0x8D 0x8F 0x90 0x9D) become the
+// control characters of the same number, so that every byte survives the round trip.
 void agregarUtf8(std::string& texto, std::uint8_t byte);
 std::string utf8DeCp1252(std::span<const std::uint8_t> bytes);
 

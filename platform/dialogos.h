@@ -1,13 +1,13 @@
 // Message boxes, file dialogs and "open this file", handed in from outside.
 #pragma once
 
-#include "platform/tarea.h"
-
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "platform/tarea.h"
 
 namespace telvane {
 
@@ -36,7 +36,7 @@ struct PeticionArchivo {
 };
 
 class Dialogos {
- public:
+   public:
     virtual ~Dialogos() = default;
     // Closing the box counts as its negative button (aceptar where it is the only one).
     virtual void mensaje(const Mensaje& mensaje, std::function<void(Boton)> listo) = 0;

@@ -22,8 +22,8 @@ Esperas::PausaAwaiter Esperas::sinCeder(std::chrono::nanoseconds duracion) {
 }
 
 void Esperas::revisar() {
-    // Resuming one wait may start or end others: walk over a copy and ask whether each is still there. The youngest
-    // first, because its end may be what an older one waits for.
+    // Resuming one wait may start or end others: walk over a copy and ask whether each is still there. The
+    // youngest first, because its end may be what an older one waits for.
     const std::vector<HastaAwaiter*> ahora(pendientes_.rbegin(), pendientes_.rend());
     for (auto* espera : ahora) {
         if (std::find(pendientes_.begin(), pendientes_.end(), espera) == pendientes_.end()) continue;

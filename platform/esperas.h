@@ -1,10 +1,6 @@
 // The one way in which an operation waits for time or for the logger.
 #pragma once
 
-#include "platform/bucle.h"
-#include "platform/reloj.h"
-#include "platform/tarea.h"
-
 #include <chrono>
 #include <coroutine>
 #include <functional>
@@ -12,10 +8,14 @@
 #include <memory>
 #include <string>
 
+#include "platform/bucle.h"
+#include "platform/reloj.h"
+#include "platform/tarea.h"
+
 namespace telvane {
 
 class Esperas {
- public:
+   public:
     using Condicion = std::function<bool()>;
 
     Esperas(Bucle& bucle, const Reloj& reloj, const Tareas& tareas)
@@ -39,7 +39,7 @@ class Esperas {
     void revisar();
 
     class HastaAwaiter {
-     public:
+       public:
         HastaAwaiter(Esperas& esperas, double final, Condicion condicion)
             : esperas_(esperas), final_(final), condicion_(std::move(condicion)) {}
         HastaAwaiter(const HastaAwaiter&) = delete;
@@ -55,7 +55,7 @@ class Esperas {
         }
         void await_resume() const noexcept {}
 
-     private:
+       private:
         friend class Esperas;
         void empezar();
         void armar();
@@ -71,7 +71,7 @@ class Esperas {
     };
 
     class PausaAwaiter {
-     public:
+       public:
         PausaAwaiter(Bucle& bucle, std::chrono::nanoseconds duracion) : bucle_(bucle), duracion_(duracion) {}
         PausaAwaiter(const PausaAwaiter&) = delete;
         PausaAwaiter& operator=(const PausaAwaiter&) = delete;
@@ -85,13 +85,13 @@ class Esperas {
         }
         void await_resume() const noexcept {}
 
-     private:
+       private:
         Bucle& bucle_;
         std::chrono::nanoseconds duracion_;
         std::shared_ptr<bool> vive_ = std::make_shared<bool>(true);
     };
 
- private:
+   private:
     Bucle& bucle_;
     const Reloj& reloj_;
     const Tareas& tareas_;

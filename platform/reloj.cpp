@@ -1,10 +1,11 @@
 #include "platform/reloj.h"
 
+#include <time.h>
+
 #include <charconv>
 #include <ctime>
 
 #include <fmt/format.h>
-#include <time.h>
 
 namespace telvane {
 

@@ -15,7 +15,7 @@ struct FechaHora {
 };
 
 class Reloj {
- public:
+   public:
     virtual ~Reloj() = default;
     // The user's clock on the wall: it jumps at midnight, with daylight saving and when somebody sets it.
     virtual FechaHora ahora() const = 0;
@@ -32,7 +32,7 @@ double textoComoSegundos(const std::string& texto);
 
 // The machine's clock.
 class RelojSistema final : public Reloj {
- public:
+   public:
     FechaHora ahora() const override;
     std::chrono::nanoseconds monotono() const override;
 };

@@ -61,7 +61,7 @@ struct Promesa<void> : PromesaBase {
 // A lazily started coroutine; it owns its frame. Awaited once; an exception leaves through the co_await.
 template <class T>
 class [[nodiscard]] Tarea {
- public:
+   public:
     using promise_type = detalle::Promesa<T>;
     using Asa = std::coroutine_handle<promise_type>;
 
@@ -88,7 +88,7 @@ class [[nodiscard]] Tarea {
         return asa_.promise().resultado();
     }
 
- private:
+   private:
     void destruir() {
         if (asa_) asa_.destroy();
     }
@@ -107,7 +107,7 @@ inline Tarea<void> detalle::Promesa<void>::get_return_object() {
 // The operations in flight. Destroying it destroys those that are still suspended; whatever they wait for
 // forgets them (see Aviso and Esperas).
 class Tareas {
- public:
+   public:
     using AlFallar = std::function<void(std::exception_ptr)>;
 
     // alFallar receives what an operation did not expect.
@@ -123,7 +123,7 @@ class Tareas {
     // goes on only after that one: the order in which nested handlers would end.
     bool esLaMasJoven(std::uint64_t operacion) const;
 
- private:
+   private:
     struct Raiz;
     void recoger();
 
@@ -136,7 +136,7 @@ class Tareas {
 // The callback may come at once, or never, or after the waiting operation was destroyed.
 template <class T>
 class Aviso {
- public:
+   public:
     using Listo = std::function<void(T)>;
 
     explicit Aviso(std::function<void(Listo)> pedir)
@@ -159,7 +159,7 @@ class Aviso {
     }
     T await_resume() { return std::move(*punto_->valor); }
 
- private:
+   private:
     struct Punto {
         std::optional<T> valor;
         std::coroutine_handle<> quien;

@@ -1,16 +1,16 @@
 #include "regional/almacen_usuario.h"
 
-#include "platform/archivo.h"
-#include "platform/guardado.h"
-#include "regional/module1.h"
+#include <langinfo.h>
+#include <locale.h>
 
 #include <algorithm>
 #include <array>
 #include <memory>
 #include <string_view>
 
-#include <langinfo.h>
-#include <locale.h>
+#include "platform/archivo.h"
+#include "platform/guardado.h"
+#include "regional/module1.h"
 
 namespace telvane {
 

@@ -2,23 +2,23 @@
 // locale for what is not in it.
 #pragma once
 
-#include "regional/registro.h"
-
 #include <filesystem>
 #include <map>
 #include <string>
 
+#include "regional/registro.h"
+
 namespace telvane {
 
 class AlmacenUsuario final : public Registro {
- public:
+   public:
     // ruta: the store, "name=value" a line, UTF-8, "#" for a comment. Empty: no home, every access fails.
     explicit AlmacenUsuario(std::filesystem::path ruta) : ruta_(std::move(ruta)) {}
 
     std::string RegRead(const std::string& nombre) override;
     void RegWrite(const std::string& nombre, const std::string& valor) override;
 
- private:
+   private:
     std::map<std::string, std::string> leer() const;
 
     std::filesystem::path ruta_;

@@ -1,10 +1,10 @@
 // Reading a short date that a user typed.
 #pragma once
 
-#include "regional/formatos.h"
-
 #include <optional>
 #include <string_view>
+
+#include "regional/formatos.h"
 
 namespace telvane {
 

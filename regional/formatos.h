@@ -1,10 +1,10 @@
 // Dates and times as text: day/month/year, 24 hours, Spanish names, whatever the session's locale.
 #pragma once
 
-#include "platform/reloj.h"
-
 #include <chrono>
 #include <string>
+
+#include "platform/reloj.h"
 
 namespace telvane {
 

@@ -1,12 +1,12 @@
 // The check of the user's regional settings.
 #pragma once
 
+#include <array>
+#include <string_view>
+
 #include "platform/dialogos.h"
 #include "platform/tarea.h"
 #include "regional/registro.h"
-
-#include <array>
-#include <string_view>
 
 namespace telvane {
 

@@ -7,12 +7,12 @@
 namespace telvane {
 
 class ErrorRegistro : public std::runtime_error {
- public:
+   public:
     using std::runtime_error::runtime_error;
 };
 
 class Registro {
- public:
+   public:
     virtual ~Registro() = default;
     // Full name of a value, e.g. "HKEY_CURRENT_USER\Control Panel\International\sDecimal". Both throw
     // ErrorRegistro, with the reason in Spanish, when the value cannot be read or written.

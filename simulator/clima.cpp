@@ -1,10 +1,10 @@
 #include "simulator/clima.h"
 
-#include "loggerconfig/datos_config.h"
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+
+#include "loggerconfig/datos_config.h"
 
 namespace telvane {
 

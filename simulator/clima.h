@@ -1,14 +1,14 @@
 // Plausible weather of an Andean dry-land farm as functions of time, and its raw readings.
 #pragma once
 
-#include "data/muestra.h"
-#include "link/protocolo.h"
-#include "platform/reloj.h"
-
 #include <array>
 #include <chrono>
 #include <cstdint>
 #include <span>
+
+#include "data/muestra.h"
+#include "link/protocolo.h"
+#include "platform/reloj.h"
 
 namespace telvane {
 
@@ -31,11 +31,11 @@ struct Tiempo {
 
 // The same number gives the same weather, whatever was asked before.
 class Clima {
- public:
+   public:
     explicit Clima(std::uint32_t semilla = 1) : semilla_(semilla) {}
     Tiempo en(SegundosCiviles momento) const;
 
- private:
+   private:
     enum class Canal : std::uint32_t { dia, nubes, viento, direccion, giro, presion, lluvia };
     double azar(Canal canal, std::int64_t lugar) const;
     double onda(Canal canal, double segundos, double periodo) const;

@@ -91,7 +91,7 @@ std::vector<Pieza> partir(std::string_view texto) {
 
 // Reads one fault text; the pieces may come in any order behind the operation.
 class LectorDeFallo {
- public:
+   public:
     explicit LectorDeFallo(std::string_view texto) : texto_(texto) {}
 
     Fallo leer() {
@@ -105,7 +105,7 @@ class LectorDeFallo {
         return fallo_;
     }
 
- private:
+   private:
     void tomar(const Pieza& pieza) {
         if (pieza.nombre == "byte") {
             byte_ = numero(pieza, 10, kBytesSaludo + kBytesMemoria - 1);

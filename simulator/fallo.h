@@ -2,8 +2,6 @@
 // text.
 #pragma once
 
-#include "simulator/maquina_registrador.h"
-
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +9,8 @@
 #include <optional>
 #include <string_view>
 #include <vector>
+
+#include "simulator/maquina_registrador.h"
 
 namespace telvane {
 
@@ -65,11 +65,11 @@ extern const std::string_view kAyudaFallo;
 
 // Faults at work; each remembers how often its byte came by.
 class PlanDeFallos {
- public:
+   public:
     explicit PlanDeFallos(std::vector<Fallo> fallos) : fallos_(std::move(fallos)), veces_(fallos_.size()) {}
     Efecto operator()(const ByteSaliente& saliente);
 
- private:
+   private:
     std::vector<Fallo> fallos_;
     std::vector<std::size_t> veces_;
 };

@@ -2,9 +2,6 @@
 // it. Driven by the time that the caller hands in; no clock and no alarm of its own.
 #pragma once
 
-#include "simulator/fallo.h"
-#include "simulator/maquina_registrador.h"
-
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -13,10 +10,13 @@
 #include <optional>
 #include <utility>
 
+#include "simulator/fallo.h"
+#include "simulator/maquina_registrador.h"
+
 namespace telvane {
 
 class LineaSimulada {
- public:
+   public:
     using Momento = std::chrono::nanoseconds;
 
     // Something that reaches the PC.
@@ -62,7 +62,7 @@ class LineaSimulada {
     MaquinaRegistrador& maquina() { return maquina_; }
     const MaquinaRegistrador& maquina() const { return maquina_; }
 
- private:
+   private:
     struct EnCamino {
         std::uint8_t byte;
         Momento cuando;

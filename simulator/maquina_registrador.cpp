@@ -1,8 +1,8 @@
 #include "simulator/maquina_registrador.h"
 
-#include "platform/cp1252.h"
-
 #include <algorithm>
+
+#include "platform/cp1252.h"
 
 namespace telvane {
 

@@ -2,18 +2,18 @@
 // be copied and compared against.
 #pragma once
 
-#include "link/protocolo.h"
-#include "loggerconfig/datos_config.h"
-#include "platform/reloj.h"
-#include "simulator/clima.h"
-#include "simulator/memoria_simulada.h"
-
 #include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "link/protocolo.h"
+#include "loggerconfig/datos_config.h"
+#include "platform/reloj.h"
+#include "simulator/clima.h"
+#include "simulator/memoria_simulada.h"
 
 namespace telvane {
 
@@ -28,7 +28,7 @@ enum class Intercambio : std::uint8_t {
 };
 
 class MaquinaRegistrador {
- public:
+   public:
     // Longest silence inside an exchange; after it the logger is at rest again.
     static constexpr std::chrono::milliseconds kSilencioMaximo{1500};
 
@@ -66,7 +66,7 @@ class MaquinaRegistrador {
     // Counts the writes that changed what the logger keeps.
     std::size_t cambios() const { return cambios_; }
 
- private:
+   private:
     using Bytes = std::vector<std::uint8_t>;
 
     Bytes enReposo(std::uint8_t byte, std::chrono::nanoseconds ahora);

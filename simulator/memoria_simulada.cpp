@@ -1,8 +1,8 @@
 #include "simulator/memoria_simulada.h"
 
-#include "platform/cp1252.h"
-
 #include <algorithm>
+
+#include "platform/cp1252.h"
 
 namespace telvane {
 

@@ -1,16 +1,16 @@
 // The memory image of a simulated logger: its configuration at the head, a year of hourly records behind it.
 #pragma once
 
-#include "loggerconfig/datos_config.h"
-#include "platform/reloj.h"
-#include "simulator/clima.h"
-
 #include <array>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "loggerconfig/datos_config.h"
+#include "platform/reloj.h"
+#include "simulator/clima.h"
 
 namespace telvane {
 

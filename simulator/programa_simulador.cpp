@@ -1,6 +1,6 @@
 #include "simulator/programa_simulador.h"
 
-#include "platform/guardado.h"
+#include <poll.h>
 
 #include <algorithm>
 #include <array>
@@ -11,7 +11,8 @@
 #include <utility>
 
 #include <fmt/format.h>
-#include <poll.h>
+
+#include "platform/guardado.h"
 
 namespace telvane {
 

@@ -1,20 +1,20 @@
 // A simulated logger at work on a pty, at the line's own pace.
 #pragma once
 
-#include "platform/reloj.h"
-#include "simulator/linea_simulada.h"
-#include "simulator/terminal_simulado.h"
-
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <vector>
 
+#include "platform/reloj.h"
+#include "simulator/linea_simulada.h"
+#include "simulator/terminal_simulado.h"
+
 namespace telvane {
 
 class ProgramaSimulador {
- public:
+   public:
     // memoria: where the image goes each time that the logger's memory changed; none: nowhere.
     ProgramaSimulador(LineaSimulada linea, std::filesystem::path enlace,
                       std::optional<std::filesystem::path> memoria);
@@ -23,7 +23,7 @@ class ProgramaSimulador {
     // Serves the line until the descriptor senales can be read.
     void servir(int senales);
 
- private:
+   private:
     using Momento = LineaSimulada::Momento;
 
     void escuchar();

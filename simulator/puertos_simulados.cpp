@@ -1,11 +1,11 @@
 #include "simulator/puertos_simulados.h"
 
-#include "simulator/linea_simulada.h"
-
 #include <algorithm>
 #include <deque>
 #include <stdexcept>
 #include <utility>
+
+#include "simulator/linea_simulada.h"
 
 namespace telvane {
 
@@ -18,7 +18,7 @@ using Que = LineaSimulada::Llegada::Que;
 
 // One port number: the wire with its logger, and the opening that listens to it.
 class PuertosSimulados::Puesto {
- public:
+   public:
     Puesto(Bucle& bucle, const Reloj& reloj) : bucle_(bucle), reloj_(reloj) {}
 
     std::optional<LineaSimulada> linea;  // none: nothing at the other end
@@ -39,7 +39,7 @@ class PuertosSimulados::Puesto {
     }
     void cambio();
 
- private:
+   private:
     Bucle& bucle_;
     const Reloj& reloj_;
 };
@@ -47,7 +47,7 @@ class PuertosSimulados::Puesto {
 // An opening. Its alarm is a hint only: the logger is brought up to date whenever somebody asks, so that a
 // pause of the loop holds back the news and not the logger.
 class PuertosSimulados::Puerto final : public PuertoSerie {
- public:
+   public:
     Puerto(Puesto& puesto, std::function<void()> alDespertar)
         : puesto_(puesto), alDespertar_(std::move(alDespertar)) {
         puesto_.abierto = this;
@@ -87,7 +87,7 @@ class PuertosSimulados::Puerto final : public PuertoSerie {
 
     void programar();
 
- private:
+   private:
     void recoger();
     void tomar(const LineaSimulada::Llegada& llegada);
     bool hayQueDespertar() const;

@@ -2,13 +2,6 @@
 // they run a search of half a minute or a whole download in milliseconds.
 #pragma once
 
-#include "link/protocolo.h"
-#include "link/puerto_serie.h"
-#include "platform/bucle.h"
-#include "platform/reloj.h"
-#include "simulator/fallo.h"
-#include "simulator/maquina_registrador.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -18,12 +11,19 @@
 #include <span>
 #include <vector>
 
+#include "link/protocolo.h"
+#include "link/puerto_serie.h"
+#include "platform/bucle.h"
+#include "platform/reloj.h"
+#include "simulator/fallo.h"
+#include "simulator/maquina_registrador.h"
+
 namespace telvane {
 
 // Outlives every port opened from it; loop and clock outlive both. A logger hears and speaks "19200,n,8,1"
 // only.
 class PuertosSimulados final : public Puertos {
- public:
+   public:
     // baudios: 19200 for the pace of the real line, 0 for answers that arrive whole at the loop's next turn.
     PuertosSimulados(Bucle& bucle, const Reloj& reloj, int baudios = 0);
     ~PuertosSimulados() override;
@@ -64,7 +64,7 @@ class PuertosSimulados final : public Puertos {
     std::unique_ptr<PuertoSerie> abrir(int numero, const AjustesLinea& ajustes,
                                        std::function<void()> alDespertar) override;
 
- private:
+   private:
     class Puesto;
     class Puerto;
     Puesto& puesto(int numero) const;

@@ -1,8 +1,7 @@
 // telvane-sim: a logger on a pty, for trying and testing everything that talks to one.
-#include "platform/archivo.h"
-#include "platform/guardado.h"
-#include "simulator/memoria_simulada.h"
-#include "simulator/programa_simulador.h"
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
@@ -19,9 +18,11 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <sys/prctl.h>
-#include <sys/signalfd.h>
-#include <unistd.h>
+
+#include "platform/archivo.h"
+#include "platform/guardado.h"
+#include "simulator/memoria_simulada.h"
+#include "simulator/programa_simulador.h"
 
 namespace telvane {
 namespace {

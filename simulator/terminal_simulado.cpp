@@ -1,17 +1,18 @@
 #include "simulator/terminal_simulado.h"
 
-#include "platform/guardado.h"
+#include <fcntl.h>
+#include <stdlib.h>
+#include <termios.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <stdexcept>
 #include <utility>
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <stdlib.h>
-#include <termios.h>
-#include <unistd.h>
+
+#include "platform/guardado.h"
 
 namespace telvane {
 

@@ -13,7 +13,7 @@ namespace telvane {
 // Keeps the far end open itself, so that a program that closes it does not hang the pty up. What nobody read
 // stays in the pty for the next one who opens it, as in the system's own port drivers.
 class TerminalSimulado {
- public:
+   public:
     // Opens the pty and links enlace to it. A link that points nowhere is replaced; anything else that has
     // that name is left alone. Throws std::runtime_error with the reason in Spanish.
     explicit TerminalSimulado(std::filesystem::path enlace);
@@ -36,7 +36,7 @@ class TerminalSimulado {
     void colgar();
     void reabrir();
 
- private:
+   private:
     void abrirPty();
     void enlazar();
 

@@ -48,7 +48,7 @@ enum class Que : std::uint8_t {
 // A value that tells its control's form when it changes to something else.
 template <class T, Que cual>
 class Propiedad {
- public:
+   public:
     Propiedad(Control& control, T inicial) : control_(control), valor_(std::move(inicial)) {}
     Propiedad(const Propiedad&) = delete;
     Propiedad& operator=(const Propiedad&) = delete;
@@ -57,7 +57,7 @@ class Propiedad {
     operator const T&() const { return valor_; }
     const T& operator()() const { return valor_; }
 
- private:
+   private:
     Control& control_;
     T valor_;
 };
@@ -78,7 +78,7 @@ struct Inicial {
 };
 
 class Control {
- public:
+   public:
     Control(Formulario& formulario, std::string_view nombre, Clase clase, const Inicial& inicial);
     Control(const Control&) = delete;
     Control& operator=(const Control&) = delete;
@@ -92,14 +92,14 @@ class Control {
     // Back to the state at load (an unloaded form starts again from it).
     void restablecer();
 
- private:
+   private:
     Formulario& formulario_;
     std::string_view nombre_;
     Clase clase_;
     std::string_view nombreAccesible_;
     Inicial inicial_;
 
- public:
+   public:
     // UTF-8 plain text; it may hold anything that the logger sent.
     Propiedad<std::string, Que::caption> caption;
     Propiedad<std::string, Que::text> text;

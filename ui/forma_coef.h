@@ -1,12 +1,12 @@
 // The sensor coefficients form: sixteen labelled rows of two fields. Nothing reads them.
 #pragma once
 
-#include "ui/formulario.h"
-
 #include <array>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "ui/formulario.h"
 
 namespace telvane {
 
@@ -30,7 +30,7 @@ struct FormaCoef final : Formulario {
     std::vector<std::unique_ptr<Control>> Label3;
     std::vector<std::unique_ptr<Control>> Text;
 
- private:
+   private:
     std::vector<std::string> nombres_;
 };
 

@@ -1,9 +1,9 @@
 // The main form: every control by its designer name, with its caption, hint and state at load.
 #pragma once
 
-#include "ui/formulario.h"
-
 #include <array>
+
+#include "ui/formulario.h"
 
 namespace telvane {
 

@@ -1,8 +1,6 @@
 // A form as data: its controls by designer name, its caption, and the lines printed on its surface.
 #pragma once
 
-#include "ui/control.h"
-
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -11,10 +9,12 @@
 #include <string_view>
 #include <vector>
 
+#include "ui/control.h"
+
 namespace telvane {
 
 class Formulario {
- public:
+   public:
     explicit Formulario(std::string_view nombre, std::string_view caption);
     Formulario(const Formulario&) = delete;
     Formulario& operator=(const Formulario&) = delete;
@@ -50,7 +50,7 @@ class Formulario {
     // Observes for as long as the caller keeps what is returned.
     [[nodiscard]] Observacion observar(Observador observador);
 
- private:
+   private:
     friend class Control;
     template <class T, Que cual>
     friend class Propiedad;

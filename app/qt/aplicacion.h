@@ -13,8 +13,8 @@ class Aplicacion final : public QApplication {
    public:
     Aplicacion(int& argc, char** argv);
 
-    // Spanish for the toolkit's own dialogs and menus, where its translation is installed. No widget on the screen
-    // needs it, so it may wait for the first frame.
+    // Spanish for the toolkit's own dialogs and menus, where its translation is installed. No widget on the
+    // screen needs it, so it may wait for the first frame.
     void hablarCastellano();
     // Called with what an event handler did not expect.
     void alFallar(std::function<void(const std::string& que)> accion) { alFallar_ = std::move(accion); }

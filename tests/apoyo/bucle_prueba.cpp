@@ -55,13 +55,13 @@ struct BuclePrueba::Cola {
 
 // Destroying it disarms the alarm; it may outlive both its firing and the loop.
 class BuclePrueba::Alarma final : public Bucle::Vigilancia {
- public:
+   public:
     Alarma(std::shared_ptr<Cola> cola, Cola::Clave clave) : cola_(std::move(cola)), clave_(clave) {}
     Alarma(const Alarma&) = delete;
     Alarma& operator=(const Alarma&) = delete;
     ~Alarma() override { cola_->armadas.erase(clave_); }
 
- private:
+   private:
     std::shared_ptr<Cola> cola_;
     Cola::Clave clave_;
 };

@@ -1,20 +1,20 @@
 // A loop and a clock of virtual time: an hour of waiting passes in microseconds, always in the same order.
 #pragma once
 
-#include "platform/bucle.h"
-#include "platform/reloj.h"
-
 #include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
 #include <vector>
 
+#include "platform/bucle.h"
+#include "platform/reloj.h"
+
 namespace telvane {
 
 // Starts on Friday 20 November 2026 at 10:00:00.
 class RelojPrueba final : public Reloj {
- public:
+   public:
     RelojPrueba();
 
     FechaHora ahora() const override;
@@ -27,13 +27,13 @@ class RelojPrueba final : public Reloj {
     // Time passes on both, as in a handler that takes long: what falls due meanwhile is delivered late.
     void dejarPasar(std::chrono::nanoseconds duracion);
 
- private:
+   private:
     std::chrono::nanoseconds monotono_;
     std::chrono::nanoseconds civil_;  // local time since 1970-01-01 00:00
 };
 
 class BuclePrueba final : public Bucle {
- public:
+   public:
     BuclePrueba();
     ~BuclePrueba() override;
 
@@ -58,12 +58,12 @@ class BuclePrueba final : public Bucle {
     std::size_t alarmasArmadas() const;
     std::size_t sucesosEntregados() const { return entregados_; }
 
- protected:
+   protected:
     // In-process ports have no descriptor: throws std::logic_error.
     std::unique_ptr<Lectura> fuenteLectura(int descriptor, Accion accion) override;
     Asidero fuenteAlarma(Duracion plazo, Accion accion) override;
 
- private:
+   private:
     struct Cola;
     class Alarma;
     void vigilarGiroEnVano(Duracion vence);

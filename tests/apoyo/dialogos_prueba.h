@@ -1,8 +1,6 @@
 // Message boxes and file dialogs that answer by themselves: the test says what the next answer is.
 #pragma once
 
-#include "platform/dialogos.h"
-
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -10,11 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "platform/dialogos.h"
+
 namespace telvane {
 
 // A box or file dialog that nobody expected fails the test, and so does an answer that nobody asked for.
 class DialogosPrueba final : public Dialogos {
- public:
+   public:
     using Ruta = std::optional<std::filesystem::path>;
 
     DialogosPrueba() = default;
@@ -51,7 +51,7 @@ class DialogosPrueba final : public Dialogos {
     void archivo(const PeticionArchivo& peticion, std::function<void(Ruta)> listo) override;
     bool abrirDocumento(const std::filesystem::path& ruta) override;
 
- private:
+   private:
     struct Respuesta {
         std::optional<Boton> boton;  // none: left open
         std::optional<std::string> texto;

@@ -1,18 +1,18 @@
 // A program of ours run by a test: its output is read and its end awaited with deadlines, never by sleeping.
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <sys/types.h>
-
 namespace telvane {
 
 class Proceso {
- public:
+   public:
     using Plazo = std::chrono::milliseconds;
     // Far beyond what a loaded machine needs; passing it is a failure of the test.
     static constexpr Plazo kPlazo{20'000};
@@ -35,7 +35,7 @@ class Proceso {
     const std::string& errores() const { return errores_.texto; }
     pid_t pid() const { return pid_; }
 
- private:
+   private:
     struct Tubo {
         int descriptor = -1;
         std::string texto;

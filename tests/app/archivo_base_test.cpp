@@ -1,11 +1,11 @@
 // Base file import.
 #include "data/archivo_base.h"
 
-#include "app/banco.h"
+#include <sys/stat.h>
 
 #include <fstream>
 
-#include <sys/stat.h>
+#include "app/banco.h"
 
 namespace telvane {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class Importar : public Banco {
- protected:
+   protected:
     static constexpr const char* kExito = "El archivo se proceso con exito";
 
     void sinRegistrador() {

@@ -67,6 +67,15 @@ TEST_F(Arranque, OnlyTheDifferingValuesAreListedAndAllEightAreWrittenInTheirOrde
     }
 }
 
+TEST_F(Arranque, NoTimerRunsWhileTheFirstQuestionWaits) {
+    registro.poner("iDigits", "3");
+    dialogos.dejarAbierto();
+    inicio.cargar();
+    bucle.avanzar(1min);
+    EXPECT_EQ(forma.MaskEdBox2.text(), "");
+    dialogos.contestar(Boton::cancelar);
+}
+
 TEST_F(Arranque, AValueThatDiffersOnlyInCaseCountsAsDifferent) {
     registro.poner("sTimeFormat", "hh:mm:ss");
     dialogos.responder(Boton::aceptar);

@@ -1,11 +1,11 @@
 #include "app/banco.h"
 
-#include "platform/cp1252.h"
+#include <stdlib.h>
 
 #include <fstream>
 #include <iterator>
 
-#include <stdlib.h>
+#include "platform/cp1252.h"
 
 namespace telvane {
 

@@ -2,12 +2,6 @@
 // of the test.
 #pragma once
 
-#include "apoyo/bucle_prueba.h"
-#include "apoyo/dialogos_prueba.h"
-#include "app/inicio.h"
-#include "regional/module1.h"
-#include "simulator/puertos_simulados.h"
-
 #include <chrono>
 #include <filesystem>
 #include <map>
@@ -16,11 +10,17 @@
 
 #include <gtest/gtest.h>
 
+#include "apoyo/bucle_prueba.h"
+#include "apoyo/dialogos_prueba.h"
+#include "app/inicio.h"
+#include "regional/module1.h"
+#include "simulator/puertos_simulados.h"
+
 namespace telvane {
 
 // The eight values, right from the start; every access is noted.
 class RegistroPrueba final : public Registro {
- public:
+   public:
     RegistroPrueba() {
         for (const auto& valor : kValoresRegionales)
             poner(std::string(valor.nombre), std::string(valor.exigido));
@@ -46,21 +46,21 @@ class RegistroPrueba final : public Registro {
 
 // A folder of its own for each test, gone with it.
 class CarpetaTemporal {
- public:
+   public:
     CarpetaTemporal();
     CarpetaTemporal(const CarpetaTemporal&) = delete;
     CarpetaTemporal& operator=(const CarpetaTemporal&) = delete;
     ~CarpetaTemporal();
     const std::filesystem::path& ruta() const { return ruta_; }
 
- private:
+   private:
     std::filesystem::path ruta_;
 };
 
 std::string contenido(const std::filesystem::path& ruta);
 
 class Banco : public ::testing::Test {
- protected:
+   protected:
     explicit Banco(int baudios = 0, Perfil perfil = Perfil::estricto);
 
     using ms = std::chrono::milliseconds;

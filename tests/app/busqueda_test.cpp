@@ -8,7 +8,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class Busqueda : public Banco {
- protected:
+   protected:
     // Time from the answered question to the next message.
     std::chrono::nanoseconds buscar(Boton final = Boton::aceptar) {
         dialogos.responder(Boton::aceptar, kPregunta);

@@ -1,7 +1,7 @@
 // The memory download.
-#include "app/banco.h"
-
 #include <fstream>
+
+#include "app/banco.h"
 
 namespace telvane {
 namespace {
@@ -9,7 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class DescargaTest : public Banco {
- protected:
+   protected:
     explicit DescargaTest(int baudios = 0) : Banco(baudios) {}
 
     static constexpr const char* kExito = "La descarga de datos se realizó con exito";
@@ -197,7 +197,7 @@ TEST_F(DescargaTest, ALoggerThatHangsUpIsLeftWithCancelAndFoundAgain) {
 }
 
 class DescargaALaVelocidadDeLaLinea : public DescargaTest {
- protected:
+   protected:
     DescargaALaVelocidadDeLaLinea() : DescargaTest(19200) {}
 };
 

@@ -7,7 +7,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class EnLinea : public Banco {
- protected:
+   protected:
     // At the pace of the line: an answer that takes no time would be asked for again without end.
     EnLinea() : Banco(kBaudios) {}
 

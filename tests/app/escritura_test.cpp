@@ -10,7 +10,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class Escritura : public Banco {
- protected:
+   protected:
     static constexpr const char* kBorrara =
         "SE BORRARAN TODOS LOS DATOS DE MEMORIA!  \r\n\r\n\r\nesta seguro de cambiarla? ";
 

@@ -9,7 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class Exportar : public Banco {
- protected:
+   protected:
     explicit Exportar(Perfil perfil = Perfil::estricto) : Banco(0, perfil) {}
 
     void descargarHasta(std::optional<std::filesystem::path> ruta,
@@ -158,7 +158,7 @@ TEST_F(Exportar, TheReportIsShownWhetherOrNotTheFileIsSaved) {
 }
 
 class ExportarAmpliado : public Exportar {
- protected:
+   protected:
     ExportarAmpliado() : Exportar(Perfil::ampliado) {}
 };
 

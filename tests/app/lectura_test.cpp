@@ -8,7 +8,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class Lectura : public Banco {
- protected:
+   protected:
     // What the logger sends before the record.
     static constexpr std::size_t kAcuses = 2;
 

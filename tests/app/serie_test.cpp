@@ -8,7 +8,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class Serie : public Banco {
- protected:
+   protected:
     void enviar(const std::string& digitos) {
         escribir(forma.Text10, digitos);
         inicio.teclear(forma.Text10, 13);

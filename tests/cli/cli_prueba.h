@@ -5,9 +5,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +15,9 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "apoyo/bucle_prueba.h"
 #include "cli/aplicacion.h"
@@ -80,7 +80,9 @@ inline std::string leerTodo(const std::filesystem::path& ruta) {
     std::ifstream entrada(ruta, std::ios::binary);
     return {std::istreambuf_iterator<char>(entrada), {}};
 }
-inline std::string comoTexto(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
+inline std::string comoTexto(const std::vector<std::uint8_t>& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
 
 struct Resultado {
     CodigoSalida codigo;
@@ -107,7 +109,8 @@ class CliPrueba : public testing::Test {
         EntornoCli entorno{
             .bucle = bucle,
             .reloj = bucle.reloj(),
-            .correrHasta = [this](const auto& condicion, auto plazo) { return bucle.correrHasta(condicion, plazo); },
+            .correrHasta = [this](const auto& condicion,
+                                  auto plazo) { return bucle.correrHasta(condicion, plazo); },
             .abrirPuertos = [this](const MapaCom&) { return std::make_unique<Prestados>(puertos); },
             .raices = {carpeta / "dev", carpeta / "sys", carpeta / "proc"},
             .entrada = entrada.descriptor(),
@@ -119,7 +122,8 @@ class CliPrueba : public testing::Test {
             alarma = bucle.alarma(senalTras.first, [&] { entorno.senal = senalTras.second; });
         }
         const int codigo = correrCli(argumentos, entorno);
-        return {static_cast<CodigoSalida>(codigo), salida.texto(), errores.texto(), bucle.reloj().monotono() - inicio};
+        return {static_cast<CodigoSalida>(codigo), salida.texto(), errores.texto(),
+                bucle.reloj().monotono() - inicio};
     }
 
     BuclePrueba bucle;

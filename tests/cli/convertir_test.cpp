@@ -99,8 +99,8 @@ TEST_F(Convertir, JsonLinesHoldEverySampleWithTheSameNumbers) {
         }
         ASSERT_EQ(linea.substr(19), unidos + "\r");
         const auto hora = json["hora"].get<std::string>();
-        ASSERT_EQ(linea.substr(0, 19), hora.substr(8, 2) + "/" + hora.substr(5, 2) + "/" + hora.substr(0, 4) + "," +
-                                           hora.substr(11));
+        ASSERT_EQ(linea.substr(0, 19), hora.substr(8, 2) + "/" + hora.substr(5, 2) + "/" + hora.substr(0, 4) +
+                                           "," + hora.substr(11));
         ++muestras;
     }
     EXPECT_GT(muestras, 8000U);
@@ -133,10 +133,13 @@ TEST_F(Convertir, AnInputThatCannotBeReadIsAFailureWithItsReason) {
 TEST_F(Convertir, OneImageTellsNothingOfTheOneBefore) {
     Conversor conversor;
     const auto momento = bucle.reloj().ahora();
-    const auto limpio = Conversor().convertir(std::vector<std::uint8_t>(100, 0x11), Formato::csv, Perfil::estricto, momento);
+    const auto limpio =
+        Conversor().convertir(std::vector<std::uint8_t>(100, 0x11), Formato::csv, Perfil::estricto, momento);
     conversor.convertir(imagen, Formato::csv, Perfil::estricto, momento);
-    EXPECT_EQ(conversor.convertir(std::vector<std::uint8_t>(100, 0x11), Formato::csv, Perfil::estricto, momento).bytes,
-              limpio.bytes);
+    EXPECT_EQ(
+        conversor.convertir(std::vector<std::uint8_t>(100, 0x11), Formato::csv, Perfil::estricto, momento)
+            .bytes,
+        limpio.bytes);
 }
 
 // Many at once wait on real descriptors.
@@ -148,7 +151,8 @@ class ConvertirMuchos : public Convertir {
         FlujoEnMemoria errores;
         EntornoCli entorno{.bucle = real,
                            .reloj = bucle.reloj(),
-                           .correrHasta = [&](const auto& condicion, auto plazo) { return real.correrHasta(condicion, plazo); },
+                           .correrHasta = [&](const auto& condicion,
+                                              auto plazo) { return real.correrHasta(condicion, plazo); },
                            .abrirPuertos = {},
                            .salida = salida.descriptor(),
                            .errores = errores.descriptor()};
@@ -167,13 +171,15 @@ TEST_F(ConvertirMuchos, EveryImageGetsItsFile) {
     }
     const auto r = correrDeVeras(argumentos);
     EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
-    for (int i = 0; i < 20; ++i) EXPECT_EQ(leerTodo(carpeta / ("d/" + std::to_string(i) + ".csv")), comoLaVentana());
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(leerTodo(carpeta / ("d/" + std::to_string(i) + ".csv")), comoLaVentana());
     EXPECT_EQ(std::count(r.errores.begin(), r.errores.end(), '\n'), 20);
 }
 
 TEST_F(ConvertirMuchos, ABadOneDoesNotStopTheOthers) {
     guardar("b.rgt", imagen);
-    const auto r = correrDeVeras({"convertir", "--en", carpeta.ruta().string(), carpeta / "a.rgt", carpeta / "no.rgt", carpeta / "b.rgt"});
+    const auto r = correrDeVeras({"convertir", "--en", carpeta.ruta().string(), carpeta / "a.rgt",
+                                  carpeta / "no.rgt", carpeta / "b.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.errores, HasSubstr("1 de 3 archivos sin convertir"));
     EXPECT_THAT(carpeta.nombres(), UnorderedElementsAre("a.rgt", "b.rgt", "a.csv", "b.csv"));
@@ -181,7 +187,8 @@ TEST_F(ConvertirMuchos, ABadOneDoesNotStopTheOthers) {
 
 TEST_F(ConvertirMuchos, ASignalEndsTheRun) {
     guardar("b.rgt", imagen);
-    const auto r = correrDeVeras({"convertir", "--en", carpeta.ruta().string(), carpeta / "a.rgt", carpeta / "b.rgt"}, SIGINT);
+    const auto r = correrDeVeras(
+        {"convertir", "--en", carpeta.ruta().string(), carpeta / "a.rgt", carpeta / "b.rgt"}, SIGINT);
     EXPECT_EQ(r.codigo, CodigoSalida::interrumpido);
 }
 

@@ -20,7 +20,8 @@ using testing::UnorderedElementsAre;
 class Descargar : public CliPrueba {
    protected:
     std::string imagen() { return comoTexto(puertos.maquina(kPuerto).imagen()); }
-    // The logger says this instead, once: from: which byte of the download's answers, the two of the handshake first.
+    // The logger says this instead, once: from: which byte of the download's answers, the two of the
+    // handshake first.
     void unaVez(std::size_t indice, std::function<Efecto(const ByteSaliente&)> efecto) {
         puertos.manipular(kPuerto, [=, hecho = false](const ByteSaliente& saliente) mutable {
             if (hecho || saliente.intercambio != Intercambio::descarga || saliente.indice != indice) {
@@ -67,7 +68,8 @@ TEST_F(Descargar, EitherFileMayGoToTheOutput) {
 TEST_F(Descargar, AnOldBaseFileStaysUntilTheNewOneIsWhole) {
     std::ofstream(carpeta / "a.rgt") << "old";
     unaVez(indiceDe(100), callar);
-    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo, CodigoSalida::fallo);
+    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo,
+              CodigoSalida::fallo);
     EXPECT_EQ(leerTodo(carpeta / "a.rgt"), "old");
     EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt"}).codigo, CodigoSalida::hecho);
     EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
@@ -219,7 +221,8 @@ TEST_F(Descargar, OnATerminalABarTellsRateAndRemainingTime) {
         if (saliente.intercambio == Intercambio::descarga && saliente.indice % 64 == 2) efecto.demora = 10ms;
         return efecto;
     });
-    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo, CodigoSalida::hecho);
+    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo,
+              CodigoSalida::hecho);
     std::string todo(100'000, '\0');
     const auto n = ::read(maestro, todo.data(), todo.size());
     ASSERT_GT(n, 0);

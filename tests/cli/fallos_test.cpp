@@ -17,7 +17,9 @@ struct CasoFallo {
     std::size_t paso;
 };
 
-void PrintTo(const CasoFallo& caso, std::ostream* flujo) { *flujo << caso.nombre; }
+void PrintTo(const CasoFallo& caso, std::ostream* flujo) {
+    *flujo << caso.nombre;
+}
 
 class Fallos : public CliPrueba, public testing::WithParamInterface<std::tuple<CasoFallo, Dano>> {
    protected:
@@ -52,9 +54,11 @@ TEST_P(Fallos, EndWithACodeInTimeAndTheNextRunSucceeds) {
             return saliente.numero == lugar ? danar(saliente, dano) : Efecto::pasar(saliente.byte);
         });
         auto orden = caso.orden;
-        if (orden[0] == "descargar") orden.insert(orden.end(), {"--reintentos", "0", "--base", carpeta / "a.rgt"});
+        if (orden[0] == "descargar")
+            orden.insert(orden.end(), {"--reintentos", "0", "--base", carpeta / "a.rgt"});
         const auto r = correr(orden);
-        EXPECT_THAT(r.codigo, testing::AnyOf(CodigoSalida::hecho, CodigoSalida::fallo, CodigoSalida::sinRegistrador));
+        EXPECT_THAT(r.codigo,
+                    testing::AnyOf(CodigoSalida::hecho, CodigoSalida::fallo, CodigoSalida::sinRegistrador));
         EXPECT_LT(r.duracion, 60s);
         EXPECT_FALSE(puertos.abierto(kPuerto));
 
@@ -66,12 +70,14 @@ TEST_P(Fallos, EndWithACodeInTimeAndTheNextRunSucceeds) {
 }
 
 std::string nombre(const testing::TestParamInfo<std::tuple<CasoFallo, Dano>>& info) {
-    constexpr std::array<const char*, 5> kDanos = {"silencio", "cambiado", "sobrante", "colgado", "errorEscritura"};
-    return std::string(std::get<0>(info.param).nombre) + "_" + kDanos[static_cast<std::size_t>(std::get<1>(info.param))];
+    constexpr std::array<const char*, 5> kDanos = {"silencio", "cambiado", "sobrante", "colgado",
+                                                   "errorEscritura"};
+    return std::string(std::get<0>(info.param).nombre) + "_" +
+           kDanos[static_cast<std::size_t>(std::get<1>(info.param))];
 }
 
-// The answers: 31 bytes to the probe, 31 to the wake-up, then those of the exchange. Every command but the first two
-// starts with a read of the configuration.
+// The answers: 31 bytes to the probe, 31 to the wake-up, then those of the exchange. Every command but the
+// first two starts with a read of the configuration.
 constexpr std::size_t kLectura = 31 + 113;
 constexpr std::size_t kInicio = 31 + kLectura;
 
@@ -87,10 +93,10 @@ INSTANTIATE_TEST_SUITE_P(
                                   kInicio,
                                   kInicio + 31 + 108 + kLectura,
                                   1},
-                        CasoFallo{"descargar", {"descargar"}, kInicio, kInicio + 31 + 2 + kBytesMemoria, 70'001},
+                        CasoFallo{
+                            "descargar", {"descargar"}, kInicio, kInicio + 31 + 2 + kBytesMemoria, 70'001},
                         CasoFallo{"saludo", {"descargar"}, kInicio + 31, kInicio + 31 + 4, 1}),
-                     testing::Values(Dano::silencio, Dano::cambiado, Dano::sobrante, Dano::colgado,
-                                     Dano::errorEscritura)),
+        testing::Values(Dano::silencio, Dano::cambiado, Dano::sobrante, Dano::colgado, Dano::errorEscritura)),
     nombre);
 
 }  // namespace

@@ -33,8 +33,8 @@ TEST_F(Ordenes, HelpGoesToTheOutputAndIsNoError) {
 
 TEST_F(Ordenes, HelpNamesEveryCommand) {
     const auto ayuda = correr({"--help"}).salida;
-    for (const auto* orden : {"puertos", "buscar", "configuracion", "en-linea", "descargar", "convertir", "configurar",
-                              "serie"}) {
+    for (const auto* orden : {"puertos", "buscar", "configuracion", "en-linea", "descargar", "convertir",
+                              "configurar", "serie"}) {
         EXPECT_THAT(ayuda, HasSubstr(std::string("\n  ") + orden + " "));
     }
 }
@@ -64,7 +64,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         CasoUso{{}, "falta la orden"}, CasoUso{{"nada"}, "no hay una orden \"nada\""},
         CasoUso{{"buscar", "--nada"}, "no se entiende \"--nada\""},
-        CasoUso{{"buscar", "sobra"}, "no se entiende \"sobra\""}, CasoUso{{"--com", "x", "buscar"}, "--com x: "},
+        CasoUso{{"buscar", "sobra"}, "no se entiende \"sobra\""},
+        CasoUso{{"--com", "x", "buscar"}, "--com x: "},
         CasoUso{{"--com", "0=/dev/a", "buscar"}, "el número va de 1 a 16"},
         CasoUso{{"--com", "1=/dev/a", "--com", "1=/dev/b", "buscar"}, "ya tiene dispositivo"},
         CasoUso{{"buscar", "--com"}, "--com: falta su valor"}, CasoUso{{"descargar"}, "falta --base"},
@@ -206,7 +207,8 @@ TEST_F(Ordenes, LiveReadingsAreCounted) {
     const auto r = correr({"en-linea", "--cuenta", "3"});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho);
     std::size_t veces = 0;
-    for (auto lugar = r.salida.find("[RH%]="); lugar != std::string::npos; lugar = r.salida.find("[RH%]=", lugar + 1)) {
+    for (auto lugar = r.salida.find("[RH%]="); lugar != std::string::npos;
+         lugar = r.salida.find("[RH%]=", lugar + 1)) {
         ++veces;
     }
     EXPECT_EQ(veces, 3U);
@@ -294,7 +296,8 @@ TEST_F(Ordenes, WithoutABackupFileTheMemoryGoesToTheUsersFolder) {
 }
 
 TEST_F(Ordenes, AFailedBackupWritesNothing) {
-    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", carpeta / "no/x.rgt"});
+    const auto r =
+        correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", carpeta / "no/x.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
 }
@@ -314,8 +317,8 @@ TEST_F(Ordenes, TheLoggersOwnClockGoesOnWhenNoneIsGiven) {
 }
 
 TEST_F(Ordenes, AGivenDateAndTimeAreSent) {
-    const auto r = correr({"configurar", "--fecha", "31/12/2024", "--hora", "23:59:58", "--borrar-memoria",
-                           "--sin-respaldo"});
+    const auto r = correr(
+        {"configurar", "--fecha", "31/12/2024", "--hora", "23:59:58", "--borrar-memoria", "--sin-respaldo"});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
     const auto reloj = puertos.maquina(kPuerto).reloj(bucle.reloj().monotono());
     EXPECT_GE(reloj.anio, 2024);
@@ -326,7 +329,8 @@ TEST_F(Ordenes, WhatReadsBackDifferentIsAFailure) {
     bool escrito = false;
     puertos.manipular(kPuerto, [&](const ByteSaliente& saliente) {
         escrito = escrito || saliente.intercambio == Intercambio::escritura;
-        const bool letra = escrito && saliente.intercambio == Intercambio::lectura && saliente.indice == 1 + 40;
+        const bool letra =
+            escrito && saliente.intercambio == Intercambio::lectura && saliente.indice == 1 + 40;
         return Efecto::pasar(letra ? 'X' : saliente.byte);
     });
     const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});

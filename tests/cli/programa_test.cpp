@@ -103,12 +103,13 @@ INSTANTIATE_TEST_SUITE_P(ConCadaSenal, Senalado, testing::Values(SIGINT, SIGTERM
 TEST_F(Programa, WhileItWaitsForItsInputASignalEndsIt) {
     int tubo[2];
     ASSERT_EQ(::pipe(tubo), 0);
-    Proceso proceso({"/bin/sh", "-c", "exec \"$@\" <&" + std::to_string(tubo[0]), "sh", TELVANE_CLI, "convertir", "-",
-                     (carpeta / "a.csv").string()});
+    Proceso proceso({"/bin/sh", "-c", "exec \"$@\" <&" + std::to_string(tubo[0]), "sh", TELVANE_CLI,
+                     "convertir", "-", (carpeta / "a.csv").string()});
     // Nothing comes through the pipe. Once the tool has its descriptor of signals, none of them is lost.
     ASSERT_TRUE(esperarA([&] {
         std::error_code error;
-        for (const auto& fd : fs::directory_iterator(fs::path("/proc") / std::to_string(proceso.pid()) / "fd", error)) {
+        for (const auto& fd :
+             fs::directory_iterator(fs::path("/proc") / std::to_string(proceso.pid()) / "fd", error)) {
             if (fs::read_symlink(fd, error).string().find("signalfd") != std::string::npos) return true;
         }
         return false;

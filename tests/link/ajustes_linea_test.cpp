@@ -1,8 +1,8 @@
-#include "link/puerto_serie.h"
-
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "link/puerto_serie.h"
 
 namespace telvane {
 namespace {

@@ -1,5 +1,8 @@
 #include "platform/bucle_posix.h"
 
+#include <signal.h>
+#include <unistd.h>
+
 #include <array>
 #include <chrono>
 #include <memory>
@@ -8,8 +11,6 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <unistd.h>
 
 namespace telvane {
 namespace {
@@ -17,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class Tubo {
- public:
+   public:
     Tubo() {
         if (::pipe(extremos_.data()) != 0) throw std::runtime_error("pipe");
     }
@@ -39,7 +40,7 @@ class Tubo {
         extremos_[1] = -1;
     }
 
- private:
+   private:
     std::array<int, 2> extremos_{-1, -1};
 };
 

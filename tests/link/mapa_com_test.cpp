@@ -1,6 +1,9 @@
 #include "link/mapa_com.h"
 
-#include "pty_prueba.h"
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <string>
@@ -9,10 +12,8 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
-#include <unistd.h>
+
+#include "pty_prueba.h"
 
 namespace telvane {
 namespace {
@@ -24,7 +25,7 @@ using testing::IsEmpty;
 
 // A machine of our own: folders that look like the system's.
 class Maquina : public testing::Test {
- protected:
+   protected:
     Maquina() {
         std::string plantilla = (fs::temp_directory_path() / "maquina.XXXXXX").string();
         if (!::mkdtemp(plantilla.data())) throw std::runtime_error("mkdtemp");

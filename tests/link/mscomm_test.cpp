@@ -1,14 +1,14 @@
 // The channel: thresholds, buffer, refusals, and whose port it is.
 #include "link/mscomm.h"
 
+#include <numeric>
+
+#include <gtest/gtest.h>
+
 #include "apoyo/bucle_prueba.h"
 #include "link/protocolo.h"
 #include "link/siguiendo.h"
 #include "simulator/puertos_simulados.h"
-
-#include <numeric>
-
-#include <gtest/gtest.h>
 
 namespace telvane {
 namespace {
@@ -16,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class MSCommTest : public ::testing::Test {
- protected:
+   protected:
     MSCommTest() {
         puertos.conectar(1);
         puertos.agregar(2);

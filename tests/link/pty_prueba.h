@@ -1,6 +1,10 @@
 // A pseudo-terminal for tests: what a logger would be at the other end of the cable.
 #pragma once
 
+#include <fcntl.h>
+#include <pty.h>
+#include <unistd.h>
+
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -10,15 +14,12 @@
 #include <system_error>
 #include <vector>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pty.h>
-#include <unistd.h>
 
 namespace telvane {
 
 class PtyPrueba {
- public:
+   public:
     PtyPrueba() {
         std::array<char, 256> nombre{};
         if (::openpty(&maestro_, &esclavo_, nombre.data(), nullptr, nullptr) != 0) {
@@ -60,7 +61,7 @@ class PtyPrueba {
         maestro_ = -1;
     }
 
- private:
+   private:
     int maestro_ = -1;
     // Kept open, so that the pair outlives a port that is closed and opened again.
     int esclavo_ = -1;

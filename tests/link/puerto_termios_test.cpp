@@ -1,8 +1,9 @@
 #include "link/puerto_termios.h"
 
-#include "link/mscomm.h"
-#include "platform/bucle_posix.h"
-#include "pty_prueba.h"
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <termios.h>
 
 #include <array>
 #include <chrono>
@@ -13,10 +14,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/ioctl.h>
-#include <sys/stat.h>
-#include <termios.h>
+
+#include "link/mscomm.h"
+#include "platform/bucle_posix.h"
+#include "pty_prueba.h"
 
 namespace telvane {
 namespace {
@@ -37,7 +38,7 @@ std::vector<std::uint8_t> todosLosBytes() {
 }
 
 class PuertoTermiosTest : public testing::Test {
- protected:
+   protected:
     PtyPrueba pty;
     BuclePosix bucle;
     int despertares = 0;

@@ -1,8 +1,8 @@
 #include "platform/esperas.h"
 
-#include "apoyo/bucle_prueba.h"
-
 #include <gtest/gtest.h>
+
+#include "apoyo/bucle_prueba.h"
 
 namespace telvane {
 namespace {
@@ -10,7 +10,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class EsperasTest : public ::testing::Test {
- protected:
+   protected:
     EsperasTest() {
         bucle.alTerminarSuceso([this] { esperas.revisar(); });
     }

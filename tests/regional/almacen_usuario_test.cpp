@@ -1,13 +1,14 @@
 // The user's regional store, and the session's locale behind it.
 #include "regional/almacen_usuario.h"
 
-#include "regional/module1.h"
+#include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
+
+#include "regional/module1.h"
 
 namespace telvane {
 namespace {
@@ -17,7 +18,7 @@ std::string completo(const std::string& corto) {
 }
 
 class Almacen : public ::testing::Test {
- protected:
+   protected:
     Almacen() {
         std::string modelo = (std::filesystem::temp_directory_path() / "regional-XXXXXX").string();
         carpeta = mkdtemp(modelo.data());

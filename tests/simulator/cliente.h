@@ -1,13 +1,13 @@
 // The PC's side of each exchange, written against the bare machine: what a test sends and what it got.
 #pragma once
 
-#include "simulator/maquina_registrador.h"
-
 #include <array>
 #include <chrono>
 #include <cstdint>
 #include <numeric>
 #include <vector>
+
+#include "simulator/maquina_registrador.h"
 
 namespace telvane {
 
@@ -15,7 +15,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 // Hands bytes to a machine one by one, a millisecond apart.
 class Cliente {
- public:
+   public:
     explicit Cliente(MaquinaRegistrador& maquina) : maquina_(maquina) {}
 
     Bytes enviar(std::uint8_t byte) {
@@ -59,7 +59,7 @@ class Cliente {
         return imagen;
     }
 
- private:
+   private:
     MaquinaRegistrador& maquina_;
     std::chrono::nanoseconds ahora_{std::chrono::hours(3)};
 };

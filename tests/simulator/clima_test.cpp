@@ -1,9 +1,9 @@
 #include "simulator/clima.h"
 
-#include "simulator/memoria_simulada.h"
-
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
+
+#include "simulator/memoria_simulada.h"
 
 namespace telvane {
 namespace {
@@ -31,7 +31,7 @@ struct Lectura {
 };
 
 class Imagen : public testing::TestWithParam<std::uint32_t> {
- protected:
+   protected:
     const std::vector<std::uint8_t> bytes = memoriaSimulada(Clima(GetParam()));
 
     std::span<const std::uint8_t> registro(std::size_t i) const {

@@ -1,12 +1,12 @@
 #include "simulator/fallo.h"
 
-#include "simulator/linea_simulada.h"
-
 #include <stdexcept>
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "simulator/linea_simulada.h"
 
 namespace telvane {
 namespace {

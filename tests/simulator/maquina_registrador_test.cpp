@@ -1,11 +1,11 @@
 #include "simulator/maquina_registrador.h"
 
-#include "simulator/cliente.h"
-
 #include <algorithm>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "simulator/cliente.h"
 
 namespace telvane {
 namespace {

@@ -1,20 +1,20 @@
 // A program's end of a pty, opened by name: raw, read with a deadline.
 #pragma once
 
-#include <chrono>
-#include <cstdint>
-#include <filesystem>
-#include <vector>
-
 #include <fcntl.h>
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
 namespace telvane {
 
 class PuertoCrudo {
- public:
+   public:
     using Bytes = std::vector<std::uint8_t>;
 
     explicit PuertoCrudo(const std::filesystem::path& ruta)
@@ -59,7 +59,7 @@ class PuertoCrudo {
         return respuesta.empty() ? 256u : respuesta.front();
     }
 
- private:
+   private:
     int descriptor_;
     bool colgado_ = false;
     bool escrito_ = false;

@@ -1,11 +1,11 @@
 #include "simulator/puertos_simulados.h"
 
-#include "apoyo/bucle_prueba.h"
-
 #include <algorithm>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "apoyo/bucle_prueba.h"
 
 namespace telvane {
 namespace {
@@ -19,7 +19,7 @@ using Bytes = std::vector<std::uint8_t>;
 const AjustesLinea kAjustes{kBaudios, 'n', 8, 1, false, false};
 
 class ConPuertos : public testing::Test {
- protected:
+   protected:
     explicit ConPuertos(int baudios = 0) : puertos(bucle, bucle.reloj(), baudios) {}
 
     void abrir(int numero = 3) {
@@ -52,7 +52,7 @@ class ConPuertos : public testing::Test {
 };
 
 class PuertosSimuladosAlPaso : public ConPuertos {
- protected:
+   protected:
     PuertosSimuladosAlPaso() : ConPuertos(kBaudios) {}
 };
 

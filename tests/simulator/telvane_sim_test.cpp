@@ -1,8 +1,5 @@
 // The built program on a real pty.
-#include "apoyo/proceso.h"
-#include "link/protocolo.h"
-#include "loggerconfig/datos_config.h"
-#include "simulator/puerto_crudo.h"
+#include <stdlib.h>
 
 #include <csignal>
 #include <filesystem>
@@ -11,7 +8,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
+
+#include "apoyo/proceso.h"
+#include "link/protocolo.h"
+#include "loggerconfig/datos_config.h"
+#include "simulator/puerto_crudo.h"
 
 namespace telvane {
 namespace {
@@ -25,7 +26,7 @@ using testing::StartsWith;
 using Bytes = std::vector<std::uint8_t>;
 
 class TelvaneSim : public testing::Test {
- protected:
+   protected:
     TelvaneSim() {
         auto plantilla = (fs::temp_directory_path() / "telvane-sim-XXXXXX").string();
         carpeta = ::mkdtemp(plantilla.data());

@@ -1,14 +1,14 @@
 // Forms as data: state, observers, printed lines.
 #include "ui/formulario.h"
 
+#include <set>
+
+#include <gtest/gtest.h>
+
 #include "ui/forma_coef.h"
 #include "ui/forma_inicio.h"
 #include "ui/forma_presenta.h"
 #include "ui/forma_progress.h"
-
-#include <set>
-
-#include <gtest/gtest.h>
 
 namespace telvane {
 namespace {

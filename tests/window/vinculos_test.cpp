@@ -188,6 +188,25 @@ TEST_F(VentanaSuelta, unaOpcionSeMarcaCuandoElControlLoDice) {
     EXPECT_FALSE(opcion.isChecked()) << "ninguna puede estar marcada";
 }
 
+TEST_F(VentanaSuelta, lasFlechasEligenLaOpcionVecina) {
+    forma.Option1.value = 1;
+    auto& primera = de<QRadioButton>(forma.Option1);
+    primera.setFocus();
+    QTest::keyClick(&primera, Qt::Key_Right);
+    EXPECT_TRUE(de<QRadioButton>(forma.Option2).hasFocus());
+    QTest::keyClick(ventana.focusWidget(), Qt::Key_Space);
+    EXPECT_THAT(hecho.pulsados, ::testing::Each("Option2"));
+    EXPECT_FALSE(hecho.pulsados.empty());
+}
+
+TEST_F(VentanaSuelta, sinNingunaMarcadaElTecladoLlegaALasOpciones) {
+    de<QLineEdit>(forma.Text7).setFocus();
+    QTest::keyClick(ventana.focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(ventana.focusWidget(), ventana.widget(forma.Option1));
+    QTest::keyClick(ventana.focusWidget(), Qt::Key_Space);
+    EXPECT_EQ(hecho.pulsados, Lista{"Option1"});
+}
+
 TEST_F(VentanaSuelta, IntroPulsaElBotonQueTieneElFoco) {
     QTest::keyClick(&de<QPushButton>(forma.Command5), Qt::Key_Return);
     QTest::keyClick(&de<QPushButton>(forma.Command5), Qt::Key_Space);
