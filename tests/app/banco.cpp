@@ -1,7 +1,5 @@
 #include "app/banco.h"
 
-#include <stdlib.h>
-
 #include <fstream>
 #include <iterator>
 
@@ -10,17 +8,6 @@
 namespace telvane {
 
 using namespace std::chrono_literals;
-
-CarpetaTemporal::CarpetaTemporal() {
-    std::string modelo = (std::filesystem::temp_directory_path() / "telvane-XXXXXX").string();
-    if (!mkdtemp(modelo.data())) throw std::runtime_error("mkdtemp");
-    ruta_ = modelo;
-}
-
-CarpetaTemporal::~CarpetaTemporal() {
-    std::error_code sinImportancia;
-    std::filesystem::remove_all(ruta_, sinImportancia);
-}
 
 std::string contenido(const std::filesystem::path& ruta) {
     std::ifstream archivo(ruta, std::ios::binary);

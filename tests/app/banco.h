@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "apoyo/bucle_prueba.h"
+#include "apoyo/carpeta_temporal.h"
 #include "apoyo/dialogos_prueba.h"
 #include "app/inicio.h"
 #include "regional/module1.h"
@@ -42,19 +43,6 @@ class RegistroPrueba final : public Registro {
     std::map<std::string, std::string> valores;
     std::vector<std::string> leidos;
     std::vector<std::string> escritos;
-};
-
-// A folder of its own for each test, gone with it.
-class CarpetaTemporal {
-   public:
-    CarpetaTemporal();
-    CarpetaTemporal(const CarpetaTemporal&) = delete;
-    CarpetaTemporal& operator=(const CarpetaTemporal&) = delete;
-    ~CarpetaTemporal();
-    const std::filesystem::path& ruta() const { return ruta_; }
-
-   private:
-    std::filesystem::path ruta_;
 };
 
 std::string contenido(const std::filesystem::path& ruta);

@@ -20,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include "apoyo/bucle_prueba.h"
+#include "apoyo/carpeta_temporal.h"
 #include "cli/aplicacion.h"
 #include "cli/codigos_salida.h"
 #include "simulator/puertos_simulados.h"
@@ -52,29 +53,14 @@ class FlujoEnMemoria {
     int descriptor_;
 };
 
-class CarpetaPrueba {
-   public:
-    CarpetaPrueba() {
-        std::string plantilla = (std::filesystem::temp_directory_path() / "cli.XXXXXX").string();
-        if (!::mkdtemp(plantilla.data())) throw std::runtime_error("mkdtemp");
-        ruta_ = plantilla;
+// The names in a folder, in no order.
+inline std::vector<std::string> nombresEn(const std::filesystem::path& carpeta) {
+    std::vector<std::string> lista;
+    for (const auto& entrada : std::filesystem::directory_iterator(carpeta)) {
+        lista.push_back(entrada.path().filename().string());
     }
-    CarpetaPrueba(const CarpetaPrueba&) = delete;
-    CarpetaPrueba& operator=(const CarpetaPrueba&) = delete;
-    ~CarpetaPrueba() { std::filesystem::remove_all(ruta_); }
-    std::string operator/(const std::string& nombre) const { return (ruta_ / nombre).string(); }
-    const std::filesystem::path& ruta() const { return ruta_; }
-    std::vector<std::string> nombres() const {
-        std::vector<std::string> lista;
-        for (const auto& entrada : std::filesystem::directory_iterator(ruta_)) {
-            lista.push_back(entrada.path().filename().string());
-        }
-        return lista;
-    }
-
-   private:
-    std::filesystem::path ruta_;
-};
+    return lista;
+}
 
 inline std::string leerTodo(const std::filesystem::path& ruta) {
     std::ifstream entrada(ruta, std::ios::binary);
@@ -128,7 +114,7 @@ class CliPrueba : public testing::Test {
 
     BuclePrueba bucle;
     PuertosSimulados puertos;
-    CarpetaPrueba carpeta;
+    CarpetaTemporal carpeta;
     FlujoEnMemoria entrada;
     int salidaAjena = -1;
     int erroresAjenos = -1;

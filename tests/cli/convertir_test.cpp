@@ -127,7 +127,7 @@ TEST_F(Convertir, AnInputThatCannotBeReadIsAFailureWithItsReason) {
     const auto r = correr({"convertir", carpeta / "no.rgt", carpeta / "a.csv"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.errores, HasSubstr("no.rgt: no existe"));
-    EXPECT_THAT(carpeta.nombres(), UnorderedElementsAre("a.rgt"));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), UnorderedElementsAre("a.rgt"));
 }
 
 TEST_F(Convertir, OneImageTellsNothingOfTheOneBefore) {
@@ -182,7 +182,7 @@ TEST_F(ConvertirMuchos, ABadOneDoesNotStopTheOthers) {
                                   carpeta / "no.rgt", carpeta / "b.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.errores, HasSubstr("1 de 3 archivos sin convertir"));
-    EXPECT_THAT(carpeta.nombres(), UnorderedElementsAre("a.rgt", "b.rgt", "a.csv", "b.csv"));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), UnorderedElementsAre("a.rgt", "b.rgt", "a.csv", "b.csv"));
 }
 
 TEST_F(ConvertirMuchos, ASignalEndsTheRun) {

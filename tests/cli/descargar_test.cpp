@@ -44,7 +44,7 @@ TEST_F(Descargar, TheBaseFileIsTheLoggersMemory) {
     EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
     EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
     EXPECT_EQ(imagen().size(), 262144U);
-    EXPECT_THAT(carpeta.nombres(), ElementsAre("a.rgt"));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt"));
     EXPECT_THAT(r.salida, IsEmpty());
     // No terminal: no bar.
     EXPECT_THAT(r.errores, Not(HasSubstr("\r")));
@@ -80,7 +80,7 @@ TEST_F(Descargar, ALoggerThatStopsIsNoticedAndWhatCameIsKept) {
     const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0", "--espera", "7"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_EQ(leerTodo(carpeta / "a.rgt.parcial"), imagen().substr(0, 100 * kBytesBloque));
-    EXPECT_THAT(carpeta.nombres(), ElementsAre("a.rgt.parcial"));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
     EXPECT_THAT(r.errores, HasSubstr("quedan 100 de 4096 bloques"));
     // Two waits of two seconds for the logger to wake, and the silence.
     EXPECT_GE(r.duracion, 11s);
@@ -134,7 +134,7 @@ TEST_F(Descargar, VerifyingALineThatAlwaysDamagesFails) {
     });
     const auto r = correr({"descargar", "--verificar", "--reintentos", "1", "--base", carpeta / "a.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(carpeta.nombres(), ElementsAre("a.rgt.parcial"));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
 }
 
 TEST_F(Descargar, ALoggerThatIsNotThereAtTheDownloadIsThree) {
@@ -147,7 +147,7 @@ TEST_F(Descargar, ALoggerThatIsNotThereAtTheDownloadIsThree) {
     const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "1"});
     EXPECT_EQ(r.codigo, CodigoSalida::sinRegistrador);
     // Nothing came: no file is left.
-    EXPECT_THAT(carpeta.nombres(), IsEmpty());
+    EXPECT_THAT(nombresEn(carpeta.ruta()), IsEmpty());
 }
 
 class Interrumpir : public Descargar, public testing::WithParamInterface<int> {};
@@ -171,7 +171,7 @@ TEST_P(Interrumpir, AtAnyMomentTheToolEndsAndThePartialFileHoldsWhatCame) {
     if (!parcial.empty()) {
         EXPECT_THAT(r.errores, HasSubstr("quedan"));
     } else {
-        EXPECT_THAT(carpeta.nombres(), IsEmpty());
+        EXPECT_THAT(nombresEn(carpeta.ruta()), IsEmpty());
     }
 }
 
@@ -202,7 +202,7 @@ TEST_F(Descargar, APartialFileThatAnotherRunIsWritingIsLeftAlone) {
     const auto r = correr({"descargar", "--base", carpeta / "a.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.errores, HasSubstr("en uso"));
-    EXPECT_THAT(carpeta.nombres(), ElementsAre("a.rgt.parcial"));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
     ::close(otro);
 }
 

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "apoyo/carpeta_temporal.h"
 #include "apoyo/proceso.h"
 #include "link/protocolo.h"
 
@@ -21,15 +22,6 @@ using testing::IsEmpty;
 
 class Programa : public testing::Test {
    protected:
-    Programa() {
-        auto plantilla = (fs::temp_directory_path() / "telvane-cli-XXXXXX").string();
-        carpeta = ::mkdtemp(plantilla.data());
-    }
-    ~Programa() override {
-        simulador.reset();
-        fs::remove_all(carpeta);
-    }
-
     // A logger at COM1.
     void conectar(std::vector<std::string> opciones = {"--baudios", "0"}) {
         opciones.insert(opciones.begin(), {TELVANE_SIM, "--enlace", (carpeta / "COM1").string()});
@@ -51,7 +43,8 @@ class Programa : public testing::Test {
         return estado.value_or(-1);
     }
 
-    fs::path carpeta;
+    CarpetaTemporal temporal;
+    fs::path carpeta = temporal.ruta();
     std::unique_ptr<Proceso> simulador;
     std::string errores;
 };

@@ -33,7 +33,7 @@ class ConsolaE2e : public ::testing::Test {
     }
 
     RegistradorSimulado registrador_;
-    CarpetaPropia carpeta_;
+    CarpetaTemporal carpeta_;
 };
 
 TEST_F(ConsolaE2e, findsTheLoggerReadsItShowsItLiveAndDownloadsIt) {

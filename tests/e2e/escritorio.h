@@ -21,7 +21,7 @@ class Escritorio {
     std::filesystem::path carpeta(const std::string& nombre) const { return carpeta_ / nombre; }
 
    private:
-    CarpetaPropia carpeta_;
+    CarpetaTemporal carpeta_;
     std::vector<std::string> entorno_;
     std::unique_ptr<Proceso> pantalla_;
     std::unique_ptr<Proceso> sesion_;

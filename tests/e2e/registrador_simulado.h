@@ -6,21 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "apoyo/carpeta_temporal.h"
 #include "apoyo/proceso.h"
 
 namespace telvane {
-
-class CarpetaPropia {
-   public:
-    CarpetaPropia();
-    CarpetaPropia(const CarpetaPropia&) = delete;
-    CarpetaPropia& operator=(const CarpetaPropia&) = delete;
-    ~CarpetaPropia();
-    std::filesystem::path operator/(const std::string& nombre) const { return ruta_ / nombre; }
-
-   private:
-    std::filesystem::path ruta_;
-};
 
 class RegistradorSimulado {
    public:
@@ -30,7 +19,7 @@ class RegistradorSimulado {
     std::string com() const { return "1=" + enlace_.string(); }
 
    private:
-    CarpetaPropia carpeta_;
+    CarpetaTemporal carpeta_;
     std::filesystem::path enlace_;
     std::unique_ptr<Proceso> proceso_;
 };

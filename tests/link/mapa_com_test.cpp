@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "apoyo/carpeta_temporal.h"
 #include "pty_prueba.h"
 
 namespace telvane {
@@ -27,13 +28,9 @@ using testing::IsEmpty;
 class Maquina : public testing::Test {
    protected:
     Maquina() {
-        std::string plantilla = (fs::temp_directory_path() / "maquina.XXXXXX").string();
-        if (!::mkdtemp(plantilla.data())) throw std::runtime_error("mkdtemp");
-        raiz = plantilla;
         for (const auto& carpeta : {raices().dev, raices().sys, raices().proc})
             fs::create_directories(carpeta);
     }
-    ~Maquina() override { fs::remove_all(raiz); }
 
     RaicesSistema raices() const { return {raiz / "dev", raiz / "sys", raiz / "proc"}; }
     void archivo(const fs::path& ruta, const std::string& texto = "") const {
@@ -56,7 +53,8 @@ class Maquina : public testing::Test {
         return ruta ? ruta->filename().string() : "none";
     }
 
-    fs::path raiz;
+    CarpetaTemporal temporal;
+    fs::path raiz = temporal.ruta();
 };
 
 TEST_F(Maquina, AdaptersComeInNaturalOrderBeforePortsOnBoard) {

@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include "apoyo/carpeta_temporal.h"
+
 namespace telvane {
 namespace {
 
@@ -30,18 +32,8 @@ mode_t modoDe(const fs::path& ruta) {
     return datos.st_mode & 07777;
 }
 
-// A folder of its own for each test.
 class Guardado : public ::testing::Test {
    protected:
-    Guardado() {
-        std::string plantilla = (fs::temp_directory_path() / "telvane_guardado_XXXXXX").string();
-        carpeta_ = ::mkdtemp(plantilla.data());
-    }
-    ~Guardado() override {
-        std::error_code error;
-        fs::remove_all(carpeta_, error);
-    }
-
     fs::path ruta(const std::string& nombre) const { return carpeta_ / nombre; }
     std::size_t entradas() const {
         return static_cast<std::size_t>(
@@ -57,7 +49,8 @@ class Guardado : public ::testing::Test {
         return "";
     }
 
-    fs::path carpeta_;
+    CarpetaTemporal temporal_;
+    const fs::path& carpeta_ = temporal_.ruta();
 };
 
 TEST_F(Guardado, creaElArchivoConSusBytes) {
@@ -229,7 +222,8 @@ class DiscoChico {
     }
 
    private:
-    fs::path carpeta_;
+    CarpetaTemporal temporal_;
+    const fs::path& carpeta_ = temporal_.ruta();
     bool montado_ = false;
 };
 

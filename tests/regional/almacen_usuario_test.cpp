@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "apoyo/carpeta_temporal.h"
 #include "regional/module1.h"
 
 namespace telvane {
@@ -19,13 +20,7 @@ std::string completo(const std::string& corto) {
 
 class Almacen : public ::testing::Test {
    protected:
-    Almacen() {
-        std::string modelo = (std::filesystem::temp_directory_path() / "regional-XXXXXX").string();
-        carpeta = mkdtemp(modelo.data());
-        ruta = carpeta / "telvane" / "regional.conf";
-        locale("C");
-    }
-    ~Almacen() override { std::filesystem::remove_all(carpeta); }
+    Almacen() { locale("C"); }
     static void locale(const char* nombre) {
         setenv("LC_ALL", nombre, 1);
         setenv("LANG", nombre, 1);
@@ -35,8 +30,9 @@ class Almacen : public ::testing::Test {
         std::ofstream(ruta) << texto;
     }
 
-    std::filesystem::path carpeta;
-    std::filesystem::path ruta;
+    CarpetaTemporal temporal;
+    std::filesystem::path carpeta = temporal.ruta();
+    std::filesystem::path ruta = carpeta / "telvane" / "regional.conf";
 };
 
 TEST_F(Almacen, AValueThatIsNotInTheFileComesFromTheSessionsLocale) {

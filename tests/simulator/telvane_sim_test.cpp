@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "apoyo/carpeta_temporal.h"
 #include "apoyo/proceso.h"
 #include "link/protocolo.h"
 #include "loggerconfig/datos_config.h"
@@ -27,13 +28,6 @@ using Bytes = std::vector<std::uint8_t>;
 
 class TelvaneSim : public testing::Test {
    protected:
-    TelvaneSim() {
-        auto plantilla = (fs::temp_directory_path() / "telvane-sim-XXXXXX").string();
-        carpeta = ::mkdtemp(plantilla.data());
-        enlace = carpeta / "registrador";
-    }
-    ~TelvaneSim() override { fs::remove_all(carpeta); }
-
     std::vector<std::string> orden(std::vector<std::string> argumentos) const {
         argumentos.insert(argumentos.begin(), {TELVANE_SIM, "--enlace", enlace.string()});
         return argumentos;
@@ -61,8 +55,9 @@ class TelvaneSim : public testing::Test {
     }
     static bool hayEnlace(const fs::path& ruta) { return fs::is_symlink(fs::symlink_status(ruta)); }
 
-    fs::path carpeta;
-    fs::path enlace;
+    CarpetaTemporal temporal;
+    fs::path carpeta = temporal.ruta();
+    fs::path enlace = carpeta / "registrador";
     std::string queja;
 };
 
