@@ -5,7 +5,6 @@
 #include <string_view>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
@@ -102,11 +101,11 @@ void mostrarPuertos(ContextoCli& contexto, bool json) {
 
 }  // namespace
 
-void declararPuertos(CLI::App& app, ContextoCli& contexto) {
-    auto* orden = app.add_subcommand("puertos", "Muestra qué hay detrás de COM1 a COM12");
+void declararPuertos(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden = argumentos.orden("puertos", "Muestra qué hay detrás de COM1 a COM12");
     const auto json = std::make_shared<bool>(false);
-    orden->add_flag("--json", *json, "Como lista JSON");
-    orden->callback(
+    orden.bandera(*json, "--json", "Como lista JSON");
+    orden.alElegir(
         [&contexto, json] { contexto.orden = [&contexto, json] { mostrarPuertos(contexto, *json); }; });
 }
 
