@@ -8,7 +8,7 @@ namespace telvane {
 
 // The toolkit's own provider reads the desktop's whole data base of file kinds for it, which takes megabytes,
 // and does not speak Spanish. Used from the dialog's own thread as well: nothing changes once it is made.
-class ClasesDeArchivo final : public QAbstractFileIconProvider {
+class ClasesDeArchivo : public QAbstractFileIconProvider {
    public:
     ClasesDeArchivo();
     QIcon icon(IconType clase) const override;

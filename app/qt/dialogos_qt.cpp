@@ -14,6 +14,7 @@
 #include <QTreeView>
 #include <QUrl>
 
+#include "app/qt/clases_de_archivo.h"
 #include "ui/qt/texto_qt.h"
 #include "ui/qt/ventana_inicio.h"
 #include "ui/textos.h"
@@ -97,12 +98,21 @@ void ensancharColumnas(QFileDialog& dialogo) {
     lista->header()->setSectionResizeMode(0, QHeaderView::Stretch);
 }
 
+// Its kinds of files outlive it, and the thread in which it reads folders.
+class DialogoDeArchivo final : private ClasesDeArchivo, public QFileDialog {
+   public:
+    DialogoDeArchivo(QWidget* padre, const QString& titulo, const QString& carpeta, const QString& filtro)
+        : QFileDialog(padre, titulo, carpeta, filtro) {
+        setIconProvider(this);
+    }
+};
+
 QFileDialog* nuevoDialogo(const PeticionArchivo& peticion, QWidget* padre) {
     const auto filtro = leerFiltro(peticion.filtro);
     const auto titulo =
         peticion.guardar ? QStringLiteral("Guardar archivo - ") : QStringLiteral("Abrir archivo - ");
-    auto* dialogo =
-        new QFileDialog(padre, titulo + aQt(peticion.carpeta), carpetaDeDocumentos(), filtro.descripcion);
+    auto* dialogo = new DialogoDeArchivo(padre, titulo + aQt(peticion.carpeta), carpetaDeDocumentos(),
+                                         filtro.descripcion);
     dialogo->setAttribute(Qt::WA_DeleteOnClose);
     dialogo->setWindowModality(Qt::ApplicationModal);
     dialogo->setAcceptMode(peticion.guardar ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
@@ -176,9 +186,7 @@ void DialogosQt::mostrarMensaje(const Mensaje& mensaje, std::function<void(Boton
 
 void DialogosQt::archivo(const PeticionArchivo& peticion,
                          std::function<void(std::optional<std::filesystem::path>)> listo) {
-    if (!clases_) clases_ = std::make_unique<ClasesDeArchivo>();
     auto* dialogo = nuevoDialogo(peticion, padre());
-    dialogo->setIconProvider(clases_.get());
     QObject::connect(dialogo, &QDialog::finished, dialogo,
                      [this, dialogo, listo = std::move(listo)](int resultado) {
                          const auto ruta = elegido(*dialogo, resultado);

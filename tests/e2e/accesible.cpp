@@ -110,6 +110,12 @@ bool Accesible::escribir(const std::string& texto) const {
         .toBool();
 }
 
+bool Accesible::enfocar() const {
+    return primero(pedir(bus_, servicio_, ruta_, QStringLiteral("org.a11y.atspi.Component"),
+                         QStringLiteral("GrabFocus")))
+        .toBool();
+}
+
 std::optional<Accesible> Accesible::buscar(const Prueba& prueba) const {
     for (const auto& hijo : hijos()) {
         if (hijo.visible() && prueba(hijo)) return hijo;
@@ -126,8 +132,9 @@ std::string Accesible::arbol(int sangria) const {
     std::string lineas;
     for (const auto& hijo : hijos()) {
         lineas += std::string(static_cast<std::size_t>(sangria), ' ') + hijo.papel() + " \"" + hijo.nombre() +
-                  "\"" + (hijo.visible() ? "" : " (oculto)") + (hijo.habilitado() ? "" : " (inactivo)") +
-                  "\n" + hijo.arbol(sangria + 2);
+                  (hijo.papel() == "text" ? "\" = \"" + hijo.texto().substr(0, 60) + "\"" : "\"") +
+                  (hijo.visible() ? "" : " (oculto)") + (hijo.habilitado() ? "" : " (inactivo)") + "\n" +
+                  hijo.arbol(sangria + 2);
     }
     return lineas;
 }
@@ -140,7 +147,11 @@ bool Accesible::estado(unsigned bit) const {
     return palabras.size() > palabra && (palabras[palabra] >> (bit % 32) & 1U) != 0;
 }
 
-Accesibilidad::Accesibilidad(const std::string& sesion) : bus_(busDeAccesibilidad(sesion)) {}
+// The bus and its list of programs are started by the first who asks: they are up before any program looks
+// for them.
+Accesibilidad::Accesibilidad(const std::string& sesion) : bus_(busDeAccesibilidad(sesion)) {
+    raiz().hijos();
+}
 
 Accesible Accesibilidad::raiz() const {
     return {bus_, QStringLiteral("org.a11y.atspi.Registry"),

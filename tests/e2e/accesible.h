@@ -23,10 +23,13 @@ class Accesible {
     std::string papel() const;  // "push button", "text", ...
     std::string texto() const;
     bool habilitado() const { return estado(kSensible); }
+    bool editable() const { return estado(kEditable); }
     bool visible() const { return estado(kALaVista); }
     std::vector<Accesible> hijos() const;
     bool pulsar() const;
     bool escribir(const std::string& texto) const;
+    bool enfocar() const;
+    bool enfocado() const { return estado(kEnfocado); }
 
     using Prueba = std::function<bool(const Accesible&)>;
     // The first below this one, in the order of the tree, that is on the screen and passes.
@@ -36,6 +39,8 @@ class Accesible {
     std::string arbol(int sangria = 0) const;
 
    private:
+    static constexpr unsigned kEditable = 7;
+    static constexpr unsigned kEnfocado = 12;
     static constexpr unsigned kSensible = 24;
     static constexpr unsigned kALaVista = 25;
 

@@ -2,12 +2,19 @@
 
 #include <stdexcept>
 
+#include "tests/e2e/datos_guardados.h"
+
 namespace telvane {
 
 RegistradorSimulado::RegistradorSimulado() : enlace_(carpeta_ / "COM1") {
-    proceso_ = std::make_unique<Proceso>(
-        std::vector<std::string>{TELVANE_SIM, "--enlace", enlace_.string(), "--baudios", "0"});
+    proceso_ = std::make_unique<Proceso>(std::vector<std::string>{TELVANE_SIM, "--enlace", enlace_.string(),
+                                                                  "--baudios", "0", "--memoria",
+                                                                  (carpeta_ / "memoria.rgt").string()});
     if (!proceso_->linea()) throw std::runtime_error("telvane-sim: " + proceso_->errores());
+}
+
+std::string RegistradorSimulado::memoria() const {
+    return contenidoDe(carpeta_ / "memoria.rgt");
 }
 
 }  // namespace telvane

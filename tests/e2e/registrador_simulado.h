@@ -15,6 +15,8 @@ class RegistradorSimulado {
    public:
     // Ready to answer once constructed; unpaced. Throws std::runtime_error when it does not start.
     RegistradorSimulado();
+    // Its memory as it is kept in a file.
+    std::string memoria() const;
     // The value of --com that makes it COM1.
     std::string com() const { return "1=" + enlace_.string(); }
 

@@ -28,14 +28,16 @@ constexpr const char* kImportarConfiguracion = "Importar Configuracion";
 class VentanaE2e : public ::testing::Test {
    protected:
     void SetUp() override {
+        accesibilidad_ = std::make_unique<Accesibilidad>(escritorio_.bus());
         programa_ = std::make_unique<Proceso>(std::vector<std::string>{TELVANE, "--com", registrador_.com()},
                                               escritorio_.entorno());
-        accesibilidad_ = std::make_unique<Accesibilidad>(escritorio_.bus());
     }
 
     void TearDown() override {
         if (!HasFailure()) return;
-        ADD_FAILURE() << "telvane: " << programa_->errores() << "\n" << accesibilidad_->raiz().arbol();
+        const auto lineas = raiz().buscar(kCampo, "Diagnostico");
+        ADD_FAILURE() << "telvane: " << programa_->errores() << "\n"
+                      << (lineas ? lineas->texto() : "") << accesibilidad_->raiz().arbol();
     }
 
     Accesible raiz() const { return accesibilidad_->raiz(); }
@@ -76,16 +78,70 @@ class VentanaE2e : public ::testing::Test {
         return ::testing::AssertionSuccess();
     }
 
-    // The file dialog is on the screen: gives it this file.
-    ::testing::AssertionResult guardarComo(const std::filesystem::path& ruta) {
+    // The file dialog with this verb is on the screen: gives it this file.
+    ::testing::AssertionResult elegir(const std::string& verbo, const std::filesystem::path& ruta) {
         const auto guardado = esperarA([&] {
             const auto dialogo = raiz().buscar(
-                [](const Accesible& uno) { return empiezaPor(uno.nombre(), "Guardar archivo"); });
+                [&](const Accesible& uno) { return empiezaPor(uno.nombre(), verbo + " archivo"); });
             const auto campo = dialogo ? dialogo->buscar(kCampo, "Nombre:") : std::nullopt;
-            const auto boton = dialogo ? dialogo->buscar(kBoton, "Guardar") : std::nullopt;
+            const auto boton = dialogo ? dialogo->buscar(kBoton, verbo) : std::nullopt;
             return campo && boton && campo->escribir(ruta.string()) && boton->pulsar();
         });
         if (!guardado) return ::testing::AssertionFailure() << "no file dialog";
+        return ::testing::AssertionSuccess();
+    }
+
+    void conectar() {
+        ASSERT_TRUE(responder("Su Configuracion Regional no es la apropiada", "Aceptar"));
+        ASSERT_TRUE(responder("Quiere conectarse con Registrador Veltra", "Aceptar"));
+        ASSERT_TRUE(responder(" Conexion en COM 1  @ 19200 bps ", "Aceptar"));
+        // The date is the last thing that a configuration read fills in.
+        ASSERT_TRUE(contiene("Fecha", "/20"));
+        ASSERT_TRUE(habilitado("Cambiar configuracion"));
+        ASSERT_TRUE(habilitado(kImportarConfiguracion));
+    }
+
+    ::testing::AssertionResult contiene(const std::string& campo, const std::string& texto) {
+        std::string visto;
+        const auto esta = esperarA([&] {
+            const auto cual = raiz().buscar(kCampo, campo);
+            if (cual) visto = cual->texto();
+            return visto.find(texto) != std::string::npos;
+        });
+        if (!esta) return ::testing::AssertionFailure() << campo << " holds \"" << visto << '"';
+        return ::testing::AssertionSuccess();
+    }
+
+    ::testing::AssertionResult seLee(const std::string& rotulo) {
+        if (esperarA([&] { return raiz().buscar(kRotulo, rotulo).has_value(); }))
+            return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure() << "no label \"" << rotulo << '"';
+    }
+
+    // Types into a field with the keyboard, in the place of what it holds.
+    ::testing::AssertionResult teclear(const std::string& campo, const std::string& texto,
+                                       const std::vector<std::string>& despues = {}) {
+        // No window manager gives the window the keyboard here.
+        Proceso teclado(
+            {PROGRAMA_XDOTOOL, "search", "--name", "Telvane de VELTRA", "windowfocus", "--sync", "%1"},
+            escritorio_.entorno());
+        if (teclado.terminar() != 0) return ::testing::AssertionFailure() << teclado.errores();
+        std::optional<Accesible> cual;
+        const auto hallado = esperarA([&] {
+            cual = raiz().buscar(kCampo, campo);
+            return cual && cual->habilitado() && cual->editable();
+        });
+        const auto enfocado = hallado && cual->enfocar() && esperarA([&] { return cual->enfocado(); });
+        if (!enfocado) return ::testing::AssertionFailure() << "no field " << campo;
+        std::vector<std::string> orden = {PROGRAMA_XDOTOOL, "key", "--clearmodifiers", "ctrl+a"};
+        Proceso todo(orden, escritorio_.entorno());
+        if (todo.terminar() != 0) return ::testing::AssertionFailure() << todo.errores();
+        Proceso letras({PROGRAMA_XDOTOOL, "type", "--delay", "5", texto}, escritorio_.entorno());
+        if (letras.terminar() != 0) return ::testing::AssertionFailure() << letras.errores();
+        for (const auto& tecla : despues) {
+            Proceso una({PROGRAMA_XDOTOOL, "key", tecla}, escritorio_.entorno());
+            if (una.terminar() != 0) return ::testing::AssertionFailure() << una.errores();
+        }
         return ::testing::AssertionSuccess();
     }
 
@@ -106,32 +162,21 @@ class VentanaE2e : public ::testing::Test {
 
 TEST_F(VentanaE2e, aScreenReaderHearsThePrintedLinesAndTheLiveReadings) {
     const Oyente oyente(accesibilidad_->bus());
-    ASSERT_TRUE(responder("Su Configuracion Regional no es la apropiada", "Aceptar"));
-    ASSERT_TRUE(responder("Quiere conectarse con Registrador Veltra", "Aceptar"));
-    ASSERT_TRUE(responder(" Conexion en COM 1  @ 19200 bps ", "Aceptar"));
+    conectar();
     EXPECT_TRUE(esperarA([&] { return oyente.oyo(" 31"); })) << ::testing::PrintToString(oyente.textos());
-    ASSERT_TRUE(habilitado("Cambiar configuracion"));
     ASSERT_TRUE(pulsar("DATOS EN LINEA"));
     EXPECT_TRUE(esperarA([&] { return oyente.oyo("[RH%]="); })) << ::testing::PrintToString(oyente.textos());
     ASSERT_TRUE(pulsar("PARAR"));
 }
 
 TEST_F(VentanaE2e, fromTheFirstQuestionToTheCsv) {
-    ASSERT_TRUE(responder("Su Configuracion Regional no es la apropiada", "Aceptar"));
-    ASSERT_TRUE(responder("Quiere conectarse con Registrador Veltra", "Aceptar"));
-    ASSERT_TRUE(responder(" Conexion en COM 1  @ 19200 bps ", "Aceptar"));
-
-    ASSERT_TRUE(habilitado("Cambiar configuracion"));
-    ASSERT_TRUE(esperarA([&] {
-        const auto usuario = raiz().buscar(kCampo, "Usuario");
-        return usuario && empiezaPor(usuario->texto(), "INTA Estacion Experimental");
-    }));
-    ASSERT_TRUE(habilitado(kImportarConfiguracion));
+    conectar();
+    ASSERT_TRUE(contiene("Usuario", "INTA Estacion Experimental"));
 
     ASSERT_TRUE(pulsar(kDescargar));
     ASSERT_TRUE(responder("La descarga de datos se realizó con exito", "Aceptar"));
     const auto tabla = escritorio_.carpeta("casa") / "descarga.CSV";
-    ASSERT_TRUE(guardarComo(tabla));
+    ASSERT_TRUE(elegir("Guardar", tabla));
     ASSERT_TRUE(responder("Desea Abrir Archivo", "No"));
     ASSERT_TRUE(habilitado(kDescargar));
 
@@ -152,6 +197,58 @@ TEST_F(VentanaE2e, fromTheFirstQuestionToTheCsv) {
     ASSERT_EQ(consola.terminar(), 0) << consola.errores();
     EXPECT_EQ(sinMomento(tabla), sinMomento(otra));
     EXPECT_EQ(contenidoDe(archivosBase().front()), contenidoDe(base));
+}
+
+TEST_F(VentanaE2e, whatIsEditedAndSentIsReadBack) {
+    conectar();
+    ASSERT_TRUE(contiene("Usuario", "INTA Estacion Experimental"));
+    ASSERT_TRUE(pulsar("Cambiar configuracion"));
+    ASSERT_TRUE(teclear("Usuario", "Ana Perez"));
+    ASSERT_TRUE(teclear("Altitud", "1234"));
+    ASSERT_TRUE(esperarA([&] {
+        const auto opcion = raiz().buscar("radio button", "30 Minutos");
+        return opcion && opcion->pulsar();
+    }));
+    ASSERT_TRUE(pulsar("Enviar configuracion"));
+    ASSERT_TRUE(responder("SE BORRARAN TODOS LOS DATOS DE MEMORIA!", "Aceptar"));
+    ASSERT_TRUE(esperarA([&] { return registrador_.memoria().find("Ana Perez") != std::string::npos; }));
+    ASSERT_TRUE(habilitado(kImportarConfiguracion));
+    ASSERT_TRUE(pulsar(kImportarConfiguracion));
+    // The read starts with empty fields and pads what it got.
+    EXPECT_TRUE(contiene("Usuario", std::string(21, ' ') + "Ana Perez"));
+    EXPECT_TRUE(contiene("Altitud", " 1234"));
+    EXPECT_TRUE(esperarA([&] { return raiz().buscar("radio button", "30 Minutos").has_value(); }));
+    EXPECT_FALSE(raiz().buscar("radio button", "60 Minutos").has_value());
+}
+
+TEST_F(VentanaE2e, aSerialNumberThatIsWrittenIsReadBack) {
+    conectar();
+    ASSERT_TRUE(seLee("Nro  : 02080050"));
+    ASSERT_TRUE(teclear("Nro de Serie", "x1234-5678", {"Return"}));
+    ASSERT_TRUE(seLee("Nº Enviado  12345678"));
+    ASSERT_TRUE(pulsar(kImportarConfiguracion));
+    EXPECT_TRUE(seLee("Nro  : 12345678"));
+}
+
+TEST_F(VentanaE2e, aKeptBaseFileGivesTheSamplesOfItsDownload) {
+    conectar();
+    ASSERT_TRUE(pulsar(kDescargar));
+    ASSERT_TRUE(responder("La descarga de datos se realizó con exito", "Aceptar"));
+    const auto tabla = escritorio_.carpeta("casa") / "descarga.CSV";
+    ASSERT_TRUE(elegir("Guardar", tabla));
+    ASSERT_TRUE(responder("Desea Abrir Archivo", "No"));
+    ASSERT_TRUE(habilitado("Abrir Archivo Base (.rgt)"));
+
+    ASSERT_EQ(archivosBase().size(), 1U);
+    ASSERT_TRUE(pulsar("Abrir Archivo Base (.rgt)"));
+    ASSERT_TRUE(elegir("Abrir", archivosBase().front()));
+    ASSERT_TRUE(responder("El archivo se proceso con exito", "Aceptar"));
+    ASSERT_TRUE(pulsar("Exportar Eventos (.txt) y Base de Datos (.xls)"));
+    const auto planilla = escritorio_.carpeta("casa") / "datos.xls";
+    ASSERT_TRUE(elegir("Guardar", planilla));
+    ASSERT_TRUE(esperarA([&] { return std::filesystem::exists(planilla); }));
+    EXPECT_EQ(leerCsv(planilla).muestras, leerCsv(tabla).muestras);
+    EXPECT_EQ(leerCsv(planilla).muestras.size(), kMuestrasSimuladas);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QAccessible>
 #include <QRadioButton>
 #include <gmock/gmock.h>
 
@@ -217,6 +218,18 @@ TEST_F(VentanaSuelta, unBotonApagadoNoSePulsa) {
     forma.Command5.enabled = false;
     QTest::mouseClick(&de<QPushButton>(forma.Command5), Qt::LeftButton);
     EXPECT_TRUE(hecho.pulsados.empty());
+}
+
+TEST_F(VentanaSuelta, loQueUnLectorDePantallaMarcaCuentaComoUnClic) {
+    auto* accion = QAccessible::queryAccessibleInterface(&de<QRadioButton>(forma.Option5))->actionInterface();
+    ASSERT_NE(accion, nullptr);
+    accion->doAction(accion->actionNames().constFirst());
+    QApplication::processEvents();
+    EXPECT_EQ(hecho.pulsados, (std::vector<std::string>{"Option5"}));
+    // A click is one click.
+    de<QRadioButton>(forma.Option3).click();
+    QApplication::processEvents();
+    EXPECT_EQ(hecho.pulsados, (std::vector<std::string>{"Option5", "Option3"}));
 }
 
 }  // namespace

@@ -33,14 +33,28 @@ class VinculoBoton final : public Vinculo {
    public:
     VinculoBoton(Control& control, const Usuario& usuario, Boton& boton)
         : Vinculo(control, usuario, boton), boton_(boton) {
-        QObject::connect(&boton, &QAbstractButton::clicked, contexto(), [this] {
-            // The control decides what is marked, and when.
-            if (boton_.isCheckable()) marcar();
-            this->usuario().pulsar(this->control());
+        QObject::connect(&boton, &QAbstractButton::clicked, contexto(), [this] { pulsado(); });
+        // What a screen reader does to an option marks it without a click.
+        QObject::connect(&boton, &QAbstractButton::toggled, contexto(), [this](bool marcado) {
+            if (marcado == (this->control().value() != 0) || (!marcado && boton_.autoExclusive())) return;
+            sinClic_ = true;
+            QMetaObject::invokeMethod(
+                contexto(),
+                [this] {
+                    if (sinClic_) pulsado();
+                },
+                Qt::QueuedConnection);
         });
     }
 
    private:
+    void pulsado() {
+        sinClic_ = false;
+        // The control decides what is marked, and when.
+        if (boton_.isCheckable()) marcar();
+        usuario().pulsar(control());
+    }
+
     void aplicarPropio(Que que) override {
         if (que == Que::caption && control().clase() != Clase::casilla) {
             const auto texto = aQt(control().caption());
@@ -59,6 +73,7 @@ class VinculoBoton final : public Vinculo {
     }
 
     Boton& boton_;
+    bool sinClic_ = false;
 };
 
 // A field takes no more than its width, outer blanks not counted.
