@@ -23,7 +23,6 @@ class Accesible {
     std::string papel() const;  // "push button", "text", ...
     std::string texto() const;
     bool habilitado() const { return estado(kSensible); }
-    bool editable() const { return estado(kEditable); }
     bool visible() const { return estado(kALaVista); }
     std::vector<Accesible> hijos() const;
     bool pulsar() const;
@@ -39,7 +38,6 @@ class Accesible {
     std::string arbol(int sangria = 0) const;
 
    private:
-    static constexpr unsigned kEditable = 7;
     static constexpr unsigned kEnfocado = 12;
     static constexpr unsigned kSensible = 24;
     static constexpr unsigned kALaVista = 25;
