@@ -33,7 +33,7 @@ its memory and turns it into files that a spreadsheet opens.
 
 This package holds the window. Its texts are in Spanish.")
 set(CPACK_DEBIAN_TELVANE_PACKAGE_DEPENDS "qt6-translations-l10n, hicolor-icon-theme")
-set(CPACK_DEBIAN_TELVANE_PACKAGE_RECOMMENDS "qt6-wayland, xdg-utils")
+set(CPACK_DEBIAN_TELVANE_PACKAGE_RECOMMENDS "qt6-wayland, xdg-utils, libsystemd0")
 set(CPACK_DEBIAN_TELVANE_PACKAGE_SUGGESTS "telvane-cli")
 
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_NAME telvane-cli)
@@ -46,7 +46,7 @@ This package holds the console tool, the timer of a nightly download, which is
 off until it is enabled, and a simulated logger for trying things out. Their
 texts are in Spanish.")
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_DEPENDS "adduser")
-set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_RECOMMENDS "bash-completion")
+set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_RECOMMENDS "bash-completion, libsystemd0")
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_SUGGESTS "telvane")
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/conffiles "/etc/default/telvane-descarga\n")
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_CONTROL_EXTRA
