@@ -30,7 +30,7 @@ TEST_F(PuertosTest, WithoutAnyPortItAsksForTheAdapter) {
 
 TEST_F(PuertosTest, AQuietMachineNeedsNoRemedy) {
     proceso("1", "init");
-    proceso("71", "brltty-helper");
+    proceso("71", "brltty-otro");
     int maestro = -1;
     int esclavo = -1;
     std::array<char, 128> nombre{};
