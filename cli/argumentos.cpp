@@ -1,6 +1,5 @@
 #include "cli/argumentos.h"
 
-#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -20,19 +19,6 @@ std::string motivoRango(const std::string& texto, int minimo, int maximo) {
 
 }  // namespace
 
-CLI::Validator comprobar(std::string (*motivo)(const std::string&)) {
-    return CLI::Validator([motivo](std::string& texto) { return motivo(texto); }, "");
-}
-
-std::string motivoSerie(const std::string& texto) {
-    const bool cifras = std::all_of(texto.begin(), texto.end(), [](char c) { return c >= '0' && c <= '9'; });
-    return cifras && texto.size() == 8 ? "" : "el número de serie tiene 8 cifras, ceros incluidos";
-}
-
-std::string motivoPerfil(const std::string& texto) {
-    return texto == "estricto" || texto == "ampliado" ? "" : "debe ser estricto o ampliado";
-}
-
 std::string motivoSegundos(const std::string& texto) {
     return motivoRango(texto, 1, 3600);
 }
@@ -41,10 +27,6 @@ std::string motivoCuenta(const std::string& texto) {
 }
 std::string motivoReintentos(const std::string& texto) {
     return motivoRango(texto, 0, 1000);
-}
-
-Perfil leerPerfil(const std::string& texto) {
-    return texto == "ampliado" ? Perfil::ampliado : Perfil::estricto;
 }
 
 int leerEntero(const std::string& texto) {

@@ -60,15 +60,6 @@ ArchivoDatos archivoJsonl(const Memoria& memoria, Decodificador& decodificador) 
     return archivo;
 }
 
-TextoDeCabecera leerCabecera(const Memoria& memoria) {
-    TextoDeCabecera cabecera;
-    const auto imagen = memoria.imagen();
-    for (std::size_t k = 0; k < registro_config::kCabecera; ++k) {
-        cabecera.config(static_cast<std::int32_t>(k), imagen[k]);
-    }
-    return cabecera;
-}
-
 }  // namespace
 
 std::optional<Formato> leerFormato(std::string_view texto) {
@@ -100,9 +91,9 @@ void Conversor::cargar(std::span<const std::uint8_t> imagen, const OrigenConfig&
 ArchivoDatos Conversor::convertir(std::span<const std::uint8_t> imagen, Formato formato, Perfil perfil,
                                   const FechaHora& momento, const OrigenConfig& origen) {
     cargar(imagen, origen);
-    auto cabecera = leerCabecera(memoria_);
+    const auto cabecera = leerCabecera(memoria_.imagen());
     Decodificador decodificador(perfil);
-    decodificador.evaporacion(llevaEvaporacion(numeroDeSerie(cabecera.digitosSerie)));
+    decodificador.evaporacion(cabecera.llevaEvaporacion());
     switch (formato) {
         case Formato::xls:
             return archivoXls(memoria_, decodificador, kUltimoBloque);

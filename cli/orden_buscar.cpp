@@ -1,5 +1,4 @@
 // telvane-cli buscar
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "cli/ordenes.h"
@@ -17,10 +16,10 @@ void buscar(ContextoCli& contexto) {
 
 }  // namespace
 
-void declararBuscar(CLI::App& app, ContextoCli& contexto) {
-    auto* orden = app.add_subcommand("buscar", "Busca el puerto en que responde el registrador y lo escribe");
-    orden->footer("Prueba COM1 a COM12 en orden, 3 s cada uno. Escribe \"COM1 /dev/ttyUSB0\".");
-    orden->callback([&contexto] { contexto.orden = [&contexto] { buscar(contexto); }; });
+void declararBuscar(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden = argumentos.orden("buscar", "Busca el puerto en que responde el registrador y lo escribe");
+    orden.pie("Prueba COM1 a COM12 en orden, 3 s cada uno. Escribe \"COM1 /dev/ttyUSB0\".");
+    orden.alElegir([&contexto] { contexto.orden = [&contexto] { buscar(contexto); }; });
 }
 
 }  // namespace telvane

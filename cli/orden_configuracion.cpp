@@ -1,8 +1,6 @@
 // telvane-cli configuracion
 #include <memory>
 
-#include <CLI/CLI.hpp>
-
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
 #include "cli/textos_cli.h"
@@ -21,11 +19,11 @@ void mostrarConfiguracion(ContextoCli& contexto, bool json) {
 
 }  // namespace
 
-void declararConfiguracion(CLI::App& app, ContextoCli& contexto) {
-    auto* orden = app.add_subcommand("configuracion", "Lee la configuración del registrador y la escribe");
+void declararConfiguracion(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden = argumentos.orden("configuracion", "Lee la configuración del registrador y la escribe");
     const auto json = std::make_shared<bool>(false);
-    orden->add_flag("--json", *json, "Como objeto JSON");
-    orden->callback(
+    orden.bandera(*json, "--json", "Como objeto JSON");
+    orden.alElegir(
         [&contexto, json] { contexto.orden = [&contexto, json] { mostrarConfiguracion(contexto, *json); }; });
 }
 

@@ -9,7 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "cli/argumentos.h"
@@ -278,34 +277,35 @@ void Configurador::comprobarEscrito() {
 
 }  // namespace
 
-void declararConfigurar(CLI::App& app, ContextoCli& contexto) {
-    auto* orden =
-        app.add_subcommand("configurar", "Cambia la configuración del registrador, que borra sus datos");
+void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden =
+        argumentos.orden("configurar", "Cambia la configuración del registrador, que borra sus datos");
     const auto opciones = std::make_shared<Opciones>();
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
-        orden
-            ->add_option(kCampos[i].opcion, opciones->textos[i],
-                         fmt::format("Hasta {} caracteres", kAnchos[i]))
-            ->type_name("TEXTO");
+        orden.opcion(opciones->textos[i], {.nombre = kCampos[i].opcion,
+                                           .valor = "TEXTO",
+                                           .ayuda = fmt::format("Hasta {} caracteres", kAnchos[i])});
     }
-    orden->add_option("--intervalo", opciones->intervalo, "Minutos entre muestras: 1, 5, 10, 15, 30 o 60")
-        ->type_name("MINUTOS")
-        ->check(comprobar(motivoIntervalo));
-    orden->add_option("--fecha", opciones->fecha, "Fecha del reloj")
-        ->type_name("DD/MM/AAAA")
-        ->check(comprobar(motivoFecha));
-    orden->add_option("--hora", opciones->hora, "Hora del reloj")
-        ->type_name("HH:MM:SS")
-        ->check(comprobar(motivoHora));
-    orden->add_flag("--reloj-pc", opciones->relojPc, "Fecha y hora de este equipo");
-    orden->add_flag("--borrar-memoria", opciones->borrarMemoria,
-                    "Confirma que se borren los datos del registrador");
-    orden->add_option("--respaldo", opciones->respaldo, "Archivo base para la memoria que se borra")
-        ->type_name("ARCHIVO");
-    orden->add_flag("--sin-respaldo", opciones->sinRespaldo, "No descarga la memoria antes de borrarla");
-    orden->footer(
+    orden.opcion(opciones->intervalo, {.nombre = "--intervalo",
+                                       .valor = "MINUTOS",
+                                       .ayuda = "Minutos entre muestras: 1, 5, 10, 15, 30 o 60",
+                                       .comprobar = motivoIntervalo});
+    orden.opcion(
+        opciones->fecha,
+        {.nombre = "--fecha", .valor = "DD/MM/AAAA", .ayuda = "Fecha del reloj", .comprobar = motivoFecha});
+    orden.opcion(
+        opciones->hora,
+        {.nombre = "--hora", .valor = "HH:MM:SS", .ayuda = "Hora del reloj", .comprobar = motivoHora});
+    orden.bandera(opciones->relojPc, "--reloj-pc", "Fecha y hora de este equipo");
+    orden.bandera(opciones->borrarMemoria, "--borrar-memoria",
+                  "Confirma que se borren los datos del registrador");
+    orden.opcion(
+        opciones->respaldo,
+        {.nombre = "--respaldo", .valor = "ARCHIVO", .ayuda = "Archivo base para la memoria que se borra"});
+    orden.bandera(opciones->sinRespaldo, "--sin-respaldo", "No descarga la memoria antes de borrarla");
+    orden.pie(
         "Sin --respaldo, la memoria se guarda en la carpeta de datos del usuario (~/.local/share/telvane).");
-    orden->callback([&contexto, opciones] {
+    orden.alElegir([&contexto, opciones] {
         revisar(*opciones);
         contexto.orden = [&contexto, opciones] { Configurador(contexto, *opciones).correr(); };
     });

@@ -18,13 +18,14 @@
 #include <thread>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "cli/argumentos.h"
 #include "cli/codigos_salida.h"
 #include "cli/conversion.h"
 #include "cli/ordenes.h"
+#include "data/sello.h"
+#include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
 #include "platform/guardado.h"
 
@@ -210,27 +211,31 @@ void convertir(ContextoCli& contexto, const Opciones& opciones) {
 
 }  // namespace
 
-void declararConvertir(CLI::App& app, ContextoCli& contexto) {
-    auto* orden = app.add_subcommand("convertir", "Convierte archivos base (.rgt) sin el registrador");
+void declararConvertir(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden = argumentos.orden("convertir", "Convierte archivos base (.rgt) sin el registrador");
     const auto opciones = std::make_shared<Opciones>();
-    orden
-        ->add_option("ARCHIVO", opciones->archivos,
-                     "ENTRADA SALIDA; con --en, todas las entradas. - es la tubería")
-        ->required();
-    orden
-        ->add_option("--en", opciones->carpeta,
-                     "Carpeta de las salidas, cada una con el nombre de su entrada")
-        ->type_name("CARPETA");
-    orden->add_option("--formato", opciones->formato, "csv, xls o jsonl; si falta, el de la SALIDA, o csv")
-        ->type_name("FORMATO")
-        ->check(comprobar(motivoFormato));
-    orden->add_option("--serie", opciones->serie, "Número de serie, 8 cifras; si falta, el de la imagen")
-        ->type_name("CIFRAS")
-        ->check(comprobar(motivoSerie));
-    orden->add_option("--perfil", opciones->perfil, "Fechas que valen: estricto (2001 a 2019) o ampliado")
-        ->type_name("PERFIL")
-        ->check(comprobar(motivoPerfil));
-    orden->callback([&contexto, opciones] {
+    orden.opcion(opciones->archivos,
+                 {.nombre = "ARCHIVO",
+                  .valor = "",
+                  .ayuda = "ENTRADA SALIDA; con --en, todas las entradas. - es la tubería",
+                  .obligatoria = true});
+    orden.opcion(opciones->carpeta,
+                 {.nombre = "--en",
+                  .valor = "CARPETA",
+                  .ayuda = "Carpeta de las salidas, cada una con el nombre de su entrada"});
+    orden.opcion(opciones->formato, {.nombre = "--formato",
+                                     .valor = "FORMATO",
+                                     .ayuda = "csv, xls o jsonl; si falta, el de la SALIDA, o csv",
+                                     .comprobar = motivoFormato});
+    orden.opcion(opciones->serie, {.nombre = "--serie",
+                                   .valor = "CIFRAS",
+                                   .ayuda = "Número de serie, 8 cifras; si falta, el de la imagen",
+                                   .comprobar = motivoSerie});
+    orden.opcion(opciones->perfil, {.nombre = "--perfil",
+                                    .valor = "PERFIL",
+                                    .ayuda = "Fechas que valen: estricto (2001 a 2019) o ampliado",
+                                    .comprobar = motivoPerfil});
+    orden.alElegir([&contexto, opciones] {
         contexto.orden = [&contexto, opciones] { convertir(contexto, *opciones); };
     });
 }

@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "cli/argumentos.h"
@@ -14,6 +13,7 @@
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
 #include "cli/textos_cli.h"
+#include "data/sello.h"
 #include "platform/guardado.h"
 
 namespace telvane {
@@ -73,33 +73,34 @@ void descargar(ContextoCli& contexto, const Opciones& opciones) {
 
 }  // namespace
 
-void declararDescargar(CLI::App& app, ContextoCli& contexto) {
-    auto* orden = app.add_subcommand("descargar", "Descarga la memoria del registrador a un archivo base");
+void declararDescargar(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden = argumentos.orden("descargar", "Descarga la memoria del registrador a un archivo base");
     const auto opciones = std::make_shared<Opciones>();
-    orden->add_option("--base", opciones->base, "Archivo base (.rgt) que se escribe; - es la salida")
-        ->type_name("ARCHIVO")
-        ->required();
-    orden->add_option("--csv", opciones->csv, "Además, los datos como archivo CSV; - es la salida")
-        ->type_name("ARCHIVO");
-    orden->add_flag("--verificar", opciones->verificar, "Descarga dos veces y compara");
-    orden->add_option("--espera", opciones->espera, "Segundos sin respuesta que se toleran; 5 si falta")
-        ->type_name("S")
-        ->check(comprobar(motivoSegundos));
-    orden
-        ->add_option("--reintentos", opciones->reintentos,
-                     "Veces que se vuelve a empezar tras un fallo; 2 si falta")
-        ->type_name("N")
-        ->check(comprobar(motivoReintentos));
-    orden
-        ->add_option("--perfil", opciones->perfil,
-                     "Fechas que valen en el CSV: estricto (2001 a 2019) o ampliado")
-        ->type_name("PERFIL")
-        ->check(comprobar(motivoPerfil));
-    orden->footer(
+    orden.opcion(opciones->base, {.nombre = "--base",
+                                  .valor = "ARCHIVO",
+                                  .ayuda = "Archivo base (.rgt) que se escribe; - es la salida",
+                                  .obligatoria = true});
+    orden.opcion(opciones->csv, {.nombre = "--csv",
+                                 .valor = "ARCHIVO",
+                                 .ayuda = "Además, los datos como archivo CSV; - es la salida"});
+    orden.bandera(opciones->verificar, "--verificar", "Descarga dos veces y compara");
+    orden.opcion(opciones->espera, {.nombre = "--espera",
+                                    .valor = "S",
+                                    .ayuda = "Segundos sin respuesta que se toleran; 5 si falta",
+                                    .comprobar = motivoSegundos});
+    orden.opcion(opciones->reintentos, {.nombre = "--reintentos",
+                                        .valor = "N",
+                                        .ayuda = "Veces que se vuelve a empezar tras un fallo; 2 si falta",
+                                        .comprobar = motivoReintentos});
+    orden.opcion(opciones->perfil, {.nombre = "--perfil",
+                                    .valor = "PERFIL",
+                                    .ayuda = "Fechas que valen en el CSV: estricto (2001 a 2019) o ampliado",
+                                    .comprobar = motivoPerfil});
+    orden.pie(
         "Cada bloque llega al disco en cuanto se recibe, en ARCHIVO.parcial, que toma su nombre al "
         "completarse. Si se\n"
         "interrumpe, lo recibido queda allí.");
-    orden->callback([&contexto, opciones] {
+    orden.alElegir([&contexto, opciones] {
         contexto.orden = [&contexto, opciones] { descargar(contexto, *opciones); };
     });
 }

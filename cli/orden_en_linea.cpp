@@ -3,8 +3,6 @@
 #include <memory>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "cli/argumentos.h"
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
@@ -36,17 +34,19 @@ void mostrarEnLinea(ContextoCli& contexto, const Opciones& opciones) {
 
 }  // namespace
 
-void declararEnLinea(CLI::App& app, ContextoCli& contexto) {
-    auto* orden = app.add_subcommand("en-linea", "Escribe las lecturas actuales del registrador");
+void declararEnLinea(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden = argumentos.orden("en-linea", "Escribe las lecturas actuales del registrador");
     const auto opciones = std::make_shared<Opciones>();
-    orden->add_option("--cuenta", opciones->cuenta, "Lecturas que se piden; sin ella, hasta Ctrl-C")
-        ->type_name("N")
-        ->check(comprobar(motivoCuenta));
-    orden->add_option("--cada", opciones->cada, "Segundos entre lecturas; 1 si falta")
-        ->type_name("S")
-        ->check(comprobar(motivoSegundos));
-    orden->add_flag("--json", opciones->json, "Un objeto JSON por línea");
-    orden->callback([&contexto, opciones] {
+    orden.opcion(opciones->cuenta, {.nombre = "--cuenta",
+                                    .valor = "N",
+                                    .ayuda = "Lecturas que se piden; sin ella, hasta Ctrl-C",
+                                    .comprobar = motivoCuenta});
+    orden.opcion(opciones->cada, {.nombre = "--cada",
+                                  .valor = "S",
+                                  .ayuda = "Segundos entre lecturas; 1 si falta",
+                                  .comprobar = motivoSegundos});
+    orden.bandera(opciones->json, "--json", "Un objeto JSON por línea");
+    orden.alElegir([&contexto, opciones] {
         contexto.orden = [&contexto, opciones] { mostrarEnLinea(contexto, *opciones); };
     });
 }

@@ -6,7 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
@@ -88,17 +87,13 @@ nlohmann::ordered_json objeto(int numero, const FichaPuerto& ficha) {
 std::string_view remedio(ServicioIntruso servicio) {
     switch (servicio) {
         case ServicioIntruso::modem:
-            return "ModemManager está en marcha: ocupa cada adaptador recién enchufado hasta medio minuto, "
-                   "por "
-                   "si fuera un módem.\n  Espere y repita. Si aquí nadie usa un módem: sudo systemctl "
-                   "disable "
-                   "--now ModemManager";
+            return "ModemManager está en marcha: ocupa cada adaptador recién enchufado hasta medio minuto.\n"
+                   "  Espere y repita. Si aquí nadie usa un módem: sudo systemctl disable --now ModemManager";
         case ServicioIntruso::braille:
             break;
     }
-    return "brltty (líneas braille) está en marcha: puede adueñarse del adaptador, que entonces no aparece o "
-           "desaparece.\n  Si aquí nadie usa una línea braille: sudo systemctl disable --now brltty, y "
-           "vuelva a "
+    return "brltty (líneas braille) está en marcha: puede adueñarse del adaptador, que así desaparece.\n"
+           "  Si aquí nadie usa una línea braille: sudo systemctl disable --now brltty, y vuelva a "
            "enchufarlo";
 }
 
@@ -142,11 +137,11 @@ void mostrarPuertos(ContextoCli& contexto, bool json) {
 
 }  // namespace
 
-void declararPuertos(CLI::App& app, ContextoCli& contexto) {
-    auto* orden = app.add_subcommand("puertos", "Muestra qué hay detrás de COM1 a COM12");
+void declararPuertos(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden = argumentos.orden("puertos", "Muestra qué hay detrás de COM1 a COM12");
     const auto json = std::make_shared<bool>(false);
-    orden->add_flag("--json", *json, "Como lista JSON");
-    orden->callback(
+    orden.bandera(*json, "--json", "Como lista JSON");
+    orden.alElegir(
         [&contexto, json] { contexto.orden = [&contexto, json] { mostrarPuertos(contexto, *json); }; });
 }
 

@@ -2,13 +2,13 @@
 #include <memory>
 #include <string>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "cli/argumentos.h"
 #include "cli/codigos_salida.h"
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
+#include "loggerconfig/pasos_serie.h"
 
 namespace telvane {
 
@@ -34,13 +34,15 @@ void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
 
 }  // namespace
 
-void declararSerie(CLI::App& app, ContextoCli& contexto) {
-    auto* orden = app.add_subcommand("serie", "Escribe el número de serie en el registrador y lo comprueba");
+void declararSerie(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden = argumentos.orden("serie", "Escribe el número de serie en el registrador y lo comprueba");
     const auto cifras = std::make_shared<std::string>();
-    orden->add_option("CIFRAS", *cifras, "Las 8 cifras del número")
-        ->required()
-        ->check(comprobar(motivoSerie));
-    orden->callback(
+    orden.opcion(*cifras, {.nombre = "CIFRAS",
+                           .valor = "",
+                           .ayuda = "Las 8 cifras del número",
+                           .comprobar = motivoSerie,
+                           .obligatoria = true});
+    orden.alElegir(
         [&contexto, cifras] { contexto.orden = [&contexto, cifras] { escribirSerie(contexto, *cifras); }; });
 }
 

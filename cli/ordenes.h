@@ -2,16 +2,12 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "cli/consola.h"
 #include "cli/entorno_cli.h"
-
-namespace CLI {
-class App;
-}
+#include "platform/argumentos.h"
 
 namespace telvane {
 
@@ -22,13 +18,13 @@ struct ContextoCli {
     std::function<void()> orden;   // the chosen command, once the arguments were read; throws ErrorCli
 };
 
-void declararPuertos(CLI::App& app, ContextoCli& contexto);
-void declararBuscar(CLI::App& app, ContextoCli& contexto);
-void declararConfiguracion(CLI::App& app, ContextoCli& contexto);
-void declararEnLinea(CLI::App& app, ContextoCli& contexto);
-void declararDescargar(CLI::App& app, ContextoCli& contexto);
-void declararConvertir(CLI::App& app, ContextoCli& contexto);
-void declararConfigurar(CLI::App& app, ContextoCli& contexto);
-void declararSerie(CLI::App& app, ContextoCli& contexto);
+void declararPuertos(Argumentos& argumentos, ContextoCli& contexto);
+void declararBuscar(Argumentos& argumentos, ContextoCli& contexto);
+void declararConfiguracion(Argumentos& argumentos, ContextoCli& contexto);
+void declararEnLinea(Argumentos& argumentos, ContextoCli& contexto);
+void declararDescargar(Argumentos& argumentos, ContextoCli& contexto);
+void declararConvertir(Argumentos& argumentos, ContextoCli& contexto);
+void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto);
+void declararSerie(Argumentos& argumentos, ContextoCli& contexto);
 
 }  // namespace telvane

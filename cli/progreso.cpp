@@ -1,5 +1,7 @@
 #include "cli/progreso.h"
 
+#include <cmath>
+
 #include <fmt/format.h>
 
 #include "link/protocolo.h"
@@ -14,7 +16,7 @@ constexpr auto kEntreDibujos = 200ms;
 constexpr std::size_t kCasillas = 30;
 
 std::string minutos(double segundos) {
-    const auto enteros = static_cast<long>(segundos + 0.5);
+    const auto enteros = std::lround(segundos);
     return fmt::format("{:02}:{:02}", enteros / 60, enteros % 60);
 }
 

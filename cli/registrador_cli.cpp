@@ -138,8 +138,9 @@ void RegistradorCli::recibirBloque(LineaRegistrador& linea, std::uint8_t primero
     for (std::size_t i = 1; i < bloque.size(); ++i) bloque[i] = linea.tomar();
     // The line carries no checksum: a byte left over is the only sign that something went wrong.
     if (linea.esperan() > 0) fueraDePaso("sobran bytes después de un bloque");
-    alBloque(numero, bloque);
+    // The next block travels while this one goes to the disk.
     linea.enviar(kApertura);
+    alBloque(numero, bloque);
 }
 
 void RegistradorCli::escribirConfiguracion(std::string_view mensaje) {

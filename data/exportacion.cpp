@@ -75,12 +75,8 @@ std::string Exportacion::elegirConfiguracion() {
         datos_.decodificador.evaporacion(llevaEvaporacion(config_.numeroSerie));
         return config_.textoConfig;
     }
-    TextoDeCabecera cabecera;
-    const auto imagen = datos_.memoria.imagen();
-    for (std::size_t k = 0; k < registro_config::kCabecera; ++k) {
-        cabecera.config(static_cast<std::int32_t>(k), imagen[k]);
-    }
-    datos_.decodificador.evaporacion(llevaEvaporacion(numeroDeSerie(cabecera.digitosSerie)));
+    const auto cabecera = leerCabecera(datos_.memoria.imagen());
+    datos_.decodificador.evaporacion(cabecera.llevaEvaporacion());
     return cabecera.texto;
 }
 

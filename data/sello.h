@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "data/muestra.h"
 #include "loggerconfig/datos_config.h"
@@ -18,6 +19,14 @@ enum class Perfil : std::uint8_t {
                // block along
     ampliado   // years 2000 to 2099, real dates and times only; a good first record stays
 };
+
+// The name that an option of our programs gives it. motivoPerfil: empty when there is such a name.
+inline std::string motivoPerfil(const std::string& texto) {
+    return texto == "estricto" || texto == "ampliado" ? "" : "debe ser estricto o ampliado";
+}
+inline Perfil leerPerfil(const std::string& texto) {
+    return texto == "ampliado" ? Perfil::ampliado : Perfil::estricto;
+}
 
 namespace sello {
 

@@ -124,7 +124,13 @@ void buscarCerrojos(const Dispositivo& buscado, const fs::path& proc, std::vecto
     const auto clave =
         fmt::format("{:02x}:{:02x}:{}", major(buscado.sistema), minor(buscado.sistema), buscado.nodo);
     std::ifstream entrada(proc / "locks");
-    std::string orden, clase, aviso, modo, pid, lugar, resto;
+    std::string orden;
+    std::string clase;
+    std::string aviso;
+    std::string modo;
+    std::string pid;
+    std::string lugar;
+    std::string resto;
     while (entrada >> orden >> clase >> aviso >> modo >> pid >> lugar && std::getline(entrada, resto)) {
         const auto numero = leerNumero<pid_t>(pid);
         if (lugar == clave && numero && *numero > 0) anotar(ocupantes, *numero, proc);
@@ -189,6 +195,7 @@ std::vector<fs::path> dispositivosPresentes(const RaicesSistema& raices) {
     }
     std::sort(hallados.begin(), hallados.end());
     std::vector<fs::path> presentes;
+    presentes.reserve(hallados.size());
     for (auto& hallado : hallados) presentes.push_back(std::move(hallado.second));
     return presentes;
 }

@@ -176,9 +176,11 @@ void PuertoTermios::configurar(const AjustesLinea& ajustes) {
 // Some USB adapters hold the last bytes of a block back for up to 16 ms, hoping for more.
 void PuertoTermios::pedirBajaLatencia() {
     serial_struct datos{};
-    if (!siSePuede(descriptor_(), TIOCGSERIAL, &datos) || (datos.flags & ASYNC_LOW_LATENCY) != 0) return;
+    if (!siSePuede(descriptor_(), TIOCGSERIAL, &datos) ||
+        (static_cast<unsigned>(datos.flags) & ASYNC_LOW_LATENCY) != 0)
+        return;
     const int previas = datos.flags;
-    datos.flags |= ASYNC_LOW_LATENCY;
+    datos.flags = static_cast<int>(static_cast<unsigned>(datos.flags) | ASYNC_LOW_LATENCY);
     if (siSePuede(descriptor_(), TIOCSSERIAL, &datos)) banderasPrevias_ = previas;
 }
 

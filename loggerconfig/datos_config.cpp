@@ -66,6 +66,14 @@ std::string resumenTrasLectura(std::string_view intervalo, std::string_view line
     return juntar(texto, textos::kFinLinea, textos::kFinLinea);
 }
 
+TextoDeCabecera leerCabecera(std::span<const std::uint8_t> imagen) {
+    TextoDeCabecera cabecera;
+    for (std::int32_t k = 0; const auto byte : imagen.first(registro_config::kCabecera)) {
+        cabecera.config(k++, byte);
+    }
+    return cabecera;
+}
+
 bool TextoDeCabecera::config(std::int32_t contador, std::uint8_t byte) {
     if (contador < 0 || contador >= static_cast<std::int32_t>(registro_config::kCabecera)) return false;
     const auto k = static_cast<std::size_t>(contador);

@@ -73,7 +73,7 @@ constexpr bool llevaEvaporacion(float numeroSerie) {
 // Summary after a read, lines ended by CR LF: interval in minutes, the serial line ("Nro  : ..."), the five
 // texts.
 std::string resumenTrasLectura(std::string_view intervalo, std::string_view lineaSerie,
-                               const std::array<std::string_view, 5>& textos);
+                               const std::array<std::string_view, 5>& campos);
 
 // The text of a memory image's header, built byte by byte as `config` does. A value: copy it, test it.
 struct TextoDeCabecera {
@@ -84,6 +84,11 @@ struct TextoDeCabecera {
 
     // contador: position of the byte, 0 for the header's first. False: beyond the header.
     bool config(std::int32_t contador, std::uint8_t byte);
+    // Whether the logger that wrote the header carries the evaporation channels.
+    bool llevaEvaporacion() const { return telvane::llevaEvaporacion(numeroDeSerie(digitosSerie)); }
 };
+
+// Of a whole image: its header's 432 bytes.
+TextoDeCabecera leerCabecera(std::span<const std::uint8_t> imagen);
 
 }  // namespace telvane

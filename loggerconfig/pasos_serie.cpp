@@ -1,5 +1,7 @@
 #include "loggerconfig/pasos_serie.h"
 
+#include <algorithm>
+
 #include "link/protocolo.h"
 
 namespace telvane {
@@ -13,6 +15,11 @@ SerieEmpacada empacarSerie(std::string_view digitos) {
         serie[k] = static_cast<std::uint8_t>(cifra(2 * k) * 16 + cifra(2 * k + 1));
     }
     return serie;
+}
+
+std::string motivoSerie(const std::string& texto) {
+    const bool cifras = std::all_of(texto.begin(), texto.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return cifras && texto.size() == 8 ? "" : "el número de serie tiene 8 cifras, ceros incluidos";
 }
 
 PasoSerie pasoSerie(std::int32_t contador, const SerieEmpacada& serie) {

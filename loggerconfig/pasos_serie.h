@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace telvane {
@@ -12,6 +13,9 @@ using SerieEmpacada = std::array<std::uint8_t, 4>;
 
 // Digits, most significant first; a short entry is filled with zeros on the right ("2080" is 20800000).
 SerieEmpacada empacarSerie(std::string_view digitos);
+
+// Empty for a number as the logger carries it, 8 digits; otherwise why not.
+std::string motivoSerie(const std::string& texto);
 
 // contador: 0 for the logger's first byte.
 struct PasoSerie {

@@ -73,7 +73,7 @@ class BuclePosix::LecturaPosix final : public Bucle::Lectura {
 class BuclePosix::AlarmaPosix final : public Bucle::Vigilancia {
    public:
     AlarmaPosix(std::shared_ptr<Fuentes> fuentes, Fuentes::ClaveAlarma clave)
-        : fuentes_(std::move(fuentes)), clave_(clave) {}
+        : fuentes_(std::move(fuentes)), clave_(std::move(clave)) {}
     AlarmaPosix(const AlarmaPosix&) = delete;
     AlarmaPosix& operator=(const AlarmaPosix&) = delete;
     ~AlarmaPosix() override { fuentes_->alarmas.erase(clave_); }

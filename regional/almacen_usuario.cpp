@@ -17,7 +17,7 @@ namespace telvane {
 namespace {
 
 // More than the file of eight short lines ever needs; a larger one is none of ours.
-constexpr std::size_t kMaxAlmacen = 64 * 1024;
+constexpr std::size_t kMaxAlmacen = std::size_t{64} * 1024;
 
 struct LiberarLocale {
     void operator()(locale_t l) const { freelocale(l); }
@@ -144,7 +144,7 @@ void AlmacenUsuario::RegWrite(const std::string& nombre, const std::string& valo
     auto valores = leer();
     valores[corto] = valor;
     std::string texto = "# Ajustes regionales de Telvane\n";
-    for (const auto& [clave, dato] : valores) texto += clave + "=" + dato + "\n";
+    for (const auto& [clave, dato] : valores) texto.append(clave).append("=").append(dato).append("\n");
     try {
         std::filesystem::create_directories(ruta_.parent_path());
         guardarAtomico(ruta_, texto);

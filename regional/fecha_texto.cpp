@@ -21,8 +21,9 @@ std::optional<int> numero(std::string_view cifras) {
 
 std::optional<FechaCivil> leerFechaCorta(std::string_view texto) {
     const auto primera = texto.find('/');
-    const auto segunda = primera == texto.npos ? texto.npos : texto.find('/', primera + 1);
-    if (segunda == texto.npos) return std::nullopt;
+    const auto segunda =
+        primera == std::string_view::npos ? std::string_view::npos : texto.find('/', primera + 1);
+    if (segunda == std::string_view::npos) return std::nullopt;
     const auto dia = numero(texto.substr(0, primera));
     const auto mes = numero(texto.substr(primera + 1, segunda - primera - 1));
     const auto anio = numero(texto.substr(segunda + 1));

@@ -198,8 +198,14 @@ std::array<std::uint8_t, registro_muestra::kBytes> registroDeMuestra(const Tiemp
 
 std::array<std::uint8_t, kBytesMarco> marcoEnLinea(const Tiempo& tiempo) {
     // Positions in the frame; it is a format of its own, close to the stored record and not the same.
-    constexpr std::size_t kHumedad = 3, kTemperatura = 5, kDirViento = 7, kVelViento = 8, kRadSolar = 10,
-                          kPresion = 12, kLluvia = 14, kEvaporacion = 16;
+    constexpr std::size_t kHumedad = 3;
+    constexpr std::size_t kTemperatura = 5;
+    constexpr std::size_t kDirViento = 7;
+    constexpr std::size_t kVelViento = 8;
+    constexpr std::size_t kRadSolar = 10;
+    constexpr std::size_t kPresion = 12;
+    constexpr std::size_t kLluvia = 14;
+    constexpr std::size_t kEvaporacion = 16;
     std::array<std::uint8_t, kBytesMarco> marco{};
     poner(marco, kHumedad, crudoHumedad(tiempo.humedad));
     poner(marco, kTemperatura, crudoTemperatura(tiempo.temperatura));

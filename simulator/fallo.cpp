@@ -79,7 +79,7 @@ std::vector<Pieza> partir(std::string_view texto) {
         const auto hasta = std::min(texto.find(':', desde), texto.size());
         const auto pieza = texto.substr(desde, hasta - desde);
         const auto igual = pieza.find('=');
-        if (igual == pieza.npos) {
+        if (igual == std::string_view::npos) {
             piezas.push_back({pieza, std::nullopt});
         } else {
             piezas.push_back({pieza.substr(0, igual), pieza.substr(igual + 1)});

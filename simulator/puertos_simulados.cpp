@@ -37,7 +37,7 @@ class PuertosSimulados::Puesto {
         linea->alDia(ahora());
         return *linea;
     }
-    void cambio();
+    void cambio() const;
 
    private:
     Bucle& bucle_;
@@ -110,7 +110,7 @@ class PuertosSimulados::Puerto final : public PuertoSerie {
 };
 
 // Something was put on the wire from outside.
-void PuertosSimulados::Puesto::cambio() {
+void PuertosSimulados::Puesto::cambio() const {
     if (abierto) abierto->programar();
 }
 
@@ -163,10 +163,10 @@ void PuertosSimulados::Puerto::recoger() {
 void PuertosSimulados::Puerto::tomar(const LineaSimulada::Llegada& llegada) {
     switch (llegada.que) {
         case Que::byte:
-            esperan_.push_back(static_cast<std::uint8_t>(llegada.valor));
+            esperan_.emplace_back(static_cast<std::uint8_t>(llegada.valor));
             break;
         case Que::errorLectura:
-            esperan_.push_back(std::nullopt);
+            esperan_.emplace_back();
             break;
         case Que::colgado:
             colgado_ = true;

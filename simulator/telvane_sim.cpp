@@ -3,23 +3,22 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
+#include "platform/argumentos.h"
 #include "platform/guardado.h"
 #include "simulator/memoria_simulada.h"
 #include "simulator/programa_simulador.h"
@@ -49,11 +48,6 @@ std::optional<std::uint32_t> numero(const std::string& texto) {
     return valor;
 }
 
-std::string comprobarSerie(const std::string& texto) {
-    const bool cifras = std::all_of(texto.begin(), texto.end(), [](char c) { return c >= '0' && c <= '9'; });
-    return cifras && texto.size() == 8 ? "" : "debe tener 8 cifras";
-}
-
 std::string comprobarSemilla(const std::string& texto) {
     return numero(texto) ? "" : "debe ser un número, 0 a 4294967295";
 }
@@ -71,48 +65,33 @@ std::string comprobarFallo(const std::string& texto) {
     }
 }
 
-void declarar(CLI::App& app, Opciones& opciones) {
-    app.option_defaults()->group("Opciones");
-    app.set_help_flag("-h,--help", "Muestra esta ayuda")->group("Opciones");
-    app.set_version_flag("--version", "telvane-sim " TELVANE_VERSION, "Muestra la versión")
-        ->group("Opciones");
-    auto formato = std::make_shared<CLI::Formatter>();
-    formato->label("Usage", "Uso");
-    formato->label("OPTIONS", "OPCIONES");
-    formato->label("REQUIRED", "(obligatoria)");
-    formato->column_width(26);
-    app.formatter(formato);
-    const auto con = [](auto comprobar) { return CLI::Validator(comprobar, ""); };
-    app.add_option("--enlace", opciones.enlace, "Nombre del enlace que lleva al registrador")
-        ->type_name("RUTA")
-        ->required();
-    app.add_option("--serie", opciones.serie, "Número de serie, 8 cifras")
-        ->type_name("CIFRAS")
-        ->check(con(comprobarSerie));
-    app.add_option("--memoria", opciones.memoria, "Archivo base (.rgt) con la memoria; recibe los cambios")
-        ->type_name("ARCHIVO");
-    app.add_option("--semilla", opciones.semilla, "Número del que sale el tiempo medido; 1 si falta")
-        ->type_name("N")
-        ->check(con(comprobarSemilla));
-    app.add_option("--baudios", opciones.baudios,
-                   "19200, el paso de la línea, o 0, sin esperas; 19200 si falta")
-        ->type_name("N")
-        ->check(con(comprobarBaudios));
-    app.add_option("--fallo", opciones.fallos, "Fallo de la línea, repetible")
-        ->type_name("FALLO")
-        ->check(con(comprobarFallo))
-        ->expected(1)
-        ->take_all();
-    app.footer("\n" + std::string(kAyudaFallo));
-}
-
-// The library's own texts are in English.
-std::string motivoDeUso(const CLI::App& app, const CLI::ParseError& error) {
-    const auto clase = error.get_name();
-    if (clase == "RequiredError") return "falta --enlace";
-    if (clase == "ExtrasError") return fmt::format("no se entiende \"{}\"", fmt::join(app.remaining(), " "));
-    if (clase == "ArgumentMismatch") return "a una opción le falta su valor o le sobra";
-    return error.what();
+void declarar(Argumentos& argumentos, Opciones& opciones) {
+    auto programa = argumentos.programa();
+    programa.opcion(opciones.enlace, {.nombre = "--enlace",
+                                      .valor = "RUTA",
+                                      .ayuda = "Nombre del enlace que lleva al registrador",
+                                      .obligatoria = true});
+    programa.opcion(opciones.serie, {.nombre = "--serie",
+                                     .valor = "CIFRAS",
+                                     .ayuda = "Número de serie, 8 cifras",
+                                     .comprobar = motivoSerie});
+    programa.opcion(opciones.memoria, {.nombre = "--memoria",
+                                       .valor = "ARCHIVO",
+                                       .ayuda = "Archivo base (.rgt) con la memoria; recibe los cambios"});
+    programa.opcion(opciones.semilla, {.nombre = "--semilla",
+                                       .valor = "N",
+                                       .ayuda = "Número del que sale el tiempo medido; 1 si falta",
+                                       .comprobar = comprobarSemilla});
+    programa.opcion(opciones.baudios,
+                    {.nombre = "--baudios",
+                     .valor = "N",
+                     .ayuda = "19200, el paso de la línea, o 0, sin esperas; 19200 si falta",
+                     .comprobar = comprobarBaudios});
+    programa.opcion(opciones.fallos, {.nombre = "--fallo",
+                                      .valor = "FALLO",
+                                      .ayuda = "Fallo de la línea, repetible",
+                                      .comprobar = comprobarFallo});
+    programa.pie("\n" + std::string(kAyudaFallo));
 }
 
 std::vector<std::uint8_t> leerImagen(const fs::path& ruta) {
@@ -168,18 +147,20 @@ void correr(const Opciones& opciones) {
 
 int main(int argc, char** argv) {
     using namespace telvane;
-    CLI::App app("Registrador simulado en un pseudoterminal", "telvane-sim");
     Opciones opciones;
-    declarar(app, opciones);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) return app.exit(error);
-        fmt::print(stderr, "telvane-sim: {}\n(telvane-sim --help)\n", motivoDeUso(app, error));
+    Argumentos argumentos("telvane-sim", TELVANE_VERSION, "Registrador simulado en un pseudoterminal");
+    declarar(argumentos, opciones);
+    const auto leida = argumentos.leer({argv + (argc > 0), argv + argc});
+    if (leida.que == LineaLeida::Que::malUso) {
+        fmt::print(stderr, "telvane-sim: {}\n", leida.texto);
         return kMalUso;
     }
     try {
-        correr(opciones);
+        if (leida.que == LineaLeida::Que::terminar) {
+            fmt::print("{}", leida.texto);
+        } else {
+            correr(opciones);
+        }
         return 0;
     } catch (const std::exception& error) {
         fmt::print(stderr, "telvane-sim: {}\n", error.what());

@@ -94,7 +94,7 @@ void TerminalSimulado::colgar() {
     cerrar(maestro_);
 }
 
-std::vector<std::uint8_t> TerminalSimulado::leer() {
+std::vector<std::uint8_t> TerminalSimulado::leer() const {
     std::vector<std::uint8_t> bytes(4096);
     const auto leidos = ::read(maestro_, bytes.data(), bytes.size());
     if (leidos < 0 && errno != EAGAIN && errno != EINTR) fallar("no se pudo leer del pseudoterminal");
@@ -102,7 +102,7 @@ std::vector<std::uint8_t> TerminalSimulado::leer() {
     return bytes;
 }
 
-void TerminalSimulado::escribir(std::span<const std::uint8_t> bytes) {
+void TerminalSimulado::escribir(std::span<const std::uint8_t> bytes) const {
     while (!bytes.empty()) {
         const auto escritos = ::write(maestro_, bytes.data(), bytes.size());
         if (escritos > 0) {

@@ -28,9 +28,9 @@ class TerminalSimulado {
     int descriptor() const { return maestro_; }
 
     // What waits, without waiting for more.
-    std::vector<std::uint8_t> leer();
+    std::vector<std::uint8_t> leer() const;
     // What the pty has no room for is lost, as in a receiver that nobody empties.
-    void escribir(std::span<const std::uint8_t> bytes);
+    void escribir(std::span<const std::uint8_t> bytes) const;
 
     // Hangs up and removes the link, as a pulled adapter does; reabrir() puts a new pty in its place.
     void colgar();

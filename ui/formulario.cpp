@@ -57,7 +57,7 @@ Formulario::Observacion Formulario::observar(Observador observador) {
 
 template <class Accion>
 void Formulario::avisar(const Accion& accion) const {
-    // By index: an observer may bring another one along.
+    // By index: an observer may bring another one along. NOLINTNEXTLINE(modernize-loop-convert)
     for (std::size_t i = 0; i < observadores_.size(); ++i) {
         if (const auto observador = observadores_[i].lock()) accion(*observador);
     }

@@ -6,10 +6,12 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTimer>
+#include <QTreeView>
 #include <QUrl>
 
 #include "ui/qt/texto_qt.h"
@@ -66,6 +68,10 @@ QString carpetaDeDocumentos() {
     return QDir(documentos).exists() ? documentos : QDir::homePath();
 }
 
+// Wide enough for name, size, kind and date of a file.
+constexpr int kAnchoDialogo = 780;
+constexpr int kAltoDialogo = 460;
+
 struct Filtro {
     QString descripcion;
     QString extension;  // without its dot
@@ -81,6 +87,14 @@ Filtro leerFiltro(const std::string& filtro) {
 QString nombrePropuesto(const QString& nombre, const QString& extension) {
     const auto punto = QLatin1Char('.') + extension;
     return nombre.contains(QLatin1Char('.')) && !nombre.endsWith(punto) ? nombre + punto : nombre;
+}
+
+// The name takes what the rest leaves. A dialog of the desktop's own has no such list.
+void ensancharColumnas(QFileDialog& dialogo) {
+    auto* lista = dialogo.findChild<QTreeView*>(QStringLiteral("treeView"));
+    if (lista == nullptr) return;
+    lista->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    lista->header()->setSectionResizeMode(0, QHeaderView::Stretch);
 }
 
 QFileDialog* nuevoDialogo(const PeticionArchivo& peticion, QWidget* padre) {
@@ -99,6 +113,8 @@ QFileDialog* nuevoDialogo(const PeticionArchivo& peticion, QWidget* padre) {
     dialogo->setLabelText(QFileDialog::FileName, QStringLiteral("Nombre:"));
     dialogo->setLabelText(QFileDialog::LookIn, QStringLiteral("Carpeta:"));
     dialogo->setLabelText(QFileDialog::FileType, QStringLiteral("Tipo:"));
+    dialogo->resize(kAnchoDialogo, kAltoDialogo);
+    ensancharColumnas(*dialogo);
     if (peticion.guardar) dialogo->setDefaultSuffix(filtro.extension);
     if (!peticion.nombre.empty()) {
         dialogo->selectFile(nombrePropuesto(aQt(peticion.nombre), filtro.extension));
@@ -160,7 +176,9 @@ void DialogosQt::mostrarMensaje(const Mensaje& mensaje, std::function<void(Boton
 
 void DialogosQt::archivo(const PeticionArchivo& peticion,
                          std::function<void(std::optional<std::filesystem::path>)> listo) {
+    if (!clases_) clases_ = std::make_unique<ClasesDeArchivo>();
     auto* dialogo = nuevoDialogo(peticion, padre());
+    dialogo->setIconProvider(clases_.get());
     QObject::connect(dialogo, &QDialog::finished, dialogo,
                      [this, dialogo, listo = std::move(listo)](int resultado) {
                          const auto ruta = elegido(*dialogo, resultado);

@@ -1,6 +1,9 @@
 // Message boxes, file dialogs and "open this file" of the desktop.
 #pragma once
 
+#include <memory>
+
+#include "app/qt/clases_de_archivo.h"
 #include "platform/bucle.h"
 #include "platform/dialogos.h"
 
@@ -33,6 +36,8 @@ class DialogosQt final : public Dialogos {
 
     Bucle& bucle_;
     VentanaInicio* ventana_ = nullptr;
+    // Made for the first file dialog; outlives them all, and their threads.
+    std::unique_ptr<ClasesDeArchivo> clases_;
 };
 
 }  // namespace telvane

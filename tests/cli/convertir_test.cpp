@@ -27,10 +27,7 @@ class Convertir : public CliPrueba {
     std::string comoLaVentana(bool evaporacion = true, Perfil perfil = Perfil::estricto) {
         Memoria memoria;
         std::copy(imagen.begin(), imagen.end(), memoria.imagen().begin());
-        TextoDeCabecera cabecera;
-        for (std::size_t k = 0; k < registro_config::kCabecera; ++k) {
-            cabecera.config(static_cast<std::int32_t>(k), imagen[k]);
-        }
+        const auto cabecera = leerCabecera(imagen);
         Decodificador decodificador(perfil);
         decodificador.evaporacion(evaporacion);
         return archivoCsv(memoria, decodificador, kUltimoBloque, bucle.reloj().ahora(), cabecera.texto).bytes;

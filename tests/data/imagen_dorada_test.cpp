@@ -70,12 +70,9 @@ Memoria imagen() {
 
 std::string csv() {
     const auto memoria = imagen();
-    TextoDeCabecera cabecera;
-    for (std::size_t k = 0; k < registro_config::kCabecera; ++k) {
-        cabecera.config(static_cast<std::int32_t>(k), memoria.imagen()[k]);
-    }
+    const auto cabecera = leerCabecera(memoria.imagen());
     Decodificador decodificador;
-    decodificador.evaporacion(llevaEvaporacion(numeroDeSerie(cabecera.digitosSerie)));
+    decodificador.evaporacion(cabecera.llevaEvaporacion());
     const FechaHora momento{2026, 11, 20, 17h + 4min + 9s};
     return archivoCsv(memoria, decodificador, kUltimoBloque, momento, cabecera.texto).bytes;
 }

@@ -48,7 +48,10 @@ QVariant primero(const QDBusMessage& respuesta) {
     return vale ? respuesta.arguments().constFirst() : QVariant();
 }
 
-QDBusConnection conectar(const QString& direccion, const QString& nombre) {
+// A name for a connection is taken once in the life of a process.
+QDBusConnection conectar(const QString& direccion) {
+    static int conexiones = 0;
+    const auto nombre = QStringLiteral("telvane-%1").arg(++conexiones);
     auto bus = QDBusConnection::connectToBus(direccion, nombre);
     if (!bus.isConnected()) throw std::runtime_error("bus: " + bus.lastError().message().toStdString());
     return bus;
@@ -58,10 +61,10 @@ QDBusConnection busDeAccesibilidad(const std::string& sesion) {
     qDBusRegisterMetaType<Direccion>();
     qDBusRegisterMetaType<QList<Direccion>>();
     qDBusRegisterMetaType<QList<quint32>>();
-    const auto bus = conectar(QString::fromStdString(sesion), QStringLiteral("sesion"));
+    const auto bus = conectar(QString::fromStdString(sesion));
     const auto direccion = primero(pedir(bus, QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
                                          QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
-    return conectar(direccion.toString(), QStringLiteral("accesibilidad"));
+    return conectar(direccion.toString());
 }
 
 }  // namespace

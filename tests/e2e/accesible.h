@@ -52,6 +52,7 @@ class Accesibilidad {
     // sesion: address of the session's bus.
     explicit Accesibilidad(const std::string& sesion);
     Accesible raiz() const;
+    const QDBusConnection& bus() const { return bus_; }
 
    private:
     QDBusConnection bus_;

@@ -12,6 +12,7 @@
 #include "tests/e2e/accesible.h"
 #include "tests/e2e/datos_guardados.h"
 #include "tests/e2e/escritorio.h"
+#include "tests/e2e/oyente.h"
 #include "tests/e2e/registrador_simulado.h"
 
 namespace telvane {
@@ -102,6 +103,18 @@ class VentanaE2e : public ::testing::Test {
     std::unique_ptr<Proceso> programa_;
     std::unique_ptr<Accesibilidad> accesibilidad_;
 };
+
+TEST_F(VentanaE2e, aScreenReaderHearsThePrintedLinesAndTheLiveReadings) {
+    const Oyente oyente(accesibilidad_->bus());
+    ASSERT_TRUE(responder("Su Configuracion Regional no es la apropiada", "Aceptar"));
+    ASSERT_TRUE(responder("Quiere conectarse con Registrador Veltra", "Aceptar"));
+    ASSERT_TRUE(responder(" Conexion en COM 1  @ 19200 bps ", "Aceptar"));
+    EXPECT_TRUE(esperarA([&] { return oyente.oyo(" 31"); })) << ::testing::PrintToString(oyente.textos());
+    ASSERT_TRUE(habilitado("Cambiar configuracion"));
+    ASSERT_TRUE(pulsar("DATOS EN LINEA"));
+    EXPECT_TRUE(esperarA([&] { return oyente.oyo("[RH%]="); })) << ::testing::PrintToString(oyente.textos());
+    ASSERT_TRUE(pulsar("PARAR"));
+}
 
 TEST_F(VentanaE2e, fromTheFirstQuestionToTheCsv) {
     ASSERT_TRUE(responder("Su Configuracion Regional no es la apropiada", "Aceptar"));

@@ -223,8 +223,7 @@ class DiscoChico {
     }
 
    private:
-    CarpetaTemporal temporal_;
-    const fs::path& carpeta_ = temporal_.ruta();
+    fs::path carpeta_;
     bool montado_ = false;
 };
 

@@ -51,30 +51,43 @@ TEST_F(Almacen, ALocaleThatDoesNotExistCountsAsC) {
 }
 
 // Locales are installed on some machines only; the ones that are there must give their own conventions.
-TEST_F(Almacen, InstalledLocalesGiveTheirOwnConventions) {
-    struct Caso {
-        const char* nombre;
-        const char* decimal;
-        const char* fecha;
-        const char* lista;
-    };
-    int probados = 0;
-    for (const auto& caso :
-         {Caso{"es_ES.UTF-8", ",", "dd/MM/yy", ";"}, Caso{"es_AR.UTF-8", ",", "dd/MM/yy", ";"},
-          Caso{"en_US.UTF-8", ".", "MM/dd/yyyy", ","}}) {
-        if (auto* l = newlocale(LC_ALL_MASK, caso.nombre, nullptr)) {
-            freelocale(l);
-        } else {
-            continue;
-        }
-        ++probados;
-        locale(caso.nombre);
-        EXPECT_EQ(valorDelLocale("sDecimal"), caso.decimal) << caso.nombre;
-        EXPECT_EQ(valorDelLocale("sShortDate"), caso.fecha) << caso.nombre;
-        EXPECT_EQ(valorDelLocale("sList"), caso.lista) << caso.nombre;
-    }
-    if (probados == 0) GTEST_SKIP() << "none of es_ES, es_AR, en_US is installed here";
+struct CasoLocale {
+    const char* nombre;
+    const char* decimal;
+    const char* miles;
+    const char* fecha;
+    const char* hora;
+    const char* lista;
+};
+
+void PrintTo(const CasoLocale& caso, std::ostream* flujo) {
+    *flujo << caso.nombre;
 }
+
+// Made from the system's own sources, because hardly a machine has all of them.
+class AlmacenConLocale : public Almacen, public ::testing::WithParamInterface<CasoLocale> {
+   protected:
+    AlmacenConLocale() { setenv("LOCPATH", CARPETA_LOCALES, 1); }
+    ~AlmacenConLocale() override { unsetenv("LOCPATH"); }
+};
+
+TEST_P(AlmacenConLocale, GivesWhatIsNotInTheFile) {
+    const auto& caso = GetParam();
+    locale(caso.nombre);
+    AlmacenUsuario almacen(ruta);
+    EXPECT_EQ(almacen.RegRead(completo("sDecimal")), caso.decimal);
+    EXPECT_EQ(almacen.RegRead(completo("sThousand")), caso.miles);
+    EXPECT_EQ(almacen.RegRead(completo("sShortDate")), caso.fecha);
+    EXPECT_EQ(almacen.RegRead(completo("sTimeFormat")), caso.hora);
+    EXPECT_EQ(almacen.RegRead(completo("sList")), caso.lista);
+}
+
+INSTANTIATE_TEST_SUITE_P(Locales, AlmacenConLocale,
+                         ::testing::Values(CasoLocale{"es_ES.UTF-8", ",", ".", "dd/MM/yy", "HH:mm:ss", ";"},
+                                           CasoLocale{"es_AR.UTF-8", ",", ".", "dd/MM/yy", "HH:mm:ss", ";"},
+                                           CasoLocale{"en_US.UTF-8", ".", ",", "MM/dd/yyyy", "hh:mm:ss tt",
+                                                      ","}),
+                         [](const auto& caso) { return std::string(caso.param.nombre).substr(0, 5); });
 
 TEST_F(Almacen, WhatIsWrittenIsReadBackAndTheRestKeepsFollowingTheLocale) {
     AlmacenUsuario almacen(ruta);

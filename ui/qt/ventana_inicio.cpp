@@ -260,7 +260,7 @@ void VentanaInicio::observar() {
 }
 
 // A connection that stands is told, not offered: while its button is closed it reads as a line of text.
-void VentanaInicio::mostrarConexion() {
+void VentanaInicio::mostrarConexion() const {
     auto* boton = static_cast<QPushButton*>(widget(forma_.Command1));
     boton->setFlat(!forma_.Command1.enabled());
     QPalette colores;

@@ -53,7 +53,7 @@ class VentanaInicio final : public QWidget {
     QWidget* hojasDeTexto();
     QLayout* pie();
     void observar();
-    void mostrarConexion();
+    void mostrarConexion() const;
     void sincronizar();
     void primerCuadro();
 

@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
+#include <QTimer>
 
 #include "ui/qt/texto_qt.h"
 #include "ui/qt/vista_lineas_accesible.h"
@@ -22,10 +23,16 @@ constexpr int kMargen = 4;
 constexpr int kFilasMinimas = 3;
 constexpr int kColumnasPropuestas = 48;
 constexpr int kColumnasMinimas = 16;
+constexpr std::size_t kTextoAnunciable = 4096;  // bytes
+constexpr int kEntreAnuncios = 1000;            // milliseconds
 
 }  // namespace
 
-VistaLineas::VistaLineas(QWidget* padre, int filas) : QAbstractScrollArea(padre), filas_(filas) {
+VistaLineas::VistaLineas(QWidget* padre, int filas)
+    : QAbstractScrollArea(padre), filas_(filas), anuncio_(new QTimer(this)) {
+    anuncio_->setSingleShot(true);
+    anuncio_->setInterval(kEntreAnuncios);
+    connect(anuncio_, &QTimer::timeout, this, &VistaLineas::anunciarCambio);
     instalarAccesibilidadDeVistas();
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setCursor(Qt::IBeamCursor);
@@ -227,10 +234,25 @@ void VistaLineas::copiar() const {
     if (!texto.isEmpty()) QApplication::clipboard()->setText(texto);
 }
 
-// A screen reader that follows this pane is told what stands in it now.
+// A screen reader is told of what is new: the line that was printed, or a short text as it stands. A year of
+// samples is there to be read, not to be told.
 void VistaLineas::anunciar() {
     if (!QAccessible::isActive()) return;
-    QAccessibleTextInsertEvent suceso(this, 0, todo());
+    if (!seguirElFinal_) {
+        if (texto_.size() <= kTextoAnunciable && !anuncio_->isActive()) anuncio_->start();
+        return;
+    }
+    if (lineas() == 0) return;
+    const auto ultima = linea(lineas() - 1);
+    QAccessibleTextInsertEvent suceso(this, static_cast<int>(todo().size() - ultima.size() - 1), ultima);
+    QAccessible::updateAccessibility(&suceso);
+}
+
+void VistaLineas::anunciarCambio() {
+    const auto ahora = texto_.size() <= kTextoAnunciable ? todo() : QString();
+    if (ahora == anunciado_) return;
+    QAccessibleTextUpdateEvent suceso(this, 0, anunciado_, ahora);
+    anunciado_ = ahora;
     QAccessible::updateAccessibility(&suceso);
 }
 

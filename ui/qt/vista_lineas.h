@@ -7,6 +7,9 @@
 #include <vector>
 
 #include <QAbstractScrollArea>
+#include <QString>
+
+class QTimer;
 
 namespace telvane {
 
@@ -50,6 +53,7 @@ class VistaLineas : public QAbstractScrollArea {
     void medir();
     void ajustarBarras();
     void anunciar();
+    void anunciarCambio();
     int alto() const;
     int filasEnteras() const;
     int lineaEn(int y) const;
@@ -64,6 +68,8 @@ class VistaLineas : public QAbstractScrollArea {
     int ancho_ = 0;  // widest line, pixels
     int ancla_ = -1;
     int actual_ = -1;
+    QTimer* anuncio_;    // a reader is told of a text that keeps changing once a second
+    QString anunciado_;  // what it was told last
     bool seguirElFinal_ = false;
     bool seleccionable_ = true;
 };

@@ -1,0 +1,127 @@
+#include "platform/argumentos.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace telvane {
+
+namespace {
+
+constexpr const char* kOpciones = "Opciones";
+constexpr const char* kOrdenes = "Órdenes";
+constexpr std::size_t kAnchoDeNombres = 28;
+
+void completar(CLI::Option& nueva, const OpcionDeLinea& opcion) {
+    nueva.required(opcion.obligatoria);
+    if (!opcion.valor.empty()) nueva.type_name(opcion.valor);
+    if (!opcion.comprobar) return;
+    const auto comprobar = opcion.comprobar;
+    nueva.check(CLI::Validator([comprobar](std::string& texto) { return comprobar(texto); }, ""));
+}
+
+std::shared_ptr<CLI::Formatter> formatoEspanol() {
+    auto formato = std::make_shared<CLI::Formatter>();
+    formato->label("Usage", "Uso");
+    formato->label("OPTIONS", "OPCIONES");
+    formato->label("SUBCOMMAND", "ORDEN");
+    formato->label("Positionals", "Argumentos");
+    formato->label("REQUIRED", "(obligatorio)");
+    formato->label("TEXT", "");
+    formato->column_width(kAnchoDeNombres);
+    return formato;
+}
+
+}  // namespace
+
+void OrdenDeLinea::opcion(std::string& destino, const OpcionDeLinea& opcion) {
+    completar(*app_.add_option(opcion.nombre, destino, opcion.ayuda), opcion);
+}
+
+void OrdenDeLinea::opcion(std::optional<std::string>& destino, const OpcionDeLinea& opcion) {
+    completar(*app_.add_option(opcion.nombre, destino, opcion.ayuda), opcion);
+}
+
+void OrdenDeLinea::opcion(std::vector<std::string>& destino, const OpcionDeLinea& opcion) {
+    auto* nueva = app_.add_option(opcion.nombre, destino, opcion.ayuda);
+    completar(*nueva, opcion);
+    // One value each time: what follows it on the line is not its own.
+    if (opcion.nombre.starts_with('-')) nueva->expected(1)->take_all();
+}
+
+void OrdenDeLinea::bandera(bool& destino, const std::string& nombre, const std::string& ayuda) {
+    app_.add_flag(nombre, destino, ayuda);
+}
+
+void OrdenDeLinea::pie(const std::string& texto) {
+    app_.footer(texto);
+}
+
+void OrdenDeLinea::alElegir(std::function<void()> accion) {
+    app_.callback(std::move(accion));
+}
+
+Argumentos::Argumentos(std::string programa, const std::string& version, const std::string& descripcion)
+    : nombre_(std::move(programa)), app_(std::make_unique<CLI::App>(descripcion, nombre_)) {
+    app_->option_defaults()->group(kOpciones);
+    app_->set_help_flag("-h,--help", "Muestra esta ayuda")->group(kOpciones);
+    app_->set_version_flag("--version", nombre_ + " " + version, "Muestra la versión")->group(kOpciones);
+    app_->formatter(formatoEspanol());
+}
+
+Argumentos::~Argumentos() = default;
+
+OrdenDeLinea Argumentos::programa() {
+    return OrdenDeLinea(*app_);
+}
+
+OrdenDeLinea Argumentos::orden(const std::string& nombre, const std::string& ayuda) {
+    app_->require_subcommand(1);
+    app_->fallthrough();
+    auto* nueva = app_->add_subcommand(nombre, ayuda);
+    nueva->group(kOrdenes);
+    return OrdenDeLinea(*nueva);
+}
+
+LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
+    using Que = LineaLeida::Que;
+    for (auto* orden : app_->get_subcommands({})) {
+        for (auto* opcion : orden->get_options()) opcion->group(kOpciones);
+    }
+    try {
+        // The library takes them from the end.
+        std::reverse(argumentos.begin(), argumentos.end());
+        app_->parse(std::move(argumentos));
+    } catch (const CLI::CallForHelp&) {
+        return {Que::terminar, app_->help()};
+    } catch (const CLI::CallForVersion& version) {
+        return {Que::terminar, fmt::format("{}\n", version.what())};
+    } catch (const CLI::ParseError& error) {
+        const auto motivo = motivoDeUso(error.get_exit_code(), error.what());
+        return {Que::malUso, fmt::format("{}\n({} --help)", motivo, nombre_)};
+    }
+    return {};
+}
+
+// The library's own texts are in English; those of our checks stand behind the option's name.
+std::string Argumentos::motivoDeUso(int codigo, const std::string& texto) const {
+    const auto antesDe = [&](std::string_view marca) { return texto.substr(0, texto.find(marca)); };
+    const auto sobran = fmt::format("{}", fmt::join(app_->remaining(true), " "));
+    const bool faltaOrden = !app_->get_subcommands({}).empty() && app_->get_subcommands().empty();
+    switch (static_cast<CLI::ExitCodes>(codigo)) {
+        case CLI::ExitCodes::RequiredError:
+            if (!faltaOrden) return fmt::format("falta {}", antesDe(" "));
+            return sobran.empty() ? "falta la orden" : fmt::format("no hay una orden \"{}\"", sobran);
+        case CLI::ExitCodes::ExtrasError:
+            return fmt::format("no se entiende \"{}\"", sobran);
+        case CLI::ExitCodes::ArgumentMismatch:
+            return fmt::format("{}: falta su valor o sobra alguno", antesDe(":"));
+        default:
+            return texto;
+    }
+}
+
+}  // namespace telvane

@@ -1,0 +1,75 @@
+// Command lines of our programs: options, commands, checks and help, everything in Spanish. The library that
+// does the work is seen in one source file only.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace telvane {
+
+struct OpcionDeLinea {
+    std::string nombre;  // "--base"; without dashes it is told by its place on the line
+    std::string valor;   // what stands for the value in the help, "ARCHIVO"
+    std::string ayuda;
+    // Empty when the value will do, otherwise why not.
+    std::function<std::string(const std::string&)> comprobar = {};
+    bool obligatoria = false;
+};
+
+// A program or one of its commands. What receives a value outlives the reading of the line.
+class OrdenDeLinea {
+   public:
+    explicit OrdenDeLinea(CLI::App& app) : app_(app) {}
+
+    void opcion(std::string& destino, const OpcionDeLinea& opcion);
+    // Stays empty where the line does not give it.
+    void opcion(std::optional<std::string>& destino, const OpcionDeLinea& opcion);
+    // May stand several times, in the order of the line.
+    void opcion(std::vector<std::string>& destino, const OpcionDeLinea& opcion);
+    void bandera(bool& destino, const std::string& nombre, const std::string& ayuda);
+    // Stands below the help.
+    void pie(const std::string& texto);
+    // Called when a line that was read without an error chooses this command; what it throws leaves leer().
+    void alElegir(std::function<void()> accion);
+
+   private:
+    CLI::App& app_;
+};
+
+struct LineaLeida {
+    enum class Que { correr, terminar, malUso };
+    Que que = Que::correr;
+    // terminar: the help or the version that was asked for. malUso: why the line cannot be understood, and
+    // where to look.
+    std::string texto = {};
+};
+
+class Argumentos {
+   public:
+    Argumentos(std::string programa, const std::string& version, const std::string& descripcion);
+    Argumentos(const Argumentos&) = delete;
+    Argumentos& operator=(const Argumentos&) = delete;
+    ~Argumentos();
+
+    OrdenDeLinea programa();
+    // From the first one on, a line must name a command; the program's own options may stand behind it.
+    OrdenDeLinea orden(const std::string& nombre, const std::string& ayuda);
+
+    // argumentos: without the program's name.
+    LineaLeida leer(std::vector<std::string> argumentos);
+
+   private:
+    std::string motivoDeUso(int codigo, const std::string& texto) const;
+
+    std::string nombre_;
+    std::unique_ptr<CLI::App> app_;
+};
+
+}  // namespace telvane
