@@ -104,6 +104,7 @@ std::vector<std::string> remedios(const std::vector<FichaPuerto>& fichas, const 
     for (const auto& ficha : fichas) {
         if (!ficha.grupo.empty()) grupos.insert(ficha.grupo);
     }
+    lista.reserve(grupos.size());
     for (const auto& grupo : grupos) {
         lista.push_back(fmt::format(
             "Sin permiso: sudo adduser \"$USER\" {}, cierre la sesión y vuelva a entrar.", grupo));
