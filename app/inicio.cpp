@@ -17,6 +17,7 @@
 #include "loggerconfig/serie.h"
 #include "platform/esperas.h"
 #include "platform/tarea.h"
+#include "platform/vigilia.h"
 #include "regional/module1.h"
 
 namespace telvane {
@@ -60,6 +61,7 @@ struct Inicio::Partes {
     EstadoConfig config;
     EstadoDatos datos;
     Enlace enlace;
+    Vigilia vigilia;
 
     LecturaConfig lectura;
     BusquedaPuerto busqueda;
@@ -85,6 +87,7 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
       canales(entorno.puertos),
       datos(entorno.perfil),
       enlace{forma, canales, estado, entorno.reloj, esperas, entorno.dialogos},
+      vigilia(entorno.bucle, entorno.inhibidor, "Descarga de la memoria del registrador"),
       lectura(enlace, config, inicio.presenta),
       busqueda(enlace, inicio.presenta, [this] { return lectura.alPulsar(); }),
       enLinea(enlace),
@@ -93,7 +96,7 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
       serie(enlace, config),
       exportacion(enlace, config, datos, inicio.progress),
       archivoBase(enlace, config, datos, inicio.progress),
-      descarga(enlace, datos, inicio.progress,
+      descarga(enlace, datos, inicio.progress, vigilia,
                {.lanzar = [this](Tarea<> tarea) { lanzar(std::move(tarea)); },
                 .guardarBase = [this] { archivoBase.guardarDescarga(); },
                 .generargt = [this] { return exportacion.generargt(); }}),

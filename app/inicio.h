@@ -11,6 +11,7 @@
 #include "link/puerto_serie.h"
 #include "platform/bucle.h"
 #include "platform/dialogos.h"
+#include "platform/inhibidor.h"
 #include "platform/reloj.h"
 #include "regional/registro.h"
 #include "ui/forma_coef.h"
@@ -34,6 +35,8 @@ struct Entorno {
     Perfil perfil = Perfil::estricto;
     // Where the raw images of downloads are kept; empty: nowhere, and the user is told.
     std::filesystem::path carpetaBase = {};
+    // Keeps the machine awake during a download; none: it may sleep.
+    Inhibidor* inhibidor = nullptr;
 };
 
 class Inicio {

@@ -61,6 +61,9 @@ void ArchivoParcial::abrir() {
     std::error_code error;
     if (fs::is_directory(destino_, error)) fallar(EISDIR);
     descriptor_ = ::open(ruta_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kModo);
+    if (descriptor_ < 0 && errno == ENOENT)
+        throw ErrorGuardado(fmt::format("no se pudo guardar {}: no existe la carpeta {}", ruta_.string(),
+                                        ruta_.parent_path().string()));
     if (descriptor_ < 0) fallar(errno);
     if (::flock(descriptor_, LOCK_EX | LOCK_NB) == 0) return;
     const int motivo = errno;

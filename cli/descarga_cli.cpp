@@ -157,6 +157,8 @@ void Descargador::decirResto() {
 
 std::vector<std::uint8_t> descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
                                           const std::string& serie, const PeticionDescarga& peticion) {
+    const auto despierta =
+        entorno.inhibidor ? entorno.inhibidor->inhibir("Descarga de la memoria del registrador") : nullptr;
     return Descargador(entorno, consola, registrador, peticion).correr(serie);
 }
 

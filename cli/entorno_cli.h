@@ -8,6 +8,7 @@
 #include "link/mapa_com.h"
 #include "link/puerto_serie.h"
 #include "platform/bucle.h"
+#include "platform/inhibidor.h"
 #include "platform/reloj.h"
 
 namespace telvane {
@@ -27,6 +28,9 @@ struct EntornoCli {
     int entrada = 0;
     int salida = 1;
     int errores = 2;
+
+    // Keeps the machine awake during a download; none: it may sleep.
+    Inhibidor* inhibidor = nullptr;
 
     // The signal that asked the program to end; 0: none. Every wait looks at it.
     std::atomic<int> senal = 0;

@@ -10,6 +10,7 @@
 #include "link/puerto_termios.h"
 #include "platform/bucle_posix.h"
 #include "platform/reloj.h"
+#include "sistema/inhibidor_logind.h"
 
 namespace {
 
@@ -32,6 +33,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
 
     BuclePosix bucle;
+    InhibidorLogind inhibidor("telvane-cli");
     const RelojSistema reloj;
     EntornoCli entorno{
         .bucle = bucle,
@@ -40,7 +42,8 @@ int main(int argc, char** argv) {
         .abrirPuertos = [&](const MapaCom& mapa) { return std::make_unique<PuertosSistema>(bucle, mapa); },
         .entrada = entrada,
         .salida = salida,
-        .errores = errores};
+        .errores = errores,
+        .inhibidor = &inhibidor};
     const Senales senales(bucle, {SIGINT, SIGTERM, SIGHUP}, [&](int senal) { entorno.senal = senal; });
     return correrCli(std::vector<std::string>(argv + (argc > 0), argv + argc), entorno);
 }

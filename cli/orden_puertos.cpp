@@ -1,6 +1,7 @@
 // telvane-cli puertos
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,7 @@
 
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
+#include "link/servicios_intrusos.h"
 
 namespace telvane {
 
@@ -82,21 +84,56 @@ nlohmann::ordered_json objeto(int numero, const FichaPuerto& ficha) {
     return json;
 }
 
+std::string_view remedio(ServicioIntruso servicio) {
+    switch (servicio) {
+        case ServicioIntruso::modem:
+            return "ModemManager está en marcha: ocupa cada adaptador recién enchufado hasta medio minuto.\n"
+                   "  Espere y repita. Si aquí nadie usa un módem: sudo systemctl disable --now ModemManager";
+        case ServicioIntruso::braille:
+            break;
+    }
+    return "brltty (líneas braille) está en marcha: puede adueñarse del adaptador, que así desaparece.\n"
+           "  Si aquí nadie usa una línea braille: sudo systemctl disable --now brltty, y vuelva a "
+           "enchufarlo";
+}
+
+// What keeps ports from being used, and what to do about it.
+std::vector<std::string> remedios(const std::vector<FichaPuerto>& fichas, const RaicesSistema& raices) {
+    std::vector<std::string> lista;
+    std::set<std::string> grupos;
+    for (const auto& ficha : fichas) {
+        if (!ficha.grupo.empty()) grupos.insert(ficha.grupo);
+    }
+    lista.reserve(grupos.size());
+    for (const auto& grupo : grupos) {
+        lista.push_back(fmt::format(
+            "Sin permiso: sudo adduser \"$USER\" {}, cierre la sesión y vuelva a entrar.", grupo));
+    }
+    const bool alguno = std::any_of(fichas.begin(), fichas.end(),
+                                    [](const auto& f) { return f.estado != EstadoPuerto::ausente; });
+    if (!alguno) lista.emplace_back("No hay ningún puerto serie: enchufe el adaptador del registrador.");
+    for (const auto servicio : serviciosIntrusos(raices)) lista.emplace_back(remedio(servicio));
+    return lista;
+}
+
 void mostrarPuertos(ContextoCli& contexto, bool json) {
     const auto mapa = leerMapa(contexto.entorno, contexto.com);
     const auto numeros = mapa.numeros();
     const int ultimo = std::max(kUltimoPuerto, numeros.empty() ? 0 : numeros.back());
     auto lista = nlohmann::ordered_json::array();
     std::string texto;
+    std::vector<FichaPuerto> fichas;
     for (int numero = 1; numero <= ultimo; ++numero) {
         const auto dispositivo = mapa.dispositivo(numero);
         const auto ficha =
             dispositivo ? describirPuerto(*dispositivo, contexto.entorno.raices) : FichaPuerto{};
         texto += linea(numero, ficha);
         lista.push_back(objeto(numero, ficha));
+        fichas.push_back(ficha);
     }
     contexto.consola.resultado(
         json ? lista.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n" : texto);
+    for (const auto& que : remedios(fichas, contexto.entorno.raices)) contexto.consola.aviso(que);
 }
 
 }  // namespace

@@ -27,12 +27,14 @@ Tarea<> Descarga::alPulsar() {
     estado.respuesta = false;
     bloquearOperaciones(enlace_.forma);
     enlace_.forma.Command1.enabled = false;
+    vigilia_.renovar();
     co_await enlace_.despertar();
     progress_.mostrarConBarra(datos_.ultimoBloque);
     siguiendo([&] { canal.RThreshold(kUmbralByte); });
     enlace_.abrir(canal);
     co_await enlace_.esperarRespuesta();
     if (estado.respuesta) co_return;
+    vigilia_.soltar();
     co_await enlace_.avisar(kNoHayEquipoDescarga);
     canal.PortOpen(false);
     progress_.descargar();
@@ -77,11 +79,13 @@ void Descarga::leerBloque(std::uint8_t primero) {
         return;
     }
     siguiendo([&] { canal.Output(kApertura); });
+    vigilia_.renovar();
     progress_.ProgressBar1.value = datos_.bloqueActual;
     if (enlace_.estado.contador == datos_.ultimoBloque) salidas_.lanzar(terminar());
 }
 
 void Descarga::fallar(std::string_view texto) {
+    vigilia_.soltar();
     enlace_.canales.MSComm4.PortOpen(false);
     enlace_.forma.Timer4.enabled = false;
     salidas_.lanzar(enlace_.avisar(texto));
@@ -93,11 +97,13 @@ Tarea<> Descarga::terminar() {
     canal.PortOpen(false);
     enlace_.forma.Timer4.enabled = false;
     salidas_.guardarBase();
+    vigilia_.soltar();
     co_await preguntar(enlace_.dialogos, Mensaje(kExito));
     co_await salidas_.generargt();
 }
 
 void Descarga::alCancelar() {
+    vigilia_.soltar();
     enlace_.forma.Timer4.enabled = false;
     enlace_.canales.MSComm4.PortOpen(false);
     progress_.descargar();

@@ -7,6 +7,7 @@
 #include "data/estado_datos.h"
 #include "link/enlace.h"
 #include "platform/tarea.h"
+#include "platform/vigilia.h"
 #include "ui/forma_progress.h"
 
 namespace telvane {
@@ -19,8 +20,13 @@ class Descarga {
         std::function<Tarea<>()> generargt;   // the CSV export
     };
 
-    Descarga(Enlace& enlace, EstadoDatos& datos, FormaProgress& progress, Salidas salidas)
-        : enlace_(enlace), datos_(datos), progress_(progress), salidas_(std::move(salidas)) {}
+    // vigilia: held while blocks come.
+    Descarga(Enlace& enlace, EstadoDatos& datos, FormaProgress& progress, Vigilia& vigilia, Salidas salidas)
+        : enlace_(enlace),
+          datos_(datos),
+          progress_(progress),
+          vigilia_(vigilia),
+          salidas_(std::move(salidas)) {}
 
     // Click on Command13; ends when the first reply came or the wait was over.
     Tarea<> alPulsar();
@@ -39,6 +45,7 @@ class Descarga {
     Enlace& enlace_;
     EstadoDatos& datos_;
     FormaProgress& progress_;
+    Vigilia& vigilia_;
     Salidas salidas_;
 };
 

@@ -127,6 +127,8 @@ class Temporal {
    public:
     explicit Temporal(const fs::path& destino)
         : nombre_(plantillaTemporal(destino)), descriptor_(::mkostemp(nombre_.data(), O_CLOEXEC)) {
+        if (descriptor_() < 0 && errno == ENOENT)
+            throw Fallo{fmt::format("no existe la carpeta {}", carpetaDe(destino).string())};
         exigir(descriptor_() >= 0);
     }
     Temporal(const Temporal&) = delete;

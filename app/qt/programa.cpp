@@ -58,7 +58,8 @@ Entorno Programa::entorno(const Opciones& opciones) {
             .terminar = [](int estado) { std::_Exit(estado); },
             .informeDeFallo = [this](const std::string& que) { informar(que); },
             .perfil = opciones.perfil,
-            .carpetaBase = carpetaDeDatos()};
+            .carpetaBase = carpetaDeDatos(),
+            .inhibidor = &inhibidor_};
 }
 
 Usuario Programa::usuario() {

@@ -12,6 +12,7 @@
 #include "link/puerto_termios.h"
 #include "platform/reloj.h"
 #include "regional/almacen_usuario.h"
+#include "sistema/inhibidor_logind.h"
 #include "ui/qt/aparicion.h"
 #include "ui/qt/ventana_inicio.h"
 
@@ -39,6 +40,7 @@ class Programa {
     PuertosSistema puertos_;
     AlmacenUsuario registro_;
     DialogosQt dialogos_;
+    InhibidorLogind inhibidor_{"Telvane"};
     Inicio inicio_;
     VentanaInicio ventana_;
     Aparicion progress_;

@@ -24,7 +24,8 @@ Banco::Banco(int baudios, Perfil perfil)
               .terminar = [this](int estado) { terminaciones.push_back(estado); },
               .informeDeFallo = [this](const std::string& que) { fallos.push_back(que); },
               .perfil = perfil,
-              .carpetaBase = carpeta.ruta() / "base"}) {}
+              .carpetaBase = carpeta.ruta() / "base",
+              .inhibidor = &inhibidor}) {}
 
 void Banco::conectar(int numero, MaquinaRegistrador maquina) {
     puertos.conectar(numero, std::move(maquina));

@@ -13,6 +13,7 @@
 #include "apoyo/bucle_prueba.h"
 #include "apoyo/carpeta_temporal.h"
 #include "apoyo/dialogos_prueba.h"
+#include "apoyo/inhibidor_prueba.h"
 #include "app/inicio.h"
 #include "regional/module1.h"
 #include "simulator/puertos_simulados.h"
@@ -69,6 +70,7 @@ class Banco : public ::testing::Test {
     BuclePrueba bucle;
     DialogosPrueba dialogos;
     RegistroPrueba registro;
+    InhibidorPrueba inhibidor;
     PuertosSimulados puertos;
     std::vector<int> terminaciones;
     std::vector<std::string> fallos;

@@ -25,6 +25,7 @@ using Capas = std::set<std::string>;
 const std::map<std::string, Capas>& flechas() {
     static const std::map<std::string, Capas> kFlechas{
         {"platform", {}},
+        {"sistema", {"platform"}},
         {"ui", {"platform"}},
         {"regional", {"platform", "ui"}},
         {"link", {"platform", "ui"}},
@@ -33,9 +34,9 @@ const std::map<std::string, Capas>& flechas() {
         {"data", {"platform", "ui", "regional", "link", "loggerconfig"}},
         {"app", {"platform", "ui", "regional", "link", "live", "loggerconfig", "data"}},
         {"simulator", {"platform", "link", "loggerconfig", "data"}},
-        {"cli", {"platform", "ui", "regional", "link", "live", "loggerconfig", "data"}},
+        {"cli", {"platform", "sistema", "ui", "regional", "link", "live", "loggerconfig", "data"}},
         {"ui/qt", {"platform", "ui"}},
-        {"app/qt", {"platform", "ui", "ui/qt", "regional", "link", "data", "app"}},
+        {"app/qt", {"platform", "sistema", "ui", "ui/qt", "regional", "link", "data", "app"}},
     };
     return kFlechas;
 }

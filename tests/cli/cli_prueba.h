@@ -21,6 +21,7 @@
 
 #include "apoyo/bucle_prueba.h"
 #include "apoyo/carpeta_temporal.h"
+#include "apoyo/inhibidor_prueba.h"
 #include "cli/aplicacion.h"
 #include "cli/codigos_salida.h"
 #include "simulator/puertos_simulados.h"
@@ -101,7 +102,8 @@ class CliPrueba : public testing::Test {
             .raices = {carpeta / "dev", carpeta / "sys", carpeta / "proc"},
             .entrada = entrada.descriptor(),
             .salida = salidaAjena >= 0 ? salidaAjena : salida.descriptor(),
-            .errores = erroresAjenos >= 0 ? erroresAjenos : errores.descriptor()};
+            .errores = erroresAjenos >= 0 ? erroresAjenos : errores.descriptor(),
+            .inhibidor = &inhibidor};
         const auto inicio = bucle.reloj().monotono();
         Bucle::Asidero alarma;
         if (senalTras.first > std::chrono::nanoseconds(0)) {
@@ -115,6 +117,7 @@ class CliPrueba : public testing::Test {
     BuclePrueba bucle;
     PuertosSimulados puertos;
     CarpetaTemporal carpeta;
+    InhibidorPrueba inhibidor;
     FlujoEnMemoria entrada;
     int salidaAjena = -1;
     int erroresAjenos = -1;

@@ -121,7 +121,8 @@ TEST_F(Guardado, loQueNoEsUnArchivoNormalSeNiegaYQuedaComoEstaba) {
 }
 
 TEST_F(Guardado, unaCarpetaQueNoExisteSeNiega) {
-    EXPECT_EQ(negativa(ruta("nada/x.csv")), "no se pudo guardar x.csv: no existe");
+    EXPECT_EQ(negativa(ruta("nada/x.csv")),
+              "no se pudo guardar x.csv: no existe la carpeta " + ruta("nada").string());
 }
 
 TEST_F(Guardado, unaCarpetaQueEsUnArchivoSeNiega) {

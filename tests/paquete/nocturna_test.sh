@@ -1,0 +1,109 @@
+#!/usr/bin/env bash
+# The nightly download as it is installed: the very command lines of the unit and of the cron line, run against a
+# simulated logger.
+#   nocturna_test.sh BUILD_DIR CMAKE
+set -euo pipefail
+export LC_ALL=C.UTF-8
+construccion=$1 cmake=$2
+raiz=$(mktemp -d)
+simulador_PID=''
+# shellcheck disable=SC2317
+terminar() {
+    [ -z "${simulador_PID-}" ] || kill "$simulador_PID" 2>/dev/null || true
+    rm -rf "$raiz"
+}
+trap terminar EXIT
+fallos=0
+fallar() {
+    echo "FALLO: $*" >&2
+    fallos=$((fallos + 1))
+}
+
+DESTDIR=$raiz "$cmake" --install "$construccion" --component telvane-cli >"$raiz/instalado.txt"
+uno() { find "$raiz" -name "$1" -not -path "*/datos/*"; }
+unidad=$(uno telvane-descarga.service)
+temporizador=$(uno telvane-descarga.timer)
+cron=$(uno telvane-descarga.cron)
+ajustes=$(find "$raiz" -path '*/default/telvane-descarga')
+PATH=$(dirname "$(uno telvane-cli | grep '/bin/')"):$PATH
+export PATH
+
+# Paths of an installed file, below the folder it was installed in for the test.
+aqui() { sed -E "s#(^|[ =])/#\1$raiz/#g"; }
+orden_unidad=$(sed -n 's/^ExecStart=//p' "$unidad" | aqui)
+linea_cron=$(grep -E '^[0-9*]' "$cron")
+read -r _ _ _ _ _ usuario orden_cron <<<"$linea_cron"
+orden_cron=$(aqui <<<"$orden_cron")
+[ "$usuario" = telvane ] || fallar "la línea de cron corre como $usuario"
+[ "$orden_cron" = "$orden_unidad" ] || fallar "la unidad y cron corren órdenes distintas"
+
+sed -E "s#^ExecStart=.*#ExecStart=$orden_unidad#" "$unidad" >"$raiz/telvane-descarga.service"
+cp "$temporizador" "$raiz/"
+if ! systemd-analyze verify --man=no "$raiz"/telvane-descarga.{service,timer} >"$raiz/analisis.txt" 2>&1 ||
+    grep -q telvane "$raiz/analisis.txt"; then
+    fallar "systemd-analyze: $(cat "$raiz/analisis.txt")"
+fi
+systemd-analyze calendar "$(sed -n 's/^OnCalendar=//p' "$temporizador")" >/dev/null || fallar "OnCalendar"
+
+# Every setting is commented out: the installed file changes nothing.
+! grep -vE '^(#|$)' "$ajustes" || fallar "los ajustes instalados no son solo comentarios"
+
+datos=$raiz/datos
+mkdir "$datos"
+ajustar() { printf '%s\n' "$@" >"$ajustes"; }
+coproc simulador { exec "$(uno telvane-sim | grep '/bin/')" --enlace "$raiz/COM1" --baudios 0; }
+read -r -t 30 _ <&"${simulador[0]}"
+
+# correr FILE COMMAND...: exit status in $estado, standard error in FILE.
+correr() {
+    local errores=$1
+    shift
+    estado=0
+    env -i PATH="$PATH" "$@" </dev/null >"$raiz/salida.txt" 2>"$errores" || estado=$?
+}
+# falla STATUS TEXT WHAT: the last run ended so, and said so.
+falla() {
+    [ $estado -eq "$1" ] || fallar "$3: $estado"
+    grep -qF -e "$2" "$raiz/errores" || fallar "$3: $(cat "$raiz/errores")"
+}
+# bajados NAME: one whole base file and its table, named with the date, and nothing unfinished.
+bajados() {
+    local base
+    base=$(find "$datos" -name "$1_$(date +%Y)-[0-9][0-9]-[0-9][0-9]_[0-9][0-9][0-9][0-9][0-9][0-9].rgt")
+    [ "$(stat -c %s "$base")" = 262144 ] || fallar "$1: base \"$base\""
+    [ "$(grep -c '^[0-9][0-9]/' "${base%.rgt}.csv")" -gt 1000 ] || fallar "$1: tabla"
+    [ -z "$(find "$datos" -name '*.parcial')" ] || fallar "$1: quedó una descarga sin completar"
+}
+
+ajustar "COM=1=$raiz/COM1" "CARPETA=$datos" NOMBRE=norte
+# shellcheck disable=SC2086
+correr "$raiz/errores" $orden_unidad
+[ $estado -eq 0 ] || fallar "unidad: $estado $(cat "$raiz/errores")"
+bajados norte
+
+ajustar "COM=1=$raiz/COM1" "CARPETA=$datos" NOMBRE=sur
+correr "$raiz/errores" sh -c "$orden_cron"
+[ $estado -eq 0 ] || fallar "cron: $estado $(cat "$raiz/errores")"
+bajados sur
+
+ajustar "CARPETA=$datos" 'OPCIONES="--reintentos muchos"'
+correr "$raiz/errores" sh -c "$orden_cron"
+falla 2 'reintentos' "OPCIONES no llegan"
+
+# Two at once: the second leaves, and says so.
+exec 8>"$datos/.descarga.cerrojo"
+flock 8
+correr "$raiz/errores" sh -c "$orden_cron"
+exec 8>&-
+falla 75 'no ha terminado' solape
+
+ajustar "COM=1=$raiz/COM1" "CARPETA=$raiz/no/hay"
+correr "$raiz/errores" sh -c "$orden_cron"
+falla 1 "no se puede escribir en $raiz/no/hay" carpeta
+
+# No logger: a failure that is seen, and no file.
+ajustar "COM=1=$raiz/no-hay" "CARPETA=$datos" NOMBRE=nadie
+correr "$raiz/errores" sh -c "$orden_cron"
+falla 3 'telvane-cli: ' "sin registrador"
+[ -z "$(find "$datos" -name 'nadie*')" ] || fallar "sin registrador quedan archivos"
+exit $((fallos > 0))
