@@ -16,7 +16,7 @@ constexpr auto kEntreMarcos = 20ms;
 
 }  // namespace
 
-Rejilla::Rejilla() {
+Rejilla::Rejilla(int baudios) : Banco(baudios) {
     observacion_ =
         forma.observar({.alCambiar = {}, .alCambiarForma = {}, .alImprimir = [this](const auto& linea) {
                             impresas.push_back(linea);

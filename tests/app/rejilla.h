@@ -38,7 +38,7 @@ struct Regla {
 
 class Rejilla : public Banco {
    protected:
-    Rejilla();
+    explicit Rejilla(int baudios = 0);
 
     // Connected, nothing running, every line forgotten.
     void SetUp() override;
