@@ -7,6 +7,7 @@
 #include "cli/codigos_salida.h"
 #include "data/memoria.h"
 #include "data/pasos_descarga.h"
+#include "link/siguiendo.h"
 #include "loggerconfig/pasos_escritura.h"
 #include "loggerconfig/pasos_lectura.h"
 
@@ -99,7 +100,13 @@ DatosConfig RegistradorCli::leerConfiguracion() {
         // A byte too many would shift every field behind it.
         if (linea.esperan() > 0) fueraDePaso("el registrador envió bytes de más");
         const auto paso = pasoLectura(contador, byte, datos);
-        linea.enviar(paso.respuesta.value());
+        // The record is whole with its last byte, whether or not its echo still leaves.
+        const auto responder = [&] { linea.enviar(paso.respuesta.value()); };
+        if (contador < kContadorFinLectura) {
+            responder();
+        } else {
+            siguiendo(responder);
+        }
         if (paso.hito == HitoLectura::horaMala) consola_.aviso("hora mal");
         if (paso.hito == HitoLectura::fechaMala || paso.hito == HitoLectura::finFechaMala)
             consola_.aviso("fecha mal");
@@ -139,7 +146,13 @@ void RegistradorCli::recibirBloque(LineaRegistrador& linea, std::uint8_t primero
     // The line carries no checksum: a byte left over is the only sign that something went wrong.
     if (linea.esperan() > 0) fueraDePaso("sobran bytes después de un bloque");
     alBloque(numero, bloque);
-    linea.enviar(kApertura);
+    const auto acusar = [&] { linea.enviar(kApertura); };
+    if (numero + 1 < kBloquesMemoria) {
+        acusar();
+    } else {
+        // The image is whole, whether or not its last acknowledge still leaves.
+        siguiendo(acusar);
+    }
 }
 
 void RegistradorCli::escribirConfiguracion(std::string_view mensaje) {
