@@ -255,6 +255,12 @@ Fallo Fallo::leer(std::string_view texto) {
     return LectorDeFallo(texto).leer();
 }
 
+Efecto efectoDe(const Fallo& fallo, std::uint8_t byte) {
+    auto efecto = Efecto::pasar(byte);
+    aplicar(fallo, efecto);
+    return efecto;
+}
+
 Efecto PlanDeFallos::operator()(const ByteSaliente& saliente) {
     auto efecto = Efecto::pasar(saliente.byte);
     for (std::size_t i = 0; i < fallos_.size(); ++i) {

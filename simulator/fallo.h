@@ -78,6 +78,9 @@ struct Fallo {
     bool enElPc() const { return clase >= Clase::suceso; }
 };
 
+// What the fault does to its byte, wherever that is.
+Efecto efectoDe(const Fallo& fallo, std::uint8_t byte);
+
 // The grammar for the user.
 extern const std::string_view kAyudaFallo;
 
