@@ -49,6 +49,8 @@ QVariant primero(const QDBusMessage& respuesta) {
 }
 
 QDBusConnection conectar(const QString& direccion, const QString& nombre) {
+    // A connection of this name to an earlier desktop has ended with it.
+    QDBusConnection::disconnectFromBus(nombre);
     auto bus = QDBusConnection::connectToBus(direccion, nombre);
     if (!bus.isConnected()) throw std::runtime_error("bus: " + bus.lastError().message().toStdString());
     return bus;
