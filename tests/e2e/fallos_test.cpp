@@ -1,9 +1,11 @@
 // A sample of the fault grid on a real pty: the built programs, the fault as telvane-sim takes it, and the
 // same command again, which succeeds. And what only the system can do to a port: reads and writes that fail.
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -96,6 +98,24 @@ TEST(FallosEnUnPty, EachEndsAsInTheGridAndTheSameCommandSucceedsAfterwards) {
         EXPECT_EQ(proceso.terminar(Proceso::kPlazo * 3), 0) << proceso.errores();
         EXPECT_EQ(fs::exists(puesto.base()), caso.argumentos.front() == "descargar");
     });
+}
+
+// The machine sleeps in the middle of a download, longer than the logger waits.
+TEST(FallosEnUnPty, ADownloadThatWasStoppedForAWhileStartsAgainByItself) {
+    const Puesto puesto("descarga:bloque=1000:demora=1500");
+    Proceso proceso(puesto.orden({"descargar", "--espera", "1"}));
+    const auto parcial = puesto.base().string() + ".parcial";
+    ASSERT_TRUE(esperarA([&] {
+        std::error_code error;
+        return fs::file_size(parcial, error) == 1000 * 64 && !error;
+    }));
+    proceso.senal(SIGSTOP);
+    // What passes here is the sleep itself.
+    std::this_thread::sleep_for(std::chrono::seconds(3));
+    proceso.senal(SIGCONT);
+    EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
+    EXPECT_THAT(proceso.errores(), HasSubstr("Se vuelve a empezar"));
+    EXPECT_EQ(fs::file_size(puesto.base()), kBytesArchivoBase);
 }
 
 // Calls on the port's own descriptor that fail.
