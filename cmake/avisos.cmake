@@ -16,3 +16,12 @@ if(TELVANE_SANEADORES)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
+if(TELVANE_FUZZ)
+  # The fuzzer sees into every layer; only its targets bring its main().
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=fuzzer-no-link,address,undefined)
+  # This clang has the coroutines of the standard and does not say so to the standard library.
+  if(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 17)
+    add_compile_definitions(__cpp_impl_coroutine=201902L)
+  endif()
+endif()
