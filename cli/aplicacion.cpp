@@ -16,28 +16,11 @@ namespace telvane {
 namespace {
 
 constexpr const char* kPrograma = "telvane-cli";
-void declarar(Argumentos& argumentos, ContextoCli& contexto) {
-    argumentos.programa().opcion(
-        contexto.com, {.nombre = "--com",
-                       .valor = "N=DISPOSITIVO",
-                       .ayuda = "Puerto N (1 a 16) y su dispositivo; repetible. Sin ninguno, los presentes"});
-    declararPuertos(argumentos, contexto);
-    declararBuscar(argumentos, contexto);
-    declararConfiguracion(argumentos, contexto);
-    declararEnLinea(argumentos, contexto);
-    declararDescargar(argumentos, contexto);
-    declararConvertir(argumentos, contexto);
-    declararConfigurar(argumentos, contexto);
-    declararSerie(argumentos, contexto);
-    argumentos.programa().pie(
-        "Códigos de salida: 0 hecho, 1 fallo, 2 mal uso, 3 sin registrador, 130 interrumpido.");
-}
-
 // Reads the line; the order that it gives stands in the context afterwards.
 void leerLinea(const std::vector<std::string>& argumentos, ContextoCli& contexto) {
     Argumentos linea(kPrograma, TELVANE_VERSION,
                      "El registrador desde la consola: buscarlo, leerlo, descargarlo y configurarlo");
-    declarar(linea, contexto);
+    declararOrdenes(linea, contexto);
     const auto leida = linea.leer(argumentos);
     if (leida.que == LineaLeida::Que::malUso) throw ErrorCli(CodigoSalida::malUso, leida.texto);
     if (leida.que == LineaLeida::Que::terminar) {
@@ -67,6 +50,23 @@ int ejecutar(ContextoCli& contexto, const std::vector<std::string>& argumentos) 
 }
 
 }  // namespace
+
+void declararOrdenes(Argumentos& argumentos, ContextoCli& contexto) {
+    argumentos.programa().opcion(
+        contexto.com, {.nombre = "--com",
+                       .valor = "N=DISPOSITIVO",
+                       .ayuda = "Puerto N (1 a 16) y su dispositivo; repetible. Sin ninguno, los presentes"});
+    declararPuertos(argumentos, contexto);
+    declararBuscar(argumentos, contexto);
+    declararConfiguracion(argumentos, contexto);
+    declararEnLinea(argumentos, contexto);
+    declararDescargar(argumentos, contexto);
+    declararConvertir(argumentos, contexto);
+    declararConfigurar(argumentos, contexto);
+    declararSerie(argumentos, contexto);
+    argumentos.programa().pie(
+        "Códigos de salida: 0 hecho, 1 fallo, 2 mal uso, 3 sin registrador, 130 interrumpido.");
+}
 
 int correrCli(const std::vector<std::string>& argumentos, EntornoCli& entorno) {
     Consola consola(entorno);

@@ -131,6 +131,7 @@ class Configurador {
 
    private:
     void leer();
+    void releer();
     bool anunciarCambios();
     void respaldar();
     void escribir();
@@ -162,6 +163,7 @@ void Configurador::correr() {
         opciones_.borrarMemoria,
         "el registrador borra todos sus datos al recibir una configuración: confirme con --borrar-memoria");
     if (!opciones_.sinRespaldo) respaldar();
+    releer();
     escribir();
     comprobarEscrito();
     contexto_.consola.resultado(configuracionParaPersonas(actual_));
@@ -175,6 +177,18 @@ void Configurador::leer() {
         return;
     throw ErrorCli(CodigoSalida::fallo,
                    "el reloj del registrador no vale: póngalo con --reloj-pc, o --fecha y --hora");
+}
+
+// What is not changed goes back as it was read, and the line has no checksum: a byte damaged on its way here
+// would become the logger's own.
+void Configurador::releer() {
+    const auto otra = sesion_.registrador().leerConfiguracion();
+    if (otra.Nserie == actual_.Nserie && otra.textos == actual_.textos &&
+        otra.intervaloCodigo == actual_.intervaloCodigo) {
+        return;
+    }
+    throw ErrorCli(CodigoSalida::fallo,
+                   "dos lecturas de la configuración no coinciden, y no se escribe nada: revise el cable");
 }
 
 // Tells what will change; false: nothing.

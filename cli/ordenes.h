@@ -18,6 +18,9 @@ struct ContextoCli {
     std::function<void()> orden;   // the chosen command, once the arguments were read; throws ErrorCli
 };
 
+// All of them, and what they share.
+void declararOrdenes(Argumentos& argumentos, ContextoCli& contexto);
+
 void declararPuertos(Argumentos& argumentos, ContextoCli& contexto);
 void declararBuscar(Argumentos& argumentos, ContextoCli& contexto);
 void declararConfiguracion(Argumentos& argumentos, ContextoCli& contexto);

@@ -1,5 +1,6 @@
 #include "cli/registrador_cli.h"
 
+#include <exception>
 #include <vector>
 
 #include <fmt/format.h>
@@ -7,6 +8,7 @@
 #include "cli/codigos_salida.h"
 #include "data/memoria.h"
 #include "data/pasos_descarga.h"
+#include "link/siguiendo.h"
 #include "loggerconfig/pasos_escritura.h"
 #include "loggerconfig/pasos_lectura.h"
 
@@ -99,7 +101,13 @@ DatosConfig RegistradorCli::leerConfiguracion() {
         // A byte too many would shift every field behind it.
         if (linea.esperan() > 0) fueraDePaso("el registrador envió bytes de más");
         const auto paso = pasoLectura(contador, byte, datos);
-        linea.enviar(paso.respuesta.value());
+        // The record is whole with its last byte, whether or not its echo still leaves.
+        const auto responder = [&] { linea.enviar(paso.respuesta.value()); };
+        if (contador < kContadorFinLectura) {
+            responder();
+        } else {
+            siguiendo(responder);
+        }
         if (paso.hito == HitoLectura::horaMala) consola_.aviso("hora mal");
         if (paso.hito == HitoLectura::fechaMala || paso.hito == HitoLectura::finFechaMala)
             consola_.aviso("fecha mal");
@@ -138,9 +146,17 @@ void RegistradorCli::recibirBloque(LineaRegistrador& linea, std::uint8_t primero
     for (std::size_t i = 1; i < bloque.size(); ++i) bloque[i] = linea.tomar();
     // The line carries no checksum: a byte left over is the only sign that something went wrong.
     if (linea.esperan() > 0) fueraDePaso("sobran bytes después de un bloque");
-    // The next block travels while this one goes to the disk.
-    linea.enviar(kApertura);
+    // The next block travels while this one goes to the disk, which it does even if its acknowledge cannot
+    // leave.
+    std::exception_ptr fallo;
+    try {
+        linea.enviar(kApertura);
+    } catch (const ErrorPuerto&) {
+        fallo = std::current_exception();
+    }
     alBloque(numero, bloque);
+    // With its last block the image is whole, acknowledged or not.
+    if (fallo && numero + 1 < kBloquesMemoria) std::rethrow_exception(fallo);
 }
 
 void RegistradorCli::escribirConfiguracion(std::string_view mensaje) {

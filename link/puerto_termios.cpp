@@ -26,7 +26,7 @@ namespace telvane {
 namespace {
 
 constexpr int kUmbralMaximo = 255;  // VMIN is one byte wide
-constexpr int kPlazoEscrituraMs = 1000;
+constexpr std::chrono::seconds kPlazoEscritura{1};
 constexpr std::chrono::milliseconds kRevisionLinea{100};
 // More than the system holds for a line, so that emptying one that never falls silent ends.
 constexpr int kLecturasAlVaciar = 64;
@@ -206,28 +206,30 @@ void PuertoTermios::desaparecio() {
                       fmt::format("el puerto {} ha desaparecido", dispositivo_.string()));
 }
 
+// One deadline for the whole: a driver may say again and again that it has room, and take nothing.
 void PuertoTermios::escribir(std::span<const std::uint8_t> bytes) {
+    const auto final = std::chrono::steady_clock::now() + kPlazoEscritura;
     while (!bytes.empty()) {
         const auto n = ::write(descriptor_(), bytes.data(), bytes.size());
         if (n > 0) {
             bytes = bytes.subspan(static_cast<std::size_t>(n));
         } else if (n == 0 || errno == EAGAIN) {
-            esperarSitio();
+            esperarSitio(final);
         } else if (errno != EINTR) {
             desaparecio();
         }
     }
 }
 
-void PuertoTermios::esperarSitio() {
-    using Reloj = std::chrono::steady_clock;
-    const auto final = Reloj::now() + std::chrono::milliseconds(kPlazoEscrituraMs);
+void PuertoTermios::esperarSitio(std::chrono::steady_clock::time_point final) {
     pollfd estado{descriptor_(), POLLOUT, 0};
-    int listos = 0;
-    do {
-        const auto falta = std::chrono::ceil<std::chrono::milliseconds>(final - Reloj::now()).count();
-        listos = ::poll(&estado, 1, static_cast<int>(std::max<std::int64_t>(0, falta)));
-    } while (listos < 0 && errno == EINTR);
+    int listos = -1;
+    while (listos < 0) {
+        const auto falta =
+            std::chrono::ceil<std::chrono::milliseconds>(final - std::chrono::steady_clock::now()).count();
+        if (falta <= 0) break;
+        listos = ::poll(&estado, 1, static_cast<int>(falta));
+    }
     if (listos > 0) return;
     throw ErrorPuerto(MotivoPuerto::otro,
                       fmt::format("el puerto {} no acepta más datos", dispositivo_.string()));

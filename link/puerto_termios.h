@@ -3,6 +3,7 @@
 
 #include <linux/serial.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -62,7 +63,7 @@ class PuertoTermios final : public PuertoSerie {
     void pedirBajaLatencia();
     void alLlegar();
     bool colgado() const;
-    void esperarSitio();
+    void esperarSitio(std::chrono::steady_clock::time_point final);
     void primeraMirada();
     void mirarCuentas();
     void mirarLineas();

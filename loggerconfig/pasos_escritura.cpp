@@ -10,16 +10,6 @@ namespace {
 
 constexpr std::int32_t kPrimero = 1;
 
-// First byte of the first character beyond the width.
-std::size_t corte(std::string_view texto, std::size_t ancho) {
-    std::size_t caracter = 0;
-    for (std::size_t i = 0; i < texto.size(); ++i) {
-        const bool empieza = (static_cast<std::uint8_t>(texto[i]) & 0xC0) != 0x80;
-        if (empieza && caracter++ == ancho) return i;
-    }
-    return texto.size();
-}
-
 }  // namespace
 
 std::string rellenado(std::string_view texto, int ancho) {
@@ -27,7 +17,7 @@ std::string rellenado(std::string_view texto, int ancho) {
     auto largo = caracteres(texto);
     for (; largo > cabe && texto.ends_with(' '); --largo) texto.remove_suffix(1);
     for (; largo > cabe && texto.starts_with(' '); --largo) texto.remove_prefix(1);
-    if (largo > cabe) return std::string(texto.substr(0, corte(texto, cabe)));
+    if (largo > cabe) return std::string(primerosCaracteres(texto, cabe));
     return std::string(cabe - largo, ' ') + std::string(texto);
 }
 

@@ -88,4 +88,10 @@ std::size_t caracteres(std::string_view texto) {
     return cuenta;
 }
 
+std::string_view primerosCaracteres(std::string_view texto, std::size_t cuantos) {
+    std::size_t posicion = 0;
+    for (; cuantos > 0 && posicion < texto.size(); --cuantos) leerPunto(texto, posicion);
+    return texto.substr(0, posicion);
+}
+
 }  // namespace telvane

@@ -16,7 +16,9 @@ std::string utf8DeCp1252(std::span<const std::uint8_t> bytes);
 // The bytes of a UTF-8 text; a character without a place there, and each malformed byte, becomes "?".
 std::string cp1252DeUtf8(std::string_view texto);
 
-// Number of characters of a UTF-8 text.
+// Number of characters of a UTF-8 text; a malformed byte is one.
 std::size_t caracteres(std::string_view texto);
+// The first so many of them, or the whole text.
+std::string_view primerosCaracteres(std::string_view texto, std::size_t cuantos);
 
 }  // namespace telvane

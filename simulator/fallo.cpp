@@ -38,15 +38,20 @@ struct FilaClase {
     int base;            // of its value's digits; 0: takes none
     std::size_t maximo;  // of its value
 };
-constexpr std::array<FilaClase, 8> kClases = {{
+constexpr std::array<FilaClase, 13> kClases = {{
     {"silencio", Clase::silencio, 0, 0},
     {"demora", Clase::demora, 10, 3'600'000},
     {"cambiar", Clase::cambiar, 16, 0xFF},
+    {"invertir", Clase::invertir, 0, 0},
     {"insertar", Clase::insertar, 10, 65536},
     {"perder", Clase::perder, 0, 0},
     {"doblar", Clase::doblar, 0, 0},
     {"cortar", Clase::cortar, 0, 0},
     {"colgar", Clase::colgar, 0, 0},
+    {"suceso", Clase::suceso, 10, 1011},
+    {"error-lectura", Clase::errorLectura, 0, 0},
+    {"error-escritura", Clase::errorEscritura, 0, 0},
+    {"escritura-corta", Clase::escrituraCorta, 0, 0},
 }};
 
 constexpr std::uint8_t kByteInsertado = 0x00;
@@ -187,6 +192,9 @@ void aplicar(const Fallo& fallo, Efecto& efecto) {
         case Clase::cambiar:
             efecto.bytes = {static_cast<std::uint8_t>(fallo.valor)};
             break;
+        case Clase::invertir:
+            for (auto& byte : efecto.bytes) byte = static_cast<std::uint8_t>(~byte);
+            break;
         case Clase::insertar:
             efecto.bytes.insert(efecto.bytes.end(), fallo.valor, kByteInsertado);
             break;
@@ -201,6 +209,18 @@ void aplicar(const Fallo& fallo, Efecto& efecto) {
             break;
         case Clase::colgar:
             efecto.colgar = true;
+            break;
+        case Clase::suceso:
+            efecto.suceso = static_cast<int>(fallo.valor);
+            break;
+        case Clase::errorLectura:
+            efecto.errorLectura = true;
+            break;
+        case Clase::errorEscritura:
+            efecto.errorEscritura = true;
+            break;
+        case Clase::escrituraCorta:
+            efecto.escrituraCorta = true;
             break;
     }
 }
@@ -221,15 +241,24 @@ const std::string_view kAyudaFallo =
   FALLO      silencio     ni ese byte ni los demás del intercambio
              demora=MS    ese byte sale MS milisegundos más tarde
              cambiar=HH   otro valor, en hexadecimal
+             invertir     otro valor: todos sus bits cambiados
              insertar=N   N bytes de más tras él
              perder       el byte no llega
              doblar       llega dos veces
-             cortar       desde ahí nada más pasa en ningun sentido
+             cortar       desde ahí nada más pasa en ningún sentido
              colgar       el puerto desaparece; vuelve a los 2 segundos
+  En el propio puerto del PC, que un pseudoterminal no puede mostrar (solo en las pruebas del programa):
+             suceso=N, error-lectura, error-escritura, escritura-corta
 Ejemplo: --fallo descarga:bloque=2047:byte=12:cortar)";
 
 Fallo Fallo::leer(std::string_view texto) {
     return LectorDeFallo(texto).leer();
+}
+
+Efecto efectoDe(const Fallo& fallo, std::uint8_t byte) {
+    auto efecto = Efecto::pasar(byte);
+    aplicar(fallo, efecto);
+    return efecto;
 }
 
 Efecto PlanDeFallos::operator()(const ByteSaliente& saliente) {

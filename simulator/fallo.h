@@ -33,6 +33,7 @@ struct Efecto {
     bool colgar = false;                 // the device disappears before it
     bool errorLectura = false;           // reading fails once before it
     bool errorEscritura = false;         // the PC's next write fails
+    bool escrituraCorta = false;         // the driver takes half of the PC's next write and no more
     std::optional<int> suceso = {};      // a line event (see CommEvent) right before it
 
     static Efecto pasar(std::uint8_t byte) {
@@ -46,19 +47,39 @@ using Manipulador = std::function<Efecto(const ByteSaliente&)>;
 
 struct Fallo {
     enum class Operacion : std::uint8_t { sonda, enLinea, lectura, escritura, serie, descarga };
-    enum class Clase : std::uint8_t { silencio, demora, cambiar, insertar, perder, doblar, cortar, colgar };
+    enum class Clase : std::uint8_t {
+        silencio,
+        demora,
+        cambiar,
+        invertir,
+        insertar,
+        perder,
+        doblar,
+        cortar,
+        colgar,
+        // Of the PC's own end of the line, which a pseudo-terminal cannot show.
+        suceso,
+        errorLectura,
+        errorEscritura,
+        escrituraCorta
+    };
 
     Operacion operacion = Operacion::sonda;
     Clase clase = Clase::silencio;
     std::optional<std::size_t> cuadro;  // enLinea: that frame of a row only
     std::size_t indice = 0;             // of the byte within the exchange
-    std::size_t valor = 0;              // milliseconds, byte value or number of bytes
+    std::size_t valor = 0;              // milliseconds, byte value, number of bytes or event code
     std::size_t vez = 1;                // the how manieth time it is reached; 0: every time
 
     // Reads "OPERATION[:bloque=K|:cuadro=K][:byte=B][:vez=N|:siempre]:FAULT[=VALUE]" (see kAyudaFallo).
     // Throws std::invalid_argument with the reason in Spanish.
     static Fallo leer(std::string_view texto);
+    // Whether it happens in the PC's own driver, and so in process only.
+    bool enElPc() const { return clase >= Clase::suceso; }
 };
+
+// What the fault does to its byte, wherever that is.
+Efecto efectoDe(const Fallo& fallo, std::uint8_t byte);
 
 // The grammar for the user.
 extern const std::string_view kAyudaFallo;

@@ -81,6 +81,7 @@ void LineaSimulada::salir(std::uint8_t byte, Momento desde) {
     }
     const auto efecto = manipulador_(saliente);
     errorEscritura_ = errorEscritura_ || efecto.errorEscritura;
+    escrituraCorta_ = escrituraCorta_ || efecto.escrituraCorta;
     const auto inicio = std::max(desde, libreHaciaPc_) + efecto.demora;
     if (efecto.suceso) llegar(Llegada::Que::suceso, *efecto.suceso, finDeByte(inicio));
     if (efecto.errorLectura) llegar(Llegada::Que::errorLectura, 0, finDeByte(inicio));
@@ -124,12 +125,17 @@ void LineaSimulada::reponer() {
     colgada_ = false;
     cortada_ = false;
     errorEscritura_ = false;
+    escrituraCorta_ = false;
     haciaRegistrador_.clear();
     llegadas_.clear();
 }
 
 bool LineaSimulada::tomarErrorEscritura() {
     return std::exchange(errorEscritura_, false);
+}
+
+bool LineaSimulada::tomarEscrituraCorta() {
+    return std::exchange(escrituraCorta_, false);
 }
 
 }  // namespace telvane

@@ -58,6 +58,8 @@ class LineaSimulada {
     void reponer();
     // True once after a byte whose effect was a failing write.
     bool tomarErrorEscritura();
+    // True once after a byte whose effect was a write cut short.
+    bool tomarEscrituraCorta();
 
     MaquinaRegistrador& maquina() { return maquina_; }
     const MaquinaRegistrador& maquina() const { return maquina_; }
@@ -91,6 +93,7 @@ class LineaSimulada {
     bool cortada_ = false;
     bool colgada_ = false;
     bool errorEscritura_ = false;
+    bool escrituraCorta_ = false;
 };
 
 }  // namespace telvane

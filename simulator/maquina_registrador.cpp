@@ -69,6 +69,7 @@ MaquinaRegistrador::Bytes MaquinaRegistrador::elegir(std::uint8_t byte) {
     recibido_.clear();
     switch (byte) {
         case kSaludo:
+            contador_ = primerBloque_;
             return seguir(Intercambio::descarga, kSaludo);
         case kLeerConfig:
             return seguir(Intercambio::lectura, kApertura);

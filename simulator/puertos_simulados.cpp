@@ -88,6 +88,7 @@ class PuertosSimulados::Puerto final : public PuertoSerie {
     void programar();
 
    private:
+    void pasar(std::span<const std::uint8_t> bytes);
     void recoger();
     void tomar(const LineaSimulada::Llegada& llegada);
     bool hayQueDespertar() const;
@@ -121,6 +122,12 @@ void PuertosSimulados::Puerto::escribir(std::span<const std::uint8_t> bytes) {
     if (std::exchange(puesto_.fallaEscritura, false) || fallaLinea) {
         throw ErrorPuerto(MotivoPuerto::otro, "error al escribir en el puerto");
     }
+    const bool corta = puesto_.linea && puesto_.linea->tomarEscrituraCorta();
+    pasar(corta ? bytes.first(bytes.size() / 2) : bytes);
+    if (corta) throw ErrorPuerto(MotivoPuerto::otro, "el puerto no acepta más datos");
+}
+
+void PuertosSimulados::Puerto::pasar(std::span<const std::uint8_t> bytes) {
     puesto_.escritos.insert(puesto_.escritos.end(), bytes.begin(), bytes.end());
     const auto& ajustes = puesto_.ajustes;
     const bool seEntienden = ajustes.baudios == kBaudios && ajustes.paridad == 'n' && ajustes.bitsDatos == 8;

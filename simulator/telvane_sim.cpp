@@ -58,8 +58,9 @@ std::string comprobarBaudios(const std::string& texto) {
 
 std::string comprobarFallo(const std::string& texto) {
     try {
-        static_cast<void>(Fallo::leer(texto));
-        return "";
+        if (!Fallo::leer(texto).enElPc()) return "";
+        return fmt::format("fallo \"{}\": ocurre en el puerto del PC y un pseudoterminal no lo puede mostrar",
+                           texto);
     } catch (const std::invalid_argument& error) {
         return error.what();
     }

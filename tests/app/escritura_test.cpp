@@ -151,8 +151,9 @@ TEST(MensajeConfig, HasTheTabledBytes) {
 TEST(MensajeConfig, IsAlways107BytesWhateverTheTexts) {
     const std::string largo(50, 'x');
     const std::string conTildes = "Estación ñandú º €";
-    for (const auto& texto :
-         {largo, conTildes, fmt::format("  {}{:40}", conTildes, ""), std::string("漢字")}) {
+    const std::string malFormado(60, '\x80');
+    for (const auto& texto : {largo, conTildes, fmt::format("  {}{:40}", conTildes, ""), std::string("漢字"),
+                              malFormado, malFormado + "ñ"}) {
         EXPECT_EQ(mensajeConfig({.textos = {texto, texto, texto, texto, texto}}).size(), 107u) << texto;
     }
 }

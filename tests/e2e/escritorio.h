@@ -17,6 +17,8 @@ class Escritorio {
 
     // "NAME=VALUE" for a program that is to run here, with home, settings and data of its own.
     const std::vector<std::string>& entorno() const { return entorno_; }
+    // The display goes away under the programs on it.
+    void apagarPantalla() { pantalla_.reset(); }
     const std::string& bus() const { return bus_; }
     std::filesystem::path carpeta(const std::string& nombre) const { return carpeta_ / nombre; }
 

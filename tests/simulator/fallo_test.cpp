@@ -33,21 +33,33 @@ TEST(Fallo, LeeValoresYVeces) {
     EXPECT_EQ(Fallo::leer("en-linea:cuadro=4:byte=30:doblar").cuadro, 4u);
 }
 
+TEST(Fallo, SabeQueLoDelPropioPuertoNoPasaPorUnPseudoterminal) {
+    for (const auto* texto : {"lectura:suceso=1004", "lectura:error-lectura", "lectura:error-escritura",
+                              "lectura:escritura-corta"}) {
+        EXPECT_TRUE(Fallo::leer(texto).enElPc()) << texto;
+    }
+    for (const auto* texto : {"lectura:invertir", "lectura:colgar", "lectura:silencio"}) {
+        EXPECT_FALSE(Fallo::leer(texto).enElPc()) << texto;
+    }
+}
+
 class FalloMalEscrito : public testing::TestWithParam<const char*> {};
 
 TEST_P(FalloMalEscrito, SeRechaza) {
     EXPECT_THROW(Fallo::leer(GetParam()), std::invalid_argument);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    CadaUno, FalloMalEscrito,
-    testing::Values("", ":", "otra:silencio", "sonda", "sonda:", "sonda:nada", "sonda:silencio:perder",
-                    "sonda:silencio=1", "sonda=1:silencio", "sonda:byte=31:perder", "sonda:byte=-1:perder",
-                    "sonda:byte=x:perder", "sonda:byte:perder", "sonda:bloque=1:perder",
-                    "lectura:byte=113:perder", "escritura:byte=108:perder", "serie:byte=6:perder",
-                    "serie:vez=0:perder", "descarga:bloque=4096:perder", "descarga:bloque=1:byte=64:perder",
-                    "descarga:byte=262146:perder", "descarga:cambiar=100", "descarga:cambiar",
-                    "descarga:demora=", "descarga:insertar=99999999999999999999"));
+INSTANTIATE_TEST_SUITE_P(CadaUno, FalloMalEscrito,
+                         testing::Values("", ":", "otra:silencio", "sonda", "sonda:", "sonda:nada",
+                                         "sonda:silencio:perder", "sonda:silencio=1", "sonda=1:silencio",
+                                         "sonda:byte=31:perder", "sonda:byte=-1:perder",
+                                         "sonda:byte=x:perder", "sonda:byte:perder", "sonda:bloque=1:perder",
+                                         "lectura:byte=113:perder", "escritura:byte=108:perder",
+                                         "serie:byte=6:perder", "serie:vez=0:perder",
+                                         "descarga:bloque=4096:perder", "descarga:bloque=1:byte=64:perder",
+                                         "descarga:byte=262146:perder", "descarga:cambiar=100",
+                                         "descarga:cambiar", "descarga:demora=", "serie:suceso=1012",
+                                         "serie:error-lectura=1", "descarga:insertar=99999999999999999999"));
 
 // What arrives at the PC when these bytes are sent one after the other.
 struct Oyente {
@@ -84,6 +96,7 @@ TEST(PlanDeFallos, ElSilencioDuraHastaElFinDelIntercambio) {
 
 TEST(PlanDeFallos, CadaFalloHaceLoSuyo) {
     EXPECT_THAT(Oyente("lectura:cambiar=7E").enviar(kApertura), ElementsAre(0x7E));
+    EXPECT_THAT(Oyente("lectura:invertir").enviar(kApertura), ElementsAre(0xAA));
     EXPECT_THAT(Oyente("serie:insertar=2").enviar(kApertura), ElementsAre(kApertura, 0, 0));
     EXPECT_THAT(Oyente("escritura:perder").enviar(kApertura), IsEmpty());
     EXPECT_THAT(Oyente("descarga:doblar").enviar(kApertura), ElementsAre(kApertura, kApertura));

@@ -307,6 +307,18 @@ TEST_F(PuertosSimuladosPrueba, UnErrorDeEscrituraFallaUnaVez) {
     EXPECT_THAT(puertos.escritos(3), ElementsAre(kSonda));
 }
 
+TEST_F(PuertosSimuladosPrueba, UnaEscrituraCortaPasaSuMitadYFallaUnaVez) {
+    puertos.conectar(3);
+    abrir();
+    puertos.manipular(3, PlanDeFallos({Fallo::leer("sonda:escritura-corta")}));
+    escribir(kSonda);
+    bucle.correr();
+    EXPECT_EQ(motivo([&] { puerto->escribir(Bytes{kApertura, 1, 2, 3}); }), MotivoPuerto::otro);
+    EXPECT_THAT(puertos.escritos(3), ElementsAre(kSonda, kApertura, 1));
+    escribir(2);
+    EXPECT_THAT(puertos.escritos(3), SizeIs(4));
+}
+
 TEST_F(PuertosSimuladosPrueba, LosSucesosDeLineaDespiertanSoloAQuienLosVigila) {
     puertos.conectar(3);
     abrir();

@@ -116,6 +116,8 @@ TEST_F(TelvaneSim, ElMalUsoSaleConDos) {
     EXPECT_EQ(rechazado(orden({"--semilla", "4294967296"})), 2);
     EXPECT_EQ(rechazado(orden({"--fallo", "sonda:nada"})), 2);
     EXPECT_THAT(queja, HasSubstr("nada"));
+    EXPECT_EQ(rechazado(orden({"--fallo", "serie:error-escritura"})), 2);
+    EXPECT_THAT(queja, HasSubstr("un pseudoterminal no lo puede mostrar"));
     EXPECT_EQ(rechazado(orden({"--fallo"})), 2);
     EXPECT_EQ(rechazado(orden({"--otra"})), 2);
     EXPECT_EQ(rechazado(orden({"sobra"})), 2);

@@ -1,0 +1,33 @@
+// The record decoder under one of its rule sets: byte by byte and by whole blocks it must write the same.
+#include "data/decodificador.h"
+
+#include <algorithm>
+#include <array>
+
+#include "fuzz/azar.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t cuantos) {
+    using namespace telvane;
+    Entrada entrada(datos, cuantos);
+    const bool evaporacion = (entrada.byte() & 1) != 0;
+    Decodificador porBytes(Perfil::PERFIL);
+    Decodificador porBloques(Perfil::PERFIL);
+    porBytes.evaporacion(evaporacion);
+    porBloques.evaporacion(evaporacion);
+    while (entrada.queda()) {
+        std::array<std::uint8_t, kBytesBloque> bloque{};
+        const auto vienen = entrada.bytes(bloque.size());
+        std::copy(vienen.begin(), vienen.end(), bloque.begin());
+        for (std::size_t i = 0; i < bloque.size(); ++i) {
+            exigirQue(porBytes.proceso(static_cast<int>(i), bloque[i]));
+        }
+        std::array<char, Decodificador::kBloqueMaximo> destino{};
+        const auto lineas = porBloques.procesoBloque(bloque, destino.data());
+        const std::string texto(destino.data(), lineas.fin);
+        exigirQue(texto == porBytes.lineaMuestras);
+        exigirQue(static_cast<std::uint32_t>(std::count(texto.begin(), texto.end(), '\n')) == lineas.cuantas);
+        exigirQue(porBytes.registroValido() == porBloques.registroValido());
+        porBytes.lineaMuestras.clear();
+    }
+    return 0;
+}

@@ -1,0 +1,69 @@
+// What a process holds after a day's work is what it held in the morning.
+#include <malloc.h>
+
+#include "app/banco.h"
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+class MemoriaDelProceso : public Banco {
+   protected:
+    MemoriaDelProceso() : Banco(kBaudios) {}
+
+    void SetUp() override {
+#if defined(__SANITIZE_ADDRESS__)
+        GTEST_SKIP() << "the sanitizer's heap is not counted; it finds leaks itself";
+#endif
+        conectar();
+        dialogos.responderSiempre(Boton::aceptar);
+        dialogos.responderArchivoSiempre(std::nullopt);
+    }
+    // Bytes in use, what the test itself keeps forgotten.
+    std::size_t enUso() {
+        dialogos.olvidar();
+        puertos.olvidarTrafico(1);
+        return ::mallinfo2().uordblks + ::mallinfo2().hblkhd;
+    }
+    void descargar() {
+        pulsar(forma.Command13);
+        ASSERT_TRUE(bucle.correrHasta([&] { return dialogos.archivos().size() == 1; }, 10min));
+        ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }, 1min));
+        std::filesystem::remove_all(carpeta.ruta() / "base");
+    }
+};
+
+// Printed lines are kept up to a number, which is reached before it is measured.
+TEST_F(MemoriaDelProceso, AHundredDownloadsHoldNoMoreThanTheFirstFew) {
+    for (int i = 0; i < 1000; ++i) forma.imprimir(std::string(200, '.'));
+    for (int i = 0; i < 20; ++i) {
+        descargar();
+        static_cast<void>(enUso());
+    }
+    const auto antes = enUso();
+    for (int i = 0; i < 100; ++i) {
+        descargar();
+        static_cast<void>(enUso());
+    }
+    const auto despues = enUso();
+    std::printf("100 descargas: %zu bytes antes, %zu despues\n", antes, despues);
+    EXPECT_LE(despues, antes + 4096);
+}
+
+TEST_F(MemoriaDelProceso, AnHourOfLiveDataHoldsNoMoreThanItsFirstMinute) {
+    pulsar(forma.Command4);
+    pasar(1min);
+    const auto antes = enUso();
+    for (int minuto = 0; minuto < 60; ++minuto) {
+        pasar(1min);
+        static_cast<void>(enUso());
+    }
+    const auto despues = enUso();
+    std::printf("una hora en linea: %zu bytes antes, %zu despues\n", antes, despues);
+    EXPECT_LE(despues, antes + 4096);
+    EXPECT_EQ(forma.Command4.caption(), "PARAR");
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,84 @@
+// What the fault grids have in common: the faults, each as telvane-sim takes it, and how much of the grid a
+// run tries.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+namespace telvane {
+
+// What a fault does to the exchange: faults of one kind have one effect at one place.
+enum ClaseDeDano : unsigned {
+    kCalla = 1u << 0,        // nothing more comes
+    kPierde = 1u << 1,       // one byte does not come, the rest does
+    kTarda = 1u << 2,        // within every limit
+    kTardaDeMas = 1u << 3,   // beyond every limit for a first answer
+    kCambia = 1u << 4,       // another value
+    kSobra = 1u << 5,        // bytes that do not belong there
+    kAvisa = 1u << 6,        // the line tells of an error; the byte is right
+    kNoEscribe = 1u << 7,    // what the program answers does not leave
+    kDesaparece = 1u << 8,   // the device is gone
+    kCortaLectura = 1u << 9  // reading fails: what follows is not for this opening
+};
+inline constexpr unsigned kCualquiera = ~0u;
+inline constexpr unsigned kMudo = kCalla | kDesaparece | kCortaLectura;
+
+struct FalloDeRejilla {
+    std::string_view texto;  // behind "OPERATION:byte=N:"
+    ClaseDeDano clase;
+    std::size_t sobran;  // bytes too many
+};
+
+inline constexpr std::array<FalloDeRejilla, 13> kFallosDeRejilla = {{
+    {"silencio", kCalla, 0},
+    {"demora=600", kTarda, 0},
+    {"demora=3500", kTardaDeMas, 0},
+    {"invertir", kCambia, 0},
+    {"insertar=1", kSobra, 1},
+    {"insertar=40", kSobra, 40},
+    {"perder", kPierde, 0},
+    {"doblar", kSobra, 1},
+    {"suceso=1004", kAvisa, 0},
+    {"colgar", kDesaparece, 0},
+    {"error-lectura", kCortaLectura, 0},
+    {"error-escritura", kNoEscribe, 0},
+    {"escritura-corta", kNoEscribe, 0},
+}};
+
+// Every so manieth place is tried: a sanitized program takes ten times as long. All of them when the environment asks
+// for the whole grid.
+inline std::size_t pasoDeRejilla([[maybe_unused]] std::size_t saneado, [[maybe_unused]] std::size_t normal = 1) {
+    const char* cuanto = std::getenv("TELVANE_REJILLA");
+    if (cuanto != nullptr && std::string_view(cuanto) == "entera") return 1;
+#if defined(__SANITIZE_ADDRESS__)
+    return saneado;
+#else
+    return normal;
+#endif
+}
+
+// Counts the runs of a test and tells how many they were.
+class CuentaDeCorridas {
+   public:
+    CuentaDeCorridas() = default;
+    CuentaDeCorridas(const CuentaDeCorridas&) = delete;
+    CuentaDeCorridas& operator=(const CuentaDeCorridas&) = delete;
+    ~CuentaDeCorridas() {
+        const auto* prueba = ::testing::UnitTest::GetInstance()->current_test_info();
+        std::fputs(fmt::format("rejilla {}: {} corridas\n", prueba->name(), cuantas_).c_str(), stdout);
+        ::testing::Test::RecordProperty("corridas", std::to_string(cuantas_));
+    }
+    void otra() { ++cuantas_; }
+
+   private:
+    std::size_t cuantas_ = 0;
+};
+
+}  // namespace telvane

@@ -1,0 +1,163 @@
+// The window on a desktop of the test's own, driven by accessible names alone.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "apoyo/proceso.h"
+#include "tests/e2e/accesible.h"
+#include "tests/e2e/escritorio.h"
+#include "tests/e2e/registrador_simulado.h"
+
+namespace telvane {
+
+inline constexpr const char* kBoton = "push button";
+inline constexpr const char* kRotulo = "label";
+inline constexpr const char* kCampo = "text";
+
+inline constexpr const char* kDescargar = "Importar datos desde equipo y exportar a excell (csv)";
+inline constexpr const char* kImportarConfiguracion = "Importar Configuracion";
+
+class VentanaE2e : public ::testing::Test {
+   protected:
+    void SetUp() override { arrancar(registrador_.com()); }
+
+    void arrancar(const std::string& com) {
+        accesibilidad_ = std::make_unique<Accesibilidad>(escritorio_.bus());
+        programa_ =
+            std::make_unique<Proceso>(std::vector<std::string>{TELVANE, "--com", com}, escritorio_.entorno());
+    }
+
+    void TearDown() override {
+        if (!HasFailure()) return;
+        const auto lineas = raiz().buscar(kCampo, "Diagnostico");
+        ADD_FAILURE() << "telvane: " << programa_->errores() << "\n"
+                      << (lineas ? lineas->texto() : "") << raiz().arbol();
+    }
+
+    Accesible raiz() const { return accesibilidad_->raiz(); }
+
+    static bool empiezaPor(const std::string& texto, const std::string& comienzo) {
+        return texto.compare(0, comienzo.size(), comienzo) == 0;
+    }
+
+    // The box with this text is on the screen: presses that button of it.
+    ::testing::AssertionResult responder(const std::string& texto, const std::string& boton) {
+        const auto pulsado = esperarA([&] {
+            const auto caja = raiz().buscar([&](const Accesible& uno) {
+                return uno.papel() == kRotulo && empiezaPor(uno.nombre(), texto);
+            });
+            const auto cual = caja ? raiz().buscar(kBoton, boton) : std::nullopt;
+            return cual && cual->pulsar();
+        });
+        if (!pulsado) return ::testing::AssertionFailure() << "no box \"" << texto << "\" with " << boton;
+        return ::testing::AssertionSuccess();
+    }
+
+    // The button can be pressed, and is.
+    ::testing::AssertionResult pulsar(const std::string& nombre) {
+        const auto pulsado = esperarA([&] {
+            const auto boton = raiz().buscar(kBoton, nombre);
+            return boton && boton->habilitado() && boton->pulsar();
+        });
+        if (!pulsado) return ::testing::AssertionFailure() << "no button " << nombre;
+        return ::testing::AssertionSuccess();
+    }
+
+    ::testing::AssertionResult habilitado(const std::string& nombre) {
+        const auto visto = esperarA([&] {
+            const auto boton = raiz().buscar(kBoton, nombre);
+            return boton && boton->habilitado();
+        });
+        if (!visto) return ::testing::AssertionFailure() << nombre << " stays disabled";
+        return ::testing::AssertionSuccess();
+    }
+
+    // The file dialog with this verb is on the screen: gives it this file.
+    ::testing::AssertionResult elegir(const std::string& verbo, const std::filesystem::path& ruta) {
+        const auto guardado = esperarA([&] {
+            const auto dialogo = raiz().buscar(
+                [&](const Accesible& uno) { return empiezaPor(uno.nombre(), verbo + " archivo"); });
+            const auto campo = dialogo ? dialogo->buscar(kCampo, "Nombre:") : std::nullopt;
+            const auto boton = dialogo ? dialogo->buscar(kBoton, verbo) : std::nullopt;
+            return campo && boton && campo->escribir(ruta.string()) && boton->pulsar();
+        });
+        if (!guardado) return ::testing::AssertionFailure() << "no file dialog";
+        return ::testing::AssertionSuccess();
+    }
+
+    void conectar() {
+        ASSERT_TRUE(responder("Su Configuracion Regional no es la apropiada", "Aceptar"));
+        ASSERT_TRUE(responder("Quiere conectarse con Registrador Veltra", "Aceptar"));
+        ASSERT_TRUE(responder(" Conexion en COM 1  @ 19200 bps ", "Aceptar"));
+        // The date is the last thing that a configuration read fills in.
+        ASSERT_TRUE(contiene("Fecha", "/20"));
+        ASSERT_TRUE(habilitado("Cambiar configuracion"));
+        ASSERT_TRUE(habilitado(kImportarConfiguracion));
+    }
+
+    ::testing::AssertionResult contiene(const std::string& campo, const std::string& texto) {
+        std::string visto;
+        const auto esta = esperarA([&] {
+            const auto cual = raiz().buscar(kCampo, campo);
+            if (cual) visto = cual->texto();
+            return visto.find(texto) != std::string::npos;
+        });
+        if (!esta) return ::testing::AssertionFailure() << campo << " holds \"" << visto << '"';
+        return ::testing::AssertionSuccess();
+    }
+
+    ::testing::AssertionResult seLee(const std::string& rotulo) {
+        if (esperarA([&] { return raiz().buscar(kRotulo, rotulo).has_value(); }))
+            return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure() << "no label \"" << rotulo << '"';
+    }
+
+    // Types into a field with the keyboard, in the place of what it holds.
+    ::testing::AssertionResult teclear(const std::string& campo, const std::string& texto,
+                                       const std::vector<std::string>& despues = {}) {
+        // No window manager gives the window the keyboard here.
+        Proceso teclado(
+            {PROGRAMA_XDOTOOL, "search", "--name", "Telvane de VELTRA", "windowfocus", "--sync", "%1"},
+            escritorio_.entorno());
+        if (teclado.terminar() != 0) return ::testing::AssertionFailure() << teclado.errores();
+        std::optional<Accesible> cual;
+        const auto hallado = esperarA([&] {
+            cual = raiz().buscar(kCampo, campo);
+            return cual && cual->habilitado();
+        });
+        const auto enfocado = hallado && cual->enfocar() && esperarA([&] { return cual->enfocado(); });
+        if (!enfocado) return ::testing::AssertionFailure() << "no field " << campo;
+        std::vector<std::string> orden = {PROGRAMA_XDOTOOL, "key", "--clearmodifiers", "ctrl+a"};
+        Proceso todo(orden, escritorio_.entorno());
+        if (todo.terminar() != 0) return ::testing::AssertionFailure() << todo.errores();
+        Proceso letras({PROGRAMA_XDOTOOL, "type", "--delay", "5", texto}, escritorio_.entorno());
+        if (letras.terminar() != 0) return ::testing::AssertionFailure() << letras.errores();
+        for (const auto& tecla : despues) {
+            Proceso una({PROGRAMA_XDOTOOL, "key", tecla}, escritorio_.entorno());
+            if (una.terminar() != 0) return ::testing::AssertionFailure() << una.errores();
+        }
+        return ::testing::AssertionSuccess();
+    }
+
+    std::vector<std::filesystem::path> archivosBase() const {
+        std::vector<std::filesystem::path> rutas;
+        const auto carpeta = escritorio_.carpeta("datos") / "telvane";
+        if (!std::filesystem::exists(carpeta)) return rutas;
+        for (const auto& entrada : std::filesystem::directory_iterator(carpeta))
+            rutas.push_back(entrada.path());
+        return rutas;
+    }
+
+    RegistradorSimulado registrador_;
+    Escritorio escritorio_;
+    std::unique_ptr<Proceso> programa_;
+    std::unique_ptr<Accesibilidad> accesibilidad_;
+};
+
+}  // namespace telvane
