@@ -1,0 +1,171 @@
+// telvane-cli convertir as a process: one image against the tightest program, a thousand images against a
+// plain script, and the start of --help. Everything lies in memory (/dev/shm), so that no disk is measured.
+//   conversion_bench SCRIPT.py
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "bench/imagen.h"
+
+namespace telvane::bench {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Corrida {
+    double segundos = 0;
+    double picoMiB = 0;
+};
+
+Corrida correr(const std::vector<std::string>& orden) {
+    std::vector<char*> argumentos;
+    for (const auto& parte : orden) argumentos.push_back(const_cast<char*>(parte.c_str()));
+    argumentos.push_back(nullptr);
+    posix_spawn_file_actions_t callar;
+    ::posix_spawn_file_actions_init(&callar);
+    for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
+        ::posix_spawn_file_actions_addopen(&callar, descriptor, "/dev/null", 1, 0);
+    }
+    const auto inicio = std::chrono::steady_clock::now();
+    pid_t pid = 0;
+    if (::posix_spawnp(&pid, argumentos[0], &callar, nullptr, argumentos.data(), environ) != 0) {
+        throw std::runtime_error("no se pudo arrancar " + orden[0]);
+    }
+    int estado = 0;
+    rusage uso{};
+    ::wait4(pid, &estado, 0, &uso);
+    ::posix_spawn_file_actions_destroy(&callar);
+    if (estado != 0) throw std::runtime_error("falló " + orden[0]);
+    return {std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count(),
+            static_cast<double>(uso.ru_maxrss) / 1024.0};
+}
+
+// Medians of programs that take turns.
+std::vector<double> medianas(const std::vector<std::vector<std::string>>& programas, int rondas) {
+    std::vector<std::vector<double>> tiempos(programas.size());
+    for (int ronda = 0; ronda < rondas; ++ronda) {
+        for (std::size_t i = 0; i < programas.size(); ++i) {
+            tiempos[i].push_back(correr(programas[i]).segundos);
+        }
+    }
+    std::vector<double> resultado;
+    for (auto& suyos : tiempos) {
+        std::sort(suyos.begin(), suyos.end());
+        resultado.push_back(suyos[suyos.size() / 2]);
+    }
+    return resultado;
+}
+
+// Only the sample lines: the script and the tight program write no header.
+std::string muestras(const fs::path& ruta) {
+    std::ifstream entrada(ruta, std::ios::binary);
+    std::string linea;
+    std::string todas;
+    while (std::getline(entrada, linea)) {
+        if (linea.size() > 2 && linea[2] == '/') todas += linea + "\n";
+    }
+    return todas;
+}
+
+class Conversion {
+   public:
+    Conversion(fs::path programas, std::string guion)
+        : cli_(programas / "telvane-cli"),
+          directa_(programas / "conversion_directa"),
+          guion_(std::move(guion)) {
+        fs::create_directories(carpeta_ / "csv");
+        // In the plain variant, whatever serial number the image carries.
+        const auto memoria = imagenLlena();
+        const auto imagen = memoria.imagen();
+        std::ofstream(una_, std::ios::binary)
+            .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    }
+    Conversion(const Conversion&) = delete;
+    Conversion& operator=(const Conversion&) = delete;
+    ~Conversion() {
+        std::error_code sinImportancia;
+        fs::remove_all(carpeta_, sinImportancia);
+    }
+
+    void unaImagen() {
+        const auto tiempos = medianas({{cli_, "convertir", una_, (carpeta_ / "cli.csv").string()},
+                                       {directa_, una_, (carpeta_ / "directa.csv").string()},
+                                       {"python3", guion_, una_, (carpeta_ / "guion.csv").string()},
+                                       {cli_, "--help"}},
+                                      101);
+        const auto esperadas = muestras(carpeta_ / "directa.csv");
+        if (esperadas.empty() || esperadas != muestras(carpeta_ / "cli.csv") ||
+            esperadas != muestras(carpeta_ / "guion.csv")) {
+            throw std::runtime_error("los tres programas no escriben lo mismo");
+        }
+        std::printf("one image: telvane-cli %.2f ms, tightest program %.2f ms, script %.1f ms\n",
+                    tiempos[0] * 1e3, tiempos[1] * 1e3, tiempos[2] * 1e3);
+        std::printf("telvane-cli / tightest program = %.2f  (goal 1.10)\n", tiempos[0] / tiempos[1]);
+        std::printf("--help %.2f ms  (goal 3.00)\n", tiempos[3] * 1e3);
+    }
+
+    void milImagenes() {
+        constexpr int kImagenes = 1000;
+        constexpr int kDelGuion = 20;
+        std::vector<std::string> orden = {cli_, "convertir", "--en", (carpeta_ / "csv").string()};
+        std::vector<std::string> cien;
+        std::vector<std::string> delGuion = {"python3", guion_};
+        for (int i = 0; i < kImagenes; ++i) {
+            const auto ruta = carpeta_ / (std::to_string(i) + ".rgt");
+            fs::create_hard_link(una_, ruta);
+            orden.push_back(ruta);
+            if (i == 99) cien = orden;
+            if (i < kDelGuion)
+                delGuion.insert(delGuion.end(), {ruta.string(), (carpeta_ / "g.csv").string()});
+        }
+        const auto con100 = correr(cien);
+        const auto conMil = correr(orden);
+        const auto deUna = correr(delGuion).segundos / kDelGuion;
+        std::printf("a thousand images: %.3f s, %.3f ms each\n", conMil.segundos,
+                    conMil.segundos / kImagenes * 1e3);
+        std::printf("script / telvane-cli, each image = %.0f  (goal 60)\n",
+                    deUna / (conMil.segundos / kImagenes));
+        std::printf("most memory: %.1f MiB for 100 images, %.1f MiB for 1000\n", con100.picoMiB,
+                    conMil.picoMiB);
+    }
+
+   private:
+    std::string cli_;
+    std::string directa_;
+    std::string guion_;
+    fs::path carpeta_ = fs::path("/dev/shm") / ("telvane-" + std::to_string(::getpid()));
+    std::string una_ = (carpeta_ / "una.rgt").string();
+};
+
+}  // namespace
+
+}  // namespace telvane::bench
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fputs("conversion_bench SCRIPT.py\n", stderr);
+        return 2;
+    }
+    try {
+        telvane::bench::Conversion conversion(std::filesystem::canonical(argv[0]).parent_path(), argv[1]);
+        conversion.unaImagen();
+        conversion.milImagenes();
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+}
