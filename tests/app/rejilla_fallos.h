@@ -54,7 +54,7 @@ inline constexpr std::array<FalloDeRejilla, 13> kFallosDeRejilla = {{
 
 // Every so manieth place is tried: a sanitized program takes ten times as long. The environment may ask for
 // all of them, or for the part (TELVANE_REJILLA=entera, muestra).
-inline std::size_t pasoDeRejilla(std::size_t saneado, std::size_t normal = 1) {
+inline std::size_t pasoDeRejilla(std::size_t saneado, [[maybe_unused]] std::size_t normal = 1) {
     const char* cuanto = std::getenv("TELVANE_REJILLA");
     const std::string_view pedido = cuanto != nullptr ? cuanto : "";
     if (pedido == "entera") return 1;
