@@ -59,7 +59,7 @@ inline std::size_t pasoDeRejilla(std::size_t saneado, [[maybe_unused]] std::size
     const std::string_view pedido = cuanto != nullptr ? cuanto : "";
     if (pedido == "entera") return 1;
     if (pedido == "muestra") return saneado;
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TELVANE_SANEADO)
     return saneado;
 #else
     return normal;
