@@ -1,10 +1,10 @@
 // What a control holds is what its widget shows; only the user's own editing goes the other way.
+#include <QAccessible>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QAccessible>
 #include <QRadioButton>
 #include <gmock/gmock.h>
 
