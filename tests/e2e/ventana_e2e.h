@@ -27,6 +27,7 @@ class VentanaE2e : public ::testing::Test {
    protected:
     void SetUp() override { arrancar(registrador_.com()); }
 
+    // The desktop's accessibility is up before the program is: it announces itself once.
     void arrancar(const std::string& com) {
         accesibilidad_ = std::make_unique<Accesibilidad>(escritorio_.bus());
         programa_ =
@@ -34,7 +35,7 @@ class VentanaE2e : public ::testing::Test {
     }
 
     void TearDown() override {
-        if (!HasFailure()) return;
+        if (!HasFailure() || !programa_) return;
         const auto lineas = raiz().buscar(kCampo, "Diagnostico");
         ADD_FAILURE() << "telvane: " << programa_->errores() << "\n"
                       << (lineas ? lineas->texto() : "") << raiz().arbol();
