@@ -5,8 +5,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <new>
 #include <span>
-#include <vector>
 
 #include "link/protocolo.h"
 
@@ -19,18 +21,30 @@ class Memoria {
     using Bloque = std::span<std::uint8_t, kBytesBloque>;
     using BloqueConst = std::span<const std::uint8_t, kBytesBloque>;
 
-    Memoria() : bytes_(kBloques * kBytesBloque) {}
+    Memoria() : bytes_(reservar()) {}
 
-    Bloque bloque(std::size_t numero) { return Bloque(bytes_.data() + numero * kBytesBloque, kBytesBloque); }
+    Bloque bloque(std::size_t numero) { return Bloque(bytes_.get() + numero * kBytesBloque, kBytesBloque); }
     BloqueConst bloque(std::size_t numero) const {
-        return BloqueConst(bytes_.data() + numero * kBytesBloque, kBytesBloque);
+        return BloqueConst(bytes_.get() + numero * kBytesBloque, kBytesBloque);
     }
     // The logger's own memory, 262144 bytes: what a base file holds.
-    std::span<std::uint8_t> imagen() { return {bytes_.data(), kBytesMemoria}; }
-    std::span<const std::uint8_t> imagen() const { return {bytes_.data(), kBytesMemoria}; }
+    std::span<std::uint8_t> imagen() { return {bytes_.get(), kBytesMemoria}; }
+    std::span<const std::uint8_t> imagen() const { return {bytes_.get(), kBytesMemoria}; }
 
    private:
-    std::vector<std::uint8_t> bytes_;
+    struct Liberar {
+        void operator()(std::uint8_t* bytes) const { std::free(bytes); }  // NOLINT(*-no-malloc)
+    };
+    using Bytes = std::unique_ptr<std::uint8_t[], Liberar>;
+
+    // The system hands out pages of zeros as they are touched; most of these never are.
+    static Bytes reservar() {
+        auto* bytes = std::calloc(kBloques, kBytesBloque);  // NOLINT(*-no-malloc)
+        if (bytes == nullptr) throw std::bad_alloc();
+        return Bytes(static_cast<std::uint8_t*>(bytes));
+    }
+
+    Bytes bytes_;
 };
 
 // Last block that the decoding loops visit, the bar's maximum, and the end value of a download's counter
