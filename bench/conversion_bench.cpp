@@ -30,9 +30,10 @@ struct Corrida {
     double picoMiB = 0;
 };
 
-Corrida correr(const std::vector<std::string>& orden) {
+Corrida correr(std::vector<std::string> orden) {
     std::vector<char*> argumentos;
-    for (const auto& parte : orden) argumentos.push_back(const_cast<char*>(parte.c_str()));
+    argumentos.reserve(orden.size() + 1);
+    for (auto& parte : orden) argumentos.push_back(parte.data());
     argumentos.push_back(nullptr);
     posix_spawn_file_actions_t callar;
     ::posix_spawn_file_actions_init(&callar);
