@@ -50,8 +50,7 @@ ArchivoDatos archivoJsonl(const Memoria& memoria, Decodificador& decodificador) 
     BloquesTexto bloques;
     ArchivoDatos archivo;
     archivo.recuento = bloques.decodificar(memoria, decodificador, kUltimoBloque);
-    const std::string unidos(bloques.unidos());
-    std::string_view resto = unidos;
+    auto resto = bloques.unidos();
     while (!resto.empty()) {
         auto linea = hasta(resto, '\n');
         if (linea.ends_with('\r')) linea.remove_suffix(1);

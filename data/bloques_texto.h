@@ -28,8 +28,8 @@ class BloquesTexto {
 
     // One buffer's lines, indice 0 to 15; valid until the next run.
     std::string_view bufer(std::size_t indice) const;
-    // The buffers in order.
-    std::string unidos() const { return {texto_.get(), finales_.back()}; }
+    // The buffers in order; valid until the next run.
+    std::string_view unidos() const { return {texto_.get(), finales_.back()}; }
 
    private:
     // One text; each buffer begins where the one before it ends. Taken when first used: room for the longest

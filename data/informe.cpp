@@ -69,7 +69,9 @@ std::string informeEventos(const FechaHora& momento, std::string_view textoConfi
 }
 
 std::string conMuestras(std::string cabecera, const BloquesTexto& bloques) {
-    return std::move(cabecera.append(bloques.unidos()).append(textos::kFinLinea));
+    const auto muestras = bloques.unidos();
+    cabecera.reserve(cabecera.size() + muestras.size() + textos::kFinLinea.size());
+    return std::move(cabecera.append(muestras).append(textos::kFinLinea));
 }
 
 std::string nombreCsv(std::string_view ubicacion, const FechaHora& momento) {
