@@ -19,6 +19,7 @@
 #include "platform/tarea.h"
 #include "platform/vigilia.h"
 #include "regional/module1.h"
+#include "ui/textos.h"
 
 namespace telvane {
 
@@ -87,7 +88,7 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
       canales(entorno.puertos),
       datos(entorno.perfil),
       enlace{forma, canales, estado, entorno.reloj, esperas, entorno.dialogos},
-      vigilia(entorno.bucle, entorno.inhibidor, "Descarga de la memoria del registrador"),
+      vigilia(entorno.bucle, entorno.inhibidor, std::string(textos::kPorQueDespierta)),
       lectura(enlace, config, inicio.presenta),
       busqueda(enlace, inicio.presenta, [this] { return lectura.alPulsar(); }),
       enLinea(enlace),

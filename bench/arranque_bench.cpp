@@ -1,17 +1,16 @@
 // Start-up to the first frame, process start included: the window against an empty form with as many
 // controls. Needs a display (xvfb-run will do); the two programs take turns.
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "apoyo/carpeta_temporal.h"
 #include "apoyo/proceso.h"
-#include "regional/module1.h"
+#include "bench/ajustes.h"
+#include "bench/mediana.h"
 
 namespace telvane::bench {
 
@@ -24,18 +23,10 @@ double milisegundos(const std::vector<std::string>& orden, const std::filesystem
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - inicio).count();
 }
 
-double mediana(std::vector<double> tiempos) {
-    std::sort(tiempos.begin(), tiempos.end());
-    return tiempos[tiempos.size() / 2];
-}
-
 int medir(const std::filesystem::path& programas) {
     constexpr int kRondas = 41;
     const CarpetaTemporal carpeta;
-    std::filesystem::create_directory(carpeta / "telvane");
-    std::ofstream regional(carpeta / "telvane" / "regional");
-    for (const auto& valor : kValoresRegionales) regional << valor.nombre << '=' << valor.exigido << '\n';
-    regional.close();
+    escribirAjustes(carpeta.ruta());
     const std::vector<std::string> telvane = {programas / "arranque_telvane", "--com", "1=/dev/null"};
     const std::vector<std::string> vacia = {programas / "arranque_vacia"};
     std::vector<double> deTelvane;

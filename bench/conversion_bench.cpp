@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -18,6 +17,7 @@
 #include <vector>
 
 #include "bench/imagen.h"
+#include "bench/mediana.h"
 
 namespace telvane::bench {
 
@@ -63,10 +63,8 @@ std::vector<double> medianas(const std::vector<std::vector<std::string>>& progra
         }
     }
     std::vector<double> resultado;
-    for (auto& suyos : tiempos) {
-        std::sort(suyos.begin(), suyos.end());
-        resultado.push_back(suyos[suyos.size() / 2]);
-    }
+    resultado.reserve(tiempos.size());
+    for (const auto& suyos : tiempos) resultado.push_back(mediana(suyos));
     return resultado;
 }
 

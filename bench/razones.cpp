@@ -1,10 +1,11 @@
 #include "bench/razones.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
 #include <benchmark/benchmark.h>
+
+#include "bench/mediana.h"
 
 namespace telvane::bench {
 
@@ -16,12 +17,6 @@ double segundosDe(const Programa& programa) {
     const auto inicio = std::chrono::steady_clock::now();
     programa.corrida();
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count();
-}
-
-double mediana(Tiempos tiempos) {
-    const auto medio = tiempos.begin() + static_cast<std::ptrdiff_t>(tiempos.size() / 2);
-    std::nth_element(tiempos.begin(), medio, tiempos.end());
-    return *medio;
 }
 
 void registrar(const Programa& programa) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <fstream>
 #include <optional>
 #include <stdexcept>
 
@@ -19,7 +18,7 @@
 #include "app/qt/aplicacion.h"
 #include "app/qt/opciones.h"
 #include "app/qt/programa.h"
-#include "regional/module1.h"
+#include "bench/ajustes.h"
 
 namespace telvane::bench {
 
@@ -35,9 +34,7 @@ QWidget& deNombre(const char* nombre) {
 
 // Nothing of the user's is read or written, and the regional values are right from the start.
 void prepararCarpetas(const std::filesystem::path& carpeta) {
-    std::filesystem::create_directories(carpeta / "telvane");
-    std::ofstream regional(carpeta / "telvane" / "regional");
-    for (const auto& valor : kValoresRegionales) regional << valor.nombre << '=' << valor.exigido << '\n';
+    escribirAjustes(carpeta);
     for (const auto* variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "HOME"}) {
         qputenv(variable, carpeta.c_str());
     }

@@ -6,7 +6,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -18,10 +17,12 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "apoyo/carpeta_temporal.h"
 #include "apoyo/proceso.h"
+#include "bench/mediana.h"
 #include "bench/ventana_viva.h"
 #include "link/protocolo.h"
 #include "simulator/maquina_registrador.h"
@@ -53,11 +54,7 @@ class RegistradorConReloj {
         if (!completa_.wait_for(cerrojo, 5s, [this] { return vueltas_.size() >= kBloquesMemoria; })) {
             throw std::runtime_error("la descarga no terminó");
         }
-        const auto medio = vueltas_.begin() + static_cast<std::ptrdiff_t>(vueltas_.size() / 2);
-        std::nth_element(vueltas_.begin(), medio, vueltas_.end());
-        const auto valor = *medio;
-        vueltas_.clear();
-        return valor;
+        return bench::mediana(std::exchange(vueltas_, {}));
     }
 
    private:
@@ -148,17 +145,12 @@ class LineaDesnuda {
     termios linea_{};
 };
 
-struct Medianas {
-    double desnuda = 0;
-    double ventana = 0;
-    double consola = 0;
+// One median a round.
+struct Rondas {
+    std::vector<double> desnuda;
+    std::vector<double> ventana;
+    std::vector<double> consola;
 };
-
-double mediana(std::vector<Medianas> rondas, double Medianas::*cual) {
-    std::sort(rondas.begin(), rondas.end(),
-              [cual](const auto& a, const auto& b) { return a.*cual < b.*cual; });
-    return rondas[rondas.size() / 2].*cual;
-}
 
 void descargarConConsola(const std::string& cli, const std::string& com, const std::filesystem::path& base) {
     Proceso consola({cli, "--com", "1=" + com, "descargar", "--base", base.string()});
@@ -173,24 +165,22 @@ int medir(const std::string& cli) {
     RegistradorConReloj registrador(enlace);
     return VentanaViva::correr(enlace, carpeta.ruta(), [&](VentanaViva& ventana) {
         ventana.conectar();
-        std::vector<Medianas> rondas(kRondas);
+        Rondas rondas;
         std::vector<std::uint8_t> imagen(kBytesMemoria);
-        for (auto& ronda : rondas) {
+        for (int ronda = 0; ronda < kRondas; ++ronda) {
             LineaDesnuda(enlace).descargar(imagen);
-            ronda.desnuda = registrador.mediana();
+            rondas.desnuda.push_back(registrador.mediana());
             ventana.pulsar("Command13");
             VentanaViva::dejarCorrer(100ms);
             ventana.esperarHabilitado("Command13", 60s);
-            ronda.ventana = registrador.mediana();
+            rondas.ventana.push_back(registrador.mediana());
             descargarConConsola(cli, enlace, carpeta / "consola.rgt");
-            ronda.consola = registrador.mediana();
+            rondas.consola.push_back(registrador.mediana());
         }
-        const auto desnuda = mediana(rondas, &Medianas::desnuda);
+        const auto desnuda = mediana(rondas.desnuda);
         std::printf("bare loop %.1f us\n", desnuda);
-        std::printf("window / bare loop = %.2f  (goal 1.30)\n",
-                    mediana(rondas, &Medianas::ventana) / desnuda);
-        std::printf("console tool / bare loop = %.2f  (goal 1.30)\n",
-                    mediana(rondas, &Medianas::consola) / desnuda);
+        std::printf("window / bare loop = %.2f  (goal 1.30)\n", mediana(rondas.ventana) / desnuda);
+        std::printf("console tool / bare loop = %.2f  (goal 1.30)\n", mediana(rondas.consola) / desnuda);
     });
 }
 

@@ -14,6 +14,7 @@
 #include "link/puerto_serie.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
+#include "ui/textos.h"
 
 namespace telvane {
 
@@ -158,7 +159,7 @@ void Descargador::decirResto() {
 std::vector<std::uint8_t> descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
                                           const std::string& serie, const PeticionDescarga& peticion) {
     const auto despierta =
-        entorno.inhibidor ? entorno.inhibidor->inhibir("Descarga de la memoria del registrador") : nullptr;
+        entorno.inhibidor ? entorno.inhibidor->inhibir(std::string(textos::kPorQueDespierta)) : nullptr;
     return Descargador(entorno, consola, registrador, peticion).correr(serie);
 }
 

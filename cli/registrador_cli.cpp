@@ -1,6 +1,5 @@
 #include "cli/registrador_cli.h"
 
-#include <exception>
 #include <vector>
 
 #include <fmt/format.h>
@@ -146,17 +145,20 @@ void RegistradorCli::recibirBloque(LineaRegistrador& linea, std::uint8_t primero
     for (std::size_t i = 1; i < bloque.size(); ++i) bloque[i] = linea.tomar();
     // The line carries no checksum: a byte left over is the only sign that something went wrong.
     if (linea.esperan() > 0) fueraDePaso("sobran bytes después de un bloque");
-    // The next block travels while this one goes to the disk, which it does even if its acknowledge cannot
-    // leave.
-    std::exception_ptr fallo;
-    try {
-        linea.enviar(kApertura);
-    } catch (const ErrorPuerto&) {
-        fallo = std::current_exception();
+    const auto acusar = [&] { linea.enviar(kApertura); };
+    if (numero + 1 == kBloquesMemoria) {
+        // The image is whole, whether or not its last acknowledge still leaves.
+        siguiendo(acusar);
+    } else {
+        try {
+            acusar();
+        } catch (const ErrorPuerto&) {
+            alBloque(numero, bloque);
+            throw;
+        }
     }
+    // The next block travels while this one goes to the disk.
     alBloque(numero, bloque);
-    // With its last block the image is whole, acknowledged or not.
-    if (fallo && numero + 1 < kBloquesMemoria) std::rethrow_exception(fallo);
 }
 
 void RegistradorCli::escribirConfiguracion(std::string_view mensaje) {

@@ -9,6 +9,8 @@ inline constexpr std::string_view kPrograma = "Telvane";
 inline constexpr std::string_view kNoHayEquipo = "No hay equipo conectado ,Intente Reconectar ";
 inline constexpr std::string_view kConectar = " Conectar con Registrador ? ";
 inline constexpr std::string_view kErrorContador = "error en contador";
+// Why the machine stays awake, for the user who asks.
+inline constexpr std::string_view kPorQueDespierta = "Descarga de la memoria del registrador";
 inline constexpr std::string_view kFinLinea = "\r\n";
 inline constexpr std::string_view kCarpetaDocumentos = "C:\\Mis Documentos\\";
 

@@ -3,7 +3,6 @@
 #include <csignal>
 #include <functional>
 
-#include <QCoreApplication>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -143,9 +142,3 @@ INSTANTIATE_TEST_SUITE_P(Donde, DosProgramas, ::testing::Values(Donde::lectura, 
 
 }  // namespace
 }  // namespace telvane
-
-int main(int argc, char** argv) {
-    ::testing::InitGoogleMock(&argc, argv);
-    const QCoreApplication aplicacion(argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 
-#include <QCoreApplication>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -113,9 +112,3 @@ TEST_F(VentanaE2e, aKeptBaseFileGivesTheSamplesOfItsDownload) {
 
 }  // namespace
 }  // namespace telvane
-
-int main(int argc, char** argv) {
-    ::testing::InitGoogleMock(&argc, argv);
-    const QCoreApplication aplicacion(argc, argv);
-    return RUN_ALL_TESTS();
-}
