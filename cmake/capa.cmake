@@ -1,10 +1,15 @@
+# {fmt} from its headers, compiled once and linked into each program (formato.cpp says why).
+add_library(telvane_formato STATIC ${PROJECT_SOURCE_DIR}/cmake/formato.cpp)
+target_include_directories(telvane_formato SYSTEM
+  PUBLIC $<TARGET_PROPERTY:fmt::fmt-header-only,INTERFACE_INCLUDE_DIRECTORIES>)
+
 # Headers that most files include are compiled once: the standard library for every layer, the test library for every test.
 # A file still includes what it uses; -DTELVANE_PRECOMPILAR=OFF builds without and shows where it does not.
 option(TELVANE_PRECOMPILAR "Precompiled standard headers" ON)
 file(WRITE ${CMAKE_BINARY_DIR}/vacio.cpp "")
 function(telvane_precompilado nombre)
   add_library(${nombre} STATIC ${CMAKE_BINARY_DIR}/vacio.cpp)
-  target_link_libraries(${nombre} PRIVATE telvane_avisos fmt::fmt)
+  target_link_libraries(${nombre} PRIVATE telvane_avisos telvane_formato)
   target_precompile_headers(${nombre} PRIVATE ${ARGN})
 endfunction()
 function(telvane_precompilar objetivo cual)
@@ -23,7 +28,7 @@ function(telvane_capa nombre)
   cmake_parse_arguments(CAPA "QT" "" "SOURCES;NECESITA" ${ARGN})
   add_library(telvane_${nombre} STATIC ${CAPA_SOURCES})
   target_include_directories(telvane_${nombre} PUBLIC ${PROJECT_SOURCE_DIR})
-  target_link_libraries(telvane_${nombre} PRIVATE telvane_avisos fmt::fmt)
+  target_link_libraries(telvane_${nombre} PRIVATE telvane_avisos telvane_formato)
   if(NOT CAPA_QT)
     telvane_precompilar(telvane_${nombre} telvane_precompilado)
   elseif(TELVANE_PRECOMPILAR)
