@@ -15,15 +15,15 @@ void LineaRegistrador::enviar(std::uint8_t byte) {
 }
 
 bool LineaRegistrador::esperarBytes(std::size_t cuantos, Bucle::Duracion plazo) {
-    llenar();
-    if (quedan() >= cuantos) return true;
-    // One wake-up once the missing ones are here.
-    puerto_->umbral(static_cast<int>(cuantos - quedan()));
     return esperar(
         entorno_,
         [&] {
             llenar();
-            return quedan() >= cuantos;
+            if (quedan() >= cuantos) return true;
+            // One wake-up once the missing ones are here. Counted anew after each reading: the system does
+            // not count those that it has handed over.
+            puerto_->umbral(static_cast<int>(cuantos - quedan()));
+            return false;
         },
         plazo);
 }
