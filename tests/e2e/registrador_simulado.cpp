@@ -6,15 +6,14 @@
 
 namespace telvane {
 
-RegistradorSimulado::RegistradorSimulado() : enlace_(carpeta_ / "COM1") {
-    proceso_ = std::make_unique<Proceso>(std::vector<std::string>{TELVANE_SIM, "--enlace", enlace_.string(),
-                                                                  "--baudios", "0", "--memoria",
-                                                                  (carpeta_ / "memoria.rgt").string()});
+RegistradorSimulado::RegistradorSimulado(const std::string& baudios) : enlace_(carpeta_ / "COM1") {
+    proceso_ = std::make_unique<Proceso>(std::vector<std::string>{
+        TELVANE_SIM, "--enlace", enlace_.string(), "--baudios", baudios, "--memoria", archivo().string()});
     if (!proceso_->linea()) throw std::runtime_error("telvane-sim: " + proceso_->errores());
 }
 
 std::string RegistradorSimulado::memoria() const {
-    return contenidoDe(carpeta_ / "memoria.rgt");
+    return contenidoDe(archivo());
 }
 
 }  // namespace telvane

@@ -13,10 +13,13 @@ namespace telvane {
 
 class RegistradorSimulado {
    public:
-    // Ready to answer once constructed; unpaced. Throws std::runtime_error when it does not start.
-    RegistradorSimulado();
+    // Ready to answer once constructed. baudios: "0" for unpaced, or "19200". Throws std::runtime_error when
+    // it does not start.
+    explicit RegistradorSimulado(const std::string& baudios = "0");
     // Its memory as it is kept in a file.
     std::string memoria() const;
+    std::filesystem::path archivo() const { return carpeta_ / "memoria.rgt"; }
+    const std::filesystem::path& enlace() const { return enlace_; }
     // The value of --com that makes it COM1.
     std::string com() const { return "1=" + enlace_.string(); }
 
