@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -26,7 +27,9 @@ struct ByteSaliente {
 
 // What becomes of it. As it stands: it arrives.
 struct Efecto {
-    std::vector<std::uint8_t> bytes;     // what arrives in its place; empty: it is lost
+    // What arrives in its place; empty: it is lost. A string, because a few bytes need no memory of their own
+    // there.
+    std::basic_string<std::uint8_t> bytes;
     std::chrono::nanoseconds demora{0};  // how much later it leaves, and all that follows with it
     bool callar = false;                 // neither it nor anything else of this exchange leaves
     bool cortar = false;                 // from here on nothing passes in either direction
