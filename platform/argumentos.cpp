@@ -96,7 +96,7 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
         std::reverse(argumentos.begin(), argumentos.end());
         app_->parse(std::move(argumentos));
     } catch (const CLI::CallForHelp&) {
-        return {Que::terminar, app_->help()};
+        return {Que::terminar, app_->help() + opcionesDeTodas()};
     } catch (const CLI::CallForVersion& version) {
         return {Que::terminar, fmt::format("{}\n", version.what())};
     } catch (const CLI::ParseError& error) {
@@ -104,6 +104,18 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
         return {Que::malUso, fmt::format("{}\n({} --help)", motivo, nombre_)};
     }
     return {};
+}
+
+// The help of one order does not tell the program's own options, which it takes as well.
+std::string Argumentos::opcionesDeTodas() const {
+    if (app_->get_subcommands().empty()) return {};
+    std::string lineas;
+    for (const auto* opcion :
+         app_->get_options([](const CLI::Option* una) { return una->get_items_expected_max() > 0; })) {
+        lineas += fmt::format("También: {} {}  {}\n", opcion->get_name(), opcion->get_type_name(),
+                              opcion->get_description());
+    }
+    return lineas;
 }
 
 // The library's own texts are in English; those of our checks stand behind the option's name.

@@ -66,6 +66,7 @@ class Argumentos {
     LineaLeida leer(std::vector<std::string> argumentos);
 
    private:
+    std::string opcionesDeTodas() const;
     std::string motivoDeUso(int codigo, const std::string& texto) const;
 
     std::string nombre_;

@@ -29,6 +29,7 @@ TEST_F(Ordenes, HelpGoesToTheOutputAndIsNoError) {
         EXPECT_THAT(r.errores, IsEmpty());
     }
     EXPECT_THAT(correr({"descargar", "--help"}).salida, HasSubstr("--verificar"));
+    EXPECT_THAT(correr({"descargar", "--help"}).salida, HasSubstr("También: --com N=DISPOSITIVO"));
 }
 
 TEST_F(Ordenes, HelpNamesEveryCommand) {
