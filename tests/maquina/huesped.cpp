@@ -8,9 +8,13 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <string>
 #include <vector>
 
+#include "data/memoria.h"
+#include "data/pasos_descarga.h"
 #include "link/mscomm.h"
+#include "link/protocolo.h"
 #include "link/puerto_termios.h"
 #include "platform/bucle_posix.h"
 
@@ -115,6 +119,50 @@ class Sesion {
     PuertoTermios puerto_;
 };
 
+// The first blocks of a download on the window's channel, which the driver wakes once for each.
+class Bloques {
+   public:
+    explicit Bloques(const char* dispositivo)
+        : puertos_(bucle_, MapaCom::fijo({std::string("1=") + dispositivo})), canal_(puertos_, tenencia_) {
+        canal_.CommPort(1);
+        canal_.Settings("19200,n,8,1");
+        canal_.RThreshold(1);
+        canal_.alComunicar = [this] { alComunicar(); };
+    }
+
+    void recibir() {
+        std::printf("== bloques\n");
+        constexpr int kCuantos = 60;
+        canal_.PortOpen(true);
+        canal_.Output(kApertura);
+        decir("todos", bucle_.correrHasta([&] { return bloques_ == kCuantos || fallo_; }, 20s) ? 1 : 0);
+        decir("fallo", fallo_ ? 1 : 0);
+        canal_.PortOpen(false);
+    }
+
+   private:
+    void alComunicar() {
+        if (canal_.CommEvent() != suceso::kRecibido) return;
+        const auto paso = pasoDescarga(++contador_, kUltimoBloque, canal_.InputByte());
+        if (paso.respuesta) canal_.Output(*paso.respuesta);
+        if (paso.hito == HitoDescarga::comienzo) canal_.RThreshold(kBytesBloque);
+        fallo_ = fallo_ || paso.hito == HitoDescarga::error;
+        if (paso.hito != HitoDescarga::bloque) return;
+        for (std::size_t i = 1; i < kBytesBloque; ++i) canal_.InputByte();
+        fallo_ = fallo_ || canal_.InBufferCount() > 0;
+        ++bloques_;
+        canal_.Output(kApertura);
+    }
+
+    BuclePosix bucle_;
+    PuertosSistema puertos_;
+    Tenencia tenencia_;
+    MSComm canal_;
+    std::int32_t contador_ = 0;
+    int bloques_ = 0;
+    bool fallo_ = false;
+};
+
 }  // namespace
 }  // namespace telvane
 
@@ -132,6 +180,7 @@ int main(int argc, char** argv) {
         }
         std::printf("== cerrado\n");
         decir("baja latencia", mirilla.bajaLatencia() ? 1 : 0);
+        Bloques(argv[1]).recibir();
         return 0;
     } catch (const std::exception& error) {
         std::printf("error: %s\n", error.what());

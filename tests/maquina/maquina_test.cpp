@@ -46,7 +46,7 @@ TEST_F(EnUnPuerto16550, TheConsoleToolDoesItsWholeJob) {
     if (HasFailure()) std::fputs(dicho.c_str(), stderr);
 }
 
-TEST_F(EnUnPuerto16550, TheDriverTellsItsLinesItsCountsAndABreak) {
+TEST_F(EnUnPuerto16550, TheDriverTellsItsLinesItsCountsABreakAndWholeBlocks) {
     const RegistradorSimulado registrador("19200");
     const Puente puente(registrador.enlace(), linea_);
     MaquinaVirtual maquina({HUESPED}, {"huesped /dev/ttyS1"}, linea_);
@@ -73,7 +73,10 @@ TEST_F(EnUnPuerto16550, TheDriverTellsItsLinesItsCountsAndABreak) {
                                  "suceso=1001\n"
                                  "bytes=0\n"
                                  "== cerrado\n"
-                                 "baja latencia=0\n"));
+                                 "baja latencia=0\n"
+                                 "== bloques\n"
+                                 "todos=1\n"
+                                 "fallo=0\n"));
 }
 
 }  // namespace
