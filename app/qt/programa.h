@@ -4,10 +4,10 @@
 #include <string>
 
 #include "app/inicio.h"
+#include "app/opciones.h"
 #include "app/qt/aplicacion.h"
 #include "app/qt/bucle_qt.h"
 #include "app/qt/dialogos_qt.h"
-#include "app/qt/opciones.h"
 #include "app/qt/senales.h"
 #include "link/puerto_termios.h"
 #include "platform/reloj.h"
