@@ -13,10 +13,13 @@ namespace telvane {
 
 class RegistradorSimulado {
    public:
-    // Ready to answer once constructed; unpaced. Throws std::runtime_error when it does not start.
-    RegistradorSimulado();
+    // Ready to answer once constructed. Throws std::runtime_error when it does not start.
+    explicit RegistradorSimulado(const std::vector<std::string>& opciones = kSinPausa);
+    static inline const std::vector<std::string> kSinPausa = {"--baudios", "0"};
     // Its memory as it is kept in a file.
     std::string memoria() const;
+    // Where its port is linked.
+    const std::filesystem::path& enlace() const { return enlace_; }
     // The value of --com that makes it COM1.
     std::string com() const { return "1=" + enlace_.string(); }
 
