@@ -206,12 +206,11 @@ TEST_F(ArchivosDeLaConsola, ASignalDuringASlowSaveEndsTheProgramAfterIt) {
     poner(tabla, "viejo");
     poner(base, "viejo");
     const auto lento = [&](std::vector<std::string> orden) {
-        const auto por = conDemora("fsync", std::chrono::milliseconds(1000));
+        const auto por = conDemora("fsync", std::chrono::milliseconds(1500));
         orden.insert(orden.begin(), por.begin(), por.end());
         return std::make_unique<Proceso>(orden);
     };
     const auto convertir = lento({TELVANE_CLI, "convertir", memoria_.string(), tabla.string()});
-    const auto descarga = lento(descargar(base));
     ASSERT_TRUE(esperarA([&] {
         const auto todos = nombres();
         const auto temporal = [](const auto& uno) { return uno.starts_with(".a.csv."); };
@@ -220,6 +219,7 @@ TEST_F(ArchivosDeLaConsola, ASignalDuringASlowSaveEndsTheProgramAfterIt) {
     convertir->senal(SIGTERM);
     EXPECT_EQ(convertir->terminar(), 0) << convertir->errores();
     EXPECT_GT(fs::file_size(tabla), 100'000U);
+    const auto descarga = lento(descargar(base));
     ASSERT_TRUE(esperarA([&] {
         std::error_code todavia;
         return fs::file_size(carpeta_ / "a.rgt.parcial", todavia) == kBytesArchivoBase && !todavia;
