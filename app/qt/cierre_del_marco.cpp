@@ -13,8 +13,9 @@ namespace telvane {
 
 namespace {
 
+// Answers of the server are the C library's to free.
 struct Soltar {
-    void operator()(void* respuesta) const { std::free(respuesta); }
+    void operator()(void* respuesta) const { std::free(respuesta); }  // NOLINT(*-no-malloc)
 };
 
 xcb_intern_atom_cookie_t pedirAtomo(xcb_connection_t* servidor, std::string_view nombre) {
