@@ -1,6 +1,6 @@
 // telvane up to its first frame.
+#include "app/opciones.h"
 #include "app/qt/aplicacion.h"
-#include "app/qt/opciones.h"
 #include "app/qt/programa.h"
 #include "bench/primer_cuadro.h"
 

@@ -15,8 +15,8 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include "app/opciones.h"
 #include "app/qt/aplicacion.h"
-#include "app/qt/opciones.h"
 #include "app/qt/programa.h"
 #include "bench/ajustes.h"
 

@@ -1,10 +1,14 @@
 #include "cli/consola.h"
 
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <climits>
+#include <cstdint>
 
 #include <fmt/format.h>
 
@@ -18,20 +22,14 @@ namespace {
 // Back to the line's start, and what stands there erased.
 constexpr std::string_view kBorrarLinea = "\r\x1b[K";
 
-// 0, or the reason why not everything could be written.
-int escribirTodo(int descriptor, std::string_view texto) {
-    while (!texto.empty()) {
-        const auto n = ::write(descriptor, texto.data(), texto.size());
-        if (n >= 0) {
-            texto.remove_prefix(static_cast<std::size_t>(n));
-        } else if (errno == EAGAIN) {
-            pollfd espera{descriptor, POLLOUT, 0};
-            ::poll(&espera, 1, -1);
-        } else if (errno != EINTR) {
-            return errno;
-        }
-    }
-    return 0;
+// How soon a signal ends the wait for a reader who takes nothing.
+constexpr int kVistazoMs = 100;
+
+// How much a descriptor that is ready takes without making its writer wait.
+std::size_t trozoDe(int descriptor) {
+    struct stat datos {};
+    const bool archivo = ::fstat(descriptor, &datos) == 0 && S_ISREG(datos.st_mode);
+    return archivo ? SIZE_MAX : std::size_t{PIPE_BUF};
 }
 
 }  // namespace
@@ -42,9 +40,36 @@ Consola::~Consola() {
     progreso("");
 }
 
+// Until the descriptor takes bytes, or refuses them; false once a signal came meanwhile. Worker threads wait
+// here as well, so the loop is not run.
+bool Consola::esperarSalida(int descriptor) const {
+    pollfd salida{descriptor, POLLOUT, 0};
+    // One that was closed at the start never becomes ready.
+    while (descriptor >= 0 && ::poll(&salida, 1, kVistazoMs) == 0) {
+        if (entorno_.senal != 0 || entorno_.senalEnEspera()) return false;
+    }
+    return true;
+}
+
+// 0, or the reason why not everything could be written: EINTR after a signal.
+int Consola::escribirTodo(int descriptor, std::string_view texto) const {
+    const auto trozo = trozoDe(descriptor);
+    while (!texto.empty()) {
+        if (!esperarSalida(descriptor)) return EINTR;
+        const auto n = ::write(descriptor, texto.data(), std::min(texto.size(), trozo));
+        if (n >= 0) {
+            texto.remove_prefix(static_cast<std::size_t>(n));
+        } else if (errno != EAGAIN && errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
 void Consola::resultado(std::string_view texto) {
     progreso("");
     if (const int motivo = escribirTodo(entorno_.salida, texto)) {
+        if (motivo == EINTR) interrumpir();
         throw ErrorCli(CodigoSalida::fallo,
                        fmt::format("no se pudo escribir en la salida: {}", motivoSistema(motivo)));
     }

@@ -18,7 +18,8 @@ class Consola {
     Consola& operator=(const Consola&) = delete;
     ~Consola();
 
-    // Results: at once, as they stand. Throws ErrorCli (fallo) when nobody takes them.
+    // Results: at once, as they stand. Throws ErrorCli: fallo when nobody takes them any more, interrumpido
+    // on a signal while whoever takes them is slow.
     void resultado(std::string_view texto);
     // One line of talk on standard error, over the progress line. Failures to write it are nobody's business.
     void aviso(std::string_view linea);
@@ -33,6 +34,8 @@ class Consola {
 
    private:
     void esperarEntrada();
+    bool esperarSalida(int descriptor) const;
+    int escribirTodo(int descriptor, std::string_view texto) const;
 
     EntornoCli& entorno_;
     bool hayTerminal_;

@@ -4,8 +4,12 @@
 
 namespace telvane {
 
+void interrumpir() {
+    throw ErrorCli(CodigoSalida::interrumpido, "interrumpido");
+}
+
 void atenderSenal(const EntornoCli& entorno) {
-    if (entorno.senal != 0) throw ErrorCli(CodigoSalida::interrumpido, "interrumpido");
+    if (entorno.senal != 0) interrumpir();
 }
 
 bool esperar(EntornoCli& entorno, const EntornoCli::Condicion& condicion, Bucle::Duracion plazo) {

@@ -34,9 +34,13 @@ struct EntornoCli {
 
     // The signal that asked the program to end; 0: none. Every wait looks at it.
     std::atomic<int> senal = 0;
+    // Whether one came that the loop has not delivered yet; asked from any thread.
+    std::function<bool()> senalEnEspera = [] { return false; };
 };
 
-// Throws ErrorCli (interrumpido) once a signal came.
+// Throws ErrorCli (interrumpido).
+[[noreturn]] void interrumpir();
+// The same once a signal came.
 void atenderSenal(const EntornoCli& entorno);
 // Waits until the condition holds (true) or the time is over. Throws ErrorCli (interrumpido).
 bool esperar(EntornoCli& entorno, const EntornoCli::Condicion& condicion, Bucle::Duracion plazo);

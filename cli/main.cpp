@@ -45,5 +45,6 @@ int main(int argc, char** argv) {
         .errores = errores,
         .inhibidor = &inhibidor};
     const Senales senales(bucle, {SIGINT, SIGTERM, SIGHUP}, [&](int senal) { entorno.senal = senal; });
+    entorno.senalEnEspera = [&] { return senales.enEspera(); };
     return correrCli(std::vector<std::string>(argv + (argc > 0), argv + argc), entorno);
 }

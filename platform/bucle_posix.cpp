@@ -205,6 +205,11 @@ Senales::~Senales() {
     pthread_sigmask(SIG_SETMASK, &anterior_, nullptr);
 }
 
+bool Senales::enEspera() const {
+    pollfd sondeo{descriptor_, POLLIN, 0};
+    return ::poll(&sondeo, 1, 0) > 0;
+}
+
 void Senales::leer() {
     signalfd_siginfo datos;
     if (::read(descriptor_, &datos, sizeof datos) != static_cast<ssize_t>(sizeof datos)) return;

@@ -62,6 +62,9 @@ class Senales {
     Senales& operator=(const Senales&) = delete;
     ~Senales();
 
+    // Whether a signal came that the loop has not delivered yet. From any thread.
+    bool enEspera() const;
+
    private:
     void leer();
 

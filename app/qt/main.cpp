@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "app/opciones.h"
 #include "app/qt/aplicacion.h"
-#include "app/qt/opciones.h"
 #include "app/qt/programa.h"
 
 int main(int argc, char** argv) {

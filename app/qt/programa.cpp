@@ -39,7 +39,7 @@ Programa::Programa(Aplicacion& aplicacion, const Opciones& opciones)
           [this](std::function<void()> accion) { ventana_.trasPrimerCuadro(std::move(accion)); }),
       coef_(inicio_.coef,
             [this] { return std::make_unique<VentanaCoef>(inicio_.coef, usuario(), &ventana_); }),
-      senales_([] { Aplicacion::exit(0); }) {
+      senales_([this] { Aplicacion::exit(estadoFinal(0)); }) {
     dialogos_.ventana(&ventana_);
     aplicacion_.alFallar([this](const std::string& que) { informar(que); });
 }
@@ -55,7 +55,7 @@ Entorno Programa::entorno(const Opciones& opciones) {
             .dialogos = dialogos_,
             .registro = registro_,
             // Descriptors are closed and locks let go of by the system; nothing of ours runs any more.
-            .terminar = [](int estado) { std::_Exit(estado); },
+            .terminar = [this](int estado) { std::_Exit(estadoFinal(estado)); },
             .informeDeFallo = [this](const std::string& que) { informar(que); },
             .perfil = opciones.perfil,
             .carpetaBase = carpetaDeDatos(),
@@ -68,6 +68,11 @@ Usuario Programa::usuario() {
         .cambiar = [this](Control& control, const std::string& texto) { inicio_.cambiar(control, texto); },
         .salirDe = [this](Control& control) { inicio_.salirDe(control); },
         .teclear = [this](Control& control, int tecla) { return inicio_.teclear(control, tecla); }};
+}
+
+// An end that somebody asks for while the report of a failure stands on the screen does not hide the failure.
+int Programa::estadoFinal(int pedido) const {
+    return fallando_ ? kFallo : pedido;
 }
 
 // The state of the operations is unknown from here on: none of them goes on behind the box.

@@ -4,10 +4,11 @@
 #include <string>
 
 #include "app/inicio.h"
+#include "app/opciones.h"
 #include "app/qt/aplicacion.h"
 #include "app/qt/bucle_qt.h"
+#include "app/qt/cierre_del_marco.h"
 #include "app/qt/dialogos_qt.h"
-#include "app/qt/opciones.h"
 #include "app/qt/senales.h"
 #include "link/puerto_termios.h"
 #include "platform/reloj.h"
@@ -31,6 +32,7 @@ class Programa {
    private:
     Entorno entorno(const Opciones& opciones);
     Usuario usuario();
+    int estadoFinal(int pedido) const;
     // Tells what nobody expected, in one box; the process ends with it.
     void informar(const std::string& que);
 
@@ -43,6 +45,7 @@ class Programa {
     InhibidorLogind inhibidor_{"Telvane"};
     Inicio inicio_;
     VentanaInicio ventana_;
+    CierreDelMarco cierre_{ventana_};
     Aparicion progress_;
     Aparicion presenta_;
     Aparicion coef_;

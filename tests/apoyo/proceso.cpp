@@ -152,12 +152,16 @@ std::optional<int> Proceso::terminar(Plazo plazo) {
 }
 
 bool esperarA(const std::function<bool()>& condicion, std::chrono::milliseconds plazo) {
+    constexpr Reloj::duration kPausa = std::chrono::milliseconds(5);
     const auto fin = Reloj::now() + plazo;
-    while (!condicion()) {
-        if (Reloj::now() > fin) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    while (true) {
+        const auto antes = Reloj::now();
+        if (condicion()) return true;
+        const auto ahora = Reloj::now();
+        if (ahora > fin) return false;
+        // Looking may be work for both sides: at most half of the time goes into it.
+        std::this_thread::sleep_for(std::max(kPausa, ahora - antes));
     }
-    return true;
 }
 
 }  // namespace telvane

@@ -80,8 +80,8 @@ struct Resultado {
 
 class CliPrueba : public testing::Test {
    protected:
-    // COM3 has a logger with a year of samples.
-    CliPrueba() : puertos(bucle, bucle.reloj()) {
+    // COM3 has a logger with a year of samples. baudios: 0 for answers at once.
+    explicit CliPrueba(int baudios = 0) : puertos(bucle, bucle.reloj(), baudios) {
         MaquinaRegistrador maquina(memoriaSimulada(Clima(7)), Clima(7));
         maquina.ponerReloj(bucle.reloj().ahora(), bucle.reloj().monotono());
         puertos.conectar(kPuerto, maquina);

@@ -1,10 +1,17 @@
 // The built program on a real pty: what only a process of its own can show.
+#include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <system_error>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,6 +19,7 @@
 #include "apoyo/carpeta_temporal.h"
 #include "apoyo/proceso.h"
 #include "link/protocolo.h"
+#include "simulator/memoria_simulada.h"
 
 namespace telvane {
 namespace {
@@ -31,6 +39,17 @@ class Programa : public testing::Test {
     std::vector<std::string> orden(std::vector<std::string> argumentos) const {
         argumentos.insert(argumentos.begin(), {TELVANE_CLI, "--com", "1=" + (carpeta / "COM1").string()});
         return argumentos;
+    }
+    // Once the tool has its descriptor of signals, none of them is lost.
+    static bool atiendeSenales(const Proceso& proceso) {
+        return esperarA([&] {
+            std::error_code error;
+            for (const auto& fd :
+                 fs::directory_iterator(fs::path("/proc") / std::to_string(proceso.pid()) / "fd", error)) {
+                if (fs::read_symlink(fd, error).string().find("signalfd") != std::string::npos) return true;
+            }
+            return false;
+        });
     }
     // The exit status of the tool run by a shell, its arguments behind "$@".
     int porShell(const std::string& guion, const std::vector<std::string>& argumentos) {
@@ -98,19 +117,95 @@ TEST_F(Programa, WhileItWaitsForItsInputASignalEndsIt) {
     ASSERT_EQ(::pipe(tubo), 0);
     Proceso proceso({"/bin/sh", "-c", "exec \"$@\" <&" + std::to_string(tubo[0]), "sh", TELVANE_CLI,
                      "convertir", "-", (carpeta / "a.csv").string()});
-    // Nothing comes through the pipe. Once the tool has its descriptor of signals, none of them is lost.
-    ASSERT_TRUE(esperarA([&] {
-        std::error_code error;
-        for (const auto& fd :
-             fs::directory_iterator(fs::path("/proc") / std::to_string(proceso.pid()) / "fd", error)) {
-            if (fs::read_symlink(fd, error).string().find("signalfd") != std::string::npos) return true;
-        }
-        return false;
-    }));
+    // Nothing comes through the pipe.
+    ASSERT_TRUE(atiendeSenales(proceso));
     proceso.senal(SIGINT);
     EXPECT_EQ(proceso.terminar(), 130);
     ::close(tubo[0]);
     ::close(tubo[1]);
+}
+
+// A pipe holds less than the table, and nobody reads it.
+TEST_F(Programa, WhileItsReaderTakesNothingASignalEndsIt) {
+    const auto imagen = memoriaSimulada(Clima(7));
+    std::ofstream(carpeta / "a.rgt", std::ios::binary)
+        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    int tubo[2];
+    ASSERT_EQ(::pipe(tubo), 0);
+    Proceso proceso({"/bin/sh", "-c", "exec \"$@\" >&" + std::to_string(tubo[1]), "sh", TELVANE_CLI,
+                     "convertir", carpeta / "a.rgt", "-"});
+    ASSERT_TRUE(atiendeSenales(proceso));
+    proceso.senal(SIGTERM);
+    EXPECT_EQ(proceso.terminar(), 130);
+    EXPECT_THAT(proceso.errores(), HasSubstr("interrumpido"));
+    ::close(tubo[0]);
+    ::close(tubo[1]);
+}
+
+// A terminal of the tool's own, whose window the user closes.
+class EnTerminal : public Programa {
+   protected:
+    EnTerminal() : maestro(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+        if (maestro < 0 || ::grantpt(maestro) != 0 || ::unlockpt(maestro) != 0)
+            throw std::system_error(errno, std::generic_category(), "pty");
+    }
+    ~EnTerminal() override { cerrar(); }
+    void cerrar() {
+        if (maestro >= 0) ::close(std::exchange(maestro, -1));
+    }
+    std::unique_ptr<Proceso> correr(const std::vector<std::string>& argumentos) {
+        const std::string terminal = ::ptsname(maestro);
+        std::vector<std::string> todo = {"/bin/sh", "-c", "t=$1; shift; exec setsid -c \"$@\" <$t >$t 2>$t",
+                                         "sh", terminal};
+        const auto propia = orden(argumentos);
+        todo.insert(todo.end(), propia.begin(), propia.end());
+        return std::make_unique<Proceso>(todo);
+    }
+    // What the user sees, up to this text.
+    bool leerHasta(const std::string& texto) {
+        while (visto.find(texto) == std::string::npos) {
+            pollfd sondeo{maestro, POLLIN, 0};
+            if (::poll(&sondeo, 1, static_cast<int>(Proceso::kPlazo.count())) <= 0) return false;
+            std::array<char, 4096> trozo;
+            const auto n = ::read(maestro, trozo.data(), trozo.size());
+            if (n <= 0) return false;
+            visto.append(trozo.data(), static_cast<std::size_t>(n));
+        }
+        return true;
+    }
+
+    int maestro;
+    std::string visto;
+};
+
+TEST_F(EnTerminal, AClosedTerminalEndsADownloadAndKeepsWhatCame) {
+    conectar({"--baudios", "19200"});
+    const auto proceso = correr({"descargar", "--base", (carpeta / "a.rgt").string()});
+    ASSERT_TRUE(leerHasta("se descarga la memoria")) << visto;
+    ASSERT_TRUE(esperarA([&] {
+        std::error_code error;
+        const auto bytes = fs::file_size(carpeta / "a.rgt.parcial", error);
+        return !error && bytes > 0;
+    }));
+    cerrar();
+    EXPECT_EQ(proceso->terminar(), 130);
+    EXPECT_EQ(fs::file_size(carpeta / "a.rgt.parcial") % 64, 0U);
+}
+
+TEST_F(EnTerminal, AClosedTerminalEndsTheSearch) {
+    conectar({"--baudios", "0", "--fallo", "sonda:byte=0:silencio"});
+    const auto busqueda = correr({"buscar"});
+    ASSERT_TRUE(leerHasta("Buscando el registrador en COM1")) << visto;
+    cerrar();
+    EXPECT_EQ(busqueda->terminar(), 130);
+}
+
+TEST_F(EnTerminal, AClosedTerminalEndsTheLiveReadings) {
+    conectar();
+    const auto lecturas = correr({"en-linea", "--cada", "60"});
+    ASSERT_TRUE(leerHasta("[RH%]")) << visto;
+    cerrar();
+    EXPECT_EQ(lecturas->terminar(), 130);
 }
 
 TEST_F(Programa, APulledAdapterIsToldAtOnce) {

@@ -31,7 +31,8 @@ Escritorio::Escritorio() {
     // The server chooses a free display and says which.
     pantalla_ = std::make_unique<Proceso>(std::vector<std::string>{
         PROGRAMA_XVFB, "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", "1280x1024x24"});
-    entorno_.push_back("DISPLAY=:" + esperarDireccion(*pantalla_, "Xvfb"));
+    nombrePantalla_ = ":" + esperarDireccion(*pantalla_, "Xvfb");
+    entorno_.push_back("DISPLAY=" + nombrePantalla_);
     sesion_ = std::make_unique<Proceso>(
         std::vector<std::string>{PROGRAMA_DBUS, "--session", "--nofork", "--print-address=1"}, entorno_);
     bus_ = esperarDireccion(*sesion_, "dbus-daemon");

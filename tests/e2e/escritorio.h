@@ -19,6 +19,7 @@ class Escritorio {
     const std::vector<std::string>& entorno() const { return entorno_; }
     // The display goes away under the programs on it.
     void apagarPantalla() { pantalla_.reset(); }
+    const std::string& pantalla() const { return nombrePantalla_; }  // ":1"
     const std::string& bus() const { return bus_; }
     std::filesystem::path carpeta(const std::string& nombre) const { return carpeta_ / nombre; }
 
@@ -27,6 +28,7 @@ class Escritorio {
     std::vector<std::string> entorno_;
     std::unique_ptr<Proceso> pantalla_;
     std::unique_ptr<Proceso> sesion_;
+    std::string nombrePantalla_;
     std::string bus_;
 };
 

@@ -113,7 +113,7 @@ TEST(FallosEnUnPty, ADownloadThatWasStoppedForAWhileStartsAgainByItself) {
     // What passes here is the sleep itself.
     std::this_thread::sleep_for(std::chrono::seconds(3));
     proceso.senal(SIGCONT);
-    EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
+    EXPECT_EQ(proceso.terminar(Proceso::kPlazo * 3), 0) << proceso.errores();
     EXPECT_THAT(proceso.errores(), HasSubstr("Se vuelve a empezar"));
     EXPECT_EQ(fs::file_size(puesto.base()), kBytesArchivoBase);
 }

@@ -3,6 +3,7 @@
 #include <sys/mount.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -196,6 +197,38 @@ TEST_F(ArchivosDeLaConsola, TheCsv) {
     const auto corta = temporal_.ruta() / "corta.rgt";
     poner(corta, contenidoDe(memoria_).substr(0, 6400));
     interrumpir({TELVANE_CLI, "convertir", corta.string(), archivo.string()}, archivo, "viejo");
+}
+
+// The disk takes its time: what is whole already is not thrown away.
+TEST_F(ArchivosDeLaConsola, ASignalDuringASlowSaveEndsTheProgramAfterIt) {
+    const auto tabla = carpeta_ / "a.csv";
+    const auto base = carpeta_ / "a.rgt";
+    poner(tabla, "viejo");
+    poner(base, "viejo");
+    const auto lento = [&](std::vector<std::string> orden) {
+        const auto por = conDemora("fsync", std::chrono::milliseconds(1500));
+        orden.insert(orden.begin(), por.begin(), por.end());
+        return std::make_unique<Proceso>(orden);
+    };
+    const auto convertir = lento({TELVANE_CLI, "convertir", memoria_.string(), tabla.string()});
+    ASSERT_TRUE(esperarA([&] {
+        const auto todos = nombres();
+        const auto temporal = [](const auto& uno) { return uno.starts_with(".a.csv."); };
+        return std::any_of(todos.begin(), todos.end(), temporal);
+    }));
+    convertir->senal(SIGTERM);
+    EXPECT_EQ(convertir->terminar(), 0) << convertir->errores();
+    EXPECT_GT(fs::file_size(tabla), 100'000U);
+    const auto descarga = lento(descargar(base));
+    ASSERT_TRUE(esperarA([&] {
+        std::error_code todavia;
+        return fs::file_size(carpeta_ / "a.rgt.parcial", todavia) == kBytesArchivoBase && !todavia;
+    }));
+    descarga->senal(SIGINT);
+    EXPECT_EQ(descarga->terminar(), 0) << descarga->errores();
+    EXPECT_EQ(contenidoDe(base), contenidoDe(memoria_));
+    EXPECT_THAT(nombres(), testing::UnorderedElementsAre("a.csv", "a.rgt"));
+    corridas_ = 2;
 }
 
 TEST_F(ArchivosDeLaConsola, ADownloadThatCannotBeFlushedKeepsTheOldBaseFileAndWhatCame) {

@@ -36,6 +36,13 @@ std::string porQueNoSeTraza() {
     return proceso.terminar() == 0 ? "" : "tracing is not permitted here: " + proceso.errores();
 }
 
+std::vector<std::string> conDemora(const std::string& llamada, std::chrono::milliseconds cuanto) {
+    const auto inyeccion =
+        "inject=" + llamada + ":delay_enter=" + std::to_string(cuanto.count()) + "000:when=1";
+    return {kTrazador, "-D",      "-f", "--seccomp-bpf", "-o", "/dev/null", "-e", "trace=" + llamada,
+            "-e",      inyeccion, "--"};
+}
+
 std::vector<LlamadaAlSistema> trazar(const std::vector<std::string>& orden, const std::string& desde,
                                      const std::vector<std::string>& entorno) {
     const CarpetaTemporal carpeta;

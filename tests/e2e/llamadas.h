@@ -2,6 +2,7 @@
 // last.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -22,6 +23,10 @@ struct FinDePrograma {
 
 // Empty when programs can be traced here, otherwise why not.
 std::string porQueNoSeTraza();
+
+// What runs a program whose first call of this name begins so much later. The tracer is not its parent:
+// signals and exit status are the program's own.
+std::vector<std::string> conDemora(const std::string& llamada, std::chrono::milliseconds cuanto);
 
 // Runs the program to its end and tells its calls from the first one on whose text holds this, and how it
 // ended.

@@ -55,7 +55,7 @@ bool cerrarPorElMarco(const std::string& pantalla, const std::string& cual) {
         xcb_query_tree_reply(x.get(), xcb_query_tree(x.get(), raiz), nullptr));
     if (!arbol) return false;
     const auto* hijas = xcb_query_tree_children(arbol.get());
-    for (int i = 0; i < xcb_query_tree_children_length(arbol.get()); ++i) {
+    for (int i = xcb_query_tree_children_length(arbol.get()); i-- > 0;) {
         if (titulo(x.get(), hijas[i], nombre) != cual) continue;
         pedirCierre(x.get(), hijas[i]);
         return true;

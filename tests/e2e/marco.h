@@ -5,7 +5,7 @@
 
 namespace telvane {
 
-// Asks the window with this title, on that display (":1"), to close. False: there is none yet.
+// Asks the topmost window with this title, on that display (":1"), to close. False: there is none yet.
 bool cerrarPorElMarco(const std::string& pantalla, const std::string& titulo);
 
 }  // namespace telvane

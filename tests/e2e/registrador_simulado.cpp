@@ -6,9 +6,12 @@
 
 namespace telvane {
 
-RegistradorSimulado::RegistradorSimulado(const std::string& baudios) : enlace_(carpeta_ / "COM1") {
-    proceso_ = std::make_unique<Proceso>(std::vector<std::string>{
-        TELVANE_SIM, "--enlace", enlace_.string(), "--baudios", baudios, "--memoria", archivo().string()});
+RegistradorSimulado::RegistradorSimulado(const std::vector<std::string>& opciones)
+    : enlace_(carpeta_ / "COM1") {
+    std::vector<std::string> orden = {TELVANE_SIM, "--enlace", enlace_.string(), "--memoria",
+                                      archivo().string()};
+    orden.insert(orden.end(), opciones.begin(), opciones.end());
+    proceso_ = std::make_unique<Proceso>(orden);
     if (!proceso_->linea()) throw std::runtime_error("telvane-sim: " + proceso_->errores());
 }
 

@@ -21,17 +21,22 @@ inline constexpr const char* kRotulo = "label";
 inline constexpr const char* kCampo = "text";
 
 inline constexpr const char* kDescargar = "Importar datos desde equipo y exportar a excell (csv)";
+inline constexpr const char* kExportar = "Exportar Eventos (.txt) y Base de Datos (.xls)";
 inline constexpr const char* kImportarConfiguracion = "Importar Configuracion";
 
 class VentanaE2e : public ::testing::Test {
    protected:
-    void SetUp() override { arrancar(registrador_.com()); }
+    explicit VentanaE2e(const std::vector<std::string>& registrador = RegistradorSimulado::kSinPausa)
+        : registrador_(registrador) {}
+    void SetUp() override { arrancar(); }
 
     // The desktop's accessibility is up before the program is: it announces itself once.
-    void arrancar(const std::string& com) {
+    // por: a command that runs the program.
+    void arrancar(const std::vector<std::string>& por = {}) {
         accesibilidad_ = std::make_unique<Accesibilidad>(escritorio_.bus());
-        programa_ =
-            std::make_unique<Proceso>(std::vector<std::string>{TELVANE, "--com", com}, escritorio_.entorno());
+        auto orden = por;
+        orden.insert(orden.end(), {TELVANE, "--com", registrador_.com()});
+        programa_ = std::make_unique<Proceso>(orden, escritorio_.entorno());
     }
 
     void TearDown() override {
@@ -60,6 +65,18 @@ class VentanaE2e : public ::testing::Test {
         return ::testing::AssertionSuccess();
     }
 
+    // A label that begins so is on the screen, or has gone from it.
+    ::testing::AssertionResult hay(const std::string& texto, bool siONo = true) {
+        const auto visto = esperarA([&] {
+            const auto rotulo = raiz().buscar([&](const Accesible& uno) {
+                return uno.papel() == kRotulo && empiezaPor(uno.nombre(), texto);
+            });
+            return rotulo.has_value() == siONo;
+        });
+        if (visto) return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure() << (siONo ? "no label " : "still there: ") << texto;
+    }
+
     // The button can be pressed, and is.
     ::testing::AssertionResult pulsar(const std::string& nombre) {
         const auto pulsado = esperarA([&] {
@@ -79,11 +96,15 @@ class VentanaE2e : public ::testing::Test {
         return ::testing::AssertionSuccess();
     }
 
+    std::optional<Accesible> dialogoDeArchivo(const std::string& verbo) const {
+        return raiz().buscar(
+            [&](const Accesible& uno) { return empiezaPor(uno.nombre(), verbo + " archivo"); });
+    }
+
     // The file dialog with this verb is on the screen: gives it this file.
     ::testing::AssertionResult elegir(const std::string& verbo, const std::filesystem::path& ruta) {
         const auto guardado = esperarA([&] {
-            const auto dialogo = raiz().buscar(
-                [&](const Accesible& uno) { return empiezaPor(uno.nombre(), verbo + " archivo"); });
+            const auto dialogo = dialogoDeArchivo(verbo);
             const auto campo = dialogo ? dialogo->buscar(kCampo, "Nombre:") : std::nullopt;
             const auto boton = dialogo ? dialogo->buscar(kBoton, verbo) : std::nullopt;
             return campo && boton && campo->escribir(ruta.string()) && boton->pulsar();

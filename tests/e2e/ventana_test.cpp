@@ -102,7 +102,7 @@ TEST_F(VentanaE2e, aKeptBaseFileGivesTheSamplesOfItsDownload) {
     ASSERT_TRUE(pulsar("Abrir Archivo Base (.rgt)"));
     ASSERT_TRUE(elegir("Abrir", archivosBase().front()));
     ASSERT_TRUE(responder("El archivo se proceso con exito", "Aceptar"));
-    ASSERT_TRUE(pulsar("Exportar Eventos (.txt) y Base de Datos (.xls)"));
+    ASSERT_TRUE(pulsar(kExportar));
     const auto planilla = escritorio_.carpeta("casa") / "datos.xls";
     ASSERT_TRUE(elegir("Guardar", planilla));
     ASSERT_TRUE(esperarA([&] { return std::filesystem::exists(planilla); }));

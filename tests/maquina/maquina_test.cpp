@@ -28,7 +28,7 @@ class EnUnPuerto16550 : public ::testing::Test {
 };
 
 TEST_F(EnUnPuerto16550, TheConsoleToolDoesItsWholeJob) {
-    const RegistradorSimulado registrador("0");
+    const RegistradorSimulado registrador;
     const Puente puente(registrador.enlace(), linea_);
     MaquinaVirtual maquina(
         {TELVANE_CLI},
@@ -47,7 +47,7 @@ TEST_F(EnUnPuerto16550, TheConsoleToolDoesItsWholeJob) {
 }
 
 TEST_F(EnUnPuerto16550, TheDriverTellsItsLinesItsCountsABreakAndWholeBlocks) {
-    const RegistradorSimulado registrador("19200");
+    const RegistradorSimulado registrador({"--baudios", "19200"});
     const Puente puente(registrador.enlace(), linea_);
     MaquinaVirtual maquina({HUESPED}, {"huesped /dev/ttyS1"}, linea_);
     std::string dicho;

@@ -1,4 +1,4 @@
-#include "app/qt/opciones.h"
+#include "app/opciones.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
 // The command line of telvane.
-#include "app/qt/opciones.h"
+#include "app/opciones.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
