@@ -264,6 +264,7 @@ void VentanaInicio::mostrarConexion() const {
     auto* boton = static_cast<QPushButton*>(widget(forma_.Command1));
     boton->setFlat(!forma_.Command1.enabled());
     QPalette colores;
+    colores.setResolveMask(0);
     for (const auto papel : {QPalette::ButtonText, QPalette::WindowText}) {
         colores.setColor(QPalette::Disabled, papel, colores.color(QPalette::Active, QPalette::WindowText));
     }
