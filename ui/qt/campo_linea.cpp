@@ -17,6 +17,7 @@ constexpr int kMargenTexto = 6;
 int codigoDe(const QKeyEvent& tecla) {
     if (tecla.key() == Qt::Key_Return || tecla.key() == Qt::Key_Enter) return kTeclaIntro;
     if (tecla.key() == Qt::Key_Backspace) return kTeclaRetroceso;
+    if (tecla.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return 0;
     const auto texto = tecla.text();
     return texto.isEmpty() || !texto.front().isPrint() ? 0 : texto.front().unicode();
 }
@@ -85,11 +86,11 @@ void CampoLinea::changeEvent(QEvent* suceso) {
 void CampoLinea::colorear() {
     if (coloreando_) return;
     coloreando_ = true;
-    setPalette(QPalette());
+    QPalette propios;
+    propios.setResolveMask(0);
+    setPalette(propios);
     if (isReadOnly()) {
-        auto colores = palette();
-        QPalette propios;
-        propios.setResolveMask(0);
+        const auto colores = palette();
         for (const auto grupo : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
             propios.setColor(grupo, QPalette::Base, colores.color(grupo, QPalette::Window));
         }
