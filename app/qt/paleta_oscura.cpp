@@ -9,22 +9,23 @@ namespace {
 
 using Rol = QPalette::ColorRole;
 
-// The style draws a button's face lighter than its colour: the colour leaves room for that.
+// The style draws a button's face lighter than its colour: the colour leaves room for that. And it draws
+// frames darker than the window: a field is seen by its lighter ground.
 constexpr std::array<std::pair<Rol, QRgb>, 20> kColores{{
     {QPalette::Window, 0xff2b2d30},
     {QPalette::WindowText, 0xffececec},
-    {QPalette::Base, 0xff1f2123},
-    {QPalette::AlternateBase, 0xff26282b},
+    {QPalette::Base, 0xff3d4045},
+    {QPalette::AlternateBase, 0xff373a3f},
     {QPalette::Text, 0xffececec},
-    {QPalette::PlaceholderText, 0xffa9acb0},
+    {QPalette::PlaceholderText, 0xffd6d9dc},
     {QPalette::Button, 0xff2f3134},
     {QPalette::ButtonText, 0xfff0f0f0},
     {QPalette::BrightText, 0xffffa0a0},
-    {QPalette::ToolTipBase, 0xff3a3d41},
+    {QPalette::ToolTipBase, 0xff3d4045},
     {QPalette::ToolTipText, 0xfff0f0f0},
     {QPalette::Highlight, 0xff86b3ec},
     {QPalette::HighlightedText, 0xff10151c},
-    {QPalette::Link, 0xffa2c6ff},
+    {QPalette::Link, 0xffc6dcff},
     {QPalette::LinkVisited, 0xffd3baff},
     {QPalette::Light, 0xff4a4d52},
     {QPalette::Midlight, 0xff3c3f43},

@@ -69,6 +69,15 @@ void CampoLinea::keyPressEvent(QKeyEvent* suceso) {
     QLineEdit::keyPressEvent(suceso);
 }
 
+// What can only be read is not marked as if the next key would replace it.
+void CampoLinea::focusInEvent(QFocusEvent* suceso) {
+    QLineEdit::focusInEvent(suceso);
+    if (isReadOnly() && suceso->reason() != Qt::MouseFocusReason) {
+        deselect();
+        home(false);
+    }
+}
+
 void CampoLinea::focusOutEvent(QFocusEvent* suceso) {
     QLineEdit::focusOutEvent(suceso);
     const auto motivo = suceso->reason();
