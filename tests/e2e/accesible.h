@@ -49,6 +49,7 @@ class Accesible {
     bool enfocar() const;
     bool enfocado() const { return estado(kEnfocado); }
     bool enfocable() const { return estado(kEnfocable); }
+    bool soloLectura() const { return estado(kSoloLectura); }
 
     using Prueba = std::function<bool(const Accesible&)>;
     // The first below this one, in the order of the tree, that is on the screen and passes.
@@ -62,6 +63,7 @@ class Accesible {
     static constexpr unsigned kEnfocable = 11;
     static constexpr unsigned kSensible = 24;
     static constexpr unsigned kALaVista = 25;
+    static constexpr unsigned kSoloLectura = 43;
 
     bool estado(unsigned bit) const;
     QVariant propiedad(const QString& interfaz, const QString& cual) const;
