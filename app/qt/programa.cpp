@@ -27,6 +27,7 @@ std::filesystem::path rutaRegional() {
 
 Programa::Programa(Aplicacion& aplicacion, const Opciones& opciones)
     : aplicacion_(aplicacion),
+      colores_(QDBusConnection::sessionBus()),
       puertos_(bucle_, MapaCom::deOpciones(opciones.com)),
       registro_(rutaRegional()),
       dialogos_(bucle_),

@@ -8,6 +8,7 @@
 #include "app/qt/aplicacion.h"
 #include "app/qt/bucle_qt.h"
 #include "app/qt/cierre_del_marco.h"
+#include "app/qt/colores_escritorio.h"
 #include "app/qt/dialogos_qt.h"
 #include "app/qt/senales.h"
 #include "link/puerto_termios.h"
@@ -37,6 +38,8 @@ class Programa {
     void informar(const std::string& que);
 
     Aplicacion& aplicacion_;
+    // Asked first, so that the answer is there as early as it can be.
+    ColoresDelEscritorio colores_;
     RelojSistema reloj_;
     BucleQt bucle_;
     PuertosSistema puertos_;

@@ -14,11 +14,6 @@ bool esFuente(const std::filesystem::path& ruta) {
     return ruta.extension() == ".h" || ruta.extension() == ".cpp";
 }
 
-std::string contenido(const std::filesystem::path& ruta) {
-    std::ifstream entrada(ruta, std::ios::binary);
-    return {std::istreambuf_iterator<char>(entrada), {}};
-}
-
 bool esArbolDeConstruccion(const std::filesystem::path& carpeta) {
     return carpeta.filename() == "build" || std::filesystem::exists(carpeta / "CMakeCache.txt");
 }
@@ -59,6 +54,11 @@ class BuscadorDeCiclos {
 
 }  // namespace
 
+std::string leerArchivo(const std::filesystem::path& ruta) {
+    std::ifstream entrada(ruta, std::ios::binary);
+    return {std::istreambuf_iterator<char>(entrada), {}};
+}
+
 Inclusiones leerInclusiones(std::string_view texto) {
     static const std::regex kInclusion(R"(^[ \t]*#[ \t]*include[ \t]*["<]([^">]+)[">])");
     Inclusiones inclusiones;
@@ -76,7 +76,7 @@ Grafo leerFuentes(const std::filesystem::path& raiz, const std::set<std::string>
         for (const auto& entrada : std::filesystem::recursive_directory_iterator(raiz / carpeta))
             if (entrada.is_regular_file() && esFuente(entrada.path()))
                 grafo[entrada.path().lexically_relative(raiz).generic_string()] =
-                    leerInclusiones(contenido(entrada.path()));
+                    leerInclusiones(leerArchivo(entrada.path()));
     return grafo;
 }
 

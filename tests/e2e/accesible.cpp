@@ -48,8 +48,20 @@ QVariant primero(const QDBusMessage& respuesta) {
     return vale ? respuesta.arguments().constFirst() : QVariant();
 }
 
+QDBusConnection busDeAccesibilidad(const std::string& sesion) {
+    qDBusRegisterMetaType<Direccion>();
+    qDBusRegisterMetaType<QList<Direccion>>();
+    qDBusRegisterMetaType<QList<quint32>>();
+    const auto bus = conectarAlBus(QString::fromStdString(sesion));
+    const auto direccion = primero(pedir(bus, QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                                         QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
+    return conectarAlBus(direccion.toString());
+}
+
+}  // namespace
+
 // A name for a connection is taken once in the life of a process.
-QDBusConnection conectar(const QString& direccion) {
+QDBusConnection conectarAlBus(const QString& direccion) {
     static int conexiones = 0;
     const auto nombre = QStringLiteral("telvane-%1").arg(++conexiones);
     auto bus = QDBusConnection::connectToBus(direccion, nombre);
@@ -57,23 +69,15 @@ QDBusConnection conectar(const QString& direccion) {
     return bus;
 }
 
-QDBusConnection busDeAccesibilidad(const std::string& sesion) {
-    qDBusRegisterMetaType<Direccion>();
-    qDBusRegisterMetaType<QList<Direccion>>();
-    qDBusRegisterMetaType<QList<quint32>>();
-    const auto bus = conectar(QString::fromStdString(sesion));
-    const auto direccion = primero(pedir(bus, QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                                         QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
-    return conectar(direccion.toString());
+QVariant Accesible::propiedad(const QString& interfaz, const QString& cual) const {
+    return primero(pedir(bus_, servicio_, ruta_, QStringLiteral("org.freedesktop.DBus.Properties"),
+                         QStringLiteral("Get"), {interfaz, cual}))
+        .value<QDBusVariant>()
+        .variant();
 }
 
-}  // namespace
-
 std::string Accesible::nombre() const {
-    const auto valor =
-        primero(pedir(bus_, servicio_, ruta_, QStringLiteral("org.freedesktop.DBus.Properties"),
-                      QStringLiteral("Get"), {kIAccesible, QStringLiteral("Name")}));
-    return valor.value<QDBusVariant>().variant().toString().toStdString();
+    return propiedad(kIAccesible, QStringLiteral("Name")).toString().toStdString();
 }
 
 std::string Accesible::papel() const {
@@ -87,6 +91,30 @@ std::string Accesible::texto() const {
                          QStringLiteral("GetText"), {0, -1}))
         .toString()
         .toStdString();
+}
+
+Lugar Accesible::lugar() const {
+    constexpr uint kEnLaPantalla = 0;
+    const auto respuesta = pedir(bus_, servicio_, ruta_, QStringLiteral("org.a11y.atspi.Component"),
+                                 QStringLiteral("GetExtents"), {kEnLaPantalla});
+    Lugar lugar;
+    if (respuesta.type() != QDBusMessage::ReplyMessage) return lugar;
+    const auto argumento = respuesta.arguments().constFirst().value<QDBusArgument>();
+    argumento.beginStructure();
+    argumento >> lugar.x >> lugar.y >> lugar.ancho >> lugar.alto;
+    argumento.endStructure();
+    return lugar;
+}
+
+std::optional<ValorAccesible> Accesible::valor() const {
+    const auto numero = [this](const char* cual) {
+        return propiedad(QStringLiteral("org.a11y.atspi.Value"), QString::fromLatin1(cual));
+    };
+    const auto actual = numero("CurrentValue");
+    const auto minimo = numero("MinimumValue");
+    const auto maximo = numero("MaximumValue");
+    if (!actual.isValid() || !minimo.isValid() || !maximo.isValid()) return std::nullopt;
+    return ValorAccesible{actual.toDouble(), minimo.toDouble(), maximo.toDouble()};
 }
 
 std::vector<Accesible> Accesible::hijos() const {

@@ -10,8 +10,24 @@
 
 #include <QDBusConnection>
 #include <QString>
+#include <QVariant>
 
 namespace telvane {
+
+// On the screen, in pixels from its upper left corner.
+struct Lugar {
+    int x = 0;
+    int y = 0;
+    int ancho = 0;
+    int alto = 0;
+};
+
+// What a progress bar tells.
+struct ValorAccesible {
+    double actual = 0;
+    double minimo = 0;
+    double maximo = 0;
+};
 
 class Accesible {
    public:
@@ -22,6 +38,9 @@ class Accesible {
     std::string nombre() const;
     std::string papel() const;  // "push button", "text", ...
     std::string texto() const;
+    Lugar lugar() const;
+    // nullopt: it tells none.
+    std::optional<ValorAccesible> valor() const;
     bool habilitado() const { return estado(kSensible); }
     bool visible() const { return estado(kALaVista); }
     std::vector<Accesible> hijos() const;
@@ -29,6 +48,8 @@ class Accesible {
     bool escribir(const std::string& texto) const;
     bool enfocar() const;
     bool enfocado() const { return estado(kEnfocado); }
+    bool enfocable() const { return estado(kEnfocable); }
+    bool soloLectura() const { return estado(kSoloLectura); }
 
     using Prueba = std::function<bool(const Accesible&)>;
     // The first below this one, in the order of the tree, that is on the screen and passes.
@@ -39,15 +60,21 @@ class Accesible {
 
    private:
     static constexpr unsigned kEnfocado = 12;
+    static constexpr unsigned kEnfocable = 11;
     static constexpr unsigned kSensible = 24;
     static constexpr unsigned kALaVista = 25;
+    static constexpr unsigned kSoloLectura = 43;
 
     bool estado(unsigned bit) const;
+    QVariant propiedad(const QString& interfaz, const QString& cual) const;
 
     QDBusConnection bus_;
     QString servicio_;
     QString ruta_;
 };
+
+// A connection of its own to the bus at this address. Throws std::runtime_error.
+QDBusConnection conectarAlBus(const QString& direccion);
 
 // What the accessibility bus of a session knows: its programs.
 class Accesibilidad {

@@ -39,4 +39,11 @@ Escritorio::Escritorio() {
     entorno_.push_back("DBUS_SESSION_BUS_ADDRESS=" + bus_);
 }
 
+std::string Escritorio::variable(const std::string& nombre) const {
+    for (const auto& una : entorno_) {
+        if (una.starts_with(nombre + "=")) return una.substr(nombre.size() + 1);
+    }
+    return "";
+}
+
 }  // namespace telvane

@@ -17,6 +17,8 @@ class Escritorio {
 
     // "NAME=VALUE" for a program that is to run here, with home, settings and data of its own.
     const std::vector<std::string>& entorno() const { return entorno_; }
+    // What one of them holds; empty for a name that is not among them.
+    std::string variable(const std::string& nombre) const;
     // The display goes away under the programs on it.
     void apagarPantalla() { pantalla_.reset(); }
     const std::string& pantalla() const { return nombrePantalla_; }  // ":1"

@@ -140,14 +140,19 @@ class VentanaE2e : public ::testing::Test {
         return ::testing::AssertionFailure() << "no label \"" << rotulo << '"';
     }
 
+    // No window manager gives the window the keyboard here.
+    ::testing::AssertionResult ventanaConTeclado() {
+        return xdotool({"search", "--name", "Telvane de VELTRA", "windowfocus", "--sync", "%1"});
+    }
+
+    ::testing::AssertionResult tecla(const std::string& nombre) {
+        return xdotool({"key", "--clearmodifiers", nombre});
+    }
+
     // Types into a field with the keyboard, in the place of what it holds.
     ::testing::AssertionResult teclear(const std::string& campo, const std::string& texto,
                                        const std::vector<std::string>& despues = {}) {
-        // No window manager gives the window the keyboard here.
-        Proceso teclado(
-            {PROGRAMA_XDOTOOL, "search", "--name", "Telvane de VELTRA", "windowfocus", "--sync", "%1"},
-            escritorio_.entorno());
-        if (teclado.terminar() != 0) return ::testing::AssertionFailure() << teclado.errores();
+        if (auto lista = ventanaConTeclado(); !lista) return lista;
         std::optional<Accesible> cual;
         const auto hallado = esperarA([&] {
             cual = raiz().buscar(kCampo, campo);
@@ -155,16 +160,19 @@ class VentanaE2e : public ::testing::Test {
         });
         const auto enfocado = hallado && cual->enfocar() && esperarA([&] { return cual->enfocado(); });
         if (!enfocado) return ::testing::AssertionFailure() << "no field " << campo;
-        std::vector<std::string> orden = {PROGRAMA_XDOTOOL, "key", "--clearmodifiers", "ctrl+a"};
-        Proceso todo(orden, escritorio_.entorno());
-        if (todo.terminar() != 0) return ::testing::AssertionFailure() << todo.errores();
-        Proceso letras({PROGRAMA_XDOTOOL, "type", "--delay", "5", texto}, escritorio_.entorno());
-        if (letras.terminar() != 0) return ::testing::AssertionFailure() << letras.errores();
-        for (const auto& tecla : despues) {
-            Proceso una({PROGRAMA_XDOTOOL, "key", tecla}, escritorio_.entorno());
-            if (una.terminar() != 0) return ::testing::AssertionFailure() << una.errores();
+        if (auto todo = tecla("ctrl+a"); !todo) return todo;
+        if (auto letras = xdotool({"type", "--delay", "5", texto}); !letras) return letras;
+        for (const auto& nombre : despues) {
+            if (auto una = tecla(nombre); !una) return una;
         }
         return ::testing::AssertionSuccess();
+    }
+
+    ::testing::AssertionResult xdotool(std::vector<std::string> orden) {
+        orden.insert(orden.begin(), PROGRAMA_XDOTOOL);
+        Proceso teclado(orden, escritorio_.entorno());
+        if (teclado.terminar() == 0) return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure() << teclado.errores();
     }
 
     std::vector<std::filesystem::path> archivosBase() const {

@@ -18,6 +18,31 @@
 namespace telvane {
 namespace {
 
+class DescargaE2e : public VentanaE2e {
+   protected:
+    // The bar tells its bounds, and a value that grows up to the last block.
+    ::testing::AssertionResult elProgresoSeOye() const {
+        std::optional<Accesible> barra;
+        const auto esta = esperarA([&] {
+            barra = raiz().buscar([](const Accesible& uno) { return uno.papel() == "progress bar"; });
+            return barra.has_value();
+        });
+        std::vector<ValorAccesible> valores;
+        const auto llega = esta && esperarA([&] {
+                               const auto valor = barra->valor();
+                               if (valor) valores.push_back(*valor);
+                               return valor && valor->actual >= 4096;
+                           });
+        const auto crece = std::ranges::is_sorted(valores, {}, &ValorAccesible::actual);
+        const auto pasos = std::ranges::count_if(valores, [](const ValorAccesible& v) {
+            return v.minimo == 0 && v.maximo == 4098 && v.actual < 4096;
+        });
+        if (llega && crece && pasos > 0) return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure()
+               << "progress: " << valores.size() << " values, " << pasos << " on the way";
+    }
+};
+
 TEST_F(VentanaE2e, aScreenReaderHearsThePrintedLinesAndTheLiveReadings) {
     const Oyente oyente(accesibilidad_->bus());
     conectar();
@@ -27,11 +52,12 @@ TEST_F(VentanaE2e, aScreenReaderHearsThePrintedLinesAndTheLiveReadings) {
     ASSERT_TRUE(pulsar("PARAR"));
 }
 
-TEST_F(VentanaE2e, fromTheFirstQuestionToTheCsv) {
+TEST_F(DescargaE2e, fromTheFirstQuestionToTheCsv) {
     conectar();
     ASSERT_TRUE(contiene("Usuario", "INTA Estacion Experimental"));
 
     ASSERT_TRUE(pulsar(kDescargar));
+    ASSERT_TRUE(elProgresoSeOye());
     ASSERT_TRUE(responder("La descarga de datos se realizó con exito", "Aceptar"));
     const auto tabla = escritorio_.carpeta("casa") / "descarga.CSV";
     ASSERT_TRUE(elegir("Guardar", tabla));
@@ -64,6 +90,11 @@ TEST_F(VentanaE2e, whatIsEditedAndSentIsReadBack) {
     ASSERT_TRUE(habilitado("Enviar configuracion"));
     ASSERT_TRUE(teclear("Usuario", "Ana Perez"));
     ASSERT_TRUE(teclear("Altitud", "1234"));
+    // The time by its keys, the date as assistive technology writes it.
+    ASSERT_TRUE(teclear("Hora", "102030", {"Tab"}));
+    ASSERT_TRUE(contiene("Hora", "10:20:30"));
+    const auto fecha = raiz().buscar(kCampo, "Fecha");
+    ASSERT_TRUE(fecha && fecha->escribir("09/07/2031"));
     ASSERT_TRUE(esperarA([&] {
         const auto opcion = raiz().buscar("radio button", "30 Minutos");
         return opcion && opcion->pulsar();
@@ -76,6 +107,9 @@ TEST_F(VentanaE2e, whatIsEditedAndSentIsReadBack) {
     // The read starts with empty fields and pads what it got.
     EXPECT_TRUE(contiene("Usuario", std::string(21, ' ') + "Ana Perez"));
     EXPECT_TRUE(contiene("Altitud", " 1234"));
+    EXPECT_TRUE(contiene("Fecha", "09/07/2031"));
+    // The logger's clock has gone on since.
+    EXPECT_TRUE(contiene("Hora", "10:2"));
     EXPECT_TRUE(esperarA([&] { return raiz().buscar("radio button", "30 Minutos").has_value(); }));
     EXPECT_FALSE(raiz().buscar("radio button", "60 Minutos").has_value());
 }

@@ -88,6 +88,33 @@ TEST_F(VentanaSuelta, conLetraGrandeLosPanelesSePonenUnoBajoOtro) {
     EXPECT_TRUE(debajo);
 }
 
+TEST_F(VentanaSuelta, enUnaPantallaAnchaUnBotonSigueSiendoUnBoton) {
+    ventana.resize(1920, 1050);
+    QApplication::processEvents();
+    const auto hojas = de<QWidget>(forma.RichTextBox1).width();
+    for (auto* control : {&forma.Command13, &forma.Command33, &forma.Command43, &forma.Command4}) {
+        const auto& boton = de<QPushButton>(*control);
+        EXPECT_LT(boton.width(), hojas * 3 / 4) << control->nombre();
+        EXPECT_GE(boton.width(), boton.sizeHint().width()) << control->nombre();
+    }
+}
+
+TEST_F(VentanaSuelta, unCampoQueSoloSeLeeNoQuedaSeleccionado) {
+    auto& campo = de<QLineEdit>(forma.Text2);
+    forma.Text2.text = "INTA";
+    forma.Text2.locked = true;
+    campo.setFocus(Qt::TabFocusReason);
+    EXPECT_FALSE(campo.hasSelectedText());
+    de<QWidget>(forma.Text3).setFocus();
+    forma.Text2.locked = false;
+    campo.setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(texto(campo.selectedText()), "INTA");
+}
+
+TEST_F(VentanaSuelta, unLectorDePantallaLaTomaPorUnaVentana) {
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&ventana)->role(), QAccessible::Window);
+}
+
 TEST_F(VentanaSuelta, elTabuladorSigueALaVista) {
     for (auto* control : {&forma.Text60, &forma.Check1}) control->visible = true;
     forma.Option1.value = 1;

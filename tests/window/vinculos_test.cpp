@@ -8,6 +8,7 @@
 #include <QRadioButton>
 #include <gmock/gmock.h>
 
+#include "ui/qt/campo_linea.h"
 #include "ui/qt/vista_lineas.h"
 #include "window/ventana_prueba.h"
 
@@ -112,9 +113,88 @@ TEST_F(VentanaSuelta, losBlancosDeLosLadosNoOcupanElAncho) {
 TEST_F(VentanaSuelta, unAnchoSeCuentaEnCaracteresYNoEnBytes) {
     auto& campo = de<QLineEdit>(forma.Text7);
     campo.insert(QStringLiteral("ñandúes"));
-    EXPECT_EQ(texto(campo.text()), "");
-    campo.insert(QStringLiteral("ñandú"));
     EXPECT_EQ(texto(campo.text()), "ñandú");
+    EXPECT_EQ(forma.Text7.text(), "ñandú");
+}
+
+void pegar(QLineEdit& campo, const QString& texto) {
+    QApplication::clipboard()->setText(texto);
+    campo.setFocus();
+    QTest::keyClick(&campo, Qt::Key_V, Qt::ControlModifier);
+}
+
+TEST_F(VentanaSuelta, deUnTextoPegadoSeTomaLoQueCabe) {
+    auto& campo = de<QLineEdit>(forma.Text7);
+    pegar(campo, QStringLiteral("   1234567   "));
+    EXPECT_EQ(forma.Text7.text(), "   12345");
+    EXPECT_EQ(texto(campo.text()), "   12345");
+    EXPECT_EQ(hecho.cambiados, Lista{"Text7=   12345"});
+    EXPECT_EQ(campo.cursorPosition(), 8);
+}
+
+TEST_F(VentanaSuelta, loPegadoEnMedioConservaLoQueHabia) {
+    forma.Text7.text = "1289";
+    auto& campo = de<QLineEdit>(forma.Text7);
+    campo.setFocus();
+    campo.setCursorPosition(2);
+    pegar(campo, QStringLiteral("3456"));
+    EXPECT_EQ(forma.Text7.text(), "12389");
+    EXPECT_EQ(campo.cursorPosition(), 3);
+    pegar(campo, QStringLiteral("x"));
+    EXPECT_EQ(forma.Text7.text(), "12389") << "no cabe más";
+    campo.setSelection(1, 2);
+    pegar(campo, QStringLiteral("abcdef"));
+    EXPECT_EQ(forma.Text7.text(), "1ab89");
+}
+
+TEST_F(VentanaSuelta, unCaracterDeDosMitadesNoSeParte) {
+    auto& campo = de<QLineEdit>(forma.Text7);
+    pegar(campo, QString::fromUtf8("1234\xF0\x9F\x8C\xA7\xF0\x9F\x8C\xA7"));
+    EXPECT_EQ(forma.Text7.text(), "1234\xF0\x9F\x8C\xA7");
+}
+
+TEST_F(VentanaSuelta, unFinDeLineaPegadoNoEsIntroNiLlegaAlCampo) {
+    std::vector<int> teclas;
+    forma.Text10.alTeclear = [&](int& tecla) {
+        teclas.push_back(tecla);
+        if (tecla < '0' || tecla > '9') tecla = 0;
+    };
+    forma.Text10.maxLength = 8;
+    pegar(de<QLineEdit>(forma.Text10), QStringLiteral("12-34-56-78-90\r\n"));
+    EXPECT_EQ(forma.Text10.text(), "12345678");
+    EXPECT_THAT(teclas, ::testing::Not(::testing::Contains(kTeclaIntro)));
+    pegar(de<QLineEdit>(forma.Text2), QStringLiteral("uno\ndos\t"));
+    EXPECT_EQ(forma.Text2.text(), "unodos");
+}
+
+TEST_F(VentanaSuelta, borrarNoTocaLoQueMandoElRegistrador) {
+    forma.Text7.text =
+        "x\x01"
+        "abc";
+    auto& campo = de<QLineEdit>(forma.Text7);
+    campo.setFocus();
+    campo.home(false);
+    QTest::keyClick(&campo, Qt::Key_Delete);
+    EXPECT_EQ(forma.Text7.text(),
+              "\x01"
+              "abc");
+}
+
+TEST_F(VentanaSuelta, loQueEscribeUnaAyudaTecnicaCuentaComoEdicion) {
+    const auto escribir = [](QLineEdit& campo, const QString& nuevo) {
+        auto* accesible = QAccessible::queryAccessibleInterface(&campo);
+        accesible->editableTextInterface()->replaceText(0, static_cast<int>(campo.text().size()), nuevo);
+    };
+    forma.Text4.text = "33 S";
+    escribir(de<QLineEdit>(forma.Text4), QStringLiteral("34 S"));
+    EXPECT_EQ(forma.Text4.text(), "34 S");
+    escribir(de<QLineEdit>(forma.fecha1), QStringLiteral("31/12/2024"));
+    EXPECT_EQ(forma.fecha1.text(), "31/12/2024");
+    EXPECT_EQ(hecho.cambiados, (Lista{"Text4=34 S", "fecha1=31/12/2024"}));
+    forma.Text4.locked = true;
+    escribir(de<QLineEdit>(forma.Text4), QStringLiteral("35 S"));
+    EXPECT_EQ(forma.Text4.text(), "34 S");
+    EXPECT_EQ(texto(de<QLineEdit>(forma.Text4).text()), "34 S");
 }
 
 TEST_F(VentanaSuelta, laHoraSeEscribeSobreSuMascara) {

@@ -17,6 +17,7 @@ constexpr int kMargenTexto = 6;
 int codigoDe(const QKeyEvent& tecla) {
     if (tecla.key() == Qt::Key_Return || tecla.key() == Qt::Key_Enter) return kTeclaIntro;
     if (tecla.key() == Qt::Key_Backspace) return kTeclaRetroceso;
+    if (tecla.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return 0;
     const auto texto = tecla.text();
     return texto.isEmpty() || !texto.front().isPrint() ? 0 : texto.front().unicode();
 }
@@ -68,6 +69,15 @@ void CampoLinea::keyPressEvent(QKeyEvent* suceso) {
     QLineEdit::keyPressEvent(suceso);
 }
 
+// What can only be read is not marked as if the next key would replace it.
+void CampoLinea::focusInEvent(QFocusEvent* suceso) {
+    QLineEdit::focusInEvent(suceso);
+    if (isReadOnly() && suceso->reason() != Qt::MouseFocusReason) {
+        deselect();
+        home(false);
+    }
+}
+
 void CampoLinea::focusOutEvent(QFocusEvent* suceso) {
     QLineEdit::focusOutEvent(suceso);
     const auto motivo = suceso->reason();
@@ -85,11 +95,11 @@ void CampoLinea::changeEvent(QEvent* suceso) {
 void CampoLinea::colorear() {
     if (coloreando_) return;
     coloreando_ = true;
-    setPalette(QPalette());
+    QPalette propios;
+    propios.setResolveMask(0);
+    setPalette(propios);
     if (isReadOnly()) {
-        auto colores = palette();
-        QPalette propios;
-        propios.setResolveMask(0);
+        const auto colores = palette();
         for (const auto grupo : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
             propios.setColor(grupo, QPalette::Base, colores.color(grupo, QPalette::Window));
         }

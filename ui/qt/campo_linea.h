@@ -30,6 +30,7 @@ class CampoLinea final : public QLineEdit {
 
    protected:
     void keyPressEvent(QKeyEvent* suceso) override;
+    void focusInEvent(QFocusEvent* suceso) override;
     void focusOutEvent(QFocusEvent* suceso) override;
     void changeEvent(QEvent* suceso) override;
 

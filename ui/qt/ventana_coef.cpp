@@ -1,9 +1,12 @@
 #include "ui/qt/ventana_coef.h"
 
+#include <algorithm>
+
 #include <QCloseEvent>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QKeyEvent>
+#include <QScreen>
 
 #include "ui/qt/texto_qt.h"
 
@@ -33,6 +36,17 @@ VentanaCoef::VentanaCoef(FormaCoef& forma, Usuario usuario, QWidget* principal)
     fila = bloque(*rejilla, fila + 1, forma.Label2, forma.Label3, FormaCoef::kFilas * 2);
     rejilla->setRowMinimumHeight(fila, kEntreBloques);
     rejilla->addLayout(botones(), fila + 1, 0, 1, 3);
+    if (principal != nullptr) centrar(*principal);
+}
+
+// In front of the window that it belongs to, where the screen has room for it.
+void VentanaCoef::centrar(const QWidget& principal) {
+    adjustSize();
+    const auto pantalla = principal.screen()->availableGeometry();
+    QRect lugar(QPoint(), frameSize());
+    lugar.moveCenter(principal.frameGeometry().center());
+    move(std::max(pantalla.left(), std::min(lugar.left(), pantalla.right() - lugar.width())),
+         std::max(pantalla.top(), std::min(lugar.top(), pantalla.bottom() - lugar.height())));
 }
 
 QWidget* VentanaCoef::rotulo(Control& control) {

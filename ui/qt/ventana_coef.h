@@ -20,6 +20,7 @@ class VentanaCoef final : public QWidget {
     void keyPressEvent(QKeyEvent* suceso) override;
 
    private:
+    void centrar(const QWidget& principal);
     // Adds the rows of one block from fila and campo on; the next free row comes back.
     int bloque(QGridLayout& rejilla, int fila, Control& titulo,
                const std::vector<std::unique_ptr<Control>>& rotulos, std::size_t campo);

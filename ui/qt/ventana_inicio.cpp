@@ -19,6 +19,7 @@
 #include "ui/qt/franja_diagnostico.h"
 #include "ui/qt/rejilla_opciones.h"
 #include "ui/qt/texto_qt.h"
+#include "ui/qt/ventana_accesible.h"
 
 namespace telvane {
 
@@ -31,6 +32,7 @@ constexpr double kAumentoTitulo = 1.5;
 constexpr double kAumentoSeccion = 1.1;
 // A label that changes with the progress of an operation must not push the fields about.
 constexpr int kLetrasRotulo = 23;
+constexpr int kLetrasBoton = 84;
 
 void agrandar(QWidget& widget, double aumento) {
     auto fuente = widget.font();
@@ -59,6 +61,7 @@ Disposicion* sinMargen(Disposicion* disposicion) {
 
 VentanaInicio::VentanaInicio(FormaInicio& forma, Usuario usuario)
     : forma_(forma), vinculos_(forma, std::move(usuario)) {
+    instalarAccesibilidadDeVentanas();
     setObjectName(aQt(forma.nombre()));
     // Made in the order in which the eye goes through them, which is the order of the keyboard.
     auto* todo = new QVBoxLayout(this);
@@ -68,6 +71,7 @@ VentanaInicio::VentanaInicio(FormaInicio& forma, Usuario usuario)
     todo->addWidget(crear(forma.Line5));
     todo->addLayout(pie());
     mostrarConexion();
+    limitarBotones();
     observar();
     const auto* pantalla = screen();
     resize(pantalla == nullptr ? kMedida
@@ -209,12 +213,12 @@ QLayout* VentanaInicio::columnaDatos() {
     auto* columna = new QVBoxLayout;
     columna->addWidget(encabezado(forma_.Label9, forma_.Line3));
     for (auto* control : {&forma_.Command13, &forma_.Command33, &forma_.Command43}) {
-        columna->addWidget(crear(*control));
+        columna->addLayout(filaDeBoton(*control));
     }
     columna->addWidget(hojasDeTexto(), 1);
     columna->addSpacing(kEntreSecciones);
     columna->addWidget(encabezado(forma_.Label10, forma_.Line4));
-    columna->addWidget(crear(forma_.Command4));
+    columna->addLayout(filaDeBoton(forma_.Command4));
     auto* lectura = crear(forma_.Text60);
     lectura->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     conservarSitio(*lectura);
@@ -222,8 +226,23 @@ QLayout* VentanaInicio::columnaDatos() {
     return columna;
 }
 
+QLayout* VentanaInicio::filaDeBoton(Control& control) {
+    auto* fila = new QHBoxLayout;
+    fila->addWidget(crear(control), 1);
+    fila->addStretch();
+    return fila;
+}
+
+// As wide as their column, up to where a button would stop looking like one.
+void VentanaInicio::limitarBotones() const {
+    for (auto* control : {&forma_.Command13, &forma_.Command33, &forma_.Command43, &forma_.Command4}) {
+        widget(*control)->setMaximumWidth(fontMetrics().averageCharWidth() * kLetrasBoton);
+    }
+}
+
 QWidget* VentanaInicio::hojasDeTexto() {
     hojas_ = new QTabWidget(this);
+    hojas_->setAccessibleName(aQt(forma_.Label9.caption()));
     for (auto* control : {&forma_.RichTextBox1, &forma_.RichTextBox2}) {
         auto* hoja = crear(*control, hojas_);
         static_cast<QFrame*>(hoja)->setFrameShape(QFrame::NoFrame);
@@ -232,16 +251,18 @@ QWidget* VentanaInicio::hojasDeTexto() {
     return hojas_;
 }
 
+// A printed path takes the whole width; what stands still is below it.
 QLayout* VentanaInicio::pie() {
-    auto* fila = new QHBoxLayout;
+    auto* columna = new QVBoxLayout;
     franja_ = new FranjaDiagnostico(forma_, this);
     franja_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    fila->addWidget(franja_, 1);
-    auto* derecha = new QVBoxLayout;
-    derecha->addWidget(crear(forma_.Label15), 0, Qt::AlignRight);
-    derecha->addWidget(crear(forma_.salir), 0, Qt::AlignRight);
-    fila->addLayout(derecha);
-    return fila;
+    columna->addWidget(franja_);
+    auto* fila = new QHBoxLayout;
+    fila->addWidget(crear(forma_.Label15));
+    fila->addStretch();
+    fila->addWidget(crear(forma_.salir));
+    columna->addLayout(fila);
+    return columna;
 }
 
 void VentanaInicio::observar() {
@@ -264,6 +285,7 @@ void VentanaInicio::mostrarConexion() const {
     auto* boton = static_cast<QPushButton*>(widget(forma_.Command1));
     boton->setFlat(!forma_.Command1.enabled());
     QPalette colores;
+    colores.setResolveMask(0);
     for (const auto papel : {QPalette::ButtonText, QPalette::WindowText}) {
         colores.setColor(QPalette::Disabled, papel, colores.color(QPalette::Active, QPalette::WindowText));
     }
@@ -294,6 +316,7 @@ bool VentanaInicio::event(QEvent* suceso) {
 void VentanaInicio::changeEvent(QEvent* suceso) {
     QWidget::changeEvent(suceso);
     if (suceso->type() == QEvent::PaletteChange) mostrarConexion();
+    if (suceso->type() == QEvent::FontChange) limitarBotones();
 }
 
 void VentanaInicio::primerCuadro() {

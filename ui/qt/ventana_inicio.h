@@ -50,6 +50,8 @@ class VentanaInicio final : public QWidget {
     QWidget* camposDeReloj();
     QWidget* casillaDeReloj();
     QLayout* columnaDatos();
+    QLayout* filaDeBoton(Control& control);
+    void limitarBotones() const;
     QWidget* hojasDeTexto();
     QLayout* pie();
     void observar();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ranges>
 
 #include <QCheckBox>
 #include <QFontDatabase>
@@ -11,6 +12,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopedValueRollback>
 #include <QTimer>
 #include <QValidator>
 
@@ -76,17 +78,57 @@ class VinculoBoton final : public Vinculo {
     bool sinClic_ = false;
 };
 
-// A field takes no more than its width, outer blanks not counted.
-class ValidadorAncho final : public QValidator {
+// What a user adds to a field, typed, pasted or dropped: no line ends or other codes, nothing that the
+// field's key filter refuses, and of the rest as much as fits its width, outer blanks not counted.
+class ValidadorCampo final : public QValidator {
    public:
-    ValidadorAncho(const Control& control, QObject* padre) : QValidator(padre), control_(control) {}
+    ValidadorCampo(Control& control, const Usuario& usuario, QObject* padre)
+        : QValidator(padre), control_(control), usuario_(usuario) {}
 
-    State validate(QString& texto, int&) const override {
-        const int maximo = control_.maxLength();
-        return maximo == 0 || caracteres(texto) <= maximo ? Acceptable : Invalid;
+    State validate(QString& texto, int& cursor) const override {
+        const auto anterior = aQt(control_.text());
+        // Something was taken away, nothing added.
+        if (anterior.endsWith(texto)) return cabe(texto) ? Acceptable : Invalid;
+        // What was added ends at the cursor; a text that was put in as a whole has none.
+        const auto hasta = cursor > 0 ? std::min<qsizetype>(cursor, texto.size()) : texto.size();
+        const auto cola = texto.sliced(hasta);
+        const auto igual =
+            std::clamp<qsizetype>(anterior.size() - cola.size(), 0, std::min(hasta, anterior.size()));
+        const auto desde =
+            std::mismatch(texto.cbegin(), texto.cbegin() + igual, anterior.cbegin()).first - texto.cbegin();
+        const auto comienzo = texto.first(desde);
+        const auto agregado = loQueCabe(comienzo, admitido(texto.sliced(desde, hasta - desde)), cola);
+        if (agregado.isEmpty() && hasta > desde) return Invalid;
+        texto = comienzo + agregado + cola;
+        if (cursor > 0) cursor = static_cast<int>(texto.size() - cola.size());
+        return cabe(texto) ? Acceptable : Invalid;
     }
 
    private:
+    bool cabe(const QString& texto) const {
+        const int maximo = control_.maxLength();
+        return maximo == 0 || caracteres(texto) <= maximo;
+    }
+
+    // The key filter hears of characters alone: a pasted line end is nobody's Enter.
+    QString admitido(QString agregado) const {
+        const auto sobra = [this](QChar c) {
+            return c.category() == QChar::Other_Control ||
+                   (control_.alTeclear && usuario_.teclear(control_, c.unicode()) == 0);
+        };
+        agregado.erase(std::remove_if(agregado.begin(), agregado.end(), sobra), agregado.end());
+        return agregado;
+    }
+
+    QString loQueCabe(const QString& comienzo, const QString& agregado, const QString& cola) const {
+        const auto cuantos = std::views::iota(1, static_cast<int>(agregado.size()) + 1);
+        const auto primeroQueNo = std::ranges::partition_point(
+            cuantos, [&](int n) { return cabe(comienzo + agregado.first(n) + cola); });
+        auto queda = agregado.first(primeroQueNo - cuantos.begin());
+        if (!queda.isEmpty() && queda.back().isHighSurrogate()) queda.chop(1);
+        return queda;
+    }
+
     static std::ptrdiff_t caracteres(const QString& texto) {
         const auto blanco = [](QChar c) { return c == QLatin1Char(' '); };
         const auto desde = std::find_if_not(texto.begin(), texto.end(), blanco);
@@ -94,18 +136,20 @@ class ValidadorAncho final : public QValidator {
         return std::count_if(desde, hasta, [](QChar c) { return !c.isLowSurrogate(); });
     }
 
-    const Control& control_;
+    Control& control_;
+    const Usuario& usuario_;
 };
 
 class VinculoCampo final : public Vinculo {
    public:
     VinculoCampo(Control& control, const Usuario& usuario, CampoLinea& campo)
         : Vinculo(control, usuario, campo), campo_(campo) {
-        if (control.clase() == Clase::texto) campo.setValidator(new ValidadorAncho(control, &campo));
+        if (control.clase() == Clase::texto)
+            campo.setValidator(new ValidadorCampo(control, this->usuario(), &campo));
         campo.filtroDeTeclas([this](int tecla) { return this->usuario().teclear(this->control(), tecla); });
         campo.alSalir([this] { this->usuario().salirDe(this->control()); });
-        QObject::connect(&campo, &QLineEdit::textEdited, contexto(),
-                         [this](const QString& t) { editado(t); });
+        // Typed, pasted, or written by assistive technology, which asks the field and no key.
+        QObject::connect(&campo, &QLineEdit::textChanged, contexto(), [this] { cambiado(); });
     }
     ~VinculoCampo() override {
         campo_.filtroDeTeclas({});
@@ -135,6 +179,7 @@ class VinculoCampo final : public Vinculo {
     // The cursor of somebody who is in the field stays where it is.
     void mostrar(const QString& texto) {
         if (campo_.text() == texto) return;
+        const QScopedValueRollback mostrando(mostrando_, true);
         const int cursor = campo_.cursorPosition();
         campo_.setText(texto);
         campo_.setCursorPosition(campo_.hasFocus() ? cursor : 0);
@@ -144,22 +189,24 @@ class VinculoCampo final : public Vinculo {
         if (control().mask().empty()) return;
         auto mascara = aQt(control().mask()).replace(QLatin1Char('#'), QLatin1Char('0'));
         campo_.anchoEnCaracteres(static_cast<int>(mascara.size()));
-        campo_.setInputMask(mascara + QLatin1String(";_"));
+        {
+            const QScopedValueRollback mostrando(mostrando_, true);
+            campo_.setInputMask(mascara + QLatin1String(";_"));
+        }
         mostrar(aQt(control().text()));
     }
 
-    // A pasted or dropped text meets the same key filter as a typed one.
-    void editado(const QString& texto) {
-        QString queda = texto;
-        if (control().alTeclear) {
-            const auto sobra = [this](QChar c) { return usuario().teclear(control(), c.unicode()) == 0; };
-            queda.erase(std::remove_if(queda.begin(), queda.end(), sobra), queda.end());
-            if (queda != texto) campo_.setText(queda);
+    void cambiado() {
+        if (mostrando_) return;
+        if (campo_.isReadOnly()) {
+            mostrar(aQt(control().text()));
+        } else {
+            usuario().cambiar(control(), campo_.text().toStdString());
         }
-        usuario().cambiar(control(), queda.toStdString());
     }
 
     CampoLinea& campo_;
+    bool mostrando_ = false;  // by us, not edited
 };
 
 class VinculoTextoLargo final : public Vinculo {

@@ -1,0 +1,106 @@
+// The real window with the keyboard alone, and what assistive technology is told of it.
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/e2e/ventana_e2e.h"
+
+namespace telvane {
+namespace {
+
+using testing::IsSupersetOf;
+
+class TecladoE2e : public VentanaE2e {
+   protected:
+    struct Parada {
+        std::string nombre;
+        std::string papel;
+        Lugar lugar;
+    };
+
+    std::optional<Parada> conElFoco() const {
+        // The toolkit tells the chosen tab as focused wherever the focus is.
+        const auto cual =
+            raiz().buscar([](const Accesible& uno) { return uno.enfocado() && uno.papel() != "page tab"; });
+        if (!cual) return std::nullopt;
+        return Parada{cual->nombre(), cual->papel(), cual->lugar()};
+    }
+
+    // What the Tab key comes by, from the first control on until it is there again.
+    std::vector<Parada> vueltaDelTabulador(const std::string& primero) {
+        std::vector<Parada> paradas;
+        const auto boton = raiz().buscar(kBoton, primero);
+        if (!boton || !ventanaConTeclado() || !boton->enfocar()) return paradas;
+        if (!esperarA([&] { return boton->enfocado(); })) return paradas;
+        constexpr std::size_t kDeSobra = 60;
+        for (auto ahora = conElFoco(); ahora && paradas.size() < kDeSobra;) {
+            paradas.push_back(*ahora);
+            if (!tecla("Tab")) break;
+            // The next one has the focus once this one has not.
+            if (!esperarA([&] {
+                    const auto otro = conElFoco();
+                    return otro && !mismo(*otro, *ahora);
+                }))
+                break;
+            ahora = conElFoco();
+            if (!ahora || mismo(*ahora, paradas.front())) break;
+        }
+        return paradas;
+    }
+
+   private:
+    static bool mismo(const Parada& una, const Parada& otra) {
+        return una.nombre == otra.nombre && una.papel == otra.papel && una.lugar.x == otra.lugar.x &&
+               una.lugar.y == otra.lugar.y;
+    }
+};
+
+std::vector<std::string> nombres(const auto& paradas) {
+    std::vector<std::string> todos;
+    for (const auto& una : paradas) todos.push_back(una.nombre);
+    return todos;
+}
+
+// One below the other, or beside it to the right: what follows in one panel of the window.
+bool sigueALaVista(const Lugar& una, const Lugar& otra) {
+    const bool mismaFila = una.y < otra.y + otra.alto && otra.y < una.y + una.alto;
+    return mismaFila ? otra.x > una.x : otra.y > una.y;
+}
+
+TEST_F(TecladoE2e, tabGoesWhereTheEyeGoesAndComesByEveryField) {
+    conectar();
+    const auto paradas = vueltaDelTabulador(kImportarConfiguracion);
+    EXPECT_THAT(nombres(paradas), IsSupersetOf({"Usuario", "Ubicacion", "Latitud", "Longitud", "Altitud",
+                                                "Hora", "Fecha", "Nro de Serie", "Datos", "Diagnostico",
+                                                "Salir", "60 Minutos", "Coeficientes"}));
+    // The second panel begins to the right of the first, and the foot below both: these two steps go
+    // elsewhere.
+    const std::set<std::string> comienzos{kDescargar, kImportarConfiguracion};
+    for (std::size_t i = 1; i < paradas.size(); ++i) {
+        if (comienzos.contains(paradas[i].nombre)) continue;
+        EXPECT_TRUE(sigueALaVista(paradas[i - 1].lugar, paradas[i].lugar))
+            << paradas[i - 1].nombre << " then " << paradas[i].nombre;
+    }
+    const auto primera = std::ranges::find(paradas, std::string(kDescargar), &Parada::nombre);
+    ASSERT_NE(primera, paradas.end());
+    EXPECT_GT(primera->lugar.x, paradas.front().lugar.x + paradas.front().lugar.ancho);
+    // Every one has a name that can be said.
+    for (const auto& una : paradas) EXPECT_NE(una.nombre, "") << una.papel;
+
+    // A field that can only be read is told so, and is not written.
+    const auto campo = raiz().buscar(kCampo, "Usuario");
+    ASSERT_TRUE(campo.has_value());
+    EXPECT_TRUE(campo->soloLectura());
+    const auto antes = campo->texto();
+    ASSERT_TRUE(teclear("Usuario", "otro"));
+    campo->escribir("otro");
+    EXPECT_EQ(campo->texto(), antes);
+}
+
+}  // namespace
+}  // namespace telvane

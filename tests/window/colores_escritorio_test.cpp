@@ -1,0 +1,78 @@
+// The dark colours can be read, and without a bus nothing happens.
+#include "app/qt/colores_escritorio.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <QApplication>
+#include <gtest/gtest.h>
+
+#include "app/qt/paleta_oscura.h"
+
+namespace telvane {
+namespace {
+
+double lineal(double canal) {
+    return canal <= 0.04045 ? canal / 12.92 : std::pow((canal + 0.055) / 1.055, 2.4);
+}
+
+double luminancia(const QColor& color) {
+    return 0.2126 * lineal(color.redF()) + 0.7152 * lineal(color.greenF()) + 0.0722 * lineal(color.blueF());
+}
+
+double contraste(const QColor& uno, const QColor& otro) {
+    const auto [menor, mayor] = std::minmax({luminancia(uno), luminancia(otro)});
+    return (mayor + 0.05) / (menor + 0.05);
+}
+
+struct Pareja {
+    const char* que;
+    QPalette::ColorRole texto;
+    QPalette::ColorRole fondo;
+};
+
+// A locked field shows its text on the window's ground.
+constexpr Pareja kParejas[] = {{"label", QPalette::WindowText, QPalette::Window},
+                               {"field", QPalette::Text, QPalette::Base},
+                               {"locked field", QPalette::Text, QPalette::Window},
+                               {"second row", QPalette::Text, QPalette::AlternateBase},
+                               {"placeholder", QPalette::PlaceholderText, QPalette::Base},
+                               {"button", QPalette::ButtonText, QPalette::Button},
+                               {"selection", QPalette::HighlightedText, QPalette::Highlight},
+                               {"tool tip", QPalette::ToolTipText, QPalette::ToolTipBase},
+                               {"link", QPalette::Link, QPalette::Window},
+                               {"visited link", QPalette::LinkVisited, QPalette::Window},
+                               {"link in a field", QPalette::Link, QPalette::Base}};
+
+TEST(PaletaOscura, TextStandsAtSevenToOneAndWhatIsOffAtThreeToOne) {
+    const auto paleta = paletaOscura();
+    EXPECT_NEAR(contraste(Qt::white, Qt::black), 21.0, 0.01);
+    for (const auto& pareja : kParejas) {
+        for (const auto& [grupo, minimo] :
+             {std::pair{QPalette::Active, 7.0}, {QPalette::Inactive, 7.0}, {QPalette::Disabled, 3.0}}) {
+            EXPECT_GE(contraste(paleta.color(grupo, pareja.texto), paleta.color(grupo, pareja.fondo)), minimo)
+                << pareja.que << ", group " << grupo;
+        }
+    }
+}
+
+TEST(PaletaOscura, NoRoleIsLeftToTheToolkit) {
+    const auto paleta = paletaOscura();
+    for (const auto grupo : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        for (int rol = 0; rol < QPalette::NColorRoles; ++rol) {
+            if (rol == QPalette::NoRole) continue;
+            EXPECT_TRUE(paleta.isBrushSet(grupo, static_cast<QPalette::ColorRole>(rol))) << grupo << rol;
+        }
+    }
+}
+
+TEST(ColoresDelEscritorio, WithoutABusTheColoursStayAsTheyAre) {
+    const auto antes = QApplication::palette();
+    const ColoresDelEscritorio colores(QDBusConnection(QStringLiteral("ninguno")));
+    QApplication::processEvents();
+    EXPECT_EQ(QApplication::palette(), antes);
+}
+
+}  // namespace
+}  // namespace telvane
