@@ -26,7 +26,7 @@ class ColoresE2e : public VentanaE2e {
 
     // Up to the first question; the portal answers meanwhile.
     void abrir() {
-        arrancar(registrador_.com());
+        arrancar();
         if (portal_) {
             ASSERT_TRUE(esperarA([&] { return portal_->preguntado(); }));
         }
