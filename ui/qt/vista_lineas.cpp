@@ -146,7 +146,9 @@ void VistaLineas::paintEvent(QPaintEvent* suceso) {
     const int x = sangria_ - horizontalScrollBar()->value();
     const auto marcadas = seleccion();
     int y = kMargen;
-    for (int i = primera; i < lineas() && y < suceso->rect().bottom(); ++i, y += alto()) {
+    // A line that has no room is not shown by half.
+    const int hasta = std::min(lineas(), primera + filasEnteras());
+    for (int i = primera; i < hasta && y < suceso->rect().bottom(); ++i, y += alto()) {
         const bool marcada = i >= marcadas.primera && i <= marcadas.ultima;
         if (marcada) {
             pintor.fillRect(0, y, viewport()->width(), alto(), palette().color(colores, QPalette::Highlight));
