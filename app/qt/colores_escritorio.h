@@ -19,11 +19,10 @@ class ColoresDelEscritorio final : public QObject {
     ColoresDelEscritorio& operator=(const ColoresDelEscritorio&) = delete;
     ~ColoresDelEscritorio() override = default;
 
-   private slots:
-    // The answer, and every announcement of a change.
-    void alSaber(const QDBusMessage& mensaje);
-
    private:
+    // The answer, and every announcement of a change.
+    Q_SLOT void alSaber(const QDBusMessage& mensaje);
+
     bool oscurecido_ = false;  // by us
 };
 

@@ -90,6 +90,14 @@ TEST_F(ColoresE2e, anAnswerThatIsNoPreferenceChangesNothing) {
     EXPECT_TRUE(seAclara());
 }
 
+TEST_F(ColoresE2e, anAnswerIsNotWaitedForAndTakenWhenItComes) {
+    auto lento = std::make_unique<PortalDeMentira>(escritorio_.bus(), kOscuro);
+    abrir();
+    EXPECT_TRUE(esClaro());
+    EXPECT_TRUE(esperarA([&] { return lento->preguntado(); }));
+    EXPECT_TRUE(seOscurece());
+}
+
 TEST_F(ColoresE2e, aPortalThatComesLaterIsHeard) {
     abrir();
     EXPECT_TRUE(esClaro());

@@ -97,6 +97,9 @@ TEST_F(VentanaSuelta, enUnaPantallaAnchaUnBotonSigueSiendoUnBoton) {
         EXPECT_LT(boton.width(), hojas * 3 / 4) << control->nombre();
         EXPECT_GE(boton.width(), boton.sizeHint().width()) << control->nombre();
     }
+    ventana.resize(1000, 650);
+    QApplication::processEvents();
+    EXPECT_EQ(de<QWidget>(forma.Command13).width(), de<QWidget>(forma.Text60).width());
 }
 
 TEST_F(VentanaSuelta, unCampoQueSoloSeLeeNoQuedaSeleccionado) {

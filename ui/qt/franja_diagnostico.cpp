@@ -13,6 +13,7 @@ FranjaDiagnostico::FranjaDiagnostico(const Formulario& forma, QWidget* padre)
     setObjectName(QStringLiteral("Diagnostico"));
     setAccessibleName(objectName());
     setFrameShape(QFrame::NoFrame);
+    sinSangria();
     seguirElFinal(true);
     seleccionable(false);
     // Part of the window's surface, not a field.

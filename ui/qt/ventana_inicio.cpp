@@ -32,7 +32,7 @@ constexpr double kAumentoTitulo = 1.5;
 constexpr double kAumentoSeccion = 1.1;
 // A label that changes with the progress of an operation must not push the fields about.
 constexpr int kLetrasRotulo = 23;
-constexpr int kLetrasBoton = 84;
+constexpr int kLetrasBoton = 100;
 
 void agrandar(QWidget& widget, double aumento) {
     auto fuente = widget.font();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ranges>
 
 #include <QCheckBox>
 #include <QFontDatabase>
@@ -121,10 +120,13 @@ class ValidadorCampo final : public QValidator {
     }
 
     QString loQueCabe(const QString& comienzo, const QString& agregado, const QString& cola) const {
-        const auto cuantos = std::views::iota(1, static_cast<int>(agregado.size()) + 1);
-        const auto primeroQueNo = std::ranges::partition_point(
-            cuantos, [&](int n) { return cabe(comienzo + agregado.first(n) + cola); });
-        auto queda = agregado.first(primeroQueNo - cuantos.begin());
+        qsizetype caben = 0;
+        // One more never needs less room.
+        for (qsizetype demasiados = agregado.size() + 1; demasiados - caben > 1;) {
+            const auto medio = (caben + demasiados) / 2;
+            (cabe(comienzo + agregado.first(medio) + cola) ? caben : demasiados) = medio;
+        }
+        auto queda = agregado.first(caben);
         if (!queda.isEmpty() && queda.back().isHighSurrogate()) queda.chop(1);
         return queda;
     }

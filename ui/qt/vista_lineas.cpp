@@ -29,7 +29,7 @@ constexpr int kEntreAnuncios = 1000;            // milliseconds
 }  // namespace
 
 VistaLineas::VistaLineas(QWidget* padre, int filas)
-    : QAbstractScrollArea(padre), filas_(filas), anuncio_(new QTimer(this)) {
+    : QAbstractScrollArea(padre), filas_(filas), sangria_(kMargen), anuncio_(new QTimer(this)) {
     anuncio_->setSingleShot(true);
     anuncio_->setInterval(kEntreAnuncios);
     connect(anuncio_, &QTimer::timeout, this, &VistaLineas::anunciarCambio);
@@ -38,6 +38,12 @@ VistaLineas::VistaLineas(QWidget* padre, int filas)
     viewport()->setCursor(Qt::IBeamCursor);
     // A wheel turn over the pane moves the pane; the focus ring stays where it was.
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+}
+
+void VistaLineas::sinSangria() {
+    sangria_ = 0;
+    medir();
+    ajustarBarras();
 }
 
 void VistaLineas::seleccionable(bool si) {
@@ -99,7 +105,7 @@ void VistaLineas::medir() {
             larga = i;
         }
     }
-    ancho_ = larga < 0 ? 0 : fontMetrics().horizontalAdvance(linea(larga)) + 2 * kMargen;
+    ancho_ = larga < 0 ? 0 : fontMetrics().horizontalAdvance(linea(larga)) + 2 * sangria_;
 }
 
 int VistaLineas::alto() const {
@@ -137,10 +143,12 @@ void VistaLineas::paintEvent(QPaintEvent* suceso) {
     QPainter pintor(viewport());
     const auto colores = isActiveWindow() ? QPalette::Active : QPalette::Inactive;
     const int primera = verticalScrollBar()->value();
-    const int x = kMargen - horizontalScrollBar()->value();
+    const int x = sangria_ - horizontalScrollBar()->value();
     const auto marcadas = seleccion();
     int y = kMargen;
-    for (int i = primera; i < lineas() && y < suceso->rect().bottom(); ++i, y += alto()) {
+    // A line that has no room is not shown by half.
+    const int hasta = std::min(lineas(), primera + filasEnteras());
+    for (int i = primera; i < hasta && y < suceso->rect().bottom(); ++i, y += alto()) {
         const bool marcada = i >= marcadas.primera && i <= marcadas.ultima;
         if (marcada) {
             pintor.fillRect(0, y, viewport()->width(), alto(), palette().color(colores, QPalette::Highlight));

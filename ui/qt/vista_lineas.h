@@ -27,6 +27,8 @@ class VistaLineas : public QAbstractScrollArea {
 
     // Keeps the last line on view whenever the text changes.
     void seguirElFinal(bool si) { seguirElFinal_ = si; }
+    // Lines begin at the very edge, in line with what stands above and below.
+    void sinSangria();
     // Whether whole lines can be selected and copied; they can unless told otherwise.
     void seleccionable(bool si);
 
@@ -66,6 +68,7 @@ class VistaLineas : public QAbstractScrollArea {
     std::vector<std::uint32_t> inicios_;  // byte offset of each line
     int filas_;
     int ancho_ = 0;  // widest line, pixels
+    int sangria_;    // pixels before and after a line
     int ancla_ = -1;
     int actual_ = -1;
     QTimer* anuncio_;    // a reader is told of a text that keeps changing once a second
