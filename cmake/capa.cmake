@@ -1,5 +1,5 @@
-# {fmt} from its headers, compiled once and linked into each program (formato.cpp says why).
-add_library(telvane_formato STATIC ${PROJECT_SOURCE_DIR}/cmake/formato.cpp)
+# {fmt} from its headers, compiled once and linked into each program (platform/formato.cpp says why).
+add_library(telvane_formato STATIC ${PROJECT_SOURCE_DIR}/platform/formato.cpp)
 target_include_directories(telvane_formato SYSTEM
   PUBLIC $<TARGET_PROPERTY:fmt::fmt-header-only,INTERFACE_INCLUDE_DIRECTORIES>)
 
