@@ -67,7 +67,7 @@ class FinalesBase : public VentanaE2e {
    protected:
     using VentanaE2e::VentanaE2e;
 
-    // The program is there when it ends, has started no other, and its port is free for the next one at once.
+    // The program is there until now, and has started no other.
     void acaba(Fin fin, bool sinVentana = false) {
         ASSERT_EQ(programa_->terminar(Proceso::Plazo(0)), std::nullopt) << programa_->errores();
         std::string hijos;
@@ -77,6 +77,7 @@ class FinalesBase : public VentanaE2e {
         EXPECT_EQ(hijos, "");
         provocar(fin, sinVentana);
     }
+    // The port is free for the next program at once.
     void nadaQueda() {
         Proceso consola({TELVANE_CLI, "--com", registrador_.com(), "puertos"});
         EXPECT_EQ(consola.terminar(), 0);
