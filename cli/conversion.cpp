@@ -48,15 +48,15 @@ void agregarObjeto(std::string& texto, std::string_view linea) {
 
 ArchivoDatos archivoJsonl(const Memoria& memoria, Decodificador& decodificador) {
     BloquesTexto bloques;
-    ArchivoDatos archivo;
-    archivo.recuento = bloques.decodificar(memoria, decodificador, kUltimoBloque);
+    const auto recuento = bloques.decodificar(memoria, decodificador, kUltimoBloque);
+    std::string objetos;
     auto resto = bloques.unidos();
     while (!resto.empty()) {
         auto linea = hasta(resto, '\n');
         if (linea.ends_with('\r')) linea.remove_suffix(1);
-        agregarObjeto(archivo.bytes, linea);
+        agregarObjeto(objetos, linea);
     }
-    return archivo;
+    return {std::move(objetos), recuento};
 }
 
 }  // namespace
@@ -74,22 +74,26 @@ std::string_view extension(Formato formato) {
         ->extension;
 }
 
-void Conversor::cargar(std::span<const std::uint8_t> imagen, const OrigenConfig& origen) {
-    imagen = imagen.first(std::min(imagen.size(), kAlcance));
-    for (std::size_t numero = 0; numero * kBytesBloque < kAlcance; ++numero) {
-        const auto bloque = memoria_.bloque(numero);
-        const auto desde = imagen.subspan(std::min(imagen.size(), numero * kBytesBloque));
-        const auto fin = std::copy_n(desde.begin(), std::min(desde.size(), kBytesBloque), bloque.begin());
-        std::fill(fin, bloque.end(), std::uint8_t{0});
-    }
-    if (!origen.serie) return;
-    const auto empacada = empacarSerie(*origen.serie);
+void Conversor::marcarSerie(const std::string& serie) {
+    const auto empacada = empacarSerie(serie);
     std::copy(empacada.begin(), empacada.end(), memoria_.imagen().begin() + registro_config::kSerie);
+    usados_ = std::max(usados_, registro_config::kSerie + empacada.size());
 }
 
 ArchivoDatos Conversor::convertir(std::span<const std::uint8_t> imagen, Formato formato, Perfil perfil,
                                   const FechaHora& momento, const OrigenConfig& origen) {
-    cargar(imagen, origen);
+    const auto cuantos = std::min(imagen.size(), kAlcance);
+    std::copy_n(imagen.begin(), cuantos, destino().begin());
+    return convertir(cuantos, formato, perfil, momento, origen);
+}
+
+ArchivoDatos Conversor::convertir(std::size_t bytes, Formato formato, Perfil perfil, const FechaHora& momento,
+                                  const OrigenConfig& origen) {
+    // Only what an image before this one left behind: the other pages were never touched.
+    std::fill_n(destino().begin() + static_cast<std::ptrdiff_t>(bytes), usados_ - std::min(usados_, bytes),
+                std::uint8_t{0});
+    usados_ = bytes;
+    if (origen.serie) marcarSerie(*origen.serie);
     const auto cabecera = leerCabecera(memoria_.imagen());
     Decodificador decodificador(perfil);
     decodificador.evaporacion(cabecera.llevaEvaporacion());

@@ -94,31 +94,36 @@ std::vector<Par> pares(const Opciones& opciones, Formato formato) {
 
 // A file and what is to be told about it.
 struct Convertido {
-    std::string bytes;
+    ArchivoDatos archivo;
     std::string aviso;
 };
 
-Convertido convertirImagen(Conversor& conversor, const Trabajo& trabajo,
-                           std::span<const std::uint8_t> imagen) {
+// The image's first bytes stand where the converter reads them.
+Convertido convertirImagen(Conversor& conversor, const Trabajo& trabajo, std::size_t bytes) {
     auto archivo =
-        conversor.convertir(imagen, trabajo.formato, trabajo.perfil, trabajo.momento, trabajo.origen);
+        conversor.convertir(bytes, trabajo.formato, trabajo.perfil, trabajo.momento, trabajo.origen);
     auto aviso = archivo.recuento.texto();
-    if (imagen.size() < kBytesMemoria) {
-        aviso += fmt::format("\naviso: hay {} bytes de los {} de una imagen completa", imagen.size(),
-                             kBytesMemoria);
+    if (bytes < kBytesMemoria) {
+        aviso += fmt::format("\naviso: hay {} bytes de los {} de una imagen completa", bytes, kBytesMemoria);
     }
-    return {std::move(archivo.bytes), std::move(aviso)};
+    return {std::move(archivo), std::move(aviso)};
+}
+
+std::size_t leerTuberia(Consola& consola, std::span<std::uint8_t> destino) {
+    const auto imagen = consola.leerEntrada(destino.size());
+    std::copy(imagen.begin(), imagen.end(), destino.begin());
+    return imagen.size();
 }
 
 void convertirUna(ContextoCli& contexto, const Trabajo& trabajo, const Par& par) {
-    const auto imagen = par.entrada == kTuberia ? contexto.consola.leerEntrada(Conversor::kAlcance)
-                                                : leerArchivo(par.entrada, Conversor::kAlcance);
     Conversor conversor;
-    const auto convertido = convertirImagen(conversor, trabajo, imagen);
+    const auto bytes = par.entrada == kTuberia ? leerTuberia(contexto.consola, conversor.destino())
+                                               : leerArchivo(par.entrada, conversor.destino());
+    const auto convertido = convertirImagen(conversor, trabajo, bytes);
     if (par.salida == kTuberia) {
-        contexto.consola.resultado(convertido.bytes);
+        contexto.consola.resultado(convertido.archivo.bytes());
     } else {
-        guardarAtomico(par.salida, convertido.bytes);
+        guardarAtomico(par.salida, convertido.archivo.bytes());
     }
     contexto.consola.aviso(convertido.aviso);
 }
@@ -164,10 +169,10 @@ class Tanda {
             std::string texto;
             try {
                 const auto convertido =
-                    convertirImagen(conversor, trabajo_, leerArchivo(par.entrada, Conversor::kAlcance));
+                    convertirImagen(conversor, trabajo_, leerArchivo(par.entrada, conversor.destino()));
                 // Reading the process's file mode mask, which a save does, means setting it for a moment.
                 const std::scoped_lock cerrojo(guardando_);
-                guardarAtomico(par.salida, convertido.bytes);
+                guardarAtomico(par.salida, convertido.archivo.bytes());
                 texto = convertido.aviso;
             } catch (const std::exception& error) {
                 ++fallidas_;

@@ -67,7 +67,7 @@ void descargar(ContextoCli& contexto, const Opciones& opciones) {
     const auto archivo = Conversor().convertir(imagen, Formato::csv, leerPerfil(opciones.perfil),
                                                contexto.entorno.reloj.ahora(),
                                                {.serie = datos.Nserie, .texto = textoConfig(datos)});
-    guardar(contexto, opciones.csv, archivo.bytes);
+    guardar(contexto, opciones.csv, archivo.bytes());
     consola.aviso(archivo.recuento.texto());
 }
 

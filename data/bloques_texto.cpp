@@ -58,21 +58,26 @@ struct Corrida {
 Recuento BloquesTexto::decodificar(const Memoria& memoria, Decodificador& decodificador,
                                    std::int32_t ultimoBloque,
                                    const std::function<void(std::int32_t)>& alBloque) {
-    if (!texto_) texto_ = std::make_unique_for_overwrite<char[]>(kCapacidad);
+    if (!texto_) {
+        texto_ = std::make_unique_for_overwrite<char[]>(cabecera_.size() + kCapacidad + pie_.size());
+        std::copy(cabecera_.begin(), cabecera_.end(), texto_.get());
+    }
+    char* const inicio = texto_.get() + cabecera_.size();
     const auto hasta = std::min(ultimoBloque, static_cast<std::int32_t>(Memoria::kBloques) - 1) + 1;
-    Corrida corrida{memoria, decodificador, alBloque, texto_.get()};
+    Corrida corrida{memoria, decodificador, alBloque, inicio};
     corrida.soltar(0, std::min(kPrimerBloque, hasta));
     for (std::int32_t i = 0; i < static_cast<std::int32_t>(kBuferes); ++i) {
         corrida.guardar(std::max(kPrimerBloque, i * kPorBufer), std::min((i + 1) * kPorBufer, hasta));
-        finales_[static_cast<std::size_t>(i)] = static_cast<std::size_t>(corrida.fin - texto_.get());
+        finales_[static_cast<std::size_t>(i)] = static_cast<std::size_t>(corrida.fin - inicio);
     }
     corrida.soltar(kBloquesGuardados, hasta);
+    std::copy(pie_.begin(), pie_.end(), corrida.fin);
     return corrida.recuento;
 }
 
 std::string_view BloquesTexto::bufer(std::size_t indice) const {
     const auto desde = indice == 0 ? 0 : finales_[indice - 1];
-    return {texto_.get() + desde, finales_[indice] - desde};
+    return {lineas() + desde, finales_[indice] - desde};
 }
 
 }  // namespace telvane

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "data/decodificador.h"
 #include "data/memoria.h"
@@ -21,6 +22,10 @@ class BloquesTexto {
     static constexpr std::int32_t kPrimerBloque = 6;
     static constexpr std::int32_t kPorBufer = 500;
 
+    // cabecera, pie: what the whole text has before its first line and after its last.
+    explicit BloquesTexto(std::string cabecera = {}, std::string pie = {})
+        : cabecera_(std::move(cabecera)), pie_(std::move(pie)) {}
+
     // Decodes blocks 0 to ultimoBloque in place of what stood here. alBloque, if given, is told each block's
     // number after it is done.
     Recuento decodificar(const Memoria& memoria, Decodificador& decodificador, std::int32_t ultimoBloque,
@@ -29,9 +34,17 @@ class BloquesTexto {
     // One buffer's lines, indice 0 to 15; valid until the next run.
     std::string_view bufer(std::size_t indice) const;
     // The buffers in order; valid until the next run.
-    std::string_view unidos() const { return {texto_.get(), finales_.back()}; }
+    std::string_view unidos() const { return {lineas(), finales_.back()}; }
+    // With what goes before and after them; needs a run, valid until the next.
+    std::string_view entero() const {
+        return {texto_.get(), cabecera_.size() + finales_.back() + pie_.size()};
+    }
 
    private:
+    const char* lineas() const { return texto_.get() + (texto_ ? cabecera_.size() : 0); }
+
+    std::string cabecera_;
+    std::string pie_;
     // One text; each buffer begins where the one before it ends. Taken when first used: room for the longest
     // lines of all blocks, of which the system backs only the pages that are written.
     std::unique_ptr<char[]> texto_;

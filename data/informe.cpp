@@ -40,10 +40,10 @@ std::size_t prohibido(std::string_view texto) {
 
 ArchivoDatos archivo(std::string_view cabecera, const Memoria& memoria, Decodificador& decodificador,
                      std::int32_t ultimoBloque, const std::function<void(std::int32_t)>& alBloque) {
-    BloquesTexto bloques;
-    const auto recuento = bloques.decodificar(memoria, decodificador, ultimoBloque, alBloque);
     // The sample lines are plain ASCII.
-    return {conMuestras(cp1252DeUtf8(cabecera), bloques), recuento};
+    BloquesTexto bloques(cp1252DeUtf8(cabecera), std::string(textos::kFinLinea));
+    const auto recuento = bloques.decodificar(memoria, decodificador, ultimoBloque, alBloque);
+    return {std::move(bloques), recuento};
 }
 
 }  // namespace
@@ -72,6 +72,11 @@ std::string conMuestras(std::string cabecera, const BloquesTexto& bloques) {
     const auto muestras = bloques.unidos();
     cabecera.reserve(cabecera.size() + muestras.size() + textos::kFinLinea.size());
     return std::move(cabecera.append(muestras).append(textos::kFinLinea));
+}
+
+std::string_view ArchivoDatos::bytes() const& {
+    const auto* bloques = std::get_if<BloquesTexto>(&texto_);
+    return bloques ? bloques->entero() : std::string_view(std::get<std::string>(texto_));
 }
 
 std::string nombreCsv(std::string_view ubicacion, const FechaHora& momento) {

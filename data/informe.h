@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
 
 #include "data/bloques_texto.h"
 #include "data/decodificador.h"
@@ -32,9 +34,20 @@ std::string nombreCsv(std::string_view ubicacion, const FechaHora& momento);
 std::string conMuestras(std::string cabecera, const BloquesTexto& bloques);
 
 // A whole file and what its decoding run found.
-struct ArchivoDatos {
-    std::string bytes;
+class ArchivoDatos {
+   public:
+    // texto: after its run.
+    ArchivoDatos(BloquesTexto texto, const Recuento& hallado) : recuento(hallado), texto_(std::move(texto)) {}
+    ArchivoDatos(std::string texto, const Recuento& hallado) : recuento(hallado), texto_(std::move(texto)) {}
+
+    // As long as this lives.
+    std::string_view bytes() const&;
+    std::string_view bytes() && = delete;
+
     Recuento recuento;
+
+   private:
+    std::variant<BloquesTexto, std::string> texto_;
 };
 
 // Decodes blocks 0 to ultimoBloque of the image, in the decoder's profile and variant, into a file's bytes.

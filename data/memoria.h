@@ -27,6 +27,8 @@ class Memoria {
     BloqueConst bloque(std::size_t numero) const {
         return BloqueConst(bytes_.get() + numero * kBytesBloque, kBytesBloque);
     }
+    // The first blocks as one stretch.
+    std::span<std::uint8_t> primeros(std::size_t bloques) { return {bytes_.get(), bloques * kBytesBloque}; }
     // The logger's own memory, 262144 bytes: what a base file holds.
     std::span<std::uint8_t> imagen() { return {bytes_.get(), kBytesMemoria}; }
     std::span<const std::uint8_t> imagen() const { return {bytes_.get(), kBytesMemoria}; }

@@ -46,6 +46,12 @@ std::filesystem::path carpetaXdg(const char* variable, const char* porDefecto) {
 }  // namespace
 
 std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::size_t maximo) {
+    std::vector<std::uint8_t> bytes(maximo);
+    bytes.resize(leerArchivo(ruta, std::span(bytes)));
+    return bytes;
+}
+
+std::size_t leerArchivo(const std::filesystem::path& ruta, std::span<std::uint8_t> destino) {
     const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (archivo() < 0) fallar(ruta, motivoSistema(errno));
     struct stat datos {};
@@ -53,17 +59,15 @@ std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::si
     if (S_ISDIR(datos.st_mode)) fallar(ruta, motivoSistema(EISDIR));
     if (!S_ISREG(datos.st_mode)) fallar(ruta, "no es un archivo");
 
-    std::vector<std::uint8_t> bytes(maximo);
     std::size_t leidos = 0;
-    while (leidos < maximo) {
-        const auto n = ::read(archivo(), bytes.data() + leidos, maximo - leidos);
+    while (leidos < destino.size()) {
+        const auto n = ::read(archivo(), destino.data() + leidos, destino.size() - leidos);
         if (n < 0 && errno == EINTR) continue;
         if (n < 0) fallar(ruta, motivoSistema(errno));
         if (n == 0) break;
         leidos += static_cast<std::size_t>(n);
     }
-    bytes.resize(leidos);
-    return bytes;
+    return leidos;
 }
 
 std::filesystem::path carpetaDeDatos() {

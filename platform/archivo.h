@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <stdexcept>
 #include <vector>
 
@@ -16,6 +17,8 @@ class ErrorLectura : public std::runtime_error {
 // The first bytes of a regular file, at most maximo. Throws ErrorLectura with the reason in Spanish for
 // anything that is no regular file or cannot be read to that point. Never waits for a FIFO.
 std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::size_t maximo);
+// The same into destino; gives how many.
+std::size_t leerArchivo(const std::filesystem::path& ruta, std::span<std::uint8_t> destino);
 
 // Folder of the user's data, $XDG_DATA_HOME/telvane or ~/.local/share/telvane; empty when there is no home.
 std::filesystem::path carpetaDeDatos();

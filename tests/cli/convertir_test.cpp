@@ -30,7 +30,9 @@ class Convertir : public CliPrueba {
         const auto cabecera = leerCabecera(imagen);
         Decodificador decodificador(perfil);
         decodificador.evaporacion(evaporacion);
-        return archivoCsv(memoria, decodificador, kUltimoBloque, bucle.reloj().ahora(), cabecera.texto).bytes;
+        const auto archivo =
+            archivoCsv(memoria, decodificador, kUltimoBloque, bucle.reloj().ahora(), cabecera.texto);
+        return std::string(archivo.bytes());
     }
 
     std::vector<std::uint8_t> imagen;
@@ -133,10 +135,9 @@ TEST_F(Convertir, OneImageTellsNothingOfTheOneBefore) {
     const auto limpio =
         Conversor().convertir(std::vector<std::uint8_t>(100, 0x11), Formato::csv, Perfil::estricto, momento);
     conversor.convertir(imagen, Formato::csv, Perfil::estricto, momento);
-    EXPECT_EQ(
-        conversor.convertir(std::vector<std::uint8_t>(100, 0x11), Formato::csv, Perfil::estricto, momento)
-            .bytes,
-        limpio.bytes);
+    const auto despues =
+        conversor.convertir(std::vector<std::uint8_t>(100, 0x11), Formato::csv, Perfil::estricto, momento);
+    EXPECT_EQ(despues.bytes(), limpio.bytes());
 }
 
 // Many at once wait on real descriptors.

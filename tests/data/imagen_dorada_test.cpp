@@ -74,7 +74,8 @@ std::string csv() {
     Decodificador decodificador;
     decodificador.evaporacion(cabecera.llevaEvaporacion());
     const FechaHora momento{2026, 11, 20, 17h + 4min + 9s};
-    return archivoCsv(memoria, decodificador, kUltimoBloque, momento, cabecera.texto).bytes;
+    const auto archivo = archivoCsv(memoria, decodificador, kUltimoBloque, momento, cabecera.texto);
+    return std::string(archivo.bytes());
 }
 
 TEST(ImagenDorada, elCsvDeUnaImagenEnteraEsElGuardado) {

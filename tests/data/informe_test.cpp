@@ -97,7 +97,7 @@ TEST(ArchivoCsv, esEncabezadoColumnasLineasYUnaLineaVacia) {
     Decodificador decodificador;
     const auto archivo = archivoCsv(memoria, decodificador, kUltimoBloque, kMomento, kConfig);
     EXPECT_EQ(
-        utf8DeCp1252({reinterpret_cast<const std::uint8_t*>(archivo.bytes.data()), archivo.bytes.size()}),
+        utf8DeCp1252({reinterpret_cast<const std::uint8_t*>(archivo.bytes().data()), archivo.bytes().size()}),
         encabezadoCsv(kMomento, kConfig) + columnasCsv(false) + lineaDe({}) + lineaDe({.lluvia = 5}) +
             "\r\n");
     EXPECT_EQ(archivo.recuento.escritas, 2u);
@@ -105,30 +105,30 @@ TEST(ArchivoCsv, esEncabezadoColumnasLineasYUnaLineaVacia) {
 
 TEST(ArchivoCsv, elSignoDeGradosEsUnByteDeWindows1252) {
     Decodificador decodificador;
-    const auto bytes = archivoCsv(Memoria(), decodificador, kUltimoBloque, kMomento, "").bytes;
-    EXPECT_NE(bytes.find("Temp[\xBA"
-                         "C],Dir Viento [\xBA]"),
+    const auto archivo = archivoCsv(Memoria(), decodificador, kUltimoBloque, kMomento, "");
+    EXPECT_NE(archivo.bytes().find("Temp[\xBA"
+                                   "C],Dir Viento [\xBA]"),
               std::string::npos);
 }
 
 TEST(ArchivoCsv, sinMuestrasConservaEncabezadoColumnasYFinal) {
     Decodificador decodificador;
     const auto archivo = archivoCsv(Memoria(), decodificador, kUltimoBloque, kMomento, kConfig);
-    EXPECT_EQ(archivo.bytes, cp1252DeUtf8(encabezadoCsv(kMomento, kConfig) + columnasCsv(false) + "\r\n"));
+    EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(encabezadoCsv(kMomento, kConfig) + columnasCsv(false) + "\r\n"));
 }
 
 TEST(ArchivoXls, llevaCuatroNombresYLasDiezColumnas) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 1, {});
     Decodificador decodificador;
-    EXPECT_EQ(archivoXls(memoria, decodificador, kUltimoBloque).bytes,
-              cp1252DeUtf8(columnasXls()) + lineaDe({}) + "\r\n");
+    const auto archivo = archivoXls(memoria, decodificador, kUltimoBloque);
+    EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(columnasXls()) + lineaDe({}) + "\r\n");
 }
 
 TEST(ArchivoXls, sinMuestrasTieneSoloLosNombresYLaLineaFinal) {
     Decodificador decodificador;
-    EXPECT_EQ(archivoXls(Memoria(), decodificador, kUltimoBloque).bytes,
-              cp1252DeUtf8(columnasXls()) + "\r\n");
+    const auto archivo = archivoXls(Memoria(), decodificador, kUltimoBloque);
+    EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(columnasXls()) + "\r\n");
 }
 
 }  // namespace
