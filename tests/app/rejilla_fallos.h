@@ -54,7 +54,7 @@ inline constexpr std::array<FalloDeRejilla, 13> kFallosDeRejilla = {{
 
 // Every so manieth place is tried: a sanitized program takes ten times as long. The environment may ask for
 // all of them, or for the part (TELVANE_REJILLA=entera, muestra).
-inline std::size_t pasoDeRejilla(std::size_t saneado, [[maybe_unused]] std::size_t normal = 1) {
+inline std::size_t pasoDeRejilla([[maybe_unused]] std::size_t saneado) {
     const char* cuanto = std::getenv("TELVANE_REJILLA");
     const std::string_view pedido = cuanto != nullptr ? cuanto : "";
     if (pedido == "entera") return 1;
@@ -62,7 +62,7 @@ inline std::size_t pasoDeRejilla(std::size_t saneado, [[maybe_unused]] std::size
 #if defined(TELVANE_SANEADO)
     return saneado;
 #else
-    return normal;
+    return 1;
 #endif
 }
 
