@@ -42,7 +42,9 @@ class VentanaE2e : public ::testing::Test {
     void TearDown() override {
         if (!HasFailure() || !programa_) return;
         const auto lineas = raiz().buscar(kCampo, "Diagnostico");
-        ADD_FAILURE() << "telvane: " << programa_->errores() << "\n"
+        const auto estado = programa_->terminar(Proceso::Plazo(0));
+        ADD_FAILURE() << "telvane " << (estado ? "ended with " + std::to_string(*estado) : "runs") << ": "
+                      << programa_->errores() << "\n"
                       << (lineas ? lineas->texto() : "") << raiz().arbol();
     }
 
