@@ -1,8 +1,10 @@
 #include "bench/decodificador_directo.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
+#include <string_view>
 
 namespace telvane::bench {
 
@@ -60,7 +62,7 @@ struct Tablas {
 // Slow and plain; fills the tables and serves the raw values beyond them. decimales: 0, 1 or 2.
 char* numero(char* p, long valor, int decimales) {
     if (valor < 0) *p++ = '-';
-    unsigned long v = static_cast<unsigned long>(valor < 0 ? -valor : valor);
+    auto v = static_cast<unsigned long>(valor < 0 ? -valor : valor);
     while (decimales > 0 && v % 10 == 0) v /= 10, --decimales;
     char al_reves[16];
     int n = 0;
@@ -108,9 +110,9 @@ void llenarViento(Tablas& t) {
     for (unsigned b = 0; b < 256; ++b) {
         char* p = numero(t.viento[b].data(), redondo(static_cast<long>(b) * 225, 10), 1);
         *p++ = ',';
-        const char* nombre = kNombres[b % 10 == 0 && b <= 160 ? b / 10 : 0];
-        std::memcpy(p, nombre, std::strlen(nombre));
-        t.viento[b].back() = static_cast<char>(p + std::strlen(nombre) - t.viento[b].data());
+        const std::string_view nombre = kNombres[b % 10 == 0 && b <= 160 ? b / 10 : 0];
+        p = std::copy(nombre.begin(), nombre.end(), p);
+        t.viento[b].back() = static_cast<char>(p - t.viento[b].data());
     }
 }
 
@@ -151,7 +153,7 @@ char* linea(char* p, const Tablas& t, const std::uint8_t* r) {
     poner(p, t.cifras[r[3]]);
     p[2] = '/';
     poner(p + 3, t.cifras[r[4]]);
-    std::memcpy(p + 5, "/20", 3);
+    std::copy_n("/20", 3, p + 5);
     poner(p + 8, t.cifras[r[5]]);
     p[10] = ',';
     poner(p + 11, t.cifras[r[0]]);
@@ -170,7 +172,7 @@ char* linea(char* p, const Tablas& t, const std::uint8_t* r) {
     p = celda(p, t.presion, par(r + 17), columnaPresion);
     poner(p, t.lluvia[r[19]]);
     p += t.lluvia[r[19]].back() - 1;  // no comma after the last column
-    std::memcpy(p, "\r\n", 2);
+    std::copy_n("\r\n", 2, p);
     return p + 2;
 }
 
@@ -181,7 +183,7 @@ std::size_t decodificarDirecto(const std::uint8_t* bloques, std::int32_t ultimoB
     const Tablas& t = tablas();
     char* p = destino;
     for (std::int32_t numero = kPrimero; numero <= ultimoBloque; ++numero) {
-        const std::uint8_t* bloque = bloques + numero * 64;
+        const std::uint8_t* bloque = bloques + static_cast<std::ptrdiff_t>(numero) * 64;
         const bool primero = bueno(leer<std::uint64_t>(bloque) & kSello);
         const bool segundo = bueno(leer<std::uint64_t>(bloque + 32) & kSello);
         if (primero & segundo) p = linea(p, t, bloque);

@@ -141,7 +141,7 @@ bool VentanaViva::eventFilter(QObject* objeto, QEvent* suceso) {
                 QTimer::singleShot(0, dialogo, [this, dialogo] {
                     std::filesystem::remove(guardarEn_);  // or it asks whether to replace it
                     dialogo->findChild<QLineEdit*>()->setText(QFile::decodeName(guardarEn_.c_str()));
-                    dialogo->metaObject()->invokeMethod(dialogo, "accept");
+                    QMetaObject::invokeMethod(dialogo, "accept");
                 });
             }
             break;

@@ -84,6 +84,7 @@ struct Dispositivo {
     fs::path ruta;  // without links
     dev_t sistema;
     ino_t nodo;
+    dev_t numero;  // of the driver
 };
 
 std::optional<Dispositivo> dispositivoDe(const fs::path& archivo) {
@@ -91,7 +92,7 @@ std::optional<Dispositivo> dispositivoDe(const fs::path& archivo) {
     std::error_code error;
     auto ruta = fs::canonical(archivo, error);
     if (error || ::stat(ruta.c_str(), &datos) != 0 || !S_ISCHR(datos.st_mode)) return std::nullopt;
-    return Dispositivo{std::move(ruta), datos.st_dev, datos.st_ino};
+    return Dispositivo{std::move(ruta), datos.st_dev, datos.st_ino, datos.st_rdev};
 }
 
 void anotar(std::vector<Ocupante>& ocupantes, pid_t pid, const fs::path& proc) {
@@ -104,15 +105,26 @@ fs::path destinoDe(const fs::path& enlace) {
     return fs::read_symlink(enlace, error);
 }
 
+// A container has its own pseudo-terminals under the same names and with the same numbers of the driver.
+bool esElMismo(const fs::path& descriptor, const Dispositivo& buscado) {
+    constexpr unsigned kPrimeraPty = 136;
+    constexpr unsigned kUltimaPty = 143;
+    struct stat datos {};
+    if (::stat(descriptor.c_str(), &datos) != 0 || datos.st_rdev != buscado.numero) return false;
+    const bool pty = major(datos.st_rdev) >= kPrimeraPty && major(datos.st_rdev) <= kUltimaPty;
+    return !pty || datos.st_dev == buscado.sistema;
+}
+
 // Processes with the device open. Only our own user's descriptors may be looked at. Their names are compared
-// and not their files: asking about a file of a network disk may take for ever.
+// first: asking about a file of a network disk may take for ever.
 void buscarDescriptores(const Dispositivo& buscado, const fs::path& proc, std::vector<Ocupante>& ocupantes) {
     for (const auto& proceso : entradas(proc)) {
         const auto pid = leerNumero<pid_t>(proceso.filename().native());
         if (!pid) continue;
         const auto descriptores = entradas(proceso / "fd");
-        if (std::any_of(descriptores.begin(), descriptores.end(),
-                        [&](const fs::path& d) { return destinoDe(d) == buscado.ruta; })) {
+        if (std::any_of(descriptores.begin(), descriptores.end(), [&](const fs::path& d) {
+                return destinoDe(d) == buscado.ruta && esElMismo(d, buscado);
+            })) {
             anotar(ocupantes, *pid, proc);
         }
     }
