@@ -126,7 +126,9 @@ std::string Argumentos::motivoDeUso(int codigo, const std::string& texto) const 
     switch (static_cast<CLI::ExitCodes>(codigo)) {
         case CLI::ExitCodes::RequiredError:
             if (!faltaOrden) return fmt::format("falta {}", antesDe(" "));
-            return sobran.empty() ? "falta la orden" : fmt::format("no hay una orden \"{}\"", sobran);
+            if (sobran.empty()) return "falta la orden";
+            if (!sobran.starts_with('-')) return fmt::format("no hay una orden \"{}\"", sobran);
+            [[fallthrough]];
         case CLI::ExitCodes::ExtrasError:
             return fmt::format("no se entiende \"{}\"", sobran);
         case CLI::ExitCodes::ArgumentMismatch:
