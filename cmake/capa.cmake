@@ -1,7 +1,13 @@
-# {fmt} from its headers, compiled once and linked into each program (platform/formato.cpp says why).
-add_library(telvane_formato STATIC ${PROJECT_SOURCE_DIR}/platform/formato.cpp)
-target_include_directories(telvane_formato SYSTEM
-  PUBLIC $<TARGET_PROPERTY:fmt::fmt-header-only,INTERFACE_INCLUDE_DIRECTORIES>)
+# {fmt} from its headers, compiled once and linked into each program (platform/formato.cpp says why); under the sanitizers, where
+# nobody waits for a start, the distribution's shared one.
+if(TELVANE_SANEADORES)
+  add_library(telvane_formato INTERFACE)
+  target_link_libraries(telvane_formato INTERFACE fmt::fmt)
+else()
+  add_library(telvane_formato STATIC ${PROJECT_SOURCE_DIR}/platform/formato.cpp)
+  target_include_directories(telvane_formato SYSTEM
+    PUBLIC $<TARGET_PROPERTY:fmt::fmt-header-only,INTERFACE_INCLUDE_DIRECTORIES>)
+endif()
 
 # Headers that most files include are compiled once: the standard library for every layer, the test library for every test.
 # A file still includes what it uses; -DTELVANE_PRECOMPILAR=OFF builds without and shows where it does not.
@@ -22,6 +28,9 @@ if(TELVANE_PRECOMPILAR)
     <map> <memory> <optional> <span> <string> <string_view> <utility> <vector> <fmt/format.h>)
 endif()
 
+# Of the toolkit only what most of its files include: all of it takes three times as long as they save.
+set(telvane_cabeceras_qt <QApplication> <QLabel> <QLayout> <QLineEdit> <QPushButton> <QTimer> <QWidget>)
+
 # telvane_capa(name [QT] SOURCES ... NECESITA ...): one folder, one static library, and the only arrows it may have.
 # A folder's headers are reached as "folder/file.h" from the project's root.
 function(telvane_capa nombre)
@@ -32,7 +41,7 @@ function(telvane_capa nombre)
   if(NOT CAPA_QT)
     telvane_precompilar(telvane_${nombre} telvane_precompilado)
   elseif(TELVANE_PRECOMPILAR)
-    target_precompile_headers(telvane_${nombre} PRIVATE <QtWidgets> <functional> <memory> <string> <vector>)
+    target_precompile_headers(telvane_${nombre} PRIVATE ${telvane_cabeceras_qt} <functional> <memory> <string> <vector>)
   endif()
   foreach(capa IN LISTS CAPA_NECESITA)
     target_link_libraries(telvane_${nombre} PUBLIC telvane_${capa})
