@@ -22,6 +22,8 @@ class LineaRegistrador {
     // Waits until this many bytes, 1 to 255, are here; false: the time was over first. Throws ErrorPuerto
     // when the device has gone, ErrorCli (interrumpido) on a signal.
     bool esperarBytes(std::size_t cuantos, Bucle::Duracion plazo);
+    // Lets the time pass; what comes meanwhile is nobody's. Throws ErrorCli (interrumpido).
+    void pausar(Bucle::Duracion duracion);
     // Bytes that are here by now.
     std::size_t esperan();
     // The next of them; there must be one.

@@ -74,7 +74,7 @@ bool RegistradorCli::sondear(int numero) {
 void RegistradorCli::despertar() {
     LineaRegistrador linea(entorno_, puertos_, numero_);
     linea.enviar(kSonda);
-    pausar(entorno_, kDespertar);
+    linea.pausar(kDespertar);
 }
 
 // Waits for this many bytes and takes the first. contador: 1 for the first answer of an exchange.

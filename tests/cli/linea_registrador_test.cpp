@@ -77,5 +77,23 @@ TEST(LineaRegistrador, NeverSleepsUntilMoreComesThanIsMissing) {
     EXPECT_EQ(linea.esperan(), 64u);
 }
 
+// The answer to a wake-up is left unread; woken by it, the tool would turn until the two seconds are over.
+TEST(LineaRegistrador, APauseIsNotWokenByWhatComesMeanwhile) {
+    BuclePrueba bucle;
+    Hilo hilo;
+    EntornoCli entorno{.bucle = bucle,
+                       .reloj = bucle.reloj(),
+                       .correrHasta =
+                           [&](const EntornoCli::Condicion& condicion, Bucle::Duracion) {
+                               EXPECT_GT(hilo.pedidos, 31u);
+                               return condicion();
+                           },
+                       .abrirPuertos = {}};
+    UnPuerto puertos(hilo);
+    LineaRegistrador linea(entorno, puertos, 1);
+    linea.pausar(std::chrono::seconds(2));
+    EXPECT_EQ(hilo.pedidos, 255u);
+}
+
 }  // namespace
 }  // namespace telvane
