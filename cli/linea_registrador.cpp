@@ -18,7 +18,7 @@ bool LineaRegistrador::esperarBytes(std::size_t cuantos, Bucle::Duracion plazo) 
     return esperar(
         entorno_,
         [&] {
-            llenar();
+            if (quedan() < cuantos) llenar();
             if (quedan() >= cuantos) return true;
             // One wake-up once the missing ones are here. Counted anew after each reading: the system does
             // not count those that it has handed over.
