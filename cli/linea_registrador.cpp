@@ -31,8 +31,7 @@ bool LineaRegistrador::esperarBytes(std::size_t cuantos, Bucle::Duracion plazo) 
 // A byte that nobody reads would wake us again and again until the time is over: the answer to a wake-up is
 // shorter than the most that a port can wait for.
 void LineaRegistrador::pausar(Bucle::Duracion duracion) {
-    constexpr int kUmbralMaximo = 255;
-    puerto_->umbral(kUmbralMaximo);
+    puerto_->umbral(PuertoSerie::kUmbralMaximo);
     telvane::pausar(entorno_, duracion);
 }
 

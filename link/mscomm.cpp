@@ -8,7 +8,6 @@ namespace telvane {
 namespace {
 
 constexpr int kMaxPuerto = 16;
-constexpr int kMaxUmbralPuerto = 255;
 
 }  // namespace
 
@@ -213,7 +212,7 @@ void MSComm::llenar() {
 void MSComm::pedirUmbral() {
     if (!puerto_ || desaparecido_) return;
     const int esperan = static_cast<int>(entrada_.size() - leidos_);
-    puerto_->umbral(std::clamp(rThreshold_ - esperan, 1, kMaxUmbralPuerto));
+    puerto_->umbral(std::clamp(rThreshold_ - esperan, 1, PuertoSerie::kUmbralMaximo));
 }
 
 void MSComm::despertar() {

@@ -58,7 +58,8 @@ class PuertoSerie {
     // Takes what waits, up to the span's size, without waiting; 0: nothing waits.
     // Throws ErrorPuerto (desaparecido) once the device has gone, every time it is asked.
     virtual std::size_t leer(std::span<std::uint8_t> destino) = 0;
-    // Wake the owner once this many bytes (1 to 255) wait, not for every byte.
+    // Wake the owner once this many bytes (1 to kUmbralMaximo) wait, not for every byte.
+    static constexpr int kUmbralMaximo = 255;  // the system keeps it in one byte
     virtual void umbral(int bytes) = 0;
     // Discards what waits.
     virtual void vaciarEntrada() = 0;

@@ -25,7 +25,6 @@ namespace telvane {
 
 namespace {
 
-constexpr int kUmbralMaximo = 255;  // VMIN is one byte wide
 constexpr std::chrono::seconds kPlazoEscritura{1};
 constexpr std::chrono::milliseconds kRevisionLinea{100};
 // More than the system holds for a line, so that emptying one that never falls silent ends.
