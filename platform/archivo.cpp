@@ -8,25 +8,12 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/guardado.h"
+#include "platform/descriptor.h"
+#include "platform/motivos.h"
 
 namespace telvane {
 
 namespace {
-
-class Descriptor {
-   public:
-    explicit Descriptor(int numero) : numero_(numero) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (numero_ >= 0) ::close(numero_);
-    }
-    int operator()() const { return numero_; }
-
-   private:
-    int numero_;
-};
 
 [[noreturn]] void fallar(const std::filesystem::path& ruta, const std::string& motivo) {
     throw ErrorLectura("no se pudo leer " + ruta.filename().string() + ": " + motivo);

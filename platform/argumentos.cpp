@@ -1,6 +1,8 @@
 #include "platform/argumentos.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -18,9 +20,11 @@ constexpr std::size_t kAnchoDeNombres = 28;
 void completar(CLI::Option& nueva, const OpcionDeLinea& opcion) {
     nueva.required(opcion.obligatoria);
     if (!opcion.valor.empty()) nueva.type_name(opcion.valor);
-    if (!opcion.comprobar) return;
-    const auto comprobar = opcion.comprobar;
-    nueva.check(CLI::Validator([comprobar](std::string& texto) { return comprobar(texto); }, ""));
+    const auto revisar = [comprobar = opcion.comprobar, vacia = opcion.vacia](std::string& texto) {
+        if (texto.empty() && !vacia) return std::string("no puede estar vacío");
+        return comprobar ? comprobar(texto) : std::string();
+    };
+    nueva.check(CLI::Validator(revisar, ""));
 }
 
 std::shared_ptr<CLI::Formatter> formatoEspanol() {
@@ -86,8 +90,43 @@ OrdenDeLinea Argumentos::orden(const std::string& nombre, const std::string& ayu
     return OrdenDeLinea(*nueva);
 }
 
+// The library takes the word behind an option for its value, whatever it reads; here one that begins like an
+// option is one, and the value before it is missing. Each option stands once, unless it keeps every value.
+std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) const {
+    std::vector<const CLI::App*> partes = {app_.get()};
+    for (const auto* orden : app_->get_subcommands([](const CLI::App*) { return true; })) {
+        partes.push_back(orden);
+    }
+    const auto declarada = [&](const std::string& nombre) -> const CLI::Option* {
+        for (const auto* parte : partes) {
+            if (const auto* opcion = parte->get_option_no_throw(nombre)) return opcion;
+        }
+        return nullptr;
+    };
+    std::set<std::string> vistas;
+    for (std::size_t i = 0; i < argumentos.size() && argumentos[i] != "--"; ++i) {
+        const auto igual = argumentos[i].find('=');
+        const auto nombre = argumentos[i].substr(0, igual);
+        const auto* opcion = nombre.starts_with('-') ? declarada(nombre) : nullptr;
+        if (!opcion) continue;
+        const bool lleva = opcion->get_items_expected_max() > 0;
+        if (!lleva && igual != std::string::npos) return fmt::format("{} no lleva valor", nombre);
+        const bool repetible = opcion->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
+        if (!vistas.insert(opcion->get_name()).second && !repetible)
+            return fmt::format("{} se dio dos veces", nombre);
+        if (!lleva || igual != std::string::npos || ++i == argumentos.size()) continue;
+        if (argumentos[i].starts_with("--") || declarada(argumentos[i])) {
+            return fmt::format("{}: falta su valor; uno que empieza por guion se escribe {}={}", nombre,
+                               nombre, argumentos[i]);
+        }
+    }
+    return {};
+}
+
 LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
     using Que = LineaLeida::Que;
+    if (const auto motivo = malPuestas(argumentos); !motivo.empty())
+        return {Que::malUso, fmt::format("{}\n({} --help)", motivo, nombre_)};
     for (auto* orden : app_->get_subcommands({})) {
         for (auto* opcion : orden->get_options()) opcion->group(kOpciones);
     }

@@ -21,6 +21,8 @@ struct OpcionDeLinea {
     // Empty when the value will do, otherwise why not.
     std::function<std::string(const std::string&)> comprobar = {};
     bool obligatoria = false;
+    // An empty text is a value, too; otherwise it is refused like a missing one.
+    bool vacia = false;
 };
 
 // A program or one of its commands. What receives a value outlives the reading of the line.
@@ -62,10 +64,12 @@ class Argumentos {
     // From the first one on, a line must name a command; the program's own options may stand behind it.
     OrdenDeLinea orden(const std::string& nombre, const std::string& ayuda);
 
-    // argumentos: without the program's name.
+    // argumentos: without the program's name. A value that begins with "--" is written "--option=--value"; an
+    // option that stands twice is refused, unless it keeps every value.
     LineaLeida leer(std::vector<std::string> argumentos);
 
    private:
+    std::string malPuestas(const std::vector<std::string>& argumentos) const;
     std::string opcionesDeTodas() const;
     std::string motivoDeUso(int codigo, const std::string& texto) const;
 

@@ -21,10 +21,16 @@ struct Mensaje {
     // A constructor, because this compiler destroys an aggregate temporary of a co_await expression twice.
     explicit Mensaje(std::string_view queDice, Botones cuales = Botones::aceptar, Icono cual = Icono::ninguno)
         : texto(queDice), botones(cuales), icono(cual) {}
+    // Enter gives this answer, not the first button's.
+    Mensaje&& conPorDefecto(Boton cual) && {
+        porDefecto = cual;
+        return std::move(*this);
+    }
 
     std::string texto;
     Botones botones;
     Icono icono;
+    std::optional<Boton> porDefecto;  // none: the first button
 };
 
 // filtro as "description|pattern"; carpeta is the folder text the user is promised, nombre has no path parts.
@@ -43,8 +49,9 @@ class Dialogos {
     // nullopt: the user cancelled.
     virtual void archivo(const PeticionArchivo& peticion,
                          std::function<void(std::optional<std::filesystem::path>)> listo) = 0;
-    // Opens a saved file with the program that the desktop associates with it. False if the desktop refused.
-    virtual bool abrirDocumento(const std::filesystem::path& ruta) = 0;
+    // Opens a saved file with the program that the desktop associates with it. alFallar: the desktop has
+    // none, or it could not; told now or later.
+    virtual void abrirDocumento(const std::filesystem::path& ruta, std::function<void()> alFallar) = 0;
 };
 
 inline Tarea<Boton> preguntar(Dialogos& dialogos, Mensaje mensaje) {

@@ -13,8 +13,10 @@ constexpr double kMinimoSegundos = 0.0005;
 
 }  // namespace
 
-Esperas::HastaAwaiter Esperas::hasta(const std::string& inicio, double limite, Condicion condicion) {
-    return {*this, textoComoSegundos(inicio) + limite, std::move(condicion)};
+Esperas::HastaAwaiter Esperas::hasta(const std::string& inicio, std::chrono::milliseconds limite,
+                                     Condicion condicion) {
+    return {*this, textoComoSegundos(inicio) + std::chrono::duration<double>(limite).count(),
+            std::move(condicion)};
 }
 
 Esperas::PausaAwaiter Esperas::sinCeder(std::chrono::nanoseconds duracion) {

@@ -27,10 +27,11 @@ class Esperas {
     class PausaAwaiter;
 
     // Waits, yielding, until the condition holds or the clock on the wall has passed inicio + limite.
-    // inicio is the clock's text (segundosComoTexto); limite in seconds. The loop turns at least once. A wait
+    // inicio is the clock's text (segundosComoTexto); The loop turns at least once. A wait
     // whose end lies past midnight ends with its condition only, because the clock starts again at 0. While
     // an operation that was started later is running, the wait goes on.
-    [[nodiscard]] HastaAwaiter hasta(const std::string& inicio, double limite, Condicion condicion);
+    [[nodiscard]] HastaAwaiter hasta(const std::string& inicio, std::chrono::milliseconds limite,
+                                     Condicion condicion);
     // Waits without yielding: no event is delivered meanwhile. Measured on the monotonic clock, so it always
     // ends.
     [[nodiscard]] PausaAwaiter sinCeder(std::chrono::nanoseconds duracion);

@@ -1,14 +1,17 @@
 #include "platform/guardado.h"
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <climits>
+#include <cstdio>
+#include <utility>
 
 #include <fmt/format.h>
+
+#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -18,207 +21,166 @@ namespace fs = std::filesystem;
 
 constexpr mode_t kPermisos = 07777;
 constexpr mode_t kModoNuevo = 0666;
+// Until it has the mode of what it replaces, nobody else reads it.
+constexpr mode_t kModoPropio = 0600;
 
-// Inner failure: the reason on its way to the one place that names the file.
-struct Fallo {
-    std::string motivo;
-};
-
-[[noreturn]] void fallar(int numero) {
-    throw Fallo{motivoSistema(numero)};
+// ".<name>.XXXXXX" beside the destination, with a number that nobody guesses.
+std::string nombreTemporal(const fs::path& destino) {
+    std::uint32_t azar = 0;
+    static_cast<void>(::getrandom(&azar, sizeof azar, GRND_NONBLOCK));
+    // The dot is the name's own: the suffix must cut what stands behind it.
+    const auto oculto = destino.parent_path() / ('.' + destino.filename().string());
+    return conSufijo(oculto, fmt::format(".{:08x}", azar)).string();
 }
 
-void exigir(bool bien) {
-    if (!bien) fallar(errno);
-}
-
-class Descriptor {
-   public:
-    explicit Descriptor(int numero) : numero_(numero) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (numero_ >= 0) ::close(numero_);
+int abrirTemporal(std::string& nombre, const Destino& destino) {
+    constexpr int kIntentos = 100;
+    for (int i = 0; i < kIntentos; ++i) {
+        nombre = nombreTemporal(destino.ruta);
+        const int descriptor = ::open(nombre.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                                      destino.previo ? kModoPropio : kModoNuevo);
+        if (descriptor >= 0 || errno != EEXIST) return descriptor;
     }
-    int operator()() const { return numero_; }
-    // A delayed write may report its failure only here. After EINTR the descriptor is gone all the same.
-    void cerrar() {
-        const int resultado = ::close(numero_);
-        numero_ = -1;
-        exigir(resultado == 0 || errno == EINTR);
-    }
-
-   private:
-    int numero_;
-};
-
-// Where a chain of symbolic links ends, whether or not something stands there.
-fs::path seguirEnlaces(fs::path ruta) {
-    constexpr int kMaximo = 40;
-    for (int i = 0; i < kMaximo; ++i) {
-        std::error_code error;
-        if (fs::symlink_status(ruta, error).type() != fs::file_type::symlink) return ruta;
-        const auto destino = fs::read_symlink(ruta, error);
-        if (error) fallar(error.value());
-        ruta = destino.is_absolute() ? destino : ruta.parent_path() / destino;
-    }
-    fallar(ELOOP);
+    return -1;
 }
 
-mode_t modoSinDestino() {
-    // The mask can only be read by setting it.
-    const mode_t mascara = ::umask(0);
-    ::umask(mascara);
-    return kModoNuevo & ~mascara;
+// What the group may do, where the group is not the old one: no more than everybody.
+mode_t sinGrupo(mode_t modo) {
+    return (modo & ~mode_t{07070}) | ((modo & 07U) << 3U);
 }
 
-// The mode that the saved file is to have. A file that may not be written is not replaced either, although
-// the folder's permission would allow it.
-mode_t revisarDestino(const fs::path& destino) {
-    struct stat datos {};
-    if (::stat(destino.c_str(), &datos) != 0) {
-        exigir(errno == ENOENT);
-        return modoSinDestino();
-    }
-    if (S_ISDIR(datos.st_mode)) fallar(EISDIR);
-    if (!S_ISREG(datos.st_mode)) throw Fallo{"no es un archivo normal"};
-    exigir(::faccessat(AT_FDCWD, destino.c_str(), W_OK, AT_EACCESS) == 0);
-    return datos.st_mode & kPermisos;
-}
+}  // namespace
 
-fs::path carpetaDe(const fs::path& ruta) {
-    const auto carpeta = ruta.parent_path();
-    return carpeta.empty() ? fs::path(".") : carpeta;
-}
-
-// ".<name>.XXXXXX", the name cut where the whole would be longer than a file name may be.
-std::string plantillaTemporal(const fs::path& destino) {
-    constexpr std::string_view kSufijo = ".XXXXXX";
-    const auto nombre = destino.filename().string().substr(0, NAME_MAX - kSufijo.size() - 1);
-    return (carpetaDe(destino) / ('.' + nombre + std::string(kSufijo))).string();
-}
-
-void escribirTodo(int descriptor, std::span<const std::uint8_t> bytes) {
+int escribirTodo(int descriptor, std::span<const std::uint8_t> bytes) {
     while (!bytes.empty()) {
         const auto n = ::write(descriptor, bytes.data(), bytes.size());
         if (n < 0 && errno == EINTR) continue;
-        exigir(n >= 0);
+        if (n < 0) return errno;
         bytes = bytes.subspan(static_cast<std::size_t>(n));
     }
+    return 0;
 }
 
-void sincronizar(int descriptor) {
+int sincronizar(int descriptor) {
     int resultado = 0;
     do {
         resultado = ::fsync(descriptor);
     } while (resultado != 0 && errno == EINTR);
-    exigir(resultado == 0);
+    return resultado == 0 ? 0 : errno;
 }
 
-// Makes the new name durable. By now the file is saved, so a folder that cannot be read or a file system that
-// does not flush folders is no failure of the save.
-void sincronizarCarpeta(const fs::path& carpeta) {
+int conservarModo(int descriptor, const Destino& destino) {
+    if (!destino.previo) return 0;
+    const auto& previo = *destino.previo;
+    mode_t modo = previo.st_mode & kPermisos;
+    struct stat propio {};
+    if (::fstat(descriptor, &propio) != 0) return errno;
+    if (propio.st_uid != previo.st_uid || propio.st_gid != previo.st_gid) {
+        // Only root gives a file away; a group of ours we may give.
+        if (::fchown(descriptor, previo.st_uid, previo.st_gid) != 0 &&
+            ::fchown(descriptor, static_cast<uid_t>(-1), previo.st_gid) != 0) {
+            modo = sinGrupo(modo);
+        }
+    }
+    return ::fchmod(descriptor, modo) == 0 ? 0 : errno;
+}
+
+int colocar(const fs::path& desde, const Destino& destino) {
+    const auto* de = desde.c_str();
+    const auto* a = destino.ruta.c_str();
+    if (!destino.nuevo) return ::rename(de, a) == 0 ? 0 : errno;
+    if (::renameat2(AT_FDCWD, de, AT_FDCWD, a, RENAME_NOREPLACE) == 0) return 0;
+    if (errno != EINVAL && errno != ENOSYS) return errno;
+    // A file system that does not know this may know links, which replace nothing either.
+    if (::link(de, a) == 0) {
+        ::unlink(de);
+        return 0;
+    }
+    if (errno == EEXIST) return EEXIST;
+    struct stat datos {};
+    if (::lstat(a, &datos) == 0) return EEXIST;
+    return ::rename(de, a) == 0 ? 0 : errno;
+}
+
+int sincronizarCarpeta(const fs::path& carpeta) {
     const Descriptor descriptor(::open(carpeta.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (descriptor() >= 0) ::fsync(descriptor());
+    if (descriptor() < 0) return errno == EACCES ? 0 : errno;
+    const int motivo = sincronizar(descriptor());
+    return motivo == EINVAL || motivo == ENOSYS || motivo == EOPNOTSUPP ? 0 : motivo;
 }
 
-// The new content under its temporary name; the file goes with the object unless it was put in place.
-class Temporal {
-   public:
-    explicit Temporal(const fs::path& destino)
-        : nombre_(plantillaTemporal(destino)), descriptor_(::mkostemp(nombre_.data(), O_CLOEXEC)) {
-        if (descriptor_() < 0 && errno == ENOENT)
-            throw Fallo{fmt::format("no existe la carpeta {}", carpetaDe(destino).string())};
-        exigir(descriptor_() >= 0);
-    }
-    Temporal(const Temporal&) = delete;
-    Temporal& operator=(const Temporal&) = delete;
-    ~Temporal() {
-        if (!colocado_) ::unlink(nombre_.c_str());
-    }
-
-    void llenar(std::span<const std::uint8_t> bytes, mode_t modo) {
-        escribirTodo(descriptor_(), bytes);
-        exigir(::fchmod(descriptor_(), modo) == 0);
-        sincronizar(descriptor_());
-        descriptor_.cerrar();
-    }
-    void colocar(const fs::path& destino) {
-        exigir(::rename(nombre_.c_str(), destino.c_str()) == 0);
-        colocado_ = true;
-    }
-
-   private:
-    std::string nombre_;
-    Descriptor descriptor_;
-    bool colocado_ = false;
-};
-
-struct Motivo {
-    int numero;
-    std::string_view texto;
-};
-
-constexpr Motivo kMotivos[] = {
-    {EACCES, "no hay permiso"},
-    {EAGAIN, "el dispositivo no responde por ahora"},
-    {EBADF, "el archivo o puerto ya no se encuentra abierto"},
-    {EBUSY, "otro programa lo tiene en uso"},
-    {EDQUOT, "la cuota de disco se ha agotado"},
-    {EEXIST, "ya existe"},
-    {EFBIG, "el archivo es demasiado grande"},
-    {EINTR, "la orden fue interrumpida"},
-    {EINVAL, "el sistema no admite esa orden"},
-    {EIO, "fallo de entrada o salida"},
-    {EISDIR, "es una carpeta"},
-    {ELOOP, "demasiados enlaces seguidos"},
-    {EMFILE, "demasiados archivos abiertos"},
-    {ENAMETOOLONG, "el nombre es demasiado largo"},
-    {ENFILE, "demasiados archivos abiertos en el sistema"},
-    {ENODEV, "el dispositivo no existe"},
-    {ENOENT, "no existe"},
-    {ENOMEM, "no queda memoria"},
-    {ENOSPC, "no queda espacio en el disco"},
-    {ENOTDIR, "una parte de la ruta no es una carpeta"},
-    {ENOTEMPTY, "la carpeta no se encuentra vacia"},
-    {ENOTSUP, "el sistema no admite esa orden"},
-    {ENOTTY, "no es un puerto serie"},
-    {ENXIO, "el dispositivo no existe"},
-    {EOVERFLOW, "el archivo es demasiado grande"},
-    {EPERM, "el sistema no lo permite"},
-    {EPIPE, "el otro extremo se ha cerrado"},
-    {EROFS, "el disco es de solo lectura"},
-    {ESTALE, "el disco de red ha cambiado"},
-    {ETIMEDOUT, "el dispositivo no responde"},
-    {ETXTBSY, "otro programa lo tiene en uso"},
-    {EXDEV, "el destino se encuentra en otro disco"},
-};
-
-}  // namespace
-
-void guardarAtomico(const fs::path& ruta, std::span<const std::uint8_t> bytes) {
-    try {
-        const auto destino = seguirEnlaces(ruta);
-        const auto modo = revisarDestino(destino);
-        Temporal temporal(destino);
-        temporal.llenar(bytes, modo);
-        temporal.colocar(destino);
-        sincronizarCarpeta(carpetaDe(destino));
-    } catch (const Fallo& fallo) {
-        const auto nombre = (ruta.has_filename() ? ruta.filename() : ruta).string();
-        throw ErrorGuardado(fmt::format("no se pudo guardar {}: {}", nombre, fallo.motivo));
-    }
+void exigirNombre(const Destino& destino, int motivo) {
+    if (motivo == 0) return;
+    throw ErrorGuardado(fmt::format("{} quedó escrito, pero el disco no lo confirma: {}",
+                                    destino.pedido.filename().string(), motivoEscritura(motivo)));
 }
 
-void guardarAtomico(const fs::path& ruta, std::string_view bytes) {
-    guardarAtomico(ruta, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+ArchivoPendiente::ArchivoPendiente(Destino destino)
+    : destino_(std::move(destino)), descriptor_(abrirTemporal(nombre_, destino_)) {
+    exigir(descriptor_() >= 0);
+    errno = conservarModo(descriptor_(), destino_);
+    if (errno == 0) return;
+    const int motivo = errno;
+    ::unlink(nombre_.c_str());
+    errno = motivo;
+    exigir(false);
 }
 
-std::string motivoSistema(int numero) {
-    const auto* motivo = std::find_if(std::begin(kMotivos), std::end(kMotivos),
-                                      [&](const Motivo& m) { return m.numero == numero; });
-    if (motivo == std::end(kMotivos)) return fmt::format("error {} del sistema", numero);
-    return std::string(motivo->texto);
+ArchivoPendiente::ArchivoPendiente(ArchivoPendiente&& otro) noexcept
+    : destino_(std::move(otro.destino_)),
+      nombre_(std::move(otro.nombre_)),
+      descriptor_(std::move(otro.descriptor_)),
+      colocado_(std::exchange(otro.colocado_, true)) {}
+
+ArchivoPendiente::~ArchivoPendiente() {
+    if (!colocado_) ::unlink(nombre_.c_str());
+}
+
+void ArchivoPendiente::exigir(bool bien) const {
+    if (!bien) throw noGuardado(destino_.pedido, motivoEscritura(errno));
+}
+
+void ArchivoPendiente::escribir(std::span<const std::uint8_t> bytes) {
+    errno = escribirTodo(descriptor_(), bytes);
+    exigir(errno == 0);
+}
+
+void ArchivoPendiente::sincronizar() {
+    // What the system failed to write is told to whoever opens the file next.
+    if (descriptor_() < 0)
+        descriptor_ = Descriptor(::open(nombre_.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    exigir(descriptor_() >= 0);
+    errno = telvane::sincronizar(descriptor_());
+    exigir(errno == 0);
+}
+
+void ArchivoPendiente::cerrar() {
+    if (descriptor_() < 0) return;
+    errno = descriptor_.cerrar();
+    exigir(errno == 0);
+}
+
+void ArchivoPendiente::colocar() {
+    errno = telvane::colocar(nombre_, destino_);
+    exigir(errno == 0);
+    colocado_ = true;
+}
+
+void GuardadoAtomico::terminar() {
+    archivo_.sincronizar();
+    archivo_.cerrar();
+    archivo_.colocar();
+    exigirNombre(archivo_.destino(), sincronizarCarpeta(archivo_.destino().carpeta()));
+}
+
+void guardarAtomico(const fs::path& ruta, std::span<const std::uint8_t> bytes, const ReglaDestino& regla) {
+    GuardadoAtomico guardado(ruta, regla);
+    guardado.escribir(bytes);
+    guardado.terminar();
+}
+
+void guardarAtomico(const fs::path& ruta, std::string_view bytes, const ReglaDestino& regla) {
+    guardarAtomico(ruta, comoBytes(bytes), regla);
 }
 
 }  // namespace telvane

@@ -4,26 +4,79 @@
 #include <cstdint>
 #include <filesystem>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "platform/descriptor.h"
+#include "platform/destino.h"
+
 namespace telvane {
 
-class ErrorGuardado : public std::runtime_error {
+inline std::span<const std::uint8_t> comoBytes(std::string_view texto) {
+    return {reinterpret_cast<const std::uint8_t*>(texto.data()), texto.size()};
+}
+
+// A new file's content under a temporary name beside its destination, and put in its place once it is safe.
+// Every failure throws ErrorGuardado; a file that was not placed goes with the object.
+class ArchivoPendiente {
    public:
-    using std::runtime_error::runtime_error;
+    // An existing file's mode and, as far as the system lets us, its owner are the new one's as well.
+    explicit ArchivoPendiente(Destino destino);
+    ArchivoPendiente(ArchivoPendiente&& otro) noexcept;
+    ArchivoPendiente& operator=(ArchivoPendiente&&) = delete;
+    ~ArchivoPendiente();
+
+    const Destino& destino() const { return destino_; }
+    // -1 once closed.
+    int descriptor() const { return descriptor_(); }
+    void escribir(std::span<const std::uint8_t> bytes);
+    // Waits until what was written is on disk; also after it was closed.
+    void sincronizar();
+    void cerrar();
+    // Renames it over the destination, or refuses to where a new file was asked for and one is there by now.
+    void colocar();
+
+   private:
+    void exigir(bool bien) const;
+
+    Destino destino_;
+    std::string nombre_;
+    Descriptor descriptor_;
+    bool colocado_ = false;
 };
 
-// Writes to a temporary file beside the destination, fsyncs it, renames it over and fsyncs the folder. A
-// destination that is a symbolic link is written where it points; an existing one keeps its mode. Throws
-// ErrorGuardado with the file's name and the reason in Spanish ("no se pudo guardar x.csv: no queda espacio
-// en el disco"); the old file is untouched then and no temporary file stays. A destination that exists and is
-// no regular file, or may not be written, is refused.
-void guardarAtomico(const std::filesystem::path& ruta, std::span<const std::uint8_t> bytes);
-void guardarAtomico(const std::filesystem::path& ruta, std::string_view bytes);
+// One file: written, synced, put in place, its folder synced. The old file is untouched after a failure, but
+// for the last step's: then the new one is there, and a power cut may bring back the old one. No temporary
+// file stays. Throws ErrorGuardado.
+void guardarAtomico(const std::filesystem::path& ruta, std::span<const std::uint8_t> bytes,
+                    const ReglaDestino& regla = {});
+void guardarAtomico(const std::filesystem::path& ruta, std::string_view bytes,
+                    const ReglaDestino& regla = {});
 
-// The reason of an errno value in Spanish, whatever the locale: "no queda espacio en el disco".
-std::string motivoSistema(int numero);
+// The same for a file that is written piece by piece; left before terminar, nothing has happened.
+class GuardadoAtomico {
+   public:
+    explicit GuardadoAtomico(const std::filesystem::path& ruta, const ReglaDestino& regla = {})
+        : archivo_(revisarDestino(ruta, regla)) {}
+
+    void escribir(std::span<const std::uint8_t> bytes) { archivo_.escribir(bytes); }
+    void escribir(std::string_view bytes) { archivo_.escribir(comoBytes(bytes)); }
+    void terminar();
+
+   private:
+    ArchivoPendiente archivo_;
+};
+
+// The steps, for who writes a file in another way. Each gives 0 or an errno value.
+int escribirTodo(int descriptor, std::span<const std::uint8_t> bytes);
+int sincronizar(int descriptor);
+// The mode and, where possible, the owner of what stands at the destination, for what is to replace it.
+int conservarModo(int descriptor, const Destino& destino);
+int colocar(const std::filesystem::path& desde, const Destino& destino);
+// Makes a new name durable: 0 or an errno value. A folder that we may not read, or that its file system has
+// no way to flush, is no failure.
+int sincronizarCarpeta(const std::filesystem::path& carpeta);
+// What that gave for the folder of a file that stands there by now; throws ErrorGuardado.
+void exigirNombre(const Destino& destino, int motivo);
 
 }  // namespace telvane

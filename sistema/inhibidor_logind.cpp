@@ -5,13 +5,22 @@
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 
 namespace telvane {
 
 namespace {
 
-constexpr std::uint64_t kEspera = 500'000;  // microseconds
+using Reloj = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kEspera{500};
+
+std::uint64_t microsegundosHasta(Reloj::time_point fin) {
+    const auto quedan = std::chrono::duration_cast<std::chrono::microseconds>(fin - Reloj::now()).count();
+    return static_cast<std::uint64_t>(std::max<std::int64_t>(quedan, 0));
+}
 
 // The service holds sleep off until every copy of this descriptor is closed: at the latest when we end.
 class GuardiaLogind final : public Inhibidor::Guardia {
@@ -45,6 +54,20 @@ class Biblioteca {
     void* asidero_;
 };
 
+// Connected, let in and greeted. Whoever listens at the bus's address need not be a bus: left to itself the
+// library waits for the greeting for a minute and a half.
+bool llegar(const Biblioteca& biblioteca, sd_bus* bus, Reloj::time_point fin) {
+    const auto listo = biblioteca.rutina<decltype(sd_bus_is_ready)>("sd_bus_is_ready");
+    const auto avanzar = biblioteca.rutina<decltype(sd_bus_process)>("sd_bus_process");
+    const auto esperar = biblioteca.rutina<decltype(sd_bus_wait)>("sd_bus_wait");
+    for (int estado = listo(bus); estado <= 0; estado = listo(bus)) {
+        if (estado < 0 || avanzar(bus, nullptr) < 0) return false;
+        const auto quedan = microsegundosHasta(fin);
+        if (quedan == 0 || esperar(bus, quedan) < 0) return false;
+    }
+    return true;
+}
+
 // -1: refused, or nobody there.
 int pedir(const Biblioteca& biblioteca, sd_bus* bus, const std::string& quien, const std::string& porQue) {
     const auto llamar = biblioteca.rutina<decltype(sd_bus_call_method)>("sd_bus_call_method");
@@ -67,12 +90,19 @@ int pedir(const Biblioteca& biblioteca, sd_bus* bus, const std::string& quien, c
 std::unique_ptr<Inhibidor::Guardia> InhibidorLogind::inhibir(const std::string& porQue) {
     const Biblioteca biblioteca;
     if (!biblioteca) return nullptr;
+    const auto fin = Reloj::now() + kEspera;
     sd_bus* bus = nullptr;
     if (biblioteca.rutina<decltype(sd_bus_open_system)>("sd_bus_open_system")(&bus) < 0) return nullptr;
-    biblioteca.rutina<decltype(sd_bus_set_method_call_timeout)>("sd_bus_set_method_call_timeout")(bus,
-                                                                                                  kEspera);
-    const int descriptor = pedir(biblioteca, bus, quien_, porQue);
-    biblioteca.rutina<decltype(sd_bus_flush_close_unref)>("sd_bus_flush_close_unref")(bus);
+    int descriptor = -1;
+    if (llegar(biblioteca, bus, fin)) {
+        const auto plazo =
+            biblioteca.rutina<decltype(sd_bus_set_method_call_timeout)>("sd_bus_set_method_call_timeout");
+        // 0 would be the library's own limit.
+        plazo(bus, std::max<std::uint64_t>(microsegundosHasta(fin), 1));
+        descriptor = pedir(biblioteca, bus, quien_, porQue);
+    }
+    // Nothing is left to be sent, and nothing to be waited for.
+    biblioteca.rutina<decltype(sd_bus_close_unref)>("sd_bus_close_unref")(bus);
     if (descriptor < 0) return nullptr;
     return std::make_unique<GuardiaLogind>(descriptor);
 }

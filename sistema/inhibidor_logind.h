@@ -7,8 +7,8 @@
 
 namespace telvane {
 
-// Without the service, its library or its permission inhibir gives null. It waits for an answer for half a
-// second at most.
+// Without the service, its library or its permission inhibir gives null. It waits for half a second at
+// most, reaching the service included.
 class InhibidorLogind final : public Inhibidor {
    public:
     // quien: name of the program, for the list that the system shows.

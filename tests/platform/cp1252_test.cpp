@@ -1,5 +1,6 @@
 #include "platform/cp1252.h"
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -23,9 +24,73 @@ TEST(Cp1252, cadaByteEsUnCaracter) {
     EXPECT_EQ(caracteres(utf8DeCp1252(todosLosBytes())), 256u);
 }
 
+// Code points of bytes 0x80 to 0x9F, as the code page has them; the others are their own.
+constexpr std::array<char32_t, 32> kAltos = {U'€', 0x81, U'‚', U'ƒ', U'„', U'…', U'†', U'‡', U'ˆ', U'‰', U'Š',
+                                             U'‹', U'Œ', 0x8D, U'Ž', 0x8F, 0x90, U'‘', U'’', U'“', U'”', U'•',
+                                             U'–', U'—', U'˜', U'™', U'š', U'›', U'œ', 0x9D, U'ž', U'Ÿ'};
+
+std::string utf8(char32_t punto) {
+    const auto cola = [&](unsigned bits) { return static_cast<char>(0x80 + (punto >> bits) % 64); };
+    if (punto < 0x80) return {static_cast<char>(punto)};
+    if (punto < 0x800) return {static_cast<char>(0xC0 + punto / 64), cola(0)};
+    if (punto < 0x10000) return {static_cast<char>(0xE0 + punto / 4096), cola(6), cola(0)};
+    return {static_cast<char>(0xF0 + punto / 262144), cola(12), cola(6), cola(0)};
+}
+
+char byteEsperado(char32_t punto) {
+    for (std::size_t i = 0; i < kAltos.size(); ++i) {
+        if (kAltos[i] == punto) return static_cast<char>(0x80 + i);
+    }
+    return punto < 0x80 || (punto >= 0xA0 && punto < 0x100) ? static_cast<char>(punto) : '?';
+}
+
+bool esSustituto(char32_t punto) {
+    return punto / 0x800 == 0xD800 / 0x800;
+}
+
 TEST(Cp1252, losBytesAltosSonLosDeWindows) {
-    const std::vector<std::uint8_t> bytes = {0x80, 0x8A, 0x99, 0x9F, 0xA0, 0xBA, 0xF1, 0xFF};
-    EXPECT_EQ(utf8DeCp1252(bytes), "€Š™Ÿ\u00A0ºñÿ");
+    std::string esperado;
+    for (char32_t b = 0; b < 256; ++b) esperado += utf8(b >= 0x80 && b < 0xA0 ? kAltos[b - 0x80] : b);
+    EXPECT_EQ(utf8DeCp1252(todosLosBytes()), esperado);
+}
+
+TEST(Cp1252, cadaPuntoTieneSuByteOUnaPregunta) {
+    for (char32_t punto = 0; punto < 0x120000; ++punto) {
+        const auto texto = utf8(punto);
+        const bool malo = esSustituto(punto) || punto > 0x10FFFF;
+        const auto esperado = malo ? std::string(texto.size(), '?') : std::string(1, byteEsperado(punto));
+        ASSERT_EQ(cp1252DeUtf8(texto), esperado) << static_cast<unsigned>(punto);
+        ASSERT_EQ(caracteres(texto), esperado.size()) << static_cast<unsigned>(punto);
+    }
+}
+
+TEST(Cp1252, dosBytesSonUnCaracterSoloSiSeEscribenAsi) {
+    for (unsigned a = 0; a < 256; ++a) {
+        for (unsigned b = 0; b < 256; ++b) {
+            const std::string texto = {static_cast<char>(a), static_cast<char>(b)};
+            std::string esperado;
+            for (const auto byte : {a, b}) esperado += byte < 0x80 ? static_cast<char>(byte) : '?';
+            if (a >= 0xC2 && a < 0xE0 && b >= 0x80 && b < 0xC0) {
+                esperado = {byteEsperado((a - 0xC0) * 64 + b - 0x80)};
+            }
+            ASSERT_EQ(cp1252DeUtf8(texto), esperado) << a << " " << b;
+        }
+    }
+}
+
+TEST(Cp1252, ningunPuntoEmpiezaPorLosUltimosBytes) {
+    for (unsigned b = 0xF8; b < 256; ++b) {
+        EXPECT_EQ(cp1252DeUtf8(std::string{static_cast<char>(b)} + "\x90\x80\x80"), "????") << b;
+    }
+}
+
+TEST(Cp1252, losPrimerosCaracteresSeCuentanPorPuntos) {
+    EXPECT_EQ(primerosCaracteres("Peñón", 0), "");
+    EXPECT_EQ(primerosCaracteres("Peñón", 3), "Peñ");
+    EXPECT_EQ(primerosCaracteres("Peñón", 4), "Peñó");
+    EXPECT_EQ(primerosCaracteres("Peñón", 5), "Peñón");
+    EXPECT_EQ(primerosCaracteres("Peñón", 9), "Peñón");
+    EXPECT_EQ(primerosCaracteres("", 2), "");
 }
 
 TEST(Cp1252, losCincoBytesSinCaracterSonControlesDelMismoNumero) {

@@ -16,7 +16,7 @@ class EsperasTest : public ::testing::Test {
     }
 
     std::string ahora() { return segundosComoTexto(bucle.reloj().segundosDelDia()); }
-    Tarea<> esperar(double limite, std::string nombre) {
+    Tarea<> esperar(std::chrono::milliseconds limite, std::string nombre) {
         co_await esperas.hasta(ahora(), limite, [this] { return bandera; });
         diario += nombre;
     }
@@ -34,7 +34,7 @@ class EsperasTest : public ::testing::Test {
 };
 
 TEST_F(EsperasTest, AWaitEndsWithItsLimit) {
-    tareas.lanzar(esperar(1.0, "a"));
+    tareas.lanzar(esperar(1s, "a"));
     bucle.avanzar(990ms);
     EXPECT_EQ(diario, "");
     bucle.avanzar(20ms);
@@ -43,7 +43,7 @@ TEST_F(EsperasTest, AWaitEndsWithItsLimit) {
 
 TEST_F(EsperasTest, AWaitEndsAtOnceWhenItsConditionHoldsAfterAnEvent) {
     const auto inicio = bucle.reloj().monotono();
-    tareas.lanzar(esperar(1.0, "a"));
+    tareas.lanzar(esperar(1s, "a"));
     bucle.programar(200ms, [this] { bandera = true; });
     ASSERT_TRUE(bucle.correrHasta([&] { return !diario.empty(); }, 2s));
     EXPECT_EQ(bucle.reloj().monotono() - inicio, 200ms);
@@ -51,7 +51,7 @@ TEST_F(EsperasTest, AWaitEndsAtOnceWhenItsConditionHoldsAfterAnEvent) {
 
 TEST_F(EsperasTest, AWaitYieldsOnceEvenIfItsConditionHoldsFromTheStart) {
     bandera = true;
-    tareas.lanzar(esperar(1.0, "a"));
+    tareas.lanzar(esperar(1s, "a"));
     EXPECT_EQ(diario, "");
     bucle.avanzar(0ms);
     EXPECT_EQ(diario, "a");
@@ -59,7 +59,7 @@ TEST_F(EsperasTest, AWaitYieldsOnceEvenIfItsConditionHoldsFromTheStart) {
 
 TEST_F(EsperasTest, AWaitOverMidnightEndsWithItsConditionOnly) {
     bucle.reloj().ponerHora({2026, 11, 20, 23h + 59min + 59s + 500ms});
-    tareas.lanzar(esperar(1.0, "a"));
+    tareas.lanzar(esperar(1s, "a"));
     bucle.avanzar(60s);
     EXPECT_EQ(diario, "");
     bucle.programar(1s, [this] { bandera = true; });
@@ -68,7 +68,18 @@ TEST_F(EsperasTest, AWaitOverMidnightEndsWithItsConditionOnly) {
 }
 
 TEST_F(EsperasTest, AClockSetForwardEndsTheWait) {
-    tareas.lanzar(esperar(5.0, "a"));
+    tareas.lanzar(esperar(5s, "a"));
+    bucle.reloj().saltar(1h);
+    bucle.avanzar(1s);
+    EXPECT_EQ(diario, "a");
+}
+
+TEST_F(EsperasTest, AClockThatWasSetBackAndIsSetRightAgainEndsTheWaitWithinASecond) {
+    tareas.lanzar(esperar(2s, "a"));
+    bucle.avanzar(500ms);
+    bucle.reloj().saltar(-1h);
+    bucle.avanzar(10s);
+    ASSERT_EQ(diario, "");
     bucle.reloj().saltar(1h);
     bucle.avanzar(1s);
     EXPECT_EQ(diario, "a");
@@ -92,8 +103,8 @@ TEST_F(EsperasTest, APauseIsMeasuredOnTheMonotonicClock) {
 }
 
 TEST_F(EsperasTest, AnOperationThatYieldedGoesOnOnlyAfterTheOnesStartedLater) {
-    tareas.lanzar(esperar(1.0, "primera "));
-    bucle.programar(500ms, [this] { tareas.lanzar(esperar(2.0, "segunda ")); });
+    tareas.lanzar(esperar(1s, "primera "));
+    bucle.programar(500ms, [this] { tareas.lanzar(esperar(2s, "segunda ")); });
     bucle.avanzar(2400ms);
     EXPECT_EQ(diario, "");
     bucle.avanzar(1s);
@@ -103,7 +114,7 @@ TEST_F(EsperasTest, AnOperationThatYieldedGoesOnOnlyAfterTheOnesStartedLater) {
 TEST_F(EsperasTest, AnOperationDestroyedInItsWaitIsForgotten) {
     {
         Tareas breves{[](std::exception_ptr) {}};
-        breves.lanzar(esperar(1.0, "a"));
+        breves.lanzar(esperar(1s, "a"));
         breves.lanzar(pausar(1s, "b"));
     }
     bandera = true;

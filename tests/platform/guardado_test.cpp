@@ -1,6 +1,5 @@
 #include "platform/guardado.h"
 
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "apoyo/carpeta_temporal.h"
+#include "apoyo/disco_chico.h"
 
 namespace telvane {
 namespace {
@@ -53,6 +53,20 @@ class Guardado : public ::testing::Test {
     const fs::path& carpeta_ = temporal_.ruta();
 };
 
+// Saves as a user who is not root, in a child, and ends it with status 0 if the reason is the expected one.
+[[noreturn]] void guardarComoCualquiera(const fs::path& ruta, const std::string& motivo) {
+    constexpr uid_t kNadie = 65534;
+    const bool otro = ::geteuid() != 0 || ::setuid(kNadie) == 0;
+    std::string dicho;
+    try {
+        guardarAtomico(ruta, "nuevo");
+    } catch (const ErrorGuardado& error) {
+        dicho = error.what();
+    }
+    std::fprintf(stderr, "%s\n", dicho.c_str());
+    ::_exit(otro && dicho == motivo ? 0 : 1);
+}
+
 TEST_F(Guardado, creaElArchivoConSusBytes) {
     const std::string bytes("a\0b\r\n\xFF", 6);
     guardarAtomico(ruta("x.csv"), bytes);
@@ -73,6 +87,43 @@ TEST_F(Guardado, reemplazaElContenidoYConservaElModo) {
     EXPECT_EQ(leer(ruta("x.csv")), "nuevo");
     EXPECT_EQ(modoDe(ruta("x.csv")), mode_t{0640});
     EXPECT_EQ(entradas(), 1u);
+}
+
+TEST_F(Guardado, reemplazarConservaElDuenio) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+    guardarAtomico(ruta("x.csv"), "viejo");
+    ASSERT_EQ(::chown(ruta("x.csv").c_str(), 1234, 4321), 0);
+    ASSERT_EQ(::chmod(ruta("x.csv").c_str(), 04750), 0);
+    guardarAtomico(ruta("x.csv"), "nuevo");
+    struct stat datos {};
+    ASSERT_EQ(::stat(ruta("x.csv").c_str(), &datos), 0);
+    EXPECT_EQ(datos.st_uid, uid_t{1234});
+    EXPECT_EQ(datos.st_gid, gid_t{4321});
+    EXPECT_EQ(modoDe(ruta("x.csv")), mode_t{04750});
+}
+
+// What the old group might do, ours may not do for that.
+TEST_F(Guardado, dondeElGrupoNoSeConservaElNuevoPuedeLoQueTodos) {
+    if (::geteuid() != 0) GTEST_SKIP() << "the file must be another user's";
+    guardarAtomico(ruta("x.csv"), "viejo");
+    ASSERT_EQ(::chown(ruta("x.csv").c_str(), 1234, 4321), 0);
+    ASSERT_EQ(::chmod(ruta("x.csv").c_str(), 02676), 0);
+    fs::permissions(carpeta_, fs::perms(0777));
+    EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), ""), ::testing::ExitedWithCode(0), "");
+    EXPECT_EQ(leer(ruta("x.csv")), "nuevo");
+    EXPECT_EQ(modoDe(ruta("x.csv")), mode_t{0666});
+}
+
+TEST_F(Guardado, unArchivoQueHaDeSerNuevoNoReemplazaANinguno) {
+    guardarAtomico(ruta("x.rgt"), "viejo", {.nuevo = true});
+    EXPECT_THROW(guardarAtomico(ruta("x.rgt"), "nuevo", {.nuevo = true}), ErrorGuardado);
+    // It appears while the new one is being written.
+    ArchivoPendiente pendiente(revisarDestino(ruta("y.rgt"), {.nuevo = true}));
+    pendiente.escribir(comoBytes("nuevo"));
+    guardarAtomico(ruta("y.rgt"), "de otro");
+    EXPECT_THROW(pendiente.colocar(), ErrorGuardado);
+    EXPECT_EQ(leer(ruta("x.rgt")), "viejo");
+    EXPECT_EQ(leer(ruta("y.rgt")), "de otro");
 }
 
 TEST_F(Guardado, unArchivoNuevoSigueLaMascaraDelUsuario) {
@@ -138,20 +189,6 @@ TEST_F(Guardado, unNombreDelMayorLargoCabeYUnoMasLargoSeNiega) {
     EXPECT_EQ(entradas(), 1u);
 }
 
-// Saves as a user who is not root, in a child, and ends it with status 0 if the reason is the expected one.
-[[noreturn]] void guardarComoCualquiera(const fs::path& ruta, const std::string& motivo) {
-    constexpr uid_t kNadie = 65534;
-    const bool otro = ::geteuid() != 0 || ::setuid(kNadie) == 0;
-    std::string dicho;
-    try {
-        guardarAtomico(ruta, "nuevo");
-    } catch (const ErrorGuardado& error) {
-        dicho = error.what();
-    }
-    std::fprintf(stderr, "%s\n", dicho.c_str());
-    ::_exit(otro && dicho == motivo ? 0 : 1);
-}
-
 TEST_F(Guardado, unArchivoProtegidoContraEscrituraSeNiegaAunqueLaCarpetaNoLoEste) {
     guardarAtomico(ruta("x.csv"), "viejo");
     fs::permissions(ruta("x.csv"), fs::perms(0444));
@@ -200,32 +237,10 @@ TEST_F(Guardado, unaEscrituraQueFallaAMitadDejaElArchivoViejoYNingunTemporal) {
         const LimiteDeArchivo limite(4096);
         motivo = negativa(ruta("x.csv"), std::string(100000, 'x'));
     }
-    EXPECT_EQ(motivo, "no se pudo guardar x.csv: el archivo es demasiado grande");
+    EXPECT_EQ(motivo, "no se pudo guardar x.csv: pasa del tamaño que permite la sesión (ulimit -f)");
     EXPECT_EQ(leer(ruta("x.csv")), "viejo");
     EXPECT_EQ(entradas(), 1u);
 }
-
-// A small disk of its own, where mounting is allowed.
-class DiscoChico {
-   public:
-    explicit DiscoChico(const fs::path& carpeta) : carpeta_(carpeta) {
-        fs::create_directory(carpeta_);
-        montado_ = ::mount("tmpfs", carpeta_.c_str(), "tmpfs", 0, "size=64k") == 0;
-    }
-    DiscoChico(const DiscoChico&) = delete;
-    DiscoChico& operator=(const DiscoChico&) = delete;
-    ~DiscoChico() {
-        if (montado_) ::umount(carpeta_.c_str());
-    }
-    bool montado() const { return montado_; }
-    bool soloLectura() const {
-        return ::mount(nullptr, carpeta_.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
-    }
-
-   private:
-    fs::path carpeta_;
-    bool montado_ = false;
-};
 
 TEST_F(Guardado, unDiscoLlenoDejaElArchivoViejoYNingunTemporal) {
     const DiscoChico disco(ruta("disco"));
@@ -245,20 +260,6 @@ TEST_F(Guardado, unDiscoDeSoloLecturaSeNiegaYQuedaComoEstaba) {
     EXPECT_EQ(negativa(ruta("disco/x.csv")), "no se pudo guardar x.csv: el disco es de solo lectura");
     EXPECT_EQ(negativa(ruta("disco/otro.csv")), "no se pudo guardar otro.csv: el disco es de solo lectura");
     EXPECT_EQ(leer(ruta("disco/x.csv")), "viejo");
-}
-
-TEST(MotivoSistema, losErroresDeArchivosYPuertosTienenSuFrase) {
-    for (const int numero :
-         {EACCES, EAGAIN, EBUSY,  EDQUOT, EFBIG,   EINVAL, EIO,   EISDIR, ELOOP, EMFILE, ENAMETOOLONG,
-          ENODEV, ENOENT, ENOMEM, ENOSPC, ENOTDIR, ENOTTY, ENXIO, EPERM,  EROFS, ETXTBSY}) {
-        EXPECT_EQ(motivoSistema(numero).find("error "), std::string::npos) << numero;
-    }
-    EXPECT_EQ(motivoSistema(ENOSPC), "no queda espacio en el disco");
-}
-
-TEST(MotivoSistema, losDemasDanSuNumero) {
-    EXPECT_EQ(motivoSistema(9999), "error 9999 del sistema");
-    EXPECT_EQ(motivoSistema(0), "error 0 del sistema");
 }
 
 }  // namespace

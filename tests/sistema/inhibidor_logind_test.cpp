@@ -3,11 +3,14 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -135,6 +138,61 @@ TEST(InhibidorLogind, AServiceThatDoesNotAnswerIsNotWaitedForLong) {
     const LogindDeMentira logind(false, true);
     EXPECT_EQ(InhibidorLogind("quien").inhibir("porque"), nullptr);
     EXPECT_EQ(logind.pedido.size(), 4U);
+}
+
+// Listens where the bus should be, and lets in whoever comes as far as its last line says.
+class NadieEnElBus {
+   public:
+    explicit NadieEnElBus(const std::string& contesta = "")
+        : oyente_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        const auto ruta = (carpeta_.ruta() / "bus").string();
+        sockaddr_un direccion{};
+        direccion.sun_family = AF_UNIX;
+        ruta.copy(direccion.sun_path, sizeof direccion.sun_path - 1);
+        if (::bind(oyente_, reinterpret_cast<const sockaddr*>(&direccion), sizeof direccion) != 0 ||
+            ::listen(oyente_, 4) != 0) {
+            throw std::runtime_error("no socket at " + ruta);
+        }
+        ::setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + ruta).c_str(), 1);
+        if (!contesta.empty()) {
+            hilo_ = std::jthread([this, contesta] {
+                const int cliente = ::accept(oyente_, nullptr, nullptr);
+                static_cast<void>(!::write(cliente, contesta.data(), contesta.size()));
+                std::array<char, 256> oido{};
+                while (::read(cliente, oido.data(), oido.size()) > 0) continue;
+                ::close(cliente);
+            });
+        }
+    }
+    NadieEnElBus(const NadieEnElBus&) = delete;
+    NadieEnElBus& operator=(const NadieEnElBus&) = delete;
+    ~NadieEnElBus() {
+        if (hilo_.joinable()) hilo_.join();
+        ::close(oyente_);
+        ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    }
+
+   private:
+    CarpetaTemporal carpeta_;
+    int oyente_;
+    std::jthread hilo_;
+};
+
+void esperaPoco() {
+    const auto comienzo = std::chrono::steady_clock::now();
+    EXPECT_EQ(InhibidorLogind("quien").inhibir("porque"), nullptr);
+    // Far from the minute and a half of the library, and from a busy machine's delays.
+    EXPECT_LT(std::chrono::steady_clock::now() - comienzo, std::chrono::seconds(15));
+}
+
+TEST(InhibidorLogind, ABusThatLetsNobodyInIsNotWaitedForLong) {
+    const NadieEnElBus mudo;
+    esperaPoco();
+}
+
+TEST(InhibidorLogind, ABusThatLetsInAndDoesNotGreetIsNotWaitedForLong) {
+    const NadieEnElBus sinSaludo("OK 0123456789abcdef0123456789abcdef\r\nAGREE_UNIX_FD\r\n");
+    esperaPoco();
 }
 
 TEST(InhibidorLogind, WithoutTheServiceThereIsNoGuard) {

@@ -1,0 +1,244 @@
+#include "platform/destino.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/statvfs.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+
+#include <fmt/format.h>
+
+#include "platform/descriptor.h"
+#include "platform/motivos.h"
+
+namespace telvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kNoEsNormal = "no es un archivo normal";
+
+// Inner failure: the reason on its way to the one place that names the file.
+struct Fallo {
+    std::string motivo;
+    bool porNombre = false;
+};
+
+[[noreturn]] void fallar(int numero) {
+    throw Fallo{motivoSistema(numero)};
+}
+
+void exigir(bool bien) {
+    if (!bien) fallar(errno);
+}
+
+// Where a chain of symbolic links ends, whether or not something stands there.
+fs::path seguirEnlaces(fs::path ruta) {
+    constexpr int kMaximo = 40;
+    for (int i = 0; i < kMaximo; ++i) {
+        std::error_code error;
+        if (fs::symlink_status(ruta, error).type() != fs::file_type::symlink) return ruta;
+        const auto destino = fs::read_symlink(ruta, error);
+        if (error) fallar(error.value());
+        ruta = destino.is_absolute() ? destino : ruta.parent_path() / destino;
+    }
+    fallar(ELOOP);
+}
+
+fs::path carpetaDe(const fs::path& ruta) {
+    const auto carpeta = ruta.parent_path();
+    return carpeta.empty() ? fs::path(".") : carpeta;
+}
+
+char minuscula(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+void revisarNombre(const fs::path& ruta, std::span<const std::string_view> vedadas) {
+    auto nombre = ruta.filename().string();
+    std::transform(nombre.begin(), nombre.end(), nombre.begin(), minuscula);
+    for (const auto ending : vedadas) {
+        if (nombre.ends_with(ending))
+            throw Fallo{fmt::format("los nombres que terminan en {} son de otra clase de archivo", ending),
+                        true};
+    }
+}
+
+// Of the devices, the one that drops what it gets, and a terminal if it is ours.
+bool admiteTexto(const struct stat& datos) {
+    if (datos.st_rdev == makedev(1, 3)) return true;  // /dev/null
+    if (datos.st_rdev == makedev(5, 0)) return true;  // /dev/tty
+    return std::ranges::any_of(std::to_array({STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}), [&](int flujo) {
+        struct stat suyos {};
+        return ::isatty(flujo) == 1 && ::fstat(flujo, &suyos) == 0 && suyos.st_rdev == datos.st_rdev;
+    });
+}
+
+bool esCorriente(const struct stat& datos) {
+    return S_ISFIFO(datos.st_mode) || (S_ISCHR(datos.st_mode) && admiteTexto(datos));
+}
+
+int abrirParaEscribir(const fs::path& ruta) {
+    return ::open(ruta.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
+// A file over which another one is mounted keeps its name, whatever is renamed onto it.
+bool esPuntoDeMontaje(const fs::path& ruta) {
+    struct statx datos {};
+    return ::statx(AT_FDCWD, ruta.c_str(), AT_NO_AUTOMOUNT, STATX_TYPE, &datos) == 0 &&
+           (datos.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
+void revisarCarpeta(const Destino& destino) {
+    const auto carpeta = carpetaDe(destino.ruta);
+    struct stat datos {};
+    if (::stat(carpeta.c_str(), &datos) != 0) {
+        if (errno == ENOENT) throw Fallo{fmt::format("no existe la carpeta {}", carpeta.string())};
+        fallar(errno);
+    }
+    if (!S_ISDIR(datos.st_mode)) fallar(ENOTDIR);
+    exigir(::faccessat(AT_FDCWD, carpeta.c_str(), W_OK | X_OK, AT_EACCESS) == 0);
+    // In a folder like /tmp only its owner may put something in a file's place.
+    const auto yo = ::geteuid();
+    if (destino.previo && (datos.st_mode & S_ISVTX) != 0 && yo != 0 && yo != datos.st_uid &&
+        yo != destino.previo->st_uid) {
+        fallar(EPERM);
+    }
+}
+
+void revisarSitio(const Destino& destino, std::uint64_t bytes) {
+    rlimit limite{};
+    if (::getrlimit(RLIMIT_FSIZE, &limite) == 0 && limite.rlim_cur < bytes)
+        throw Fallo{motivoEscritura(EFBIG)};
+    struct statvfs disco {};
+    // Some file systems count nothing.
+    if (bytes == 0 || ::statvfs(carpetaDe(destino.ruta).c_str(), &disco) != 0 || disco.f_blocks == 0) return;
+    const std::uint64_t libres = ::geteuid() == 0 ? disco.f_bfree : disco.f_bavail;
+    if (libres * disco.f_frsize < bytes) fallar(ENOSPC);
+}
+
+// What stands there already. A file that may not be written is not replaced either, although the folder's
+// permission would allow it.
+void revisarPrevio(Destino& destino) {
+    struct stat datos {};
+    if (::stat(destino.ruta.c_str(), &datos) != 0) {
+        exigir(errno == ENOENT);
+        return;
+    }
+    if (S_ISDIR(datos.st_mode)) fallar(EISDIR);
+    if (!S_ISREG(datos.st_mode)) throw Fallo{std::string(kNoEsNormal)};
+    if (destino.nuevo) fallar(EEXIST);
+    exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
+    if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
+    destino.previo = datos;
+}
+
+void revisar(Destino& destino, const ReglaDestino& regla) {
+    if (destino.pedido.empty()) throw Fallo{"falta el nombre"};
+    struct stat datos {};
+    const bool esta = ::stat(destino.pedido.c_str(), &datos) == 0;
+    if (esta && regla.corriente && esCorriente(datos)) {
+        exigir(::faccessat(AT_FDCWD, destino.pedido.c_str(), W_OK, AT_EACCESS) == 0);
+        // A process without a terminal cannot open /dev/tty, however long it waits.
+        if (S_ISCHR(datos.st_mode)) exigir(Descriptor(abrirParaEscribir(destino.pedido))() >= 0);
+        destino.corriente = true;
+        destino.ruta = destino.pedido;
+        return;
+    }
+    if (esta && !S_ISREG(datos.st_mode) && !S_ISDIR(datos.st_mode)) throw Fallo{std::string(kNoEsNormal)};
+    destino.ruta = seguirEnlaces(destino.pedido);
+    revisarNombre(destino.pedido, regla.vedadas);
+    revisarNombre(destino.ruta, regla.vedadas);
+    const auto suya = [&](const fs::path& leido) { return mismoArchivo(destino.pedido, leido); };
+    if (std::ranges::any_of(regla.leidos, suya)) throw Fallo{"de él se lee lo que se guarda", true};
+    revisarPrevio(destino);
+    // A descriptor's name under /proc leads to a file that may have no name any more.
+    if (esta && S_ISREG(datos.st_mode) &&
+        (!destino.previo || destino.previo->st_ino != datos.st_ino || destino.previo->st_dev != datos.st_dev))
+        throw Fallo{std::string(kNoEsNormal)};
+    revisarCarpeta(destino);
+    revisarSitio(destino, regla.bytes);
+}
+
+// A file's place on the disk.
+std::string lugar(const struct stat& datos) {
+    return fmt::format("{}:{}", datos.st_dev, datos.st_ino);
+}
+
+}  // namespace
+
+ErrorGuardado noGuardado(const fs::path& ruta, std::string_view motivo) {
+    const auto nombre = (ruta.has_filename() ? ruta.filename() : ruta).string();
+    return ErrorGuardado(fmt::format("no se pudo guardar {}: {}", nombre, motivo));
+}
+
+fs::path Destino::carpeta() const {
+    return carpetaDe(ruta);
+}
+
+Destino revisarDestino(const fs::path& ruta, const ReglaDestino& regla) {
+    Destino destino{.pedido = ruta, .ruta = ruta, .nuevo = regla.nuevo};
+    try {
+        revisar(destino, regla);
+    } catch (const Fallo& fallo) {
+        const auto error = noGuardado(ruta, fallo.motivo);
+        if (fallo.porNombre) throw ErrorNombre(error.what());
+        throw error;
+    }
+    return destino;
+}
+
+bool mismoArchivo(const fs::path& a, const fs::path& b) {
+    return identidad(a) == identidad(b);
+}
+
+std::optional<std::string> identidad(int descriptor) {
+    struct stat datos {};
+    if (::fstat(descriptor, &datos) != 0 || !S_ISREG(datos.st_mode)) return std::nullopt;
+    return lugar(datos);
+}
+
+std::string identidad(const fs::path& ruta) {
+    struct stat datos {};
+    if (::stat(ruta.c_str(), &datos) == 0) return lugar(datos);
+    fs::path fin = ruta;
+    try {
+        fin = seguirEnlaces(ruta);
+    } catch (const Fallo&) {
+        // Links that bite their tail are as good a name as any.
+        return ruta.string();
+    }
+    if (::stat(carpetaDe(fin).c_str(), &datos) != 0) return fin.lexically_normal().string();
+    return fmt::format("{}/{}", lugar(datos), fin.filename().string());
+}
+
+int abrirCorriente(const Destino& destino) {
+    const int descriptor = abrirParaEscribir(destino.ruta);
+    if (descriptor >= 0) return descriptor;
+    const int motivo = errno;
+    struct stat datos {};
+    if (motivo == ENXIO && ::stat(destino.ruta.c_str(), &datos) == 0 && S_ISFIFO(datos.st_mode)) return -1;
+    throw noGuardado(destino.pedido, motivoSistema(motivo));
+}
+
+fs::path conSufijo(const fs::path& ruta, std::string_view sufijo) {
+    const long admite = ::pathconf(carpetaDe(ruta).c_str(), _PC_NAME_MAX);
+    const std::size_t maximo = admite > 0 ? static_cast<std::size_t>(admite) : NAME_MAX;
+    auto nombre = ruta.filename().string();
+    if (nombre.size() + sufijo.size() > maximo) {
+        std::size_t cuantos = maximo - std::min(maximo, sufijo.size());
+        // No half of a character stays.
+        const auto sigue = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
+        while (cuantos > 0 && sigue(nombre[cuantos])) --cuantos;
+        nombre.resize(cuantos);
+    }
+    return ruta.parent_path() / (nombre + std::string(sufijo));
+}
+
+}  // namespace telvane

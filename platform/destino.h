@@ -1,0 +1,78 @@
+// What may be written where: decided in one place for every file that our programs write.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace telvane {
+
+class ErrorGuardado : public std::runtime_error {
+   public:
+    using std::runtime_error::runtime_error;
+};
+
+// The name itself says that another kind of file is meant.
+class ErrorNombre : public ErrorGuardado {
+   public:
+    using ErrorGuardado::ErrorGuardado;
+};
+
+// "no se pudo guardar x.csv: MOTIVO"
+ErrorGuardado noGuardado(const std::filesystem::path& ruta, std::string_view motivo);
+
+// What whoever saves knows of the file.
+struct ReglaDestino {
+    bool nuevo = false;      // nothing may stand under its name yet
+    bool corriente = false;  // a FIFO or a device that takes text will do as well
+    // Endings, in lower case, of files of another kind: a name that ends so, in whatever case, is refused,
+    // and so is a link to one.
+    std::span<const std::string_view> vedadas = {};
+    std::uint64_t bytes = 0;  // that must find room; 0: nobody knows
+    // What is read for it, and is never replaced by it: refused by whatever name, also where it is not there.
+    std::vector<std::filesystem::path> leidos = {};
+};
+
+struct Destino {
+    std::filesystem::path pedido = {};  // as the user names it
+    std::filesystem::path ruta = {};    // where its symbolic links end
+    bool nuevo = false;
+    bool corriente = false;  // not a file: opened and written to, see abrirCorriente
+    // Of the regular file that stands there now.
+    std::optional<struct stat> previo = {};
+
+    std::filesystem::path carpeta() const;
+};
+
+// Throws ErrorGuardado with the file's name and the reason in Spanish where writing is refused or bound to
+// fail: a folder that is missing or closed, a file that may not be written or that would be replaced against
+// the rule, too little room, anything that is neither a regular file nor, where the rule lets it, a stream.
+// Writes nothing.
+Destino revisarDestino(const std::filesystem::path& ruta, const ReglaDestino& regla = {});
+
+// Whether both names stand for the same file, or would once it is there: links of either kind, "./" and the
+// like make no difference.
+bool mismoArchivo(const std::filesystem::path& a, const std::filesystem::path& b);
+// A text that is equal for two such names: of what is there, its place on the disk, of anything else the
+// folder's and the name.
+std::string identidad(const std::filesystem::path& ruta);
+// The same of the regular file behind an open descriptor; nothing for anything else.
+std::optional<std::string> identidad(int descriptor);
+
+// The descriptor of a stream, to be written to without waiting; -1 while a FIFO, and nothing else, has no
+// reader.
+// Throws ErrorGuardado.
+int abrirCorriente(const Destino& destino);
+
+// The name with something added at its end, cut before it where the whole would be longer than the folder's
+// file system takes.
+std::filesystem::path conSufijo(const std::filesystem::path& ruta, std::string_view sufijo);
+
+}  // namespace telvane

@@ -1,0 +1,55 @@
+// Saving many files with one wait for the disk.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/guardado.h"
+
+namespace telvane {
+
+// Files are written under temporary names; once enough of them wait, the disk is told to write them all, and
+// only then each gets its name. Of every file holds what holds of one that is saved alone: the old one whole
+// or the new one whole, and it is called saved when the disk has it. Several threads may add files at once;
+// how many wait, and so the memory, has a bound of its own.
+class GuardadoEnTanda {
+   public:
+    // The reason in Spanish, with the file's name, why it is not saved; empty: it is.
+    using AlTerminar = std::function<void(const std::string& motivo)>;
+
+    GuardadoEnTanda() = default;
+    GuardadoEnTanda(const GuardadoEnTanda&) = delete;
+    GuardadoEnTanda& operator=(const GuardadoEnTanda&) = delete;
+    // What was not finished is not saved.
+    ~GuardadoEnTanda() = default;
+
+    // Writes the file. alTerminar is told once, on any of the threads, now or later. Throws nothing of its
+    // own.
+    void agregar(const std::filesystem::path& ruta, std::string_view bytes, const ReglaDestino& regla,
+                 AlTerminar alTerminar);
+    // Saves those that wait; afterwards every file that was added has been told.
+    void terminar();
+
+   private:
+    struct Pendiente {
+        ArchivoPendiente archivo;
+        dev_t disco;  // 0: synced already
+        AlTerminar alTerminar;
+    };
+    // The first file of each disk stays open: its descriptor learns of every failed write since it was
+    // opened.
+    struct Tanda {
+        std::vector<Pendiente> archivos;
+        std::map<dev_t, Descriptor> discos;
+    };
+    void escribir(ArchivoPendiente archivo, std::string_view bytes, const AlTerminar& alTerminar);
+    static void colocar(Tanda tanda);
+
+    std::mutex cerrojo_;
+    Tanda tanda_;
+};
+
+}  // namespace telvane

@@ -1,0 +1,18 @@
+// What went wrong, in words.
+#pragma once
+
+#include <exception>
+#include <string>
+
+namespace telvane {
+
+// The reason of an errno value in Spanish, whatever the locale: "no queda espacio en el disco".
+std::string motivoSistema(int numero);
+// The same for a write to a file, where the session's own limit may be what stops it.
+std::string motivoEscritura(int numero);
+
+// The text of an exception for the user, in Spanish whoever threw it: those of the system and of the standard
+// library speak English.
+std::string motivoDe(const std::exception& error);
+
+}  // namespace telvane

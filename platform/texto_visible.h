@@ -1,0 +1,20 @@
+// Text from outside made fit to be shown: a control character from a logger, a USB adapter or a file name
+// would be an order to the terminal.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace telvane {
+
+// Without control characters (C0 with line ends, DEL, C1), each malformed byte as U+FFFD.
+std::string sinControles(std::string_view utf8);
+
+// The same for a text of several lines, whose ends stay.
+std::string lineasSinControles(std::string_view utf8);
+
+// Finished JSON of valid UTF-8, the control characters that its writer lets through (DEL, C1) written as
+// \uXXXX.
+std::string controlesEscapados(std::string_view json);
+
+}  // namespace telvane

@@ -1,0 +1,212 @@
+// What may be written where.
+#include "platform/destino.h"
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <fstream>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "apoyo/carpeta_temporal.h"
+#include "apoyo/disco_chico.h"
+#include "platform/guardado.h"
+
+namespace telvane {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+constexpr std::array<std::string_view, 1> kVedadas = {".rgt"};
+
+class DestinoDe : public ::testing::Test {
+   protected:
+    fs::path ruta(const std::string& nombre) const { return carpeta_ / nombre; }
+    void poner(const std::string& nombre) const { std::ofstream(ruta(nombre)) << "viejo"; }
+    static std::string negativa(const fs::path& ruta, const ReglaDestino& regla = {}) {
+        try {
+            revisarDestino(ruta, regla);
+        } catch (const ErrorGuardado& error) {
+            return error.what();
+        }
+        return "";
+    }
+    static bool porNombre(const fs::path& ruta) {
+        try {
+            revisarDestino(ruta, {.vedadas = kVedadas});
+        } catch (const ErrorNombre&) {
+            return true;
+        }
+        return false;
+    }
+
+    CarpetaTemporal temporal_;
+    const fs::path& carpeta_ = temporal_.ruta();
+};
+
+TEST_F(DestinoDe, unaTuberiaSeEscribeDondeSeAdmiteYSiguesiendoTuberia) {
+    ASSERT_EQ(::mkfifo(ruta("tubo").c_str(), 0600), 0);
+    EXPECT_EQ(negativa(ruta("tubo")), "no se pudo guardar tubo: no es un archivo normal");
+    const auto destino = revisarDestino(ruta("tubo"), {.corriente = true});
+    EXPECT_TRUE(destino.corriente);
+    EXPECT_EQ(abrirCorriente(destino), -1) << "nobody reads yet";
+    const Descriptor lector(::open(ruta("tubo").c_str(), O_RDONLY | O_NONBLOCK));
+    const Descriptor escritor(abrirCorriente(destino));
+    EXPECT_GE(escritor(), 0);
+    EXPECT_TRUE(fs::is_fifo(ruta("tubo")));
+}
+
+TEST_F(DestinoDe, soloLosDispositivosQueTomanTexto) {
+    EXPECT_TRUE(revisarDestino("/dev/null", {.corriente = true}).corriente);
+    EXPECT_NE(negativa("/dev/full", {.corriente = true}), "");
+    EXPECT_NE(negativa("/dev/zero", {.corriente = true}), "");
+    EXPECT_NE(negativa("/dev/null"), "");
+    if (::mknod(ruta("memoria").c_str(), S_IFCHR | 0600, makedev(1, 1)) != 0)
+        GTEST_SKIP() << "making devices is not permitted here";
+    EXPECT_NE(negativa(ruta("memoria"), {.corriente = true}), "");
+    ASSERT_EQ(::mknod(ruta("disco").c_str(), S_IFBLK | 0600, makedev(259, 77)), 0);
+    EXPECT_NE(negativa(ruta("disco"), {.corriente = true}), "");
+}
+
+TEST_F(DestinoDe, unTerminalQueNoEsElNuestroSeNiega) {
+    const Descriptor maestro(::posix_openpt(O_RDWR | O_NOCTTY));
+    ASSERT_EQ(::grantpt(maestro()), 0);
+    ASSERT_EQ(::unlockpt(maestro()), 0);
+    EXPECT_THAT(negativa(::ptsname(maestro()), {.corriente = true}), HasSubstr("no es un archivo normal"));
+}
+
+// As a FIFO without a reader cannot be opened, so cannot a terminal that is none.
+TEST_F(DestinoDe, soloUnaTuberiaEsperaASuLector) {
+    EXPECT_EXIT(
+        {
+            ::setsid();
+            const auto motivo = negativa("/dev/tty", {.corriente = true});
+            try {
+                abrirCorriente({.pedido = "/dev/tty", .ruta = "/dev/tty", .corriente = true});
+            } catch (const ErrorGuardado&) {
+                ::_exit(motivo == "no se pudo guardar tty: el dispositivo no existe" ? 0 : 2);
+            }
+            ::_exit(1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(DestinoDe, unArchivoAbiertoEsElMismoQuePorSuNombre) {
+    poner("a");
+    poner("b");
+    const Descriptor abierto(::open(ruta("a").c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(identidad(abierto()), identidad(ruta("a")));
+    EXPECT_NE(identidad(abierto()), identidad(ruta("b")));
+    EXPECT_EQ(identidad(Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC))()), std::nullopt);
+    EXPECT_EQ(identidad(-1), std::nullopt);
+}
+
+TEST_F(DestinoDe, unSocketSeNiega) {
+    const Descriptor zocalo(::socket(AF_UNIX, SOCK_STREAM, 0));
+    sockaddr_un direccion{};
+    direccion.sun_family = AF_UNIX;
+    const auto nombre = ruta("zocalo").string();
+    ASSERT_LT(nombre.size(), sizeof direccion.sun_path);
+    nombre.copy(direccion.sun_path, nombre.size());
+    ASSERT_EQ(::bind(zocalo(), reinterpret_cast<const sockaddr*>(&direccion), sizeof direccion), 0);
+    EXPECT_THAT(negativa(ruta("zocalo"), {.corriente = true}), HasSubstr("no es un archivo normal"));
+}
+
+TEST_F(DestinoDe, unNombreVedadoSeNiegaEscritoComoSeaYPorUnEnlace) {
+    EXPECT_TRUE(porNombre(ruta("a.rgt")));
+    EXPECT_TRUE(porNombre(ruta("a.RgT")));
+    EXPECT_TRUE(porNombre(ruta(".rgt")));
+    EXPECT_FALSE(porNombre(ruta("a.rgt.csv")));
+    EXPECT_FALSE(porNombre(ruta("argt")));
+    poner("b.rgt");
+    fs::create_symlink("b.rgt", ruta("tabla.csv"));
+    EXPECT_TRUE(porNombre(ruta("tabla.csv")));
+    fs::create_symlink("todavia-no.rgt", ruta("otra.csv"));
+    EXPECT_TRUE(porNombre(ruta("otra.csv")));
+}
+
+TEST_F(DestinoDe, loQueHaDeSerNuevoNoPuedeEstar) {
+    poner("x");
+    EXPECT_EQ(negativa(ruta("x"), {.nuevo = true}), "no se pudo guardar x: ya existe");
+    fs::create_symlink("x", ruta("enlace"));
+    EXPECT_EQ(negativa(ruta("enlace"), {.nuevo = true}), "no se pudo guardar enlace: ya existe");
+    EXPECT_EQ(negativa(ruta("y"), {.nuevo = true}), "");
+}
+
+TEST_F(DestinoDe, loQueNoCabeSeDiceAntes) {
+    const DiscoChico disco(ruta("disco"));
+    if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
+    EXPECT_EQ(negativa(ruta("disco/x"), {.bytes = 60'000}), "");
+    EXPECT_EQ(negativa(ruta("disco/x"), {.bytes = 70'000}),
+              "no se pudo guardar x: no queda espacio en el disco");
+}
+
+TEST_F(DestinoDe, loQueLaSesionNoPermiteSeDiceAntes) {
+    rlimit antes{};
+    ::getrlimit(RLIMIT_FSIZE, &antes);
+    const rlimit limite{1000, antes.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limite), 0);
+    EXPECT_THAT(negativa(ruta("x"), {.bytes = 1001}), HasSubstr("(ulimit -f)"));
+    EXPECT_EQ(negativa(ruta("x"), {.bytes = 1000}), "");
+    ::setrlimit(RLIMIT_FSIZE, &antes);
+}
+
+TEST_F(DestinoDe, unPuntoDeMontajeSeNiega) {
+    poner("de");
+    poner("sobre");
+    if (::mount(ruta("de").c_str(), ruta("sobre").c_str(), nullptr, MS_BIND, nullptr) != 0)
+        GTEST_SKIP() << "mounting is not permitted here";
+    EXPECT_EQ(negativa(ruta("sobre")), "no se pudo guardar sobre: es un punto de montaje");
+    ::umount(ruta("sobre").c_str());
+}
+
+TEST_F(DestinoDe, unNombreVacioNoEsNinguno) {
+    EXPECT_THAT(negativa(""), EndsWith("falta el nombre"));
+    EXPECT_THAT(negativa(ruta("nada/")), HasSubstr("no existe la carpeta"));
+    poner("x");
+    EXPECT_THAT(negativa(ruta("x/")), HasSubstr("no es una carpeta"));
+}
+
+TEST_F(DestinoDe, elMismoArchivoPorCualquierNombre) {
+    poner("a");
+    fs::create_directory(ruta("d"));
+    fs::create_symlink("a", ruta("simbolico"));
+    fs::create_hard_link(ruta("a"), ruta("duro"));
+    fs::create_directory_symlink("d", ruta("otra"));
+    EXPECT_TRUE(mismoArchivo(ruta("a"), ruta("./d/../a")));
+    EXPECT_TRUE(mismoArchivo(ruta("a"), ruta("simbolico")));
+    EXPECT_TRUE(mismoArchivo(ruta("a"), ruta("duro")));
+    EXPECT_FALSE(mismoArchivo(ruta("a"), ruta("d")));
+    // Before they are there.
+    EXPECT_TRUE(mismoArchivo(ruta("d/x"), ruta("otra/x")));
+    fs::create_symlink("d/x", ruta("aunNo"));
+    EXPECT_TRUE(mismoArchivo(ruta("d/x"), ruta("aunNo")));
+    EXPECT_FALSE(mismoArchivo(ruta("d/x"), ruta("d/X")));
+    EXPECT_FALSE(mismoArchivo(ruta("nada/x"), ruta("d/x")));
+}
+
+TEST(ConSufijo, unNombreDemasiadoLargoSeAcortaPorUnCaracterEntero) {
+    EXPECT_EQ(conSufijo("a/b", ".parcial"), fs::path("a/b.parcial"));
+    const std::string largo(NAME_MAX, 'n');
+    EXPECT_EQ(conSufijo(largo, ".parcial").string(), std::string(NAME_MAX - 8, 'n') + ".parcial");
+    std::string enies;
+    while (enies.size() + 2 < NAME_MAX) enies += "ñ";
+    const auto corto = conSufijo(enies, ".p").string();
+    EXPECT_LE(corto.size(), std::size_t{NAME_MAX});
+    EXPECT_EQ((corto.size() - 2) % 2, 0U) << "half a character is none";
+}
+
+}  // namespace
+}  // namespace telvane

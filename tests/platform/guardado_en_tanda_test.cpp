@@ -1,0 +1,139 @@
+#include "platform/guardado_en_tanda.h"
+
+#include <sys/stat.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "apoyo/carpeta_temporal.h"
+#include "apoyo/disco_chico.h"
+
+namespace telvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string leer(const fs::path& ruta) {
+    std::ifstream archivo(ruta, std::ios::binary);
+    return {std::istreambuf_iterator<char>(archivo), std::istreambuf_iterator<char>()};
+}
+
+class GuardadoJuntos : public ::testing::Test {
+   protected:
+    fs::path ruta(const std::string& nombre) const { return temporal_ / nombre; }
+    std::size_t entradas(const fs::path& carpeta) const {
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(carpeta), fs::directory_iterator()));
+    }
+    void agregar(const fs::path& archivo, std::string_view bytes, const ReglaDestino& regla = {}) {
+        guardado_.agregar(archivo, bytes, regla, [this, archivo](const std::string& motivo) {
+            // What is told to be saved stands under its name.
+            motivo.empty() ? ++bien_ : ++mal_;
+            if (!motivo.empty()) motivos_.push_back(motivo);
+        });
+    }
+
+    CarpetaTemporal temporal_;
+    GuardadoEnTanda guardado_;
+    std::atomic<int> bien_ = 0;
+    std::atomic<int> mal_ = 0;
+    std::vector<std::string> motivos_;
+};
+
+TEST_F(GuardadoJuntos, ningunoTieneSuNombreHastaQueTodosEstanEnElDisco) {
+    std::ofstream(ruta("a")) << "viejo";
+    agregar(ruta("a"), "nuevo");
+    agregar(ruta("b"), "otro");
+    EXPECT_EQ(leer(ruta("a")), "viejo");
+    EXPECT_FALSE(fs::exists(ruta("b")));
+    EXPECT_EQ(bien_, 0);
+    guardado_.terminar();
+    EXPECT_EQ(leer(ruta("a")), "nuevo");
+    EXPECT_EQ(leer(ruta("b")), "otro");
+    EXPECT_EQ(bien_, 2);
+    EXPECT_EQ(entradas(temporal_.ruta()), 2U);
+}
+
+TEST_F(GuardadoJuntos, losQueEsperanTienenUnLimite) {
+    constexpr int kMuchos = 300;
+    std::size_t masTemporales = 0;
+    for (int i = 0; i < kMuchos; ++i) {
+        agregar(ruta(std::to_string(i)), "x");
+        masTemporales = std::max(masTemporales, entradas(temporal_.ruta()) - static_cast<std::size_t>(bien_));
+    }
+    EXPECT_LE(masTemporales, 128U);
+    EXPECT_GE(bien_, 256);
+    guardado_.terminar();
+    EXPECT_EQ(bien_, kMuchos);
+    EXPECT_EQ(entradas(temporal_.ruta()), static_cast<std::size_t>(kMuchos));
+}
+
+TEST_F(GuardadoJuntos, unoQueFallaEnMedioSeDiceYLosDemasSeGuardan) {
+    fs::create_directory(ruta("2"));
+    for (int i = 0; i < 5; ++i) agregar(ruta(std::to_string(i)), "x");
+    EXPECT_EQ(mal_, 1);
+    guardado_.terminar();
+    EXPECT_EQ(bien_, 4);
+    ASSERT_EQ(motivos_.size(), 1U);
+    EXPECT_EQ(motivos_[0], "no se pudo guardar 2: es una carpeta");
+    EXPECT_EQ(entradas(temporal_.ruta()), 5U);
+}
+
+TEST_F(GuardadoJuntos, unDiscoQueSeLlenaPierdeLosQueNoCabenYNingunoDeLosViejos) {
+    const DiscoChico disco(ruta("disco"), "256k");
+    if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
+    for (int i = 0; i < 4; ++i) std::ofstream(ruta("disco") / std::to_string(i)) << "viejo";
+    const std::string mucho(100'000, 'n');
+    for (int i = 0; i < 4; ++i) agregar(ruta("disco") / std::to_string(i), mucho);
+    guardado_.terminar();
+    EXPECT_EQ(bien_ + mal_, 4);
+    EXPECT_GE(bien_, 1);
+    EXPECT_GE(mal_, 1);
+    int nuevos = 0;
+    for (int i = 0; i < 4; ++i) {
+        const auto queda = leer(ruta("disco") / std::to_string(i));
+        EXPECT_TRUE(queda == "viejo" || queda == mucho);
+        nuevos += queda == mucho ? 1 : 0;
+    }
+    EXPECT_EQ(nuevos, bien_);
+    EXPECT_EQ(entradas(ruta("disco")), 4U);
+}
+
+TEST_F(GuardadoJuntos, deVariosHilosATodasPartes) {
+    const DiscoChico disco(ruta("disco"), "4m");
+    if (!disco.montado()) fs::create_directories(ruta("disco"));
+    {
+        std::vector<std::jthread> hilos;
+        for (int hilo = 0; hilo < 4; ++hilo) {
+            hilos.emplace_back([this, hilo] {
+                for (int i = 0; i < 100; ++i) {
+                    const auto carpeta = i % 2 == 0 ? temporal_.ruta() : ruta("disco");
+                    agregar(carpeta / fmt::format("{}-{}", hilo, i), "x");
+                }
+            });
+        }
+    }
+    guardado_.terminar();
+    EXPECT_EQ(bien_, 400);
+    EXPECT_EQ(entradas(ruta("disco")), 200U);
+    EXPECT_EQ(entradas(temporal_.ruta()), 201U);
+}
+
+TEST_F(GuardadoJuntos, loQueNadieTerminaNoDejaNada) {
+    {
+        GuardadoEnTanda otro;
+        otro.agregar(ruta("a"), "nuevo", {}, [](const std::string&) {});
+    }
+    EXPECT_EQ(entradas(temporal_.ruta()), 0U);
+}
+
+}  // namespace
+}  // namespace telvane

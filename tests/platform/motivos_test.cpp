@@ -1,0 +1,39 @@
+#include "platform/motivos.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <new>
+#include <stdexcept>
+#include <system_error>
+
+#include <gtest/gtest.h>
+
+namespace telvane {
+namespace {
+
+TEST(Motivos, SpeakSpanishWhoeverThrows) {
+    EXPECT_EQ(motivoDe(std::runtime_error("revise el cable")), "revise el cable");
+    EXPECT_EQ(motivoDe(std::bad_alloc()), "no queda memoria");
+    EXPECT_EQ(motivoDe(std::system_error(ENOSPC, std::generic_category(), "write")),
+              "no queda espacio en el disco");
+    const std::filesystem::filesystem_error error("status", "/a/b",
+                                                  std::make_error_code(std::errc::permission_denied));
+    EXPECT_EQ(motivoDe(error), "/a/b: no hay permiso");
+}
+
+TEST(MotivoSistema, losErroresDeArchivosYPuertosTienenSuFrase) {
+    for (const int numero :
+         {EACCES, EAGAIN, EBUSY,  EDQUOT, EFBIG,   EINVAL, EIO,   EISDIR, ELOOP, EMFILE, ENAMETOOLONG,
+          ENODEV, ENOENT, ENOMEM, ENOSPC, ENOTDIR, ENOTTY, ENXIO, EPERM,  EROFS, ETXTBSY}) {
+        EXPECT_EQ(motivoSistema(numero).find("error "), std::string::npos) << numero;
+    }
+    EXPECT_EQ(motivoSistema(ENOSPC), "no queda espacio en el disco");
+}
+
+TEST(MotivoSistema, losDemasDanSuNumero) {
+    EXPECT_EQ(motivoSistema(9999), "error 9999 del sistema");
+    EXPECT_EQ(motivoSistema(0), "error 0 del sistema");
+}
+
+}  // namespace
+}  // namespace telvane

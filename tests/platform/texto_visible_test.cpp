@@ -1,0 +1,38 @@
+#include "platform/texto_visible.h"
+
+#include <gtest/gtest.h>
+
+namespace telvane {
+namespace {
+
+TEST(SinControles, LeavesTextAndTakesOrdersToTheTerminalAway) {
+    EXPECT_EQ(sinControles("Señor Ñandú 20 € 日本 😀"), "Señor Ñandú 20 € 日本 😀");
+    EXPECT_EQ(sinControles("a\x1b[31mb\r\n\tc\x7f"), "a[31mbc");
+    EXPECT_EQ(lineasSinControles("a\x1b[31mb\r\n\n\tc\x7f\n"), "a[31mb\n\nc\n");
+    EXPECT_EQ(sinControles(std::string_view("a\0b", 3)), "ab");
+    // C1 as characters; the letters beside them share their first byte.
+    EXPECT_EQ(sinControles("\u0080\u009b\u009f\u00a0\u00bf"), "\u00a0\u00bf");
+}
+
+TEST(SinControles, AMalformedByteIsMarkedAndNothingElseIsLost) {
+    EXPECT_EQ(sinControles("a\x9b"
+                           "b"),
+              "a\uFFFD"
+              "b");
+    EXPECT_EQ(sinControles("a\xc3"), "a\uFFFD");
+    EXPECT_EQ(sinControles("\xc3\x28"), "\uFFFD(");
+    EXPECT_EQ(sinControles("\xe2\x82"), "\uFFFD\uFFFD");
+    // Overlong, a surrogate, beyond the last character.
+    EXPECT_EQ(sinControles("\xc0\x9b"), "\uFFFD\uFFFD");
+    EXPECT_EQ(sinControles("\xe0\x80\x9b"), "\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(sinControles("\xed\xa0\x80"), "\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(sinControles("\xf4\x90\x80\x80"), "\uFFFD\uFFFD\uFFFD\uFFFD");
+}
+
+TEST(ControlesEscapados, WritesWhatJsonLetsThrough) {
+    EXPECT_EQ(controlesEscapados("\"a\x7f\u009b\u00f1\""), "\"a\\u007f\\u009b\u00f1\"");
+    EXPECT_EQ(controlesEscapados("{\n  \"a\": 1\n}"), "{\n  \"a\": 1\n}");
+}
+
+}  // namespace
+}  // namespace telvane
