@@ -1,0 +1,45 @@
+#include "consola/aplicacion_consola.h"
+
+#include <exception>
+
+#include <fmt/format.h>
+
+#include "consola/codigos_salida.h"
+#include "platform/motivos.h"
+
+namespace telvane {
+
+namespace {
+
+void leerLinea(const ProgramaConsola& programa, Consola& consola, const std::vector<std::string>& argumentos,
+               OrdenElegida& elegida, const std::function<void(Argumentos&)>& declarar) {
+    Argumentos linea(programa.nombre, programa.version, programa.descripcion);
+    declarar(linea);
+    const auto leida = linea.leer(argumentos);
+    if (leida.que == LineaLeida::Que::malUso) throw ErrorCli(CodigoSalida::malUso, leida.texto);
+    if (leida.que == LineaLeida::Que::terminar) {
+        elegida = [&consola, texto = leida.texto] { consola.resultado(texto); };
+    }
+}
+
+}  // namespace
+
+int correrPrograma(const ProgramaConsola& programa, Consola& consola,
+                   const std::vector<std::string>& argumentos, OrdenElegida& elegida,
+                   const std::function<void(Argumentos&)>& declarar) {
+    const auto fallar = [&](CodigoSalida codigo, const std::string& que) {
+        consola.aviso(fmt::format("{}: {}", programa.nombre, que));
+        return static_cast<int>(codigo);
+    };
+    try {
+        leerLinea(programa, consola, argumentos, elegida, declarar);
+        elegida();
+        return static_cast<int>(CodigoSalida::hecho);
+    } catch (const ErrorCli& error) {
+        return fallar(error.codigo(), error.what());
+    } catch (const std::exception& error) {
+        return fallar(CodigoSalida::fallo, motivoDe(error));
+    }
+}
+
+}  // namespace telvane

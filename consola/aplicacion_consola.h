@@ -1,0 +1,29 @@
+// A console program's run: its line is read, what it asks for is done, and how that ends is told.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "consola/consola.h"
+#include "platform/argumentos.h"
+
+namespace telvane {
+
+struct ProgramaConsola {
+    std::string nombre;
+    std::string version;
+    std::string descripcion;
+};
+
+// What a line asks for; throws ErrorCli.
+using OrdenElegida = std::function<void()>;
+
+// declarar: tells the commands; the one that the line chooses sets elegida. argumentos: without the program's
+// name. Returns the exit status (see CodigoSalida); throws nothing. A failure is one line on standard error.
+int correrPrograma(const ProgramaConsola& programa, Consola& consola,
+                   const std::vector<std::string>& argumentos, OrdenElegida& elegida,
+                   const std::function<void(Argumentos&)>& declarar);
+
+}  // namespace telvane

@@ -1,0 +1,28 @@
+// How a console program ends.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace telvane {
+
+enum class CodigoSalida : int {
+    hecho = 0,
+    fallo = 1,
+    malUso = 2,
+    sinRegistrador = 3,
+    interrumpido = 130,
+};
+
+// Ends the running command with this code; the text, in Spanish and with the remedy where there is one, goes
+// to standard error.
+class ErrorCli : public std::runtime_error {
+   public:
+    ErrorCli(CodigoSalida codigo, const std::string& que) : std::runtime_error(que), codigo_(codigo) {}
+    CodigoSalida codigo() const { return codigo_; }
+
+   private:
+    CodigoSalida codigo_;
+};
+
+}  // namespace telvane

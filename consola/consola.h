@@ -1,0 +1,50 @@
+// Standard input, output and error of a console program.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "consola/entorno_consola.h"
+
+namespace telvane {
+
+class Consola {
+   public:
+    explicit Consola(EntornoConsola& entorno);
+    Consola(const Consola&) = delete;
+    Consola& operator=(const Consola&) = delete;
+    ~Consola();
+
+    // Results: at once, as they stand. Throws ErrorCli: fallo when nobody takes them any more, interrumpido
+    // on a signal while whoever takes them is slow.
+    void resultado(std::string_view texto);
+    // The same to a descriptor of another kind: 0, or an errno value. Throws ErrorCli (interrumpido).
+    int escribirEn(int descriptor, std::string_view texto);
+    // Talk on standard error, over the progress line, without control characters: a line, or several with
+    // "\n" between them. Failures to write it are nobody's business.
+    void aviso(std::string_view linea);
+    // The line that tells how far the work is, drawn over the last one; only on a terminal, and cut to its
+    // width. Empty: taken away.
+    void progreso(const std::string& linea);
+    // Characters that fit into a line of the terminal now.
+    std::size_t ancho() const;
+    // Whether somebody watches standard error.
+    bool hayTerminal() const { return hayTerminal_; }
+
+    // Standard input up to its end or to maximo bytes. Throws ErrorCli (fallo, interrumpido).
+    std::vector<std::uint8_t> leerEntrada(std::size_t maximo);
+
+   private:
+    void esperarEntrada();
+    bool esperarSalida(int descriptor) const;
+    int escribirTodo(int descriptor, std::string_view texto) const;
+
+    EntornoConsola& entorno_;
+    bool hayTerminal_;
+    bool hayProgreso_ = false;
+};
+
+}  // namespace telvane

@@ -1,0 +1,32 @@
+#include "consola/entorno_consola.h"
+
+#include "consola/codigos_salida.h"
+
+namespace telvane {
+
+void interrumpir() {
+    throw ErrorCli(CodigoSalida::interrumpido, "interrumpido");
+}
+
+void atenderSenal(const EntornoConsola& entorno) {
+    if (entorno.senal != 0) interrumpir();
+}
+
+bool esperar(EntornoConsola& entorno, const EntornoConsola::Condicion& condicion, Bucle::Duracion plazo) {
+    bool llego = false;
+    entorno.correrHasta(
+        [&] {
+            llego = condicion();
+            return llego || entorno.senal != 0;
+        },
+        plazo);
+    atenderSenal(entorno);
+    return llego;
+}
+
+void pausar(EntornoConsola& entorno, Bucle::Duracion duracion) {
+    esperar(
+        entorno, [] { return false; }, duracion);
+}
+
+}  // namespace telvane
