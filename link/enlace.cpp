@@ -1,30 +1,42 @@
 #include "link/enlace.h"
 
-#include "link/protocolo.h"
 #include "link/siguiendo.h"
 #include "ui/textos.h"
 
 namespace telvane {
 
 Tarea<> Enlace::despertar() {
-    siguiendo([&] { canales.MSComm1.CommPort(estado.numPuerto); });
-    siguiendo([&] { canales.MSComm1.PortOpen(true); });
-    siguiendo([&] { canales.MSComm1.Output(kSonda); });
+    tomarLinea(canales.MSComm1, kSonda);
     co_await esperas.sinCeder(kDespertar);
     canales.MSComm1.PortOpen(false);
 }
 
-void Enlace::abrir(MSComm& canal) {
-    siguiendo([&] { canal.CommPort(estado.numPuerto); });
-    siguiendo([&] { canal.PortOpen(true); });
-    siguiendo([&] { canal.InBufferCount(0); });
-    siguiendo([&] { canal.Output(kApertura); });
+void Enlace::abrir(MSComm& canal, std::uint8_t apertura) {
+    // What an earlier exchange left in respuesta is no answer on a line that is not there.
+    if (!tomarLinea(canal, apertura)) estado.respuesta = false;
     estado.contador = 0;
 }
 
-Tarea<> Enlace::esperarRespuesta() {
+// One refused step ends it: without the port that the search found, no other one may be opened.
+bool Enlace::tomarLinea(MSComm& canal, std::uint8_t primero) const {
+    const bool tomada = siguiendo([&] {
+        canal.CommPort(estado.numPuerto);
+        canal.PortOpen(true);
+        canal.InBufferCount(0);
+        canal.Output(primero);
+    });
+    if (!tomada) canal.PortOpen(false);
+    return tomada;
+}
+
+Tarea<> Enlace::esperarRespuesta(std::chrono::milliseconds plazo) {
+    co_await esperar(plazo, [this] { return estado.respuesta; });
+}
+
+Tarea<> Enlace::esperar(std::chrono::milliseconds plazo, Esperas::Condicion condicion) {
+    const Turno::Espera espera(turno, plazo);
     estado.tInicio = segundosComoTexto(reloj.segundosDelDia());
-    co_await esperas.hasta(estado.tInicio, kEsperaRespuesta, [this] { return estado.respuesta; });
+    co_await esperas.hasta(estado.tInicio, plazo, std::move(condicion));
 }
 
 Tarea<> Enlace::avisar(std::string_view texto) {

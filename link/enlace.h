@@ -5,6 +5,8 @@
 #include <string>
 
 #include "link/mscomm.h"
+#include "link/protocolo.h"
+#include "link/turno.h"
 #include "platform/dialogos.h"
 #include "platform/esperas.h"
 #include "platform/reloj.h"
@@ -48,17 +50,24 @@ struct Enlace {
     const Reloj& reloj;
     Esperas& esperas;
     Dialogos& dialogos;
+    Turno& turno;
 
     // Wakes the logger: 0xBE on MSComm1, two seconds without yielding, then whatever it said is dropped.
     Tarea<> despertar();
-    // Opens the exchange's channel on numPuerto and sends its opening byte; counters start at 0.
-    void abrir(MSComm& canal);
-    // Notes the clock in tInicio and waits at most one second, yielding, for respuesta.
-    Tarea<> esperarRespuesta();
+    // Opens the exchange's channel on numPuerto and sends its opening byte; counters start at 0. Where that
+    // cannot be done the channel stays closed, and nobody has answered.
+    void abrir(MSComm& canal, std::uint8_t apertura = kApertura);
+    // Notes the clock in tInicio and waits at most this long, yielding, for respuesta.
+    Tarea<> esperarRespuesta(std::chrono::milliseconds plazo = kEsperaRespuesta);
+    // The same for any condition.
+    Tarea<> esperar(std::chrono::milliseconds plazo, Esperas::Condicion condicion);
     // A message box with this text and one button.
     Tarea<> avisar(std::string_view texto);
     // Command1 enabled, asking whether to connect.
     void ofrecerReconexion();
+
+   private:
+    bool tomarLinea(MSComm& canal, std::uint8_t primero) const;
 };
 
 }  // namespace telvane

@@ -18,6 +18,10 @@
 
 #include <fmt/format.h>
 
+#include "link/direccion_tcp.h"
+#include "link/protocolo.h"
+#include "platform/recorte.h"
+
 namespace telvane {
 
 namespace {
@@ -43,9 +47,7 @@ std::optional<std::string> primeraLinea(const fs::path& archivo) {
     std::ifstream entrada(archivo);
     std::string linea;
     if (!std::getline(entrada, linea)) return std::nullopt;
-    const auto inicio = linea.find_first_not_of(" \t");
-    if (inicio == std::string::npos) return "";
-    return linea.substr(inicio, linea.find_last_not_of(" \t") - inicio + 1);
+    return std::string(recortado(linea, " \t"));
 }
 
 // The entries of a folder; one that cannot be read has none.
@@ -226,10 +228,16 @@ MapaCom MapaCom::fijo(const std::vector<std::string>& pares) {
         if (igual == std::string::npos)
             rehusarPar(par, "se espera NÚMERO=DISPOSITIVO, por ejemplo 1=/dev/ttyUSB0");
         const auto numero = leerNumero<int>(std::string_view(par).substr(0, igual));
-        if (!numero || *numero < 1 || *numero > kMaximoFijo) {
-            rehusarPar(par, fmt::format("el número va de 1 a {}", kMaximoFijo));
+        if (!numero || *numero < 1 || *numero > kUltimoPuerto) {
+            rehusarPar(par, fmt::format("el número va de 1 a {}", kUltimoPuerto));
         }
         if (igual + 1 == par.size()) rehusarPar(par, "falta el dispositivo");
+        if (const auto donde = std::string_view(par).substr(igual + 1);
+            esDireccionTcp(donde) && !leerDireccionTcp(donde)) {
+            rehusarPar(par,
+                       "se espera tcp://MÁQUINA:PUERTO, con el puerto de 1 a 65535, por ejemplo "
+                       "tcp://192.168.1.20:4001");
+        }
         if (!mapa.dispositivos_.emplace(*numero, par.substr(igual + 1)).second) {
             rehusarPar(par, fmt::format("el número {} ya tiene dispositivo", *numero));
         }
@@ -258,7 +266,7 @@ void MapaCom::actualizar() {
 }
 
 void MapaCom::alojar(const fs::path& dispositivo) {
-    for (int numero = 1; numero <= kMaximoAutomatico; ++numero) {
+    for (int numero = 1; numero <= kUltimoPuerto; ++numero) {
         auto& lugar = dispositivos_[numero];
         std::error_code error;
         if (!lugar.empty() && fs::exists(lugar, error)) continue;
@@ -270,6 +278,10 @@ void MapaCom::alojar(const fs::path& dispositivo) {
 FichaPuerto describirPuerto(const fs::path& dispositivo, const RaicesSistema& raices) {
     FichaPuerto ficha;
     ficha.dispositivo = dispositivo;
+    if (esDireccionTcp(dispositivo.native())) {
+        ficha.estado = EstadoPuerto::enRed;
+        return ficha;
+    }
     const auto presente = dispositivoDe(dispositivo);
     if (!presente) return ficha;
 

@@ -26,19 +26,16 @@ std::vector<std::filesystem::path> dispositivosPresentes(const RaicesSistema& ra
 
 class MapaCom {
    public:
-    static constexpr int kMaximoFijo = 16;        // highest number that a channel accepts
-    static constexpr int kMaximoAutomatico = 12;  // highest number that a search tries
-
     // The present devices, numbered from 1. A present device keeps its number; one that appears later takes
     // the lowest number without a present device, so an adapter that comes back under another name is found
     // where it was.
     static MapaCom automatico(RaicesSistema raices = {});
-    // pares: "N=DEVICE", N 1 to 16, each once. Numbers not given do not exist. Throws ErrorPuerto
-    // (lineaInvalida).
+    // pares: "N=DEVICE" or "N=tcp://HOST:PORT", N 1 to 12, each once. Numbers not given do not exist. Throws
+    // ErrorPuerto (lineaInvalida).
     static MapaCom fijo(const std::vector<std::string>& pares);
     // fijo when there are pairs, automatico otherwise.
-    static MapaCom deOpciones(const std::vector<std::string>& pares) {
-        return pares.empty() ? automatico() : fijo(pares);
+    static MapaCom deOpciones(const std::vector<std::string>& pares, RaicesSistema raices = {}) {
+        return pares.empty() ? automatico(std::move(raices)) : fijo(pares);
     }
 
     // The device of a number, which may be absent at the moment. nullopt: the number has none.
@@ -56,7 +53,8 @@ class MapaCom {
     std::optional<RaicesSistema> raices_;  // none: fixed
 };
 
-enum class EstadoPuerto { libre, ocupado, sinPermiso, ausente };
+// enRed: behind a server, which is not asked.
+enum class EstadoPuerto { libre, ocupado, sinPermiso, ausente, enRed };
 
 // A process that holds the device.
 struct Ocupante {

@@ -1,15 +1,10 @@
 #include "link/mscomm.h"
 
 #include <algorithm>
-#include <array>
+
+#include "link/protocolo.h"
 
 namespace telvane {
-
-namespace {
-
-constexpr int kMaxPuerto = 16;
-
-}  // namespace
 
 void Tenencia::tomar(int numero, MSComm& canal) {
     soltar(canal);
@@ -32,7 +27,7 @@ void MSComm::rehusar(const std::string& que) {
 }
 
 void MSComm::CommPort(int numero) {
-    if (numero < 1 || numero > kMaxPuerto) rehusar("número de puerto fuera de rango");
+    if (numero < 1 || numero > kUltimoPuerto) rehusar("número de puerto fuera de rango");
     commEvent_ = suceso::kNinguno;
     if (numero != commPort_) cerrar();
     commPort_ = numero;
@@ -131,10 +126,10 @@ void MSComm::cerrar() {
     tenencia_.soltar(*this);
     ++apertura_;
     puerto_.reset();
-    entrada_.clear();
-    leidos_ = 0;
+    entrada_ = {};
     desaparecido_ = false;
-    desbordado_ = false;
+    porQueDesaparecio_.clear();
+    falloContado_ = false;
 }
 
 void MSComm::Output(std::uint8_t byte) {
@@ -143,34 +138,36 @@ void MSComm::Output(std::uint8_t byte) {
 
 void MSComm::Output(std::span<const std::uint8_t> bytes) {
     if (!puerto_) throw ErrorPuerto(MotivoPuerto::cerrado, "el puerto está cerrado");
-    puerto_->escribir(bytes);
+    try {
+        puerto_->escribir(bytes);
+    } catch (const ErrorPuerto& error) {
+        contarFallo(error.what());
+        throw;
+    }
+}
+
+void MSComm::contarFallo(const std::string& porQue) {
+    if (!std::exchange(falloContado_, true) && alFallar) alFallar(porQue);
 }
 
 std::vector<std::uint8_t> MSComm::Input() {
     llenar();
-    const std::size_t esperan = entrada_.size() - leidos_;
-    const std::size_t toma =
-        inputLen_ == 0 ? esperan : std::min(esperan, static_cast<std::size_t>(inputLen_));
-    const auto desde = entrada_.begin() + static_cast<std::ptrdiff_t>(leidos_);
-    std::vector<std::uint8_t> bytes(desde, desde + static_cast<std::ptrdiff_t>(toma));
-    leidos_ += toma;
-    return bytes;
+    return entrada_.tomar(inputLen_ == 0 ? entrada_.esperan() : static_cast<std::size_t>(inputLen_));
 }
 
 std::uint8_t MSComm::InputByte() {
-    if (leidos_ == entrada_.size()) llenar();
-    return leidos_ < entrada_.size() ? entrada_[leidos_++] : std::uint8_t{0};
+    if (entrada_.esperan() == 0) llenar();
+    return entrada_.esperan() > 0 ? entrada_.tomar() : std::uint8_t{0};
 }
 
 std::size_t MSComm::InBufferCount() {
     llenar();
-    return entrada_.size() - leidos_;
+    return entrada_.esperan();
 }
 
 void MSComm::InBufferCount(int cero) {
     if (cero != 0) rehusar("InBufferCount solo admite 0");
-    entrada_.clear();
-    leidos_ = 0;
+    entrada_.vaciar();
     if (puerto_) puerto_->vaciarEntrada();
 }
 
@@ -187,31 +184,20 @@ void MSComm::suceder(int codigo) {
 // Takes over what the system holds, up to the buffer's size; the rest is lost, as on a full buffer.
 void MSComm::llenar() {
     if (!puerto_ || desaparecido_) return;
-    if (leidos_ == entrada_.size()) {
-        entrada_.clear();
-        leidos_ = 0;
-    }
-    std::array<std::uint8_t, 4096> trozo;
     try {
-        while (const auto leidos = puerto_->leer(trozo)) {
-            const std::size_t cabe = inBufferSize_ - std::min(inBufferSize_, entrada_.size() - leidos_);
-            const std::size_t entra = std::min(cabe, leidos);
-            entrada_.insert(entrada_.end(), trozo.begin(),
-                            trozo.begin() + static_cast<std::ptrdiff_t>(entra));
-            if (entra < leidos) desbordado_ = true;
-            if (leidos < trozo.size()) break;
-        }
-    } catch (const ErrorPuerto&) {
+        entrada_.llenar(*puerto_, inBufferSize_);
+    } catch (const ErrorPuerto& error) {
         // The device has gone: what came before stays readable, and the channel can be closed and opened
         // again.
         desaparecido_ = true;
+        porQueDesaparecio_ = error.what();
     }
 }
 
 // The system wakes us once the bytes still missing to the threshold have come.
 void MSComm::pedirUmbral() {
     if (!puerto_ || desaparecido_) return;
-    const int esperan = static_cast<int>(entrada_.size() - leidos_);
+    const int esperan = static_cast<int>(entrada_.esperan());
     puerto_->umbral(std::clamp(rThreshold_ - esperan, 1, PuertoSerie::kUmbralMaximo));
 }
 
@@ -224,17 +210,21 @@ void MSComm::despertar() {
         suceder(codigo);
         if (!sigue()) return;
     }
-    if (std::exchange(desbordado_, false)) {
+    if (entrada_.desbordado()) {
         suceder(suceso::kDesbordamiento);
         if (!sigue()) return;
     }
     while (rThreshold_ > 0) {
-        const std::size_t esperan = entrada_.size() - leidos_;
+        const std::size_t esperan = entrada_.esperan();
         if (esperan < static_cast<std::size_t>(rThreshold_)) break;
         suceder(suceso::kRecibido);
         if (!sigue()) return;
         // A handler that took nothing is not asked again for the same bytes.
-        if (entrada_.size() - leidos_ >= esperan) break;
+        if (entrada_.esperan() >= esperan) break;
+    }
+    if (const auto porQue = std::exchange(porQueDesaparecio_, {}); !porQue.empty()) {
+        contarFallo(porQue);
+        if (!sigue()) return;
     }
     pedirUmbral();
 }

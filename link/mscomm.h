@@ -9,33 +9,13 @@
 #include <utility>
 #include <vector>
 
+#include "link/buffer_de_entrada.h"
+#include "link/codigos_suceso.h"
 #include "link/puerto_serie.h"
 
 namespace telvane {
 
 class MSComm;
-
-// CommEvent codes.
-namespace suceso {
-inline constexpr int kNinguno = 0;
-inline constexpr int kEnviado = 1;
-inline constexpr int kRecibido = 2;
-inline constexpr int kCts = 3;
-inline constexpr int kDsr = 4;
-inline constexpr int kCd = 5;
-inline constexpr int kTimbre = 6;
-inline constexpr int kFinArchivo = 7;
-inline constexpr int kParada = 1001;
-inline constexpr int kEsperaCts = 1002;
-inline constexpr int kEsperaDsr = 1003;
-inline constexpr int kMarco = 1004;
-inline constexpr int kSobrecarga = 1006;
-inline constexpr int kEsperaCd = 1007;
-inline constexpr int kDesbordamiento = 1008;
-inline constexpr int kParidad = 1009;
-inline constexpr int kEnvioLleno = 1010;
-inline constexpr int kDcb = 1011;
-}  // namespace suceso
 
 // Which channel holds which port: the one that opened it last. Opening a port on another channel closes the
 // earlier opening and discards what it held, so a stalled exchange never steals the next one's bytes.
@@ -109,6 +89,8 @@ class MSComm {
     int CommEvent() const { return commEvent_; }
     // The communication event: the handler reads CommEvent.
     std::function<void()> alComunicar;
+    // The device has gone, or reading or writing failed: told once for each opening, with the reason.
+    std::function<void(const std::string& porQue)> alFallar;
     // Whether line errors and modem-line changes raise events at once, not only with received bytes.
     void vigilarLinea(bool si);
 
@@ -121,6 +103,7 @@ class MSComm {
     void despertar();
     void llenar();
     void pedirUmbral();
+    void contarFallo(const std::string& porQue);
     [[noreturn]] static void rehusar(const std::string& que);
 
     Puertos& puertos_;
@@ -135,10 +118,9 @@ class MSComm {
 
     std::unique_ptr<PuertoSerie> puerto_;
     bool desaparecido_ = false;
-    bool desbordado_ = false;
-    // What came and was not taken yet: entrada_[leidos_..].
-    std::vector<std::uint8_t> entrada_;
-    std::size_t leidos_ = 0;
+    std::string porQueDesaparecio_;  // empty: told already, or still there
+    bool falloContado_ = false;
+    BufferDeEntrada entrada_;
     // Told apart so that a handler that closes or reopens the channel ends the delivery to the old opening.
     std::uint64_t apertura_ = 0;
 };

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace telvane {
 
@@ -24,14 +25,42 @@ inline constexpr std::size_t kBytesBloque = 64;
 inline constexpr std::size_t kBloquesMemoria = 4096;
 inline constexpr std::size_t kBytesMemoria = kBytesBloque * kBloquesMemoria;
 
-// An answer to the probe counts as the logger's from this many bytes on.
-inline constexpr int kUmbralSonda = 21;
+// Offsets in bytes within the live frame, from 0; two-byte quantities are big-endian and signed. Bytes 0 to 2
+// and 18 to 30 are not used.
+namespace marco {
+inline constexpr std::size_t kHumedad = 3;
+inline constexpr std::size_t kTemperatura = 5;
+inline constexpr std::size_t kDirViento = 7;  // one byte, 2.25 degrees a step
+inline constexpr std::size_t kVelViento = 8;
+inline constexpr std::size_t kRadSolar = 10;
+inline constexpr std::size_t kPresion = 12;  // a high byte above 3 makes both 0
+inline constexpr std::size_t kLluvia = 14;
+inline constexpr std::size_t kEvaporacion = 16;
+}  // namespace marco
 
-// Line: "19200,n,8,1", no handshake; one byte is ten bits.
-inline constexpr int kBaudios = 19200;
+// Bytes that must wait before an exchange's next step is taken.
+inline constexpr int kUmbralByte = 1;
+inline constexpr int kUmbralBloque = static_cast<int>(kBytesBloque);
+inline constexpr int kUmbralMarco = static_cast<int>(kBytesMarco);
+inline constexpr int kUmbralSonda = 21;  // an answer to the probe counts as the logger's from here on
+
+// No handshake, DTR and RTS low; one byte is ten bits.
+inline constexpr std::string_view kAjustesLinea = "19200,n,8,1";
+inline constexpr int kBaudios = [] {
+    int baudios = 0;
+    for (const char cifra : kAjustesLinea.substr(0, kAjustesLinea.find(',')))
+        baudios = baudios * 10 + (cifra - '0');
+    return baudios;
+}();
+
+// Port numbers run from 1 to this one: those that a channel accepts, a map names and a search tries.
+inline constexpr int kUltimoPuerto = 12;
 
 // Waits.
-inline constexpr std::chrono::seconds kDespertar{2};  // after the wake-up byte, without yielding
-inline constexpr double kEsperaRespuesta = 1.0;       // seconds for the first byte of an exchange
+inline constexpr std::chrono::seconds kDespertar{2};        // after the wake-up byte, without yielding
+inline constexpr std::chrono::seconds kEsperaRespuesta{1};  // for the first byte of an exchange
+inline constexpr std::chrono::seconds kEsperaMarco{2};      // for a live frame that was asked for
+inline constexpr std::chrono::seconds kEsperaSuceso{1};     // of a search: for a first receive event...
+inline constexpr std::chrono::seconds kEsperaSonda{2};      // ...and for the whole answer
 
 }  // namespace telvane

@@ -53,6 +53,9 @@ class PuertoSerie {
    public:
     virtual ~PuertoSerie() = default;
 
+    // False while it is still being connected: what is written leaves later. alDespertar is called when that
+    // has ended.
+    virtual bool listo() const { return true; }
     // Sends every byte or throws ErrorPuerto.
     virtual void escribir(std::span<const std::uint8_t> bytes) = 0;
     // Takes what waits, up to the span's size, without waiting; 0: nothing waits.
@@ -66,7 +69,8 @@ class PuertoSerie {
     virtual void dtr(bool alto) = 0;
     virtual void rts(bool alto) = 0;
     virtual void romper(bool encendido) = 0;
-    // Codes (see CommEvent) of the line errors and modem-line changes since the last call, oldest first.
+    // Codes (link/codigos_suceso.h) of the line errors and modem-line changes since the last call, oldest
+    // first.
     virtual std::vector<int> sucesosDeLinea() = 0;
     // Asks to be woken for those as well; a port that cannot tell them ignores it.
     virtual void vigilarLinea(bool si) = 0;

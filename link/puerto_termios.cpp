@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -17,15 +18,17 @@
 
 #include <fmt/format.h>
 
-#include "link/mscomm.h"
+#include "link/codigos_suceso.h"
+#include "link/espera_sitio.h"
 #include "link/velocidades.h"
-#include "platform/guardado.h"
+#include "platform/motivos.h"
 
 namespace telvane {
 
 namespace {
 
 constexpr std::chrono::seconds kPlazoEscritura{1};
+constexpr std::chrono::milliseconds kPlazoSalida{200};
 constexpr std::chrono::milliseconds kRevisionLinea{100};
 // More than the system holds for a line, so that emptying one that never falls silent ends.
 constexpr int kLecturasAlVaciar = 64;
@@ -74,6 +77,30 @@ int abrirDispositivo(const std::filesystem::path& dispositivo) {
     return numero;
 }
 
+// Whether somebody sits at this terminal and talks to us through it.
+bool esLaPropia(int descriptor) {
+    const pid_t sesion = ::tcgetsid(descriptor);
+    if (sesion > 0 && sesion == ::getsid(0)) return true;
+    struct stat este {};
+    if (::fstat(descriptor, &este) != 0) return false;
+    constexpr std::array<int, 3> kNuestros = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+    return std::any_of(kNuestros.begin(), kNuestros.end(), [&](int nuestro) {
+        struct stat otro {};
+        return ::isatty(nuestro) == 1 && ::fstat(nuestro, &otro) == 0 && otro.st_rdev == este.st_rdev &&
+               otro.st_dev == este.st_dev;
+    });
+}
+
+// Waits until what was written is on the wire, not for ever: a driver may be stuck.
+void dejarSalir(int descriptor) {
+    const auto final = std::chrono::steady_clock::now() + kPlazoSalida;
+    int quedan = 0;
+    while (siSePuede(descriptor, TIOCOUTQ, &quedan) && quedan > 0 &&
+           std::chrono::steady_clock::now() < final) {
+        ::poll(nullptr, 0, 1);
+    }
+}
+
 speed_t codigoDe(int baudios) {
     const auto codigo = codigoDeVelocidad(baudios);
     if (!codigo)
@@ -103,6 +130,10 @@ tcflag_t marcasDe(const AjustesLinea& ajustes) {
 }  // namespace
 
 PuertoTermios::Descriptor::~Descriptor() {
+    if (previos_) {
+        dejarSalir(numero_);
+        ::tcsetattr(numero_, TCSANOW, &*previos_);
+    }
     // The other end of a pseudo-terminal may keep it alive, and with it the reservation.
     if (reservado_) siSePuede(numero_, TIOCNXCL, nullptr);
     ::close(numero_);
@@ -124,6 +155,11 @@ PuertoTermios::PuertoTermios(Bucle& bucle, const std::filesystem::path& disposit
       alDespertar_(std::move(alDespertar)),
       descriptor_(abrirDispositivo(dispositivo)) {
     if (!::isatty(descriptor_())) throw errorDeApertura(dispositivo_, errno);
+    if (esLaPropia(descriptor_())) {
+        throw ErrorPuerto(MotivoPuerto::noEsTerminal,
+                          fmt::format("{} es la terminal de este programa, no el puerto del registrador",
+                                      dispositivo_.string()));
+    }
     // Before anything changes on the line, which may be in somebody else's use.
     if (!descriptor_.reservar()) throw errorDeApertura(dispositivo_, errno == EWOULDBLOCK ? EBUSY : errno);
     // The system raises both lines when it opens a port.
@@ -153,6 +189,7 @@ void PuertoTermios::configurar(const AjustesLinea& ajustes) {
     const auto velocidad = codigoDe(ajustes.baudios);
     termios linea{};
     if (::tcgetattr(descriptor_(), &linea) != 0) throw errorDeApertura(dispositivo_, errno);
+    descriptor_.recordar(linea);
     // A break would come as a byte 0; it is told by the counters instead.
     linea.c_iflag = IGNBRK;
     linea.c_oflag = 0;
@@ -213,25 +250,13 @@ void PuertoTermios::escribir(std::span<const std::uint8_t> bytes) {
         if (n > 0) {
             bytes = bytes.subspan(static_cast<std::size_t>(n));
         } else if (n == 0 || errno == EAGAIN) {
-            esperarSitio(final);
+            if (esperarSitio(descriptor_(), final)) continue;
+            throw ErrorPuerto(MotivoPuerto::otro,
+                              fmt::format("el puerto {} no acepta más datos", dispositivo_.string()));
         } else if (errno != EINTR) {
             desaparecio();
         }
     }
-}
-
-void PuertoTermios::esperarSitio(std::chrono::steady_clock::time_point final) {
-    pollfd estado{descriptor_(), POLLOUT, 0};
-    int listos = -1;
-    while (listos < 0) {
-        const auto falta =
-            std::chrono::ceil<std::chrono::milliseconds>(final - std::chrono::steady_clock::now()).count();
-        if (falta <= 0) break;
-        listos = ::poll(&estado, 1, static_cast<int>(falta));
-    }
-    if (listos > 0) return;
-    throw ErrorPuerto(MotivoPuerto::otro,
-                      fmt::format("el puerto {} no acepta más datos", dispositivo_.string()));
 }
 
 std::size_t PuertoTermios::leer(std::span<std::uint8_t> destino) {
@@ -366,6 +391,7 @@ std::vector<int> cambiosDeLineas(int antes, int ahora) {
 bool PuertosSistema::existe(int numero) const {
     mapa_.actualizar();
     const auto dispositivo = mapa_.dispositivo(numero);
+    if (dispositivo && esDireccionTcp(dispositivo->native())) return true;
     std::error_code error;
     return dispositivo && std::filesystem::exists(*dispositivo, error);
 }
@@ -375,6 +401,9 @@ std::unique_ptr<PuertoSerie> PuertosSistema::abrir(int numero, const AjustesLine
     mapa_.actualizar();
     const auto dispositivo = mapa_.dispositivo(numero);
     if (!dispositivo) throw ErrorPuerto(MotivoPuerto::noExiste, fmt::format("no existe COM{}", numero));
+    if (const auto direccion = leerDireccionTcp(dispositivo->native())) {
+        return std::make_unique<PuertoTcp>(bucle_, conexiones_, *direccion, std::move(alDespertar));
+    }
     return std::make_unique<PuertoTermios>(bucle_, *dispositivo, ajustes, std::move(alDespertar));
 }
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <linux/serial.h>
+#include <termios.h>
 
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -14,14 +14,15 @@
 
 #include "link/mapa_com.h"
 #include "link/puerto_serie.h"
+#include "link/puerto_tcp.h"
 #include "platform/bucle.h"
 
 namespace telvane {
 
 // Opened for us alone: a second opener, ours or not, gets "ocupado". Raw bytes, no flow control, modem lines
 // ignored; damaged bytes come through as they were received, so that counts stay right, and are told by
-// sucesosDeLinea. The line keeps our settings after closing: changing its speed while the last bytes still
-// leave would damage them.
+// sucesosDeLinea. Closing gives the line its former settings back, once the last bytes have left: at another
+// speed they would be damaged. The terminal in which the program itself runs is refused.
 class PuertoTermios final : public PuertoSerie {
    public:
     // Throws ErrorPuerto. alDespertar: see Puertos.
@@ -53,17 +54,19 @@ class PuertoTermios final : public PuertoSerie {
         int operator()() const { return numero_; }
         // False, with errno: somebody else has it.
         bool reservar();
+        // What the destructor puts back.
+        void recordar(const termios& ajustes) { previos_ = ajustes; }
 
        private:
         int numero_;
         bool reservado_ = false;
+        std::optional<termios> previos_;
     };
 
     void configurar(const AjustesLinea& ajustes);
     void pedirBajaLatencia();
     void alLlegar();
     bool colgado() const;
-    void esperarSitio(std::chrono::steady_clock::time_point final);
     void primeraMirada();
     void mirarCuentas();
     void mirarLineas();
@@ -98,7 +101,7 @@ class PuertosSistema final : public Puertos {
    public:
     PuertosSistema(Bucle& bucle, MapaCom mapa) : bucle_(bucle), mapa_(std::move(mapa)) {}
 
-    // Whether the number has a device and the device is there.
+    // Whether the number has a device and the device is there. A server far away counts as there.
     bool existe(int numero) const override;
     std::unique_ptr<PuertoSerie> abrir(int numero, const AjustesLinea& ajustes,
                                        std::function<void()> alDespertar) override;
@@ -107,6 +110,7 @@ class PuertosSistema final : public Puertos {
 
    private:
     Bucle& bucle_;
+    ConexionesTcp conexiones_{bucle_};
     // Follows the adapters that come and go.
     mutable MapaCom mapa_;
 };

@@ -24,27 +24,43 @@ TEST(AjustesLinea, ParityIsReadInEitherCase) {
     EXPECT_EQ(AjustesLinea::leer("300,s,8,2").paridad, 's');
 }
 
-class AjustesRehusados : public testing::TestWithParam<const char*> {};
+struct Rehusado {
+    const char* texto;
+    const char* motivo;
+};
+class AjustesRehusados : public testing::TestWithParam<Rehusado> {};
 
 TEST_P(AjustesRehusados, AreRefusedWithTheReasonInSpanish) {
     try {
-        AjustesLinea::leer(GetParam());
+        AjustesLinea::leer(GetParam().texto);
         FAIL() << "accepted";
     } catch (const ErrorPuerto& error) {
         EXPECT_EQ(error.motivo(), MotivoPuerto::lineaInvalida);
-        EXPECT_NE(std::string(error.what())
-                      .find("ajustes de línea \"" + std::string(GetParam()) + "\" no válidos: "),
-                  std::string::npos);
+        EXPECT_EQ(std::string(error.what()), "ajustes de línea \"" + std::string(GetParam().texto) +
+                                                 "\" no válidos: " + GetParam().motivo);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Disparates, AjustesRehusados,
-                         testing::Values("", "19200", "19200,n,8", "19200,n,8,1,", "19200,n,8,1,x", ",n,8,1",
-                                         "19201,n,8,1", "0,n,8,1", "-19200,n,8,1", "19200 ,n,8,1",
-                                         "1e4,n,8,1", "99999999999999,n,8,1", "19200,x,8,1", "19200,,8,1",
-                                         "19200,nn,8,1", "19200,\x2e,8,1", "19200,n,4,1", "19200,n,9,1",
-                                         "19200,n,,1", "19200,n,8,0", "19200,n,8,3", "19200,n,8,1.5",
-                                         "19200,n,8,"));
+constexpr const char* kPartes =
+    "se esperan velocidad, paridad, bits de datos y bits de parada, separados por comas";
+constexpr const char* kVelocidad = "velocidad desconocida";
+constexpr const char* kParidad = "la paridad es n, e, o, m o s";
+constexpr const char* kDatos = "los bits de datos van de 5 a 8";
+constexpr const char* kParada = "los bits de parada son 1 o 2";
+INSTANTIATE_TEST_SUITE_P(
+    Disparates, AjustesRehusados,
+    testing::Values(Rehusado{"", kPartes}, Rehusado{"19200", kPartes}, Rehusado{"19200,n,8", kPartes},
+                    Rehusado{"19200,n,8,1,", kPartes}, Rehusado{"19200,n,8,1,x", kPartes},
+                    Rehusado{",n,8,1", kVelocidad}, Rehusado{"19201,n,8,1", kVelocidad},
+                    Rehusado{"0,n,8,1", kVelocidad}, Rehusado{"-19200,n,8,1", kVelocidad},
+                    Rehusado{"19200 ,n,8,1", kVelocidad}, Rehusado{"1e4,n,8,1", kVelocidad},
+                    Rehusado{"99999999999999,n,8,1", kVelocidad}, Rehusado{"19200,x,8,1", kParidad},
+                    Rehusado{"19200,,8,1", kParidad}, Rehusado{"19200,nn,8,1", kParidad},
+                    Rehusado{"19200,.,8,1", kParidad}, Rehusado{"19200,*,8,1", kParidad},
+                    Rehusado{"19200, ,8,1", kParidad}, Rehusado{"19200,n,4,1", kDatos},
+                    Rehusado{"19200,n,9,1", kDatos}, Rehusado{"19200,n,,1", kDatos},
+                    Rehusado{"19200,n,8,0", kParada}, Rehusado{"19200,n,8,3", kParada},
+                    Rehusado{"19200,n,8,1.5", kParada}, Rehusado{"19200,n,8,", kParada}));
 
 }  // namespace
 }  // namespace telvane

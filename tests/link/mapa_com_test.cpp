@@ -128,13 +128,13 @@ TEST_F(Maquina, AnAdapterThatComesBackUnderAnotherNameIsWhereItWas) {
 }
 
 TEST(MapaComFijo, OnlyTheGivenNumbersExist) {
-    auto mapa = MapaCom::fijo({"3=/dev/ttyUSB7", "16=/dev/serial/by-id/usb-a=b"});
-    EXPECT_THAT(mapa.numeros(), ElementsAre(3, 16));
+    auto mapa = MapaCom::fijo({"3=/dev/ttyUSB7", "12=/dev/serial/by-id/usb-a=b"});
+    EXPECT_THAT(mapa.numeros(), ElementsAre(3, 12));
     EXPECT_EQ(mapa.dispositivo(3), "/dev/ttyUSB7");
-    EXPECT_EQ(mapa.dispositivo(16), "/dev/serial/by-id/usb-a=b");
+    EXPECT_EQ(mapa.dispositivo(12), "/dev/serial/by-id/usb-a=b");
     EXPECT_EQ(mapa.dispositivo(1), std::nullopt);
     mapa.actualizar();
-    EXPECT_THAT(mapa.numeros(), ElementsAre(3, 16));
+    EXPECT_THAT(mapa.numeros(), ElementsAre(3, 12));
 }
 
 class ParRehusado : public testing::TestWithParam<std::vector<std::string>> {};

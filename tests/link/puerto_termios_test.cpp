@@ -339,6 +339,32 @@ TEST_F(PuertoTermiosTest, TheLineIsRawWithModemLinesIgnoredAndNoHangUpAtClosing)
     EXPECT_EQ(::cfgetospeed(&linea), static_cast<speed_t>(B4800));
 }
 
+TEST_F(PuertoTermiosTest, ClosingGivesTheTerminalItsSettingsBack) {
+    termios antes{};
+    ASSERT_EQ(::tcgetattr(pty.maestro(), &antes), 0);
+    ASSERT_NE(antes.c_lflag & ECHO, 0U);
+    { const auto puerto = abrir(); }
+    termios despues{};
+    ASSERT_EQ(::tcgetattr(pty.maestro(), &despues), 0);
+    EXPECT_EQ(despues.c_iflag, antes.c_iflag);
+    EXPECT_EQ(despues.c_oflag, antes.c_oflag);
+    EXPECT_EQ(despues.c_cflag, antes.c_cflag);
+    EXPECT_EQ(despues.c_lflag, antes.c_lflag);
+    EXPECT_EQ(despues.c_cc[VMIN], antes.c_cc[VMIN]);
+    EXPECT_EQ(::cfgetospeed(&despues), ::cfgetospeed(&antes));
+}
+
+TEST_F(PuertoTermiosTest, AnOpeningThatFailsHalfWayGivesThemBackToo) {
+    termios antes{};
+    ASSERT_EQ(::tcgetattr(pty.maestro(), &antes), 0);
+    AjustesLinea raros;
+    raros.baudios = 19201;
+    EXPECT_THROW(PuertoTermios(bucle, pty.ruta(), raros, [] {}), ErrorPuerto);
+    termios despues{};
+    ASSERT_EQ(::tcgetattr(pty.maestro(), &despues), 0);
+    EXPECT_EQ(despues.c_lflag, antes.c_lflag);
+}
+
 TEST_F(PuertoTermiosTest, ALineWithoutCountersIsNotLookedAt) {
     const auto puerto = abrir();
     puerto->vigilarLinea(true);

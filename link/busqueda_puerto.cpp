@@ -1,7 +1,9 @@
-#include "link/puerto.h"
+#include "link/busqueda_puerto.h"
 
 #include <array>
 #include <limits>
+
+#include <fmt/format.h>
 
 #include "link/protocolo.h"
 #include "link/siguiendo.h"
@@ -10,11 +12,6 @@
 namespace telvane {
 
 namespace {
-
-constexpr std::int16_t kUltimoPuerto = 12;
-constexpr double kEsperaSuceso = 1.0;    // seconds for a first receive event
-constexpr double kEsperaCompleta = 2.0;  // seconds more for a whole answer
-constexpr int kUmbralByte = 1;
 
 // 32768 in the 16 bits of the property.
 constexpr std::int16_t kBufer = std::numeric_limits<std::int16_t>::min();
@@ -38,7 +35,7 @@ void prepararCanal(MSComm& canal, int umbral) {
     siguiendo([&] { canal.InputMode(MSComm::Modo::binario); });
     siguiendo([&] { canal.RThreshold(umbral); });
     siguiendo([&] { canal.SThreshold(0); });
-    siguiendo([&] { canal.Settings("19200,n,8,1"); });
+    siguiendo([&] { canal.Settings(std::string(kAjustesLinea)); });
     siguiendo([&] { canal.InBufferSize(kBufer); });
     siguiendo([&] { canal.OutBufferSize(kBufer); });
     siguiendo([&] { canal.EOFEnable(false); });
@@ -55,7 +52,7 @@ void BusquedaPuerto::prepararCanales() {
     for (auto* canal : {&c.MSComm1, &c.MSComm2, &c.MSComm3, &c.MSComm4, &c.MSComm5, &c.MSComm6}) {
         siguiendo([&] { canal->CommPort(enlace_.estado.puertoPrueba); });
     }
-    prepararCanal(c.MSComm6, static_cast<int>(kBytesMarco));
+    prepararCanal(c.MSComm6, kUmbralMarco);
     prepararCanal(c.MSComm5, kUmbralByte);
     prepararCanal(c.MSComm4, kUmbralByte);
     prepararCanal(c.MSComm3, kUmbralByte);
@@ -72,6 +69,8 @@ Tarea<> BusquedaPuerto::puerto() {
     auto& estado = enlace_.estado;
     estado.puertoPrueba = 0;
     estado.respuesta = false;
+    // A serial number write that stalled left its field closed.
+    enlace_.forma.Text10.enabled = true;
     const auto quiere = co_await preguntar(
         enlace_.dialogos, Mensaje("Quiere conectarse con Registrador Veltra", Botones::aceptarCancelar));
     estado.opcion = codigo(quiere);
@@ -98,11 +97,8 @@ Tarea<bool> BusquedaPuerto::sondear() {
     siguiendo([&] { canal.PortOpen(true); });
     siguiendo([&] { canal.Output(kSonda); });
     estado.contador = 0;
-    estado.tInicio = segundosComoTexto(enlace_.reloj.segundosDelDia());
-    co_await enlace_.esperas.hasta(estado.tInicio, kEsperaSuceso,
-                                   [&] { return canal.CommEvent() == suceso::kRecibido; });
-    estado.tInicio = segundosComoTexto(enlace_.reloj.segundosDelDia());
-    co_await enlace_.esperas.hasta(estado.tInicio, kEsperaCompleta, [&] { return estado.respuesta; });
+    co_await enlace_.esperar(kEsperaSuceso, [&] { return canal.CommEvent() == suceso::kRecibido; });
+    co_await enlace_.esperarRespuesta(kEsperaSonda);
     co_return estado.respuesta;
 }
 
@@ -112,7 +108,7 @@ Tarea<> BusquedaPuerto::encontrado() {
     estado.respuesta = false;
     enlace_.canales.MSComm1.PortOpen(false);
     estado.numPuerto = static_cast<std::int16_t>(enlace_.canales.MSComm1.CommPort());
-    const std::string texto = " Conexion en COM " + std::to_string(estado.numPuerto) + "  @ 19200 bps ";
+    const auto texto = fmt::format(" Conexion en COM {}  @ {} bps ", estado.numPuerto, kBaudios);
     estado.opcion = codigo(co_await preguntar(enlace_.dialogos, Mensaje(texto)));
     forma.Command1.enabled = false;
     forma.Command1.caption = texto;

@@ -1,0 +1,50 @@
+#include "link/direccion_tcp.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+
+namespace telvane {
+
+namespace {
+
+constexpr std::string_view kEsquema = "tcp://";
+
+bool esPuerto(std::string_view texto) {
+    std::uint16_t numero = 0;
+    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), numero);
+    return error == std::errc() && fin == texto.data() + texto.size() && numero != 0;
+}
+
+// What a name or an address is made of; a zone follows a percent sign ("fe80::1%eth0").
+bool esMaquina(std::string_view texto, bool conDosPuntos) {
+    return !texto.empty() && std::all_of(texto.begin(), texto.end(), [&](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' ||
+               c == '-' || c == '_' || (conDosPuntos && (c == ':' || c == '%'));
+    });
+}
+
+}  // namespace
+
+std::string DireccionTcp::texto() const {
+    return maquina.find(':') == std::string::npos ? maquina + ':' + puerto : '[' + maquina + "]:" + puerto;
+}
+
+bool esDireccionTcp(std::string_view texto) {
+    return texto.starts_with(kEsquema);
+}
+
+std::optional<DireccionTcp> leerDireccionTcp(std::string_view texto) {
+    if (!esDireccionTcp(texto)) return std::nullopt;
+    texto.remove_prefix(kEsquema.size());
+    const auto separador = texto.rfind(':');
+    if (separador == std::string_view::npos) return std::nullopt;
+    auto maquina = texto.substr(0, separador);
+    const auto puerto = texto.substr(separador + 1);
+    const bool conCorchetes = maquina.size() > 2 && maquina.front() == '[' && maquina.back() == ']';
+    if (conCorchetes) maquina = maquina.substr(1, maquina.size() - 2);
+    if (!esMaquina(maquina, conCorchetes) || !esPuerto(puerto)) return std::nullopt;
+    return DireccionTcp{std::string(maquina), std::string(puerto)};
+}
+
+}  // namespace telvane
