@@ -1,13 +1,16 @@
 #include "data/archivo_base.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 
 #include <fmt/format.h>
 
+#include "loggerconfig/datos_config.h"
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
 #include "platform/guardado.h"
+#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -16,25 +19,50 @@ namespace {
 constexpr std::string_view kFiltro = "datos base (*.rgt)|*.rgt";
 // The folder's text has a lower-case m here, unlike the exports'.
 constexpr std::string_view kCarpeta = "C:\\mis Documentos\\";
+// Of base files, of downloads that are not whole, and of those that were set aside.
+constexpr std::array<std::string_view, 3> kTerminaciones = {".rgt", ".parcial", ".anterior"};
 constexpr std::string_view kExito = "El archivo se proceso con exito";
 
 }  // namespace
 
 std::string nombreArchivoBase(const std::string& digitosSerie, const FechaHora& momento) {
-    std::string serie = digitosSerie.empty() ? "sin_serie" : digitosSerie;
+    std::string serie = digitosSerie;
     std::replace_if(
-        serie.begin(), serie.end(), [](unsigned char c) { return !std::isalnum(c) && c != '_'; }, '_');
+        serie.begin(), serie.end(), [](unsigned char c) { return !std::isalnum(c); }, '_');
+    if (serie.find_first_not_of('_') == std::string::npos) serie = "sin_serie";
     const auto segundos = std::chrono::floor<std::chrono::seconds>(momento.deDia).count();
     return fmt::format("{}_{:04}{:02}{:02}_{:02}{:02}{:02}.rgt", serie, momento.anio, momento.mes,
                        momento.dia, segundos / 3600, segundos / 60 % 60, segundos % 60);
 }
 
+ReglaDestino reglaDeBase(bool reemplazar) {
+    return {.nuevo = !reemplazar, .bytes = kBytesMemoria};
+}
+
+ReglaDestino reglaDeTabla() {
+    return {.vedadas = kTerminaciones};
+}
+
+// The clock may go back, and a second is long enough for two.
+std::filesystem::path rutaBaseLibre(const std::filesystem::path& carpeta, const std::string& digitosSerie,
+                                    const FechaHora& momento) {
+    const auto primera = carpeta / nombreArchivoBase(digitosSerie, momento);
+    auto ruta = primera;
+    std::error_code error;
+    for (int vez = 2; std::filesystem::exists(std::filesystem::symlink_status(ruta, error)); ++vez) {
+        ruta = carpeta / fmt::format("{}_{}.rgt", primera.stem().string(), vez);
+    }
+    return ruta;
+}
+
 void ArchivoBase::guardarDescarga() {
-    const auto ruta = datos_.carpetaBase / nombreArchivoBase(config_.digitosSerie, enlace_.reloj.ahora());
+    // The number that the image itself carries: the form's may be one that no logger ever took.
+    const auto serie = leerCabecera(datos_.memoria.imagen()).digitosSerie;
+    const auto ruta = rutaBaseLibre(datos_.carpetaBase, serie, enlace_.reloj.ahora());
     try {
         if (datos_.carpetaBase.empty()) throw ErrorGuardado("no hay carpeta de datos del usuario");
         std::filesystem::create_directories(datos_.carpetaBase);
-        guardarAtomico(ruta, datos_.memoria.imagen());
+        guardarAtomico(ruta, datos_.memoria.imagen(), reglaDeBase());
         enlace_.forma.imprimir("archivo base: " + ruta.string());
     } catch (const ErrorGuardado& error) {
         enlace_.forma.imprimir(std::string("archivo base: ") + error.what());
@@ -46,12 +74,12 @@ void ArchivoBase::guardarDescarga() {
 
 Tarea<> ArchivoBase::importar() {
     auto& forma = enlace_.forma;
-    bloquearOperaciones(forma);
+    const auto antes = bloquearOperaciones(forma);
     PeticionArchivo peticion{
         .guardar = false, .filtro = std::string(kFiltro), .carpeta = std::string(kCarpeta), .nombre = {}};
     const auto ruta = co_await elegirArchivo(enlace_.dialogos, std::move(peticion));
+    bool cargado = false;
     if (ruta) {
-        bool cargado = false;
         try {
             const auto alcance = static_cast<std::size_t>(datos_.ultimoBloque + 1) * kBytesBloque;
             cargar(leerArchivo(*ruta, alcance));
@@ -61,8 +89,12 @@ Tarea<> ArchivoBase::importar() {
         }
         if (cargado) co_await enlace_.avisar(kExito);
     }
-    forma.Command33.enabled = true;
-    liberarOperaciones(forma);
+    if (cargado) {
+        forma.Command33.enabled = true;
+        liberarOperaciones(forma);
+    } else {
+        devolverOperaciones(forma, antes);
+    }
 }
 
 void ArchivoBase::cargar(const std::vector<std::uint8_t>& bytes) {

@@ -7,7 +7,7 @@
 
 #include "data/estado_datos.h"
 #include "link/enlace.h"
-#include "loggerconfig/estado_config.h"
+#include "platform/destino.h"
 #include "platform/tarea.h"
 #include "ui/forma_progress.h"
 
@@ -15,8 +15,8 @@ namespace telvane {
 
 class ArchivoBase {
    public:
-    ArchivoBase(Enlace& enlace, const EstadoConfig& config, EstadoDatos& datos, FormaProgress& progress)
-        : enlace_(enlace), config_(config), datos_(datos), progress_(progress) {}
+    ArchivoBase(Enlace& enlace, EstadoDatos& datos, FormaProgress& progress)
+        : enlace_(enlace), datos_(datos), progress_(progress) {}
 
     // Keeps the downloaded image under datos.carpetaBase and prints its path, or the reason why not.
     void guardarDescarga();
@@ -27,11 +27,20 @@ class ArchivoBase {
     void cargar(const std::vector<std::uint8_t>& bytes);
 
     Enlace& enlace_;
-    const EstadoConfig& config_;
     EstadoDatos& datos_;
     FormaProgress& progress_;
 };
 
+// Where a memory image may be written: it is a new file, for a logger's bytes are never replaced unless
+// somebody asks for it.
+ReglaDestino reglaDeBase(bool reemplazar = false);
+// Where anything made of an image may be written: over an earlier one, but never under the name of a base
+// file or of a part of one.
+ReglaDestino reglaDeTabla();
+
+// A name in the folder, made of the one below, under which nothing stands yet.
+std::filesystem::path rutaBaseLibre(const std::filesystem::path& carpeta, const std::string& digitosSerie,
+                                    const FechaHora& momento);
 // "<serial>_<yyyymmdd>_<hhmmss>.rgt", without path parts whatever the serial number holds.
 std::string nombreArchivoBase(const std::string& digitosSerie, const FechaHora& momento);
 

@@ -1,4 +1,4 @@
-// The decoding loop and the sixteen buffers in which its lines are collected.
+// The sixteen buffers in which the samples of a decoding run are collected as text.
 #pragma once
 
 #include <array>
@@ -14,17 +14,22 @@
 
 namespace telvane {
 
-// Blocks 6 to 499 go to the first buffer, 500 to 999 to the second, ... 7500 to 7999 to the sixteenth. What
-// blocks 0 to 5 (the logger's header) and 8000 and above yield is dropped.
+// How a sample is written.
+enum class Redaccion : std::uint8_t { linea, objeto };
+
+// Blocks 6 to 499 go to the first buffer, 500 to 999 to the second, ... 7500 to 7999 to the sixteenth.
 class BloquesTexto {
    public:
     static constexpr std::size_t kBuferes = 16;
-    static constexpr std::int32_t kPrimerBloque = 6;
     static constexpr std::int32_t kPorBufer = 500;
 
-    // cabecera, pie: what the whole text has before its first line and after its last.
-    explicit BloquesTexto(std::string cabecera = {}, std::string pie = {})
-        : cabecera_(std::move(cabecera)), pie_(std::move(pie)) {}
+    // Room for the longest samples of all blocks.
+    static std::size_t capacidad(Redaccion redaccion);
+
+    // cabecera, pie: what the whole text has before its first sample and after its last.
+    explicit BloquesTexto(std::string cabecera = {}, std::string pie = {},
+                          Redaccion redaccion = Redaccion::linea)
+        : cabecera_(std::move(cabecera)), pie_(std::move(pie)), redaccion_(redaccion) {}
 
     // Decodes blocks 0 to ultimoBloque in place of what stood here. alBloque, if given, is told each block's
     // number after it is done.
@@ -41,12 +46,17 @@ class BloquesTexto {
     }
 
    private:
+    // escribir(p, registro, evaporacion) writes a sample at p and gives the place after it.
+    template <typename Escribir>
+    Recuento llenar(const Memoria& memoria, Decodificador& decodificador, std::int32_t ultimoBloque,
+                    const std::function<void(std::int32_t)>& alBloque, Escribir escribir);
     const char* lineas() const { return texto_.get() + (texto_ ? cabecera_.size() : 0); }
 
     std::string cabecera_;
     std::string pie_;
-    // One text; each buffer begins where the one before it ends. Taken when first used: room for the longest
-    // lines of all blocks, of which the system backs only the pages that are written.
+    Redaccion redaccion_;
+    // One text; each buffer begins where the one before it ends. Taken when first used; the system backs only
+    // the pages that are written.
     std::unique_ptr<char[]> texto_;
     std::array<std::size_t, kBuferes> finales_{};
 };

@@ -13,9 +13,6 @@ constexpr std::string_view kErrorComunicacion = "Error en comunicacion ";
 constexpr std::string_view kErrorSobrante = "Error en comunicacion AQQUI";
 constexpr std::string_view kExito = "La descarga de datos se realizó con exito";
 
-constexpr int kUmbralByte = 1;
-constexpr int kUmbralBloque = static_cast<int>(kBytesBloque);
-
 }  // namespace
 
 Tarea<> Descarga::alPulsar() {
@@ -25,6 +22,7 @@ Tarea<> Descarga::alPulsar() {
     estado.contador = 0;
     datos_.bloqueActual = 0;
     estado.respuesta = false;
+    cancelada_ = false;
     bloquearOperaciones(enlace_.forma);
     enlace_.forma.Command1.enabled = false;
     vigilia_.renovar();
@@ -32,11 +30,13 @@ Tarea<> Descarga::alPulsar() {
     progress_.mostrarConBarra(datos_.ultimoBloque);
     siguiendo([&] { canal.RThreshold(kUmbralByte); });
     enlace_.abrir(canal);
-    co_await enlace_.esperarRespuesta();
-    if (estado.respuesta) co_return;
+    co_await enlace_.esperar(kEsperaRespuesta, [&] { return estado.respuesta || cancelada_; });
+    // Who cancelled it meanwhile knows that nothing came.
+    if (estado.respuesta || cancelada_) co_return;
     vigilia_.soltar();
-    co_await enlace_.avisar(kNoHayEquipoDescarga);
     canal.PortOpen(false);
+    enlace_.forma.Timer4.enabled = false;
+    co_await enlace_.avisar(kNoHayEquipoDescarga);
     progress_.descargar();
     enlace_.ofrecerReconexion();
     liberarOperaciones(enlace_.forma);
@@ -71,14 +71,15 @@ void Descarga::leerBloque(std::uint8_t primero) {
     bloque[0] = primero;
     for (std::size_t i = 1; i < kBytesBloque; ++i) bloque[i] = canal.InputByte();
     ++datos_.bloqueActual;
-    // The line carries no checksum: a byte left over is the only sign that something went wrong.
-    if (const auto sobran = canal.InBufferCount(); sobran > 0) {
+    const auto sobran = canal.InBufferCount();
+    const auto paso = finDeBloque(sobran);
+    if (!paso.respuesta) {
         enlace_.forma.imprimir("InBufferCount=" + std::to_string(sobran));
         siguiendo([&] { canal.InBufferCount(0); });
         fallar(kErrorSobrante);
         return;
     }
-    siguiendo([&] { canal.Output(kApertura); });
+    siguiendo([&] { canal.Output(*paso.respuesta); });
     vigilia_.renovar();
     progress_.ProgressBar1.value = datos_.bloqueActual;
     if (enlace_.estado.contador == datos_.ultimoBloque) salidas_.lanzar(terminar());
@@ -103,6 +104,7 @@ Tarea<> Descarga::terminar() {
 }
 
 void Descarga::alCancelar() {
+    cancelada_ = true;
     vigilia_.soltar();
     enlace_.forma.Timer4.enabled = false;
     enlace_.canales.MSComm4.PortOpen(false);
@@ -112,10 +114,9 @@ void Descarga::alCancelar() {
 
 void Descarga::alTictac() {
     const auto ahora = enlace_.reloj.ahora().deDia;
-    auto pasado = std::chrono::floor<std::chrono::seconds>(ahora) -
-                  std::chrono::floor<std::chrono::seconds>(datos_.horaInicio.deDia);
-    // A download that runs through midnight goes on counting.
-    if (pasado < std::chrono::seconds(0)) pasado += std::chrono::hours(24);
+    const auto pasado = std::chrono::floor<std::chrono::seconds>(ahora) -
+                        std::chrono::floor<std::chrono::seconds>(datos_.horaInicio.deDia);
+    // Less than nothing, through midnight, is shown as the time of day that it stands for.
     progress_.Label1.caption = horaLarga(pasado);
 }
 

@@ -47,6 +47,7 @@ class Descarga {
     FormaProgress& progress_;
     Vigilia& vigilia_;
     Salidas salidas_;
+    bool cancelada_ = false;  // while its first reply was waited for
 };
 
 }  // namespace telvane

@@ -2,11 +2,26 @@
 
 namespace telvane {
 
-void bloquearOperaciones(FormaInicio& forma) {
-    for (auto* boton : {&forma.Command43, &forma.Command33, &forma.Command13, &forma.Command2,
-                        &forma.Command3, &forma.configuracion, &forma.Command4}) {
+namespace {
+
+std::array<Control*, kOperaciones> operaciones(FormaInicio& forma) {
+    return {&forma.Command43, &forma.Command33,     &forma.Command13, &forma.Command2,
+            &forma.Command3,  &forma.configuracion, &forma.Command4};
+}
+
+}  // namespace
+
+BotonesHabilitados bloquearOperaciones(FormaInicio& forma) {
+    BotonesHabilitados antes{};
+    for (std::size_t i = 0; auto* boton : operaciones(forma)) {
+        antes[i++] = boton->enabled();
         boton->enabled = false;
     }
+    return antes;
+}
+
+void devolverOperaciones(FormaInicio& forma, const BotonesHabilitados& antes) {
+    for (std::size_t i = 0; auto* boton : operaciones(forma)) boton->enabled = antes[i++];
 }
 
 void liberarOperaciones(FormaInicio& forma) {

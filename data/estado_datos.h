@@ -1,7 +1,9 @@
 // The form's state that the download, the exports and the base files share.
 #pragma once
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 
@@ -25,9 +27,14 @@ struct EstadoDatos {
     std::filesystem::path carpetaBase;  // where downloaded images are kept; empty: nowhere
 };
 
-// The buttons of every operation on data, disabled in this order while it runs...
-void bloquearOperaciones(FormaInicio& forma);
-// ...and enabled again after it; Command33 and Command3 stay as they are.
+inline constexpr std::size_t kOperaciones = 7;
+using BotonesHabilitados = std::array<bool, kOperaciones>;
+
+// The buttons of every operation on data, disabled in this order while it runs. Gives which were enabled...
+BotonesHabilitados bloquearOperaciones(FormaInicio& forma);
+// ...enabled again after it; Command33 and Command3 stay as they are...
 void liberarOperaciones(FormaInicio& forma);
+// ...or as they were before, after one that did not take place.
+void devolverOperaciones(FormaInicio& forma, const BotonesHabilitados& antes);
 
 }  // namespace telvane

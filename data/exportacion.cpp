@@ -1,7 +1,10 @@
 #include "data/exportacion.h"
 
+#include <utility>
+
+#include "data/archivo_base.h"
+#include "data/config_de_archivo.h"
 #include "data/informe.h"
-#include "loggerconfig/datos_config.h"
 #include "platform/cp1252.h"
 #include "platform/guardado.h"
 #include "ui/textos.h"
@@ -10,8 +13,6 @@ namespace telvane {
 
 namespace {
 
-constexpr std::string_view kFiltroCsv = "datos excel (*.CSV)|*.CSV";
-constexpr std::string_view kFiltroXls = "datos excel (*.xls)|*.xls";
 constexpr std::string_view kNombreXls = "datos";
 constexpr std::string_view kAbrir = "Desea Abrir Archivo";
 
@@ -25,17 +26,18 @@ Tarea<> Exportacion::generargt() {
     forma.RichTextBox2.text = encabezadoCsv(momento, textoConfig);
     decodificar();
     forma.Command1.enabled = true;
-    forma.RichTextBox1.text = conMuestras(
-        forma.RichTextBox2.text() + columnasCsv(datos_.decodificador.evaporacion()), datos_.bloquesTexto);
+    mostrarDatos(Formato::csv, momento, textoConfig);
 
     PeticionArchivo peticion{.guardar = true,
-                             .filtro = std::string(kFiltroCsv),
+                             .filtro = std::string(fila(Formato::csv).filtro),
                              .carpeta = std::string(textos::kCarpetaDocumentos),
                              .nombre = nombreCsv(forma.Text3.text(), momento)};
     if (co_await guardar(std::move(peticion), forma.RichTextBox1.text())) {
         const auto abrir = co_await preguntar(enlace_.dialogos, Mensaje(kAbrir, Botones::siNo));
-        if (abrir == Boton::si && !enlace_.dialogos.abrirDocumento(guardado_)) {
-            forma.imprimir("no se pudo abrir " + guardado_.filename().string());
+        if (abrir == Boton::si) {
+            enlace_.dialogos.abrirDocumento(guardado_, [&forma, archivo = guardado_.filename().string()] {
+                forma.imprimir("no se pudo abrir " + archivo);
+            });
         }
     }
     liberar();
@@ -45,14 +47,14 @@ Tarea<> Exportacion::exportarEventos() {
     auto& forma = enlace_.forma;
     bloquear();
     const auto momento = enlace_.reloj.ahora();
-    const auto informe = informeEventos(momento, elegirConfiguracion());
+    const auto textoConfig = elegirConfiguracion();
     decodificar();
     progress_.Command45.visible = true;
     forma.Command1.enabled = true;
-    forma.RichTextBox1.text = conMuestras(columnasXls(), datos_.bloquesTexto);
-    forma.RichTextBox2.text = informe;
+    mostrarDatos(Formato::xls, momento, textoConfig);
+    forma.RichTextBox2.text = informeEventos(momento, textoConfig);
     PeticionArchivo peticion{.guardar = true,
-                             .filtro = std::string(kFiltroXls),
+                             .filtro = std::string(fila(Formato::xls).filtro),
                              .carpeta = std::string(textos::kCarpetaDocumentos),
                              .nombre = std::string(kNombreXls)};
     co_await guardar(std::move(peticion), forma.RichTextBox1.text());
@@ -71,13 +73,9 @@ void Exportacion::liberar() {
 }
 
 std::string Exportacion::elegirConfiguracion() {
-    if (!config_.textoConfig.empty()) {
-        datos_.decodificador.evaporacion(llevaEvaporacion(config_.numeroSerie));
-        return config_.textoConfig;
-    }
-    const auto cabecera = leerCabecera(datos_.memoria.imagen());
-    datos_.decodificador.evaporacion(cabecera.llevaEvaporacion());
-    return cabecera.texto;
+    auto config = configDeArchivo(datos_.memoria.imagen(), {config_.textoConfig, config_.numeroSerie});
+    datos_.decodificador.evaporacion(config.evaporacion);
+    return std::move(config.texto);
 }
 
 void Exportacion::decodificar() {
@@ -91,11 +89,17 @@ void Exportacion::decodificar() {
     progress_.descargar();
 }
 
+void Exportacion::mostrarDatos(Formato formato, const FechaHora& momento, std::string_view textoConfig) {
+    enlace_.forma.RichTextBox1.text =
+        textoDatos(formato, cabeceraDatos(formato, momento, textoConfig, datos_.decodificador.evaporacion()),
+                   datos_.bloquesTexto);
+}
+
 Tarea<bool> Exportacion::guardar(PeticionArchivo peticion, const std::string& texto) {
     const auto ruta = co_await elegirArchivo(enlace_.dialogos, std::move(peticion));
     if (!ruta) co_return false;
     try {
-        guardarAtomico(*ruta, cp1252DeUtf8(texto));
+        guardarAtomico(*ruta, cp1252DeUtf8(texto), reglaDeTabla());
     } catch (const ErrorGuardado& error) {
         enlace_.forma.imprimir(error.what());
         co_return false;

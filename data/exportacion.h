@@ -2,8 +2,10 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "data/estado_datos.h"
+#include "data/formato.h"
 #include "link/enlace.h"
 #include "loggerconfig/estado_config.h"
 #include "platform/tarea.h"
@@ -24,10 +26,11 @@ class Exportacion {
    private:
     void bloquear();
     void liberar();
-    // textoConfig, or, when no logger was read, the text of the image's own header; sets the decoder's
-    // variant.
+    // The configuration text that the file gets; sets the decoder's variant.
     std::string elegirConfiguracion();
     void decodificar();
+    // The whole file's text, after its run, in RichTextBox1.
+    void mostrarDatos(Formato formato, const FechaHora& momento, std::string_view textoConfig);
     Tarea<bool> guardar(PeticionArchivo peticion, const std::string& texto);
 
     Enlace& enlace_;

@@ -22,28 +22,38 @@ std::string lineaMomento(std::string_view fecha, std::string_view hora) {
     return fmt::format("proceso realizado el {}  a las {}\r\n\r\n", fecha, hora);
 }
 
+// Bytes of the blank that the text begins or ends with: an ordinary one, or the one that keeps words
+// together. 0: none.
+constexpr std::string_view kBlancoDuro = "\u00A0";
+std::size_t blancoAlComienzo(std::string_view texto) {
+    if (texto.starts_with(' ')) return 1;
+    return texto.starts_with(kBlancoDuro) ? kBlancoDuro.size() : 0;
+}
+std::size_t blancoAlFinal(std::string_view texto) {
+    if (texto.ends_with(' ')) return 1;
+    return texto.ends_with(kBlancoDuro) ? kBlancoDuro.size() : 0;
+}
+
 std::string_view sinBlancosExteriores(std::string_view texto) {
-    while (!texto.empty() && texto.front() == ' ') texto.remove_prefix(1);
-    while (!texto.empty() && texto.back() == ' ') texto.remove_suffix(1);
+    while (const auto cuantos = blancoAlComienzo(texto)) texto.remove_prefix(cuantos);
+    while (const auto cuantos = blancoAlFinal(texto)) texto.remove_suffix(cuantos);
     return texto;
 }
+
+// What means something else than itself: to a file system, that of a memory stick included, to a file dialog,
+// which parts names at quotation marks, or to whatever expands names.
+constexpr std::string_view kEspeciales = "/\\:*?\"<>|$`";
+// At the beginning only: somebody's home folder, a hidden file, an option.
+constexpr std::string_view kEspecialesAlComienzo = "~.-";
 
 // Number of bytes of the character that a file name must not hold, at the text's head; 0 for any other
 // character.
 std::size_t prohibido(std::string_view texto) {
     const auto b0 = static_cast<unsigned char>(texto[0]);
-    if (b0 < 0x20 || b0 == 0x7F || b0 == '/') return 1;
+    if (b0 < 0x20 || b0 == 0x7F || kEspeciales.find(texto[0]) != std::string_view::npos) return 1;
     // The control characters U+0080 to U+009F.
     const auto b1 = static_cast<unsigned char>(texto.size() > 1 ? texto[1] : '\0');
     return b0 == 0xC2 && b1 >= 0x80 && b1 < 0xA0 ? 2 : 0;
-}
-
-ArchivoDatos archivo(std::string_view cabecera, const Memoria& memoria, Decodificador& decodificador,
-                     std::int32_t ultimoBloque, const std::function<void(std::int32_t)>& alBloque) {
-    // The sample lines are plain ASCII.
-    BloquesTexto bloques(cp1252DeUtf8(cabecera), std::string(textos::kFinLinea));
-    const auto recuento = bloques.decodificar(memoria, decodificador, ultimoBloque, alBloque);
-    return {std::move(bloques), recuento};
 }
 
 }  // namespace
@@ -68,15 +78,24 @@ std::string informeEventos(const FechaHora& momento, std::string_view textoConfi
         lineaMomento(fechaLarga(momento), horaLarga(momento)), textoConfig);
 }
 
-std::string conMuestras(std::string cabecera, const BloquesTexto& bloques) {
-    const auto muestras = bloques.unidos();
-    cabecera.reserve(cabecera.size() + muestras.size() + textos::kFinLinea.size());
-    return std::move(cabecera.append(muestras).append(textos::kFinLinea));
+std::string cabeceraDatos(Formato formato, const FechaHora& momento, std::string_view textoConfig,
+                          bool evaporacion) {
+    switch (formato) {
+        case Formato::csv:
+            return encabezadoCsv(momento, textoConfig) + columnasCsv(evaporacion);
+        case Formato::xls:
+            return columnasXls();
+        case Formato::jsonl:
+            break;
+    }
+    return {};
 }
 
-std::string_view ArchivoDatos::bytes() const& {
-    const auto* bloques = std::get_if<BloquesTexto>(&texto_);
-    return bloques ? bloques->entero() : std::string_view(std::get<std::string>(texto_));
+std::string textoDatos(Formato formato, std::string cabecera, const BloquesTexto& bloques) {
+    const auto muestras = bloques.unidos();
+    const auto pie = fila(formato).pie;
+    cabecera.reserve(cabecera.size() + muestras.size() + pie.size());
+    return std::move(cabecera.append(muestras).append(pie));
 }
 
 std::string nombreCsv(std::string_view ubicacion, const FechaHora& momento) {
@@ -86,19 +105,19 @@ std::string nombreCsv(std::string_view ubicacion, const FechaHora& momento) {
         nombre += mal > 0 ? '_' : resto.front();
         resto.remove_prefix(mal > 0 ? mal : 1);
     }
-    return fmt::format("{} {}_{}_{}", nombre, momento.dia, momento.mes, momento.anio);
+    const auto fecha = fmt::format("{}_{}_{}", momento.dia, momento.mes, momento.anio);
+    if (nombre.empty()) return fecha;
+    if (kEspecialesAlComienzo.find(nombre.front()) != std::string_view::npos) nombre.front() = '_';
+    return fmt::format("{} {}", nombre, fecha);
 }
 
-ArchivoDatos archivoCsv(const Memoria& memoria, Decodificador& decodificador, std::int32_t ultimoBloque,
-                        const FechaHora& momento, std::string_view textoConfig,
-                        const std::function<void(std::int32_t)>& alBloque) {
-    const auto cabecera = encabezadoCsv(momento, textoConfig) + columnasCsv(decodificador.evaporacion());
-    return archivo(cabecera, memoria, decodificador, ultimoBloque, alBloque);
-}
-
-ArchivoDatos archivoXls(const Memoria& memoria, Decodificador& decodificador, std::int32_t ultimoBloque,
-                        const std::function<void(std::int32_t)>& alBloque) {
-    return archivo(columnasXls(), memoria, decodificador, ultimoBloque, alBloque);
+ArchivoDatos archivoDatos(Formato formato, const Memoria& memoria, Decodificador& decodificador,
+                          std::int32_t ultimoBloque, const FechaHora& momento, std::string_view textoConfig) {
+    const auto cabecera = cabeceraDatos(formato, momento, textoConfig, decodificador.evaporacion());
+    // The samples are plain ASCII.
+    BloquesTexto bloques(cp1252DeUtf8(cabecera), std::string(fila(formato).pie), fila(formato).redaccion);
+    const auto recuento = bloques.decodificar(memoria, decodificador, ultimoBloque);
+    return {std::move(bloques), recuento};
 }
 
 }  // namespace telvane

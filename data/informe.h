@@ -3,14 +3,13 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <variant>
 
 #include "data/bloques_texto.h"
 #include "data/decodificador.h"
+#include "data/formato.h"
 #include "data/memoria.h"
 #include "platform/reloj.h"
 
@@ -23,39 +22,39 @@ std::string encabezadoCsv(const FechaHora& momento, std::string_view textoConfig
 std::string columnasCsv(bool evaporacion);
 std::string columnasXls();
 
+// All that stands before a file's first sample.
+std::string cabeceraDatos(Formato formato, const FechaHora& momento, std::string_view textoConfig,
+                          bool evaporacion);
+
 // The report that goes with the spreadsheet export. Its list of events is always empty.
 std::string informeEventos(const FechaHora& momento, std::string_view textoConfig);
 
-// The name proposed for the CSV file, without extension: "Finca Norte 7_3_2004". Nothing in the location can
-// choose a folder: a slash or a control character becomes "_". Outer blanks of the location go.
+// The name proposed for the CSV file, without extension: "Finca Norte 7_3_2004". One plain name, whatever the
+// location holds: a character that means more than itself to a file system, a file dialog or whatever expands
+// names becomes "_". Outer blanks of the location go; without a location the date stands alone.
 std::string nombreCsv(std::string_view ubicacion, const FechaHora& momento);
 
-// What follows a cabecera in every data file: the sample lines and a final line end.
-std::string conMuestras(std::string cabecera, const BloquesTexto& bloques);
+// The text of a whole data file, from its head and the samples of a run.
+std::string textoDatos(Formato formato, std::string cabecera, const BloquesTexto& bloques);
 
 // A whole file and what its decoding run found.
 class ArchivoDatos {
    public:
     // texto: after its run.
     ArchivoDatos(BloquesTexto texto, const Recuento& hallado) : recuento(hallado), texto_(std::move(texto)) {}
-    ArchivoDatos(std::string texto, const Recuento& hallado) : recuento(hallado), texto_(std::move(texto)) {}
 
     // As long as this lives.
-    std::string_view bytes() const&;
+    std::string_view bytes() const& { return texto_.entero(); }
     std::string_view bytes() && = delete;
 
     Recuento recuento;
 
    private:
-    std::variant<BloquesTexto, std::string> texto_;
+    BloquesTexto texto_;
 };
 
 // Decodes blocks 0 to ultimoBloque of the image, in the decoder's profile and variant, into a file's bytes.
-// alBloque, if given, is told each block's number after it is done.
-ArchivoDatos archivoCsv(const Memoria& memoria, Decodificador& decodificador, std::int32_t ultimoBloque,
-                        const FechaHora& momento, std::string_view textoConfig,
-                        const std::function<void(std::int32_t)>& alBloque = {});
-ArchivoDatos archivoXls(const Memoria& memoria, Decodificador& decodificador, std::int32_t ultimoBloque,
-                        const std::function<void(std::int32_t)>& alBloque = {});
+ArchivoDatos archivoDatos(Formato formato, const Memoria& memoria, Decodificador& decodificador,
+                          std::int32_t ultimoBloque, const FechaHora& momento, std::string_view textoConfig);
 
 }  // namespace telvane

@@ -6,6 +6,8 @@
 #include <span>
 #include <string_view>
 
+#include "regional/formatos.h"
+
 namespace telvane {
 
 // Offsets in bytes within a 32-byte sample record; two-byte quantities are big-endian.
@@ -29,14 +31,6 @@ inline constexpr unsigned kBytes = 32;
 
 using BytesMuestra = std::array<std::uint8_t, registro_muestra::kBytes>;
 using BytesMuestraConst = std::span<const std::uint8_t, registro_muestra::kBytes>;
-
-// Civil date; any year of the proleptic Gregorian calendar.
-struct Fecha {
-    int anio = 1980;
-    int mes = 1;
-    int dia = 1;
-    bool operator==(const Fecha&) const = default;
-};
 
 // Time of day.
 struct Hora {

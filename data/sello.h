@@ -108,8 +108,7 @@ constexpr bool borrado(BytesMuestraConst r) {
 // not.
 inline Fecha fecha(BytesMuestraConst r) {
     using namespace registro_muestra;
-    const auto civil = fechaConAcarreo(2000 + valor(r[kAnio]), valor(r[kMes]), valor(r[kDia]));
-    return {civil.anio, civil.mes, civil.dia};
+    return fechaConAcarreo(2000 + valor(r[kAnio]), valor(r[kMes]), valor(r[kDia]));
 }
 inline Hora hora(BytesMuestraConst r) {
     return {valor(r[0]) % kHorasDelDia, valor(r[1]), valor(r[2])};

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include "data/linea_muestra.h"
+#include "data/registros.h"
 #include "tests/data/registro_prueba.h"
 
 namespace telvane {
@@ -72,6 +74,32 @@ TEST_F(Bloques, antesDeLaPrimeraCorridaEstanVacios) {
     EXPECT_EQ(bloques_.bufer(0), "");
 }
 
+TEST(BloquesEnteros, hayLugarParaLasMuestrasMasLargas) {
+    constexpr std::size_t kMuestras = (8000 - 6) * 2;
+    EXPECT_EQ(BloquesTexto::capacidad(Redaccion::linea), kMuestras * kLineaMaxima);
+    EXPECT_EQ(BloquesTexto::capacidad(Redaccion::objeto), kMuestras * kObjetoMaximo);
+}
+
+// The end is longer than everything between: nothing of it stands where there is no room.
+TEST(BloquesEnteros, cabeceraYPieRodeanLasMuestras) {
+    const std::string cabecera = "cabecera\r\n";
+    for (const auto redaccion : {Redaccion::linea, Redaccion::objeto}) {
+        const std::string pie(BloquesTexto::capacidad(Redaccion::objeto) * 2, 'p');
+        Decodificador decodificador;
+        BloquesTexto solas({}, {}, redaccion);
+        BloquesTexto bloques(cabecera, pie, redaccion);
+        EXPECT_EQ(bloques.unidos(), "") << "before the first run";
+        const auto memoria = memoriaCon({0, 6, 499, 500, 4095});
+        solas.decodificar(memoria, decodificador, kUltimoBloque);
+        bloques.decodificar(memoria, decodificador, kUltimoBloque);
+        EXPECT_FALSE(solas.unidos().empty());
+        EXPECT_EQ(bloques.unidos(), solas.unidos());
+        EXPECT_EQ(bloques.bufer(0), solas.bufer(0));
+        EXPECT_EQ(bloques.bufer(1), solas.bufer(1));
+        EXPECT_TRUE(bloques.entero() == cabecera + std::string(solas.unidos()) + pie);
+    }
+}
+
 TEST_F(Bloques, avisaDeCadaBloqueUnaVezYEnOrden) {
     std::vector<std::int32_t> vistos;
     bloques_.decodificar(Memoria(), decodificador_, kUltimoBloque,
@@ -101,6 +129,28 @@ TEST_F(Bloques, elRecuentoSeparaVaciosDeDescartados) {
     EXPECT_EQ(recuento.escritas, 1u);
     EXPECT_EQ(recuento.descartadas, 4u);
     EXPECT_EQ(recuento.vacias, (4096u - 9u) * 2 + 1);
+}
+
+TEST_F(Bloques, elRecuentoSabeCuantosValdrianEnElPerfilAmpliado) {
+    constexpr std::array<std::uint8_t, 6> kDeHoy = {0x10, 0x20, 0x30, 0x21, 0x11, 0x26};
+    constexpr std::array<std::uint8_t, 6> kDia39 = {0x10, 0x20, 0x30, 0x39, 0x11, 0x26};
+    Memoria memoria;
+    ponerRegistro(memoria.bloque(6), 0, {.sello = kDeHoy});
+    ponerRegistro(memoria.bloque(6), 1, {.sello = kDeHoy});
+    ponerRegistro(memoria.bloque(7), 0, {});  // taken along by the second
+    ponerRegistro(memoria.bloque(7), 1, {.sello = kDeHoy});
+    ponerRegistro(memoria.bloque(8), 0, {.sello = kDeHoy});
+    ponerRegistro(memoria.bloque(8), 1, {});  // written
+    ponerRegistro(memoria.bloque(9), 0, {.sello = kDia39});
+    ponerRegistro(memoria.bloque(9), 1, {.sello = kSelloMalo});
+    const auto recuento = decodificar(memoria);
+    EXPECT_EQ(recuento.escritas, 1u);
+    EXPECT_EQ(recuento.descartadas, 7u);
+    EXPECT_EQ(recuento.valenAmpliado, 5u);
+    Decodificador ampliado(Perfil::ampliado);
+    EXPECT_EQ(bloques_.decodificar(memoria, ampliado, kUltimoBloque).valenAmpliado, 0u);
+    EXPECT_EQ(bloques_.decodificar(memoria, ampliado, kUltimoBloque).escritas, 6u)
+        << "what the line promised";
 }
 
 TEST_F(Bloques, losVaciosMasAllaDeLaMemoriaDelRegistradorNoSeCuentan) {
@@ -156,12 +206,11 @@ RC_GTEST_PROP(ImagenAlAzar, byteABytDaLoMismoQueBloqueABloque, (bool ampliado, b
     for (std::size_t numero = 0; numero < kBloquesAlAzar; ++numero) {
         const auto bloque = memoria.bloque(numero);
         for (std::size_t i = 0; i < bloque.size(); ++i) porBytes.proceso(static_cast<int>(i), bloque[i]);
-        // A buffer of exactly the promised room: a sanitizer sees every byte beyond it.
-        std::vector<char> destino(Decodificador::kBloqueMaximo);
-        const auto lineas = porBloques.procesoBloque(bloque, destino.data());
-        const std::string_view texto(destino.data(), static_cast<std::size_t>(lineas.fin - destino.data()));
+        std::string texto;
+        const auto buenos = porBloques.procesoBloque(bloque);
+        buenos.recorrer([&](BytesMuestraConst registro) { texto += lineaDe(registro, evaporacion); });
         RC_ASSERT(texto == porBytes.lineaMuestras);
-        RC_ASSERT(lineas.cuantas == lineasEn(texto));
+        RC_ASSERT(buenos.cuantos() == lineasEn(texto));
         RC_ASSERT(porBytes.muestra().temperatura == porBloques.muestra().temperatura);
         RC_ASSERT(porBytes.muestra().fecha == porBloques.muestra().fecha);
         RC_ASSERT(porBytes.muestra().evaporacion == porBloques.muestra().evaporacion);
@@ -178,6 +227,21 @@ RC_GTEST_PROP(ImagenAlAzar, elRecuentoSumaTodosLosRegistrosYSusLineas, (bool amp
         bloques.decodificar(memoria, decodificador, static_cast<std::int32_t>(kBloquesAlAzar) - 1);
     RC_ASSERT(recuento.escritas == lineasEn(bloques.unidos()));
     RC_ASSERT(recuento.escritas + recuento.vacias + recuento.descartadas == (kBloquesAlAzar - 6) * 2);
+}
+
+// What the archive takes of an image is what the extended profile writes.
+RC_GTEST_PROP(ImagenAlAzar, losRegistrosUnoPorUnoSonLosDelPerfilAmpliado, (bool evaporacion)) {
+    const auto memoria = memoriaAlAzar(kBloquesAlAzar);
+    Decodificador decodificador(Perfil::ampliado);
+    decodificador.evaporacion(evaporacion);
+    BloquesTexto bloques;
+    bloques.decodificar(memoria, decodificador, kUltimoBloque);
+    std::string texto;
+    recorrerRegistros(memoria.imagen(), [&](std::size_t ranura, BytesMuestraConst registro) {
+        RC_ASSERT(registro.data() == memoria.imagen().data() + ranura * registro_muestra::kBytes);
+        texto += lineaDe(registro, evaporacion);
+    });
+    RC_ASSERT(texto == bloques.unidos());
 }
 
 RC_GTEST_PROP(ImagenAlAzar, cadaLineaTieneSusColumnasYSoloAscii, (bool evaporacion)) {

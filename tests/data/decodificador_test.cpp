@@ -56,13 +56,6 @@ TEST(Linea, losValoresMasLargosCabenEnLaLinea) {
               "20/11/2018,17:04:09,8428,6515.9,573.8,---,13081.8,174.32,59004.1,50.8,655.35\r\n");
 }
 
-TEST(Evaporacion, laLlevanLosNumerosDeSerieDesde2080000HastaAntesDe2080100) {
-    EXPECT_TRUE(llevaEvaporacion(2080000.0f));
-    EXPECT_TRUE(llevaEvaporacion(2080099.0f));
-    EXPECT_FALSE(llevaEvaporacion(2080100.0f));
-    EXPECT_FALSE(llevaEvaporacion(2079999.0f));
-}
-
 TEST(Evaporacion, sinLaVarianteSusCamposConservanLoQueTenian) {
     auto decodificador = decodificadorEnMarcha();
     decodificador.evaporacion(true);
@@ -222,7 +215,7 @@ TEST(PerfilAmpliado, admiteExactamenteLasFechasReales) {
                 bool real = decimal(anio) && decimal(mes) && decimal(dia) && valor(mes) >= 1 &&
                             valor(mes) <= 12 && valor(dia) >= 1;
                 if (real) {
-                    const FechaCivil fecha{2000 + valor(anio), valor(mes), valor(dia)};
+                    const Fecha fecha{2000 + valor(anio), valor(mes), valor(dia)};
                     real = fechaConAcarreo(fecha.anio, fecha.mes, fecha.dia) == fecha;
                 }
                 auto registro =
@@ -257,6 +250,24 @@ TEST(Recuento, suTextoDistingueUnoDeVarios) {
               "8178 muestras escritas, 0 registros vacios, 0 descartados por fecha u hora incorrecta");
     EXPECT_EQ((Recuento{1, 1, 1}).texto(),
               "1 muestra escrita, 1 registro vacio, 1 descartado por fecha u hora incorrecta");
+}
+
+TEST(Recuento, nombraLaOpcionCuandoConEllaValeLaMayorParte) {
+    EXPECT_EQ((Recuento{0, 2, 8178, 8178}).texto(),
+              "0 muestras escritas, 2 registros vacios, 8178 descartados por fecha u hora incorrecta (8178 "
+              "valen con "
+              "--perfil ampliado)");
+    EXPECT_EQ((Recuento{3, 0, 1, 1}).texto(),
+              "3 muestras escritas, 0 registros vacios, 1 descartado por fecha u hora incorrecta (1 vale con "
+              "--perfil ampliado)");
+    const auto nombrada = [](std::uint32_t descartadas, std::uint32_t valen) {
+        return Recuento{0, 0, descartadas, valen}.texto().find("ampliado") != std::string::npos;
+    };
+    EXPECT_TRUE(nombrada(10, 6));
+    EXPECT_FALSE(nombrada(10, 5)) << "half is not most";
+    EXPECT_TRUE(nombrada(3, 2));
+    EXPECT_FALSE(nombrada(3, 1));
+    EXPECT_FALSE(nombrada(0, 0));
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "loggerconfig/datos_config.h"
 #include "platform/guardado.h"
 #include "regional/formatos.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/data/registro_prueba.h"
 
 namespace telvane {
@@ -74,15 +75,15 @@ std::string csv() {
     Decodificador decodificador;
     decodificador.evaporacion(cabecera.llevaEvaporacion());
     const FechaHora momento{2026, 11, 20, 17h + 4min + 9s};
-    const auto archivo = archivoCsv(memoria, decodificador, kUltimoBloque, momento, cabecera.texto);
+    const auto archivo =
+        archivoDatos(Formato::csv, memoria, decodificador, kUltimoBloque, momento, cabecera.texto);
     return std::string(archivo.bytes());
 }
 
 TEST(ImagenDorada, elCsvDeUnaImagenEnteraEsElGuardado) {
     if (std::getenv("TELVANE_REHACER_DORADOS")) guardarAtomico(kDorado, csv());
-    std::ifstream archivo(kDorado, std::ios::binary);
-    ASSERT_TRUE(archivo) << "missing: " << kDorado;
-    const std::string guardado((std::istreambuf_iterator<char>(archivo)), std::istreambuf_iterator<char>());
+    const auto guardado = leerTodo(kDorado);
+    ASSERT_NE(guardado, "") << "missing: " << kDorado;
     EXPECT_EQ(csv(), guardado);
 }
 

@@ -58,7 +58,7 @@ TEST(NombreCsv, esLaUbicacionSinBlancosExterioresYLaFechaSinCeros) {
 }
 
 TEST(NombreCsv, laUbicacionNoEligeCarpeta) {
-    EXPECT_EQ(nombreCsv("../../etc/passwd", kMomento), ".._.._etc_passwd 7_3_2004");
+    EXPECT_EQ(nombreCsv("../../etc/passwd", kMomento), "_._.._etc_passwd 7_3_2004");
     EXPECT_EQ(nombreCsv("/", kMomento), "_ 7_3_2004");
 }
 
@@ -73,11 +73,27 @@ TEST(NombreCsv, niNulNiControlesQuedan) {
                         kMomento),
               "a_b_ 7_3_2004")
         << "control characters above 0x7F";
-    EXPECT_EQ(nombreCsv("\xC2\xA0"
-                        "a\xC2",
-                        kMomento),
-              "\xC2\xA0"
-              "a\xC2 7_3_2004");
+    EXPECT_EQ(nombreCsv("a\xC2", kMomento), "a\xC2 7_3_2004");
+}
+
+TEST(NombreCsv, loQueUnDialogoOUnSistemaDeArchivosTomaPorOtraCosaNoQueda) {
+    EXPECT_EQ(nombreCsv("Finca \"Norte\"", kMomento), "Finca _Norte_ 7_3_2004");
+    EXPECT_EQ(nombreCsv("6\" pozo", kMomento), "6_ pozo 7_3_2004");
+    EXPECT_EQ(nombreCsv("~nobody", kMomento), "_nobody 7_3_2004");
+    EXPECT_EQ(nombreCsv("  ~", kMomento), "_ 7_3_2004");
+    EXPECT_EQ(nombreCsv("-rf", kMomento), "_rf 7_3_2004");
+    EXPECT_EQ(nombreCsv(".oculta", kMomento), "_oculta 7_3_2004");
+    EXPECT_EQ(nombreCsv("..", kMomento), "_. 7_3_2004");
+    EXPECT_EQ(nombreCsv("C:\\datos*?<a>|b", kMomento), "C__datos___a__b 7_3_2004");
+    EXPECT_EQ(nombreCsv("$HOME `ls`", kMomento), "_HOME _ls_ 7_3_2004");
+    EXPECT_EQ(nombreCsv("Pozo ~ 3. - d'Or (n#1) 50%", kMomento), "Pozo ~ 3. - d'Or (n#1) 50% 7_3_2004")
+        << "what means nothing there stays";
+}
+
+TEST(NombreCsv, sinUbicacionQuedaLaFechaYUnBlancoDuroEsUnBlanco) {
+    EXPECT_EQ(nombreCsv("", kMomento), "7_3_2004");
+    EXPECT_EQ(nombreCsv("     ", kMomento), "7_3_2004");
+    EXPECT_EQ(nombreCsv("\u00A0 Finca\u00A0Norte \u00A0", kMomento), "Finca\u00A0Norte 7_3_2004");
 }
 
 TEST(NombreCsv, ningunByteDelRegistradorDejaUnaBarraOUnControl) {
@@ -95,7 +111,7 @@ TEST(ArchivoCsv, esEncabezadoColumnasLineasYUnaLineaVacia) {
     ponerRegistro(memoria.bloque(6), 0, {});
     ponerRegistro(memoria.bloque(6), 1, {.lluvia = 5});
     Decodificador decodificador;
-    const auto archivo = archivoCsv(memoria, decodificador, kUltimoBloque, kMomento, kConfig);
+    const auto archivo = archivoDatos(Formato::csv, memoria, decodificador, kUltimoBloque, kMomento, kConfig);
     EXPECT_EQ(
         utf8DeCp1252({reinterpret_cast<const std::uint8_t*>(archivo.bytes().data()), archivo.bytes().size()}),
         encabezadoCsv(kMomento, kConfig) + columnasCsv(false) + lineaDe({}) + lineaDe({.lluvia = 5}) +
@@ -105,7 +121,7 @@ TEST(ArchivoCsv, esEncabezadoColumnasLineasYUnaLineaVacia) {
 
 TEST(ArchivoCsv, elSignoDeGradosEsUnByteDeWindows1252) {
     Decodificador decodificador;
-    const auto archivo = archivoCsv(Memoria(), decodificador, kUltimoBloque, kMomento, "");
+    const auto archivo = archivoDatos(Formato::csv, Memoria(), decodificador, kUltimoBloque, kMomento, "");
     EXPECT_NE(archivo.bytes().find("Temp[\xBA"
                                    "C],Dir Viento [\xBA]"),
               std::string::npos);
@@ -113,7 +129,8 @@ TEST(ArchivoCsv, elSignoDeGradosEsUnByteDeWindows1252) {
 
 TEST(ArchivoCsv, sinMuestrasConservaEncabezadoColumnasYFinal) {
     Decodificador decodificador;
-    const auto archivo = archivoCsv(Memoria(), decodificador, kUltimoBloque, kMomento, kConfig);
+    const auto archivo =
+        archivoDatos(Formato::csv, Memoria(), decodificador, kUltimoBloque, kMomento, kConfig);
     EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(encabezadoCsv(kMomento, kConfig) + columnasCsv(false) + "\r\n"));
 }
 
@@ -121,14 +138,47 @@ TEST(ArchivoXls, llevaCuatroNombresYLasDiezColumnas) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 1, {});
     Decodificador decodificador;
-    const auto archivo = archivoXls(memoria, decodificador, kUltimoBloque);
+    const auto archivo = archivoDatos(Formato::xls, memoria, decodificador, kUltimoBloque, kMomento, kConfig);
     EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(columnasXls()) + lineaDe({}) + "\r\n");
 }
 
 TEST(ArchivoXls, sinMuestrasTieneSoloLosNombresYLaLineaFinal) {
     Decodificador decodificador;
-    const auto archivo = archivoXls(Memoria(), decodificador, kUltimoBloque);
+    const auto archivo =
+        archivoDatos(Formato::xls, Memoria(), decodificador, kUltimoBloque, kMomento, kConfig);
     EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(columnasXls()) + "\r\n");
+}
+
+TEST(ArchivoJsonl, esUnObjetoPorLineaYNadaMas) {
+    Memoria memoria;
+    ponerRegistro(memoria.bloque(6), 1, {.viento = 40});
+    Decodificador decodificador;
+    const auto archivo =
+        archivoDatos(Formato::jsonl, memoria, decodificador, kUltimoBloque, kMomento, kConfig);
+    EXPECT_EQ(archivo.bytes(), objetoDe(RegistroPrueba{.viento = 40}.bytes(), false));
+}
+
+// What the window shows and saves, and what the console tool writes.
+TEST(TextoDatos, esElDelArchivo) {
+    Memoria memoria;
+    ponerRegistro(memoria.bloque(6), 1, {});
+    for (const auto& suya : kFormatos) {
+        Decodificador decodificador;
+        decodificador.evaporacion(true);
+        BloquesTexto bloques({}, {}, suya.redaccion);
+        bloques.decodificar(memoria, decodificador, kUltimoBloque);
+        const auto texto =
+            textoDatos(suya.formato, cabeceraDatos(suya.formato, kMomento, kConfig, true), bloques);
+        const auto archivo =
+            archivoDatos(suya.formato, memoria, decodificador, kUltimoBloque, kMomento, kConfig);
+        EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(texto)) << suya.nombre();
+    }
+}
+
+TEST(Formatos, cadaUnoSeLeePorSuNombreYSoloPorEl) {
+    for (const auto& suya : kFormatos) EXPECT_EQ(leerFormato(suya.nombre()), suya.formato);
+    for (const auto* otro : {"", "csv ", ".csv", "CSV", "json"}) EXPECT_EQ(leerFormato(otro), std::nullopt);
+    EXPECT_EQ(nombresDeFormatos(), "csv, xls o jsonl");
 }
 
 }  // namespace

@@ -5,10 +5,13 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "data/decodificador.h"
+#include "data/linea_muestra.h"
 #include "data/memoria.h"
 #include "data/muestra.h"
+#include "link/dos_bytes.h"
 
 namespace telvane {
 
@@ -34,23 +37,17 @@ struct RegistroPrueba {
     BytesMuestra bytes() const {
         BytesMuestra b{};
         std::copy(sello.begin(), sello.end(), b.begin());
-        par(b, registro_muestra::kAuxiliar1, auxiliar1);
-        par(b, registro_muestra::kHumedad, humedad);
-        par(b, registro_muestra::kTemperatura, temperatura);
+        ponerDosBytes(b, registro_muestra::kAuxiliar1, auxiliar1);
+        ponerDosBytes(b, registro_muestra::kHumedad, humedad);
+        ponerDosBytes(b, registro_muestra::kTemperatura, temperatura);
         b[registro_muestra::kDirViento] = viento;
-        par(b, registro_muestra::kVelViento, velViento);
-        par(b, registro_muestra::kRadSolar, radSolar);
-        par(b, registro_muestra::kPresion, presion);
+        ponerDosBytes(b, registro_muestra::kVelViento, velViento);
+        ponerDosBytes(b, registro_muestra::kRadSolar, radSolar);
+        ponerDosBytes(b, registro_muestra::kPresion, presion);
         b[registro_muestra::kLluvia] = lluvia;
-        par(b, registro_muestra::kAuxiliar2, auxiliar2);
-        par(b, registro_muestra::kEvaporacion, evaporacion);
+        ponerDosBytes(b, registro_muestra::kAuxiliar2, auxiliar2);
+        ponerDosBytes(b, registro_muestra::kEvaporacion, evaporacion);
         return b;
-    }
-
-   private:
-    static void par(BytesMuestra& b, unsigned lugar, std::uint16_t crudo) {
-        b[lugar] = static_cast<std::uint8_t>(crudo >> 8);
-        b[lugar + 1] = static_cast<std::uint8_t>(crudo & 0xFF);
     }
 };
 
@@ -79,6 +76,16 @@ inline Decodificador decodificadorEnMarcha(Perfil perfil = Perfil::estricto) {
 inline std::string lineaDe(const RegistroPrueba& registro, Perfil perfil = Perfil::estricto) {
     auto decodificador = decodificadorEnMarcha(perfil);
     return darRegistro(decodificador, 0, registro);
+}
+
+// The texts of one record, written into exactly the promised room: a sanitizer sees every byte beyond it.
+inline std::string lineaDe(BytesMuestraConst registro, bool evaporacion) {
+    std::vector<char> sitio(kLineaMaxima);
+    return {sitio.data(), escribirLinea(sitio.data(), registro, evaporacion)};
+}
+inline std::string objetoDe(BytesMuestraConst registro, bool evaporacion) {
+    std::vector<char> sitio(kObjetoMaximo);
+    return {sitio.data(), escribirObjeto(sitio.data(), registro, evaporacion)};
 }
 
 }  // namespace telvane
