@@ -11,24 +11,11 @@ namespace telvane {
 
 namespace {
 
-constexpr double kEsperaPrimerMarco = 2.0;  // seconds
 constexpr std::string_view kEmpezar = "DATOS EN LINEA";
 constexpr std::string_view kParar = "PARAR";
 
 }  // namespace
 
-Tarea<> DatosEnLinea::alPulsar() {
-    if (enLinea_) {
-        parar();
-    } else if (!enlace_.estado.respuesta) {
-        co_await enlace_.avisar(textos::kNoHayEquipo);
-        enlace_.ofrecerReconexion();
-    } else {
-        co_await empezar();
-    }
-}
-
-// The port is left to the next frame, which closes it.
 void DatosEnLinea::parar() {
     auto& forma = enlace_.forma;
     forma.Text60.visible = false;
@@ -43,25 +30,29 @@ Tarea<> DatosEnLinea::empezar() {
     auto& forma = enlace_.forma;
     auto& estado = enlace_.estado;
     auto& canal = enlace_.canales.MSComm6;
+    if (!estado.respuesta) {
+        co_await enlace_.avisar(textos::kNoHayEquipo);
+        enlace_.ofrecerReconexion();
+        co_return;
+    }
     for (auto* boton : {&forma.Command33, &forma.Command43, &forma.Command13, &forma.Command2,
                         &forma.Command3, &forma.configuracion}) {
         boton->enabled = false;
     }
     enLinea_ = true;
     forma.Command4.caption = std::string(kParar);
+    // The last reading of an earlier run is not a reading of this one.
+    forma.Text60.text = "";
     forma.Text60.visible = true;
     estado.respuesta = false;
-    siguiendo([&] { canal.CommPort(estado.numPuerto); });
-    siguiendo([&] { canal.PortOpen(true); });
-    siguiendo([&] { canal.Output(kSonda); });
-    estado.contador = 0;
-    estado.tInicio = segundosComoTexto(enlace_.reloj.segundosDelDia());
-    co_await enlace_.esperas.hasta(estado.tInicio, kEsperaPrimerMarco, [&] { return estado.respuesta; });
-    if (!estado.respuesta) {
-        co_await enlace_.avisar(textos::kNoHayEquipo);
-        canal.PortOpen(false);
-        enlace_.ofrecerReconexion();
-    }
+    enlace_.abrir(canal, kSonda);
+    co_await enlace_.esperar(kEsperaMarco, [&] { return estado.respuesta || !enLinea_; });
+    // Who stopped it meanwhile knows that nothing came.
+    if (estado.respuesta || !enLinea_) co_return;
+    // Before the message: a late answer must start nothing behind it.
+    canal.PortOpen(false);
+    co_await enlace_.avisar(textos::kNoHayEquipo);
+    enlace_.ofrecerReconexion();
 }
 
 void DatosEnLinea::alComunicar() {

@@ -12,17 +12,16 @@ class DatosEnLinea {
    public:
     explicit DatosEnLinea(Enlace& enlace) : enlace_(enlace) {}
 
-    // Click on Command4: stops, refuses or starts.
-    Tarea<> alPulsar();
+    // Click on Command4: starts, or says that there is no logger...
+    Tarea<> empezar();
+    // ...or stops. The port is left to the next frame, which closes it.
+    void parar();
     // Communication event of MSComm6: one whole frame waits.
     void alComunicar();
 
     bool enLinea() const { return enLinea_; }
 
    private:
-    void parar();
-    Tarea<> empezar();
-
     Enlace& enlace_;
     bool enLinea_ = false;
     std::string textoLinea_;

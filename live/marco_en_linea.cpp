@@ -1,14 +1,19 @@
 #include "live/marco_en_linea.h"
 
+#include <array>
 #include <cstdlib>
 
 #include <fmt/format.h>
+
+#include "link/dos_bytes.h"
 
 namespace telvane {
 
 namespace {
 
 constexpr std::uint8_t kMaxAltoPresion = 3;
+constexpr std::uint8_t kMaxAltoAnalogico = 3;
+constexpr std::uint8_t kMaxDireccion = 160;  // 360 degrees
 
 std::int32_t conSigno(unsigned alto, unsigned bajo) {
     return static_cast<std::int16_t>(static_cast<std::uint16_t>(alto * 256 + bajo));
@@ -30,7 +35,9 @@ constexpr int kCienmilesimas = 5;
 }  // namespace
 
 MarcoEnLinea decodificarMarco(std::span<const std::uint8_t, kBytesMarco> bytes) {
-    const auto par = [&](std::size_t desde) { return conSigno(bytes[desde], bytes[desde + 1]); };
+    const auto par = [&](std::size_t lugar) -> std::int32_t {
+        return static_cast<std::int16_t>(crudoDeDosBytes(bytes, lugar));
+    };
     const bool presionNula = bytes[marco::kPresion] > kMaxAltoPresion;
     const unsigned alto = presionNula ? 0 : bytes[marco::kPresion];
     const unsigned bajo = presionNula ? 0 : bytes[marco::kPresion + 1];
@@ -45,6 +52,17 @@ MarcoEnLinea decodificarMarco(std::span<const std::uint8_t, kBytesMarco> bytes) 
     leido.lluvia = par(marco::kLluvia) * 200;
     leido.evaporacion = par(marco::kEvaporacion) * 10;
     return leido;
+}
+
+unsigned canalesImposibles(std::span<const std::uint8_t, kBytesMarco> bytes) {
+    constexpr std::array<std::size_t, 5> kCanales = {marco::kHumedad, marco::kTemperatura, marco::kDirViento,
+                                                     marco::kVelViento, marco::kRadSolar};
+    unsigned imposibles = 0;
+    for (std::size_t i = 0; i < kCanales.size(); ++i) {
+        const auto maximo = kCanales[i] == marco::kDirViento ? kMaxDireccion : kMaxAltoAnalogico;
+        if (bytes[kCanales[i]] > maximo) imposibles |= 1u << i;
+    }
+    return imposibles;
 }
 
 TextosMarco textosMarco(const MarcoEnLinea& marco) {

@@ -1,5 +1,5 @@
-// The live frame: 31 bytes, no checksum, no end mark. Its positions, scales and formats are its own and
-// differ from the stored record's on purpose.
+// The live frame: 31 bytes, no checksum, no end mark. Its positions (link/protocolo.h), scales and formats
+// are its own and differ from the stored record's on purpose.
 #pragma once
 
 #include <cstdint>
@@ -9,19 +9,6 @@
 #include "link/protocolo.h"
 
 namespace telvane {
-
-// Offsets in bytes from 0; two-byte quantities are big-endian and signed. Bytes 0 to 2 and 18 to 30 are not
-// used.
-namespace marco {
-inline constexpr std::size_t kHumedad = 3;
-inline constexpr std::size_t kTemperatura = 5;
-inline constexpr std::size_t kDirViento = 7;  // one byte, 2.25 degrees a step
-inline constexpr std::size_t kVelViento = 8;
-inline constexpr std::size_t kRadSolar = 10;
-inline constexpr std::size_t kPresion = 12;  // a high byte above 3 makes both 0
-inline constexpr std::size_t kLluvia = 14;
-inline constexpr std::size_t kEvaporacion = 16;
-}  // namespace marco
 
 // The readings in whole thousandths of their unit, exact.
 struct MarcoEnLinea {
@@ -36,6 +23,11 @@ struct MarcoEnLinea {
 };
 
 MarcoEnLinea decodificarMarco(std::span<const std::uint8_t, kBytesMarco> bytes);
+
+// Channels, one bit each from humidity on, that say what no logger measures: an analogue one beyond the ten
+// bits of its converter, a direction beyond 360 degrees. The frame carries no checksum; 0 does not make it
+// right. Pressure, rain and evaporation may say anything.
+unsigned canalesImposibles(std::span<const std::uint8_t, kBytesMarco> bytes);
 
 // The readings rounded to the decimals that are shown, half away from zero, "-0.0" as "0.0".
 struct TextosMarco {

@@ -55,6 +55,10 @@ float numeroDeSerie(std::string_view digitos) {
     return numero;
 }
 
+std::string lineaSerie(std::string_view digitos) {
+    return juntar("Nro  : ", digitos);
+}
+
 std::string resumenTrasLectura(std::string_view intervalo, std::string_view lineaSerie,
                                const std::array<std::string_view, 5>& campos) {
     constexpr std::array<std::string_view, 5> kRotulos = {
@@ -64,6 +68,29 @@ std::string resumenTrasLectura(std::string_view intervalo, std::string_view line
         texto += juntar(kRotulos[i], campos[i], textos::kFinLinea);
     }
     return juntar(texto, textos::kFinLinea, textos::kFinLinea);
+}
+
+std::string textoConfig(const DatosConfig& datos) {
+    const auto indice = indiceIntervalo(datos.intervaloCodigo);
+    std::array<std::string_view, 5> campos;
+    std::copy(datos.textos.begin(), datos.textos.end(), campos.begin());
+    return resumenTrasLectura(indice ? kIntervalos[*indice].texto : "", lineaSerie(datos.Nserie), campos);
+}
+
+DatosConfig datosDeCabecera(std::span<const std::uint8_t> imagen) {
+    DatosConfig datos;
+    for (const auto byte : imagen.first(registro_config::kUsuario)) {
+        const auto digitos = digitosBcd(byte);
+        datos.Nserie.append(digitos.begin(), digitos.end());
+    }
+    std::size_t desde = registro_config::kUsuario;
+    for (std::size_t campo = 0; campo < kAnchos.size(); ++campo) {
+        const auto ancho = static_cast<std::size_t>(kAnchos[campo]);
+        for (const auto byte : imagen.subspan(desde, ancho)) agregarUtf8(datos.textos[campo], byte);
+        desde += ancho;
+    }
+    datos.intervaloCodigo = imagen[registro_config::kIntervalo];
+    return datos;
 }
 
 TextoDeCabecera leerCabecera(std::span<const std::uint8_t> imagen) {

@@ -70,10 +70,15 @@ constexpr bool llevaEvaporacion(float numeroSerie) {
     return numeroSerie >= 2080000.0f && numeroSerie < 2080100.0f;
 }
 
-// Summary after a read, lines ended by CR LF: interval in minutes, the serial line ("Nro  : ..."), the five
-// texts.
+// "Nro  : 12345678"
+std::string lineaSerie(std::string_view digitos);
+
+// Summary after a read, lines ended by CR LF: interval in minutes, the serial line, the five texts.
 std::string resumenTrasLectura(std::string_view intervalo, std::string_view lineaSerie,
                                const std::array<std::string_view, 5>& campos);
+
+// The same of a record that was read.
+std::string textoConfig(const DatosConfig& datos);
 
 // The text of a memory image's header, built byte by byte as `config` does. A value: copy it, test it.
 struct TextoDeCabecera {
@@ -87,6 +92,9 @@ struct TextoDeCabecera {
     // Whether the logger that wrote the header carries the evaporation channels.
     bool llevaEvaporacion() const { return telvane::llevaEvaporacion(numeroDeSerie(digitosSerie)); }
 };
+
+// The record at the head of an image, without its clock.
+DatosConfig datosDeCabecera(std::span<const std::uint8_t> imagen);
 
 // Of a whole image: its header's 432 bytes.
 TextoDeCabecera leerCabecera(std::span<const std::uint8_t> imagen);

@@ -46,7 +46,7 @@ void Edicion::alCambiarConfiguracion() {
          {&forma.Option1, &forma.Option3, &forma.Option4, &forma.Option2, &forma.Option5, &forma.Option6}) {
         opcion->visible = true;
     }
-    for (auto* campo : forma.camposTexto()) campo->locked = false;
+    for (auto* campo : forma.camposEdicion()) campo->locked = false;
     forma.configuracion.enabled = false;
     forma.Command3.enabled = true;
     forma.Command2.enabled = false;
@@ -61,20 +61,21 @@ void Edicion::alCambiarFecha() {
 }
 
 Tarea<> Edicion::alSalirDeHora() {
-    const bool editando = enlace_.forma.Command3.enabled();
-    if (horaTocada_ || editando) co_await validarHora();
+    if (editando()) co_await validarHora();
 }
 
-Tarea<> Edicion::validarHora() {
+Tarea<bool> Edicion::validarHora() {
     auto& forma = enlace_.forma;
-    horaTocada_ = false;
-    if (!leerHora(forma.MaskEdBox2.text())) {
-        co_await enlace_.avisar(kHoraIncorrecta);
+    const bool valida = leerHora(forma.MaskEdBox2.text()).has_value();
+    if (!valida) {
+        // Before the message: a tick must not write over what it is about.
         forma.Timer1.enabled = false;
+        co_await enlace_.avisar(kHoraIncorrecta);
         forma.MaskEdBox2.text = horaLarga(enlace_.reloj.ahora());
         forma.MaskEdBox2.mask = std::string(kMascaraHora);
     }
     if (const auto hora = leerHora(forma.MaskEdBox2.text())) config_.horaConfig = *hora;
+    co_return valida;
 }
 
 void Edicion::alTomarRelojPc() {
@@ -92,17 +93,30 @@ void Edicion::alTictac() {
     enlace_.forma.MaskEdBox2.text = horaLarga(config_.horaConfig);
 }
 
-void Edicion::salirDeEdicion() {
+void Edicion::dejar() {
+    if (editando()) cerrar();
+}
+
+void Edicion::cerrar() {
     auto& forma = enlace_.forma;
     forma.Check1.value = 0;
     forma.Check1.visible = false;
     forma.Label3.visible = false;
-    forma.Timer1.enabled = true;
-    for (auto* campo : forma.camposTexto()) campo->locked = true;
-    for (auto* boton : {&forma.Command43, &forma.Command13, &forma.configuracion}) boton->enabled = true;
+    for (auto* campo : forma.camposEdicion()) campo->locked = true;
     forma.Command3.enabled = false;
+    // A code that is none of the six leaves none of them.
+    const auto opciones = forma.opciones();
+    for (std::size_t i = 0; i < opciones.size(); ++i) {
+        opciones[i]->visible = kIntervalos[i].codigo == config_.intervaloCodigo;
+    }
+}
+
+void Edicion::salirDeEdicion() {
+    auto& forma = enlace_.forma;
+    cerrar();
+    forma.Timer1.enabled = true;
+    for (auto* boton : {&forma.Command43, &forma.Command13, &forma.configuracion}) boton->enabled = true;
     forma.Command2.enabled = true;
-    mostrarSoloIntervalo(forma, config_.intervaloCodigo);
 }
 
 }  // namespace telvane

@@ -24,24 +24,28 @@ class Edicion {
     void alElegirIntervalo(std::size_t indice);
     // The date field changed.
     void alCambiarFecha();
-    // The time field was typed in, and left: it is checked then, or when it is left in edit mode.
-    void alCambiarHora() { horaTocada_ = true; }
+    // The time field was left: it is checked in edit mode.
     Tarea<> alSalirDeHora();
     // An invalid time is replaced by the PC's after a message; in every case horaConfig is what the field
-    // shows.
-    Tarea<> validarHora();
+    // shows. False: it was invalid.
+    Tarea<bool> validarHora();
     // Click on Check1, whatever its new state: takes the PC's date and time.
     void alTomarRelojPc();
     // Tick of Timer1.
     void alTictac();
 
-    // Locks the fields and hides what only edit mode shows; only the chosen interval stays visible.
+    bool editando() const { return !enlace_.forma.fecha1.locked(); }
+    // Locks the fields and hides what only edit mode shows; only the chosen interval stays visible, and
+    // nothing can be sent. Nothing outside edit mode.
+    void dejar();
+    // The same as the end of a write: the buttons that edit mode closed come back.
     void salirDeEdicion();
 
    private:
+    void cerrar();
+
     Enlace& enlace_;
     EstadoConfig& config_;
-    bool horaTocada_ = false;
 };
 
 }  // namespace telvane

@@ -18,22 +18,33 @@ constexpr std::string_view kFechaIncorrecta = "Fecha incorrecta (ej. 31/12/2024)
 }  // namespace
 
 Tarea<> EscrituraConfig::alPulsar() {
-    // The time is checked on leaving its field; sending with the keyboard alone must not go around that.
-    co_await edicion_.validarHora();
-    // Without a date there is no message to send; the form stays in edit mode.
-    if (!leerFechaCorta(config_.fechaConfig)) {
-        co_await enlace_.avisar(kFechaIncorrecta);
-        co_return;
-    }
-    const auto seguro =
-        co_await preguntar(enlace_.dialogos, Mensaje(kBorrara, Botones::aceptarCancelar, Icono::exclamacion));
+    // An Enter that was meant for something else must not erase a memory.
+    const auto seguro = co_await preguntar(
+        enlace_.dialogos,
+        Mensaje(kBorrara, Botones::aceptarCancelar, Icono::exclamacion).conPorDefecto(Boton::cancelar));
     enlace_.estado.tInicio = std::to_string(static_cast<int>(seguro));
-    if (seguro == Boton::aceptar) {
-        enlace_.forma.Check1.value = 0;
-        prepararMensaje();
-        co_await enviar();
-    }
+    if (seguro == Boton::aceptar) co_await confirmado();
     edicion_.salirDeEdicion();
+}
+
+Tarea<> EscrituraConfig::confirmado() {
+    const bool sePuede = co_await sePuedeEnviar();
+    if (!sePuede) co_return;
+    enviando_ = true;
+    enlace_.forma.Check1.value = 0;
+    prepararMensaje();
+    co_await enviar();
+    enviando_ = false;
+}
+
+// The time is checked on leaving its field; sending with the keyboard alone must not go around that. What
+// cannot be sent is told once, and stays as it was typed.
+Tarea<bool> EscrituraConfig::sePuedeEnviar() {
+    const bool hora = co_await edicion_.validarHora();
+    if (!hora) co_return false;
+    if (leerFechaCorta(config_.fechaConfig)) co_return true;
+    co_await enlace_.avisar(kFechaIncorrecta);
+    co_return false;
 }
 
 void EscrituraConfig::prepararMensaje() {
@@ -62,9 +73,9 @@ Tarea<> EscrituraConfig::enviar() {
     // respuesta is not cleared first: what an earlier exchange left there ends the wait at once.
     co_await enlace_.esperarRespuesta();
     if (enlace_.estado.respuesta) co_return;
+    enlace_.canales.MSComm5.PortOpen(false);
     co_await enlace_.avisar(textos::kNoHayEquipo);
     enlace_.ofrecerReconexion();
-    enlace_.canales.MSComm5.PortOpen(false);
 }
 
 void EscrituraConfig::alComunicar() {
@@ -74,10 +85,10 @@ void EscrituraConfig::alComunicar() {
     canal.InputByte();
     const auto paso = pasoEscritura(++enlace_.estado.contador, config_.mensajeConfig);
     if (paso.respuesta) siguiendo([&] { canal.Output(*paso.respuesta); });
-    if (paso.fin) {
+    if (paso.hito == HitoEnvio::fin) {
         canal.PortOpen(false);
         terminarTransferencia();
-    } else if (paso.sobrante) {
+    } else if (paso.hito == HitoEnvio::fueraDePaso) {
         terminarTransferencia();
         enlace_.forma.imprimir(std::string(kErrorDatos));
         siguiendo([&] { canal.InBufferCount(0); });
@@ -92,6 +103,8 @@ void EscrituraConfig::terminarTransferencia() {
     }
     forma.Command3.enabled = false;
     forma.Timer1.enabled = true;
+    // Of a transfer that stood still while the operator went on editing.
+    edicion_.dejar();
 }
 
 }  // namespace telvane

@@ -18,8 +18,12 @@ class EscrituraConfig {
     Tarea<> alPulsar();
     // Communication event of MSComm5: one byte of the logger paces one of ours.
     void alComunicar();
+    // From the question answered with yes until the form has left edit mode.
+    bool enviando() const { return enviando_; }
 
    private:
+    Tarea<> confirmado();
+    Tarea<bool> sePuedeEnviar();
     void prepararMensaje();
     Tarea<> enviar();
     void terminarTransferencia();
@@ -27,6 +31,7 @@ class EscrituraConfig {
     Enlace& enlace_;
     EstadoConfig& config_;
     Edicion& edicion_;
+    bool enviando_ = false;
 };
 
 }  // namespace telvane

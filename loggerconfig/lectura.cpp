@@ -26,6 +26,7 @@ Tarea<> LecturaConfig::alPulsar() {
     }
     enlace_.estado.respuesta = false;
     datos_ = {};
+    edicion_.dejar();
     for (auto* campo : forma.camposTexto()) campo->text = "";
     // A serial number write that stalled left its field closed.
     forma.Text10.enabled = true;
@@ -33,9 +34,9 @@ Tarea<> LecturaConfig::alPulsar() {
     enlace_.abrir(enlace_.canales.MSComm2);
     co_await enlace_.esperarRespuesta();
     if (!enlace_.estado.respuesta) {
+        enlace_.canales.MSComm2.PortOpen(false);
         co_await enlace_.avisar(textos::kNoHayEquipo);
         enlace_.ofrecerReconexion();
-        enlace_.canales.MSComm2.PortOpen(false);
         forma.configuracion.enabled = true;
     }
     habilitarEdicion(forma);
@@ -63,7 +64,7 @@ void LecturaConfig::mostrar(const PasoLectura& paso) {
         case HitoLectura::serie:
             config_.digitosSerie = datos_.Nserie;
             config_.numeroSerie = numeroDeSerie(datos_.Nserie);
-            forma.Label4.caption = "Nro  : " + datos_.Nserie;
+            forma.Label4.caption = lineaSerie(datos_.Nserie);
             break;
         case HitoLectura::texto:
             forma.camposTexto()[static_cast<std::size_t>(*paso.campo)]->text = datos_[*paso.campo];
@@ -80,11 +81,9 @@ void LecturaConfig::mostrar(const PasoLectura& paso) {
             forma.MaskEdBox2.text = horaLarga(config_.horaConfig);
             break;
         case HitoLectura::horaMala:
-            forma.imprimir("hora mal");
-            break;
         case HitoLectura::fechaMala:
         case HitoLectura::finFechaMala:
-            forma.imprimir("fecha mal");
+            forma.imprimir(std::string(avisoDe(paso.hito)));
             break;
         case HitoLectura::fin: {
             const auto dia = diaDeReloj(datos_.reloj);
@@ -107,6 +106,11 @@ void LecturaConfig::terminar() {
     forma.Timer1.enabled = true;
     forma.configuracion.enabled = true;
     enlace_.canales.MSComm2.PortOpen(false);
+    if (edicion_.editando()) {
+        // The read stood still while the operator went on editing; what stands there now is the logger's.
+        edicion_.dejar();
+        forma.Command2.enabled = true;
+    }
     config_.textoConfig = resumenTrasLectura(
         config_.intervalo, forma.Label4.caption(),
         {forma.Text2.text(), forma.Text3.text(), forma.Text4.text(), forma.Text5.text(), forma.Text7.text()});

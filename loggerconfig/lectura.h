@@ -3,6 +3,7 @@
 
 #include "link/enlace.h"
 #include "loggerconfig/datos_config.h"
+#include "loggerconfig/edicion.h"
 #include "loggerconfig/estado_config.h"
 #include "loggerconfig/pasos_lectura.h"
 #include "platform/tarea.h"
@@ -12,8 +13,8 @@ namespace telvane {
 
 class LecturaConfig {
    public:
-    LecturaConfig(Enlace& enlace, EstadoConfig& config, Formulario& presenta)
-        : enlace_(enlace), config_(config), presenta_(presenta) {}
+    LecturaConfig(Enlace& enlace, EstadoConfig& config, Edicion& edicion, Formulario& presenta)
+        : enlace_(enlace), config_(config), edicion_(edicion), presenta_(presenta) {}
 
     // Click on configuracion; ends when the first byte came or the wait was over. The block itself is carried
     // by alComunicar, which has no time-out once the first byte has come.
@@ -28,6 +29,7 @@ class LecturaConfig {
 
     Enlace& enlace_;
     EstadoConfig& config_;
+    Edicion& edicion_;
     Formulario& presenta_;
     DatosConfig datos_;
 };

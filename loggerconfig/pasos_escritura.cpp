@@ -35,12 +35,13 @@ std::string mensajeConfig(const ConfigAEnviar& config) {
     return mensaje;
 }
 
-PasoEscritura pasoEscritura(std::int32_t contador, std::string_view mensaje) {
+Paso<HitoEnvio> pasoEscritura(std::int32_t contador, std::string_view mensaje) {
     if (contador == kPrimero) return {.respuesta = kEscribirConfig};
     const auto ultimo = static_cast<std::int32_t>(kBytesMensajeConfig) + kPrimero;
-    if (contador < kPrimero || contador > ultimo) return {.respuesta = {}, .sobrante = true};
+    if (contador < kPrimero || contador > ultimo) return {.hito = HitoEnvio::fueraDePaso};
     const auto indice = static_cast<std::size_t>(contador - kPrimero - 1);
-    return {.respuesta = static_cast<std::uint8_t>(mensaje[indice]), .fin = contador == ultimo};
+    return {.hito = contador == ultimo ? HitoEnvio::fin : HitoEnvio::ninguno,
+            .respuesta = static_cast<std::uint8_t>(mensaje[indice])};
 }
 
 }  // namespace telvane

@@ -3,9 +3,10 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
+
+#include "link/paso.h"
 
 namespace telvane {
 
@@ -28,12 +29,7 @@ std::string rellenado(std::string_view texto, int ancho);
 // One byte a character, exactly kBytesMensajeConfig of them.
 std::string mensajeConfig(const ConfigAEnviar& config);
 
-// contador: 1 for the logger's first byte. Its bytes are not examined, they pace the transfer.
-struct PasoEscritura {
-    std::optional<std::uint8_t> respuesta;
-    bool fin = false;       // the last message byte is the answer
-    bool sobrante = false;  // a byte beyond the last: nothing to answer, the exchange is over
-};
-PasoEscritura pasoEscritura(std::int32_t contador, std::string_view mensaje);
+// contador: 1 for the logger's first byte, which the command answers; then the message byte by byte.
+Paso<HitoEnvio> pasoEscritura(std::int32_t contador, std::string_view mensaje);
 
 }  // namespace telvane

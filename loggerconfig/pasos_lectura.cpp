@@ -1,5 +1,6 @@
 #include "loggerconfig/pasos_lectura.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "link/protocolo.h"
@@ -18,14 +19,14 @@ constexpr std::array<std::uint8_t, 6> kLimitesReloj = {0x23, 0x59, 0x59, 0x59, 0
 constexpr std::size_t kSegundo = 2;
 constexpr std::size_t kAnio = 5;
 
-void pasoSerie(std::size_t offset, std::uint8_t byte, DatosConfig& datos, PasoLectura& paso) {
+void tomarSerie(std::size_t offset, std::uint8_t byte, DatosConfig& datos, PasoLectura& paso) {
     if (offset == registro_config::kSerie) datos.Nserie.clear();
     const auto digitos = digitosBcd(byte);
     datos.Nserie.append(digitos.begin(), digitos.end());
     if (offset + 1 == registro_config::kUsuario) paso.hito = HitoLectura::serie;
 }
 
-void pasoTexto(std::size_t offset, std::uint8_t byte, DatosConfig& datos, PasoLectura& paso) {
+void tomarTexto(std::size_t offset, std::uint8_t byte, DatosConfig& datos, PasoLectura& paso) {
     std::size_t fin = registro_config::kUsuario;
     for (std::size_t campo = 0; campo < kAnchos.size(); ++campo) {
         fin += static_cast<std::size_t>(kAnchos[campo]);
@@ -37,7 +38,7 @@ void pasoTexto(std::size_t offset, std::uint8_t byte, DatosConfig& datos, PasoLe
     }
 }
 
-void pasoReloj(std::size_t parte, std::uint8_t byte, DatosConfig& datos, PasoLectura& paso) {
+void tomarReloj(std::size_t parte, std::uint8_t byte, DatosConfig& datos, PasoLectura& paso) {
     const bool bueno = byte <= kLimitesReloj[parte];
     if (bueno) {
         const auto digitos = digitosBcd(byte);
@@ -80,16 +81,33 @@ PasoLectura pasoLectura(std::int32_t contador, std::uint8_t byte, DatosConfig& d
     paso.respuesta = byte;
     const auto offset = static_cast<std::size_t>(contador - kPrimerByte);
     if (offset < registro_config::kUsuario) {
-        pasoSerie(offset, byte, datos, paso);
+        tomarSerie(offset, byte, datos, paso);
     } else if (offset < registro_config::kIntervalo) {
-        pasoTexto(offset, byte, datos, paso);
+        tomarTexto(offset, byte, datos, paso);
     } else if (offset == registro_config::kIntervalo) {
         datos.intervaloCodigo = byte;
         paso.hito = HitoLectura::intervalo;
     } else {
-        pasoReloj(offset - registro_config::kReloj, byte, datos, paso);
+        tomarReloj(offset - registro_config::kReloj, byte, datos, paso);
     }
     return paso;
+}
+
+bool relojAceptado(const std::array<std::string, 6>& reloj) {
+    for (std::size_t parte = 0; parte < reloj.size(); ++parte) {
+        const auto& ranura = reloj[parte];
+        const bool cifras = ranura.size() == 2 && std::all_of(ranura.begin(), ranura.end(),
+                                                              [](char c) { return c >= '0' && c <= '9'; });
+        // Of decimal digits, packed values and their numbers sort alike.
+        const int limite = kLimitesReloj[parte] / 16 * 10 + kLimitesReloj[parte] % 16;
+        if (!cifras || numero(ranura) > limite) return false;
+    }
+    return true;
+}
+
+std::string_view avisoDe(HitoLectura hito) {
+    if (hito == HitoLectura::horaMala) return "hora mal";
+    return hito == HitoLectura::fechaMala || hito == HitoLectura::finFechaMala ? "fecha mal" : "";
 }
 
 std::int64_t segundosDeReloj(const std::array<std::string, 6>& reloj) {
@@ -97,7 +115,7 @@ std::int64_t segundosDeReloj(const std::array<std::string, 6>& reloj) {
     return (numero(reloj[0]) * 3600 + numero(reloj[1]) * 60 + numero(reloj[2])) % kDia;
 }
 
-DiaDeReloj diaDeReloj(const std::array<std::string, 6>& reloj) {
+Fecha diaDeReloj(const std::array<std::string, 6>& reloj) {
     return {2000 + numero(reloj[5]), numero(reloj[4]), numero(reloj[3])};
 }
 

@@ -3,8 +3,11 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
+#include "link/paso.h"
 #include "loggerconfig/datos_config.h"
+#include "regional/formatos.h"
 
 namespace telvane {
 
@@ -22,24 +25,23 @@ enum class HitoLectura : std::uint8_t {
     fueraDePaso    // counter out of step: nothing to answer, the exchange is over
 };
 
-struct PasoLectura {
-    HitoLectura hito = HitoLectura::ninguno;
-    std::optional<CampoTexto> campo;
-    std::optional<std::uint8_t> respuesta;  // byte to send
+// The line that tells a refused clock byte; empty for the other milestones.
+std::string_view avisoDe(HitoLectura hito);
+
+struct PasoLectura : Paso<HitoLectura> {
+    std::optional<CampoTexto> campo;  // of HitoLectura::texto
 };
 
 // contador: 1 for the first byte received (2 acknowledges, then the record at 3 to 113).
 inline constexpr std::int32_t kContadorFinLectura = 113;
 PasoLectura pasoLectura(std::int32_t contador, std::uint8_t byte, DatosConfig& datos);
 
-// Clock slots as seconds of the day and as a date, overflowing as the calendar does; each slot is read as a
-// number.
+// Whether every slot holds an accepted byte whose nibbles are decimal. A refused byte stays there as its
+// value, which may have two digits as well.
+bool relojAceptado(const std::array<std::string, 6>& reloj);
+// Clock slots as seconds of the day and as a date, each slot read as a number: a month or a day may lie
+// beyond its range.
 std::int64_t segundosDeReloj(const std::array<std::string, 6>& reloj);
-struct DiaDeReloj {
-    int anio;
-    int mes;
-    int dia;
-};
-DiaDeReloj diaDeReloj(const std::array<std::string, 6>& reloj);
+Fecha diaDeReloj(const std::array<std::string, 6>& reloj);
 
 }  // namespace telvane

@@ -22,19 +22,19 @@ std::string motivoSerie(const std::string& texto) {
     return cifras && texto.size() == 8 ? "" : "el número de serie tiene 8 cifras, ceros incluidos";
 }
 
-PasoSerie pasoSerie(std::int32_t contador, const SerieEmpacada& serie) {
+Paso<HitoEnvio> pasoSerie(std::int32_t contador, const SerieEmpacada& serie) {
     switch (contador) {
-        case 0:
-            return {.respuesta = kEscribirSerie};
         case 1:
+            return {.respuesta = kEscribirSerie};
         case 2:
         case 3:
         case 4:
-            return {.respuesta = serie[static_cast<std::size_t>(contador - 1)]};
         case 5:
-            return {.respuesta = serie.back(), .fin = true};
+            return {.respuesta = serie[static_cast<std::size_t>(contador - 2)]};
+        case 6:
+            return {.hito = HitoEnvio::fin, .respuesta = serie.back()};
         default:
-            return {.respuesta = {}, .inesperado = true};
+            return {.hito = HitoEnvio::fueraDePaso};
     }
 }
 

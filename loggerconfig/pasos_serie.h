@@ -3,9 +3,10 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
+
+#include "link/paso.h"
 
 namespace telvane {
 
@@ -17,12 +18,8 @@ SerieEmpacada empacarSerie(std::string_view digitos);
 // Empty for a number as the logger carries it, 8 digits; otherwise why not.
 std::string motivoSerie(const std::string& texto);
 
-// contador: 0 for the logger's first byte.
-struct PasoSerie {
-    std::optional<std::uint8_t> respuesta;
-    bool fin = false;         // the last packed byte goes out for the second time
-    bool inesperado = false;  // a byte beyond the sixth
-};
-PasoSerie pasoSerie(std::int32_t contador, const SerieEmpacada& serie);
+// contador: 1 for the logger's first byte, which the command answers; then the four packed bytes, and the
+// last of them once more.
+Paso<HitoEnvio> pasoSerie(std::int32_t contador, const SerieEmpacada& serie);
 
 }  // namespace telvane

@@ -1,6 +1,7 @@
 #include "loggerconfig/serie.h"
 
 #include "link/siguiendo.h"
+#include "ui/teclas.h"
 #include "ui/textos.h"
 
 namespace telvane {
@@ -11,18 +12,20 @@ constexpr int kDigitos = 8;
 
 }  // namespace
 
-bool EscrituraSerie::alTeclear(int& tecla) {
+int teclaDeSerie(int tecla) {
+    const bool cifra = tecla >= '0' && tecla <= '9';
+    return cifra || tecla == kTeclaRetroceso || tecla == kTeclaIntro ? tecla : 0;
+}
+
+void EscrituraSerie::alTeclear() {
     enlace_.estado.respuesta = false;
     enlace_.forma.Text10.maxLength = kDigitos;
-    if (tecla == kTeclaRetroceso) return false;
-    if (tecla == kTeclaIntro) return true;
-    if (tecla < '0' || tecla > '9') tecla = 0;
-    return false;
 }
 
 Tarea<> EscrituraSerie::enviar() {
     auto& forma = enlace_.forma;
-    serie_ = empacarSerie(forma.Text10.text());
+    enviada_ = forma.Text10.text();
+    serie_ = empacarSerie(enviada_);
     // The buffer of the last read's digits is overwritten by what is sent.
     config_.digitosSerie = forma.Text10.text();
     config_.digitosSerie.resize(kDigitos, '0');
@@ -33,8 +36,8 @@ Tarea<> EscrituraSerie::enviar() {
     enlace_.abrir(enlace_.canales.MSComm3);
     co_await enlace_.esperarRespuesta();
     if (enlace_.estado.respuesta) co_return;
-    co_await enlace_.avisar(textos::kNoHayEquipo);
     enlace_.canales.MSComm3.PortOpen(false);
+    co_await enlace_.avisar(textos::kNoHayEquipo);
     forma.Text10.enabled = true;
     enlace_.ofrecerReconexion();
 }
@@ -44,11 +47,17 @@ void EscrituraSerie::alComunicar() {
     if (canal.CommEvent() != suceso::kRecibido) return;
     enlace_.estado.respuesta = true;
     canal.InputByte();
-    const auto paso = pasoSerie(enlace_.estado.contador++, serie_);
-    if (paso.respuesta) siguiendo([&] { canal.Output(*paso.respuesta); });
-    if (paso.fin) {
+    // The form's counter begins with 0 here, that of the steps with 1.
+    const auto paso = pasoSerie(++enlace_.estado.contador, serie_);
+    const bool salio = !paso.respuesta || siguiendo([&] { canal.Output(*paso.respuesta); });
+    if (paso.hito == HitoEnvio::fin && salio) {
         terminar();
-    } else if (paso.inesperado) {
+    } else if (paso.hito == HitoEnvio::fin) {
+        // What did not go out is not shown as sent; the line says why.
+        enlace_.estado.contador = 0;
+        canal.PortOpen(false);
+        enlace_.forma.Text10.enabled = true;
+    } else if (paso.hito == HitoEnvio::fueraDePaso) {
         siguiendo([&] { canal.InBufferCount(0); });
         enlace_.forma.imprimir("otro valor serie");
         canal.PortOpen(false);
@@ -59,7 +68,7 @@ void EscrituraSerie::terminar() {
     auto& forma = enlace_.forma;
     forma.Label1.enabled = true;
     forma.Label1.caption = "fin transmision";
-    forma.Label1.caption = "Nº Enviado  " + forma.Text10.text();
+    forma.Label1.caption = "Nº Enviado  " + enviada_;
     forma.Text10.enabled = true;
     forma.Text10.text = "";
     enlace_.estado.contador = 0;

@@ -8,15 +8,15 @@
 
 namespace telvane {
 
-inline constexpr int kTeclaRetroceso = 8;
-inline constexpr int kTeclaIntro = 13;
+// A key of Text10: only digits, Backspace and Enter pass; any other becomes 0.
+int teclaDeSerie(int tecla);
 
 class EscrituraSerie {
    public:
     EscrituraSerie(Enlace& enlace, EstadoConfig& config) : enlace_(enlace), config_(config) {}
 
-    // Key press in Text10: only digits, Backspace and Enter pass; any other becomes 0. True: Enter, send.
-    bool alTeclear(int& tecla);
+    // Key press in Text10, whichever: an answer that was there counts no more.
+    void alTeclear();
     // Packs Text10 and sends it.
     Tarea<> enviar();
     // Communication event of MSComm3.
@@ -28,6 +28,7 @@ class EscrituraSerie {
     Enlace& enlace_;
     EstadoConfig& config_;
     SerieEmpacada serie_{};
+    std::string enviada_;  // as it was typed
 };
 
 }  // namespace telvane

@@ -76,6 +76,39 @@ TEST(MarcoEnLinea, ZeroBytesShowTheOffsets) {
     EXPECT_EQ(leido.velViento, "-25.0");
 }
 
+TEST(MarcoEnLinea, TheReadingsAreExactInThousandths) {
+    const auto leido = decodificarMarco(Marco{});
+    EXPECT_EQ(leido.humedad, -26445);
+    EXPECT_EQ(leido.temperatura, -37500);
+    EXPECT_EQ(leido.velViento, -25000);
+    EXPECT_EQ(leido.presion, 88102);
+    EXPECT_EQ(decodificarMarco(con(marco::kRadSolar, 1)).radSolar, 264) << "hundred-thousandths";
+}
+
+TEST(MarcoEnLinea, EachReadingHasItsPlace) {
+    Marco bytes{};
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i);
+    const auto leido = decodificarMarco(bytes);
+    EXPECT_EQ(leido.humedad, 0x0304 * 129 - 26445);
+    EXPECT_EQ(leido.temperatura, 0x0506 * 100 - 37500);
+    EXPECT_EQ(leido.dirViento, 7 * 2250);
+    EXPECT_EQ(leido.velViento, 0x0809 * 200 - 25000);
+    EXPECT_EQ(leido.radSolar, 0x0A0B * 264);
+    EXPECT_EQ(leido.presion, 98 * 899) << "12 is above 3";
+    EXPECT_EQ(leido.lluvia, 0x0E0F * 200);
+    EXPECT_EQ(leido.evaporacion, 0x1011 * 10);
+    bytes[12] = 2;
+    EXPECT_EQ(decodificarMarco(bytes).presion, (0x020D + 98) * 899);
+}
+
+TEST(MarcoEnLinea, WhatWasNotDecodedIsZero) {
+    const MarcoEnLinea nada;
+    for (const auto valor : {nada.humedad, nada.temperatura, nada.dirViento, nada.velViento, nada.radSolar,
+                             nada.presion, nada.lluvia, nada.evaporacion}) {
+        EXPECT_EQ(valor, 0);
+    }
+}
+
 TEST(MarcoEnLinea, RainOfMinusOneIsNegative) {
     EXPECT_EQ(textos(con(marco::kLluvia, 0xFFFF)).lluvia, "-0.2");
 }

@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "loggerconfig/pasos_lectura.h"
 #include "platform/cp1252.h"
+#include "ui/forma_inicio.h"
 
 namespace telvane {
 namespace {
@@ -39,6 +41,28 @@ TextoDeCabecera leer(const std::vector<std::uint8_t>& bytes) {
 
 std::string rellenar(std::string_view texto, std::size_t ancho) {
     return std::string(texto) + std::string(ancho - texto.size(), ' ');
+}
+
+TEST(RegistroConfig, losCamposEstanDondeLosPoneElRegistrador) {
+    using namespace registro_config;
+    const std::array<std::size_t, 10> lugares = {kSerie,   kUsuario,   kUbicacion, kLatitud, kLongitud,
+                                                 kAltitud, kIntervalo, kReloj,     kFin,     kCabecera};
+    EXPECT_EQ(lugares, (std::array<std::size_t, 10>{0, 4, 34, 69, 84, 99, 104, 105, 111, 432}));
+    EXPECT_EQ(kAnchos, (std::array<int, 5>{30, 35, 15, 15, 5}));
+}
+
+TEST(RegistroConfig, loQueNadieLeyoEstaVacio) {
+    const DatosConfig datos;
+    EXPECT_EQ(datos.intervaloCodigo, 0);
+    EXPECT_EQ(datos.Nserie, "");
+    EXPECT_EQ(datos[CampoTexto::altitud], "");
+}
+
+TEST(Evaporacion, laLlevanLosNumerosDesde2080000HastaAntesDe2080100) {
+    EXPECT_TRUE(llevaEvaporacion(2080000.0f));
+    EXPECT_TRUE(llevaEvaporacion(2080099.0f));
+    EXPECT_FALSE(llevaEvaporacion(2080100.0f));
+    EXPECT_FALSE(llevaEvaporacion(2079999.0f));
 }
 
 TEST(DigitosBcd, cadaByteDaSusDosNibblesMasElCero) {
@@ -85,6 +109,8 @@ TEST(NumeroDeSerie, sonLosDigitosInicialesEnPrecisionSimple) {
     EXPECT_EQ(numeroDeSerie("0208005:"), 208005.0f);
     EXPECT_EQ(numeroDeSerie(":2080050"), 0.0f);
     EXPECT_EQ(numeroDeSerie("1e5"), 1.0f);
+    EXPECT_EQ(numeroDeSerie("12.5"), 12.0f);
+    EXPECT_EQ(numeroDeSerie("-12"), 0.0f);
     EXPECT_EQ(numeroDeSerie(""), 0.0f);
 }
 
@@ -129,6 +155,17 @@ TEST(Config, cadaLineaApareceConElUltimoByteDeSuCampo) {
     EXPECT_EQ(texto.recogido, "");
 }
 
+TEST(Config, deUnaImagenEnteraSeLeeSuCabecera) {
+    auto bytes = cabecera();
+    const auto esperado = leer(bytes);
+    bytes.resize(262144, 0x02);
+    const auto leido = leerCabecera(bytes);
+    EXPECT_EQ(leido.texto, esperado.texto);
+    EXPECT_EQ(leido.digitosSerie, "02080050");
+    EXPECT_EQ(leido.intervalo, "10");
+    EXPECT_TRUE(leido.llevaEvaporacion());
+}
+
 TEST(Config, elCodigo0x60DaSesentaMinutos) {
     EXPECT_TRUE(leer(cabecera(0x60)).texto.ends_with("Muestras cada 60 Minutos\r\n"));
 }
@@ -165,6 +202,32 @@ TEST(Config, fueraDeLaCabeceraNoHaceNada) {
     EXPECT_FALSE(texto.config(-1, 0x20));
     EXPECT_EQ(texto.texto, "");
     EXPECT_EQ(texto.digitosSerie, "");
+}
+
+// A field takes exactly what the record holds of it.
+TEST(CamposDeLaForma, tienenLosAnchosDelRegistro) {
+    FormaInicio forma;
+    const auto campos = forma.camposTexto();
+    constexpr std::array<std::size_t, kAnchos.size() + 1> kLugares = {
+        registro_config::kUsuario,  registro_config::kUbicacion, registro_config::kLatitud,
+        registro_config::kLongitud, registro_config::kAltitud,   registro_config::kIntervalo};
+    for (std::size_t i = 0; i < campos.size(); ++i) {
+        EXPECT_EQ(campos[i]->maxLength(), kAnchos[i]) << campos[i]->nombre();
+        EXPECT_EQ(kLugares[i + 1] - kLugares[i], static_cast<std::size_t>(kAnchos[i])) << campos[i]->nombre();
+    }
+    // Two digits a byte.
+    EXPECT_EQ(static_cast<std::size_t>(forma.Text10.maxLength()),
+              2 * (registro_config::kUsuario - registro_config::kSerie));
+}
+
+TEST(Lectura, diceQueParteDelRelojEsMala) {
+    EXPECT_EQ(avisoDe(HitoLectura::horaMala), "hora mal");
+    EXPECT_EQ(avisoDe(HitoLectura::fechaMala), "fecha mal");
+    EXPECT_EQ(avisoDe(HitoLectura::finFechaMala), "fecha mal");
+    for (const auto hito :
+         {HitoLectura::ninguno, HitoLectura::serie, HitoLectura::texto, HitoLectura::intervalo,
+          HitoLectura::hora, HitoLectura::fin, HitoLectura::fueraDePaso})
+        EXPECT_EQ(avisoDe(hito), "");
 }
 
 }  // namespace
