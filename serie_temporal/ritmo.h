@@ -1,0 +1,56 @@
+// How often a logger was sampling, and where it was not: told by the stamps, because the setting may have
+// changed since.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+
+#include "serie_temporal/instante.h"
+
+namespace telvane {
+
+// What the stamps around one stamp say.
+struct Paso {
+    Instante instante{};
+    int intervalo = 60;  // minutes in force: 1, 5, 10, 15, 30 or 60
+    bool hueco = false;  // the stamp before it is further away than that
+    bool operator==(const Paso&) const = default;
+};
+
+// Minutes of the smallest interval of the logger that the step does not exceed; 60 above them all.
+int intervaloDePaso(std::chrono::seconds paso);
+
+// Distinct stamps in rising order go in, each comes out when the ten after it are known. The interval in
+// force is the median of the steps from ten stamps before to ten after (fewer at the ends; of an even number
+// the greater middle one), rounded up to an interval of the logger; a station's only stamp counts as 60.
+class Ritmo {
+   public:
+    static constexpr std::size_t kVecinos = 10;
+
+    explicit Ritmo(std::function<void(const Paso&)> alSaber) : alSaber_(std::move(alSaber)) {}
+
+    // Later than the one before.
+    void agregar(Instante instante);
+    // No more stamps: the last ten come out.
+    void terminar();
+
+   private:
+    void soltarPaso();
+    void contarPaso(std::int64_t segundos);
+    void olvidarPaso(std::int64_t segundos);
+    void decir();
+
+    std::function<void(const Paso&)> alSaber_;
+    // From ten before the one that is next to come out to the newest.
+    std::deque<Instante> ventana_;
+    std::size_t siguiente_ = 0;  // which of them comes out next
+    // The steps of the window, smallest first.
+    std::array<std::int64_t, 2 * kVecinos> pasos_{};
+    std::size_t cuantos_ = 0;
+};
+
+}  // namespace telvane
