@@ -1,0 +1,73 @@
+// The quality marks of a station's samples, which depend on their neighbours and on nothing else: not on the
+// period that somebody asked for, so the whole series goes in, from its first sample on.
+//
+//     Marcador marcador(limites.de("02080050"), [&](const Juzgada& j) { escribir(j.marcas.texto()); });
+//     while (auto o = siguiente()) marcador.agregar(*o);
+//     marcador.terminar();
+//
+// Each sample comes out once, in the order in which they went in, as soon as what follows cannot change its
+// marks: ten stamps later, and a still channel when it has moved, stopped or stood still for long enough (12
+// hours at most; a wind around its limit as long as it lasts). A caller with more to say of a sample keeps it
+// in a queue of its own.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "calidad/fijo.h"
+#include "calidad/limites.h"
+#include "calidad/marcas.h"
+#include "serie_temporal/observacion.h"
+#include "serie_temporal/ritmo.h"
+
+namespace telvane {
+
+struct Juzgada {
+    Observacion observacion;
+    Marcas marcas;
+    Paso paso;  // of its stamp
+};
+
+class Marcador {
+   public:
+    Marcador(const Limites& limites, std::function<void(const Juzgada&)> alJuzgar);
+    Marcador(const Marcador&) = delete;
+    Marcador& operator=(const Marcador&) = delete;
+    ~Marcador() = default;
+
+    // In order of stamp; those of one stamp, which are in conflict, one after the other.
+    void agregar(const Observacion& observacion);
+    // No more samples: what is held back comes out.
+    void terminar();
+
+   private:
+    struct Detenido {
+        Canal canal;
+        Fijo fijo;
+        std::optional<Millonesimas> soloConViento;  // above this, at every sample
+    };
+
+    void alSaberPaso(const Paso& paso);
+    void juzgar(Juzgada& juzgada);
+    void juzgarRango(Juzgada& juzgada) const;
+    void juzgarSalto(Juzgada& juzgada) const;
+    void juzgarFijo(const Juzgada& juzgada);
+    void soltar();
+
+    Limites limites_;
+    std::function<void(const Juzgada&)> alJuzgar_;
+    Ritmo ritmo_;
+    std::vector<Detenido> detenidos_;
+
+    // Held back: those from the front on, of which juzgadas_ have their own marks already.
+    std::deque<Juzgada> cola_;
+    std::uint64_t primera_ = 0;  // position of the queue's front in the series
+    std::size_t juzgadas_ = 0;
+    std::optional<Observacion> vecina_;  // the last without a conflict
+    bool huecoDesdeVecina_ = false;
+};
+
+}  // namespace telvane
