@@ -1,0 +1,182 @@
+// Where an archive is kept. One archive is one store; what the sets mean stands above it
+// (historico/archivo.h).
+//
+// Every routine throws ErrorAlmacen. Between empezar and confirmar a store shows one state, and nobody else
+// writes; what was not confirmed has never been.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "historico/huella.h"
+#include "historico/imagen.h"
+#include "historico/votacion.h"
+#include "serie_temporal/instante.h"
+
+namespace telvane {
+
+// In Spanish, with what to do. Never holds a password.
+class ErrorAlmacen : public std::runtime_error {
+   public:
+    // pasajera: the same may succeed at once on a new connection. agotada: somebody else holds the store, and
+    // waiting for him has taken all the time there is.
+    enum class Clase { otra, pasajera, agotada };
+    explicit ErrorAlmacen(const std::string& que, Clase clase = Clase::otra)
+        : std::runtime_error(que), clase_(clase) {}
+    Clase clase() const { return clase_; }
+
+   private:
+    Clase clase_;
+};
+
+// All that a good stamp can say lies between them.
+inline constexpr Instante kPrimerMomento = std::chrono::local_days{std::chrono::year{2000} / 1 / 1};
+inline constexpr Instante kUltimoMomento = std::chrono::local_days{std::chrono::year{2100} / 1 / 1};
+
+using IdEstacion = std::int32_t;
+using Incorporada = std::chrono::sys_seconds;  // UTC
+
+// What is known of a station without looking at its samples.
+struct ResumenEstacion {
+    std::optional<Huella> masNueva;  // its newest image
+    std::int64_t imagenes = 0;
+    std::int64_t muestras = 0;  // that count
+    std::int64_t huecos = 0;
+    std::int64_t conflictos = 0;  // stamps
+    std::optional<Instante> desde;
+    std::optional<Instante> hasta;
+    Incorporada incorporada{};  // the last image
+    // The first bytes of the newest image, 432 at most.
+    std::vector<std::uint8_t> cabecera;
+};
+
+struct EstacionGuardada {
+    IdEstacion id = 0;
+    std::string nombre;  // SERIE or SERIE/NOMBRE
+    std::string serie;   // 8 digits
+    bool evaporacion = false;
+    ResumenEstacion resumen;
+};
+
+struct FichaImagen {
+    Huella huella{};
+    std::size_t bytes = 0;
+    std::optional<Instante> reloj;
+    std::optional<Instante> desde;  // first and last stamp of its samples
+    std::optional<Instante> hasta;
+    Incorporada incorporada{};
+    std::string origen;
+    std::int64_t muestras = 0;
+    std::int64_t retrocesos = 0;
+    // Of a partial image: a whole one contains it.
+    bool contenida = false;
+
+    bool parcial() const { return bytes < kBytesMemoria; }
+    // A station's newest image is the greatest.
+    bool esMasNuevaQue(const FichaImagen& otra) const {
+        return std::pair(reloj, huella) > std::pair(otra.reloj, otra.huella);
+    }
+};
+
+// An image as it is kept.
+struct ImagenGuardada {
+    std::size_t bytes = 0;
+    std::optional<Huella> base;  // of the same station
+    int profundidad = 0;         // images below it
+    std::vector<std::uint8_t> datos;
+};
+
+class Almacen {
+   public:
+    enum class Modo { lectura, escritura };
+
+    virtual ~Almacen() = default;
+
+    // How messages name it.
+    virtual std::string nombre() const = 0;
+    // The file of limits that belongs to it; empty where it stands in no folder.
+    virtual std::filesystem::path limitesAlLado() const { return {}; }
+    // The files that it consists of, or may at any moment.
+    virtual std::vector<std::filesystem::path> archivos() const { return {}; }
+
+    virtual void empezar(Modo modo) = 0;
+    virtual void confirmar() = 0;
+    virtual void abandonar() noexcept = 0;
+
+    // By name.
+    virtual std::vector<EstacionGuardada> estaciones() = 0;
+    virtual std::optional<EstacionGuardada> estacion(const std::string& nombre) = 0;
+    virtual EstacionGuardada crearEstacion(const std::string& nombre, const std::string& serie,
+                                           bool evaporacion) = 0;
+    virtual void guardarResumen(IdEstacion estacion, const ResumenEstacion& resumen) = 0;
+
+    // By clock and fingerprint, the newest last.
+    virtual std::vector<FichaImagen> fichas(IdEstacion estacion) = 0;
+    virtual std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) = 0;
+    // Partial images that no whole one contains.
+    virtual std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) = 0;
+    virtual std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) = 0;
+    virtual void agregarImagen(IdEstacion estacion, const FichaImagen& ficha,
+                               const ImagenGuardada& imagen) = 0;
+    virtual void marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) = 0;
+
+    // In their order, desde and hasta included.
+    using AlLeerFila = std::function<void(const Fila&)>;
+    virtual void filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) = 0;
+    // Distinct stamps next to one, in order.
+    virtual std::vector<Instante> sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) = 0;
+    virtual std::vector<Instante> sellosDespues(IdEstacion estacion, Instante de, std::size_t cuantos) = 0;
+    // In their order; none of them is there.
+    virtual void agregarFilas(IdEstacion estacion, std::span<const Fila> filas) = 0;
+    virtual void cambiarCuenta(IdEstacion estacion, const Fila& fila) = 0;
+
+    // Of stamps in conflict, and only of these; by stamp. desde and hasta included.
+    virtual std::vector<Testigo> testigos(IdEstacion estacion, Instante desde, Instante hasta) = 0;
+    virtual std::vector<Instante> sellosDe(IdEstacion estacion, const Huella& imagen) = 0;
+    virtual void agregarTestigos(IdEstacion estacion, std::span<const Testigo> testigos) = 0;
+
+    // Takes away what follows from the images.
+    virtual void vaciarDerivado(IdEstacion estacion) = 0;
+
+    // What the images say of themselves and of their station, in place of what is kept of it.
+    virtual void corregirEstacion(const EstacionGuardada& estacion) = 0;
+    virtual void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) = 0;
+
+    // The parts of the store that are missing or not what they must be, a line each.
+    virtual std::vector<std::string> partesQueFaltan() { return {}; }
+    // Makes those of them anew that hold nothing that cannot be derived, and takes away what belongs to no
+    // station. Throws ErrorAlmacen where another one is missing.
+    virtual void reponer() {}
+    // What is wrong with the store itself, a line each.
+    virtual std::vector<std::string> defectos() = 0;
+};
+
+// Whatever ends it but confirmar leaves the store as it was.
+class Transaccion {
+   public:
+    Transaccion(Almacen& almacen, Almacen::Modo modo) : almacen_(almacen) { almacen_.empezar(modo); }
+    Transaccion(const Transaccion&) = delete;
+    Transaccion& operator=(const Transaccion&) = delete;
+    ~Transaccion() {
+        if (!confirmada_) almacen_.abandonar();
+    }
+    void confirmar() {
+        almacen_.confirmar();
+        confirmada_ = true;
+    }
+
+   private:
+    Almacen& almacen_;
+    bool confirmada_ = false;
+};
+
+}  // namespace telvane

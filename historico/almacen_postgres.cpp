@@ -1,0 +1,446 @@
+#include "historico/almacen_postgres.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "historico/esquema_postgres.h"
+
+namespace telvane {
+
+namespace {
+
+using std::chrono::microseconds;
+using std::chrono::seconds;
+
+// The server counts microseconds from here.
+constexpr Instante kOrigen = kPrimerMomento;
+
+std::int64_t microsDe(Instante instante) {
+    return microseconds(instante - kOrigen).count();
+}
+Instante instanteDeMicros(std::int64_t micros) {
+    return kOrigen + std::chrono::duration_cast<seconds>(microseconds(micros));
+}
+std::int64_t segundosDe(Instante instante) {
+    return instante.time_since_epoch().count();
+}
+
+void poner(Parametros& p, const std::optional<Instante>& instante) {
+    if (instante) {
+        p.entero(segundosDe(*instante));
+    } else {
+        p.nulo();
+    }
+}
+std::optional<Instante> momentoEn(const ResultadoPostgres& r, int fila, int columna) {
+    if (r.esNulo(fila, columna)) return std::nullopt;
+    return instanteDeMicros(r.entero(fila, columna));
+}
+Incorporada incorporadaEn(const ResultadoPostgres& r, int fila, int columna) {
+    return Incorporada(instanteDeMicros(r.entero(fila, columna)).time_since_epoch());
+}
+
+template <std::size_t N>
+std::array<std::uint8_t, N> arregloEn(const ResultadoPostgres& r, int fila, int columna) {
+    std::array<std::uint8_t, N> arreglo{};
+    const auto bytes = r.bytes(fila, columna);
+    std::copy_n(bytes.begin(), std::min(bytes.size(), N), arreglo.begin());
+    return arreglo;
+}
+
+// Of the logger's moments, $n being seconds since 1970.
+std::string sinZona(int cual) {
+    return fmt::format("(to_timestamp(${}::bigint) AT TIME ZONE 'UTC')", cual);
+}
+
+const std::string kEstacion =
+    "SELECT "
+    "id::bigint,nombre,serie,evaporacion,mas_nueva,cabecera,imagenes,muestras,huecos,conflictos,desde,hasta,"
+    "incorporada FROM telvane.estaciones ";
+
+EstacionGuardada estacionEn(const ResultadoPostgres& r, int fila) {
+    EstacionGuardada e{.id = static_cast<IdEstacion>(r.entero(fila, 0)),
+                       .nombre = r.texto(fila, 1),
+                       .serie = r.texto(fila, 2),
+                       .evaporacion = r.logico(fila, 3),
+                       .resumen = {}};
+    if (!r.esNulo(fila, 4)) e.resumen.masNueva = arregloEn<32>(r, fila, 4);
+    const auto cabecera = r.bytes(fila, 5);
+    e.resumen.cabecera.assign(cabecera.begin(), cabecera.end());
+    e.resumen.imagenes = r.entero(fila, 6);
+    e.resumen.muestras = r.entero(fila, 7);
+    e.resumen.huecos = r.entero(fila, 8);
+    e.resumen.conflictos = r.entero(fila, 9);
+    e.resumen.desde = momentoEn(r, fila, 10);
+    e.resumen.hasta = momentoEn(r, fila, 11);
+    e.resumen.incorporada = incorporadaEn(r, fila, 12);
+    return e;
+}
+
+// A binary COPY: this, rows of fields with their lengths, and the end.
+constexpr std::string_view kComienzoDeCopia{"PGCOPY\n\377\r\n\0\0\0\0\0\0\0\0\0", 19};
+void agregarCampo(std::string& copia, std::span<const std::uint8_t> bytes) {
+    agregarEntero(copia, static_cast<std::int32_t>(bytes.size()));
+    copia.append(bytes.begin(), bytes.end());
+}
+template <typename Entero>
+void agregarNumero(std::string& copia, Entero valor) {
+    agregarEntero(copia, static_cast<std::int32_t>(sizeof(Entero)));
+    agregarEntero(copia, valor);
+}
+void terminarCopia(std::string& copia) {
+    agregarEntero(copia, std::int16_t{-1});
+}
+
+}  // namespace
+
+bool AlmacenPostgres::esDireccion(std::string_view destino) {
+    return destino.starts_with("postgresql://") || destino.starts_with("postgres://");
+}
+
+AlmacenPostgres::AlmacenPostgres(const std::string& url, bool crear, std::chrono::milliseconds paciencia,
+                                 std::function<void()> atender)
+    : base_(url, std::move(atender)), paciencia_(paciencia) {
+    if (crear) crearTablas();
+    exigirTablas();
+}
+
+void AlmacenPostgres::crearTablas() {
+    const auto hay = [&] {
+        return base_.consultar("SELECT 1::bigint FROM pg_catalog.pg_namespace WHERE nspname='telvane'")
+                   .filas() > 0;
+    };
+    if (hay()) return;
+    base_.ejecutar("BEGIN");
+    try {
+        // Two may begin at once: the second finds it done.
+        base_.ejecutar(
+            fmt::format("SET LOCAL lock_timeout={}; SELECT pg_advisory_xact_lock(hashtext('telvane'))",
+                        paciencia_.count()));
+        if (!hay()) {
+            base_.ejecutar(std::string(esquema_postgres::kTablas));
+            base_.ejecutar(std::string(esquema_postgres::kVista));
+            base_.ejecutar(fmt::format("INSERT INTO telvane.esquema VALUES({})", esquema_postgres::kVersion));
+        }
+        base_.ejecutar("COMMIT");
+    } catch (...) {
+        abandonar();
+        throw;
+    }
+}
+
+void AlmacenPostgres::exigirTablas() {
+    if (base_.consultar("SELECT 1::bigint FROM pg_catalog.pg_namespace WHERE nspname='telvane'").filas() ==
+        0) {
+        throw ErrorAlmacen(fmt::format(
+            "{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
+            nombre()));
+    }
+    const auto version = base_.consultar("SELECT version::bigint FROM telvane.esquema");
+    if (version.filas() == 1 && version.entero(0, 0) == esquema_postgres::kVersion) return;
+    throw ErrorAlmacen(
+        fmt::format("{}: es de otra versión que la de este programa ({}): actualice telvane-historico",
+                    nombre(), esquema_postgres::kVersion));
+}
+
+void AlmacenPostgres::empezar(Modo modo) {
+    const auto sql = modo == Modo::lectura ? std::string("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY")
+                                           : fmt::format(
+                                                 "BEGIN; SET LOCAL lock_timeout={}; "
+                                                 "LOCK TABLE telvane.estaciones IN SHARE ROW EXCLUSIVE MODE",
+                                                 paciencia_.count());
+    if (base_.viva()) {
+        try {
+            base_.ejecutar(sql);
+            return;
+        } catch (const ErrorAlmacen& error) {
+            abandonar();
+            if (error.clase() != ErrorAlmacen::Clase::pasajera) throw;
+        }
+    }
+    // The server was away between two transactions: nothing is lost yet.
+    base_.reconectar();
+    base_.ejecutar(sql);
+}
+void AlmacenPostgres::confirmar() {
+    base_.ejecutar("COMMIT");
+}
+void AlmacenPostgres::abandonar() noexcept {
+    try {
+        if (base_.viva() && base_.enTransaccion())
+            base_.ejecutar("ROLLBACK", BasePostgres::Atencion::ninguna);
+    } catch (const ErrorAlmacen&) {
+        // A server that has gone has undone it.
+        return;
+    }
+}
+
+std::vector<EstacionGuardada> AlmacenPostgres::estaciones() {
+    std::vector<EstacionGuardada> lista;
+    const auto r = base_.consultar(kEstacion + "ORDER BY nombre");
+    for (int i = 0; i < r.filas(); ++i) lista.push_back(estacionEn(r, i));
+    return lista;
+}
+std::optional<EstacionGuardada> AlmacenPostgres::estacion(const std::string& nombre) {
+    const auto r = base_.consultar(kEstacion + "WHERE nombre=$1", Parametros().texto(nombre));
+    return r.filas() == 0 ? std::nullopt : std::optional(estacionEn(r, 0));
+}
+EstacionGuardada AlmacenPostgres::crearEstacion(const std::string& nombre, const std::string& serie,
+                                                bool evaporacion) {
+    base_.consultar(
+        "INSERT INTO telvane.estaciones(id,nombre,serie,evaporacion) SELECT "
+        "coalesce(max(id),0)+1,$1,$2,$3::int=1 "
+        "FROM telvane.estaciones",
+        Parametros().texto(nombre).texto(serie).entero(evaporacion ? 1 : 0));
+    return estacion(nombre).value();
+}
+void AlmacenPostgres::guardarResumen(IdEstacion estacion, const ResumenEstacion& r) {
+    static const std::string kSql = fmt::format(
+        "UPDATE telvane.estaciones SET "
+        "mas_nueva=$2,cabecera=$3,imagenes=$4,muestras=$5,huecos=$6,conflictos=$7,"
+        "desde={},hasta={},incorporada=to_timestamp($10::bigint) WHERE id=$1",
+        sinZona(8), sinZona(9));
+    Parametros p;
+    p.entero(estacion);
+    if (r.masNueva) {
+        p.bytes(*r.masNueva);
+    } else {
+        p.nulo();
+    }
+    p.bytes(r.cabecera).entero(r.imagenes).entero(r.muestras).entero(r.huecos).entero(r.conflictos);
+    poner(p, r.desde);
+    poner(p, r.hasta);
+    base_.consultar(kSql, p.entero(r.incorporada.time_since_epoch().count()));
+}
+
+std::vector<FichaImagen> AlmacenPostgres::fichasCon(const std::string& condicion,
+                                                    const Parametros& parametros) {
+    const auto r = base_.consultar(
+        "SELECT "
+        "huella,bytes::bigint,reloj,desde,hasta,incorporada,origen,muestras::bigint,retrocesos::bigint,"
+        "contenida "
+        "FROM telvane.imagenes WHERE estacion=$1" +
+            condicion + " ORDER BY reloj NULLS FIRST,huella",
+        parametros);
+    std::vector<FichaImagen> lista;
+    for (int i = 0; i < r.filas(); ++i) {
+        lista.push_back({.huella = arregloEn<32>(r, i, 0),
+                         .bytes = static_cast<std::size_t>(r.entero(i, 1)),
+                         .reloj = momentoEn(r, i, 2),
+                         .desde = momentoEn(r, i, 3),
+                         .hasta = momentoEn(r, i, 4),
+                         .incorporada = incorporadaEn(r, i, 5),
+                         .origen = r.texto(i, 6),
+                         .muestras = r.entero(i, 7),
+                         .retrocesos = r.entero(i, 8),
+                         .contenida = r.logico(i, 9)});
+    }
+    return lista;
+}
+std::vector<FichaImagen> AlmacenPostgres::fichas(IdEstacion estacion) {
+    return fichasCon("", Parametros().entero(estacion));
+}
+std::vector<FichaImagen> AlmacenPostgres::parcialesSueltas(IdEstacion estacion) {
+    return fichasCon(" AND bytes<262144 AND NOT contenida", Parametros().entero(estacion));
+}
+std::optional<FichaImagen> AlmacenPostgres::ficha(IdEstacion estacion, const Huella& huella) {
+    auto lista = fichasCon(" AND huella=$2", Parametros().entero(estacion).bytes(huella));
+    return lista.empty() ? std::nullopt : std::optional(std::move(lista.front()));
+}
+
+std::optional<ImagenGuardada> AlmacenPostgres::imagen(IdEstacion estacion, const Huella& huella) {
+    const auto r = base_.consultar(
+        "SELECT i.bytes::bigint,c.base,c.profundidad::bigint,c.datos FROM telvane.imagenes i JOIN "
+        "telvane.contenidos c "
+        "ON c.estacion=i.estacion AND c.huella=i.huella WHERE i.estacion=$1 AND i.huella=$2",
+        Parametros().entero(estacion).bytes(huella));
+    if (r.filas() == 0) return std::nullopt;
+    ImagenGuardada imagen{.bytes = static_cast<std::size_t>(r.entero(0, 0)),
+                          .base = {},
+                          .profundidad = static_cast<int>(r.entero(0, 2)),
+                          .datos = {}};
+    if (!r.esNulo(0, 1)) imagen.base = arregloEn<32>(r, 0, 1);
+    const auto datos = r.bytes(0, 3);
+    imagen.datos.assign(datos.begin(), datos.end());
+    return imagen;
+}
+void AlmacenPostgres::agregarImagen(IdEstacion estacion, const FichaImagen& f, const ImagenGuardada& imagen) {
+    static const std::string kSql = fmt::format(
+        "INSERT INTO "
+        "telvane.imagenes(estacion,huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos) "
+        "VALUES($1,$2,$3,{},{},{},to_timestamp($7::bigint),$8,$9,$10)",
+        sinZona(4), sinZona(5), sinZona(6));
+    Parametros p;
+    p.entero(estacion).bytes(f.huella).entero(static_cast<std::int64_t>(f.bytes));
+    poner(p, f.reloj);
+    poner(p, f.desde);
+    poner(p, f.hasta);
+    p.entero(f.incorporada.time_since_epoch().count())
+        .texto(f.origen)
+        .entero(f.muestras)
+        .entero(f.retrocesos);
+    base_.consultar(kSql, p);
+
+    Parametros c;
+    c.entero(estacion).bytes(f.huella);
+    if (imagen.base) {
+        c.bytes(*imagen.base);
+    } else {
+        c.nulo();
+    }
+    base_.consultar(
+        "INSERT INTO telvane.contenidos(estacion,huella,base,profundidad,datos) VALUES($1,$2,$3,$4,$5)",
+        c.entero(imagen.profundidad).bytes(imagen.datos));
+}
+void AlmacenPostgres::marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) {
+    base_.consultar("UPDATE telvane.imagenes SET contenida=($3::int=1) WHERE estacion=$1 AND huella=$2",
+                    Parametros().entero(estacion).bytes(huella).entero(contenida ? 1 : 0));
+}
+
+void AlmacenPostgres::filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) {
+    // Page by page, each from the key where the one before it ended.
+    constexpr int kPorPagina = 5000;
+    static const std::string kSql = fmt::format(
+        "SELECT hora,registro,cuenta FROM telvane.muestras WHERE estacion=$1 AND (hora,registro)>({},$3) AND "
+        "hora<={} "
+        "ORDER BY hora,registro LIMIT {}",
+        sinZona(2), sinZona(4), kPorPagina);
+    Instante ultimo = desde;
+    BytesMuestra registro{};
+    std::size_t largo = 0;
+    for (int leidas = kPorPagina; leidas == kPorPagina;) {
+        const auto r = base_.consultar(kSql, Parametros()
+                                                 .entero(estacion)
+                                                 .entero(segundosDe(ultimo))
+                                                 .bytes(std::span(registro).first(largo))
+                                                 .entero(segundosDe(hasta)));
+        leidas = r.filas();
+        for (int i = 0; i < leidas; ++i) {
+            ultimo = instanteDeMicros(r.entero(i, 0));
+            registro = arregloEn<32>(r, i, 1);
+            alLeer({ultimo, registro, r.logico(i, 2)});
+        }
+        largo = registro.size();
+    }
+}
+
+std::vector<Instante> AlmacenPostgres::sellos(const std::string& sql, const Parametros& parametros) {
+    std::vector<Instante> lista;
+    const auto r = base_.consultar(sql, parametros);
+    for (int i = 0; i < r.filas(); ++i) lista.push_back(instanteDeMicros(r.entero(i, 0)));
+    return lista;
+}
+std::vector<Instante> AlmacenPostgres::sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) {
+    static const std::string kSql = fmt::format(
+        "SELECT DISTINCT hora FROM telvane.muestras WHERE estacion=$1 AND hora<{} ORDER BY hora DESC LIMIT "
+        "$3",
+        sinZona(2));
+    auto lista = sellos(
+        kSql,
+        Parametros().entero(estacion).entero(segundosDe(de)).entero(static_cast<std::int64_t>(cuantos)));
+    std::reverse(lista.begin(), lista.end());
+    return lista;
+}
+std::vector<Instante> AlmacenPostgres::sellosDespues(IdEstacion estacion, Instante de, std::size_t cuantos) {
+    static const std::string kSql = fmt::format(
+        "SELECT DISTINCT hora FROM telvane.muestras WHERE estacion=$1 AND hora>{} ORDER BY hora LIMIT $3",
+        sinZona(2));
+    return sellos(
+        kSql,
+        Parametros().entero(estacion).entero(segundosDe(de)).entero(static_cast<std::int64_t>(cuantos)));
+}
+void AlmacenPostgres::agregarFilas(IdEstacion estacion, std::span<const Fila> filas) {
+    if (filas.empty()) return;
+    constexpr std::int16_t kCampos = 4;
+    std::string copia(kComienzoDeCopia);
+    for (const auto& fila : filas) {
+        agregarEntero(copia, kCampos);
+        agregarNumero(copia, std::int32_t{estacion});
+        agregarNumero(copia, microsDe(fila.instante));
+        agregarCampo(copia, fila.registro);
+        agregarNumero(copia, static_cast<std::int8_t>(fila.cuenta ? 1 : 0));
+    }
+    terminarCopia(copia);
+    base_.copiar("COPY telvane.muestras(estacion,hora,registro,cuenta) FROM STDIN (FORMAT binary)", copia);
+}
+void AlmacenPostgres::cambiarCuenta(IdEstacion estacion, const Fila& fila) {
+    static const std::string kSql = fmt::format(
+        "UPDATE telvane.muestras SET cuenta=($4::int=1) WHERE estacion=$1 AND hora={} AND registro=$3",
+        sinZona(2));
+    base_.consultar(kSql, Parametros()
+                              .entero(estacion)
+                              .entero(segundosDe(fila.instante))
+                              .bytes(fila.registro)
+                              .entero(fila.cuenta ? 1 : 0));
+}
+
+std::vector<Testigo> AlmacenPostgres::testigos(IdEstacion estacion, Instante desde, Instante hasta) {
+    static const std::string kSql = fmt::format(
+        "SELECT t.hora,t.registro,t.ranura::bigint,t.imagen,i.contenida FROM telvane.testigos t JOIN "
+        "telvane.imagenes i ON "
+        "i.estacion=t.estacion AND i.huella=t.imagen WHERE t.estacion=$1 AND t.hora BETWEEN {} AND {} ORDER "
+        "BY t.hora",
+        sinZona(2), sinZona(3));
+    const auto r = base_.consultar(
+        kSql, Parametros().entero(estacion).entero(segundosDe(desde)).entero(segundosDe(hasta)));
+    std::vector<Testigo> lista;
+    for (int i = 0; i < r.filas(); ++i) {
+        lista.push_back({.instante = instanteDeMicros(r.entero(i, 0)),
+                         .registro = arregloEn<32>(r, i, 1),
+                         .ranura = static_cast<std::size_t>(r.entero(i, 2)),
+                         .imagen = arregloEn<32>(r, i, 3),
+                         .vota = !r.logico(i, 4)});
+    }
+    return lista;
+}
+std::vector<Instante> AlmacenPostgres::sellosDe(IdEstacion estacion, const Huella& imagen) {
+    return sellos("SELECT DISTINCT hora FROM telvane.testigos WHERE estacion=$1 AND imagen=$2 ORDER BY hora",
+                  Parametros().entero(estacion).bytes(imagen));
+}
+void AlmacenPostgres::agregarTestigos(IdEstacion estacion, std::span<const Testigo> testigos) {
+    if (testigos.empty()) return;
+    constexpr std::int16_t kCampos = 5;
+    std::string copia(kComienzoDeCopia);
+    for (const auto& t : testigos) {
+        agregarEntero(copia, kCampos);
+        agregarNumero(copia, std::int32_t{estacion});
+        agregarNumero(copia, microsDe(t.instante));
+        agregarCampo(copia, t.registro);
+        agregarNumero(copia, static_cast<std::int32_t>(t.ranura));
+        agregarCampo(copia, t.imagen);
+    }
+    terminarCopia(copia);
+    base_.copiar("COPY telvane.testigos(estacion,hora,registro,ranura,imagen) FROM STDIN (FORMAT binary)",
+                 copia);
+}
+void AlmacenPostgres::vaciarDerivado(IdEstacion estacion) {
+    const Parametros p = Parametros().entero(estacion);
+    base_.consultar("DELETE FROM telvane.muestras WHERE estacion=$1", p);
+    base_.consultar("DELETE FROM telvane.testigos WHERE estacion=$1", p);
+    base_.consultar("UPDATE telvane.imagenes SET contenida=false WHERE estacion=$1 AND contenida", p);
+}
+
+void AlmacenPostgres::corregirEstacion(const EstacionGuardada& e) {
+    base_.consultar("UPDATE telvane.estaciones SET serie=$2,evaporacion=($3::int=1) WHERE id=$1",
+                    Parametros().entero(e.id).texto(e.serie).entero(e.evaporacion ? 1 : 0));
+}
+void AlmacenPostgres::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
+    static const std::string kSql = fmt::format(
+        "UPDATE telvane.imagenes SET reloj={},desde={},hasta={},muestras=$6,retrocesos=$7 WHERE estacion=$1 "
+        "AND huella=$2",
+        sinZona(3), sinZona(4), sinZona(5));
+    Parametros p;
+    p.entero(estacion).bytes(f.huella);
+    poner(p, f.reloj);
+    poner(p, f.desde);
+    poner(p, f.hasta);
+    base_.consultar(kSql, p.entero(f.muestras).entero(f.retrocesos));
+}
+
+std::vector<std::string> AlmacenPostgres::defectos() {
+    // The server looks after its own files (data_checksums, amcheck); what the images say is looked at above.
+    return {};
+}
+
+}  // namespace telvane

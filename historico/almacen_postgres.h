@@ -1,0 +1,62 @@
+// An archive in a PostgreSQL data base, schema telvane.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "historico/almacen.h"
+#include "historico/postgres.h"
+
+namespace telvane {
+
+class AlmacenPostgres final : public Almacen {
+   public:
+    // Whether a destination names one.
+    static bool esDireccion(std::string_view destino);
+    // crear: makes its tables where there are none yet. paciencia: how long to wait for another program that
+    // writes. atender: called while the server works; what it throws ends that.
+    AlmacenPostgres(const std::string& url, bool crear, std::chrono::milliseconds paciencia,
+                    std::function<void()> atender = {});
+
+    std::string nombre() const override { return base_.nombre(); }
+    void empezar(Modo modo) override;
+    void confirmar() override;
+    void abandonar() noexcept override;
+    std::vector<EstacionGuardada> estaciones() override;
+    std::optional<EstacionGuardada> estacion(const std::string& nombre) override;
+    EstacionGuardada crearEstacion(const std::string& nombre, const std::string& serie,
+                                   bool evaporacion) override;
+    void guardarResumen(IdEstacion estacion, const ResumenEstacion& resumen) override;
+    std::vector<FichaImagen> fichas(IdEstacion estacion) override;
+    std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) override;
+    std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
+    std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) override;
+    void agregarImagen(IdEstacion estacion, const FichaImagen& ficha, const ImagenGuardada& imagen) override;
+    void marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) override;
+    void filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) override;
+    std::vector<Instante> sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) override;
+    std::vector<Instante> sellosDespues(IdEstacion estacion, Instante de, std::size_t cuantos) override;
+    void agregarFilas(IdEstacion estacion, std::span<const Fila> filas) override;
+    void cambiarCuenta(IdEstacion estacion, const Fila& fila) override;
+    std::vector<Testigo> testigos(IdEstacion estacion, Instante desde, Instante hasta) override;
+    std::vector<Instante> sellosDe(IdEstacion estacion, const Huella& imagen) override;
+    void agregarTestigos(IdEstacion estacion, std::span<const Testigo> testigos) override;
+    void vaciarDerivado(IdEstacion estacion) override;
+    void corregirEstacion(const EstacionGuardada& estacion) override;
+    void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) override;
+    std::vector<std::string> defectos() override;
+
+   private:
+    void crearTablas();
+    void exigirTablas();
+    std::vector<FichaImagen> fichasCon(const std::string& condicion, const Parametros& parametros);
+    std::vector<Instante> sellos(const std::string& sql, const Parametros& parametros);
+
+    BasePostgres base_;
+    std::chrono::milliseconds paciencia_;
+};
+
+}  // namespace telvane

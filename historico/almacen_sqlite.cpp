@@ -1,0 +1,574 @@
+#include "historico/almacen_sqlite.h"
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "historico/canales.h"
+#include "historico/esquema_sqlite.h"
+#include "platform/destino.h"
+#include "platform/motivos.h"
+
+namespace telvane {
+
+namespace {
+
+using std::chrono::seconds;
+
+constexpr std::string_view kColumnasMuestra =
+    "auxiliar1,humedad,temperatura,viento,velocidad,radiacion,presion,lluvia,libre,auxiliar2,evaporacion,"
+    "resto";
+
+std::int64_t segundosDe(Instante instante) {
+    return instante.time_since_epoch().count();
+}
+Instante instanteDeSegundos(std::int64_t cuantos) {
+    return Instante(seconds(cuantos));
+}
+
+void ponerOpcional(Sentencia& s, int cual, const std::optional<Instante>& instante) {
+    if (instante) {
+        s.poner(cual, segundosDe(*instante));
+    } else {
+        s.ponerNulo(cual);
+    }
+}
+std::optional<Instante> opcional(const Sentencia& s, int columna) {
+    if (s.esNulo(columna)) return std::nullopt;
+    return instanteDeSegundos(s.entero(columna));
+}
+
+Huella huellaEn(const Sentencia& s, int columna) {
+    Huella huella{};
+    const auto bytes = s.bytes(columna);
+    std::copy_n(bytes.begin(), std::min(bytes.size(), huella.size()), huella.begin());
+    return huella;
+}
+
+// A record's columns from the parameter or column given on.
+void ponerRegistro(Sentencia& s, int desde, const Canales& canales) {
+    for (std::size_t i = 0; i < Canales::kCuantos; ++i) {
+        s.poner(desde + static_cast<int>(i), std::int64_t{canales.crudos[i]});
+    }
+    s.poner(desde + static_cast<int>(Canales::kCuantos),
+            std::span<const std::uint8_t>(canales.resto.data(), canales.largoResto));
+}
+BytesMuestra registroEn(const Sentencia& s, int desde, Instante instante) {
+    Canales canales;
+    for (std::size_t i = 0; i < Canales::kCuantos; ++i) {
+        canales.crudos[i] = static_cast<std::uint16_t>(s.entero(desde + static_cast<int>(i)));
+    }
+    const auto resto = s.bytes(desde + static_cast<int>(Canales::kCuantos));
+    canales.largoResto = std::min(resto.size(), canales.resto.size());
+    std::copy_n(resto.begin(), canales.largoResto, canales.resto.begin());
+    return registroDe(instante, canales);
+}
+
+EstacionGuardada estacionEn(const Sentencia& s) {
+    EstacionGuardada e{.id = static_cast<IdEstacion>(s.entero(0)),
+                       .nombre = s.texto(1),
+                       .serie = s.texto(2),
+                       .evaporacion = s.entero(3) != 0,
+                       .resumen = {}};
+    if (!s.esNulo(4)) e.resumen.masNueva = huellaEn(s, 4);
+    e.resumen.imagenes = s.entero(5);
+    e.resumen.muestras = s.entero(6);
+    e.resumen.huecos = s.entero(7);
+    e.resumen.conflictos = s.entero(8);
+    e.resumen.desde = opcional(s, 9);
+    e.resumen.hasta = opcional(s, 10);
+    e.resumen.incorporada = Incorporada(seconds(s.entero(11)));
+    const auto cabecera = s.bytes(12);
+    e.resumen.cabecera.assign(cabecera.begin(), cabecera.end());
+    return e;
+}
+constexpr std::string_view kEstaciones =
+    "SELECT "
+    "id,nombre,serie,evaporacion,mas_nueva,imagenes,muestras,huecos,conflictos,desde,hasta,incorporada,"
+    "cabecera FROM estaciones ORDER BY nombre";
+constexpr std::string_view kEstacion =
+    "SELECT "
+    "id,nombre,serie,evaporacion,mas_nueva,imagenes,muestras,huecos,conflictos,desde,hasta,incorporada,"
+    "cabecera FROM estaciones WHERE nombre=?1";
+
+constexpr std::string_view kFichas =
+    "SELECT huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida FROM imagenes "
+    "WHERE estacion=?1 ORDER BY reloj,huella";
+constexpr std::string_view kFicha =
+    "SELECT huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida FROM imagenes "
+    "WHERE estacion=?1 AND huella=?2";
+constexpr std::string_view kSueltas =
+    "SELECT huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida FROM imagenes "
+    "WHERE estacion=?1 AND bytes<262144 AND contenida=0 ORDER BY reloj,huella";
+
+// What stands at a path that is to be an archive. Opening some of it would hang, or tell less.
+enum class QueHay { nada, vacio, archivo };
+QueHay queHay(const std::filesystem::path& ruta) {
+    struct stat datos {};
+    if (::stat(ruta.c_str(), &datos) != 0) {
+        if (errno == ENOENT) return QueHay::nada;
+        throw ErrorAlmacen(fmt::format("{}: no se puede abrir: {}", ruta.string(), motivoSistema(errno)));
+    }
+    if (S_ISDIR(datos.st_mode)) {
+        throw ErrorAlmacen(fmt::format("{}: es una carpeta: indique con --en un archivo", ruta.string()));
+    }
+    if (!S_ISREG(datos.st_mode)) {
+        throw ErrorAlmacen(fmt::format("{}: no es un archivo: indique otro con --en", ruta.string()));
+    }
+    return datos.st_size == 0 ? QueHay::vacio : QueHay::archivo;
+}
+
+[[noreturn]] void noHayArchivo(const std::filesystem::path& ruta) {
+    throw ErrorAlmacen(
+        fmt::format("{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
+                    ruta.string()));
+}
+
+}  // namespace
+
+AlmacenSqlite::AlmacenSqlite(const std::filesystem::path& ruta, BaseSqlite::Acceso acceso, Opciones opciones)
+    : opciones_(std::move(opciones)), base_(ruta, acceso, opciones_.paciencia, opciones_.atender) {}
+
+std::unique_ptr<AlmacenSqlite> AlmacenSqlite::abrirParaLeer(const std::filesystem::path& ruta,
+                                                            Opciones opciones) {
+    if (queHay(ruta) != QueHay::archivo) noHayArchivo(ruta);
+    std::unique_ptr<AlmacenSqlite> almacen(
+        new AlmacenSqlite(ruta, BaseSqlite::Acceso::lectura, std::move(opciones)));
+    almacen->exigirVersion();
+    return almacen;
+}
+
+std::unique_ptr<AlmacenSqlite> AlmacenSqlite::abrirParaEscribir(const std::filesystem::path& ruta, bool crear,
+                                                                Opciones opciones) {
+    const auto hay = queHay(ruta);
+    if (hay != QueHay::archivo && !crear) noHayArchivo(ruta);
+    // SQLite does not say why it can make none.
+    if (hay == QueHay::nada) static_cast<void>(revisarDestino(ruta));
+    std::unique_ptr<AlmacenSqlite> almacen(
+        new AlmacenSqlite(ruta, BaseSqlite::Acceso::escritura, std::move(opciones)));
+    almacen->prepararEscritura(crear);
+    return almacen;
+}
+
+std::unique_ptr<AlmacenSqlite> AlmacenSqlite::temporal() {
+    std::unique_ptr<AlmacenSqlite> almacen(new AlmacenSqlite({}, BaseSqlite::Acceso::escritura, {}));
+    almacen->base_.ejecutar("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF");
+    almacen->crearTablas();
+    return almacen;
+}
+
+std::vector<std::filesystem::path> AlmacenSqlite::archivos() const {
+    // SQLite puts its own beside the file that a link leads to.
+    std::error_code sinMotivo;
+    const auto real = std::filesystem::weakly_canonical(base_.ruta(), sinMotivo);
+    std::vector<std::filesystem::path> suyos = {base_.ruta()};
+    for (const auto* sufijo : {"-wal", "-shm", "-journal"}) suyos.emplace_back(real.string() + sufijo);
+    return suyos;
+}
+
+void AlmacenSqlite::prepararEscritura(bool crear) {
+    // Of another program nothing is touched.
+    const bool deNadie = base_.numero("PRAGMA application_id") == 0 &&
+                         base_.numero("PRAGMA user_version") == 0 &&
+                         base_.numero("SELECT count(*) FROM sqlite_master") == 0;
+    if (!deNadie) {
+        const auto version = base_.numero("PRAGMA user_version");
+        if (base_.numero("PRAGMA application_id") != esquema::kDeTelvane || version >= versionDeAhora()) {
+            exigirVersion();
+        }
+        exigirVersionDeSiempre();
+    } else if (!crear) {
+        noHayArchivo(base_.ruta());
+    }
+    base_.ejecutar("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA journal_size_limit=1048576");
+    if (deNadie) {
+        crearTablas();
+    } else if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora()) {
+        migrar(version);
+    }
+}
+
+void AlmacenSqlite::crearTablas() {
+    Transaccion transaccion(*this, Modo::escritura);
+    // Two may begin at once: the second finds it done.
+    if (base_.numero("PRAGMA application_id") == 0) {
+        base_.ejecutar(std::string(esquema::kTablas));
+        base_.ejecutar(std::string(esquema::kVista));
+        base_.ejecutar(fmt::format("PRAGMA application_id={}; PRAGMA user_version={}", esquema::kDeTelvane,
+                                   versionDeAhora()));
+    }
+    transaccion.confirmar();
+}
+
+void AlmacenSqlite::migrar(std::int64_t desde) {
+    const auto copia = fmt::format("{}.version{}", std::filesystem::absolute(base_.ruta()).string(), desde);
+    std::error_code sinMotivo;
+    std::filesystem::remove(copia, sinMotivo);
+    Sentencia(base_, "VACUUM INTO ?1").poner(1, std::string_view(copia)).correr();
+    Transaccion transaccion(*this, Modo::escritura);
+    for (auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora(); ++version) {
+        base_.ejecutar(std::string(opciones_.migraciones[static_cast<std::size_t>(version) - 1]));
+    }
+    base_.ejecutar(fmt::format("PRAGMA user_version={}", versionDeAhora()));
+    transaccion.confirmar();
+}
+
+void AlmacenSqlite::exigirVersion() {
+    if (base_.numero("PRAGMA application_id") != esquema::kDeTelvane) base_.fallar(SQLITE_NOTADB);
+    exigirVersionDeSiempre();
+    const auto version = base_.numero("PRAGMA user_version");
+    if (version > versionDeAhora()) {
+        throw ErrorAlmacen(
+            fmt::format("{}: es de una versión más nueva ({}) que la de este programa ({}): actualice "
+                        "telvane-historico",
+                        nombre(), version, versionDeAhora()));
+    }
+    if (version < versionDeAhora()) {
+        throw ErrorAlmacen(fmt::format(
+            "{}: es de una versión anterior ({}): la pone al día el próximo incorporar", nombre(), version));
+    }
+}
+
+// There was never one before the first: nobody knows what such a file holds.
+void AlmacenSqlite::exigirVersionDeSiempre() {
+    const auto version = base_.numero("PRAGMA user_version");
+    if (version >= 1) return;
+    throw ErrorAlmacen(fmt::format(
+        "{}: dice ser de una versión que nunca hubo ({}): recupere su copia, o haga otro archivo con los "
+        ".rgt guardados",
+        nombre(), version));
+}
+
+Sentencia& AlmacenSqlite::sentencia(std::string_view sql) {
+    auto& lugar = sentencias_[sql];
+    if (!lugar) lugar = std::make_unique<Sentencia>(base_, sql);
+    return *lugar;
+}
+
+void AlmacenSqlite::empezar(Modo modo) {
+    base_.ejecutar(modo == Modo::escritura ? "BEGIN IMMEDIATE" : "BEGIN");
+}
+void AlmacenSqlite::confirmar() {
+    base_.ejecutar("COMMIT");
+}
+void AlmacenSqlite::abandonar() noexcept {
+    // After some errors SQLite has done it already.
+    if (sqlite3_get_autocommit(base_.conexion()) == 0) {
+        static_cast<void>(sqlite3_exec(base_.conexion(), "ROLLBACK", nullptr, nullptr, nullptr));
+    }
+}
+
+std::vector<EstacionGuardada> AlmacenSqlite::estaciones() {
+    std::vector<EstacionGuardada> lista;
+    auto& s = sentencia(kEstaciones);
+    s.correr([&] { lista.push_back(estacionEn(s)); });
+    return lista;
+}
+
+std::optional<EstacionGuardada> AlmacenSqlite::estacion(const std::string& nombre) {
+    std::optional<EstacionGuardada> hallada;
+    auto& s = sentencia(kEstacion);
+    s.poner(1, nombre).correr([&] { hallada = estacionEn(s); });
+    return hallada;
+}
+
+EstacionGuardada AlmacenSqlite::crearEstacion(const std::string& nombre, const std::string& serie,
+                                              bool evaporacion) {
+    sentencia("INSERT INTO estaciones(nombre,serie,evaporacion) VALUES(?1,?2,?3)")
+        .poner(1, nombre)
+        .poner(2, serie)
+        .poner(3, std::int64_t{evaporacion})
+        .correr();
+    return {.id = static_cast<IdEstacion>(sqlite3_last_insert_rowid(base_.conexion())),
+            .nombre = nombre,
+            .serie = serie,
+            .evaporacion = evaporacion,
+            .resumen = {}};
+}
+
+void AlmacenSqlite::guardarResumen(IdEstacion estacion, const ResumenEstacion& r) {
+    auto& s = sentencia(
+        "UPDATE estaciones SET "
+        "mas_nueva=?2,imagenes=?3,muestras=?4,huecos=?5,conflictos=?6,desde=?7,hasta=?8,"
+        "incorporada=?9,cabecera=?10 WHERE id=?1");
+    s.poner(1, estacion).poner(3, r.imagenes).poner(4, r.muestras).poner(5, r.huecos).poner(6, r.conflictos);
+    if (r.masNueva) {
+        s.poner(2, std::span<const std::uint8_t>(*r.masNueva));
+    } else {
+        s.ponerNulo(2);
+    }
+    ponerOpcional(s, 7, r.desde);
+    ponerOpcional(s, 8, r.hasta);
+    s.poner(9, r.incorporada.time_since_epoch().count());
+    s.poner(10, std::span<const std::uint8_t>(r.cabecera)).correr();
+}
+
+std::vector<FichaImagen> AlmacenSqlite::leerFichas(Sentencia& s) {
+    std::vector<FichaImagen> lista;
+    s.correr([&] {
+        lista.push_back({.huella = huellaEn(s, 0),
+                         .bytes = static_cast<std::size_t>(s.entero(1)),
+                         .reloj = opcional(s, 2),
+                         .desde = opcional(s, 3),
+                         .hasta = opcional(s, 4),
+                         .incorporada = Incorporada(seconds(s.entero(5))),
+                         .origen = s.texto(6),
+                         .muestras = s.entero(7),
+                         .retrocesos = s.entero(8),
+                         .contenida = s.entero(9) != 0});
+    });
+    return lista;
+}
+
+std::vector<FichaImagen> AlmacenSqlite::fichas(IdEstacion estacion) {
+    return leerFichas(sentencia(kFichas).poner(1, estacion));
+}
+std::vector<FichaImagen> AlmacenSqlite::parcialesSueltas(IdEstacion estacion) {
+    return leerFichas(sentencia(kSueltas).poner(1, estacion));
+}
+std::optional<FichaImagen> AlmacenSqlite::ficha(IdEstacion estacion, const Huella& huella) {
+    auto lista = leerFichas(sentencia(kFicha).poner(1, estacion).poner(2, std::span(huella)));
+    return lista.empty() ? std::nullopt : std::optional(std::move(lista.front()));
+}
+
+std::optional<ImagenGuardada> AlmacenSqlite::imagen(IdEstacion estacion, const Huella& huella) {
+    std::optional<ImagenGuardada> hallada;
+    auto& s = sentencia(
+        "SELECT i.bytes,c.base,c.profundidad,c.datos FROM imagenes i JOIN contenidos c ON "
+        "c.estacion=i.estacion AND "
+        "c.huella=i.huella WHERE i.estacion=?1 AND i.huella=?2");
+    s.poner(1, estacion).poner(2, std::span(huella)).correr([&] {
+        hallada.emplace();
+        hallada->bytes = static_cast<std::size_t>(s.entero(0));
+        if (!s.esNulo(1)) hallada->base = huellaEn(s, 1);
+        hallada->profundidad = static_cast<int>(s.entero(2));
+        const auto datos = s.bytes(3);
+        hallada->datos.assign(datos.begin(), datos.end());
+    });
+    return hallada;
+}
+
+void AlmacenSqlite::agregarImagen(IdEstacion estacion, const FichaImagen& f, const ImagenGuardada& imagen) {
+    auto& s = sentencia(
+        "INSERT INTO "
+        "imagenes(estacion,huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos) "
+        "VALUES(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10)");
+    s.poner(1, estacion).poner(2, std::span(f.huella)).poner(3, static_cast<std::int64_t>(f.bytes));
+    ponerOpcional(s, 4, f.reloj);
+    ponerOpcional(s, 5, f.desde);
+    ponerOpcional(s, 6, f.hasta);
+    s.poner(7, f.incorporada.time_since_epoch().count()).poner(8, f.origen);
+    s.poner(9, f.muestras).poner(10, f.retrocesos).correr();
+
+    auto& c =
+        sentencia("INSERT INTO contenidos(estacion,huella,base,profundidad,datos) VALUES(?1,?2,?3,?4,?5)");
+    c.poner(1, estacion).poner(2, std::span(f.huella)).poner(4, imagen.profundidad);
+    if (imagen.base) {
+        c.poner(3, std::span<const std::uint8_t>(*imagen.base));
+    } else {
+        c.ponerNulo(3);
+    }
+    c.poner(5, std::span<const std::uint8_t>(imagen.datos)).correr();
+}
+
+void AlmacenSqlite::marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) {
+    sentencia("UPDATE imagenes SET contenida=?3 WHERE estacion=?1 AND huella=?2")
+        .poner(1, estacion)
+        .poner(2, std::span(huella))
+        .poner(3, std::int64_t{contenida})
+        .correr();
+}
+
+void AlmacenSqlite::filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) {
+    static const std::string kSql = fmt::format(
+        "SELECT hora,cuenta,{0} FROM muestras WHERE estacion=?1 AND hora BETWEEN ?2 AND ?3 ORDER BY hora,{0}",
+        kColumnasMuestra);
+    // One of its own: whoever is told of a row may ask for others.
+    Sentencia s(base_, kSql);
+    s.poner(1, estacion).poner(2, segundosDe(desde)).poner(3, segundosDe(hasta));
+    while (s.paso()) {
+        const auto instante = instanteDeSegundos(s.entero(0));
+        alLeer({instante, registroEn(s, 2, instante), s.entero(1) != 0});
+    }
+}
+
+std::vector<Instante> AlmacenSqlite::sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) {
+    std::vector<Instante> lista;
+    auto& s = sentencia(
+        "SELECT DISTINCT hora FROM muestras WHERE estacion=?1 AND hora<?2 ORDER BY hora DESC LIMIT ?3");
+    s.poner(1, estacion).poner(2, segundosDe(de)).poner(3, static_cast<std::int64_t>(cuantos));
+    s.correr([&] { lista.push_back(instanteDeSegundos(s.entero(0))); });
+    std::reverse(lista.begin(), lista.end());
+    return lista;
+}
+std::vector<Instante> AlmacenSqlite::sellosDespues(IdEstacion estacion, Instante de, std::size_t cuantos) {
+    std::vector<Instante> lista;
+    auto& s =
+        sentencia("SELECT DISTINCT hora FROM muestras WHERE estacion=?1 AND hora>?2 ORDER BY hora LIMIT ?3");
+    s.poner(1, estacion).poner(2, segundosDe(de)).poner(3, static_cast<std::int64_t>(cuantos));
+    s.correr([&] { lista.push_back(instanteDeSegundos(s.entero(0))); });
+    return lista;
+}
+
+void AlmacenSqlite::agregarFilas(IdEstacion estacion, std::span<const Fila> filas) {
+    static const std::string kSql = fmt::format(
+        "INSERT INTO muestras(estacion,hora,cuenta,{}) VALUES(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10,?11,?12,"
+        "?13,?14,?15)",
+        kColumnasMuestra);
+    auto& s = sentencia(kSql);
+    for (const auto& fila : filas) {
+        const auto canales = canalesDe(fila.registro);
+        s.poner(1, estacion).poner(2, segundosDe(fila.instante)).poner(3, std::int64_t{fila.cuenta});
+        ponerRegistro(s, 4, canales);
+        s.correr();
+    }
+}
+
+void AlmacenSqlite::cambiarCuenta(IdEstacion estacion, const Fila& fila) {
+    static const std::string kSql = fmt::format(
+        "UPDATE muestras SET cuenta=?3 WHERE estacion=?1 AND hora=?2 AND ({})=(?4,?5,?6,?7,?8,?9,?10,"
+        "?11,?12,?13,?14,?15)",
+        kColumnasMuestra);
+    auto& s = sentencia(kSql);
+    const auto canales = canalesDe(fila.registro);
+    s.poner(1, estacion).poner(2, segundosDe(fila.instante)).poner(3, std::int64_t{fila.cuenta});
+    ponerRegistro(s, 4, canales);
+    s.correr();
+}
+
+std::vector<Testigo> AlmacenSqlite::testigos(IdEstacion estacion, Instante desde, Instante hasta) {
+    std::vector<Testigo> lista;
+    auto& s = sentencia(
+        "SELECT t.hora,t.registro,t.ranura,t.imagen,i.contenida FROM testigos t JOIN imagenes i ON "
+        "i.estacion=t.estacion AND i.huella=t.imagen WHERE t.estacion=?1 AND t.hora BETWEEN ?2 AND ?3 ORDER "
+        "BY "
+        "t.hora");
+    s.poner(1, estacion).poner(2, segundosDe(desde)).poner(3, segundosDe(hasta)).correr([&] {
+        Testigo t{.instante = instanteDeSegundos(s.entero(0)),
+                  .registro = {},
+                  .ranura = static_cast<std::size_t>(s.entero(2)),
+                  .imagen = huellaEn(s, 3),
+                  .vota = s.entero(4) == 0};
+        const auto registro = s.bytes(1);
+        std::copy_n(registro.begin(), std::min(registro.size(), t.registro.size()), t.registro.begin());
+        lista.push_back(t);
+    });
+    return lista;
+}
+
+std::vector<Instante> AlmacenSqlite::sellosDe(IdEstacion estacion, const Huella& imagen) {
+    std::vector<Instante> lista;
+    auto& s = sentencia("SELECT DISTINCT hora FROM testigos WHERE estacion=?1 AND imagen=?2 ORDER BY hora");
+    s.poner(1, estacion).poner(2, std::span(imagen));
+    s.correr([&] { lista.push_back(instanteDeSegundos(s.entero(0))); });
+    return lista;
+}
+
+void AlmacenSqlite::agregarTestigos(IdEstacion estacion, std::span<const Testigo> testigos) {
+    auto& s = sentencia("INSERT INTO testigos(estacion,hora,registro,ranura,imagen) VALUES(?1,?2,?3,?4,?5)");
+    for (const auto& t : testigos) {
+        s.poner(1, estacion)
+            .poner(2, segundosDe(t.instante))
+            .poner(3, std::span<const std::uint8_t>(t.registro));
+        s.poner(4, static_cast<std::int64_t>(t.ranura)).poner(5, std::span(t.imagen)).correr();
+    }
+}
+
+void AlmacenSqlite::vaciarDerivado(IdEstacion estacion) {
+    sentencia("DELETE FROM muestras WHERE estacion=?1").poner(1, estacion).correr();
+    sentencia("DELETE FROM testigos WHERE estacion=?1").poner(1, estacion).correr();
+    sentencia("UPDATE imagenes SET contenida=0 WHERE estacion=?1 AND contenida").poner(1, estacion).correr();
+}
+
+void AlmacenSqlite::corregirEstacion(const EstacionGuardada& e) {
+    sentencia("UPDATE estaciones SET serie=?2,evaporacion=?3 WHERE id=?1")
+        .poner(1, e.id)
+        .poner(2, e.serie)
+        .poner(3, std::int64_t{e.evaporacion})
+        .correr();
+}
+
+void AlmacenSqlite::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
+    auto& s = sentencia(
+        "UPDATE imagenes SET reloj=?3,desde=?4,hasta=?5,muestras=?6,retrocesos=?7 WHERE estacion=?1 AND "
+        "huella=?2");
+    s.poner(1, estacion).poner(2, std::span(f.huella));
+    ponerOpcional(s, 3, f.reloj);
+    ponerOpcional(s, 4, f.desde);
+    ponerOpcional(s, 5, f.hasta);
+    s.poner(6, f.muestras).poner(7, f.retrocesos).correr();
+}
+
+std::vector<AlmacenSqlite::Parte> AlmacenSqlite::partes() const {
+    std::vector<Parte> lista;
+    Sentencia s(base_,
+                "SELECT type,name,sql FROM sqlite_master WHERE sql IS NOT NULL ORDER BY type DESC,name");
+    s.correr([&] { lista.push_back({.clase = s.texto(0), .nombre = s.texto(1), .sql = s.texto(2)}); });
+    return lista;
+}
+
+// Tables grow columns from version to version; the rest is word for word what this program makes.
+std::vector<AlmacenSqlite::Parte> AlmacenSqlite::partesPorReponer() const {
+    const auto hay = partes();
+    auto deben = temporal()->partes();
+    std::erase_if(deben, [&](const Parte& debe) {
+        return std::ranges::any_of(hay, [&](const Parte& una) {
+            return una.clase == debe.clase && una.nombre == debe.nombre &&
+                   (una.clase == "table" || una.sql == debe.sql);
+        });
+    });
+    return deben;
+}
+
+std::vector<std::string> AlmacenSqlite::partesQueFaltan() {
+    std::vector<std::string> lista;
+    for (const auto& parte : partesPorReponer()) {
+        lista.push_back(
+            fmt::format("falta {}, o no es como este programa lo hace: repóngalo con rehacer", parte.nombre));
+    }
+    return lista;
+}
+
+void AlmacenSqlite::reponer() {
+    Transaccion transaccion(*this, Modo::escritura);
+    for (const auto& parte : partesPorReponer()) {
+        if (parte.clase == "table" && parte.nombre != "muestras" && parte.nombre != "testigos") {
+            throw ErrorAlmacen(
+                fmt::format("{}: falta {}, que de las imágenes no se obtiene: recupere su copia", nombre(),
+                            parte.nombre));
+        }
+        if (parte.clase == "view") base_.ejecutar("DROP VIEW IF EXISTS " + parte.nombre);
+        if (parte.clase == "index") base_.ejecutar("DROP INDEX IF EXISTS " + parte.nombre);
+        base_.ejecutar(parte.sql);
+    }
+    base_.ejecutar(
+        "DELETE FROM muestras WHERE estacion NOT IN (SELECT id FROM estaciones);"
+        "DELETE FROM testigos WHERE estacion NOT IN (SELECT id FROM estaciones) OR NOT EXISTS (SELECT 1 FROM "
+        "imagenes i WHERE i.estacion=testigos.estacion AND i.huella=testigos.imagen)");
+    transaccion.confirmar();
+}
+
+std::vector<std::string> AlmacenSqlite::defectos() {
+    std::vector<std::string> lista;
+    const auto sinDueno = [&](std::string_view tabla, std::string_view que) {
+        const auto cuantas = base_.numero(
+            fmt::format("SELECT count(*) FROM {} WHERE estacion NOT IN (SELECT id FROM estaciones)", tabla));
+        if (cuantas > 0) lista.push_back(fmt::format("{} de una estación que no está: {}", que, cuantas));
+    };
+    sinDueno("imagenes", "imágenes");
+    sinDueno("muestras", "muestras");
+    sinDueno("testigos", "testigos");
+    Sentencia s(base_, "PRAGMA integrity_check");
+    s.correr([&] {
+        const auto texto = s.texto(0);
+        if (texto != "ok") lista.push_back(fmt::format("{}: {}", nombre(), texto));
+    });
+    return lista;
+}
+
+}  // namespace telvane

@@ -1,0 +1,98 @@
+// An archive in one SQLite file.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "historico/almacen.h"
+#include "historico/sqlite.h"
+
+namespace telvane {
+
+class AlmacenSqlite final : public Almacen {
+   public:
+    struct Opciones {
+        // How long to wait for another program that writes.
+        std::chrono::milliseconds paciencia = std::chrono::seconds(10);
+        // Called while waiting for it; what it throws ends the wait.
+        std::function<void()> atender = {};
+        // What makes of an older archive the next version; the version of now is one more than there are.
+        std::vector<std::string_view> migraciones = {};
+    };
+    // Only what is there; nothing is written.
+    static std::unique_ptr<AlmacenSqlite> abrirParaLeer(const std::filesystem::path& ruta, Opciones opciones);
+    // crear: makes it where there is none yet, or an empty file. An older version is migrated, after a copy.
+    static std::unique_ptr<AlmacenSqlite> abrirParaEscribir(const std::filesystem::path& ruta, bool crear,
+                                                            Opciones opciones);
+    // Seen by nobody else and gone with it.
+    static std::unique_ptr<AlmacenSqlite> temporal();
+
+    std::string nombre() const override { return base_.ruta().string(); }
+    std::filesystem::path limitesAlLado() const override {
+        return base_.ruta().parent_path() / "calidad.ini";
+    }
+    std::vector<std::filesystem::path> archivos() const override;
+    void empezar(Modo modo) override;
+    void confirmar() override;
+    void abandonar() noexcept override;
+    std::vector<EstacionGuardada> estaciones() override;
+    std::optional<EstacionGuardada> estacion(const std::string& nombre) override;
+    EstacionGuardada crearEstacion(const std::string& nombre, const std::string& serie,
+                                   bool evaporacion) override;
+    void guardarResumen(IdEstacion estacion, const ResumenEstacion& resumen) override;
+    std::vector<FichaImagen> fichas(IdEstacion estacion) override;
+    std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) override;
+    std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
+    std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) override;
+    void agregarImagen(IdEstacion estacion, const FichaImagen& ficha, const ImagenGuardada& imagen) override;
+    void marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) override;
+    void filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) override;
+    std::vector<Instante> sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) override;
+    std::vector<Instante> sellosDespues(IdEstacion estacion, Instante de, std::size_t cuantos) override;
+    void agregarFilas(IdEstacion estacion, std::span<const Fila> filas) override;
+    void cambiarCuenta(IdEstacion estacion, const Fila& fila) override;
+    std::vector<Testigo> testigos(IdEstacion estacion, Instante desde, Instante hasta) override;
+    std::vector<Instante> sellosDe(IdEstacion estacion, const Huella& imagen) override;
+    void agregarTestigos(IdEstacion estacion, std::span<const Testigo> testigos) override;
+    void vaciarDerivado(IdEstacion estacion) override;
+    void corregirEstacion(const EstacionGuardada& estacion) override;
+    void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) override;
+    std::vector<std::string> partesQueFaltan() override;
+    void reponer() override;
+    std::vector<std::string> defectos() override;
+
+   private:
+    AlmacenSqlite(const std::filesystem::path& ruta, BaseSqlite::Acceso acceso, Opciones opciones);
+
+    // A table, index or view, and how it is made.
+    struct Parte {
+        std::string clase;
+        std::string nombre;
+        std::string sql;
+    };
+    std::vector<Parte> partes() const;
+    std::vector<Parte> partesPorReponer() const;
+    void prepararEscritura(bool crear);
+    void crearTablas();
+    void migrar(std::int64_t desde);
+    void exigirVersion();
+    void exigirVersionDeSiempre();
+    std::int64_t versionDeAhora() const {
+        return static_cast<std::int64_t>(opciones_.migraciones.size()) + 1;
+    }
+
+    // Prepared once, under its own text.
+    Sentencia& sentencia(std::string_view sql);
+    std::vector<FichaImagen> leerFichas(Sentencia& consulta);
+
+    Opciones opciones_;
+    BaseSqlite base_;
+    std::map<std::string_view, std::unique_ptr<Sentencia>> sentencias_;
+};
+
+}  // namespace telvane

@@ -1,0 +1,61 @@
+#include "historico/aplicacion.h"
+
+#include <filesystem>
+
+#include "consola/codigos_salida.h"
+
+namespace telvane {
+
+std::unique_ptr<Almacen> ContextoHistorico::abrir(Uso uso) const {
+    if (!en && uso == Uso::incorporar) {
+        std::filesystem::create_directories(std::filesystem::path(destinoPorDefecto()).parent_path());
+    }
+    return abrirAlmacen(en ? *en : destinoPorDefecto(), uso, entorno.paciencia, [this] { atender(); });
+}
+
+SalidaConsola ContextoHistorico::salida(const std::string& ruta, ReglaDestino regla, const Almacen* almacen,
+                                        const std::optional<std::string>& limites) {
+    if (almacen != nullptr) {
+        const auto suyos = almacen->archivos();
+        regla.leidos.insert(regla.leidos.end(), suyos.begin(), suyos.end());
+        if (const auto alLado = almacen->limitesAlLado(); !alLado.empty()) regla.leidos.push_back(alLado);
+    }
+    if (limites) regla.leidos.emplace_back(*limites);
+    return {ruta, std::move(regla)};
+}
+
+void ContextoHistorico::atender() const {
+    if (entorno.senal != 0 || entorno.senalEnEspera()) interrumpir();
+}
+
+void declararOrdenes(Argumentos& argumentos, ContextoHistorico& contexto) {
+    argumentos.programa().opcion(
+        contexto.en,
+        {.nombre = "--en",
+         .valor = "DESTINO",
+         .ayuda = "El archivo histórico: un archivo SQLite, o postgresql://…; si falta, el del usuario"});
+    declararIncorporar(argumentos, contexto);
+    declararEstado(argumentos, contexto);
+    declararExportar(argumentos, contexto);
+    declararImagenes(argumentos, contexto);
+    declararImagen(argumentos, contexto);
+    declararComprobar(argumentos, contexto);
+    declararRehacer(argumentos, contexto);
+    declararCopiar(argumentos, contexto);
+    declararInforme(argumentos, contexto);
+    declararResumen(argumentos, contexto);
+    argumentos.programa().pie("Códigos de salida: 0 hecho, 1 fallo, 2 mal uso, 130 interrumpido.");
+}
+
+int correrHistorico(const std::vector<std::string>& argumentos, EntornoHistorico& entorno) {
+    Consola consola(entorno);
+    ContextoHistorico contexto{.entorno = entorno, .consola = consola, .en = {}, .orden = {}};
+    const ProgramaConsola programa{
+        .nombre = "telvane-historico",
+        .version = TELVANE_VERSION,
+        .descripcion = "El archivo histórico: las imágenes de muchas descargas y estaciones, durante años"};
+    return correrPrograma(programa, consola, argumentos, contexto.orden,
+                          [&](Argumentos& linea) { declararOrdenes(linea, contexto); });
+}
+
+}  // namespace telvane

@@ -1,0 +1,260 @@
+#include "historico/archivo.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "historico/asimilacion.h"
+#include "historico/compresion.h"
+#include "historico/lectura.h"
+#include "loggerconfig/datos_config.h"
+
+namespace telvane {
+
+namespace {
+
+// An image further from one that stands alone is kept alone itself.
+constexpr int kMasProfunda = 32;
+
+std::string serieQueVale(BytesImagen bytes, const std::optional<std::string>& dicha) {
+    const auto propia = serieDe(bytes);
+    if (!propia && !dicha) {
+        throw ErrorImagen("la imagen no lleva número de serie: indíquelo con --serie CIFRAS");
+    }
+    if (propia && dicha && *dicha != *propia) {
+        throw ErrorImagen(
+            fmt::format("la imagen es del registrador {}, no del {}: quite --serie", *propia, *dicha));
+    }
+    return propia ? *propia : *dicha;
+}
+
+bool esDeVariante(const std::string& serie) {
+    return llevaEvaporacion(numeroDeSerie(serie));
+}
+
+EstacionGuardada buscarOCrear(Almacen& almacen, const std::string& nombre, const std::string& serie) {
+    auto estacion = almacen.estacion(nombre);
+    return estacion ? *estacion : almacen.crearEstacion(nombre, serie, esDeVariante(serie));
+}
+
+ImagenGuardada empaquetar(Almacen& almacen, const EstacionGuardada& estacion, BytesImagen bytes,
+                          Imagenes& imagenes) {
+    ImagenGuardada guardada{.bytes = bytes.size(), .base = {}, .profundidad = 0, .datos = {}};
+    if (estacion.resumen.masNueva) {
+        const auto base = almacen.imagen(estacion.id, *estacion.resumen.masNueva);
+        const auto* abierta = base ? imagenes.siSeLee(*estacion.resumen.masNueva) : nullptr;
+        if (abierta && !abierta->empty() && base->profundidad < kMasProfunda) {
+            guardada.base = estacion.resumen.masNueva;
+            guardada.profundidad = base->profundidad + 1;
+            guardada.datos = comprimir(bytes, *abierta);
+            return guardada;
+        }
+    }
+    guardada.datos = comprimir(bytes);
+    return guardada;
+}
+
+void tomarNota(ResumenEstacion& resumen, const ImagenNueva& imagen,
+               const std::optional<FichaImagen>& masNueva) {
+    const auto& ficha = imagen.ficha;
+    if (!masNueva || ficha.esMasNuevaQue(*masNueva)) {
+        const auto cabecera = imagen.bytes.first(std::min(imagen.bytes.size(), registro_config::kCabecera));
+        resumen.masNueva = ficha.huella;
+        resumen.cabecera.assign(cabecera.begin(), cabecera.end());
+    }
+    ++resumen.imagenes;
+    resumen.incorporada = std::max(resumen.incorporada, ficha.incorporada);
+}
+
+// In the order of the clocks that the images have, not of those that are kept beside them.
+std::vector<FichaImagen> fichasDeNuevo(Almacen& almacen, IdEstacion estacion, Imagenes& imagenes) {
+    auto fichas = almacen.fichas(estacion);
+    for (auto& ficha : fichas) ficha.reloj = relojDe(imagenes.bytes(ficha.huella));
+    std::ranges::sort(fichas, [](const auto& a, const auto& b) { return b.esMasNuevaQue(a); });
+    return fichas;
+}
+
+// Refuses the image of another logger that carries the same serial number.
+void exigirQueConcuerde(Almacen& almacen, const EstacionGuardada& estacion, const ImagenNueva& imagen,
+                        Imagenes& imagenes) {
+    if (!estacion.resumen.masNueva || imagen.filas.empty()) return;
+    const auto tratoCon = [&](const Huella& huella) {
+        const auto* bytes = imagenes.siSeLee(huella);
+        return bytes ? comparar(imagen.bytes, *bytes) : Trato::ajenas;
+    };
+    // Every night but the strangest ends here.
+    if (tratoCon(*estacion.resumen.masNueva) == Trato::concuerdan) return;
+    bool discrepa = false;
+    auto fichas = almacen.fichas(estacion.id);
+    for (auto ficha = fichas.rbegin(); ficha != fichas.rend(); ++ficha) {
+        // Stamps that cannot be equal tell nothing.
+        const bool seCruzan =
+            ficha->desde && *ficha->desde <= *imagen.ficha.hasta && *ficha->hasta >= *imagen.ficha.desde;
+        if (!seCruzan) continue;
+        const auto trato = tratoCon(ficha->huella);
+        if (trato == Trato::concuerdan) return;
+        discrepa = discrepa || trato == Trato::discrepan;
+    }
+    if (!discrepa) return;
+    throw ErrorImagen(
+        fmt::format("contradice lo que hay de la estación {}: parece de otro registrador con el mismo número "
+                    "de serie; si lo "
+                    "es, incorpórela con --como NOMBRE",
+                    estacion.nombre));
+}
+
+// Keeps the image and what follows from it.
+Incorporacion tomar(Almacen& almacen, EstacionGuardada& estacion, ImagenNueva& imagen, Imagenes& imagenes) {
+    std::optional<FichaImagen> masNueva;
+    if (estacion.resumen.masNueva) masNueva = almacen.ficha(estacion.id, *estacion.resumen.masNueva);
+    almacen.agregarImagen(estacion.id, imagen.ficha, empaquetar(almacen, estacion, imagen.bytes, imagenes));
+    const auto anteriores = [&] {
+        auto fichas = almacen.fichas(estacion.id);
+        std::erase_if(fichas, [&](const auto& f) { return f.huella == imagen.ficha.huella; });
+        return fichas;
+    };
+    const auto asimilada =
+        Asimilacion(almacen, estacion.id, estacion.resumen, imagenes, anteriores).asimilar(imagen);
+    tomarNota(estacion.resumen, imagen, masNueva);
+    almacen.guardarResumen(estacion.id, estacion.resumen);
+    return {.estacion = {}, .nuevas = asimilada.nuevas, .conflictos = asimilada.conflictos};
+}
+
+// The station of this serial number that has the image already.
+std::optional<EstacionGuardada> quienLaTiene(Almacen& almacen, const Huella& huella) {
+    for (auto& estacion : almacen.estaciones()) {
+        if (almacen.ficha(estacion.id, huella)) return estacion;
+    }
+    return std::nullopt;
+}
+
+void completar(Incorporacion& resultado, const EstacionGuardada& estacion, BytesImagen bytes,
+               const Huella& huella) {
+    resultado.estacion = estacion.nombre;
+    resultado.imagen = huella;
+    resultado.parcial = esParcial(bytes);
+    const auto cuenta = contarRanuras(bytes);
+    resultado.vacios = cuenta.vacias;
+    resultado.descartados = cuenta.descartadas;
+}
+
+}  // namespace
+
+Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, const Procedencia& procedencia) {
+    if (bytes.size() > kBytesMemoria) {
+        throw ErrorImagen(fmt::format(
+            "mide más que una imagen de la memoria, {} bytes: no es un archivo base", kBytesMemoria));
+    }
+    const auto serie = serieQueVale(bytes, destino.serie);
+    const auto nombre = destino.como ? fmt::format("{}/{}", serie, *destino.como) : serie;
+    const auto huella = huellaDe(bytes);
+    Transaccion transaccion(almacen_, Almacen::Modo::escritura);
+    Incorporacion resultado;
+    if (const auto dueno = quienLaTiene(almacen_, huella)) {
+        const bool esSuya = dueno->nombre == nombre || (!destino.como && dueno->serie == serie);
+        if (!esSuya)
+            throw ErrorImagen(fmt::format("ya está en el archivo, en la estación {}", dueno->nombre));
+        const auto ficha = almacen_.ficha(dueno->id, huella);
+        resultado.repetida = true;
+        resultado.muestras = ficha->muestras;
+        resultado.conflictos = static_cast<std::int64_t>(almacen_.sellosDe(dueno->id, huella).size());
+        completar(resultado, *dueno, bytes, huella);
+        return resultado;
+    }
+    auto estacion = buscarOCrear(almacen_, nombre, serie);
+    ImagenNueva imagen(bytes, huella, procedencia.incorporada, procedencia.origen);
+    Imagenes imagenes(almacen_, estacion.id);
+    exigirQueConcuerde(almacen_, estacion, imagen, imagenes);
+    resultado = tomar(almacen_, estacion, imagen, imagenes);
+    resultado.muestras = imagen.ficha.muestras;
+    completar(resultado, estacion, bytes, huella);
+    transaccion.confirmar();
+    return resultado;
+}
+
+std::vector<std::string> Archivo::rehacer(const std::function<void()>& alAvanzar) {
+    almacen_.reponer();
+    std::vector<std::string> fallos;
+    for (const auto& estacion : Lectura(almacen_).estaciones()) {
+        try {
+            rehacerUna(estacion.nombre, alAvanzar);
+        } catch (const ErrorImagen& error) {
+            fallos.push_back(fmt::format("estación {}: {}", estacion.nombre, error.what()));
+        }
+    }
+    return fallos;
+}
+
+void Archivo::rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar) {
+    Transaccion transaccion(almacen_, Almacen::Modo::escritura);
+    auto estacion = almacen_.estacion(nombre);
+    if (!estacion) return;
+    almacen_.vaciarDerivado(estacion->id);
+    estacion->resumen = {};
+    Imagenes imagenes(almacen_, estacion->id);
+    std::vector<FichaImagen> anteriores;
+    // By their own clocks, whatever was kept of them.
+    for (const auto& ficha : fichasDeNuevo(almacen_, estacion->id, imagenes)) {
+        alAvanzar();
+        const auto bytes = imagenes.bytes(ficha.huella);
+        const ImagenNueva imagen(bytes, ficha.huella, ficha.incorporada, ficha.origen);
+        Asimilacion(almacen_, estacion->id, estacion->resumen, imagenes, [&] {
+            return anteriores;
+        }).asimilar(imagen);
+        // They come in order: the one before is the newest so far.
+        const auto masNueva = anteriores.empty() ? std::nullopt : std::optional(anteriores.back());
+        tomarNota(estacion->resumen, imagen, masNueva);
+        almacen_.corregirFicha(estacion->id, imagen.ficha);
+        if (const auto serie = serieDe(bytes)) estacion->serie = *serie;
+        anteriores.push_back(imagen.ficha);
+    }
+    estacion->evaporacion = esDeVariante(estacion->serie);
+    almacen_.corregirEstacion(*estacion);
+    almacen_.guardarResumen(estacion->id, estacion->resumen);
+    transaccion.confirmar();
+}
+
+Archivo::Copia Archivo::copiarDe(Archivo& otro, const std::optional<std::string>& cual,
+                                 const std::function<void()>& alAvanzar) {
+    Lectura lectura(otro.almacen_);
+    const auto estaciones =
+        cual ? std::vector<EstacionGuardada>{lectura.estacion(*cual)} : lectura.estaciones();
+    Copia copia;
+    for (const auto& origen : estaciones) {
+        Imagenes suyas(otro.almacen_, origen.id);
+        for (const auto& ficha : lectura.imagenes(origen)) {
+            alAvanzar();
+            if (tiene(origen.nombre, ficha.huella)) continue;
+            try {
+                copiarUna(origen, ficha, suyas.bytes(ficha.huella));
+                ++copia.copiadas;
+            } catch (const ErrorImagen& error) {
+                copia.fallos.push_back(fmt::format("estación {}: {}", origen.nombre, error.what()));
+            }
+        }
+    }
+    return copia;
+}
+
+bool Archivo::tiene(const std::string& nombre, const Huella& huella) {
+    const Transaccion transaccion(almacen_, Almacen::Modo::lectura);
+    const auto estacion = almacen_.estacion(nombre);
+    return estacion && almacen_.ficha(estacion->id, huella);
+}
+
+// An archive's word is taken for whose image it is.
+void Archivo::copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes) {
+    Transaccion transaccion(almacen_, Almacen::Modo::escritura);
+    auto estacion = buscarOCrear(almacen_, origen.nombre, origen.serie);
+    if (almacen_.ficha(estacion.id, ficha.huella)) return;
+    ImagenNueva imagen(bytes, ficha.huella, ficha.incorporada, ficha.origen);
+    Imagenes imagenes(almacen_, estacion.id);
+    tomar(almacen_, estacion, imagen, imagenes);
+    transaccion.confirmar();
+}
+
+ErrorImagen sinEstacion(const std::string& nombre) {
+    return ErrorImagen(fmt::format("no hay ninguna estación {} en el archivo: vea estado", nombre));
+}
+
+}  // namespace telvane

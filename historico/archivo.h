@@ -1,0 +1,73 @@
+// The archive: two sets that only grow. Images are known by their SHA-256, samples by station, stamp and
+// bytes; whatever else it tells follows from the images.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "historico/almacen.h"
+#include "historico/imagenes.h"
+
+namespace telvane {
+
+struct Procedencia {
+    std::string origen;
+    Incorporada incorporada{};
+};
+
+struct Incorporacion {
+    std::string estacion;
+    Huella imagen{};
+    bool repetida = false;
+    bool parcial = false;
+    std::int64_t muestras = 0;  // distinct
+    std::int64_t nuevas = 0;
+    std::int64_t conflictos = 0;  // its stamps that are in conflict now
+    std::int64_t vacios = 0;
+    std::int64_t descartados = 0;
+};
+
+class Archivo {
+   public:
+    explicit Archivo(Almacen& almacen) : almacen_(almacen) {}
+
+    // To which station an image goes. serie: what the user says it is. como: name beside the serial number.
+    struct Destino {
+        std::optional<std::string> serie;
+        std::optional<std::string> como;
+    };
+    // One transaction. Throws ErrorImagen, ErrorAlmacen.
+    Incorporacion incorporar(BytesImagen bytes, const Destino& destino, const Procedencia& procedencia);
+
+    // Everything that follows from the images anew; one transaction a station. alAvanzar: before each image.
+    // Gives the stations that had to stay as they were, a line each: an image of theirs cannot be read.
+    std::vector<std::string> rehacer(const std::function<void()>& alAvanzar);
+
+    // Takes over from another archive what is missing here. One transaction an image. estacion: only this
+    // one.
+    struct Copia {
+        std::size_t copiadas = 0;
+        std::vector<std::string> fallos;  // images that cannot be read there, a line each
+    };
+    Copia copiarDe(Archivo& otro, const std::optional<std::string>& estacion,
+                   const std::function<void()>& alAvanzar);
+
+    // What is not as it should be, a line each. prueba: an empty store, for what the images decode to.
+    std::vector<std::string> comprobar(Almacen& prueba, const std::function<void()>& alAvanzar);
+
+    Almacen& almacen() { return almacen_; }
+
+   private:
+    void rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
+    bool tiene(const std::string& nombre, const Huella& huella);
+    void copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes);
+
+    Almacen& almacen_;
+};
+
+// What to tell whoever names a station that the archive does not know.
+ErrorImagen sinEstacion(const std::string& nombre);
+
+}  // namespace telvane

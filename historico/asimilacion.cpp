@@ -1,0 +1,210 @@
+#include "historico/asimilacion.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+
+#include "historico/huecos.h"
+
+namespace telvane {
+
+namespace {
+
+using Sellos = std::vector<Instante>;
+
+Sellos ordenados(Sellos sellos) {
+    std::sort(sellos.begin(), sellos.end());
+    sellos.erase(std::unique(sellos.begin(), sellos.end()), sellos.end());
+    return sellos;
+}
+
+bool esta(const Sellos& sellos, Instante cual) {
+    return std::binary_search(sellos.begin(), sellos.end(), cual);
+}
+
+std::vector<Testigo> testigosDe(BytesImagen bytes, const Huella& huella, const Sellos& sellos) {
+    std::vector<Testigo> lista;
+    for (const auto& r : ranurasDe(bytes)) {
+        if (esta(sellos, r.instante)) lista.push_back({r.instante, r.registro, r.ranura, huella});
+    }
+    return lista;
+}
+
+// Whether the image can hold one of the stamps.
+bool alcanza(const FichaImagen& ficha, const Sellos& sellos) {
+    if (!ficha.desde) return false;
+    const auto primero = std::lower_bound(sellos.begin(), sellos.end(), *ficha.desde);
+    return primero != sellos.end() && *primero <= *ficha.hasta;
+}
+
+}  // namespace
+
+ImagenNueva::ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporada cuando, std::string origen)
+    : bytes(contenido), ranuras(ranurasDe(contenido)), filas(filasDe(ranuras)) {
+    ficha.huella = huella;
+    ficha.bytes = bytes.size();
+    ficha.reloj = relojDe(bytes);
+    if (!filas.empty()) {
+        ficha.desde = filas.front().instante;
+        ficha.hasta = filas.back().instante;
+    }
+    ficha.incorporada = cuando;
+    ficha.origen = std::move(origen);
+    ficha.muestras = static_cast<std::int64_t>(filas.size());
+    ficha.retrocesos = retrocesosDe(ranuras);
+}
+
+Asimilada Asimilacion::asimilar(const ImagenNueva& imagen) {
+    if (imagen.filas.empty()) return {};
+    // What stands in the same place of the newest image is in the set.
+    const auto* reciente = resumen_.masNueva ? imagenes_.siSeLee(*resumen_.masNueva) : nullptr;
+    const auto candidatas = reciente ? filasQueNoEstanEn(imagen.bytes, *reciente) : imagen.filas;
+    const auto antes = sellosConTestigos(imagen.filas);
+    auto hallazgo = buscarNuevas(candidatas);
+    resumen_.huecos += contarHuecosDeMas(hallazgo.sellosNuevos);
+    almacen_.agregarFilas(estacion_, hallazgo.nuevas);
+    resumen_.muestras += static_cast<std::int64_t>(hallazgo.nuevas.size());
+    resumen_.desde = std::min(resumen_.desde.value_or(*imagen.ficha.desde), *imagen.ficha.desde);
+    resumen_.hasta = std::max(resumen_.hasta.value_or(*imagen.ficha.hasta), *imagen.ficha.hasta);
+
+    Sellos recientes;
+    std::set_difference(hallazgo.enConflicto.begin(), hallazgo.enConflicto.end(), antes.begin(), antes.end(),
+                        std::back_inserter(recientes));
+    resumen_.conflictos += static_cast<std::int64_t>(recientes.size());
+    atestiguarAnteriores(recientes);
+    Sellos suyos;
+    std::set_union(antes.begin(), antes.end(), recientes.begin(), recientes.end(), std::back_inserter(suyos));
+    atestiguar(imagen, suyos);
+
+    auto tocados = revisarParciales(imagen);
+    tocados.insert(tocados.end(), suyos.begin(), suyos.end());
+    contar(ordenados(std::move(tocados)));
+    return {static_cast<std::int64_t>(hallazgo.nuevas.size()), static_cast<std::int64_t>(suyos.size())};
+}
+
+Asimilacion::Hallazgo Asimilacion::buscarNuevas(const std::vector<Fila>& candidatas) {
+    // Spoilt and late samples stand alone: what lies between them and the rest is not read.
+    constexpr std::chrono::hours kTramo{12};
+    Hallazgo hallazgo;
+    const std::span<const Fila> todas(candidatas);
+    for (std::size_t desde = 0; desde < todas.size();) {
+        std::size_t hasta = desde + 1;
+        while (hasta < todas.size() && todas[hasta].instante - todas[hasta - 1].instante <= kTramo) ++hasta;
+        buscarEnTramo(todas.subspan(desde, hasta - desde), hallazgo);
+        desde = hasta;
+    }
+    return hallazgo;
+}
+
+void Asimilacion::buscarEnTramo(std::span<const Fila> candidatas, Hallazgo& hallazgo) {
+    std::vector<Fila> presentes;
+    almacen_.filas(estacion_, candidatas.front().instante, candidatas.back().instante,
+                   [&](const Fila& fila) { presentes.push_back(fila); });
+    auto presente = presentes.begin();
+    for (std::size_t i = 0; i < candidatas.size();) {
+        const auto sello = candidatas[i].instante;
+        while (presente != presentes.end() && presente->instante < sello) ++presente;
+        const auto primera = presente;
+        while (presente != presentes.end() && presente->instante == sello) ++presente;
+        auto registros = std::distance(primera, presente);
+        const bool selloNuevo = registros == 0;
+        for (; i < candidatas.size() && candidatas[i].instante == sello; ++i) {
+            const bool esta = std::any_of(primera, presente,
+                                          [&](const Fila& fila) { return fila.esLaMisma(candidatas[i]); });
+            if (esta) continue;
+            hallazgo.nuevas.push_back(candidatas[i]);
+            ++registros;
+        }
+        if (selloNuevo) hallazgo.sellosNuevos.push_back(sello);
+        if (registros > 1) hallazgo.enConflicto.push_back(sello);
+    }
+}
+
+std::int64_t Asimilacion::contarHuecosDeMas(const Sellos& sellosNuevos) {
+    if (sellosNuevos.empty()) return 0;
+    const auto primero = sellosNuevos.front();
+    const auto ultimo = sellosNuevos.back();
+    Entorno entorno;
+    entorno.antes = almacen_.sellosAntes(estacion_, primero, kSellosAlrededor);
+    entorno.despues = almacen_.sellosDespues(estacion_, ultimo, kSellosAlrededor);
+    almacen_.filas(estacion_, primero, ultimo, [&](const Fila& fila) {
+        if (entorno.medio.empty() || entorno.medio.back() != fila.instante) {
+            entorno.medio.push_back(fila.instante);
+        }
+    });
+    return huecosDeMas(entorno, sellosNuevos);
+}
+
+// Stamps of these samples that are in conflict already.
+Sellos Asimilacion::sellosConTestigos(const std::vector<Fila>& filas) {
+    Sellos enConflicto;
+    for (const auto& t : almacen_.testigos(estacion_, filas.front().instante, filas.back().instante)) {
+        if (enConflicto.empty() || enConflicto.back() != t.instante) enConflicto.push_back(t.instante);
+    }
+    Sellos propios;
+    for (const auto sello : enConflicto) {
+        const auto lugar = std::lower_bound(filas.begin(), filas.end(), sello,
+                                            [](const Fila& fila, Instante i) { return fila.instante < i; });
+        if (lugar != filas.end() && lugar->instante == sello) propios.push_back(sello);
+    }
+    return propios;
+}
+
+void Asimilacion::atestiguar(const ImagenNueva& imagen, const Sellos& sellos) {
+    if (sellos.empty()) return;
+    almacen_.agregarTestigos(estacion_, testigosDe(imagen.bytes, imagen.ficha.huella, sellos));
+}
+
+void Asimilacion::atestiguarAnteriores(const Sellos& sellos) {
+    if (sellos.empty()) return;
+    for (const auto& ficha : anteriores_()) {
+        if (!alcanza(ficha, sellos)) continue;
+        const auto* bytes = imagenes_.siSeLee(ficha.huella);
+        if (bytes) almacen_.agregarTestigos(estacion_, testigosDe(*bytes, ficha.huella, sellos));
+    }
+}
+
+// Marks the partial images that this one makes superfluous, or itself; gives the stamps whose votes change.
+Sellos Asimilacion::revisarParciales(const ImagenNueva& imagen) {
+    if (!imagen.ficha.parcial()) {
+        Sellos tocados;
+        for (const auto& ficha : almacen_.parcialesSueltas(estacion_)) {
+            const bool puede =
+                !ficha.desde || (*ficha.desde >= *imagen.ficha.desde && *ficha.hasta <= *imagen.ficha.hasta);
+            const auto* bytes = puede ? imagenes_.siSeLee(ficha.huella) : nullptr;
+            if (!bytes || !contiene(imagen.bytes, *bytes)) continue;
+            almacen_.marcarContenida(estacion_, ficha.huella, true);
+            const auto sellos = almacen_.sellosDe(estacion_, ficha.huella);
+            tocados.insert(tocados.end(), sellos.begin(), sellos.end());
+        }
+        return tocados;
+    }
+    for (const auto& ficha : anteriores_()) {
+        const bool puede = !ficha.parcial() && ficha.desde && *ficha.desde <= *imagen.ficha.desde &&
+                           *ficha.hasta >= *imagen.ficha.hasta;
+        const auto* bytes = puede ? imagenes_.siSeLee(ficha.huella) : nullptr;
+        if (!bytes || !contiene(*bytes, imagen.bytes)) continue;
+        almacen_.marcarContenida(estacion_, imagen.ficha.huella, true);
+        break;
+    }
+    return {};
+}
+
+void Asimilacion::contar(const Sellos& sellos) {
+    if (sellos.empty()) return;
+    std::map<Instante, std::vector<Testigo>> porSello;
+    for (auto& t : almacen_.testigos(estacion_, sellos.front(), sellos.back())) {
+        if (esta(sellos, t.instante)) porSello[t.instante].push_back(t);
+    }
+    for (const auto& [sello, testigos] : porSello) {
+        std::map<BytesMuestra, bool> cuentan;
+        almacen_.filas(estacion_, sello, sello, [&](const Fila& f) { cuentan[f.registro] = f.cuenta; });
+        for (const auto& v : votar(testigos)) {
+            if (cuentan.at(v.registro) == v.cuenta) continue;
+            almacen_.cambiarCuenta(estacion_, {sello, v.registro, v.cuenta});
+            resumen_.muestras += v.cuenta ? 1 : -1;
+        }
+    }
+}
+
+}  // namespace telvane

@@ -1,0 +1,154 @@
+// Whether an archive is what its images say.
+#include <algorithm>
+#include <tuple>
+
+#include <fmt/format.h>
+
+#include "historico/archivo.h"
+#include "historico/lectura.h"
+
+namespace telvane {
+
+namespace {
+
+using Lineas = std::vector<std::string>;
+
+// More of one station say nothing more.
+constexpr std::size_t kMuestrasQueSeDicen = 10;
+
+std::vector<Fila> filasDelAnio(Almacen& almacen, IdEstacion estacion, int anio) {
+    using namespace std::chrono;
+    const auto primero = [](int cual) { return Instante{local_days{year{cual} / 1 / 1}}; };
+    std::vector<Fila> filas;
+    almacen.filas(estacion, primero(anio), primero(anio + 1) - seconds(1),
+                  [&](const Fila& fila) { filas.push_back(fila); });
+    return filas;
+}
+
+std::string hora(const Fila& fila) {
+    const auto f = fechaDe(fila.instante);
+    const auto h = horaDe(fila.instante);
+    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", f.anio, f.mes, f.dia, h.hora, h.minuto,
+                       h.segundo);
+}
+
+// What is only in one of the two, or counts in one of them only.
+void compararFilas(const std::vector<Fila>& hay, const std::vector<Fila>& debe, Lineas& defectos) {
+    auto a = hay.begin();
+    auto b = debe.begin();
+    while (a != hay.end() || b != debe.end()) {
+        if (b == debe.end() || (a != hay.end() && *a < *b)) {
+            defectos.push_back(fmt::format("sobra la muestra de {}", hora(*a++)));
+        } else if (a == hay.end() || *b < *a) {
+            defectos.push_back(fmt::format("falta la muestra de {}", hora(*b++)));
+        } else {
+            if (a->cuenta != b->cuenta) {
+                defectos.push_back(
+                    fmt::format("la muestra de {} cuenta cuando no debe, o al revés", hora(*a)));
+            }
+            ++a;
+            ++b;
+        }
+    }
+}
+
+void compararResumenes(const ResumenEstacion& hay, const ResumenEstacion& debe, Lineas& defectos) {
+    const auto comparar = [&](std::string_view que, std::int64_t uno, std::int64_t otro) {
+        if (uno != otro) defectos.push_back(fmt::format("{}: hay {} y deben ser {}", que, uno, otro));
+    };
+    comparar("imágenes", hay.imagenes, debe.imagenes);
+    comparar("muestras", hay.muestras, debe.muestras);
+    comparar("huecos", hay.huecos, debe.huecos);
+    comparar("conflictos", hay.conflictos, debe.conflictos);
+    const bool igual = hay.desde == debe.desde && hay.hasta == debe.hasta && hay.masNueva == debe.masNueva &&
+                       hay.cabecera == debe.cabecera;
+    if (!igual) defectos.emplace_back("el resumen no es el de sus imágenes");
+}
+
+void compararEstaciones(const EstacionGuardada& hay, const EstacionGuardada& debe, Lineas& defectos) {
+    if (hay.evaporacion != debe.evaporacion) defectos.emplace_back("la variante no es la de su número");
+    if (hay.nombre != hay.serie && !hay.nombre.starts_with(hay.serie + "/"))
+        defectos.emplace_back("su nombre no es el de su número de serie");
+}
+
+void compararFichas(const std::vector<FichaImagen>& hay, const std::vector<FichaImagen>& debe,
+                    Lineas& defectos) {
+    for (const auto& una : hay) {
+        const auto suya =
+            std::ranges::find_if(debe, [&](const FichaImagen& otra) { return otra.huella == una.huella; });
+        const auto todo = [](const FichaImagen& f) {
+            return std::tuple(f.bytes, f.reloj, f.desde, f.hasta, f.muestras, f.retrocesos, f.contenida);
+        };
+        if (suya == debe.end() || todo(*suya) != todo(una))
+            defectos.push_back(
+                fmt::format("lo anotado de la imagen {} no es lo que dice", textoDe(una.huella)));
+    }
+}
+
+// Who holds which record of the stamps in conflict.
+std::vector<std::tuple<Instante, BytesMuestra, std::size_t, Huella>> testigosDe(Almacen& almacen,
+                                                                                IdEstacion estacion) {
+    std::vector<std::tuple<Instante, BytesMuestra, std::size_t, Huella>> lista;
+    for (const auto& t : almacen.testigos(estacion, kPrimerMomento, kUltimoMomento)) {
+        lista.emplace_back(t.instante, t.registro, t.ranura, t.imagen);
+    }
+    std::ranges::sort(lista);
+    return lista;
+}
+
+}  // namespace
+
+std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function<void()>& alAvanzar) {
+    Lectura lectura(almacen_);
+    auto defectos = almacen_.partesQueFaltan();
+    // Nothing more can be asked of it.
+    if (!defectos.empty()) return defectos;
+    defectos = almacen_.defectos();
+    Archivo deNuevo(prueba);
+    for (const auto& estacion : lectura.estaciones()) {
+        const auto decir = [&](const Lineas& lineas) {
+            for (std::size_t i = 0; i < std::min(lineas.size(), kMuestrasQueSeDicen); ++i) {
+                defectos.push_back(fmt::format("estación {}: {}", estacion.nombre, lineas[i]));
+            }
+            if (lineas.size() > kMuestrasQueSeDicen) {
+                defectos.push_back(fmt::format("estación {}: y {} defectos más", estacion.nombre,
+                                               lineas.size() - kMuestrasQueSeDicen));
+            }
+        };
+        Imagenes imagenes(almacen_, estacion.id);
+        Lineas danadas;
+        for (const auto& ficha : lectura.imagenes(estacion)) {
+            alAvanzar();
+            try {
+                const auto bytes = imagenes.bytes(ficha.huella);
+                if (const auto serie = serieDe(bytes); serie && *serie != estacion.serie) {
+                    danadas.push_back(fmt::format("la imagen {} es del registrador {}, no del {}",
+                                                  textoDe(ficha.huella), *serie, estacion.serie));
+                }
+                deNuevo.copiarUna(estacion, ficha, bytes);
+            } catch (const ErrorImagen& error) {
+                danadas.emplace_back(error.what());
+            }
+        }
+        decir(danadas);
+        // Without all of them nobody knows what the samples must be.
+        if (!danadas.empty()) continue;
+        Lineas suyos;
+        const auto debe = prueba.estacion(estacion.nombre);
+        if (debe) {
+            compararEstaciones(estacion, *debe, suyos);
+            compararResumenes(estacion.resumen, debe->resumen, suyos);
+            compararFichas(lectura.imagenes(estacion), prueba.fichas(debe->id), suyos);
+            if (testigosDe(almacen_, estacion.id) != testigosDe(prueba, debe->id))
+                suyos.emplace_back("los testigos de sus conflictos no son los de sus imágenes");
+            for (int anio = 2000; anio < 2100; ++anio) {
+                compararFilas(filasDelAnio(almacen_, estacion.id, anio), filasDelAnio(prueba, debe->id, anio),
+                              suyos);
+            }
+        }
+        decir(suyos);
+    }
+    return defectos;
+}
+
+}  // namespace telvane

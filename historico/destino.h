@@ -1,0 +1,27 @@
+// The archive that the user means.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "historico/almacen.h"
+
+namespace telvane {
+
+enum class Uso {
+    leer,
+    cambiar,    // what is there
+    incorporar  // makes it where there is none yet
+};
+
+// destino: a file, or postgresql://... atender: called while another program is waited for; what it throws
+// ends the wait. Throws ErrorAlmacen, and ErrorGuardado where no file can be made.
+std::unique_ptr<Almacen> abrirAlmacen(const std::string& destino, Uso uso,
+                                      std::chrono::milliseconds paciencia, std::function<void()> atender);
+
+// The user's own archive. Throws ErrorAlmacen when there is no home.
+std::string destinoPorDefecto();
+
+}  // namespace telvane

@@ -1,0 +1,123 @@
+#include "historico/exportacion_archivo.h"
+
+#include <array>
+#include <deque>
+
+#include "calidad/marcador.h"
+#include "data/informe.h"
+#include "data/linea_muestra.h"
+#include "loggerconfig/datos_config.h"
+#include "platform/cp1252.h"
+#include "ui/textos.h"
+
+namespace telvane {
+
+namespace {
+
+// Pieces of this size cost nothing besides what is in them.
+constexpr std::size_t kTrozo = 1U << 16;
+
+class Tablero {
+   public:
+    using AlEscribir = std::function<void(std::string_view)>;
+    Tablero(Tabla tabla, bool evaporacion, const AlEscribir& alEscribir)
+        : tabla_(tabla), evaporacion_(evaporacion), alEscribir_(alEscribir), trozo_(kTrozo, '\0') {}
+
+    void texto(std::string_view bytes) {
+        soltar();
+        alEscribir_(bytes);
+    }
+    void muestra(BytesMuestraConst registro) {
+        char* p = lugar(kObjetoMaximo);
+        p = tabla_ == Tabla::jsonl ? escribirObjeto(p, registro, evaporacion_)
+                                   : escribirLinea(p, registro, evaporacion_);
+        usado_ = static_cast<std::size_t>(p - trozo_.data());
+    }
+    void muestra(BytesMuestraConst registro, const Marcas& marcas) {
+        const auto lista = marcas.lista();
+        std::string columna;
+        for (const auto& marca : lista) {
+            if (tabla_ == Tabla::jsonl) {
+                columna += (columna.empty() ? "\"" : ",\"") + marca + '"';
+            } else {
+                columna += (columna.empty() ? "" : " ") + marca;
+            }
+        }
+        char* p = lugar(kObjetoMaximo + columna.size() + 2 * kColumnaDeMas);
+        if (tabla_ == Tabla::jsonl) {
+            p = escribirMiembros(p, registro, evaporacion_);
+            p = escribirTexto(escribirTexto(escribirTexto(p, R"("calidad":[)"), columna), "],");
+            p = cerrarObjeto(p);
+        } else {
+            p = escribirColumnas(p, registro, evaporacion_);
+            p = escribirTexto(escribirTexto(p, columna), ",");
+            p = cerrarLinea(p);
+        }
+        usado_ = static_cast<std::size_t>(p - trozo_.data());
+    }
+    void soltar() {
+        if (usado_ > 0) alEscribir_({trozo_.data(), usado_});
+        usado_ = 0;
+    }
+
+   private:
+    static constexpr std::size_t kColumnaDeMas = 16;
+
+    char* lugar(std::size_t cuanto) {
+        if (usado_ + cuanto > trozo_.size()) soltar();
+        return trozo_.data() + usado_;
+    }
+
+    Tabla tabla_;
+    bool evaporacion_;
+    const AlEscribir& alEscribir_;
+    std::string trozo_;
+    std::size_t usado_ = 0;
+};
+
+std::string cabezaDe(const EstacionGuardada& estacion, const PeticionTabla& peticion) {
+    if (peticion.tabla == Tabla::jsonl) return {};
+    if (peticion.tabla == Tabla::xls) return cp1252DeUtf8(columnasXls());
+    auto columnas = columnasCsv(estacion.evaporacion);
+    if (peticion.calidad) columnas.insert(columnas.size() - textos::kFinLinea.size(), ",Calidad");
+    const auto cabecera = leerCabecera(Lectura::cabecera(estacion));
+    return cp1252DeUtf8(encabezadoCsv(peticion.momento, cabecera.texto) + columnas);
+}
+
+bool esta(const Periodo& periodo, Instante instante) {
+    return (!periodo.desde || instante >= *periodo.desde) && (!periodo.hasta || instante < *periodo.hasta);
+}
+
+// The marks of a sample follow from what surrounds it, so that all of the station's are looked at.
+void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
+                        Tablero& tablero) {
+    std::deque<BytesMuestra> enCola;
+    Marcador marcador(*peticion.calidad, [&](const Juzgada& juzgada) {
+        if (esta(peticion.periodo, juzgada.observacion.instante)) {
+            tablero.muestra(enCola.front(), juzgada.marcas);
+        }
+        enCola.pop_front();
+    });
+    lectura.recorrer(estacion, {}, peticion.cuales, [&](const MuestraArchivada& m) {
+        enCola.push_back(m.registro);
+        marcador.agregar({m.instante, medidas(m.registro), m.conflicto});
+    });
+    marcador.terminar();
+}
+
+}  // namespace
+
+void escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
+                   const std::function<void(std::string_view)>& alEscribir) {
+    Tablero tablero(peticion.tabla, estacion.evaporacion, alEscribir);
+    tablero.texto(cabezaDe(estacion, peticion));
+    if (peticion.calidad) {
+        escribirConCalidad(lectura, estacion, peticion, tablero);
+    } else {
+        lectura.recorrer(estacion, peticion.periodo, peticion.cuales,
+                         [&](const MuestraArchivada& m) { tablero.muestra(m.registro); });
+    }
+    tablero.texto(peticion.tabla == Tabla::jsonl ? "" : textos::kFinLinea);
+}
+
+}  // namespace telvane

@@ -1,0 +1,29 @@
+// An archive's samples as a table, line by line, as the conversion of an image writes them.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "calidad/limites.h"
+#include "historico/lectura.h"
+#include "platform/reloj.h"
+
+namespace telvane {
+
+enum class Tabla { csv, jsonl, xls };
+
+struct PeticionTabla {
+    Tabla tabla = Tabla::csv;
+    Periodo periodo;
+    Cuales cuales = Cuales::lasQueCuentan;
+    std::optional<Limites> calidad;  // one more column or member
+    FechaHora momento;               // that the file tells as its own
+};
+
+// alEscribir gets the file's bytes piece by piece, and may end it with an exception.
+void escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
+                   const std::function<void(std::string_view)>& alEscribir);
+
+}  // namespace telvane

@@ -1,0 +1,148 @@
+#include "historico/imagen.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "data/registros.h"
+#include "data/sello.h"
+#include "loggerconfig/datos_config.h"
+
+namespace telvane {
+
+namespace {
+
+constexpr std::size_t kBytesRegistro = registro_muestra::kBytes;
+
+BytesMuestra copiaDe(BytesMuestraConst registro) {
+    BytesMuestra bytes;
+    std::copy(registro.begin(), registro.end(), bytes.begin());
+    return bytes;
+}
+
+// Slots that both have whole.
+std::size_t ranurasComunes(BytesImagen una, BytesImagen otra) {
+    return std::min({una.size() / kBytesRegistro, otra.size() / kBytesRegistro, kRanuras});
+}
+
+BytesMuestraConst enRanura(BytesImagen imagen, std::size_t ranura) {
+    return imagen.subspan(ranura * kBytesRegistro).first<kBytesRegistro>();
+}
+
+bool igualesEn(BytesImagen una, BytesImagen otra, std::size_t ranura) {
+    return std::memcmp(una.data() + ranura * kBytesRegistro, otra.data() + ranura * kBytesRegistro,
+                       kBytesRegistro) == 0;
+}
+
+void ordenar(std::vector<Fila>& filas) {
+    if (!std::is_sorted(filas.begin(), filas.end())) std::sort(filas.begin(), filas.end());
+    const auto fin = std::unique(filas.begin(), filas.end(),
+                                 [](const Fila& una, const Fila& otra) { return una.esLaMisma(otra); });
+    filas.erase(fin, filas.end());
+}
+
+}  // namespace
+
+std::vector<EnRanura> ranurasDe(BytesImagen imagen) {
+    std::vector<EnRanura> lista;
+    lista.reserve(imagen.size() / kBytesRegistro);
+    recorrerRegistros(imagen, [&](std::size_t ranura, BytesMuestraConst registro) {
+        lista.push_back({ranura, instanteDe(registro), copiaDe(registro)});
+    });
+    return lista;
+}
+
+std::vector<Fila> filasDe(const std::vector<EnRanura>& ranuras) {
+    std::vector<Fila> filas;
+    filas.reserve(ranuras.size());
+    for (const auto& r : ranuras) filas.push_back({r.instante, r.registro});
+    ordenar(filas);
+    return filas;
+}
+
+CuentaDeRanuras contarRanuras(BytesImagen imagen) {
+    CuentaDeRanuras cuenta;
+    const auto hasta = ranurasComunes(imagen, imagen);
+    for (std::size_t ranura = kPrimeraRanura; ranura < hasta; ++ranura) {
+        const auto registro = enRanura(imagen, ranura);
+        if (sello::bueno(registro, Perfil::ampliado)) continue;
+        ++(sello::borrado(registro) ? cuenta.vacias : cuenta.descartadas);
+    }
+    return cuenta;
+}
+
+std::int64_t retrocesosDe(const std::vector<EnRanura>& ranuras) {
+    std::int64_t cuantos = 0;
+    for (std::size_t i = 1; i < ranuras.size(); ++i) {
+        const bool vecinas = ranuras[i].ranura == ranuras[i - 1].ranura + 1;
+        if (vecinas && ranuras[i].instante <= ranuras[i - 1].instante) ++cuantos;
+    }
+    return cuantos;
+}
+
+std::optional<std::string> serieDe(BytesImagen imagen) {
+    constexpr std::size_t kCuantos = 4;
+    if (imagen.size() < kCuantos) return std::nullopt;
+    const auto bytes = imagen.subspan(registro_config::kSerie, kCuantos);
+    const auto todos = [&](std::uint8_t valor) {
+        return std::all_of(bytes.begin(), bytes.end(), [&](auto b) { return b == valor; });
+    };
+    if (todos(0x00) || todos(0xFF)) return std::nullopt;
+    std::string digitos;
+    for (const auto byte : bytes) {
+        const auto dos = digitosBcd(byte);
+        digitos.append(dos.begin(), dos.end());
+    }
+    return digitos;
+}
+
+std::optional<Instante> relojDe(BytesImagen imagen) {
+    // The clock is written as a record's stamp is.
+    if (imagen.size() < registro_config::kFin) return std::nullopt;
+    BytesMuestra sello{};
+    const auto reloj =
+        imagen.subspan(registro_config::kReloj, registro_config::kFin - registro_config::kReloj);
+    std::copy(reloj.begin(), reloj.end(), sello.begin());
+    if (!sello::bueno(sello, Perfil::ampliado)) return std::nullopt;
+    return instanteDe(sello);
+}
+
+Trato comparar(BytesImagen una, BytesImagen otra) {
+    std::size_t mismoSello = 0;
+    std::size_t distintos = 0;
+    const auto hasta = ranurasComunes(una, otra);
+    for (std::size_t ranura = kPrimeraRanura; ranura < hasta; ++ranura) {
+        const auto a = enRanura(una, ranura);
+        const auto b = enRanura(otra, ranura);
+        const bool buenos = sello::bueno(a, Perfil::ampliado) && sello::bueno(b, Perfil::ampliado);
+        if (!buenos || sello::palabra(a) != sello::palabra(b)) continue;
+        ++mismoSello;
+        if (!igualesEn(una, otra, ranura)) ++distintos;
+    }
+    constexpr std::size_t kBastan = 3;
+    if (mismoSello < kBastan) return Trato::ajenas;
+    return 2 * distintos > mismoSello ? Trato::discrepan : Trato::concuerdan;
+}
+
+bool contiene(BytesImagen entera, BytesImagen parte) {
+    bool todas = true;
+    recorrerRegistros(parte, [&](std::size_t ranura, BytesMuestraConst) {
+        todas = todas && (ranura + 1) * kBytesRegistro <= entera.size() && igualesEn(entera, parte, ranura);
+    });
+    return todas;
+}
+
+std::vector<Fila> filasQueNoEstanEn(BytesImagen imagen, BytesImagen otra) {
+    std::vector<Fila> filas;
+    const auto comunes = ranurasComunes(imagen, otra);
+    const auto hasta = ranurasComunes(imagen, imagen);
+    for (std::size_t ranura = kPrimeraRanura; ranura < hasta; ++ranura) {
+        if (ranura < comunes && igualesEn(imagen, otra, ranura)) continue;
+        const auto registro = enRanura(imagen, ranura);
+        if (sello::bueno(registro, Perfil::ampliado))
+            filas.push_back({instanteDe(registro), copiaDe(registro)});
+    }
+    ordenar(filas);
+    return filas;
+}
+
+}  // namespace telvane

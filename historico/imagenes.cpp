@@ -1,0 +1,69 @@
+#include "historico/imagenes.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "historico/compresion.h"
+
+namespace telvane {
+
+const Imagenes::Abierta* Imagenes::buscar(const Huella& huella) {
+    const auto lugar = std::find_if(abiertas_.begin(), abiertas_.end(),
+                                    [&](const Abierta& a) { return a.huella == huella; });
+    if (lugar == abiertas_.end()) return nullptr;
+    abiertas_.splice(abiertas_.begin(), abiertas_, lugar);
+    return &abiertas_.front();
+}
+
+const Imagenes::Abierta& Imagenes::recordar(const Huella& huella, std::vector<std::uint8_t> bytes) {
+    constexpr std::size_t kAbiertas = 4;
+    abiertas_.push_front({huella, std::move(bytes)});
+    if (abiertas_.size() > kAbiertas) abiertas_.pop_back();
+    return abiertas_.front();
+}
+
+const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
+    const auto danada = [&](const std::string& que) {
+        return ErrorImagen(
+            fmt::format("la imagen {} está dañada en el archivo: {}; vuelva a incorporarla en otro "
+                        "archivo desde su .rgt",
+                        textoDe(huella), que));
+    };
+    // Down to one that stands alone or is at hand, and up again.
+    std::vector<std::pair<Huella, ImagenGuardada>> pila;
+    const Abierta* abierta = nullptr;
+    for (auto cual = huella; (abierta = buscar(cual)) == nullptr;) {
+        auto guardada = almacen_.imagen(estacion_, cual);
+        if (!guardada) throw danada("falta " + textoDe(cual));
+        const auto base = guardada->base;
+        const int antes = pila.empty() ? guardada->profundidad + 1 : pila.back().second.profundidad;
+        if (guardada->profundidad >= antes) throw danada("su cadena no termina");
+        pila.emplace_back(cual, std::move(*guardada));
+        if (!base) break;
+        cual = *base;
+    }
+    for (; !pila.empty(); pila.pop_back()) {
+        const auto& [cual, guardada] = pila.back();
+        try {
+            const auto base = guardada.base ? BytesImagen(abierta->bytes) : BytesImagen{};
+            auto bytes = descomprimir(guardada.datos, guardada.bytes, base);
+            if (huellaDe(bytes) != cual) throw danada("su SHA-256 no es el suyo");
+            abierta = &recordar(cual, std::move(bytes));
+        } catch (const ErrorCompresion& error) {
+            throw danada(error.what());
+        }
+    }
+    return abierta->bytes;
+}
+
+const std::vector<std::uint8_t>* Imagenes::siSeLee(const Huella& huella) {
+    try {
+        return &bytes(huella);
+    } catch (const ErrorImagen&) {
+        return nullptr;
+    }
+}
+
+}  // namespace telvane

@@ -1,0 +1,41 @@
+// A station's images, unpacked.
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <vector>
+
+#include "historico/almacen.h"
+
+namespace telvane {
+
+// An image that is not taken, or not there, or damaged; the text says why and what to do.
+class ErrorImagen : public std::runtime_error {
+   public:
+    using std::runtime_error::runtime_error;
+};
+
+// Keeps a few of them: an image is packed against one that was looked at just before, as a rule.
+class Imagenes {
+   public:
+    Imagenes(Almacen& almacen, IdEstacion estacion) : almacen_(almacen), estacion_(estacion) {}
+
+    // Byte for byte; valid until the next call. Throws ErrorImagen when it is not there, or damaged.
+    const std::vector<std::uint8_t>& bytes(const Huella& huella);
+    // The same; nullptr instead of ErrorImagen. What is new can be taken in beside a damaged image.
+    const std::vector<std::uint8_t>* siSeLee(const Huella& huella);
+
+   private:
+    struct Abierta {
+        Huella huella;
+        std::vector<std::uint8_t> bytes;
+    };
+    const Abierta* buscar(const Huella& huella);
+    const Abierta& recordar(const Huella& huella, std::vector<std::uint8_t> bytes);
+
+    Almacen& almacen_;
+    IdEstacion estacion_;
+    std::list<Abierta> abiertas_;  // the last one used first
+};
+
+}  // namespace telvane

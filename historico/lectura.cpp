@@ -1,0 +1,53 @@
+#include "historico/lectura.h"
+
+#include <algorithm>
+
+#include "historico/archivo.h"
+#include "historico/imagenes.h"
+#include "loggerconfig/datos_config.h"
+#include "loggerconfig/pasos_serie.h"
+
+namespace telvane {
+
+EstacionGuardada Lectura::estacion(const std::string& nombre) {
+    auto estacion = almacen_.estacion(nombre);
+    if (!estacion) throw sinEstacion(nombre);
+    return *estacion;
+}
+
+std::vector<std::uint8_t> Lectura::bytesDe(const EstacionGuardada& estacion, const Huella& huella) {
+    return Imagenes(almacen_, estacion.id).bytes(huella);
+}
+
+std::vector<std::uint8_t> Lectura::cabecera(const EstacionGuardada& estacion) {
+    auto bytes = estacion.resumen.cabecera;
+    const bool propia = serieDe(bytes).has_value();
+    bytes.resize(registro_config::kCabecera);
+    if (!propia) {
+        const auto serie = empacarSerie(estacion.serie);
+        std::copy(serie.begin(), serie.end(), bytes.begin());
+    }
+    return bytes;
+}
+
+void Lectura::recorrer(const EstacionGuardada& estacion, const Periodo& periodo, Cuales cuales,
+                       const AlLeerMuestra& alLeer) {
+    // Whether a stamp is in conflict shows with its next record.
+    std::vector<Fila> delSello;
+    const auto soltar = [&] {
+        const bool conflicto = delSello.size() > 1;
+        for (const auto& fila : delSello) {
+            if (fila.cuenta || cuales == Cuales::todas) alLeer({fila.instante, fila.registro, conflicto});
+        }
+        delSello.clear();
+    };
+    const auto desde = periodo.desde.value_or(kPrimerMomento);
+    const auto hasta = periodo.hasta ? *periodo.hasta - std::chrono::seconds(1) : kUltimoMomento;
+    almacen_.filas(estacion.id, desde, hasta, [&](const Fila& fila) {
+        if (!delSello.empty() && delSello.front().instante != fila.instante) soltar();
+        delSello.push_back(fila);
+    });
+    soltar();
+}
+
+}  // namespace telvane

@@ -1,0 +1,63 @@
+// What whoever writes a table or a report gets of an archive: one state of it, however long the reading
+// takes.
+//
+//     Lectura lectura(almacen);
+//     const auto estacion = lectura.estacion("02080050");
+//     lectura.recorrer(estacion, {}, Cuales::lasQueCuentan, [](const MuestraArchivada& m) { ... });
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "historico/almacen.h"
+
+namespace telvane {
+
+struct Periodo {
+    std::optional<Instante> desde;  // included
+    std::optional<Instante> hasta;  // excluded
+};
+
+enum class Cuales {
+    lasQueCuentan,
+    todas  // every distinct record
+};
+
+struct MuestraArchivada {
+    Instante instante{};
+    BytesMuestra registro{};
+    // Its stamp has more than one distinct record.
+    bool conflicto = false;
+};
+
+class Lectura {
+   public:
+    explicit Lectura(Almacen& almacen) : almacen_(almacen), transaccion_(almacen, Almacen::Modo::lectura) {}
+
+    // By name.
+    std::vector<EstacionGuardada> estaciones() { return almacen_.estaciones(); }
+    // Throws ErrorImagen where there is no such station.
+    EstacionGuardada estacion(const std::string& nombre);
+    // By clock and fingerprint, the newest last.
+    std::vector<FichaImagen> imagenes(const EstacionGuardada& estacion) {
+        return almacen_.fichas(estacion.id);
+    }
+    // Byte for byte. Throws ErrorImagen when what is kept is damaged.
+    std::vector<std::uint8_t> bytesDe(const EstacionGuardada& estacion, const Huella& huella);
+    // The 432 bytes at the head of the newest image, zeros where it is shorter; the station's serial number
+    // stands over an erased one. What leerCabecera and the exports take.
+    static std::vector<std::uint8_t> cabecera(const EstacionGuardada& estacion);
+
+    // In order of stamp, those of one stamp by their bytes.
+    using AlLeerMuestra = std::function<void(const MuestraArchivada&)>;
+    void recorrer(const EstacionGuardada& estacion, const Periodo& periodo, Cuales cuales,
+                  const AlLeerMuestra& alLeer);
+
+   private:
+    Almacen& almacen_;
+    Transaccion transaccion_;
+};
+
+}  // namespace telvane

@@ -1,0 +1,62 @@
+// telvane-historico copiar
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "consola/codigos_salida.h"
+#include "historico/ordenes.h"
+
+namespace telvane {
+
+namespace {
+
+struct Opciones {
+    std::string destino;
+    std::optional<std::string> estacion;
+};
+
+// Without an image no archive is made.
+bool hayQueCopiar(Almacen& origen, const std::optional<std::string>& cual) {
+    Lectura lectura(origen);
+    if (cual) return lectura.estacion(*cual).resumen.imagenes > 0;
+    return !lectura.estaciones().empty();
+}
+
+std::string copiadas(std::size_t cuantas) {
+    return fmt::format("Imágenes copiadas: {}\n", cuantas);
+}
+
+void copiar(ContextoHistorico& contexto, const Opciones& opciones) {
+    const auto origen = contexto.abrir(Uso::leer);
+    if (!hayQueCopiar(*origen, opciones.estacion)) {
+        contexto.consola.resultado(copiadas(0));
+        return;
+    }
+    const auto destino = abrirAlmacen(opciones.destino, Uso::incorporar, contexto.entorno.paciencia,
+                                      [&] { contexto.atender(); });
+    Archivo suyo(*origen);
+    const auto copia = Archivo(*destino).copiarDe(suyo, opciones.estacion, [&] { contexto.atender(); });
+    for (const auto& fallo : copia.fallos) contexto.consola.aviso(fallo);
+    contexto.consola.resultado(copiadas(copia.copiadas));
+    if (!copia.fallos.empty()) {
+        throw ErrorCli(CodigoSalida::fallo, fmt::format("imágenes sin copiar: {}", copia.fallos.size()));
+    }
+}
+
+}  // namespace
+
+void declararCopiar(Argumentos& argumentos, ContextoHistorico& contexto) {
+    auto orden = argumentos.orden("copiar", "Copia a otro archivo histórico las imágenes que le faltan");
+    const auto opciones = std::make_shared<Opciones>();
+    orden.opcion(opciones->destino, {.nombre = "--a",
+                                     .valor = "DESTINO",
+                                     .ayuda = "El otro: un archivo SQLite, o postgresql://…",
+                                     .obligatoria = true});
+    orden.opcion(opciones->estacion,
+                 {.nombre = "--estacion", .valor = "CIFRAS", .ayuda = "Solo las de esta estación"});
+    orden.alElegir(
+        [&contexto, opciones] { contexto.orden = [&contexto, opciones] { copiar(contexto, *opciones); }; });
+}
+
+}  // namespace telvane

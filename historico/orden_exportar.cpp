@@ -1,0 +1,141 @@
+// telvane-historico exportar
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "calidad/limites_por_estacion.h"
+#include "consola/codigos_salida.h"
+#include "data/archivo_base.h"
+#include "historico/exportacion_archivo.h"
+#include "historico/ordenes.h"
+#include "historico/textos_historico.h"
+#include "platform/archivo.h"
+
+namespace telvane {
+
+namespace {
+
+struct Opciones {
+    std::string salida;
+    std::string estacion;
+    std::optional<std::string> desde;
+    std::optional<std::string> hasta;
+    std::optional<std::string> formato;
+    std::optional<std::string> limites;
+    bool calidad = false;
+    bool todo = false;
+};
+
+struct NombreTabla {
+    Tabla tabla;
+    std::string_view nombre;
+};
+constexpr std::array<NombreTabla, 3> kTablas = {
+    {{Tabla::csv, "csv"}, {Tabla::jsonl, "jsonl"}, {Tabla::xls, "xls"}}};
+
+std::optional<Tabla> leerTabla(std::string_view texto) {
+    const auto* cual =
+        std::find_if(kTablas.begin(), kTablas.end(), [&](const auto& t) { return t.nombre == texto; });
+    return cual == kTablas.end() ? std::nullopt : std::optional(cual->tabla);
+}
+std::string motivoTabla(const std::string& texto) {
+    return leerTabla(texto) ? "" : "debe ser csv, jsonl o xls";
+}
+
+// As asked for, or as the output's name tells.
+Tabla tablaDe(const Opciones& opciones) {
+    if (opciones.formato) return leerTabla(*opciones.formato).value();
+    auto final = std::filesystem::path(opciones.salida).extension().string();
+    std::ranges::transform(final, final.begin(), [](unsigned char c) { return std::tolower(c); });
+    return leerTabla(std::string_view(final).substr(final.empty() ? 0 : 1)).value_or(Tabla::csv);
+}
+
+std::optional<Instante> momentoDe(const std::optional<std::string>& texto) {
+    return texto ? leerMomento(*texto) : std::nullopt;
+}
+
+Periodo periodoDe(const Opciones& opciones) {
+    const Periodo periodo{.desde = momentoDe(opciones.desde), .hasta = momentoDe(opciones.hasta)};
+    if (periodo.desde && periodo.hasta && *periodo.desde >= *periodo.hasta) {
+        throw ErrorCli(CodigoSalida::malUso, "--desde debe ser anterior a --hasta");
+    }
+    return periodo;
+}
+
+void exportar(ContextoHistorico& contexto, const Opciones& opciones) {
+    PeticionTabla peticion{.tabla = tablaDe(opciones),
+                           .periodo = periodoDe(opciones),
+                           .cuales = opciones.todo ? Cuales::todas : Cuales::lasQueCuentan,
+                           .calidad = {},
+                           .momento = contexto.entorno.reloj.ahora()};
+    if (opciones.calidad && peticion.tabla == Tabla::xls) {
+        throw ErrorCli(CodigoSalida::malUso, "--calidad no cabe en un xls: pida csv o jsonl");
+    }
+    const auto almacen = contexto.abrir(Uso::leer);
+    const auto salida =
+        ContextoHistorico::salida(opciones.salida, reglaDeTabla(), almacen.get(), opciones.limites);
+    Lectura lectura(*almacen);
+    const auto estacion = lectura.estacion(opciones.estacion);
+    if (opciones.calidad) {
+        const auto limites = leerLimites(opciones.limites, almacen->limitesAlLado());
+        peticion.calidad = limites.de(estacion.nombre);
+    }
+    EscrituraConsola escritura(salida, contexto.entorno, contexto.consola);
+    escribirTabla(lectura, estacion, peticion, [&](std::string_view bytes) {
+        contexto.atender();
+        escritura.escribir(bytes);
+    });
+    escritura.terminar();
+}
+
+}  // namespace
+
+LimitesPorEstacion leerLimites(const std::optional<std::string>& pedidos,
+                               const std::filesystem::path& alLado) {
+    constexpr std::size_t kMaximo = 1U << 20;
+    std::error_code ninguno;
+    if (!pedidos && (alLado.empty() || !std::filesystem::exists(alLado, ninguno))) return {};
+    const auto ruta = pedidos ? std::filesystem::path(*pedidos) : alLado;
+    const auto bytes = leerArchivo(ruta, kMaximo);
+    return LimitesPorEstacion::leer({reinterpret_cast<const char*>(bytes.data()), bytes.size()},
+                                    ruta.string());
+}
+
+void declararExportar(Argumentos& argumentos, ContextoHistorico& contexto) {
+    auto orden =
+        argumentos.orden("exportar", "Escribe las muestras de una estación como convertir las escribe");
+    const auto o = std::make_shared<Opciones>();
+    orden.opcion(o->salida, {.nombre = "SALIDA",
+                             .valor = "",
+                             .ayuda = "Archivo que se escribe; - es la salida",
+                             .obligatoria = true});
+    orden.opcion(o->estacion, {.nombre = "--estacion",
+                               .valor = "CIFRAS",
+                               .ayuda = "Número de serie, o SERIE/NOMBRE",
+                               .obligatoria = true});
+    orden.opcion(o->desde, {.nombre = "--desde",
+                            .valor = "F",
+                            .ayuda = "Desde AAAA-MM-DD o AAAA-MM-DDTHH:MM, incluido",
+                            .comprobar = motivoMomento});
+    orden.opcion(
+        o->hasta,
+        {.nombre = "--hasta", .valor = "F", .ayuda = "Hasta entonces, excluido", .comprobar = motivoMomento});
+    orden.opcion(o->formato, {.nombre = "--formato",
+                              .valor = "FORMATO",
+                              .ayuda = "csv, jsonl o xls; si falta, el de la SALIDA, o csv",
+                              .comprobar = motivoTabla});
+    orden.bandera(o->calidad, "--calidad", "Añade las marcas de calidad de cada muestra (csv, jsonl)");
+    orden.opcion(o->limites,
+                 {.nombre = "--limites",
+                  .valor = "ARCHIVO",
+                  .ayuda = "Límites de las marcas; si falta, calidad.ini junto al archivo SQLite"});
+    orden.bandera(o->todo, "--todo", "Todo registro distinto, también los que no cuentan");
+    orden.alElegir([&contexto, o] { contexto.orden = [&contexto, o] { exportar(contexto, *o); }; });
+}
+
+}  // namespace telvane

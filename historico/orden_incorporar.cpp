@@ -1,0 +1,182 @@
+// telvane-historico incorporar
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "consola/codigos_salida.h"
+#include "consola/progreso.h"
+#include "historico/ordenes.h"
+#include "loggerconfig/pasos_serie.h"
+#include "platform/archivo.h"
+#include "platform/texto_visible.h"
+
+namespace telvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kTuberia = "-";
+
+struct Opciones {
+    std::vector<std::string> archivos;
+    std::optional<std::string> serie;
+    std::optional<std::string> como;
+    bool json = false;
+};
+
+std::string motivoNombre(const std::string& texto) {
+    constexpr std::string_view kValen = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
+    const bool bien = !texto.empty() && texto.find_first_not_of(kValen) == std::string::npos;
+    return bien ? "" : "debe ser de letras, cifras, - y _";
+}
+
+bool esArchivoBase(const fs::path& ruta) {
+    // Hidden ones are what programs leave behind while they write.
+    if (ruta.filename().string().starts_with('.')) return false;
+    auto final = ruta.extension().string();
+    std::transform(final.begin(), final.end(), final.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return final == ".rgt";
+}
+
+// A folder stands for the base files in it, by name.
+std::vector<std::string> expandir(const std::vector<std::string>& dados) {
+    std::vector<std::string> lista;
+    for (const auto& dado : dados) {
+        std::error_code ninguno;
+        if (dado == kTuberia || !fs::is_directory(dado, ninguno)) {
+            lista.push_back(dado);
+            continue;
+        }
+        std::vector<std::string> suyos;
+        for (const auto& entrada : fs::directory_iterator(dado)) {
+            if (esArchivoBase(entrada.path()) && !fs::is_directory(entrada.path(), ninguno))
+                suyos.push_back(entrada.path().string());
+        }
+        std::sort(suyos.begin(), suyos.end());
+        lista.insert(lista.end(), suyos.begin(), suyos.end());
+    }
+    return lista;
+}
+
+std::string objeto(const std::string& archivo, const Incorporacion& i) {
+    nlohmann::ordered_json json;
+    json["archivo"] = archivo;
+    json["estacion"] = i.estacion;
+    json["imagen"] = textoDe(i.imagen);
+    json["repetida"] = i.repetida;
+    json["parcial"] = i.parcial;
+    json["muestras"] = i.muestras;
+    json["nuevas"] = i.nuevas;
+    json["conflictos"] = i.conflictos;
+    json["vacios"] = i.vacios;
+    json["descartados"] = i.descartados;
+    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+std::string linea(const std::string& archivo, const Incorporacion& i) {
+    return fmt::format("{}: estación {}, {} muestras, {} nuevas, {} en conflicto\n", sinControles(archivo),
+                       i.estacion, i.muestras, i.nuevas, i.conflictos);
+}
+
+class Tanda {
+   public:
+    Tanda(ContextoHistorico& contexto, const Opciones& opciones)
+        : contexto_(contexto),
+          opciones_(opciones),
+          almacen_(contexto.abrir(Uso::incorporar)),
+          archivo_(*almacen_) {}
+
+    // How many files failed; each was told.
+    std::size_t correr(const std::vector<std::string>& archivos) {
+        Progreso progreso(contexto_.consola, contexto_.entorno.reloj, archivos.size(), {"archivos"});
+        std::size_t fallidos = 0;
+        for (std::size_t i = 0; i < archivos.size(); ++i) {
+            contexto_.atender();
+            if (!una(archivos[i])) ++fallidos;
+            progreso.avance(i + 1);
+        }
+        return fallidos;
+    }
+
+   private:
+    bool una(const std::string& archivo) {
+        try {
+            const auto bytes = leer(archivo);
+            const auto hecha = archivo_.incorporar(bytes, {opciones_.serie, opciones_.como},
+                                                   {archivo, contexto_.entorno.ahora()});
+            contexto_.consola.resultado(opciones_.json ? objeto(archivo, hecha) : linea(archivo, hecha));
+            if (hecha.parcial) {
+                contexto_.consola.aviso(fmt::format("{}: imagen parcial, {} bytes de {}",
+                                                    sinControles(archivo), bytes.size(), kBytesMemoria));
+            }
+            return true;
+        } catch (const ErrorImagen& error) {
+            return fallar(archivo, error.what());
+        } catch (const ErrorLectura& error) {
+            return fallar(archivo, error.what());
+        } catch (const ErrorAlmacen& error) {
+            // Each of the others would wait as long.
+            if (error.clase() == ErrorAlmacen::Clase::agotada) throw;
+            return fallar(archivo, error.what());
+        }
+    }
+
+    bool fallar(const std::string& archivo, const std::string& que) {
+        contexto_.consola.aviso(fmt::format("{}: {}", sinControles(archivo), que));
+        return false;
+    }
+
+    std::vector<std::uint8_t> leer(const std::string& archivo) {
+        // One byte more than an image shows that it is none.
+        constexpr auto kMaximo = kBytesMemoria + 1;
+        if (archivo == kTuberia) return contexto_.consola.leerEntrada(kMaximo);
+        return leerArchivo(archivo, kMaximo);
+    }
+
+    ContextoHistorico& contexto_;
+    const Opciones& opciones_;
+    std::unique_ptr<Almacen> almacen_;
+    Archivo archivo_;
+};
+
+void incorporar(ContextoHistorico& contexto, const Opciones& opciones) {
+    const auto archivos = expandir(opciones.archivos);
+    const auto fallidos = Tanda(contexto, opciones).correr(archivos);
+    if (fallidos > 0) {
+        throw ErrorCli(CodigoSalida::fallo,
+                       fmt::format("{} de {} archivos sin incorporar", fallidos, archivos.size()));
+    }
+    if (archivos.empty()) contexto.consola.aviso("no hay archivos .rgt que incorporar");
+}
+
+}  // namespace
+
+void declararIncorporar(Argumentos& argumentos, ContextoHistorico& contexto) {
+    auto orden = argumentos.orden("incorporar", "Incorpora archivos base (.rgt), o los de una carpeta");
+    const auto opciones = std::make_shared<Opciones>();
+    orden.opcion(opciones->archivos, {.nombre = "ARCHIVO",
+                                      .valor = "",
+                                      .ayuda = "Archivos base, o carpetas con ellos; - es la entrada",
+                                      .obligatoria = true});
+    orden.opcion(opciones->serie, {.nombre = "--serie",
+                                   .valor = "CIFRAS",
+                                   .ayuda = "Número de serie, 8 cifras, de una imagen que no lo lleva",
+                                   .comprobar = motivoSerie});
+    orden.opcion(opciones->como, {.nombre = "--como",
+                                  .valor = "NOMBRE",
+                                  .ayuda = "Otro registrador con el mismo número: la estación SERIE/NOMBRE",
+                                  .comprobar = motivoNombre});
+    orden.bandera(opciones->json, "--json", "Un objeto JSON por archivo");
+    orden.alElegir([&contexto, opciones] {
+        contexto.orden = [&contexto, opciones] { incorporar(contexto, *opciones); };
+    });
+}
+
+}  // namespace telvane

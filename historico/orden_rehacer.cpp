@@ -1,0 +1,26 @@
+// telvane-historico rehacer
+#include <fmt/format.h>
+
+#include "consola/codigos_salida.h"
+#include "historico/ordenes.h"
+
+namespace telvane {
+
+namespace {
+
+void rehacer(ContextoHistorico& contexto) {
+    const auto almacen = contexto.abrir(Uso::cambiar);
+    const auto fallos = Archivo(*almacen).rehacer([&] { contexto.atender(); });
+    for (const auto& fallo : fallos) contexto.consola.aviso(fallo);
+    if (!fallos.empty())
+        throw ErrorCli(CodigoSalida::fallo, fmt::format("estaciones sin rehacer: {}", fallos.size()));
+}
+
+}  // namespace
+
+void declararRehacer(Argumentos& argumentos, ContextoHistorico& contexto) {
+    auto orden = argumentos.orden("rehacer", "Vuelve a obtener las muestras de las imágenes");
+    orden.alElegir([&contexto] { contexto.orden = [&contexto] { rehacer(contexto); }; });
+}
+
+}  // namespace telvane

@@ -1,0 +1,262 @@
+#include "historico/postgres.h"
+
+#include <libpq-fe.h>
+#include <poll.h>
+
+#include <array>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "historico/almacen.h"
+
+namespace telvane {
+
+namespace {
+
+using Clase = ErrorAlmacen::Clase;
+
+struct Opciones {
+    void operator()(PQconninfoOption* opciones) const { PQconninfoFree(opciones); }
+};
+using OpcionesDeUrl = std::unique_ptr<PQconninfoOption, Opciones>;
+
+OpcionesDeUrl leerUrl(const std::string& url) {
+    char* error = nullptr;
+    OpcionesDeUrl opciones(PQconninfoParse(url.c_str(), &error));
+    // What libpq says of it quotes the address with all that is in it.
+    PQfreemem(error);
+    if (!opciones) {
+        throw ErrorAlmacen(
+            "no se entiende la dirección de la base de datos: se escribe "
+            "postgresql://USUARIO@SERVIDOR/BASE");
+    }
+    return opciones;
+}
+
+std::string valorDe(const OpcionesDeUrl& opciones, std::string_view clave) {
+    for (const auto* o = opciones.get(); o->keyword != nullptr; ++o) {
+        if (o->keyword == clave && o->val != nullptr) return o->val;
+    }
+    return {};
+}
+
+std::string sinContrasena(const OpcionesDeUrl& opciones) {
+    const auto usuario = valorDe(opciones, "user");
+    const auto puerto = valorDe(opciones, "port");
+    return fmt::format("postgresql://{}{}{}/{}", usuario.empty() ? "" : usuario + "@",
+                       valorDe(opciones, "host"), puerto.empty() ? "" : ":" + puerto,
+                       valorDe(opciones, "dbname"));
+}
+
+std::string campoDe(const pg_result* resultado, int cual) {
+    const char* campo = resultado != nullptr ? PQresultErrorField(resultado, cual) : nullptr;
+    return campo != nullptr ? campo : "";
+}
+
+struct Motivo {
+    std::string texto;
+    Clase clase = Clase::otra;
+};
+
+// estado: SQLSTATE; its first two characters are its class.
+Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) {
+    const auto clase = estado.substr(0, 2);
+    // A state of none comes from the connection, which may be told as open until it is used again.
+    if (!viva || estado.empty() || clase == "08" || estado == "57P01" || estado == "57P02" ||
+        estado == "57P03") {
+        return {"se perdió la conexión con el servidor: repita cuando responda; lo ya incorporado sigue allí",
+                Clase::pasajera};
+    }
+    if (estado == "55P03") return {"otro programa escribe en él: repita cuando termine", Clase::agotada};
+    if (estado == "42501" || estado == "25006") {
+        return {fmt::format(
+            "el servidor no da permiso: pídalo para el esquema telvane a quien lo administra ({})", dicho)};
+    }
+    if (clase == "53") {
+        return {fmt::format(
+            "al servidor le faltan recursos, quizá espacio en el disco: libérelos y repita ({})", dicho)};
+    }
+    return {fmt::format("el servidor dice: {}", dicho)};
+}
+
+std::string primeraLinea(const std::string& texto) {
+    return texto.substr(0, texto.find('\n'));
+}
+
+}  // namespace
+
+ResultadoPostgres::ResultadoPostgres(pg_result* resultado) : resultado_(resultado) {}
+void ResultadoPostgres::Soltar::operator()(pg_result* resultado) const {
+    PQclear(resultado);
+}
+int ResultadoPostgres::filas() const {
+    return PQntuples(resultado_.get());
+}
+bool ResultadoPostgres::esNulo(int fila, int columna) const {
+    return PQgetisnull(resultado_.get(), fila, columna) != 0;
+}
+std::span<const std::uint8_t> ResultadoPostgres::bytes(int fila, int columna) const {
+    return {reinterpret_cast<const std::uint8_t*>(PQgetvalue(resultado_.get(), fila, columna)),
+            static_cast<std::size_t>(PQgetlength(resultado_.get(), fila, columna))};
+}
+std::int64_t ResultadoPostgres::entero(int fila, int columna) const {
+    return enteroDe(bytes(fila, columna));
+}
+std::string ResultadoPostgres::texto(int fila, int columna) const {
+    const auto b = bytes(fila, columna);
+    return {b.begin(), b.end()};
+}
+
+Parametros& Parametros::entero(std::int64_t valor) {
+    valores_.push_back({std::to_string(valor), 0});
+    return *this;
+}
+Parametros& Parametros::texto(std::string_view valor) {
+    valores_.push_back({std::string(valor), 0});
+    return *this;
+}
+Parametros& Parametros::bytes(std::span<const std::uint8_t> valor) {
+    valores_.push_back({std::string(valor.begin(), valor.end()), 1});
+    return *this;
+}
+Parametros& Parametros::nulo() {
+    valores_.push_back({std::nullopt, 0});
+    return *this;
+}
+
+void BasePostgres::Cerrar::operator()(pg_conn* conexion) const {
+    PQfinish(conexion);
+}
+
+BasePostgres::BasePostgres(const std::string& url, std::function<void()> atender)
+    : url_(url), nombre_(sinContrasena(leerUrl(url))), atender_(std::move(atender)) {
+    conectar();
+}
+BasePostgres::~BasePostgres() = default;
+
+void BasePostgres::conectar() {
+    const auto opciones = leerUrl(url_);
+    const auto espera = valorDe(opciones, "connect_timeout");
+    // What the address says itself goes before the limits that it leaves open.
+    const std::array<const char*, 6> claves = {
+        "dbname",          "connect_timeout",           "tcp_user_timeout",
+        "client_encoding", "fallback_application_name", nullptr};
+    const std::array<const char*, 6> valores = {
+        url_.c_str(), espera.empty() ? "10" : espera.c_str(), "30000", "UTF8", "telvane-historico", nullptr};
+    conexion_.reset(PQconnectdbParams(claves.data(), valores.data(), 1));
+    preparadas_.clear();
+    if (viva()) {
+        PQsetNoticeProcessor(
+            conexion_.get(), [](void*, const char*) {}, nullptr);
+        return;
+    }
+    throw ErrorAlmacen(
+        fmt::format("{}: no se puede conectar: {}", nombre_, primeraLinea(PQerrorMessage(conexion_.get()))));
+}
+
+bool BasePostgres::viva() const {
+    return PQstatus(conexion_.get()) == CONNECTION_OK;
+}
+bool BasePostgres::enTransaccion() const {
+    return PQtransactionStatus(conexion_.get()) != PQTRANS_IDLE;
+}
+void BasePostgres::reconectar() {
+    conectar();
+}
+
+void BasePostgres::fallar(const pg_result* resultado) const {
+    auto dicho = campoDe(resultado, PG_DIAG_MESSAGE_PRIMARY);
+    if (dicho.empty()) dicho = primeraLinea(PQerrorMessage(conexion_.get()));
+    const auto motivo = motivoDe(campoDe(resultado, PG_DIAG_SQLSTATE), dicho, viva());
+    throw ErrorAlmacen(fmt::format("{}: {}", nombre_, motivo.texto), motivo.clase);
+}
+
+void BasePostgres::exigir(const pg_result* resultado) const {
+    const auto estado = PQresultStatus(resultado);
+    if (estado != PGRES_COMMAND_OK && estado != PGRES_TUPLES_OK) fallar(resultado);
+}
+
+// Until the server has answered.
+void BasePostgres::esperar() {
+    constexpr int kVistazoMs = 100;
+    while (PQisBusy(conexion_.get()) != 0) {
+        pollfd respuesta{PQsocket(conexion_.get()), POLLIN, 0};
+        if (::poll(&respuesta, 1, kVistazoMs) > 0) {
+            // What has gone wrong is in the result.
+            if (PQconsumeInput(conexion_.get()) == 0) return;
+            continue;
+        }
+        try {
+            atender_();
+        } catch (...) {
+            cancelar();
+            throw;
+        }
+    }
+}
+
+// The server lets go of what it waits for; what it says of that is of no interest.
+void BasePostgres::cancelar() {
+    const std::unique_ptr<PGcancel, void (*)(PGcancel*)> aviso(PQgetCancel(conexion_.get()), PQfreeCancel);
+    std::array<char, 256> motivo{};
+    if (!aviso || PQcancel(aviso.get(), motivo.data(), static_cast<int>(motivo.size())) == 0) return;
+    while (auto* otro = PQgetResult(conexion_.get())) PQclear(otro);
+}
+
+ResultadoPostgres BasePostgres::recoger(bool enviado, Atencion atencion) {
+    pg_result* ultimo = nullptr;
+    ResultadoPostgres dueno(ultimo);
+    if (!enviado) return dueno;
+    for (;;) {
+        if (atender_ && atencion == Atencion::toda) esperar();
+        ultimo = PQgetResult(conexion_.get());
+        if (ultimo == nullptr) return dueno;
+        dueno = ResultadoPostgres(ultimo);
+        // The rest comes after the data.
+        if (PQresultStatus(ultimo) == PGRES_COPY_IN) return dueno;
+    }
+}
+
+void BasePostgres::ejecutar(const std::string& sql, Atencion atencion) {
+    exigir(recoger(PQsendQuery(conexion_.get(), sql.c_str()) == 1, atencion).suyo());
+}
+
+ResultadoPostgres BasePostgres::consultar(const std::string& sql, const Parametros& parametros) {
+    const auto [lugar, nueva] = preparadas_.try_emplace(sql, fmt::format("t{}", preparadas_.size()));
+    const auto* nombre = lugar->second.c_str();
+    if (nueva) {
+        const auto preparada =
+            recoger(PQsendPrepare(conexion_.get(), nombre, sql.c_str(), 0, nullptr) == 1, Atencion::ninguna);
+        if (PQresultStatus(preparada.suyo()) != PGRES_COMMAND_OK) {
+            preparadas_.erase(lugar);
+            fallar(preparada.suyo());
+        }
+    }
+    std::vector<const char*> valores;
+    std::vector<int> largos;
+    std::vector<int> formatos;
+    for (const auto& [bytes, formato] : parametros.valores_) {
+        valores.push_back(bytes ? bytes->data() : nullptr);
+        largos.push_back(bytes ? static_cast<int>(bytes->size()) : 0);
+        formatos.push_back(formato);
+    }
+    constexpr int kBinario = 1;
+    auto resultado =
+        recoger(PQsendQueryPrepared(conexion_.get(), nombre, static_cast<int>(valores.size()), valores.data(),
+                                    largos.data(), formatos.data(), kBinario) == 1);
+    exigir(resultado.suyo());
+    return resultado;
+}
+
+void BasePostgres::copiar(const std::string& sql, std::string_view bytes) {
+    const auto comienzo = recoger(PQsendQuery(conexion_.get(), sql.c_str()) == 1);
+    if (PQresultStatus(comienzo.suyo()) != PGRES_COPY_IN) fallar(comienzo.suyo());
+    const bool enviado = PQputCopyData(conexion_.get(), bytes.data(), static_cast<int>(bytes.size())) == 1 &&
+                         PQputCopyEnd(conexion_.get(), nullptr) == 1;
+    if (!enviado) fallar(nullptr);
+    const auto fin = recoger(true, Atencion::ninguna);
+    if (PQresultStatus(fin.suyo()) != PGRES_COMMAND_OK) fallar(fin.suyo());
+}
+
+}  // namespace telvane

@@ -1,0 +1,118 @@
+// libpq with owners and errors, and nothing else. Values go and come in the server's binary format.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct pg_conn;
+struct pg_result;
+
+namespace telvane {
+
+// Rows and columns from 0.
+class ResultadoPostgres {
+   public:
+    explicit ResultadoPostgres(pg_result* resultado);
+    ResultadoPostgres(ResultadoPostgres&&) noexcept = default;
+    ResultadoPostgres& operator=(ResultadoPostgres&&) noexcept = default;
+
+    int filas() const;
+    bool esNulo(int fila, int columna) const;
+    bool logico(int fila, int columna) const { return bytes(fila, columna)[0] != 0; }
+    // Of a bigint.
+    std::int64_t entero(int fila, int columna) const;
+    std::span<const std::uint8_t> bytes(int fila, int columna) const;
+    std::string texto(int fila, int columna) const;
+    const pg_result* suyo() const { return resultado_.get(); }
+
+   private:
+    struct Soltar {
+        void operator()(pg_result* resultado) const;
+    };
+    std::unique_ptr<pg_result, Soltar> resultado_;
+};
+
+// Values for $1, $2, ...
+class Parametros {
+   public:
+    Parametros& entero(std::int64_t valor);
+    Parametros& texto(std::string_view valor);
+    Parametros& bytes(std::span<const std::uint8_t> valor);
+    Parametros& nulo();
+
+   private:
+    friend class BasePostgres;
+    struct Valor {
+        std::optional<std::string> bytes;
+        int formato;
+    };
+    std::vector<Valor> valores_;
+};
+
+class BasePostgres {
+   public:
+    // Whether a signal may end the wait for the server.
+    enum class Atencion { ninguna, toda };
+
+    // url: postgresql://...; its password is told to the server alone. atender: called while the server
+    // works; what it throws ends that. Throws ErrorAlmacen.
+    explicit BasePostgres(const std::string& url, std::function<void()> atender = {});
+    BasePostgres(const BasePostgres&) = delete;
+    BasePostgres& operator=(const BasePostgres&) = delete;
+    ~BasePostgres();
+
+    // Without the password.
+    const std::string& nombre() const { return nombre_; }
+    bool viva() const;
+    bool enTransaccion() const;
+    // A connection anew after the server has gone.
+    void reconectar();
+
+    // Several statements without results, as one message.
+    void ejecutar(const std::string& sql, Atencion atencion = Atencion::toda);
+    // Prepared at its first use.
+    ResultadoPostgres consultar(const std::string& sql, const Parametros& parametros = {});
+    // COPY ... FROM STDIN (FORMAT binary): all of its bytes.
+    void copiar(const std::string& sql, std::string_view bytes);
+
+   private:
+    struct Cerrar {
+        void operator()(pg_conn* conexion) const;
+    };
+    void conectar();
+    // The answer to what was sent: the last of its parts, or where data are expected.
+    ResultadoPostgres recoger(bool enviado, Atencion atencion = Atencion::toda);
+    void esperar();
+    void cancelar();
+    void exigir(const pg_result* resultado) const;
+    [[noreturn]] void fallar(const pg_result* resultado) const;
+
+    std::string url_;
+    std::string nombre_;
+    std::function<void()> atender_;
+    std::unique_ptr<pg_conn, Cerrar> conexion_;
+    std::map<std::string, std::string> preparadas_;  // each text, and its name there
+};
+
+// Whole numbers as the server has them, highest byte first.
+template <typename Entero>
+void agregarEntero(std::string& bytes, Entero valor) {
+    for (int bit = static_cast<int>(sizeof(Entero)) * 8 - 8; bit >= 0; bit -= 8) {
+        bytes += static_cast<char>(static_cast<std::make_unsigned_t<Entero>>(valor) >> bit & 0xFF);
+    }
+}
+inline std::int64_t enteroDe(std::span<const std::uint8_t> bytes) {
+    std::uint64_t valor = 0;
+    for (const auto byte : bytes) valor = valor << 8 | byte;
+    return static_cast<std::int64_t>(valor);
+}
+
+}  // namespace telvane

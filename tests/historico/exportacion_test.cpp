@@ -1,0 +1,138 @@
+// What an archive exports of one image is what its conversion writes: there is one decoder.
+#include <algorithm>
+#include <random>
+#include <set>
+
+#include <rapidcheck.h>
+
+#include "banco_historico.h"
+#include "data/conversion.h"
+#include "historico/exportacion_archivo.h"
+
+namespace telvane {
+namespace {
+
+constexpr FechaHora kMomento{.anio = 2026, .mes = 3, .dia = 7};
+
+struct Pareja {
+    Formato formato;
+    Tabla tabla;
+};
+constexpr std::array<Pareja, 3> kParejas = {
+    {{Formato::csv, Tabla::csv}, {Formato::xls, Tabla::xls}, {Formato::jsonl, Tabla::jsonl}}};
+
+using Azar = std::mt19937;
+Azar azarCualquiera() {
+    return Azar(*rc::gen::arbitrary<std::uint32_t>());
+}
+int entre(Azar& azar, int desde, int hasta) {
+    return std::uniform_int_distribution(desde, hasta)(azar);
+}
+
+// Any values in any channel, the bytes that no channel has included.
+BytesMuestra registroAlAzar(Azar& azar, Instante instante) {
+    BytesMuestra r{};
+    std::generate(r.begin(), r.end(), [&] { return static_cast<std::uint8_t>(entre(azar, 0, 255)); });
+    escribirSello(r, instante);
+    return r;
+}
+
+ImagenPrueba imagenAlAzar(Azar& azar) {
+    constexpr std::array<const char*, 4> kSeries = {"02080050", "03080050", "99999999", "10000001"};
+    ImagenPrueba imagen(kSeries[static_cast<std::size_t>(entre(azar, 0, 3))]);
+    return imagen.reloj(kInicio + std::chrono::hours(entre(azar, 0, 9999)))
+        .texto(4, "Finca \xD1orte" + std::to_string(entre(azar, 0, 999)));
+}
+
+// Stamps that rise over years; between the samples, slots that were never written.
+std::vector<std::uint8_t> imagenQueSube(Azar& azar) {
+    auto imagen = imagenAlAzar(azar);
+    auto instante = momento(2000 + entre(azar, 0, 90), 1, 1);
+    const int ranuras = entre(azar, 0, 400);
+    for (int ranura = 0; ranura < ranuras; ++ranura) {
+        instante += std::chrono::seconds(entre(azar, 1, entre(azar, 0, 9) == 0 ? 500'000 : 3600));
+        if (entre(azar, 0, 9) == 0) continue;
+        imagen.poner(static_cast<std::size_t>(ranura), registroAlAzar(azar, instante));
+    }
+    return imagen.bytes();
+}
+
+// Stamps that repeat and run backwards, records twice, slots of any bytes.
+std::vector<std::uint8_t> imagenCualquiera(Azar& azar) {
+    auto imagen = imagenAlAzar(azar);
+    BytesMuestra registro{};
+    const int ranuras = entre(azar, 0, 400);
+    for (int ranura = 0; ranura < ranuras; ++ranura) {
+        if (entre(azar, 0, 9) != 0) {
+            registro = registroAlAzar(azar, kInicio + std::chrono::minutes(entre(azar, 0, 200)));
+        }
+        if (entre(azar, 0, 9) == 0) {
+            registro[static_cast<std::size_t>(entre(azar, 0, 31))] =
+                static_cast<std::uint8_t>(entre(azar, 0, 255));
+        }
+        imagen.poner(static_cast<std::size_t>(ranura), registro);
+    }
+    return imagen.bytes();
+}
+
+std::set<std::string> lineasDe(const std::string& texto) {
+    std::set<std::string> lineas;
+    for (std::size_t desde = 0; desde < texto.size();) {
+        const auto fin = std::min(texto.find('\n', desde), texto.size() - 1);
+        lineas.insert(texto.substr(desde, fin + 1 - desde));
+        desde = fin + 1;
+    }
+    return lineas;
+}
+
+class Exportacion : public testing::TestWithParam<Banco> {
+   protected:
+    std::unique_ptr<Almacen> con(const std::vector<std::uint8_t>& imagen) {
+        auto almacen = almacenes.nuevo();
+        Archivo(*almacen).incorporar(imagen, {}, {});
+        return almacen;
+    }
+    static std::string exportada(Almacen& almacen, Tabla tabla) {
+        Lectura lectura(almacen);
+        std::string texto;
+        PeticionTabla peticion;
+        peticion.tabla = tabla;
+        peticion.momento = kMomento;
+        escribirTabla(lectura, lectura.estaciones().front(), peticion,
+                      [&](std::string_view bytes) { texto += bytes; });
+        return texto;
+    }
+    static std::string convertida(const std::vector<std::uint8_t>& imagen, Formato formato) {
+        Conversor conversor;
+        const auto archivo = conversor.convertir(imagen, formato, Perfil::ampliado, kMomento);
+        return std::string(archivo.bytes());
+    }
+
+    Almacenes almacenes{GetParam()};
+};
+INSTANTIATE_TEST_SUITE_P(En, Exportacion, testing::Values(Banco::sqlite, Banco::postgresql), nombreDeBanco);
+
+TEST_P(Exportacion, OfRisingStampsIsTheConversionByteForByte) {
+    EXPECT_TRUE(rc::check([&] {
+        auto azar = azarCualquiera();
+        const auto imagen = imagenQueSube(azar);
+        const auto almacen = con(imagen);
+        for (const auto& [formato, tabla] : kParejas) {
+            RC_ASSERT(exportada(*almacen, tabla) == convertida(imagen, formato));
+        }
+    }));
+}
+
+TEST_P(Exportacion, OfAnyImageHasTheLinesOfTheConversion) {
+    EXPECT_TRUE(rc::check([&] {
+        auto azar = azarCualquiera();
+        const auto imagen = imagenCualquiera(azar);
+        const auto almacen = con(imagen);
+        for (const auto& [formato, tabla] : kParejas) {
+            RC_ASSERT(lineasDe(exportada(*almacen, tabla)) == lineasDe(convertida(imagen, formato)));
+        }
+    }));
+}
+
+}  // namespace
+}  // namespace telvane

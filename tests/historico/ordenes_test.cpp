@@ -1,0 +1,416 @@
+// The commands as a routine: what they print, how they end, and what stands in the way of an archive.
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "apoyo/bucle_prueba.h"
+#include "banco_historico.h"
+#include "historico/aplicacion.h"
+#include "historico/contrasena.h"
+#include "historico/sqlite.h"
+
+namespace telvane {
+namespace {
+
+using testing::HasSubstr;
+
+class Ordenes : public testing::Test {
+   protected:
+    struct Resultado {
+        int codigo;
+        std::string salida;
+        std::string errores;
+    };
+
+    Resultado correr(std::vector<std::string> argumentos) {
+        const int salida = ::memfd_create("salida", MFD_CLOEXEC);
+        const int errores = ::memfd_create("errores", MFD_CLOEXEC);
+        EntornoHistorico entorno{
+            {.bucle = bucle,
+             .reloj = bucle.reloj(),
+             .correrHasta = [this](const auto& condicion,
+                                   auto plazo) { return bucle.correrHasta(condicion, plazo); },
+             .salida = salida,
+             .errores = errores},
+            {.ahora = [this] { return ahora; }, .paciencia = paciencia}};
+        entorno.senalEnEspera = senalEnEspera;
+        if (argumentos.front() != "--en") argumentos.insert(argumentos.begin(), {"--en", archivo()});
+        const int codigo = correrHistorico(argumentos, entorno);
+        return {codigo, leer(salida), leer(errores)};
+    }
+    std::string archivo() const { return carpeta / "h.sqlite"; }
+    std::string guardar(const std::string& nombre, const std::vector<std::uint8_t>& bytes) {
+        std::ofstream(carpeta / nombre, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        return carpeta / nombre;
+    }
+    std::string imagen() { return guardar("a.rgt", ImagenPrueba().serie(0, 0, 50).bytes()); }
+    void sql(const std::string& texto) {
+        BaseSqlite base(archivo(), BaseSqlite::Acceso::escritura, std::chrono::seconds(1));
+        base.ejecutar(texto);
+    }
+
+    std::chrono::milliseconds paciencia{50};
+    std::function<bool()> senalEnEspera = [] { return false; };
+    BuclePrueba bucle;
+    CarpetaTemporal carpeta;
+    Incorporada ahora{std::chrono::hours(500'000)};
+
+   private:
+    static std::string leer(int descriptor) {
+        std::string todo(static_cast<std::size_t>(::lseek(descriptor, 0, SEEK_END)), '\0');
+        EXPECT_EQ(::pread(descriptor, todo.data(), todo.size(), 0), static_cast<ssize_t>(todo.size()));
+        ::close(descriptor);
+        return todo;
+    }
+};
+
+TEST_F(Ordenes, incorporarTellsEachFileAndGoesOnAfterOneThatFails) {
+    const auto buena = imagen();
+    const auto r = correr({"incorporar", carpeta / "no.rgt", buena});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_EQ(r.salida, buena + ": estación 02080050, 50 muestras, 50 nuevas, 0 en conflicto\n");
+    EXPECT_THAT(r.errores, HasSubstr("no.rgt: no se pudo leer no.rgt: no existe"));
+}
+
+TEST_F(Ordenes, aFolderStandsForTheBaseFilesInIt) {
+    imagen();
+    guardar("b.txt", {1, 2, 3});
+    const auto r = correr({"incorporar", carpeta.ruta().string(), "--json"});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_THAT(
+        r.salida,
+        HasSubstr("\"muestras\":50,\"nuevas\":50,\"conflictos\":0,\"vacios\":8130,\"descartados\":0}"));
+    EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 1);
+}
+
+TEST_F(Ordenes, aFileLongerThanAnImageIsRefused) {
+    auto larga = ImagenPrueba().bytes();
+    larga.push_back(0);
+    EXPECT_EQ(correr({"incorporar", guardar("l.rgt", larga)}).codigo, 1);
+}
+
+TEST_F(Ordenes, silenceEndsWithOneAndTellsTheStation) {
+    correr({"incorporar", imagen()});
+    ahora += std::chrono::hours(10);
+    EXPECT_EQ(correr({"estado", "--silencio", "10"}).codigo, 0);
+    const auto r = correr({"estado", "--silencio", "9", "--json"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores, HasSubstr("estación 02080050: sin imágenes desde hace 10 horas"));
+    EXPECT_THAT(r.salida, HasSubstr("\"intervalo\": 10"));
+}
+
+TEST_F(Ordenes, noControlCharacterOfAHeaderIsShown) {
+    const auto r = correr(
+        {"incorporar", guardar("c.rgt", ImagenPrueba().texto(4, "A\x1b[2J\x9bZ").serie(0, 0, 3).bytes())});
+    EXPECT_EQ(r.codigo, 0);
+    for (const auto& como :
+         {std::vector<std::string>{"estado"}, {"estado", "--json"}, {"estado", "--prometheus", "-"}}) {
+        const auto texto = correr(como).salida;
+        EXPECT_EQ(texto.find('\x1b'), std::string::npos);
+        EXPECT_EQ(texto.find("\u009b"), std::string::npos);
+    }
+}
+
+TEST_F(Ordenes, aPeriodThatEndsBeforeItBeginsIsWrongUsage) {
+    correr({"incorporar", imagen()});
+    EXPECT_EQ(
+        correr({"exportar", "-", "--estacion", "02080050", "--desde", "2025-03-02", "--hasta", "2025-03-01"})
+            .codigo,
+        2);
+    EXPECT_EQ(correr({"exportar", "-", "--estacion", "02080050", "--desde", "2025-02-30"}).codigo, 2);
+    EXPECT_EQ(correr({"exportar", carpeta / "x.xls", "--estacion", "02080050", "--calidad"}).codigo, 2);
+}
+
+TEST_F(Ordenes, thePeriodTakesItsBeginningAndLeavesItsEnd) {
+    correr({"incorporar", imagen()});
+    const auto r = correr({"exportar", "-", "--estacion", "02080050", "--formato", "jsonl", "--desde",
+                           "2025-03-01T01:00", "--hasta", "2025-03-01T01:20"});
+    EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 2);
+    EXPECT_THAT(r.salida, HasSubstr("{\"hora\":\"2025-03-01T01:00:00\""));
+}
+
+TEST_F(Ordenes, whatIsNoArchiveIsToldAndLeftAlone) {
+    EXPECT_THAT(correr({"estado"}).errores, HasSubstr("no hay archivo histórico todavía"));
+    guardar("h.sqlite", {'h', 'o', 'l', 'a', ' ', 'a', ' ', 't', 'o', 'd', 'o', 's', '\n'});
+    EXPECT_THAT(correr({"incorporar", imagen()}).errores, HasSubstr("no es un archivo histórico de Telvane"));
+    std::filesystem::remove(archivo());
+    sql("CREATE TABLE ajena(a); PRAGMA application_id=7");
+    EXPECT_THAT(correr({"incorporar", imagen()}).errores, HasSubstr("no es un archivo histórico de Telvane"));
+    std::filesystem::remove(archivo());
+    ASSERT_EQ(::mkfifo(archivo().c_str(), 0600), 0);
+    EXPECT_THAT(correr({"incorporar", imagen()}).errores, HasSubstr("no es un archivo"));
+    std::filesystem::remove(archivo());
+    std::filesystem::create_directory(archivo());
+    EXPECT_THAT(correr({"incorporar", imagen()}).errores, HasSubstr("es una carpeta"));
+}
+
+TEST_F(Ordenes, anEmptyFileBecomesAnArchive) {
+    guardar("h.sqlite", {});
+    EXPECT_EQ(correr({"estado"}).codigo, 1);
+    EXPECT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+}
+
+TEST_F(Ordenes, aNewerVersionIsRefused) {
+    correr({"incorporar", imagen()});
+    sql("PRAGMA user_version=99");
+    EXPECT_THAT(correr({"estado"}).errores, HasSubstr("es de una versión más nueva (99)"));
+    EXPECT_EQ(correr({"incorporar", imagen()}).codigo, 1);
+}
+
+TEST_F(Ordenes, anOlderVersionIsMigratedAfterACopy) {
+    correr({"incorporar", imagen()});
+    {
+        const auto nuevo =
+            AlmacenSqlite::abrirParaEscribir(archivo(), false,
+                                             {.paciencia = std::chrono::seconds(1),
+                                              .migraciones = {"ALTER TABLE imagenes ADD COLUMN ficha TEXT"}});
+        EXPECT_EQ(nuevo->estaciones().size(), 1u);
+    }
+    BaseSqlite base(archivo(), BaseSqlite::Acceso::lectura, std::chrono::seconds(1));
+    EXPECT_EQ(base.numero("PRAGMA user_version"), 2);
+    EXPECT_EQ(base.numero("SELECT count(*) FROM pragma_table_info('imagenes') WHERE name='ficha'"), 1);
+    BaseSqlite copia(archivo() + ".version1", BaseSqlite::Acceso::lectura, std::chrono::seconds(1));
+    EXPECT_EQ(copia.numero("PRAGMA user_version"), 1);
+}
+
+TEST_F(Ordenes, aMigrationThatFailsChangesNothing) {
+    correr({"incorporar", imagen()});
+    EXPECT_THROW(AlmacenSqlite::abrirParaEscribir(
+                     archivo(), false,
+                     {.paciencia = std::chrono::seconds(1),
+                      .migraciones = {"ALTER TABLE imagenes ADD COLUMN f TEXT; sin sentido"}}),
+                 ErrorAlmacen);
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+}
+
+TEST_F(Ordenes, whoHoldsTheArchiveIsWaitedForAndTold) {
+    correr({"incorporar", imagen()});
+    BaseSqlite otro(archivo(), BaseSqlite::Acceso::escritura, std::chrono::seconds(1));
+    otro.ejecutar("BEGIN IMMEDIATE");
+    const auto otra = guardar("b.rgt", ImagenPrueba().serie(0, 0, 60).bytes());
+    const auto r = correr({"incorporar", otra});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores, HasSubstr("otro programa escribe en él: repita cuando termine"));
+    EXPECT_EQ(correr({"estado"}).codigo, 0);
+    otro.ejecutar("ROLLBACK");
+    EXPECT_EQ(correr({"incorporar", otra}).codigo, 0);
+}
+
+TEST_F(Ordenes, aDamagedImageIsNamedAndTheRestGoesOn) {
+    correr({"incorporar", imagen()});
+    sql("UPDATE contenidos SET datos=zeroblob(100)");
+    const auto r = correr({"comprobar"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.salida, HasSubstr(textoDe(huellaDe(ImagenPrueba().serie(0, 0, 50).bytes()))));
+    EXPECT_EQ(correr({"incorporar", guardar("b.rgt", ImagenPrueba().serie(0, 0, 60).bytes())}).codigo, 0);
+    EXPECT_EQ(correr({"rehacer"}).codigo, 1);
+    EXPECT_THAT(correr({"estado", "--json"}).salida, HasSubstr("\"muestras\": 60"));
+}
+
+TEST_F(Ordenes, aSampleThatIsNotTheImagesIsFoundAndMadeGood) {
+    correr({"incorporar", imagen()});
+    sql("UPDATE muestras SET presion=1 WHERE hora=(SELECT max(hora) FROM muestras)");
+    const auto r = correr({"comprobar"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.salida, HasSubstr("falta la muestra de 2025-03-01T08:10:00"));
+    EXPECT_EQ(correr({"rehacer"}).codigo, 0);
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+}
+
+TEST_F(Ordenes, imagenGivesBackEveryByte) {
+    const auto ruta = imagen();
+    correr({"incorporar", ruta});
+    const auto bytes = ImagenPrueba().serie(0, 0, 50).bytes();
+    const auto r = correr({"imagen", textoDe(huellaDe(bytes)).substr(0, 8), "-"});
+    EXPECT_EQ(r.salida, std::string(bytes.begin(), bytes.end()));
+    // It is a base file again: a new one.
+    const auto base = (carpeta / "vuelta.rgt").string();
+    const auto aArchivo = [&] {
+        return correr({"imagen", textoDe(huellaDe(bytes)).substr(0, 8), base}).codigo;
+    };
+    EXPECT_EQ(aArchivo(), 0);
+    EXPECT_EQ(aArchivo(), 1) << "an image that is there is not replaced";
+    EXPECT_EQ(correr({"imagen", "00000000", "-"}).codigo, 1);
+    EXPECT_EQ(correr({"imagen", "1234567", "-"}).codigo, 2);
+}
+
+TEST_F(Ordenes, nothingIsWrittenOverWhatItIsReadFrom) {
+    const auto base = imagen();
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    const auto huella = textoDe(huellaDe(ImagenPrueba().serie(0, 0, 50).bytes()));
+    std::filesystem::create_symlink("h.sqlite", carpeta / "enlace.csv");
+    std::filesystem::create_hard_link(archivo(), carpeta / "duro.csv");
+    guardar("calidad.ini", {});
+    std::vector<std::string> salidas = {carpeta / "enlace.csv", carpeta / "duro.csv", carpeta / "calidad.ini",
+                                        carpeta / "." / "h.sqlite"};
+    for (const auto* sufijo : {"", "-wal", "-shm", "-journal"}) salidas.push_back(archivo() + sufijo);
+    for (const auto& salida : salidas) {
+        EXPECT_EQ(correr({"exportar", salida, "--estacion", "02080050"}).codigo, 2) << salida;
+        EXPECT_EQ(correr({"estado", "--prometheus", salida}).codigo, 2) << salida;
+        EXPECT_EQ(correr({"informe", salida, "--estacion", "02080050"}).codigo, 2) << salida;
+        EXPECT_EQ(correr({"imagen", huella, salida}).codigo, 2) << salida;
+    }
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+    EXPECT_FALSE(std::filesystem::exists(archivo() + "-journal"));
+}
+
+TEST_F(Ordenes, noTableTakesABaseFilesName) {
+    const auto base = imagen();
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    std::filesystem::create_symlink("a.rgt", carpeta / "enlace.csv");
+    for (const auto& salida : {base, (carpeta / "nuevo.RGT").string(), (carpeta / "enlace.csv").string()}) {
+        EXPECT_EQ(correr({"exportar", salida, "--estacion", "02080050"}).codigo, 2) << salida;
+        EXPECT_EQ(correr({"estado", "--prometheus", salida}).codigo, 2) << salida;
+        EXPECT_EQ(correr({"informe", salida, "--estacion", "02080050"}).codigo, 2) << salida;
+    }
+    const auto sinNombre = guardar("c", ImagenPrueba().serie(0, 0, 50).bytes());
+    EXPECT_EQ(correr({"informe", sinNombre, "--imagen", sinNombre}).codigo, 2);
+    EXPECT_EQ(std::filesystem::file_size(base), kBytesMemoria);
+    EXPECT_EQ(std::filesystem::file_size(sinNombre), kBytesMemoria);
+}
+
+TEST_F(Ordenes, aTableGoesToADeviceOrAPipeAsItStands) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    EXPECT_EQ(correr({"exportar", "/dev/null", "--estacion", "02080050"}).codigo, 0);
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    const auto r = correr({"exportar", "/dev/stdout", "--estacion", "02080050", "--formato", "jsonl"});
+    EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 50);
+    ASSERT_EQ(::mkfifo((carpeta / "p").c_str(), 0600), 0);
+    const int lector = ::open((carpeta / "p").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_EQ(correr({"exportar", carpeta / "p", "--estacion", "02080050", "--formato", "jsonl"}).codigo, 0);
+    std::string leido(r.salida.size() + 1, '\0');
+    EXPECT_EQ(::read(lector, leido.data(), leido.size()), static_cast<ssize_t>(r.salida.size()));
+    leido.resize(r.salida.size());
+    EXPECT_EQ(leido, r.salida);
+    ::close(lector);
+}
+
+TEST_F(Ordenes, theFormatIsInTheNameInWhateverCase) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    ASSERT_EQ(correr({"exportar", carpeta / "t.JSONL", "--estacion", "02080050"}).codigo, 0);
+    std::ifstream tabla(carpeta / "t.JSONL");
+    EXPECT_EQ(tabla.get(), '{');
+}
+
+TEST_F(Ordenes, aVersionThatNeverWasIsRefused) {
+    const auto base = imagen();
+    for (const auto* version : {"0", "-1"}) {
+        correr({"incorporar", base});
+        sql(std::string("PRAGMA user_version=") + version);
+        for (const auto& orden :
+             {std::vector<std::string>{"incorporar", base}, {"rehacer"}, {"estado"}, {"comprobar"}}) {
+            const auto r = correr(orden);
+            EXPECT_EQ(r.codigo, 1);
+            EXPECT_THAT(r.errores, HasSubstr("dice ser de una versión que nunca hubo"));
+        }
+        std::filesystem::remove(archivo());
+    }
+}
+
+TEST_F(Ordenes, anArchivesNameIsAFilesWhateverItLooksLike) {
+    const auto base = imagen();
+    const auto antes = std::filesystem::current_path();
+    std::filesystem::current_path(carpeta.ruta());
+    for (const std::string nombre : {":memory:", "file:z.sqlite?mode=memory"}) {
+        EXPECT_EQ(correr({"--en", nombre, "incorporar", base}).codigo, 0) << nombre;
+        EXPECT_TRUE(std::filesystem::exists(nombre)) << nombre;
+        EXPECT_THAT(correr({"--en", nombre, "estado"}).salida, HasSubstr("02080050")) << nombre;
+    }
+    std::filesystem::current_path(antes);
+}
+
+TEST_F(Ordenes, whateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
+    const auto sana = ImagenPrueba().serie(0, 0, 50);
+    auto danada = sana;
+    danada.reloj(kInicio + std::chrono::hours(1)).poner(5, registroDeMinuto(50, 1));
+    const auto a = guardar("a.rgt", sana.bytes());
+    const auto b = guardar("b.rgt", danada.bytes());
+    ASSERT_EQ(correr({"incorporar", a, b}).codigo, 0);
+    ASSERT_EQ(correr({"comprobar"}).codigo, 0);
+    for (const std::string cambio :
+         {"UPDATE testigos SET ranura=ranura+1", "DELETE FROM testigos", "DROP TABLE testigos",
+          "DROP TABLE muestras", "DROP VIEW lecturas", "DROP INDEX imagenes_parciales",
+          "DROP VIEW lecturas; CREATE VIEW lecturas AS SELECT 1 AS hora",
+          "UPDATE estaciones SET evaporacion=1-evaporacion", "UPDATE estaciones SET serie='12345678'",
+          "UPDATE imagenes SET retrocesos=7", "UPDATE imagenes SET muestras=7", "UPDATE imagenes SET reloj=7",
+          "UPDATE imagenes SET contenida=1", "UPDATE estaciones SET huecos=7",
+          "INSERT INTO muestras SELECT "
+          "9,hora,auxiliar1,humedad,temperatura,viento,velocidad,radiacion,presion,"
+          "lluvia,libre,auxiliar2,evaporacion,resto,cuenta FROM muestras"}) {
+        sql(cambio);
+        const auto r = correr({"comprobar"});
+        EXPECT_EQ(r.codigo, 1) << cambio;
+        EXPECT_NE(r.salida, "") << cambio;
+        EXPECT_EQ(correr({"rehacer"}).codigo, 0) << cambio;
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n") << cambio;
+    }
+    sql("DELETE FROM estaciones");
+    EXPECT_THAT(correr({"comprobar"}).salida, HasSubstr("imágenes de una estación que no está: 2"));
+}
+
+TEST_F(Ordenes, aSignalEndsTheWaitForALock) {
+    correr({"incorporar", imagen()});
+    BaseSqlite otro(archivo(), BaseSqlite::Acceso::escritura, std::chrono::seconds(1));
+    otro.ejecutar("BEGIN IMMEDIATE");
+    paciencia = std::chrono::hours(1);
+    // It comes once the wait has begun.
+    senalEnEspera = [miradas = 0]() mutable { return ++miradas > 2; };
+    const auto r = correr({"incorporar", guardar("b.rgt", ImagenPrueba().serie(0, 0, 60).bytes())});
+    EXPECT_EQ(r.codigo, 130);
+    EXPECT_THAT(r.errores, HasSubstr("interrumpido"));
+}
+
+TEST_F(Ordenes, nothingCopiedMakesNoArchive) {
+    correr({"incorporar", imagen()});
+    EXPECT_EQ(correr({"copiar", "--a", carpeta / "n.sqlite", "--estacion", "99999999"}).codigo, 1);
+    EXPECT_FALSE(std::filesystem::exists(carpeta / "n.sqlite"));
+    EXPECT_THAT(correr({"copiar", "--a", carpeta / "no" / "n.sqlite"}).errores,
+                HasSubstr("no existe la carpeta"));
+}
+
+TEST_F(Ordenes, ofAFolderOnlyFilesThatAreSeenAreTaken) {
+    imagen();
+    guardar(".b.rgt", {1, 2, 3});
+    std::filesystem::create_directory(carpeta / "c.rgt");
+    const auto r = correr({"incorporar", carpeta.ruta().string()});
+    EXPECT_EQ(r.codigo, 0) << r.errores;
+    EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 1);
+}
+
+TEST_F(Ordenes, limitsMayBeginAsSomeEditorsBeginAFile) {
+    correr({"incorporar", imagen()});
+    std::ofstream(carpeta / "calidad.ini") << "\xEF\xBB\xBF[02080050]\ntemperatura.salto = 8\n";
+    EXPECT_EQ(correr({"exportar", "-", "--estacion", "02080050", "--calidad"}).codigo, 0);
+}
+
+TEST_F(Ordenes, aPasswordIsInNoMessage) {
+    const auto r = correr({"copiar", "--a", "postgresql://yo:secreta@/x?host=/no/hay"});
+    EXPECT_EQ(r.codigo, 1);
+    correr({"incorporar", imagen()});
+    const auto s = correr({"copiar", "--a", "postgresql://yo:secreta@/x?host=/no/hay"});
+    EXPECT_EQ(s.codigo, 1);
+    EXPECT_THAT(s.errores, HasSubstr("no se puede conectar"));
+    EXPECT_EQ((r.errores + s.errores).find("secreta"), std::string::npos);
+}
+
+TEST(Contrasena, isOverwrittenWhereverAnAddressHoldsIt) {
+    const auto tapada = [](std::string texto) {
+        ocultarContrasena(texto);
+        return texto;
+    };
+    EXPECT_EQ(tapada("postgresql://yo:se:cr@s/x"), "postgresql://yo:*****@s/x");
+    EXPECT_EQ(tapada("--en=postgres://yo:abc@s:5432/x?a=b:c@d"), "--en=postgres://yo:***@s:5432/x?a=b:c@d");
+    EXPECT_EQ(tapada("postgresql://yo@s:5432/x?password=abc&b=1"),
+              "postgresql://yo@s:5432/x?password=***&b=1");
+    EXPECT_EQ(tapada("postgresql://yo@s:5432/x"), "postgresql://yo@s:5432/x");
+    EXPECT_EQ(tapada("carpeta/a:b@c"), "carpeta/a:b@c");
+}
+
+}  // namespace
+}  // namespace telvane

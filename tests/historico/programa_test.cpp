@@ -1,0 +1,83 @@
+// The built program: killed, at odds with the disk, and beside another one.
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "apoyo/carpeta_temporal.h"
+#include "apoyo/proceso.h"
+#include "imagen_prueba.h"
+
+namespace telvane {
+namespace {
+
+class Programa : public testing::Test {
+   protected:
+    std::string guardar(const std::string& nombre, const std::vector<std::uint8_t>& bytes) {
+        std::ofstream(carpeta / nombre, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        return carpeta / nombre;
+    }
+    std::vector<std::string> orden(std::vector<std::string> resto) {
+        resto.insert(resto.begin(), {TELVANE_HISTORICO, "--en", carpeta / "h.sqlite"});
+        return resto;
+    }
+
+    CarpetaTemporal carpeta;
+};
+
+TEST_F(Programa, WhateverKillsItAnImageIsInOrItIsNot) {
+    const auto primera = guardar("a.rgt", ImagenPrueba().serie(0, 0, 3000).bytes());
+    const auto segunda =
+        guardar("b.rgt", ImagenPrueba().reloj(kInicio + std::chrono::hours(24)).serie(0, 0, 3144).bytes());
+    Proceso guion({"/bin/bash", GUION_MUERTE, TELVANE_HISTORICO, primera, segunda, "3"});
+    EXPECT_EQ(guion.terminar(std::chrono::seconds(110)), 0) << guion.salida() << guion.errores();
+}
+
+TEST_F(Programa, TwoAtOnceBothSucceed) {
+    Proceso una(orden({"incorporar", guardar("a.rgt", ImagenPrueba("02080050").serie(0, 0, 3000).bytes())}));
+    Proceso otra(orden({"incorporar", guardar("b.rgt", ImagenPrueba("02080051").serie(0, 0, 3000).bytes())}));
+    EXPECT_EQ(una.terminar(), 0) << una.errores();
+    EXPECT_EQ(otra.terminar(), 0) << otra.errores();
+    Proceso comprobar(orden({"comprobar"}));
+    EXPECT_EQ(comprobar.terminar(), 0) << comprobar.salida();
+}
+
+// The example queries of the manual, as they stand there, on an archive with a conflict.
+std::vector<std::string> consultasDelManual() {
+    std::ifstream manual(MANUAL);
+    std::vector<std::string> lineas;
+    std::string linea;
+    while (std::getline(manual, linea) && linea != "### Consultas") {
+    }
+    while (std::getline(manual, linea) && linea != "```") {
+    }
+    while (std::getline(manual, linea) && linea != "```") lineas.push_back(linea);
+    return lineas;
+}
+
+class Consulta : public Programa, public testing::WithParamInterface<std::string> {};
+INSTANTIATE_TEST_SUITE_P(DelManual, Consulta, testing::ValuesIn(consultasDelManual()), [](const auto& caso) {
+    return std::to_string(caso.index) + "_" + caso.param.substr(0, caso.param.find(' '));
+});
+
+TEST_P(Consulta, AnswersAsItStands) {
+    const bool conPandas = GetParam().find("pandas") != std::string::npos;
+    if (conPandas && Proceso({"/usr/bin/python3", "-c", "import pandas"}).terminar() != 0) {
+        GTEST_SKIP() << "sin pandas (paquete python3-pandas)";
+    }
+    auto imagen = ImagenPrueba().serie(0, 0, 100).poner(100, registroDeMinuto(0, 7)).bytes();
+    Proceso incorporar(
+        {TELVANE_HISTORICO, "--en", carpeta / "historico.sqlite", "incorporar", guardar("a.rgt", imagen)});
+    ASSERT_EQ(incorporar.terminar(), 0) << incorporar.errores();
+    Proceso consulta({"/bin/sh", "-c", "cd \"$0\" && " + GetParam(), carpeta.ruta().string()});
+    EXPECT_EQ(consulta.terminar(), 0);
+    EXPECT_EQ(consulta.errores(), "");
+    EXPECT_NE(consulta.salida(), "");
+}
+
+TEST(ConsultasDelManual, AreThere) {
+    EXPECT_GE(consultasDelManual().size(), 4u);
+}
+
+}  // namespace
+}  // namespace telvane

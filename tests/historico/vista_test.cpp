@@ -1,0 +1,99 @@
+// The view that others query says what the decoder says, for every raw value.
+#include <cmath>
+
+#include "banco_historico.h"
+#include "data/columnas.h"
+#include "data/medidas.h"
+#include "historico/postgres.h"
+#include "historico/sqlite.h"
+
+namespace telvane {
+namespace {
+
+constexpr int kCrudos = 65536;
+
+// One record for each raw value, in all channels at once; a minute apart.
+std::vector<Fila> filasDeTodo() {
+    std::vector<Fila> filas;
+    for (int crudo = 0; crudo < kCrudos; ++crudo) {
+        Fila fila{.instante = kInicio + std::chrono::minutes(crudo), .registro = {}};
+        escribirSello(fila.registro, fila.instante);
+        for (const auto& [desde, bytes] : kLugares) {
+            fila.registro[desde + bytes - 1] = static_cast<std::uint8_t>(crudo & 0xFF);
+            if (bytes == 2) fila.registro[desde] = static_cast<std::uint8_t>(crudo >> 8);
+        }
+        filas.push_back(fila);
+    }
+    return filas;
+}
+
+void llenar(Almacen& almacen, const std::vector<Fila>& filas) {
+    Transaccion transaccion(almacen, Almacen::Modo::escritura);
+    const auto estacion = almacen.crearEstacion("02080050", "02080050", true);
+    almacen.agregarFilas(estacion.id, filas);
+    transaccion.confirmar();
+}
+
+constexpr std::string_view kColumnas =
+    "humedad_pct,temperatura_c,viento_grados,viento_kmh,radiacion_kw_m2,presion_kpa,lluvia_mm,evaporacion_mm,"
+    "viento_desde_grados,coalesce(viento_rumbo,'---'),estacion";
+
+// A row of the view against the record that it comes from. columna: gives the text of one of kColumnas.
+template <typename Columna>
+void comparar(const Fila& fila, Columna&& columna) {
+    const auto m = medidas(fila.registro);
+    const std::array<double, 9> valores = {static_cast<double>(m.humedad),
+                                           m.temperatura / 10.0,
+                                           m.dirViento / 10.0,
+                                           m.velViento / 10.0,
+                                           m.radSolar / 100.0,
+                                           m.presion / 10.0,
+                                           m.lluvia / 10.0,
+                                           m.evaporacion / 100.0,
+                                           (7200 - m.dirViento) % 3600 / 10.0};
+    for (std::size_t i = 0; i < valores.size(); ++i) {
+        ASSERT_EQ(std::stod(columna(static_cast<int>(i))), valores[i]) << "column " << i;
+    }
+    ASSERT_EQ(columna(9), columnas::nombreViento(m.crudoDirViento));
+    ASSERT_EQ(columna(10), "02080050");
+}
+
+TEST(Vista, sqliteSaysWhatTheDecoderSays) {
+    const CarpetaTemporal carpeta;
+    const auto filas = filasDeTodo();
+    llenar(*AlmacenSqlite::abrirParaEscribir(carpeta / "h.sqlite", true, {}), filas);
+    const BaseSqlite base(carpeta / "h.sqlite", BaseSqlite::Acceso::lectura, std::chrono::seconds(1));
+    Sentencia s(base, "SELECT " + std::string(kColumnas) + ",hora FROM lecturas ORDER BY hora");
+    for (const auto& fila : filas) {
+        ASSERT_TRUE(s.paso());
+        comparar(fila, [&](int columna) { return s.texto(columna); });
+        ASSERT_FALSE(testing::Test::HasFatalFailure());
+    }
+    EXPECT_EQ(s.texto(11), "2025-04-15T12:15:00");
+    EXPECT_FALSE(s.paso());
+}
+
+TEST(Vista, postgresqlSaysWhatTheDecoderSays) {
+    const auto filas = filasDeTodo();
+    const auto url = ServidorPostgres::unico().baseVacia("vista");
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(1));
+    llenar(almacen, filas);
+    BasePostgres base(url);
+    std::string columnas;
+    for (std::string_view resto = kColumnas; !resto.empty();) {
+        // The coalesce has a comma of its own.
+        const auto fin =
+            resto.starts_with("coalesce") ? resto.find(')') + 1 : std::min(resto.find(','), resto.size());
+        columnas += (columnas.empty() ? "" : ",") + std::string(resto.substr(0, fin)) + "::text";
+        resto.remove_prefix(std::min(fin + 1, resto.size()));
+    }
+    const auto r = base.consultar("SELECT " + columnas + " FROM telvane.lecturas ORDER BY hora");
+    ASSERT_EQ(r.filas(), kCrudos);
+    for (int i = 0; i < kCrudos; ++i) {
+        comparar(filas[static_cast<std::size_t>(i)], [&](int columna) { return r.texto(i, columna); });
+        ASSERT_FALSE(testing::Test::HasFatalFailure());
+    }
+}
+
+}  // namespace
+}  // namespace telvane
