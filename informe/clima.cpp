@@ -1,0 +1,44 @@
+#include "informe/clima.h"
+
+#include <algorithm>
+
+namespace telvane::informe {
+
+ClimaDelMes climaDe(const Estadistica& estadistica, const MesContado& mes) {
+    ClimaDelMes clima;
+    clima.mes = &mes;
+    std::int64_t masLluvia = 0;
+    for (int d = 1; d <= mes.mes.dias(); ++d) {
+        DiaDeClima dia;
+        dia.dia = d;
+        for (std::size_t i = 0; i < mes.dias; ++i) {
+            const auto& contado = estadistica.dias()[mes.primero + i];
+            if (fechaDe(contado.comienzo).dia == d) dia.cuentas = &contado.cuentas;
+        }
+        if (dia.cuentas != nullptr) {
+            if (const auto media = dia.cuentas->media(Canal::temperatura)) {
+                dia.calefaccion = std::max(kBaseGradosDia - *media, 0.0);
+                dia.refrigeracion = std::max(*media - kBaseGradosDia, 0.0);
+                clima.calefaccion += *dia.calefaccion;
+                clima.refrigeracion += *dia.refrigeracion;
+                const auto& temperatura = (*dia.cuentas)[Canal::temperatura];
+                if (temperatura.maximo >= 320) ++clima.maximaDesde32;
+                if (temperatura.maximo <= 0) ++clima.maximaHasta0;
+                if (temperatura.minimo <= 0) ++clima.minimaHasta0;
+                if (temperatura.minimo <= -180) ++clima.minimaHasta18Bajo0;
+            }
+            const auto lluvia = (*dia.cuentas)[Canal::lluvia].suma;
+            if (lluvia >= 2) ++clima.lluviaDesde02;
+            if (lluvia >= 20) ++clima.lluviaDesde2;
+            if (lluvia >= 200) ++clima.lluviaDesde20;
+            if (lluvia > masLluvia) {
+                masLluvia = lluvia;
+                clima.diaMasLluvioso = d;
+            }
+        }
+        clima.dias.push_back(dia);
+    }
+    return clima;
+}
+
+}  // namespace telvane::informe

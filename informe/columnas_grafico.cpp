@@ -1,0 +1,105 @@
+#include "informe/columnas_grafico.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace telvane::informe {
+
+void Columna::agregar(std::int32_t valor) {
+    minimo = valores == 0 ? valor : std::min(minimo, valor);
+    maximo = valores == 0 ? valor : std::max(maximo, valor);
+    suma += valor;
+    ++valores;
+}
+
+void Columna::Marcados::agregar(std::int32_t valor) {
+    minimo = hay ? std::min(minimo, valor) : valor;
+    maximo = hay ? std::max(maximo, valor) : valor;
+    hay = true;
+}
+
+namespace {
+
+constexpr std::size_t kPasos = 160;
+constexpr std::size_t kPasosDelSector = 10;
+constexpr std::size_t kTramosDistinguibles = 9000;
+
+// salto: from one step that is looked at to the next.
+void agregarTramos(std::vector<ColumnasGrafico::TramoDeRumbos>& tramos, std::size_t columna,
+                   const ColumnasGrafico::Rumbos& rumbos, std::size_t salto) {
+    for (std::size_t paso = 0; paso < kPasos; paso += salto) {
+        if (!rumbos[paso]) continue;
+        auto ultimo = paso;
+        while (ultimo + salto < kPasos && rumbos[ultimo + salto]) ultimo += salto;
+        tramos.push_back({.columna = columna, .desde = paso, .hasta = ultimo});
+        paso = ultimo;
+    }
+}
+
+ColumnasGrafico::Rumbos porSectores(const ColumnasGrafico::Rumbos& rumbos) {
+    ColumnasGrafico::Rumbos sectores;
+    for (std::size_t paso = 0; paso < kPasos; ++paso) {
+        if (rumbos[paso])
+            sectores.set((paso + kPasosDelSector / 2) / kPasosDelSector * kPasosDelSector % kPasos);
+    }
+    return sectores;
+}
+
+}  // namespace
+
+std::vector<ColumnasGrafico::TramoDeRumbos> ColumnasGrafico::tramosDeRumbos() const {
+    std::vector<TramoDeRumbos> tramos;
+    for (std::size_t i = 0; i < rumbos_.size(); ++i) {
+        if (rumbos_[i].any()) agregarTramos(tramos, i, rumbos_[i], 1);
+    }
+    if (tramos.size() <= kTramosDistinguibles) return tramos;
+    tramos.clear();
+    for (std::size_t i = 0; i < rumbos_.size(); ++i) {
+        if (rumbos_[i].any()) agregarTramos(tramos, i, porSectores(rumbos_[i]), kPasosDelSector);
+    }
+    return tramos;
+}
+
+ColumnasGrafico::ColumnasGrafico(const Plazo& plazo)
+    : plazo_(plazo),
+      dura_(static_cast<double>(std::max<std::int64_t>(plazo.dura().count(), 1))),
+      rumbos_(kColumnas),
+      cortadas_(kColumnas),
+      conflictos_(kColumnas) {
+    for (auto& canal : canales_) canal.resize(kColumnas);
+}
+
+void ColumnasGrafico::agregar(const Juzgada& juzgada) {
+    const auto& [observacion, marcas, paso] = juzgada;
+    const auto donde = lugar(observacion.instante);
+    const auto columna = std::min(static_cast<std::size_t>(donde), kColumnas - 1);
+    if (paso.hueco && ultima_ && *ultima_ != observacion.instante) {
+        const auto antes = lugar(*ultima_);
+        if (static_cast<std::size_t>(antes) != columna) {
+            cortadas_[columna] = true;
+            vacios_.push_back({.desde = antes, .hasta = donde});
+        }
+    }
+    ultima_ = observacion.instante;
+    if (observacion.conflicto) conflictos_[columna] = true;
+    const bool limpia = !marcas.enAlgunCanal();
+    for (std::size_t i = 0; i < kCanales; ++i) {
+        const auto canal = static_cast<Canal>(i);
+        auto& c = canales_[i][columna];
+        auto valor = valorDe(observacion.medidas, canal);
+        // Shown clockwise.
+        if (canal == Canal::dirViento) valor = (2 * 3600 - valor) % 3600;
+        if (!limpia && marcas.tiene(canal)) {
+            for (std::size_t m = 0; m < kMarcas; ++m) {
+                if (marcas.tiene(canal, static_cast<Marca>(m))) c.marcados[m].agregar(valor);
+            }
+            if (marcas.tiene(canal, Marca::rango)) continue;
+        }
+        c.agregar(valor);
+    }
+    const auto crudo = observacion.medidas.crudoDirViento;
+    if (observacion.medidas.velViento >= kCalma && rumboDe(crudo))
+        rumbos_[columna].set((160U - crudo) % 160U);
+}
+
+}  // namespace telvane::informe

@@ -1,0 +1,126 @@
+#include "informe/estadistica.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace telvane::informe {
+
+namespace {
+
+using std::chrono::days;
+using std::chrono::hours;
+using std::chrono::seconds;
+
+Instante comienzoDelDia(Instante momento) {
+    return std::chrono::floor<days>(momento);
+}
+
+}  // namespace
+
+Estadistica::Estadistica(const Plazo& plazo) : plazo_(plazo) {
+    for (auto d = comienzoDelDia(plazo.desde); d < plazo.hasta; d += days(1)) {
+        dias_.push_back({.comienzo = d, .cuentas = {}, .horas = {}});
+    }
+    if (plazo.dura() <= kPorHoras) horas_.resize(dias_.size() * 24);
+}
+
+Dia& Estadistica::dia(Instante momento) {
+    return dias_[static_cast<std::size_t>((comienzoDelDia(momento) - dias_.front().comienzo) / days(1))];
+}
+
+// The stamps between two moments, both excluded, that an interval would have had; each counts on its day.
+void Estadistica::contarFaltan(Instante desde, Instante hasta, int intervalo) {
+    const std::int64_t paso = std::int64_t{intervalo} * 60;
+    // Stamps desde + k paso with k from 1 on, as far as half an interval before the next one there is.
+    const auto cuantas = [&](Instante fin) {
+        const auto distancia = (std::min(fin, hasta - seconds(paso / 2)) - desde).count();
+        return distancia <= 0 ? 0 : (distancia - 1) / paso;
+    };
+    std::int64_t antes = 0;
+    for (auto fin = comienzoDelDia(desde) + days(1); antes < cuantas(hasta); fin += days(1)) {
+        const auto ahora = cuantas(fin);
+        if (ahora > antes) dia(fin - days(1)).cuentas.faltan += static_cast<std::uint32_t>(ahora - antes);
+        antes = ahora;
+    }
+}
+
+void Estadistica::cerrarHora() {
+    if (valoresHora_ == 0) return;
+    constexpr std::int64_t kTope = std::numeric_limits<std::int16_t>::max();
+    dias_[diaActual_].horas[horaActual_] =
+        static_cast<std::int16_t>(std::clamp<std::int64_t>(sumaHora_ / valoresHora_, -kTope, kTope));
+    sumaHora_ = 0;
+    valoresHora_ = 0;
+}
+
+void Estadistica::agregar(const Juzgada& juzgada) {
+    const auto momento = juzgada.observacion.instante;
+    const bool primeraDelSello = ultima_ != momento;
+    const auto paso = seconds(juzgada.paso.intervalo * 60);
+    if (!primera_) {
+        primera_ = momento;
+        if (momento - plazo_.desde >= paso)
+            contarFaltan(plazo_.desde - paso, momento, juzgada.paso.intervalo);
+    } else if (primeraDelSello && juzgada.paso.hueco) {
+        contarFaltan(*ultima_, momento, juzgada.paso.intervalo);
+    }
+    const auto deDias = momento - dias_.front().comienzo;
+    const auto indice = static_cast<std::size_t>(deDias / days(1));
+    const auto hora = static_cast<std::size_t>(deDias % days(1) / hours(1));
+    if (indice != diaActual_ || hora != horaActual_) {
+        cerrarHora();
+        diaActual_ = indice;
+        horaActual_ = hora;
+    }
+    if (!juzgada.marcas.tiene(Canal::temperatura, Marca::rango)) {
+        sumaHora_ += juzgada.observacion.medidas.temperatura;
+        ++valoresHora_;
+    }
+    dias_[indice].cuentas.agregar(juzgada, primeraDelSello);
+    if (!horas_.empty()) horas_[indice * 24 + hora].agregar(juzgada, primeraDelSello);
+
+    const auto& medidas = juzgada.observacion.medidas;
+    const auto rumbo = rumboDe(medidas.crudoDirViento);
+    if (medidas.velViento >= kCalma && rumbo) ++rosa_[*rumbo][claseDe(medidas.velViento)];
+    ultima_ = momento;
+    intervalo_ = juzgada.paso.intervalo;
+}
+
+void Estadistica::terminar() {
+    cerrarHora();
+    if (!ultima_) return;
+    contarFaltan(*ultima_, plazo_.hasta + seconds(std::int64_t{intervalo_} * 30), intervalo_);
+    for (std::size_t i = 0; i < dias_.size(); ++i) {
+        const auto mes = mesDe(dias_[i].comienzo);
+        if (meses_.empty() || meses_.back().mes != mes) {
+            meses_.push_back(
+                {.mes = mes, .cuentas = {}, .primero = i, .dias = 0, .entero = false, .faltas = {}});
+        }
+        meses_.back().cuentas.agregar(dias_[i].cuentas);
+        ++meses_.back().dias;
+        todo_.agregar(dias_[i].cuentas);
+    }
+    for (auto& mes : meses_) {
+        mes.entero = plazo_.desde <= mes.mes.plazo().desde && mes.mes.plazo().hasta <= plazo_.hasta;
+        const auto antes = fechaDe(dias_[mes.primero].comienzo).dia - 1;
+        for (std::size_t c = 0; c < kCanales; ++c) {
+            auto& faltas = mes.faltas[c];
+            int seguidas = antes;
+            faltas = {.seguidas = antes, .todas = antes};
+            const auto falta = [&] {
+                faltas.seguidas = std::max(faltas.seguidas, ++seguidas);
+                ++faltas.todas;
+            };
+            for (std::size_t i = 0; i < mes.dias; ++i) {
+                if (dias_[mes.primero + i].cuentas.canales[c].valores > 0) {
+                    seguidas = 0;
+                } else {
+                    falta();
+                }
+            }
+            for (int d = antes + static_cast<int>(mes.dias); d < mes.mes.dias(); ++d) falta();
+        }
+    }
+}
+
+}  // namespace telvane::informe

@@ -1,0 +1,83 @@
+// The statistics of a period: its days with what they hold, one after the other, and the months made of them.
+// Memory grows with the days, not with the samples.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "informe/cuentas.h"
+#include "informe/periodo.h"
+
+namespace telvane::informe {
+
+struct Dia {
+    Instante comienzo{};  // its 00:00
+    Cuentas cuentas;
+    // Mean temperature of each hour, tenths of ºC.
+    std::array<std::optional<std::int16_t>, 24> horas;
+};
+
+struct MesContado {
+    Mes mes;
+    Cuentas cuentas;
+    std::size_t primero = 0;  // its days among all
+    std::size_t dias = 0;     // of the period
+    bool entero = false;      // the whole month lies in the period
+    // Days of the calendar month without a value of the channel: in a row at most, and in all.
+    struct Faltas {
+        int seguidas = 0;
+        int todas = 0;
+        bool incompleta() const { return seguidas > 3 || todas > 5; }
+    };
+    std::array<Faltas, kCanales> faltas;
+    bool incompleta(Canal canal) const { return faltas[static_cast<std::size_t>(canal)].incompleta(); }
+    // A sum that some of the month's samples are missing in.
+    bool conAgujeros(Canal canal) const { return !entero || cuentas.conAgujeros(canal); }
+};
+
+class Estadistica {
+   public:
+    explicit Estadistica(const Plazo& plazo);
+
+    // In order of time; all within the period.
+    void agregar(const Juzgada& juzgada);
+    // What is missing to the period's end, then the months and the whole.
+    void terminar();
+
+    const Plazo& plazo() const { return plazo_; }
+    const std::vector<Dia>& dias() const { return dias_; }  // every one of the period
+    const std::vector<MesContado>& meses() const { return meses_; }
+    const Cuentas& todo() const { return todo_; }
+    // Samples of the rose: by sector and class of speed.
+    using Rosa = std::array<std::array<std::uint32_t, kClases>, kRumbos>;
+    const Rosa& rosa() const { return rosa_; }
+    std::optional<Instante> primera() const { return primera_; }
+    std::optional<Instante> ultima() const { return ultima_; }
+    // Hours of a period that is short enough to be shown by hours; else none.
+    static constexpr std::chrono::days kPorHoras{3};
+    const std::vector<Cuentas>& horas() const { return horas_; }
+
+   private:
+    Dia& dia(Instante momento);
+    void contarFaltan(Instante desde, Instante hasta, int intervalo);
+    void cerrarHora();
+
+    Plazo plazo_;
+    std::vector<Dia> dias_;
+    std::vector<MesContado> meses_;
+    std::vector<Cuentas> horas_;
+    Cuentas todo_;
+    Rosa rosa_{};
+    std::optional<Instante> primera_;
+    std::optional<Instante> ultima_;
+    int intervalo_ = 60;
+    // The hour of the day under way.
+    std::size_t diaActual_ = 0;
+    std::size_t horaActual_ = 0;
+    std::int64_t sumaHora_ = 0;
+    std::int32_t valoresHora_ = 0;
+};
+
+}  // namespace telvane::informe

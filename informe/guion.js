@@ -1,0 +1,180 @@
+(function () {
+'use strict';
+// Zoom and hover over the drawn charts. Without this script, on paper and where it fails the drawings stand.
+var dato = document.getElementById('datos');
+if (!dato || typeof Dygraph === 'undefined') return;
+var d = JSON.parse(dato.textContent), ids = Object.keys(d.canales), graficos = [], desde = d.desde * 1000, paso = d.dura / d.columnas * 1000;
+var MESES = ['ene', 'feb', 'mar', 'abr', 'may', 'jun', 'jul', 'ago', 'sep', 'oct', 'nov', 'dic'];
+var RUMBOS = ['N', 'NNE', 'NE', 'ENE', 'E', 'ESE', 'SE', 'SSE', 'S', 'SSO', 'SO', 'OSO', 'O', 'ONO', 'NO', 'NNO'];
+function dos(n) { return (n < 10 ? '0' : '') + n; }
+function momento(ms) { var f = new Date(ms); return dos(f.getUTCDate()) + '/' + dos(f.getUTCMonth() + 1) + '/' + f.getUTCFullYear() + ' ' + dos(f.getUTCHours()) + ':' + dos(f.getUTCMinutes()); }
+function color(nombre, de) { return getComputedStyle(de || document.documentElement).getPropertyValue(nombre).trim(); }
+function x(columna) { return new Date(desde + (columna + 0.5) * paso); }
+
+// The library's handles are pictures, which this page does not let in: two small canvases do as well.
+Dygraph.Plugins.RangeSelector.prototype.createZoomHandles_ = function () {
+  var hacer = function () {
+    var c = document.createElement('canvas'), t;
+    c.width = 9; c.height = 16; c.className = 'dygraph-rangesel-zoomhandle';
+    c.style.position = 'absolute'; c.style.zIndex = 10; c.style.visibility = 'hidden'; c.style.cursor = 'col-resize';
+    t = c.getContext('2d'); t.fillStyle = '#8a94a3'; t.fillRect(1, 0, 7, 16); t.fillStyle = '#fff'; t.fillRect(3, 4, 1, 8); t.fillRect(5, 4, 1, 8);
+    return c;
+  };
+  this.leftZoomHandle_ = hacer(); this.rightZoomHandle_ = hacer();
+};
+
+// Its legend writes styles into markup, which the page's policy refuses; what it would say stands below each chart.
+Dygraph.PLUGINS = Dygraph.PLUGINS.filter(function (p) { return p !== Dygraph.Plugins.Legend; });
+
+function filas(c) {
+  var e = Math.pow(10, c.d), lista = [], i, n, j, suma = 0;
+  if (c.x) {
+    var corte = 0;
+    for (i = 0; i < c.x.length; i++) {
+      var cortado = false;
+      while (corte < c.c.length && c.c[corte] <= c.x[i]) { cortado = true; corte++; }
+      if (cortado && i > 0) lista.push([new Date((x(c.x[i - 1]).getTime() + x(c.x[i]).getTime()) / 2), [NaN, NaN, NaN]]);
+      lista.push([x(c.x[i]), [c.a[i] / e, c.m[i] / e, c.b[i] / e]]);
+    }
+  } else if (c.puntos) {
+    for (i = 0; i < c.puntos.length; i += 3) for (j = c.puntos[i + 1]; j <= c.puntos[i + 2]; j++) lista.push([x(c.puntos[i]), j * 2.25]);
+  } else {
+    for (i = 0, n = c.barras.length; i < n; i += 3) { suma += c.barras[i + 2]; lista.push([new Date(desde + (c.barras[i] + c.barras[i + 1]) * 500), c.barras[i + 2] / e, suma / e]); }
+  }
+  if (!lista.length) lista.push(c.x ? [x(0), [NaN, NaN, NaN]] : c.puntos ? [x(0), NaN] : [x(0), 0, 0]);
+  return lista;
+}
+
+function dibujarMarcas(ctx, g, c) {
+  var e = Math.pow(10, c.d), area = g.getArea();
+  ctx.save(); ctx.beginPath(); ctx.rect(area.x, area.y - 4, area.w, area.h + 8); ctx.clip();
+  [['rango', '--rango'], ['salto', '--salto'], ['fijo', '--fijo']].forEach(function (m) {
+    var l = c[m[0]] || [], i, p, y;
+    ctx.fillStyle = ctx.strokeStyle = color(m[1]);
+    for (i = 0; i < l.length; i += 2) {
+      p = g.toDomCoords(x(l[i]).getTime(), l[i + 1] / e); y = Math.max(area.y, Math.min(area.y + area.h, p[1]));
+      ctx.beginPath();
+      if (m[0] === 'rango') ctx.fillRect(p[0] - 3, y - 3, 6, 6);
+      else if (m[0] === 'salto') { ctx.lineWidth = 2; ctx.arc(p[0], y, 3.5, 0, 7); ctx.stroke(); }
+      else { ctx.arc(p[0], y, 2.5, 0, 7); ctx.fill(); }
+    }
+  });
+  ctx.restore();
+}
+
+// Stretches without samples, as the drawings shade them.
+function sombrear(ctx, area, g) {
+  ctx.fillStyle = color('--vacio');
+  for (var i = 0; i < d.vacios.length; i += 2) {
+    var a = Math.max(area.x, g.toDomXCoord(desde + d.vacios[i] * paso)), b = Math.min(area.x + area.w, g.toDomXCoord(desde + d.vacios[i + 1] * paso));
+    if (b > a) ctx.fillRect(a, area.y, b - a, area.h);
+  }
+}
+
+function barras(c) {
+  return function (p) {
+    var ctx = p.drawingContext, g = p.dygraph, i, a, b, y0 = g.toDomYCoord(0), y;
+    ctx.fillStyle = p.color;
+    for (i = 0; i < c.barras.length; i += 3) {
+      if (!c.barras[i + 2]) continue;
+      a = g.toDomXCoord(desde + c.barras[i] * 1000); b = g.toDomXCoord(desde + c.barras[i + 1] * 1000); y = g.toDomYCoord(c.barras[i + 2] / Math.pow(10, c.d));
+      ctx.fillRect(a + (b - a > 6 ? (b - a) / 8 : 0), y, Math.max(1, (b - a) * (b - a > 6 ? 0.75 : 1)), y0 - y);
+    }
+  };
+}
+
+function rotuloDeTiempo(f, grano, opciones) {
+  var t = new Date(f.getTime ? f.getTime() : f), h = t.getUTCHours(), m = t.getUTCMinutes(), rango = graficos.length ? graficos[0].g.xAxisRange() : [desde, desde + d.dura * 1000];
+  if (h || m) return dos(h) + ':' + dos(m);
+  if (rango[1] - rango[0] > 3 * 366 * 864e5) return String(t.getUTCFullYear());
+  if (rango[1] - rango[0] > 120 * 864e5) return MESES[t.getUTCMonth()] + (t.getUTCMonth() ? '' : ' ' + t.getUTCFullYear());
+  return t.getUTCDate() + ' ' + MESES[t.getUTCMonth()];
+}
+
+function leer(id, c, i, lugar) {
+  var e = Math.pow(10, c.d), texto = '', f = graficos[0] && c.filas[i];
+  if (!f) return;
+  texto = momento(f[0].getTime()) + ': ';
+  if (c.x) texto += 'mínimo ' + f[1][0].toFixed(c.d) + ', media ' + f[1][1].toFixed(c.d) + ', máximo ' + f[1][2].toFixed(c.d);
+  else if (c.puntos) texto += RUMBOS[Math.round(f[1] / 22.5) % 16] + ' (' + Math.round(f[1]) + 'º)';
+  else texto += f[1].toFixed(c.d) + ', total ' + f[2].toFixed(c.d);
+  lugar.textContent = texto;
+}
+
+var ajustando = false;
+function ajustarTodos(rango) {
+  if (ajustando) return;
+  ajustando = true;
+  graficos.forEach(function (o) { var r = o.g.xAxisRange(); if (r[0] !== rango[0] || r[1] !== rango[1]) o.g.updateOptions({ dateWindow: rango.slice() }); });
+  ajustando = false;
+}
+
+function crear(id, ultimo) {
+  var c = d.canales[id], lienzo = document.querySelector('[data-canal="' + id + '"]'), fila = lienzo.parentNode;
+  var div = document.createElement('div'), lectura = document.createElement('p');
+  div.className = 'dy'; lectura.className = 'lectura'; lectura.setAttribute('aria-live', 'off');
+  div.setAttribute('role', 'img'); div.setAttribute('aria-label', lienzo.querySelector('svg').getAttribute('aria-label'));
+  div.style.height = ultimo ? '232px' : '180px';
+  lienzo.appendChild(div); lienzo.parentNode.insertBefore(lectura, lienzo.nextSibling);
+  c.filas = filas(c);
+  var tinta = color('--tinta'), propio = color('--c', fila), suave = color('--suave');
+  var o = {
+    labels: c.barras ? ['t', 'barras', 'total'] : ['t', 'valor'], labelsUTC: true, legend: 'never', animatedZooms: false, customBars: !!c.x,
+    colors: c.barras ? [propio, tinta] : [propio], fillAlpha: 0.28, strokeWidth: 1.5, gridLineColor: color('--raya'), axisLineColor: color('--raya'), axisLabelFontSize: 12, highlightCircleSize: 3,
+    dateWindow: [desde, desde + d.dura * 1000], xRangePad: 0, rightGap: c.barras ? 0 : 10,
+    axes: { x: { axisLabelFormatter: rotuloDeTiempo, axisLabelWidth: 62, pixelsPerLabel: 74 }, y: { axisLabelWidth: 36, pixelsPerLabel: 34 }, y2: { axisLabelWidth: 36, drawGrid: false, independentTicks: true, pixelsPerLabel: 34 } },
+    underlayCallback: sombrear,
+    zoomCallback: function (a, b) { ajustarTodos([a, b]); },
+    drawCallback: function (g, primera) { if (!primera) ajustarTodos(g.xAxisRange()); },
+    highlightCallback: function (ev, fecha, puntos, i) { leer(id, c, i, lectura); },
+    unhighlightCallback: function () { lectura.textContent = ''; },
+    plugins: [{ activate: function () { return { didDrawChart: function (ev) { dibujarMarcas(ev.drawingContext, ev.dygraph, c); } }; }, toString: function () { return 'marcas'; }, destroy: function () {} }]
+  };
+  if (c.puntos) { o.drawPoints = true; o.strokeWidth = 0; o.pointSize = 1.4; o.valueRange = [0, 360]; o.axes.y.ticker = function () { return [0, 90, 180, 270, 360].map(function (v) { return { v: v, label: 'NESON'[v / 90] }; }); }; }
+  if (c.barras) { o.series = { barras: { plotter: barras(c) }, total: { axis: 'y2', strokeWidth: 1.4 } }; o.includeZero = true; }
+  if (id === 'viento' || id === 'radiacion') o.includeZero = true;
+  if (ultimo) { o.showRangeSelector = true; o.rangeSelectorHeight = 44; o.rangeSelectorPlotStrokeColor = suave; o.rangeSelectorPlotFillColor = suave; o.rangeSelectorForegroundStrokeColor = suave; o.rangeSelectorBackgroundStrokeColor = suave; o.rangeSelectorAlpha = 0.75; }
+  graficos.push({ g: new Dygraph(div, c.filas, o), id: id, div: div });
+}
+
+function mover(escala, corre) {
+  var r = graficos[0].g.xAxisRange(), fin = desde + d.dura * 1000, ancho = Math.min((r[1] - r[0]) * escala, fin - desde), a = (r[0] + r[1] - ancho) / 2 + corre * ancho;
+  ancho = Math.max(ancho, Math.min(6 * paso, fin - desde));
+  a = Math.max(desde, Math.min(fin - ancho, a));
+  ajustarTodos([a, a + ancho]);
+  aviso.textContent = momento(a) + ' a ' + momento(a + ancho);
+}
+
+var aviso = document.createElement('span');
+function mandos() {
+  var lugar = document.getElementById('mandos');
+  lugar.setAttribute('role', 'group'); lugar.setAttribute('aria-label', 'Acercar y mover los gráficos');
+  [['Acercar', 0.5, 0], ['Alejar', 2, 0], ['Antes', 1, -0.5], ['Después', 1, 0.5], ['Todo', 1e9, 0]].forEach(function (m) {
+    var b = document.createElement('button');
+    b.type = 'button'; b.textContent = m[0];
+    b.addEventListener('click', function () { mover(m[1], m[2]); });
+    lugar.appendChild(b);
+  });
+  aviso.setAttribute('role', 'status'); aviso.className = 'lectura'; lugar.appendChild(aviso);
+}
+
+function empezar() {
+  document.documentElement.classList.add('vivo');
+  ids.forEach(function (id, i) { crear(id, i === ids.length - 1); });
+  mandos();
+}
+function recolorear() {
+  var rango = graficos[0].g.xAxisRange();
+  graficos.forEach(function (o) { o.g.destroy(); var p = o.div.parentNode.nextSibling; p.parentNode.removeChild(p); o.div.parentNode.removeChild(o.div); });
+  graficos = [];
+  ids.forEach(function (id, i) { crear(id, i === ids.length - 1); });
+  ajustarTodos(rango);
+}
+try {
+  empezar();
+  window.matchMedia('(prefers-color-scheme: dark)').addEventListener('change', recolorear);
+} catch (e) {
+  document.documentElement.classList.remove('vivo');
+  throw e;
+}
+})();

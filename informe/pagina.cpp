@@ -1,0 +1,321 @@
+#include <iterator>
+
+#include <fmt/format.h>
+
+#include "informe/grafico.h"
+#include "informe/informe.h"
+#include "informe/recursos.h"
+#include "informe/tablas.h"
+#include "informe/texto_html.h"
+
+namespace telvane::informe {
+
+namespace {
+
+// A year of days fits a page; beyond that the months say enough.
+constexpr std::size_t kDiasEnTabla = 400;
+// Climate months of a page.
+constexpr std::size_t kMesesDeClima = 3;
+
+template <typename... Partes>
+void agregar(std::string& html, fmt::format_string<Partes...> formato, Partes&&... partes) {
+    fmt::format_to(std::back_inserter(html), formato, std::forward<Partes>(partes)...);
+}
+
+std::string plazoEnPalabras(const Estadistica& e) {
+    return fmt::format("{} a {}", fechaHora(*e.primera()), fechaHora(*e.ultima()));
+}
+
+std::string nombreEnPalabras(const EstacionInformada& estacion) {
+    const auto lugar = deRegistrador(estacion[CampoTexto::ubicacion]);
+    if (!lugar.empty()) return lugar;
+    return estacion.nombre.empty() ? "Estación sin nombre" : "Estación " + deRegistrador(estacion.nombre);
+}
+
+void cabeza(std::string& html, const EstacionInformada& estacion, const Informe& informe, bool guiones) {
+    agregar(html,
+            "<!DOCTYPE html>\n<html lang=\"es\">\n<head>\n<meta charset=\"utf-8\">\n<meta "
+            "http-equiv=\"Content-Security-Policy\" "
+            "content=\"default-src 'none'; style-src '{}'{}; base-uri 'none'; form-action 'none'\">\n"
+            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+            "<meta name=\"color-scheme\" content=\"light dark\">\n<title>{}, {}: informe de "
+            "Telvane</title>\n<style>{}</style>\n"
+            "</head>\n<body>\n",
+            recursos::huellaEstilo(),
+            guiones ? fmt::format("; script-src '{}'", recursos::huellaGuion()) : "",
+            nombreEnPalabras(estacion), plazoEnPalabras(informe.estadistica), recursos::estilo());
+}
+
+void encabezado(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
+    html += "<header>\n";
+    agregar(html, "<p class=programa>Telvane: informe de estación</p>\n<h1><bdi>{}</bdi></h1>\n",
+            nombreEnPalabras(estacion));
+    agregar(html, "<p class=plazo>Muestras del {}</p>\n", plazoEnPalabras(informe.estadistica));
+    html +=
+        "<nav aria-label=\"Secciones\"><a href=\"#resumen\">Resumen</a> <a href=\"#graficos\">Gráficos</a> "
+        "<a "
+        "href=\"#rosa\">Rosa de los vientos</a> <a href=\"#meses\">Meses</a> <a href=\"#dias\">Días</a> <a "
+        "href=\"#clima\">Clima</a> <a href=\"#calidad\">Calidad</a> <a "
+        "href=\"#procedencia\">Procedencia</a></nav>\n"
+        "</header>\n<main>\n";
+}
+
+void ficha(std::string& html, std::string_view clase, std::string_view nombre, const std::string& valor,
+           std::string_view unidad, const std::string& detalle) {
+    agregar(html,
+            "<div class=\"ficha {}\"><dt>{}</dt><dd><b>{}</b> <span>{}</span><small>{}</small></dd></div>\n",
+            clase, nombre, valor, unidad, detalle);
+}
+
+std::string deHasta(const Cuentas& c, Canal canal) {
+    const auto& cuenta = c[canal];
+    if (cuenta.valores == 0) return "sin valores";
+    return fmt::format("{} a {}", numero(std::int64_t{cuenta.minimo}, decimalesDe(canal)),
+                       numero(std::int64_t{cuenta.maximo}, decimalesDe(canal)));
+}
+std::string mediaDe(const Cuentas& c, Canal canal, int decimales) {
+    const auto media = c.media(canal);
+    return media ? numero(*media, decimales) : "–";
+}
+std::string maximoCuando(const Cuentas& c, Canal canal) {
+    const auto& cuenta = c[canal];
+    return cuenta.valores == 0 ? "sin valores" : "máxima, " + fechaHora(cuenta.cuandoMaximo);
+}
+std::string maximoDe(const Cuentas& c, Canal canal) {
+    return c[canal].valores == 0 ? "–" : numero(std::int64_t{c[canal].maximo}, decimalesDe(canal));
+}
+
+void resumen(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
+    const auto& c = informe.estadistica.todo();
+    html +=
+        "<section id=resumen aria-labelledby=t-resumen>\n<h2 id=t-resumen>Resumen</h2>\n<dl class=fichas>\n";
+    ficha(html, "temperatura", "Temperatura media", mediaDe(c, Canal::temperatura, 1), "ºC",
+          deHasta(c, Canal::temperatura));
+    ficha(html, "humedad", "Humedad media", mediaDe(c, Canal::humedad, 0), "%", deHasta(c, Canal::humedad));
+    ficha(html, "presion", "Presión media", mediaDe(c, Canal::presion, 1), "kPa", deHasta(c, Canal::presion));
+    ficha(html, "viento", "Viento", maximoDe(c, Canal::velViento), "km/h", maximoCuando(c, Canal::velViento));
+    const auto rumbo = c.rumboDominante();
+    ficha(html, "direccion", "Rumbo dominante", rumbo ? std::string(kNombresRumbo[*rumbo]) : "–", "",
+          fmt::format("calma {}%", numero(c.calmas * 100.0 / std::max(c.muestras, 1U), 0)));
+    ficha(html, "radiacion", "Radiación", maximoDe(c, Canal::radSolar), "kW/m²",
+          maximoCuando(c, Canal::radSolar));
+    ficha(html, "lluvia", "Lluvia", numero(c[Canal::lluvia].suma, 1), "mm",
+          c.conAgujeros(Canal::lluvia) ? "incompleto: faltan muestras" : "total del período");
+    if (estacion.evaporacion) {
+        ficha(html, "evaporacion", "Evaporación", numero(c[Canal::evaporacion].suma, 2), "mm",
+              c.conAgujeros(Canal::evaporacion) ? "incompleto: faltan muestras" : "total del período");
+    }
+    html += "</dl>\n<dl class=cuentas>\n";
+    const auto cuenta = [&](std::string_view nombre, const std::string& valor) {
+        agregar(html, "<div><dt>{}</dt><dd>{}</dd></div>\n", nombre, valor);
+    };
+    cuenta("Muestras", fmt::format("{} de {} esperadas", c.muestras, c.esperadas()));
+    // Each sample stands for its interval: the last one reaches beyond its own stamp.
+    cuenta("Horas con datos", numero(static_cast<double>(c.segundos) / 3600, 1));
+    cuenta("Huecos", std::to_string(c.huecos));
+    cuenta("Sellos en conflicto", std::to_string(c.conflictos));
+    cuenta("Muestras marcadas", std::to_string(c.marcadas));
+    html += "</dl>\n";
+    html += tablaDeExtremos(informe, estacion.evaporacion);
+    html += "</section>\n";
+}
+
+std::string enPalabras(const CanalInformado& canal, const Informe& informe) {
+    const auto& e = informe.estadistica;
+    const auto& cuenta = e.todo()[canal.canal];
+    auto texto = fmt::format("{}{}{}, {}. ", canal.nombre, canal.unidad.empty() ? "" : " en ", canal.unidad,
+                             plazoEnPalabras(e));
+    const auto valor = [&](std::int64_t v) { return numero(v, decimalesDe(canal.canal)); };
+    if (cuenta.valores == 0) {
+        texto += "Sin valores.";
+    } else if (canal.dibujo == Dibujo::puntos) {
+        const auto rumbo = e.todo().rumboDominante();
+        texto +=
+            rumbo ? fmt::format("Sopla sobre todo del {}.", kNombresRumbo[*rumbo]) : "Sin viento con rumbo.";
+    } else if (canal.dibujo == Dibujo::barras) {
+        texto += fmt::format("Total {}, lo más en una muestra {} el {}.", valor(cuenta.suma),
+                             valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
+    } else {
+        texto += fmt::format("De {} el {} a {} el {}.", valor(cuenta.minimo), fechaHora(cuenta.cuandoMinimo),
+                             valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
+    }
+    for (std::size_t m = 0; m < kMarcas; ++m) {
+        if (cuenta.marcados[m] > 0)
+            texto += fmt::format(" {} {}.", cuenta.marcados[m], kMarcasInformadas[m].nombre);
+    }
+    return texto;
+}
+
+void leyenda(std::string& html) {
+    html +=
+        "<ul class=leyenda aria-label=\"Leyenda\">\n"
+        "<li><svg class=clave viewBox=\"0 0 24 14\" aria-hidden=true><path class=banda d=\"M1 4l8 -3 8 4 6 "
+        "-2v6l-6 3 -8 -4 -8 "
+        "2z\"/><path class=media d=\"M1 8l8 -3 8 4 6 -2\"/></svg> de mínimo a máximo, y la media</li>\n"
+        "<li><svg class=clave viewBox=\"0 0 24 14\" aria-hidden=true><path class=vacio d=\"M2 "
+        "0h20v14h-20z\"/></svg> hueco: sin "
+        "muestras</li>\n";
+    for (std::size_t m = 0; m < kMarcas; ++m) {
+        const auto& marca = kMarcasInformadas[m];
+        agregar(
+            html,
+            "<li><svg class=clave viewBox=\"0 0 24 14\" aria-hidden=true><path class=\"marca {}\" d=\"M12 "
+            "7h0\"/>{}</svg> {} "
+            "({}): {}</li>\n",
+            marca.id,
+            m == static_cast<std::size_t>(Marca::salto) ? "<path class=\"marca dentro\" d=\"M12 7h0\"/>" : "",
+            marca.nombre, marca.forma, marca.explicacion);
+    }
+    html +=
+        "<li><svg class=clave viewBox=\"0 0 24 14\" aria-hidden=true><path class=conflicto d=\"M12 "
+        "2v10\"/></svg> conflicto "
+        "(raya arriba): más de un registro con el mismo sello</li>\n</ul>\n";
+}
+
+void graficos(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
+    html += "<section id=graficos aria-labelledby=t-graficos>\n<h2 id=t-graficos>Gráficos</h2>\n";
+    leyenda(html);
+    html += "<div id=mandos></div>\n";
+    for (const auto& canal : kCanalesInformados) {
+        if (canal.canal == Canal::evaporacion && !estacion.evaporacion) continue;
+        const bool doble = canal.dibujo == Dibujo::barras;
+        agregar(html,
+                "<figure class=\"fila {0}\" id=\"g-{0}\">\n<figcaption><h3>{1} "
+                "<span>{2}</span></h3>{3}</figcaption>\n",
+                canal.id, canal.nombre, canal.unidad,
+                doble ? "<p class=doble>barras: izquierda; total corrido: derecha</p>" : "");
+        const auto palabras = enPalabras(canal, informe);
+        agregar(html, "<div class=\"lienzo{}\" data-canal=\"{}\">{}</div>\n", doble ? " con-total" : "",
+                canal.id, graficoDeCanal(canal, informe.estadistica, informe.columnas, palabras));
+        agregar(html,
+                "<p class=palabras>{}</p>\n<details><summary>{}: los datos como "
+                "tabla</summary>{}</details>\n</figure>\n",
+                palabras, canal.nombre, tablaDeCanal(canal, informe));
+    }
+    html += "</section>\n";
+}
+
+void rosa(std::string& html, const Informe& informe) {
+    const auto& c = informe.estadistica.todo();
+    const auto rumbo = c.rumboDominante();
+    const auto direccion = c.direccionMedia();
+    const auto palabras = fmt::format(
+        "Rosa de los vientos: de dónde sopla. {} Calma, menos de 1.8 km/h: {} muestras; sin rumbo: {}; en "
+        "total {}.",
+        rumbo ? fmt::format("Sobre todo del {}, {} muestras; dirección media del vector {}º.",
+                            kNombresRumbo[*rumbo], c.rumbos[*rumbo], direccion ? numero(*direccion, 0) : "–")
+              : "Ninguna muestra con viento y rumbo.",
+        c.calmas, c.sinRumbo, c.muestras);
+    agregar(html,
+            "<section id=rosa aria-labelledby=t-rosa>\n<h2 id=t-rosa>Rosa de los vientos</h2>\n<figure "
+            "class=rosa>\n{}\n"
+            "<figcaption><p>{}</p><ul class=clases aria-label=\"Velocidad en km/h\">",
+            rosaDeVientos(informe.estadistica, palabras), palabras);
+    constexpr std::array<std::string_view, kClases> kNombresClase = {"1.8 a 10", "10 a 20", "20 a 40",
+                                                                     "40 o más"};
+    for (std::size_t i = 0; i < kClases; ++i) {
+        agregar(html,
+                "<li><svg class=clave viewBox=\"0 0 24 14\" aria-hidden=true><path class=clase{} d=\"M2 "
+                "1h20v12h-20z\"/></svg> "
+                "{} km/h</li>",
+                i, kNombresClase[i]);
+    }
+    agregar(html,
+            "</ul><details><summary>Rosa de los vientos: los datos como "
+            "tabla</summary>{}</details></figcaption>\n</figure>\n"
+            "</section>\n",
+            tablaDeRosa(informe));
+}
+
+void tablas(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
+    const auto& e = informe.estadistica;
+    agregar(html, "<section id=meses aria-labelledby=t-meses>\n<h2 id=t-meses>Meses</h2>\n{}\n</section>\n",
+            tablaDeMeses(informe, estacion.evaporacion));
+    html += "<section id=dias aria-labelledby=t-dias>\n<h2 id=t-dias>Días</h2>\n";
+    if (e.dias().size() <= kDiasEnTabla) {
+        html += tablaDeDias(informe, estacion.evaporacion);
+    } else {
+        agregar(html,
+                "<p>Los días de un período de más de {} no caben en una página: pida uno más corto.</p>",
+                kDiasEnTabla);
+    }
+    html += "</section>\n<section id=clima aria-labelledby=t-clima>\n<h2 id=t-clima>Clima del mes</h2>\n";
+    const auto& meses = e.meses();
+    for (std::size_t i = meses.size() <= kMesesDeClima ? 0 : meses.size() - 1; i < meses.size(); ++i) {
+        html += tablaDeClima(climaDe(e, meses[i]));
+    }
+    html += "</section>\n";
+}
+
+void calidad(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
+    agregar(html,
+            "<section id=calidad aria-labelledby=t-calidad>\n<h2 id=t-calidad>Calidad</h2>\n{}\n"
+            "<p class=nota>Ninguna marca cambia ni quita un valor. Los que están fuera de rango quedan fuera "
+            "de extremos, medias y "
+            "sumas; los de salto y fijo entran, y un asterisco (*) lo dice. Una muestra de un sello en "
+            "conflicto lleva solo la marca de "
+            "rango.</p>\n<p class=nota>Un día va de las 00:00, incluidas, a las 24:00, excluidas, de la hora "
+            "del registrador. Una media "
+            "se llama incompleto cuando a su mes le faltan más de 3 días seguidos o más de 5 en total; un "
+            "total de lluvia, cuando le "
+            "falta cualquier muestra. La dirección media es la del vector medio del viento; el rumbo "
+            "dominante, el de más muestras "
+            "desde 1.8 km/h. Las esperadas son las muestras y las que faltan según el intervalo "
+            "vigente.</p>\n</section>\n",
+            tablaDeMarcas(informe, estacion.evaporacion));
+}
+
+void procedencia(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
+    html +=
+        "<section id=procedencia aria-labelledby=t-procedencia>\n<h2 id=t-procedencia>Procedencia</h2>\n<dl "
+        "class=datos>\n";
+    const auto dato = [&](std::string_view nombre, const std::string& valor) {
+        agregar(html, "<div><dt>{}</dt><dd><bdi>{}</bdi></dd></div>\n", nombre, valor.empty() ? "–" : valor);
+    };
+    dato("Estación", estacion.nombre.empty() ? "sin número de serie" : deRegistrador(estacion.nombre));
+    dato("Usuario", deRegistrador(estacion[CampoTexto::usuario]));
+    dato("Ubicación", deRegistrador(estacion[CampoTexto::ubicacion]));
+    dato("Latitud", deRegistrador(estacion[CampoTexto::latitud]));
+    dato("Longitud", deRegistrador(estacion[CampoTexto::longitud]));
+    dato("Altitud", deRegistrador(estacion[CampoTexto::altitud]));
+    dato("Intervalo de muestreo", estacion.intervalo ? fmt::format("{} min", *estacion.intervalo) : "");
+    dato("Reloj del registrador", estacion.reloj ? fechaHora(*estacion.reloj) : "");
+    dato("Registros vacíos de la última imagen", std::to_string(estacion.vacios));
+    dato("Registros descartados de la última imagen", std::to_string(estacion.descartados));
+    std::int64_t retrocesos = 0;
+    for (const auto& imagen : estacion.imagenes) retrocesos += imagen.retrocesos;
+    dato("Retrocesos del reloj en las imágenes", std::to_string(retrocesos));
+    dato("Sellos en conflicto en el período", std::to_string(informe.estadistica.todo().conflictos));
+    dato("Muestras marcadas en el período", std::to_string(informe.estadistica.todo().marcadas));
+    html += "</dl>\n";
+    html += tablaDeImagenes(estacion);
+    html += "</section>\n</main>\n";
+}
+
+}  // namespace
+
+std::string pagina(const EstacionInformada& estacion, const Informe& informe,
+                   const OpcionesPagina& opciones) {
+    std::string html;
+    cabeza(html, estacion, informe, opciones.guiones);
+    encabezado(html, estacion, informe);
+    resumen(html, estacion, informe);
+    graficos(html, estacion, informe);
+    rosa(html, informe);
+    tablas(html, estacion, informe);
+    calidad(html, estacion, informe);
+    procedencia(html, estacion, informe);
+    agregar(html, "<footer>\n<p>Hecho con Telvane {}</p>\n", opciones.version);
+    // The only line that differs between two runs.
+    agregar(html, "<p>el {}</p>\n", opciones.hecho);
+    html += "</footer>\n";
+    if (opciones.guiones) {
+        agregar(html, "<script type=\"application/json\" id=\"datos\">{}</script>\n<script>{}</script>\n",
+                datosDeGraficos(informe.estadistica, informe.columnas, estacion.evaporacion),
+                recursos::guion());
+    }
+    html += "</body>\n</html>\n";
+    return html;
+}
+
+}  // namespace telvane::informe

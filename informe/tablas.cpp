@@ -1,0 +1,422 @@
+#include "informe/tablas.h"
+
+#include <algorithm>
+#include <functional>
+#include <iterator>
+
+#include <fmt/format.h>
+
+#include "informe/grafico.h"
+#include "informe/texto_html.h"
+
+namespace telvane::informe {
+
+namespace {
+
+// A table under construction. Rows and cells need no end marks.
+class Tabla {
+   public:
+    // What it is, for who cannot see it; clase: of the table.
+    Tabla(std::string_view titulo, std::string_view clase) {
+        fmt::format_to(
+            std::back_inserter(html_),
+            "<div class=tabla role=region tabindex=0 aria-label=\"{0}\"><table class=\"{1}\"><caption>{0}"
+            "</caption>",
+            titulo, clase);
+    }
+    void cabecera(const std::vector<std::string>& nombres) {
+        html_ += "<thead><tr>";
+        for (const auto& nombre : nombres) html_ += "<th scope=col>" + nombre;
+        html_ += "<tbody>\n";
+    }
+    void fila(std::string_view nombre) {
+        fmt::format_to(std::back_inserter(html_), "<tr><th scope=row>{}", nombre);
+    }
+    void celda(std::string_view contenido) {
+        html_ += "<td>";
+        html_ += contenido;
+    }
+    void finFila() { html_ += '\n'; }
+    std::string html() && { return std::move(html_) + "</table></div>"; }
+
+   private:
+    std::string html_;
+};
+
+constexpr std::string_view kNada = "–";
+
+using Cuando = std::string (*)(Instante);
+
+std::string diaYHora(Instante momento) {
+    return fmt::format("{:02} {}", fechaDe(momento).dia, hora(momento));
+}
+
+std::string conCuando(std::int32_t valor, Instante momento, Canal canal, Cuando cuando) {
+    return fmt::format("{}<i>{}</i>", numero(std::int64_t{valor}, decimalesDe(canal)), cuando(momento));
+}
+std::string maximo(const Cuentas& c, Canal canal, Cuando cuando) {
+    return c[canal].valores == 0 ? std::string(kNada)
+                                 : conCuando(c[canal].maximo, c[canal].cuandoMaximo, canal, cuando);
+}
+std::string minimo(const Cuentas& c, Canal canal, Cuando cuando) {
+    return c[canal].valores == 0 ? std::string(kNada)
+                                 : conCuando(c[canal].minimo, c[canal].cuandoMinimo, canal, cuando);
+}
+
+// Values marked salto or fijo are in it: an asterisk says so.
+std::string asterisco(const CuentaCanal& cuenta) {
+    const bool marcado = cuenta.marcados[static_cast<std::size_t>(Marca::salto)] > 0 ||
+                         cuenta.marcados[static_cast<std::size_t>(Marca::fijo)] > 0;
+    return marcado ? "<abbr title=\"con valores marcados\">*</abbr>" : "";
+}
+std::string incompleto() {
+    return "<small class=aviso>incompleto</small>";
+}
+
+std::string media(const Cuentas& c, Canal canal, bool incompleta = false) {
+    const auto m = c.media(canal);
+    if (!m) return std::string(kNada);
+    const auto decimales = std::max(decimalesDe(canal), canal == Canal::humedad ? 0 : 1);
+    return numero(*m, decimales) + asterisco(c[canal]) + (incompleta ? incompleto() : "");
+}
+std::string suma(const Cuentas& c, Canal canal, bool conAgujeros) {
+    if (c[canal].valores == 0) return std::string(kNada);
+    return numero(c[canal].suma, decimalesDe(canal)) + asterisco(c[canal]) +
+           (conAgujeros ? incompleto() : "");
+}
+std::string rumbo(const Cuentas& c) {
+    const auto r = c.rumboDominante();
+    return r ? std::string(kNombresRumbo[*r]) : std::string(kNada);
+}
+std::string direccion(const Cuentas& c) {
+    const auto grados = c.direccionMedia();
+    return grados ? numero(*grados, 0) + "º" : std::string(kNada);
+}
+
+// "temperatura: 2 fuera de rango, 3 salto".
+std::string marcasDe(const Cuentas& c, bool evaporacion) {
+    std::string texto;
+    for (const auto& canal : kCanalesInformados) {
+        if (canal.canal == Canal::evaporacion && !evaporacion) continue;
+        std::string suyas;
+        for (std::size_t m = 0; m < kMarcas; ++m) {
+            const auto cuantas = c[canal.canal].marcados[m];
+            if (cuantas == 0) continue;
+            suyas += fmt::format("{}{} {}", suyas.empty() ? "" : ", ", cuantas, kMarcasInformadas[m].nombre);
+        }
+        if (!suyas.empty()) texto += fmt::format("{}{}: {}", texto.empty() ? "" : "; ", canal.id, suyas);
+    }
+    return texto.empty() ? "" : "<small>" + texto + "</small>";
+}
+
+// A row of day or month, but for its name.
+struct Fila {
+    const Cuentas& cuentas;
+    Cuando cuando;
+    std::string linea;
+    std::function<bool(Canal)> incompleta;
+    std::function<bool(Canal)> conAgujeros;
+};
+
+std::vector<std::string> nombresDeColumnas(const std::string& primera, bool evaporacion) {
+    std::vector<std::string> nombres = {primera,
+                                        "Temp.<small>ºC, media</small>",
+                                        "mín.",
+                                        "máx.",
+                                        "curso",
+                                        "Humedad<small>%, media</small>",
+                                        "mín.",
+                                        "máx.",
+                                        "Presión<small>kPa, media</small>",
+                                        "mín.",
+                                        "máx.",
+                                        "Viento<small>km/h, medio</small>",
+                                        "máx.",
+                                        "rumbo<small>dominante</small>",
+                                        "dir.<small>media</small>",
+                                        "Radiación<small>kW/m², media</small>",
+                                        "máx.",
+                                        "Lluvia<small>mm</small>",
+                                        "máx.<small>por muestra</small>"};
+    if (evaporacion)
+        nombres.insert(nombres.end(), {"Evap.<small>mm</small>", "máx.<small>por muestra</small>"});
+    nombres.insert(nombres.end(),
+                   {"Muestras<small>de esperadas</small>", "Horas", "Huecos", "Conflictos", "Marcadas"});
+    return nombres;
+}
+
+void celdas(Tabla& tabla, const Fila& fila, bool evaporacion) {
+    const auto& c = fila.cuentas;
+    const auto conExtremos = [&](Canal canal) {
+        tabla.celda(media(c, canal, fila.incompleta(canal)));
+        tabla.celda(minimo(c, canal, fila.cuando));
+        tabla.celda(maximo(c, canal, fila.cuando));
+    };
+    conExtremos(Canal::temperatura);
+    tabla.celda(fila.linea);
+    conExtremos(Canal::humedad);
+    conExtremos(Canal::presion);
+    tabla.celda(media(c, Canal::velViento, fila.incompleta(Canal::velViento)));
+    tabla.celda(maximo(c, Canal::velViento, fila.cuando));
+    tabla.celda(rumbo(c));
+    tabla.celda(direccion(c));
+    tabla.celda(media(c, Canal::radSolar, fila.incompleta(Canal::radSolar)));
+    tabla.celda(maximo(c, Canal::radSolar, fila.cuando));
+    for (const auto canal : {Canal::lluvia, Canal::evaporacion}) {
+        if (canal == Canal::evaporacion && !evaporacion) continue;
+        tabla.celda(suma(c, canal, fila.conAgujeros(canal)));
+        tabla.celda(maximo(c, canal, fila.cuando));
+    }
+    tabla.celda(fmt::format("{}<i>de {}</i>", c.muestras, c.esperadas()));
+    tabla.celda(numero(static_cast<double>(c.segundos) / 3600, 1));
+    tabla.celda(std::to_string(c.huecos));
+    tabla.celda(std::to_string(c.conflictos));
+    tabla.celda(std::to_string(c.marcadas) + marcasDe(c, evaporacion));
+    tabla.finFila();
+}
+
+std::string cursoDelDia(const Dia& dia) {
+    std::vector<std::optional<std::int32_t>> valores(dia.horas.begin(), dia.horas.end());
+    return lineaMinima(valores);
+}
+
+std::string cursoDelMes(const Estadistica& estadistica, const MesContado& mes) {
+    std::vector<std::optional<std::int32_t>> valores(static_cast<std::size_t>(mes.mes.dias()));
+    for (std::size_t i = 0; i < mes.dias; ++i) {
+        const auto& dia = estadistica.dias()[mes.primero + i];
+        const auto media = dia.cuentas.media(Canal::temperatura);
+        if (!media) continue;
+        valores[static_cast<std::size_t>(fechaDe(dia.comienzo).dia - 1)] =
+            static_cast<std::int32_t>(*media * 10);
+    }
+    return lineaMinima(valores);
+}
+
+bool nunca(Canal) {
+    return false;
+}
+
+std::string fechaDeMes(const Mes& mes) {
+    return fmt::format("{} {}", mesCorto(mes.mes), mes.anio);
+}
+
+}  // namespace
+
+std::string tablaDeExtremos(const Informe& informe, bool evaporacion) {
+    const auto& todo = informe.estadistica.todo();
+    Tabla tabla("Extremos y medias del período", "extremos");
+    tabla.cabecera({"Canal", "mínimo", "cuándo", "máximo", "cuándo", "media", "suma", "valores",
+                    "fuera de rango", "saltos", "fijos"});
+    for (const auto& canal : kCanalesInformados) {
+        if (canal.canal == Canal::evaporacion && !evaporacion) continue;
+        const auto& c = todo[canal.canal];
+        const bool direccionDelViento = canal.dibujo == Dibujo::puntos;
+        const bool hay = c.valores > 0 && !direccionDelViento;
+        const bool sumas = canal.dibujo == Dibujo::barras;
+        tabla.fila(fmt::format("{} <small>{}</small>", canal.nombre, canal.unidad));
+        const auto valor = [&](std::int32_t v) { return numero(std::int64_t{v}, decimalesDe(canal.canal)); };
+        const bool conMinimo = hay && canal.conMinimo;
+        tabla.celda(conMinimo ? valor(c.minimo) : std::string(kNada));
+        tabla.celda(conMinimo ? fechaHora(c.cuandoMinimo) : std::string(kNada));
+        tabla.celda(hay ? valor(c.maximo) : std::string(kNada));
+        tabla.celda(hay ? fechaHora(c.cuandoMaximo) : std::string(kNada));
+        tabla.celda(direccionDelViento ? direccion(todo)
+                    : sumas            ? std::string(kNada)
+                                       : media(todo, canal.canal));
+        bool agujeros = todo.conAgujeros(canal.canal);
+        tabla.celda(sumas ? suma(todo, canal.canal, agujeros) : std::string(kNada));
+        tabla.celda(std::to_string(c.valores));
+        for (const auto cuantos : c.marcados) tabla.celda(std::to_string(cuantos));
+        tabla.finFila();
+    }
+    return std::move(tabla).html();
+}
+
+std::string tablaDeMeses(const Informe& informe, bool evaporacion) {
+    Tabla tabla("Los meses del período", "muchas");
+    tabla.cabecera(nombresDeColumnas("Mes", evaporacion));
+    for (const auto& mes : informe.estadistica.meses()) {
+        tabla.fila(fechaDeMes(mes.mes));
+        celdas(tabla,
+               {.cuentas = mes.cuentas,
+                .cuando = diaYHora,
+                .linea = cursoDelMes(informe.estadistica, mes),
+                .incompleta = [&](Canal canal) { return mes.incompleta(canal); },
+                .conAgujeros = [&](Canal canal) { return mes.conAgujeros(canal); }},
+               evaporacion);
+    }
+    return std::move(tabla).html();
+}
+
+std::string tablaDeDias(const Informe& informe, bool evaporacion) {
+    Tabla tabla("Los días del período", "muchas");
+    tabla.cabecera(nombresDeColumnas("Día", evaporacion));
+    const auto& plazo = informe.estadistica.plazo();
+    for (const auto& dia : informe.estadistica.dias()) {
+        tabla.fila(fecha(dia.comienzo));
+        const bool entero = plazo.desde <= dia.comienzo && dia.comienzo + std::chrono::days(1) <= plazo.hasta;
+        celdas(tabla,
+               {.cuentas = dia.cuentas,
+                .cuando = hora,
+                .linea = cursoDelDia(dia),
+                .incompleta = nunca,
+                .conAgujeros = [&](Canal canal) { return !entero || dia.cuentas.conAgujeros(canal); }},
+               evaporacion);
+    }
+    return std::move(tabla).html();
+}
+
+std::string tablaDeCanal(const CanalInformado& canal, const Informe& informe) {
+    const auto& e = informe.estadistica;
+    Tabla tabla(fmt::format("{}: datos del gráfico", canal.nombre), "datos");
+    const bool puntos = canal.dibujo == Dibujo::puntos;
+    const bool barras = canal.dibujo == Dibujo::barras;
+    std::vector<std::string> nombres = {"Cuándo"};
+    if (puntos) {
+        nombres.insert(nombres.end(), {"rumbo dominante", "dirección media", "calmas", "sin rumbo"});
+    } else if (barras) {
+        nombres.insert(nombres.end(), {"suma", "total corrido", "máximo por muestra"});
+    } else {
+        nombres.insert(nombres.end(), {"mínimo", "media", "máximo"});
+    }
+    nombres.insert(nombres.end(), {"valores", "marcados"});
+    tabla.cabecera(nombres);
+    std::int64_t total = 0;
+    const auto agregar = [&](const std::string& nombre, const Cuentas& c, Cuando cuando) {
+        tabla.fila(nombre);
+        const auto& cuenta = c[canal.canal];
+        if (puntos) {
+            tabla.celda(rumbo(c));
+            tabla.celda(direccion(c));
+            tabla.celda(std::to_string(c.calmas));
+            tabla.celda(std::to_string(c.sinRumbo));
+        } else if (barras) {
+            total += cuenta.suma;
+            tabla.celda(suma(c, canal.canal, false));
+            tabla.celda(numero(total, decimalesDe(canal.canal)));
+            tabla.celda(maximo(c, canal.canal, cuando));
+        } else {
+            tabla.celda(minimo(c, canal.canal, cuando));
+            tabla.celda(media(c, canal.canal));
+            tabla.celda(maximo(c, canal.canal, cuando));
+        }
+        std::uint32_t marcados = 0;
+        for (const auto cuantos : cuenta.marcados) marcados += cuantos;
+        tabla.celda(std::to_string(cuenta.valores));
+        tabla.celda(std::to_string(marcados));
+        tabla.finFila();
+    };
+    if (!e.horas().empty()) {
+        for (std::size_t i = 0; i < e.horas().size(); ++i) {
+            const auto hora = e.dias().front().comienzo + std::chrono::hours(i);
+            if (e.horas()[i].muestras > 0) agregar(fechaHora(hora), e.horas()[i], informe::hora);
+        }
+    } else if (e.dias().size() <= 62) {
+        for (const auto& dia : e.dias()) agregar(fecha(dia.comienzo), dia.cuentas, hora);
+    } else {
+        for (const auto& mes : e.meses()) agregar(fechaDeMes(mes.mes), mes.cuentas, diaYHora);
+    }
+    return std::move(tabla).html();
+}
+
+std::string tablaDeRosa(const Informe& informe) {
+    const auto& e = informe.estadistica;
+    const auto& todo = e.todo();
+    Tabla tabla("Rosa de los vientos: muestras por rumbo y velocidad en km/h", "datos");
+    tabla.cabecera({"Rumbo", "1.8 a 10", "10 a 20", "20 a 40", "40 o más", "todas", "%"});
+    const auto total = static_cast<double>(std::max(todo.muestras, 1U));
+    for (std::size_t r = 0; r < kRumbos; ++r) {
+        tabla.fila(kNombresRumbo[r]);
+        for (const auto cuantas : e.rosa()[r]) tabla.celda(std::to_string(cuantas));
+        tabla.celda(std::to_string(todo.rumbos[r]));
+        tabla.celda(numero(todo.rumbos[r] * 100.0 / total, 1));
+        tabla.finFila();
+    }
+    const auto aparte = [&](std::string_view nombre, std::uint32_t cuantas) {
+        tabla.fila(nombre);
+        for (std::size_t i = 0; i < kClases; ++i) tabla.celda("");
+        tabla.celda(std::to_string(cuantas));
+        tabla.celda(numero(cuantas * 100.0 / total, 1));
+        tabla.finFila();
+    };
+    aparte("calma", todo.calmas);
+    aparte("sin rumbo", todo.sinRumbo);
+    aparte("total", todo.muestras);
+    return std::move(tabla).html();
+}
+
+std::string tablaDeClima(const ClimaDelMes& clima) {
+    const auto& mes = *clima.mes;
+    Tabla tabla(fmt::format("Clima de {} de {}", nombreMes(mes.mes.mes), mes.mes.anio), "clima");
+    tabla.cabecera({"Día", "Temp. media<small>ºC</small>", "máx.", "mín.",
+                    "Grados-día<small>calefacción</small>", "Grados-día<small>refrigeración</small>",
+                    "Lluvia<small>mm</small>", "Viento medio<small>km/h</small>", "máx.",
+                    "rumbo<small>dominante</small>"});
+    const auto gradosDia = [](const std::optional<double>& g) {
+        return g ? numero(*g, 1) : std::string(kNada);
+    };
+    for (const auto& dia : clima.dias) {
+        tabla.fila(std::to_string(dia.dia));
+        static const Cuentas kSinNada;
+        const auto& c = dia.cuentas != nullptr ? *dia.cuentas : kSinNada;
+        tabla.celda(media(c, Canal::temperatura));
+        tabla.celda(maximo(c, Canal::temperatura, hora));
+        tabla.celda(minimo(c, Canal::temperatura, hora));
+        tabla.celda(gradosDia(dia.calefaccion));
+        tabla.celda(gradosDia(dia.refrigeracion));
+        tabla.celda(suma(c, Canal::lluvia, false));
+        tabla.celda(media(c, Canal::velViento));
+        tabla.celda(maximo(c, Canal::velViento, hora));
+        tabla.celda(rumbo(c));
+        tabla.finFila();
+    }
+    tabla.fila("Mes");
+    tabla.celda(media(mes.cuentas, Canal::temperatura, mes.incompleta(Canal::temperatura)));
+    tabla.celda(maximo(mes.cuentas, Canal::temperatura, diaYHora));
+    tabla.celda(minimo(mes.cuentas, Canal::temperatura, diaYHora));
+    tabla.celda(numero(clima.calefaccion, 1));
+    tabla.celda(numero(clima.refrigeracion, 1));
+    tabla.celda(suma(mes.cuentas, Canal::lluvia, mes.conAgujeros(Canal::lluvia)));
+    tabla.celda(media(mes.cuentas, Canal::velViento, mes.incompleta(Canal::velViento)));
+    tabla.celda(maximo(mes.cuentas, Canal::velViento, diaYHora));
+    tabla.celda(rumbo(mes.cuentas));
+    tabla.finFila();
+    return std::move(tabla).html() + fmt::format(
+                                         "<p class=nota>Días con máxima de 32.0 ºC o más: {}; de 0.0 ºC o "
+                                         "menos: {}. Días con mínima de "
+                                         "0.0 ºC o menos: {}; de -18.0 ºC o menos: {}. Días con lluvia de "
+                                         "0.2 mm o más: {}; de 2.0: {}; de "
+                                         "20.0: {}. Grados-día con base {} ºC.</p>",
+                                         clima.maximaDesde32, clima.maximaHasta0, clima.minimaHasta0,
+                                         clima.minimaHasta18Bajo0, clima.lluviaDesde02, clima.lluviaDesde2,
+                                         clima.lluviaDesde20, numero(kBaseGradosDia, 1));
+}
+
+std::string tablaDeMarcas(const Informe& informe, bool evaporacion) {
+    Tabla tabla("Valores marcados", "datos");
+    tabla.cabecera({"Canal", "fuera de rango", "salto", "fijo"});
+    for (const auto& canal : kCanalesInformados) {
+        if (canal.canal == Canal::evaporacion && !evaporacion) continue;
+        tabla.fila(canal.nombre);
+        for (const auto cuantos : informe.estadistica.todo()[canal.canal].marcados)
+            tabla.celda(std::to_string(cuantos));
+        tabla.finFila();
+    }
+    return std::move(tabla).html();
+}
+
+std::string tablaDeImagenes(const EstacionInformada& estacion) {
+    Tabla tabla("Imágenes de memoria", "datos imagenes");
+    tabla.cabecera({"SHA-256", "Reloj del registrador", "Bytes", "Muestras", "Retrocesos del reloj"});
+    for (const auto& imagen : estacion.imagenes) {
+        tabla.fila("<code>" + imagen.huella + "</code>");
+        tabla.celda(imagen.reloj ? fechaHora(*imagen.reloj) : std::string(kNada));
+        tabla.celda(std::to_string(imagen.bytes) + (imagen.parcial ? "<small>parcial</small>" : ""));
+        tabla.celda(std::to_string(imagen.muestras));
+        tabla.celda(std::to_string(imagen.retrocesos));
+        tabla.finFila();
+    }
+    return std::move(tabla).html();
+}
+
+}  // namespace telvane::informe

@@ -1,0 +1,137 @@
+#include "informe/texto_html.h"
+
+#include <array>
+#include <cmath>
+
+#include <fmt/format.h>
+
+namespace telvane::informe {
+
+namespace {
+
+constexpr std::string_view kReemplazo = "\xEF\xBF\xBD";  // U+FFFD
+constexpr std::array<std::string_view, 12> kMeses = {"enero",      "febrero", "marzo",     "abril",
+                                                     "mayo",       "junio",   "julio",     "agosto",
+                                                     "septiembre", "octubre", "noviembre", "diciembre"};
+
+struct Caracter {
+    char32_t codigo = 0;
+    std::size_t bytes = 1;
+};
+
+// The character at the text's beginning; code 0xFFFD and one byte where there is none.
+Caracter primero(std::string_view texto) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(texto[i]); };
+    const unsigned cabeza = byte(0);
+    if (cabeza < 0x80) return {cabeza, 1};
+    const std::size_t bytes = cabeza >= 0xF0 ? 4 : cabeza >= 0xE0 ? 3 : 2;
+    constexpr Caracter kNinguno{0xFFFD, 1};
+    if (cabeza < 0xC2 || cabeza > 0xF4 || texto.size() < bytes) return kNinguno;
+    char32_t codigo = cabeza & (0x7FU >> bytes);
+    for (std::size_t i = 1; i < bytes; ++i) {
+        if ((byte(i) & 0xC0U) != 0x80U) return kNinguno;
+        codigo = codigo << 6 | (byte(i) & 0x3FU);
+    }
+    constexpr std::array<char32_t, 5> kMenores = {0, 0, 0x80, 0x800, 0x10000};
+    if (codigo < kMenores[bytes] || codigo > 0x10FFFF || (codigo >= 0xD800 && codigo <= 0xDFFF))
+        return kNinguno;
+    return {codigo, bytes};
+}
+
+constexpr bool entre(char32_t c, char32_t desde, char32_t hasta) {
+    return desde <= c && c <= hasta;
+}
+
+// Characters that show nothing, or change how others are shown.
+constexpr bool seMuestra(char32_t c) {
+    const bool control = c < 0x20 || entre(c, 0x7F, 0x9F);
+    const bool invisible = c == 0xAD || c == 0x61C || entre(c, 0x200B, 0x200F) || entre(c, 0x2028, 0x202E) ||
+                           entre(c, 0x2060, 0x206F) || c == 0xFEFF || entre(c, 0xFFF0, 0xFFFC) ||
+                           entre(c, 0xE0000, 0xE0FFF);
+    const bool ninguno = (c & 0xFFFEU) == 0xFFFEU || entre(c, 0xFDD0, 0xFDEF);
+    return !control && !invisible && !ninguno;
+}
+
+std::string_view escape(char32_t c) {
+    switch (c) {
+        case '&':
+            return "&amp;";
+        case '<':
+            return "&lt;";
+        case '>':
+            return "&gt;";
+        case '"':
+            return "&quot;";
+        case '\'':
+            return "&#39;";
+        case '`':
+            return "&#96;";
+        default:
+            return {};
+    }
+}
+
+std::string limpio(std::string_view texto, bool conEscapes) {
+    std::string salida;
+    const auto desde = texto.find_first_not_of(' ');
+    if (desde == std::string_view::npos) return salida;
+    texto = texto.substr(desde, texto.find_last_not_of(' ') + 1 - desde);
+    while (!texto.empty()) {
+        const auto c = primero(texto);
+        const auto puesto = conEscapes ? escape(c.codigo) : std::string_view();
+        if (!seMuestra(c.codigo) || c.codigo == 0xFFFD) {
+            salida += kReemplazo;
+        } else {
+            salida += puesto.empty() ? texto.substr(0, c.bytes) : puesto;
+        }
+        texto.remove_prefix(c.bytes);
+    }
+    return salida;
+}
+
+}  // namespace
+
+std::string deRegistrador(std::string_view texto) {
+    return limpio(texto, true);
+}
+
+std::string llanoDeRegistrador(std::string_view texto) {
+    return limpio(texto, false);
+}
+
+std::string numero(std::int64_t valor, int decimales) {
+    std::int64_t escala = 1;
+    for (int i = 0; i < decimales; ++i) escala *= 10;
+    const auto absoluto = valor < 0 ? -valor : valor;
+    auto texto = std::string(valor < 0 ? "-" : "") + std::to_string(absoluto / escala);
+    if (decimales > 0) texto += fmt::format(".{:0{}}", absoluto % escala, decimales);
+    return texto;
+}
+
+std::string numero(double valor, int decimales) {
+    return numero(static_cast<std::int64_t>(std::llround(valor * std::pow(10, decimales))), decimales);
+}
+
+std::string fecha(Instante momento) {
+    const auto f = fechaDe(momento);
+    return fmt::format("{:02}/{:02}/{:04}", f.dia, f.mes, f.anio);
+}
+
+std::string hora(Instante momento) {
+    const auto h = horaDe(momento);
+    return fmt::format("{:02}:{:02}", h.hora, h.minuto);
+}
+
+std::string fechaHora(Instante momento) {
+    return fecha(momento) + ' ' + hora(momento);
+}
+
+std::string nombreMes(int mes) {
+    return std::string(kMeses[static_cast<std::size_t>(mes - 1)]);
+}
+
+std::string mesCorto(int mes) {
+    return nombreMes(mes).substr(0, 3);
+}
+
+}  // namespace telvane::informe

@@ -1,0 +1,158 @@
+// telvane-historico informe and resumen as they are called.
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "apoyo/carpeta_temporal.h"
+#include "apoyo/proceso.h"
+#include "simulator/memoria_simulada.h"
+
+namespace telvane {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+struct Corrida {
+    int estado = -1;
+    std::string salida;
+    std::string errores;
+};
+
+class OrdenInforme : public testing::Test {
+   protected:
+    OrdenInforme() { guardar("una.rgt", memoriaSimulada(Clima(3))); }
+
+    void guardar(const std::string& nombre, const std::vector<std::uint8_t>& bytes) {
+        std::ofstream(carpeta_ / nombre, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+    std::string ruta(const std::string& nombre) const { return (carpeta_ / nombre).string(); }
+    std::string leer(const std::string& nombre) const {
+        std::ifstream archivo(carpeta_ / nombre, std::ios::binary);
+        std::ostringstream texto;
+        texto << archivo.rdbuf();
+        return texto.str();
+    }
+    bool hay(const std::string& nombre) const { return std::filesystem::exists(carpeta_ / nombre); }
+    Corrida correr(std::vector<std::string> argumentos) const {
+        argumentos.insert(argumentos.begin(), {TELVANE_HISTORICO, "--en", ruta("h.sqlite")});
+        Proceso proceso(argumentos, {"TZ=UTC", "HOME=" + carpeta_.ruta().string()});
+        const auto estado = proceso.terminar().value_or(-1);
+        return {.estado = estado, .salida = proceso.salida(), .errores = proceso.errores()};
+    }
+    // Without the line that says when.
+    static std::string sinCuando(const std::string& html) {
+        const auto desde = html.find("\n<p>el ");
+        return html.substr(0, desde) + html.substr(html.find('\n', desde + 1));
+    }
+    CarpetaTemporal carpeta_;
+};
+
+TEST_F(OrdenInforme, OfAnImageAndOfItsStationSaysTheSame) {
+    ASSERT_EQ(correr({"incorporar", ruta("una.rgt")}).estado, 0);
+    EXPECT_EQ(correr({"informe", ruta("i.html"), "--imagen", ruta("una.rgt")}).estado, 0);
+    EXPECT_EQ(correr({"informe", ruta("e.html"), "--estacion", "02080050"}).estado, 0);
+    EXPECT_THAT(leer("i.html"), HasSubstr("8178 de 8178 esperadas"));
+    EXPECT_EQ(sinCuando(leer("i.html")), sinCuando(leer("e.html")));
+}
+
+TEST_F(OrdenInforme, TwoRunsGiveTheSameBytesButForOneLine) {
+    EXPECT_EQ(correr({"informe", ruta("a.html"), "--imagen", ruta("una.rgt")}).estado, 0);
+    const auto otra = correr({"informe", "-", "--imagen", ruta("una.rgt")});
+    EXPECT_EQ(otra.estado, 0);
+    EXPECT_EQ(sinCuando(leer("a.html")), sinCuando(otra.salida));
+}
+
+TEST_F(OrdenInforme, AYearOfHoursStaysBelow400KilobytesWithoutScripts) {
+    EXPECT_EQ(correr({"informe", ruta("a.html"), "--imagen", ruta("una.rgt"), "--sin-guiones"}).estado, 0);
+    EXPECT_LT(std::filesystem::file_size(ruta("a.html")), 400'000U);
+    EXPECT_THAT(leer("a.html"), Not(HasSubstr("<script")));
+}
+
+TEST_F(OrdenInforme, APeriodWithoutSamplesWritesNothing) {
+    for (const auto& periodo : std::vector<std::vector<std::string>>{
+             {"--mes", "2017-01"}, {"--desde", "2030-01-01"}, {"--hasta", "2018-11-20"}}) {
+        std::vector<std::string> linea{"informe", ruta("a.html"), "--imagen", ruta("una.rgt")};
+        linea.insert(linea.end(), periodo.begin(), periodo.end());
+        const auto corrida = correr(linea);
+        EXPECT_EQ(corrida.estado, 1) << periodo[1];
+        EXPECT_THAT(corrida.errores, HasSubstr("no hay muestras en el período pedido"));
+        EXPECT_FALSE(hay("a.html"));
+    }
+    guardar("vacia.rgt", memoriaVacia({}, {}));
+    EXPECT_EQ(correr({"informe", ruta("a.html"), "--imagen", ruta("vacia.rgt")}).estado, 1);
+    EXPECT_FALSE(hay("a.html"));
+}
+
+TEST_F(OrdenInforme, WhatDoesNotGoTogetherIsWrongUsage) {
+    const std::vector<std::vector<std::string>> malas{
+        {},
+        {"--imagen", ruta("una.rgt"), "--estacion", "02080050"},
+        {"--imagen", ruta("una.rgt"), "--mes", "2018-12", "--desde", "2018-12-01"},
+        {"--imagen", ruta("una.rgt"), "--mes", "2018-12", "--hasta", "2018-12-01"},
+        {"--imagen", ruta("una.rgt"), "--mes", "2018-13"},
+        {"--imagen", ruta("una.rgt"), "--desde", "2018-12-01", "--hasta", "2018-12-01"},
+        {"--imagen", ruta("una.rgt"), "--desde", "2018-12-02", "--hasta", "2018-12-01"},
+    };
+    for (const auto& mala : malas) {
+        std::vector<std::string> linea{"informe", ruta("a.html")};
+        linea.insert(linea.end(), mala.begin(), mala.end());
+        EXPECT_EQ(correr(linea).estado, 2) << (mala.empty() ? "" : mala.back());
+        EXPECT_FALSE(hay("a.html"));
+    }
+    EXPECT_EQ(correr({"informe", ruta("una.rgt"), "--imagen", ruta("una.rgt")}).estado, 2)
+        << "a page is no base file, and never written over what it is made of";
+    EXPECT_EQ(std::filesystem::file_size(ruta("una.rgt")), kBytesMemoria);
+}
+
+TEST_F(OrdenInforme, PartialDamagedAndLongFiles) {
+    auto bytes = memoriaSimulada(Clima(3));
+    std::fill_n(bytes.begin(), 4, 0xFF);
+    guardar("borrada.rgt", bytes);
+    EXPECT_EQ(correr({"informe", ruta("a.html"), "--imagen", ruta("borrada.rgt")}).estado, 0);
+    EXPECT_THAT(leer("a.html"), HasSubstr("sin número de serie"));
+    auto parcial = memoriaSimulada(Clima(3));
+    parcial.resize(100'001);
+    guardar("parcial.rgt.parcial", parcial);
+    EXPECT_EQ(correr({"informe", ruta("p.html"), "--imagen", ruta("parcial.rgt.parcial")}).estado, 0);
+    EXPECT_THAT(leer("p.html"), HasSubstr("parcial"));
+    bytes.push_back(0);
+    guardar("larga.rgt", bytes);
+    EXPECT_EQ(correr({"informe", ruta("l.html"), "--imagen", ruta("larga.rgt")}).estado, 1);
+    EXPECT_EQ(correr({"informe", ruta("l.html"), "--imagen", ruta("no-esta.rgt")}).estado, 1);
+    EXPECT_FALSE(hay("l.html"));
+}
+
+TEST_F(OrdenInforme, TheSummaryIsTheMonthsText) {
+    ASSERT_EQ(correr({"incorporar", ruta("una.rgt")}).estado, 0);
+    const auto corrida = correr({"resumen", "--estacion", "02080050", "--mes", "2018-12"});
+    EXPECT_EQ(corrida.estado, 0) << corrida.errores;
+    EXPECT_THAT(corrida.salida, HasSubstr("RESUMEN CLIMÁTICO DE diciembre DE 2018"));
+    EXPECT_THAT(corrida.salida, HasSubstr("Muestras: 744 de 744 esperadas"));
+    EXPECT_EQ(correr({"resumen", "--estacion", "02080050", "--mes", "2017-12"}).estado, 1);
+    EXPECT_EQ(correr({"resumen", "--estacion", "02080050"}).estado, 2);
+    EXPECT_EQ(correr({"resumen", "--estacion", "99999999", "--mes", "2018-12"}).estado, 1);
+}
+
+TEST_F(OrdenInforme, LimitsBesideTheArchiveChangeTheMarksOfTheirStation) {
+    ASSERT_EQ(correr({"incorporar", ruta("una.rgt")}).estado, 0);
+    EXPECT_EQ(correr({"informe", ruta("a.html"), "--estacion", "02080050"}).estado, 0);
+    EXPECT_FALSE(leer("a.html").find(" fuera de rango.") != std::string::npos);
+    std::ofstream(carpeta_ / "calidad.ini") << "[02080050]\ntemperatura.rango = -40 20\n";
+    EXPECT_EQ(correr({"informe", ruta("a.html"), "--estacion", "02080050"}).estado, 0);
+    EXPECT_TRUE(leer("a.html").find(" fuera de rango.") != std::string::npos);
+    std::ofstream(carpeta_ / "calidad.ini") << "[02080050]\ntemperatura.rnago = -40 20\n";
+    const auto mala = correr({"informe", ruta("b.html"), "--estacion", "02080050"});
+    EXPECT_EQ(mala.estado, 1);
+    EXPECT_THAT(mala.errores, HasSubstr("línea 2: nombre desconocido: temperatura.rnago"));
+    EXPECT_FALSE(hay("b.html"));
+}
+
+}  // namespace
+}  // namespace telvane

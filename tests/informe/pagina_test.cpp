@@ -1,0 +1,210 @@
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include "informe/informe.h"
+#include "informe/recursos.h"
+#include "informe/texto_html.h"
+#include "platform/cp1252.h"
+#include "tests/informe/juzgadas.h"
+
+namespace telvane::informe {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using testing::Not;
+
+EstacionInformada estacionBuena() {
+    EstacionInformada e;
+    e.nombre = "02080050";
+    e.textos = {"INTA", "Finca Norte", "32 53 S", "68 50 O", "  827"};
+    e.intervalo = 10;
+    e.imagenes.push_back({.huella = std::string(64, 'a'),
+                          .reloj = kInicio,
+                          .bytes = 262144,
+                          .muestras = 300,
+                          .retrocesos = 2});
+    return e;
+}
+std::string paginaDe(const EstacionInformada& estacion, bool guiones = false,
+                     const Informe& informe = informeDe(serie(300))) {
+    return pagina(estacion, informe, {.guiones = guiones, .hecho = "21/11/2026 10:00", .version = "9.9"});
+}
+
+// The page without the texts that people wrote: what is left are our own marks.
+std::string armazon(const std::string& html) {
+    std::string marcas;
+    bool dentro = false;
+    for (const char c : html) {
+        if (c == '<') dentro = true;
+        if (dentro) marcas += c;
+        if (c == '>') dentro = false;
+    }
+    return marcas;
+}
+
+TEST(Pagina, AsksForNothingFromOutside) {
+    for (const bool guiones : {false, true}) {
+        auto html = paginaDe(estacionBuena(), guiones);
+        const auto cabeza = html.substr(0, html.find("<body>"));
+        EXPECT_THAT(cabeza, HasSubstr("default-src 'none'; style-src '" + recursos::huellaEstilo() + "'"));
+        EXPECT_EQ(cabeza.find("script-src '" + recursos::huellaGuion()) != std::string::npos, guiones);
+        EXPECT_THAT(html, Not(HasSubstr("sourceMappingURL")));
+        html.resize(std::min(html.find("<script>"), html.size()));
+        EXPECT_THAT(html, Not(HasSubstr("<link")));
+        EXPECT_THAT(html, Not(HasSubstr(" src=")));
+        EXPECT_THAT(html, Not(HasSubstr(" style=")));
+        EXPECT_THAT(html, Not(HasSubstr("href=\"http")));
+    }
+}
+
+TEST(Pagina, WithoutScriptsThereIsNone) {
+    EXPECT_THAT(paginaDe(estacionBuena(), false), Not(HasSubstr("<script")));
+    EXPECT_THAT(paginaDe(estacionBuena(), true), HasSubstr("Dygraph"));
+}
+
+TEST(Pagina, TwoRunsDifferInTheLineThatSaysWhen) {
+    const auto informe = informeDe(serie(300));
+    const auto una =
+        pagina(estacionBuena(), informe, {.guiones = true, .hecho = "21/11/2026 10:00", .version = "9.9"});
+    auto otra =
+        pagina(estacionBuena(), informe, {.guiones = true, .hecho = "22/11/2027 11:11", .version = "9.9"});
+    EXPECT_NE(una, otra);
+    const std::string linea = "\n<p>el 22/11/2027 11:11</p>\n";
+    ASSERT_NE(otra.find(linea), std::string::npos);
+    otra.replace(otra.find(linea), linea.size(), "\n<p>el 21/11/2026 10:00</p>\n");
+    EXPECT_EQ(una, otra);
+}
+
+TEST(Pagina, SaysWhereItsDataComeFrom) {
+    const auto html = paginaDe(estacionBuena());
+    EXPECT_THAT(html, HasSubstr(std::string(64, 'a')));
+    EXPECT_THAT(html, HasSubstr("262144"));
+    EXPECT_THAT(html, HasSubstr("<dt>Usuario</dt><dd><bdi>INTA</bdi>"));
+    EXPECT_THAT(html, HasSubstr("<dt>Altitud</dt><dd><bdi>827</bdi>"));
+    EXPECT_THAT(html, HasSubstr("10 min"));
+}
+
+TEST(Pagina, AnImageWithoutASerialNumberIsShownWithoutOne) {
+    auto estacion = estacionBuena();
+    estacion.nombre.clear();
+    EXPECT_THAT(paginaDe(estacion), HasSubstr("sin número de serie"));
+    estacion.textos = {};
+    EXPECT_THAT(paginaDe(estacion), HasSubstr("Estación sin nombre"));
+}
+
+TEST(Pagina, EvaporationIsShownWhereThereIsSome) {
+    auto estacion = estacionBuena();
+    EXPECT_THAT(paginaDe(estacion), Not(HasSubstr("Evaporación")));
+    estacion.evaporacion = true;
+    EXPECT_THAT(paginaDe(estacion), HasSubstr("g-evaporacion"));
+}
+
+TEST(Pagina, EveryChartHasWordsAndATable) {
+    const auto html = paginaDe(estacionBuena());
+    const auto veces = [&](std::string_view que) {
+        std::size_t n = 0;
+        for (auto i = html.find(que); i != std::string::npos; i = html.find(que, i + 1)) ++n;
+        return n;
+    };
+    EXPECT_EQ(veces("role=\"img\" aria-label=\""), 8U) << "seven channels and the rose";
+    EXPECT_EQ(veces("los datos como tabla"), 8U);
+}
+
+TEST(Pagina, ItsSizeDoesNotGrowWithTheSamples) {
+    const auto corta = informeDe(serie(30'000, 10min));
+    const auto larga = informeDe(serie(300'000, 1min));
+    EXPECT_LT(paginaDe(estacionBuena(), false, larga).size(),
+              paginaDe(estacionBuena(), false, corta).size() * 13 / 10);
+}
+
+// What a logger may hold: any bytes, and above all those that mean something to a browser.
+std::string textoHostil() {
+    static const std::vector<std::string> kTrozos{"<script>alert(1)</script>",
+                                                  "</title><img src=x onerror=alert(1)>",
+                                                  "\"><svg onload=alert(1)>",
+                                                  "' onmouseover='x",
+                                                  "-->",
+                                                  "<!--",
+                                                  "]]>",
+                                                  "&lt;b&gt;",
+                                                  "&#60;b&#62;",
+                                                  "javascript:alert(1)",
+                                                  "</style><b>",
+                                                  "`${alert(1)}`",
+                                                  "\xE2\x80\xA8",
+                                                  "\xE2\x80\xAE",
+                                                  "\xED\xA0\x80",
+                                                  "\xC0\xBC",
+                                                  "\xF0\x9F\x98",
+                                                  "\x01",
+                                                  "\x7F",
+                                                  "\xC2\x85",
+                                                  "\r\n",
+                                                  "\t",
+                                                  "{{x}}",
+                                                  "ñandú"};
+    std::string texto;
+    for (const auto& trozo : *rc::gen::container<std::vector<std::string>>(
+             rc::gen::oneOf(rc::gen::elementOf(kTrozos), rc::gen::arbitrary<std::string>()))) {
+        texto += trozo;
+    }
+    return texto;
+}
+
+RC_GTEST_PROP(Pagina, AnyTextOfALoggerIsText, ()) {
+    static const auto kInforme = informeDe(serie(30));
+    static const auto kArmazon = armazon(paginaDe(estacionBuena(), false, kInforme));
+    auto estacion = estacionBuena();
+    for (auto& texto : estacion.textos) texto = textoHostil();
+    estacion.nombre = "0208" + textoHostil();
+    const auto html = paginaDe(estacion, false, kInforme);
+    RC_ASSERT(armazon(html) == kArmazon);
+    for (const unsigned char c : html) RC_ASSERT((c >= 0x20 && c != 0x7F) || c == '\n');
+}
+
+RC_GTEST_PROP(TextoDeRegistrador, ShowsNothingThatActs, (const std::string& texto)) {
+    const auto limpio = deRegistrador(texto + textoHostil());
+    RC_ASSERT(limpio.find_first_of("<>\"'`") == std::string::npos);
+    for (const char* prohibido :
+         {"\xE2\x80\xA8", "\xE2\x80\xA9", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xC2\x80", "\xED\xA0"})
+        RC_ASSERT(limpio.find(prohibido) == std::string::npos);
+    for (const unsigned char c : limpio) RC_ASSERT(c >= 0x20 && c != 0x7F);
+    RC_ASSERT(caracteres(limpio) == caracteres(cp1252DeUtf8(limpio)));
+}
+
+TEST(TextoDeRegistrador, KeepsWhatPeopleWrite) {
+    EXPECT_EQ(deRegistrador("  Finca Ñandú & Cía. "), "Finca Ñandú &amp; Cía.");
+    EXPECT_EQ(deRegistrador("\x01"
+                            "A\xC2\x9F"),
+              "\uFFFD"
+              "A\uFFFD");
+    EXPECT_EQ(llanoDeRegistrador("a<b"), "a<b");
+}
+
+TEST(Resumen, IsNoWiderThanEightyColumns) {
+    auto todas = serie(30 * 144, 10min, instante({.anio = 2018, .mes = 11, .dia = 1}));
+    for (auto& o : todas) o.medidas.lluvia = 50;
+    todas.erase(todas.begin() + 500, todas.begin() + 2000);
+    auto estacion = estacionBuena();
+    for (auto& texto : estacion.textos) texto = std::string(35, 'M') + "\x1B[31m";
+    const auto informe = informeDe(todas);
+    const auto texto = resumenDelMes(estacion, informe, informe.estadistica.meses().front());
+    std::size_t desde = 0;
+    for (auto fin = texto.find('\n'); fin != std::string::npos; fin = texto.find('\n', desde)) {
+        EXPECT_LE(caracteres(std::string_view(texto).substr(desde, fin - desde)), 80U);
+        desde = fin + 1;
+    }
+    EXPECT_EQ(desde, texto.size());
+    EXPECT_EQ(texto.find('\x1B'), std::string::npos);
+    EXPECT_THAT(texto, HasSubstr("Temperatura media: incompleto"));
+    EXPECT_THAT(texto, HasSubstr("Lluvia total: incompleto"));
+}
+
+}  // namespace
+}  // namespace telvane::informe
