@@ -1,14 +1,17 @@
 #include "app/inicio.h"
 
+#include <algorithm>
 #include <optional>
 
+#include "app/retenidos.h"
 #include "app/temporizador.h"
 #include "data/archivo_base.h"
 #include "data/descarga.h"
 #include "data/exportacion.h"
+#include "link/busqueda_puerto.h"
 #include "link/enlace.h"
-#include "link/puerto.h"
 #include "link/sucesos.h"
+#include "link/turno.h"
 #include "live/en_linea.h"
 #include "loggerconfig/edicion.h"
 #include "loggerconfig/escritura.h"
@@ -19,11 +22,14 @@
 #include "platform/tarea.h"
 #include "platform/vigilia.h"
 #include "regional/module1.h"
+#include "ui/teclas.h"
 #include "ui/textos.h"
 
 namespace telvane {
 
 namespace {
+
+constexpr std::string_view kIntercambioEnCurso = "hay un intercambio en curso: espere a que termine";
 
 std::string queDice(const std::exception_ptr& fallo) {
     try {
@@ -52,31 +58,50 @@ struct Inicio::Partes {
     void alPulsar(Control& control, Operacion operacion) {
         control.alPulsar = [this, operacion] { lanzar(operacion()); };
     }
+    // The same for one that takes the logger's port.
+    template <class Operacion>
+    void alIntercambiar(Control& control, Operacion operacion) {
+        control.alPulsar = [this, operacion] { intercambiar(operacion); };
+    }
+    template <class Operacion>
+    void intercambiar(Operacion operacion) {
+        if (!cedeElTurno()) lanzar(enTurno(operacion()));
+    }
+    Tarea<> enTurno(Tarea<> tarea);
+    bool ocupado() const { return turno.enProgreso() || formas.progress.mostrado(); }
+    bool cedeElTurno() const;
+    // Whether what the user does to this control would make the form show something else than is being sent.
+    bool seEnvia(const Control& control) const;
+    template <class Operacion>
+    void alRecibir(MSComm& canal, Operacion& operacion);
 
     Entorno entorno;
     Inicio& formas;
     FormaInicio& forma;
     Esperas esperas;
     Canales canales;
+    Turno turno;
     EstadoEnlace estado;
     EstadoConfig config;
     EstadoDatos datos;
     Enlace enlace;
     Vigilia vigilia;
 
+    Edicion edicion;
     LecturaConfig lectura;
     BusquedaPuerto busqueda;
     DatosEnLinea enLinea;
-    Edicion edicion;
     EscrituraConfig escritura;
     EscrituraSerie serie;
     Exportacion exportacion;
     ArchivoBase archivoBase;
+    RutinasImagen imagen;
     Descarga descarga;
 
     // Running from start-up on, which disables both. Timer2 and Timer3 have no handler and never run.
     std::optional<Temporizador> timer1;
     std::optional<Temporizador> timer4;
+    Retenidos usuario;
     Tareas tareas;
 };
 
@@ -86,46 +111,94 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
       forma(inicio.forma),
       esperas(entorno.bucle, entorno.reloj, tareas),
       canales(entorno.puertos),
+      turno(entorno.bucle, entorno.reloj),
       datos(entorno.perfil),
-      enlace{forma, canales, estado, entorno.reloj, esperas, entorno.dialogos},
+      enlace{forma, canales, estado, entorno.reloj, esperas, entorno.dialogos, turno},
       vigilia(entorno.bucle, entorno.inhibidor, std::string(textos::kPorQueDespierta)),
-      lectura(enlace, config, inicio.presenta),
+      edicion(enlace, config),
+      lectura(enlace, config, edicion, inicio.presenta),
       busqueda(enlace, inicio.presenta, [this] { return lectura.alPulsar(); }),
       enLinea(enlace),
-      edicion(enlace, config),
       escritura(enlace, config, edicion),
       serie(enlace, config),
       exportacion(enlace, config, datos, inicio.progress),
-      archivoBase(enlace, config, datos, inicio.progress),
+      archivoBase(enlace, datos, inicio.progress),
+      imagen(forma, config, datos.decodificador),
       descarga(enlace, datos, inicio.progress, vigilia,
                {.lanzar = [this](Tarea<> tarea) { lanzar(std::move(tarea)); },
                 .guardarBase = [this] { archivoBase.guardarDescarga(); },
                 .generargt = [this] { return exportacion.generargt(); }}),
+      usuario(entorno.bucle, {.libre = [this] { return !ocupado() && tareas.enCurso() == 0; },
+                              .falta = [this] { return turno.falta(); }}),
       tareas([this](const std::exception_ptr& fallo) { fallar(fallo); }) {
     datos.carpetaBase = entorno.carpetaBase;
-    entorno.bucle.alTerminarSuceso([this] { esperas.revisar(); });
+    entorno.bucle.alTerminarSuceso([this] {
+        esperas.revisar();
+        usuario.revisar();
+    });
     entorno.bucle.alFallar([this](const std::exception_ptr& fallo) { fallar(fallo); });
     conectarCanales();
     conectarBotones();
     conectarEdicion();
 }
 
+Tarea<> Inicio::Partes::enTurno(Tarea<> tarea) {
+    const Turno::Operacion operacion(turno);
+    co_await tarea;
+}
+
+// What would take the port of an exchange that is in progress is not begun, and the operator is told.
+bool Inicio::Partes::cedeElTurno() const {
+    if (!ocupado()) return false;
+    forma.imprimir(std::string(kIntercambioEnCurso));
+    return true;
+}
+
+bool Inicio::Partes::seEnvia(const Control& control) const {
+    if (!escritura.enviando()) return false;
+    const auto es = [&](const Control* otro) { return otro == &control; };
+    const auto campos = forma.camposEdicion();
+    const auto opciones = forma.opciones();
+    return std::any_of(campos.begin(), campos.end(), es) ||
+           std::any_of(opciones.begin(), opciones.end(), es) || es(&forma.Check1);
+}
+
+template <class Operacion>
+void Inicio::Partes::alRecibir(MSComm& canal, Operacion& operacion) {
+    canal.alComunicar = [this, &canal, &operacion] {
+        if (canal.CommEvent() == suceso::kRecibido) turno.vive();
+        operacion.alComunicar();
+    };
+    canal.alFallar = [this](const std::string& porQue) { forma.imprimir(porQue); };
+}
+
 void Inicio::Partes::conectarCanales() {
     canales.MSComm1.alComunicar = [this] { alComunicarSonda(enlace); };
     canales.MSComm1.vigilarLinea(true);
-    canales.MSComm2.alComunicar = [this] { lectura.alComunicar(); };
-    canales.MSComm3.alComunicar = [this] { serie.alComunicar(); };
-    canales.MSComm4.alComunicar = [this] { descarga.alComunicar(); };
-    canales.MSComm5.alComunicar = [this] { escritura.alComunicar(); };
-    canales.MSComm6.alComunicar = [this] { enLinea.alComunicar(); };
+    alRecibir(canales.MSComm2, lectura);
+    alRecibir(canales.MSComm3, serie);
+    alRecibir(canales.MSComm4, descarga);
+    alRecibir(canales.MSComm5, escritura);
+    alRecibir(canales.MSComm6, enLinea);
+    turno.canalEnUso([this] {
+        // Live data that was stopped waits for a last frame, which may be lost.
+        return canales.MSComm2.PortOpen() || canales.MSComm3.PortOpen() || canales.MSComm4.PortOpen() ||
+               canales.MSComm5.PortOpen() || (canales.MSComm6.PortOpen() && enLinea.enLinea());
+    });
 }
 
 void Inicio::Partes::conectarBotones() {
-    alPulsar(forma.Command1, [this] { return busqueda.alReconectar(); });
-    alPulsar(forma.configuracion, [this] { return lectura.alPulsar(); });
-    alPulsar(forma.Command4, [this] { return enLinea.alPulsar(); });
-    alPulsar(forma.Command3, [this] { return escritura.alPulsar(); });
-    alPulsar(forma.Command13, [this] { return descarga.alPulsar(); });
+    alIntercambiar(forma.Command1, [this] { return busqueda.alReconectar(); });
+    alIntercambiar(forma.configuracion, [this] { return lectura.alPulsar(); });
+    alIntercambiar(forma.Command3, [this] { return escritura.alPulsar(); });
+    alIntercambiar(forma.Command13, [this] { return descarga.alPulsar(); });
+    forma.Command4.alPulsar = [this] {
+        if (enLinea.enLinea()) {
+            enLinea.parar();
+        } else {
+            intercambiar([this] { return enLinea.empezar(); });
+        }
+    };
     alPulsar(forma.Command33, [this] { return exportacion.exportarEventos(); });
     alPulsar(forma.Command43, [this] { return archivoBase.importar(); });
     forma.salir.alPulsar = [this] { entorno.terminar(0); };
@@ -137,20 +210,30 @@ void Inicio::Partes::conectarBotones() {
 }
 
 void Inicio::Partes::conectarEdicion() {
-    forma.Command2.alPulsar = [this] { edicion.alCambiarConfiguracion(); };
+    forma.Command2.alPulsar = [this] {
+        // What is being read or sent belongs to the exchange until it has ended.
+        const bool configurando = canales.MSComm2.PortOpen() || canales.MSComm5.PortOpen();
+        if (!configurando || !cedeElTurno()) edicion.alCambiarConfiguracion();
+    };
     const auto opciones = forma.opciones();
     for (std::size_t i = 0; i < opciones.size(); ++i) {
         opciones[i]->alPulsar = [this, i] { edicion.alElegirIntervalo(i); };
     }
     forma.Check1.alPulsar = [this] { edicion.alTomarRelojPc(); };
     forma.fecha1.alCambiar = [this] { edicion.alCambiarFecha(); };
-    forma.MaskEdBox2.alCambiar = [this] { edicion.alCambiarHora(); };
     forma.MaskEdBox2.alSalir = [this] { lanzar(edicion.alSalirDeHora()); };
     forma.Text10.alTeclear = [this](int& tecla) {
-        if (!serie.alTeclear(tecla)) return;
-        entorno.bucle.entregar([this] {
-            if (forma.Text10.enabled()) lanzar(serie.enviar());
-        });
+        const bool intro = tecla == kTeclaIntro;
+        usuario.entregar(
+            [this, intro, numero = forma.Text10.text()] {
+                if (!forma.Text10.enabled()) return;
+                serie.alTeclear();
+                // The number that stood there when it was pressed, and no other: one that was held back may
+                // find the field empty.
+                if (intro && forma.Text10.text() == numero) intercambiar([this] { return serie.enviar(); });
+            },
+            intro ? &forma.Text10 : nullptr);
+        tecla = teclaDeSerie(tecla);
     };
 }
 
@@ -169,12 +252,12 @@ Tarea<> Inicio::Partes::arranque() {
     timer4.emplace(entorno.bucle, forma.Timer4);
     forma.Check1.visible = false;
     forma.Label3.visible = false;
-    for (auto* campo : forma.camposTexto()) campo->locked = true;
+    for (auto* campo : forma.camposEdicion()) campo->locked = true;
     forma.Command3.enabled = false;
     forma.Command2.enabled = false;
     datos.ultimoBloque = kUltimoBloque;
     if (entorno.perfil == Perfil::ampliado) forma.imprimir("perfil ampliado");
-    co_await busqueda.puerto();
+    co_await enTurno(busqueda.puerto());
 }
 
 Inicio::Inicio(Entorno entorno) : partes_(std::make_unique<Partes>(*this, std::move(entorno))) {}
@@ -185,6 +268,10 @@ Inicio::~Inicio() {
 
 void Inicio::cargar() {
     partes_->lanzar(partes_->arranque());
+}
+
+RutinasImagen& Inicio::imagen() {
+    return partes_->imagen;
 }
 
 std::size_t Inicio::operacionesEnCurso() const {
@@ -198,27 +285,29 @@ void Inicio::pulsar(Control& control) {
         control.alPulsar();
         return;
     }
-    partes_->entorno.bucle.entregar([this, &control] {
-        // A click that a pause held back counts as made after it.
-        if (!control.enabled() || !control.visible()) return;
-        if (control.clase() == Clase::opcion) {
-            for (auto* opcion : forma.opciones()) opcion->value = opcion == &control ? 1 : 0;
-        }
-        if (control.clase() == Clase::casilla) control.value = control.value() == 0 ? 1 : 0;
-        if (control.alPulsar) control.alPulsar();
-    });
+    partes_->usuario.entregar(
+        [this, &control] {
+            // A click that a pause held back counts as made after the exchange.
+            if (!control.enabled() || !control.visible() || partes_->seEnvia(control)) return;
+            if (control.clase() == Clase::opcion) {
+                for (auto* opcion : forma.opciones()) opcion->value = opcion == &control ? 1 : 0;
+            }
+            if (control.clase() == Clase::casilla) control.value = control.value() == 0 ? 1 : 0;
+            if (control.alPulsar) control.alPulsar();
+        },
+        control.clase() == Clase::boton ? &control : nullptr);
 }
 
 void Inicio::cambiar(Control& control, const std::string& texto) {
+    if (!control.enabled() || control.locked() || partes_->seEnvia(control)) return;
     control.text = texto;
-    partes_->entorno.bucle.entregar([&control] {
-        if (control.alCambiar) control.alCambiar();
-    });
+    // At once, a pause or not: what stands in a field is what will be sent of it.
+    if (control.alCambiar) control.alCambiar();
 }
 
 void Inicio::salirDe(Control& control) {
-    partes_->entorno.bucle.entregar([&control] {
-        if (control.alSalir) control.alSalir();
+    partes_->usuario.entregar([this, &control] {
+        if (control.alSalir && !partes_->seEnvia(control)) control.alSalir();
     });
 }
 

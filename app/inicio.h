@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "data/decodificador.h"
+#include "data/rutinas_imagen.h"
 #include "link/puerto_serie.h"
 #include "platform/bucle.h"
 #include "platform/dialogos.h"
@@ -60,6 +60,9 @@ class Inicio {
     void salirDe(Control& control);
     // A key of the character code in a text field; 0 when the field is to swallow it.
     int teclear(Control& control, int tecla);
+
+    // For who hands over a memory image byte by byte.
+    RutinasImagen& imagen();
 
     // Operations that have not ended: waiting for the logger, a box or a dialog.
     std::size_t operacionesEnCurso() const;

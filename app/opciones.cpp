@@ -4,6 +4,7 @@
 
 #include "link/mapa_com.h"
 #include "platform/argumentos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -12,8 +13,10 @@ namespace {
 constexpr int kUsoIncorrecto = 2;
 
 LineaDeOrdenes malUso(const std::string& que) {
-    return {
-        .opciones = std::nullopt, .estado = kUsoIncorrecto, .salida = {}, .error = "telvane: " + que + "\n"};
+    return {.opciones = std::nullopt,
+            .estado = kUsoIncorrecto,
+            .salida = {},
+            .error = "telvane: " + lineasSinControles(que) + "\n"};
 }
 
 }  // namespace

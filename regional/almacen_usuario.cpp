@@ -10,6 +10,7 @@
 
 #include "platform/archivo.h"
 #include "platform/guardado.h"
+#include "platform/motivos.h"
 #include "regional/module1.h"
 
 namespace telvane {

@@ -9,6 +9,6 @@
 namespace telvane {
 
 // "31/12/2024": day, month and four-digit year of a date that exists; nullopt for anything else.
-std::optional<FechaCivil> leerFechaCorta(std::string_view texto);
+std::optional<Fecha> leerFechaCorta(std::string_view texto);
 
 }  // namespace telvane

@@ -33,7 +33,7 @@ constexpr int diasDesde1970(int anio, int mes, int dia) {
     return era * kDiasEra + deEra * 365 + deEra / 4 - deEra / 100 + deAnio - kDiasHasta1970;
 }
 
-constexpr FechaCivil fechaDeDias(int dias) {
+constexpr Fecha fechaDeDias(int dias) {
     const int desdeMarzo = dias + kDiasHasta1970;
     const int era = dividir(desdeMarzo, kDiasEra);
     const int d = desdeMarzo - era * kDiasEra;
@@ -77,7 +77,7 @@ std::string fechaLarga(const FechaHora& momento) {
                        kMeses[static_cast<std::size_t>(momento.mes - 1)], momento.anio);
 }
 
-FechaCivil fechaConAcarreo(int anio, int mes, int dia) {
+Fecha fechaConAcarreo(int anio, int mes, int dia) {
     const int anios = dividir(mes - 1, 12);
     return fechaDeDias(diasDesde1970(anio + anios, mes - anios * 12, dia));
 }

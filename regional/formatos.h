@@ -17,13 +17,14 @@ std::string horaLarga(const FechaHora& momento);
 // "viernes, 20 de noviembre de 2026"
 std::string fechaLarga(const FechaHora& momento);
 
-// Calendar arithmetic: a month or day beyond its range carries on ("2013-19-39" is a date of 2014).
-struct FechaCivil {
-    int anio;
-    int mes;
-    int dia;
-    bool operator==(const FechaCivil&) const = default;
+// Civil date; any year of the proleptic Gregorian calendar.
+struct Fecha {
+    int anio = 1980;
+    int mes = 1;
+    int dia = 1;
+    bool operator==(const Fecha&) const = default;
 };
-FechaCivil fechaConAcarreo(int anio, int mes, int dia);
+// Calendar arithmetic: a month or day beyond its range carries on ("2013-19-39" is a date of 2014).
+Fecha fechaConAcarreo(int anio, int mes, int dia);
 
 }  // namespace telvane

@@ -108,6 +108,10 @@ struct FormaInicio final : Formulario {
 
     // The five texts of the configuration that the user may edit, in the order of the record.
     std::array<Control*, 5> camposTexto() { return {&Text2, &Text3, &Text4, &Text5, &Text7}; }
+    // Those that can be written in edit mode only: the texts, the date and the time.
+    std::array<Control*, 7> camposEdicion() {
+        return {&Text2, &Text3, &Text4, &Text5, &Text7, &fecha1, &MaskEdBox2};
+    }
     // The sampling interval options, 1 to 60 minutes.
     std::array<Control*, 6> opciones() {
         return {&Option1, &Option2, &Option3, &Option4, &Option5, &Option6};

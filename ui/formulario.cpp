@@ -89,7 +89,12 @@ void Formulario::cargar() {
 
 void Formulario::mostrar() {
     cargar();
-    if (mostrado_) return;
+    if (mostrado_) {
+        avisar([](const Observador& o) {
+            if (o.alMostrarDeNuevo) o.alMostrarDeNuevo();
+        });
+        return;
+    }
     mostrado_ = true;
     cambioForma();
 }

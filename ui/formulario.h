@@ -45,6 +45,8 @@ class Formulario {
         std::function<void(Control&, Que)> alCambiar;
         std::function<void()> alCambiarForma;  // caption, loaded, shown
         std::function<void(const std::string&)> alImprimir;
+        // Shown while it is on show: somebody wants to see it.
+        std::function<void()> alMostrarDeNuevo = {};
     };
     using Observacion = std::shared_ptr<Observador>;
     // Observes for as long as the caller keeps what is returned.

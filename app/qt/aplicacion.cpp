@@ -7,6 +7,8 @@
 #include <QLibraryInfo>
 #include <QLocale>
 
+#include "ui/qt/letras.h"
+
 namespace telvane {
 
 namespace {
@@ -44,6 +46,8 @@ Aplicacion::Aplicacion(int& argc, char** argv) : QApplication(argc, argv) {
     setDesktopFileName(QStringLiteral("telvane"));
     // The end comes from "Salir" or a signal, never from a box that was the last window on the screen.
     setQuitOnLastWindowClosed(false);
+    // A font that is set does not follow the desktop's any more.
+    if (const auto propia = letraDeControles(font()); propia != font()) setFont(propia);
     QLocale::setDefault(QLocale(QLocale::Spanish));
 }
 

@@ -1,20 +1,24 @@
 #include "app/qt/dialogos_qt.h"
 
+#include <array>
 #include <utility>
 #include <vector>
 
-#include <QDesktopServices>
+#include <QApplication>
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTimer>
 #include <QTreeView>
-#include <QUrl>
 
 #include "app/qt/clases_de_archivo.h"
+#include "ui/qt/medida_pantalla.h"
 #include "ui/qt/texto_qt.h"
 #include "ui/qt/ventana_inicio.h"
 #include "ui/textos.h"
@@ -69,9 +73,9 @@ QString carpetaDeDocumentos() {
     return QDir(documentos).exists() ? documentos : QDir::homePath();
 }
 
-// Wide enough for name, size, kind and date of a file.
-constexpr int kAnchoDialogo = 780;
-constexpr int kAltoDialogo = 460;
+// Wide enough for name, size, kind and date of a file, in letters and lines.
+constexpr int kLetrasDialogo = 110;
+constexpr int kLineasDialogo = 28;
 
 struct Filtro {
     QString descripcion;
@@ -84,18 +88,27 @@ Filtro leerFiltro(const std::string& filtro) {
     return {partes.value(0), patron.mid(patron.lastIndexOf(QLatin1Char('.')) + 1)};
 }
 
-// A name with a dot of its own would pass for one that has its extension.
-QString nombrePropuesto(const QString& nombre, const QString& extension) {
+// The dialogs take any dot for that of an ending: a name with a dot of its own gets the right one from here.
+QString conExtension(QString nombre, const QString& extension) {
     const auto punto = QLatin1Char('.') + extension;
-    return nombre.contains(QLatin1Char('.')) && !nombre.endsWith(punto) ? nombre + punto : nombre;
+    if (!nombre.contains(QLatin1Char('.')) || nombre.endsWith(punto, Qt::CaseInsensitive)) return nombre;
+    while (nombre.endsWith(QLatin1Char('.'))) nombre.chop(1);
+    return nombre + punto;
 }
 
-// The name takes what the rest leaves. A dialog of the desktop's own has no such list.
-void ensancharColumnas(QFileDialog& dialogo) {
+// The name takes what the rest leaves, and of the rest goes what leaves it too little. A dialog of the
+// desktop's own has no such list.
+void repartirColumnas(const QFileDialog& dialogo) {
     auto* lista = dialogo.findChild<QTreeView*>(QStringLiteral("treeView"));
     if (lista == nullptr) return;
-    lista->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    lista->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    auto* cabecera = lista->header();
+    cabecera->setSectionResizeMode(QHeaderView::ResizeToContents);
+    cabecera->setSectionResizeMode(0, QHeaderView::Stretch);
+    // Kind, size and date, with the letters that the list must have room for to show them too.
+    constexpr std::array<std::pair<int, int>, 3> kSobrantes = {{{2, 100}, {1, 80}, {3, 60}}};
+    const int letras = dialogo.width() / dialogo.fontMetrics().averageCharWidth();
+    for (const auto& [columna, necesarias] : kSobrantes)
+        cabecera->setSectionHidden(columna, letras < necesarias);
 }
 
 // Its kinds of files outlive it, and the thread in which it reads folders.
@@ -104,6 +117,31 @@ class DialogoDeArchivo final : private ClasesDeArchivo, public QFileDialog {
     DialogoDeArchivo(QWidget* padre, const QString& titulo, const QString& carpeta, const QString& filtro)
         : QFileDialog(padre, titulo, carpeta, filtro) {
         setIconProvider(this);
+    }
+
+    // Before the dialog looks whether the file exists already. One of the desktop's own has no such field.
+    void accept() override {
+        auto* campo = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        if (campo != nullptr && acceptMode() == AcceptSave) campo->setText(nombreEntero(campo->text()));
+        QFileDialog::accept();
+    }
+
+   protected:
+    void resizeEvent(QResizeEvent* suceso) override {
+        QFileDialog::resizeEvent(suceso);
+        repartirColumnas(*this);
+    }
+
+   private:
+    QString nombreEntero(QString escrito) const {
+        const auto casa = QLatin1String("~/");
+        const auto ruta =
+            escrito.startsWith(casa) ? QDir::home().filePath(escrito.mid(casa.size())) : escrito;
+        if (escrito == QLatin1String("~") || QFileInfo(directory(), ruta).isDir()) return escrito;
+        // One file has one name: a quotation mark in it parts nothing.
+        escrito.replace(QLatin1Char('"'), QLatin1Char('_'));
+        const auto barra = escrito.lastIndexOf(QLatin1Char('/')) + 1;
+        return escrito.first(barra) + conExtension(escrito.mid(barra), defaultSuffix());
     }
 };
 
@@ -123,11 +161,12 @@ QFileDialog* nuevoDialogo(const PeticionArchivo& peticion, QWidget* padre) {
     dialogo->setLabelText(QFileDialog::FileName, QStringLiteral("Nombre:"));
     dialogo->setLabelText(QFileDialog::LookIn, QStringLiteral("Carpeta:"));
     dialogo->setLabelText(QFileDialog::FileType, QStringLiteral("Tipo:"));
-    dialogo->resize(kAnchoDialogo, kAltoDialogo);
-    ensancharColumnas(*dialogo);
+    const auto letra = dialogo->fontMetrics();
+    dialogo->resize(cabeEnPantalla(
+        *dialogo, {letra.averageCharWidth() * kLetrasDialogo, letra.height() * kLineasDialogo}));
     if (peticion.guardar) dialogo->setDefaultSuffix(filtro.extension);
     if (!peticion.nombre.empty()) {
-        dialogo->selectFile(nombrePropuesto(aQt(peticion.nombre), filtro.extension));
+        dialogo->selectFile(conExtension(aQt(peticion.nombre), filtro.extension));
     }
     return dialogo;
 }
@@ -152,7 +191,9 @@ QMessageBox* nuevaCaja(const Mensaje& mensaje, QWidget* padre) {
     for (const auto& cual : botonesDe(mensaje.botones)) {
         boton = caja->addButton(QString::fromUtf8(cual.texto), cual.papel);
         boton->setProperty(kPropiedadCodigo, static_cast<int>(cual.codigo));
-        if (caja->defaultButton() == nullptr) caja->setDefaultButton(boton);
+        if (mensaje.porDefecto ? cual.codigo == *mensaje.porDefecto : caja->defaultButton() == nullptr) {
+            caja->setDefaultButton(boton);
+        }
     }
     caja->setEscapeButton(boton);
     return caja;
@@ -181,7 +222,23 @@ void DialogosQt::mostrarMensaje(const Mensaje& mensaje, std::function<void(Boton
         const auto codigo = static_cast<Boton>(boton->property(kPropiedadCodigo).toInt());
         bucle_.entregar([listo, codigo] { listo(codigo); });
     });
-    caja->show();
+    presentar(*caja);
+}
+
+// What is read first is not answered before.
+void DialogosQt::presentar(QDialog& dialogo) {
+    teclas_.aparece(dialogo);
+    const QPointer<QWidget> anterior = QApplication::activeWindow();
+    QObject::connect(&dialogo, &QDialog::finished, &dialogo, [this, anterior] { devolverTeclado(anterior); });
+    dialogo.show();
+}
+
+// The window that a box belongs to gets the keyboard after it; another one may have had it, or need it now.
+void DialogosQt::devolverTeclado(QWidget* anterior) const {
+    if (QApplication::activeModalWidget() != nullptr) return;
+    auto* enCurso = enCurso_ ? enCurso_() : nullptr;
+    auto* cual = enCurso != nullptr ? enCurso : anterior;
+    if (cual != nullptr && cual->isVisible() && !cual->isMinimized()) cual->activateWindow();
 }
 
 void DialogosQt::archivo(const PeticionArchivo& peticion,
@@ -192,11 +249,11 @@ void DialogosQt::archivo(const PeticionArchivo& peticion,
                          const auto ruta = elegido(*dialogo, resultado);
                          bucle_.entregar([listo, ruta] { listo(ruta); });
                      });
-    dialogo->show();
+    presentar(*dialogo);
 }
 
-bool DialogosQt::abrirDocumento(const std::filesystem::path& ruta) {
-    return QDesktopServices::openUrl(QUrl::fromLocalFile(QFile::decodeName(ruta.c_str())));
+void DialogosQt::abrirDocumento(const std::filesystem::path& ruta, std::function<void()> alFallar) {
+    abridor_.abrir(ruta, alFallar);
 }
 
 }  // namespace telvane

@@ -6,8 +6,11 @@
 #include "app/opciones.h"
 #include "app/qt/aplicacion.h"
 #include "app/qt/programa.h"
+#include "platform/flujos.h"
 
 int main(int argc, char** argv) {
+    // Whatever the toolkit warns of must not reach the display's own connection.
+    telvane::flujosHeredados();
     const auto ordenes = telvane::leerOrdenes(std::vector<std::string>(argv + 1, argv + argc));
     if (!ordenes.opciones) {
         std::fputs(ordenes.salida.c_str(), stdout);

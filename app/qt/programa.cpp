@@ -41,7 +41,7 @@ Programa::Programa(Aplicacion& aplicacion, const Opciones& opciones)
       coef_(inicio_.coef,
             [this] { return std::make_unique<VentanaCoef>(inicio_.coef, usuario(), &ventana_); }),
       senales_([this] { Aplicacion::exit(estadoFinal(0)); }) {
-    dialogos_.ventana(&ventana_);
+    dialogos_.ventana(&ventana_, [this] { return progress_.ventana(); });
     aplicacion_.alFallar([this](const std::string& que) { informar(que); });
 }
 

@@ -52,7 +52,7 @@ class Programa {
     Aparicion progress_;
     Aparicion presenta_;
     Aparicion coef_;
-    Senales senales_;
+    SenalesDeFin senales_;
     bool fallando_ = false;
 };
 

@@ -37,7 +37,7 @@ void instalar(void (*manejador)(int)) {
 
 }  // namespace
 
-Senales::Senales(std::function<void()> alTerminar) {
+SenalesDeFin::SenalesDeFin(std::function<void()> alTerminar) {
     if (::pipe2(tubo.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         throw std::system_error(errno, std::generic_category(), "pipe2");
     }
@@ -50,7 +50,7 @@ Senales::Senales(std::function<void()> alTerminar) {
     instalar(alRecibir);
 }
 
-Senales::~Senales() {
+SenalesDeFin::~SenalesDeFin() {
     instalar(SIG_DFL);
     aviso_.reset();
     for (auto& extremo : tubo) ::close(std::exchange(extremo, -1));

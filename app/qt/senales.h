@@ -9,13 +9,13 @@ class QSocketNotifier;
 namespace telvane {
 
 // At most one at a time.
-class Senales {
+class SenalesDeFin {
    public:
     // Throws std::system_error.
-    explicit Senales(std::function<void()> alTerminar);
-    Senales(const Senales&) = delete;
-    Senales& operator=(const Senales&) = delete;
-    ~Senales();
+    explicit SenalesDeFin(std::function<void()> alTerminar);
+    SenalesDeFin(const SenalesDeFin&) = delete;
+    SenalesDeFin& operator=(const SenalesDeFin&) = delete;
+    ~SenalesDeFin();
 
    private:
     std::unique_ptr<QSocketNotifier> aviso_;

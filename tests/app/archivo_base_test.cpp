@@ -5,6 +5,8 @@
 
 #include <fstream>
 
+#include <fmt/format.h>
+
 #include "app/banco.h"
 
 namespace telvane {
@@ -29,6 +31,16 @@ class Importar : public Banco {
         dialogos.responderArchivo(ruta);
         dialogos.responder(Boton::aceptar, kExito);
         pulsar(forma.Command43);
+    }
+    // What the user sees of every control, and can do with it.
+    std::vector<std::string> estado() const {
+        std::vector<std::string> lista;
+        for (const auto* control : forma.controles()) {
+            lista.push_back(fmt::format("{}: {}{}{}{} \"{}\" \"{}\"", control->nombre(), control->enabled(),
+                                        control->visible(), control->locked(), control->value(),
+                                        control->caption(), control->text()));
+        }
+        return lista;
     }
     // What the spreadsheet export makes of the image that is held.
     std::string exportado() {
@@ -108,11 +120,32 @@ TEST_F(Importar, ALongerFileIsReadAsFarAsTheImageReaches) {
 
 TEST_F(Importar, ACancelledDialogChangesNothing) {
     sinRegistrador();
-    dialogos.responderArchivo(std::nullopt);
-    pulsar(forma.Command43);
-    EXPECT_TRUE(forma.Command43.enabled());
-    EXPECT_TRUE(forma.Command13.enabled());
-    EXPECT_EQ(dialogos.mensajes().size(), 1u);
+    importar(archivo(simulada()));
+    const auto salidaAntes = exportado();
+    for (const bool exportaba : {true, false}) {
+        forma.Command33.enabled = exportaba;
+        const auto antes = estado();
+        const auto impresas = lineas();
+        const auto mensajes = dialogos.mensajes().size();
+        dialogos.responderArchivo(std::nullopt);
+        pulsar(forma.Command43);
+        EXPECT_EQ(estado(), antes);
+        EXPECT_EQ(lineas(), impresas);
+        EXPECT_EQ(dialogos.mensajes().size(), mensajes);
+        EXPECT_FALSE(inicio.progress.mostrado());
+    }
+    EXPECT_EQ(exportado(), salidaAntes);
+}
+
+TEST_F(Importar, AFileThatCannotBeReadLeavesTheExportAsItWas) {
+    sinRegistrador();
+    for (const bool exportaba : {true, false}) {
+        forma.Command33.enabled = exportaba;
+        const auto antes = estado();
+        dialogos.responderArchivo(carpeta.ruta() / "no-existe.rgt");
+        pulsar(forma.Command43);
+        EXPECT_EQ(estado(), antes);
+    }
 }
 
 TEST_F(Importar, AFolderAFifoAndAMissingFileAreToldAndLoseNothing) {
@@ -134,6 +167,7 @@ TEST(NombreArchivoBase, HasNoPathPartsWhateverTheSerialNumberHolds) {
     const FechaHora momento{2026, 1, 2, 3h + 4min + 5s};
     EXPECT_EQ(nombreArchivoBase("02080050", momento), "02080050_20260102_030405.rgt");
     EXPECT_EQ(nombreArchivoBase("9:;<=>?/", momento), "9________20260102_030405.rgt");
+    EXPECT_EQ(nombreArchivoBase("????????", momento), "sin_serie_20260102_030405.rgt") << "erased";
     EXPECT_EQ(nombreArchivoBase("", momento), "sin_serie_20260102_030405.rgt");
 }
 

@@ -21,9 +21,9 @@
 namespace telvane {
 
 // The eight values, right from the start; every access is noted.
-class RegistroPrueba final : public Registro {
+class RegistroRegionalPrueba final : public Registro {
    public:
-    RegistroPrueba() {
+    RegistroRegionalPrueba() {
         for (const auto& valor : kValoresRegionales)
             poner(std::string(valor.nombre), std::string(valor.exigido));
     }
@@ -69,7 +69,7 @@ class Banco : public ::testing::Test {
     CarpetaTemporal carpeta;
     BuclePrueba bucle;
     DialogosPrueba dialogos;
-    RegistroPrueba registro;
+    RegistroRegionalPrueba registro;
     InhibidorPrueba inhibidor;
     PuertosSimulados puertos;
     std::vector<int> terminaciones;

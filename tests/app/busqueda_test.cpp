@@ -71,15 +71,44 @@ TEST_F(Busqueda, TwentyOneBytesAreTheLoggerWhateverTheySay) {
     EXPECT_EQ(lineas().front(), " 21");
 }
 
-TEST_F(Busqueda, AnAnswerWithinTheThreeSecondsCountsALaterOneDoesNot) {
-    puertos.conectar(1);
-    puertos.manipular(1, [](const ByteSaliente& byte) {
-        auto efecto = Efecto::pasar(byte.byte);
-        if (byte.indice == 0) efecto.demora = 2900ms;
-        return efecto;
-    });
-    EXPECT_LT(buscar(), 3s);
+// A first byte that comes soon, and the rest of the answer this long after the probe.
+class BusquedaLenta : public Busqueda {
+   protected:
+    std::chrono::nanoseconds buscar(std::chrono::milliseconds primero, std::chrono::milliseconds resto) {
+        puertos.conectar(1);
+        puertos.manipular(1, [=](const ByteSaliente& byte) {
+            auto efecto = Efecto::pasar(byte.byte);
+            if (byte.indice == 0) efecto.demora = primero;
+            if (byte.indice == 1) efecto.demora = resto - primero;
+            return efecto;
+        });
+        return Busqueda::buscar();
+    }
+};
+
+TEST_F(BusquedaLenta, AnAnswerWithinTheThreeSecondsCounts) {
+    const auto tardo = buscar(100ms, 2900ms);
+    EXPECT_GE(tardo, 2900ms);
+    EXPECT_LT(tardo, 3s);
     EXPECT_EQ(forma.Command1.caption(), " Conexion en COM 1  @ 19200 bps ");
+}
+
+TEST_F(BusquedaLenta, AnAnswerAfterTheThreeSecondsDoesNotCount) {
+    EXPECT_GE(buscar(100ms, 3100ms), 36s) << "the other eleven are tried as well";
+    EXPECT_EQ(forma.Command1.caption(), kOfrecer);
+    EXPECT_TRUE(lineas().empty());
+}
+
+TEST_F(BusquedaLenta, AnAnswerAtOnceOfALoggerThatTakes2900MillisecondsCounts) {
+    const auto tardo = buscar(2900ms, 2900ms);
+    EXPECT_GE(tardo, 2900ms);
+    EXPECT_LT(tardo, 3s);
+    EXPECT_EQ(forma.Command1.caption(), " Conexion en COM 1  @ 19200 bps ");
+}
+
+TEST_F(BusquedaLenta, AnAnswerAtOnceOfALoggerThatTakes3100MillisecondsDoesNot) {
+    EXPECT_GE(buscar(3100ms, 3100ms), 36s);
+    EXPECT_EQ(forma.Command1.caption(), kOfrecer);
 }
 
 TEST_F(Busqueda, ARefusedPortIsAsSilentAsOneWithoutALogger) {
@@ -173,7 +202,8 @@ TEST_F(Busqueda, AReceiveEventWithTwentyBytesEmptiesTheBufferAndLeavesRespuestaF
     EstadoEnlace estado;
     Tareas tareas([](std::exception_ptr) {});
     Esperas esperas(bucle, bucle.reloj(), tareas);
-    Enlace enlace{forma, canales, estado, bucle.reloj(), esperas, dialogos};
+    Turno turno{bucle, bucle.reloj()};
+    Enlace enlace{forma, canales, estado, bucle.reloj(), esperas, dialogos, turno};
     canales.MSComm1.CommPort(1);
     canales.MSComm1.Settings("19200,n,8,1");
     canales.MSComm1.RThreshold(20);

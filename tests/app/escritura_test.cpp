@@ -47,6 +47,7 @@ TEST_F(Escritura, TheLoggerStoresItErasesItsMemoryAndAFollowingReadShowsIt) {
     inicio.cambiar(forma.fecha1, "31/12/2024");
     enviar();
     EXPECT_EQ(dialogos.mensajes().back().icono, Icono::exclamacion);
+    EXPECT_EQ(dialogos.mensajes().back().porDefecto, Boton::cancelar) << "Enter erases nothing";
     fueraDeEdicion();
     EXPECT_EQ(forma.Text2.text(), std::string(27, ' ') + "Ana") << "padded in place";
     EXPECT_EQ(forma.Text7.text(), " 1234");
@@ -91,6 +92,7 @@ TEST_F(Escritura, AStaleAnswerEndsTheWaitAtOnceSoAnAbsentLoggerGivesNoMessage) {
     enviar();
     fueraDeEdicion();
     EXPECT_TRUE(puertos.abierto(1)) << "nothing times out";
+    bucle.avanzar(1s);
     puertos.manipular(1, {});
     pulsar(forma.configuracion);
     ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
@@ -113,23 +115,101 @@ TEST_F(Escritura, NoAnswerWithoutAStaleOneGivesTheMessageAndLeavesEditMode) {
     fueraDeEdicion();
 }
 
-TEST_F(Escritura, ABadDateIsToldBeforeTheQuestionAndTheFormStaysInEditMode) {
+TEST_F(Escritura, WhatCannotBeSentIsToldOnceAfterTheQuestionAndStaysAsTyped) {
+    for (const auto* fecha : {"31/02/2024", "", "__/__/____"}) {
+        SCOPED_TRACE(fecha);
+        if (forma.Label4.caption().empty()) conectar();
+        dialogos.olvidar();
+        pulsar(forma.Command2);
+        inicio.cambiar(forma.Text2, "Ana");
+        inicio.cambiar(forma.fecha1, fecha);
+        dialogos.responder(Boton::aceptar, kBorrara);
+        dialogos.responder(Boton::aceptar, "Fecha incorrecta (ej. 31/12/2024)");
+        pulsar(forma.Command3);
+        EXPECT_EQ(dialogos.mensajes().size(), 2u);
+        fueraDeEdicion();
+        EXPECT_EQ(forma.fecha1.text(), fecha);
+        EXPECT_EQ(forma.Text2.text(), "Ana") << "not padded: nothing was sent";
+        EXPECT_TRUE(puertos.escritos(1).empty());
+        EXPECT_EQ(puertos.aperturas(1), 3u) << "search, wake-up and read of the start";
+    }
+}
+
+TEST_F(Escritura, CancelAsksNothingOfTheDate) {
     editar();
-    inicio.cambiar(forma.fecha1, "31/02/2024");
-    dialogos.responder(Boton::aceptar, "Fecha incorrecta (ej. 31/12/2024)");
+    inicio.cambiar(forma.fecha1, "");
+    dialogos.responder(Boton::cancelar, kBorrara);
+    dialogos.olvidar();
     pulsar(forma.Command3);
-    EXPECT_TRUE(forma.Command3.enabled());
-    EXPECT_FALSE(forma.Text2.locked());
-    EXPECT_TRUE(puertos.escritos(1).empty());
+    EXPECT_EQ(dialogos.mensajes().size(), 1u);
+    fueraDeEdicion();
 }
 
 TEST_F(Escritura, TheTimeIsCheckedBeforeSendingEvenIfItsFieldWasNeverLeft) {
     editar();
+    dialogos.olvidar();
     inicio.cambiar(forma.MaskEdBox2, "25:00:00");
+    inicio.cambiar(forma.fecha1, "31/02/2024");
+    dialogos.responder(Boton::aceptar, kBorrara);
     dialogos.responder(Boton::aceptar, "Hora incorrecta (ej. 14:58:45)");
-    dialogos.responder(Boton::cancelar, kBorrara);
     pulsar(forma.Command3);
-    EXPECT_EQ(dialogos.mensajes().size(), 4u);
+    EXPECT_EQ(dialogos.mensajes().size(), 2u) << "one reason is enough";
+    EXPECT_TRUE(puertos.escritos(1).empty());
+    fueraDeEdicion();
+}
+
+TEST_F(Escritura, AnIntervalThatIsNoneOfTheSixLeavesNoOptionVisible) {
+    auto maquina = MaquinaRegistrador(memoriaSimulada(Clima()));
+    conectar(1, std::move(maquina));
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        const bool intervalo = saliente.intercambio == Intercambio::lectura && saliente.indice == 106;
+        return Efecto::pasar(intervalo ? std::uint8_t{0x20} : saliente.byte);
+    });
+    pulsar(forma.configuracion);
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0 && !puertos.abierto(1); }));
+    puertos.manipular(1, {});
+    for (const auto respuesta : {Boton::cancelar, Boton::aceptar}) {
+        pulsar(forma.Command2);
+        for (auto* opcion : forma.opciones()) EXPECT_TRUE(opcion->visible());
+        dialogos.responder(respuesta, kBorrara);
+        pulsar(forma.Command3);
+        ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+        bucle.avanzar(200ms);
+        for (auto* opcion : forma.opciones()) EXPECT_FALSE(opcion->visible()) << opcion->nombre();
+    }
+    EXPECT_EQ(puertos.maquina(1).intervaloCodigo(), 0x20) << "what the logger had is sent back";
+}
+
+TEST_F(Escritura, WhatIsTypedWhileItIsSentChangesNothingThatIsShown) {
+    editar();
+    pulsar(forma.Option2);
+    inicio.cambiar(forma.Text2, "Ana");
+    inicio.teclear(forma.Text10, '1');  // clears the answer of an earlier exchange
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio == Intercambio::eleccion && saliente.indice == 0) efecto.demora = 900ms;
+        return efecto;
+    });
+    dialogos.responder(Boton::aceptar, kBorrara);
+    pulsar(forma.Command3);
+    for (const auto cuando : {1000ms, 1500ms}) {
+        bucle.avanzar(cuando);
+        ASSERT_EQ(inicio.operacionesEnCurso(), 1u);
+        inicio.cambiar(forma.Text2, "Otra");
+        inicio.cambiar(forma.fecha1, "01/01/2001");
+        inicio.cambiar(forma.MaskEdBox2, "25:00:00");
+        inicio.salirDe(forma.MaskEdBox2);
+        pulsar(forma.Option6);
+        pulsar(forma.Check1);
+    }
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+    bucle.avanzar(1s);
+    EXPECT_EQ(forma.Text2.text(), puertos.maquina(1).texto(CampoTexto::usuario));
+    EXPECT_EQ(forma.Text2.text(), std::string(27, ' ') + "Ana");
+    for (auto* opcion : forma.opciones()) EXPECT_EQ(opcion->visible(), opcion == &forma.Option2);
+    EXPECT_EQ(puertos.maquina(1).intervaloCodigo(), 0x05);
+    EXPECT_NE(forma.fecha1.text(), "01/01/2001");
+    fueraDeEdicion();
 }
 
 TEST(MensajeConfig, HasTheTabledBytes) {
@@ -156,23 +236,6 @@ TEST(MensajeConfig, IsAlways107BytesWhateverTheTexts) {
                               malFormado, malFormado + "ñ"}) {
         EXPECT_EQ(mensajeConfig({.textos = {texto, texto, texto, texto, texto}}).size(), 107u) << texto;
     }
-}
-
-TEST(MensajeConfig, OuterBlanksBeyondTheWidthGoFirst) {
-    EXPECT_EQ(rellenado("  1234   ", 5), " 1234");
-    EXPECT_EQ(rellenado("   12345", 5), "12345");
-    EXPECT_EQ(rellenado("123456", 5), "12345");
-    EXPECT_EQ(rellenado("12", 5), "   12");
-}
-
-TEST(PasoEscritura, ABytePastTheLastIsSurplus) {
-    const std::string mensaje(107, 'm');
-    EXPECT_EQ(pasoEscritura(1, mensaje).respuesta, 0x96);
-    EXPECT_EQ(pasoEscritura(2, mensaje).respuesta, 'm');
-    EXPECT_FALSE(pasoEscritura(107, mensaje).fin);
-    EXPECT_TRUE(pasoEscritura(108, mensaje).fin);
-    EXPECT_TRUE(pasoEscritura(109, mensaje).sobrante);
-    EXPECT_FALSE(pasoEscritura(109, mensaje).respuesta);
 }
 
 }  // namespace

@@ -1,4 +1,6 @@
 // The CSV export after a download, and the events and spreadsheet export.
+#include <fstream>
+
 #include "app/banco.h"
 #include "data/informe.h"
 #include "platform/cp1252.h"
@@ -67,6 +69,13 @@ TEST_F(Exportar, YesOpensTheSavedFile) {
     EXPECT_EQ(dialogos.documentos(), std::vector<std::filesystem::path>{ruta});
 }
 
+TEST_F(Exportar, ADesktopThatCannotOpenTheFileIsTold) {
+    conectar();
+    dialogos.elEscritorioAbre(false);
+    descargarHasta(carpeta.ruta() / "datos.CSV", Boton::si);
+    EXPECT_EQ(forma.lineas().back(), "no se pudo abrir datos.CSV");
+}
+
 TEST_F(Exportar, ProposesTheLocationAndTheDateAndKeepsThePathOut) {
     conectar();
     forma.Text3.text = "Finca/../Norte";
@@ -82,6 +91,11 @@ TEST_F(Exportar, ProposesTheLocationAndTheDateAndKeepsThePathOut) {
 TEST_F(Exportar, ACancelledDialogWritesNothingAndAsksNothing) {
     conectar();
     descargarHasta(std::nullopt);
+    EXPECT_EQ(dialogos.textos().back(), "La descarga de datos se realizó con exito") << "no question follows";
+    EXPECT_TRUE(dialogos.documentos().empty());
+    for (const auto& entrada : std::filesystem::recursive_directory_iterator(carpeta.ruta())) {
+        EXPECT_TRUE(entrada.is_directory() || entrada.path().extension() == ".rgt") << entrada.path();
+    }
     EXPECT_TRUE(forma.Timer1.enabled());
     EXPECT_TRUE(forma.Command1.enabled());
     for (auto* boton :
@@ -95,10 +109,17 @@ TEST_F(Exportar, ACancelledDialogWritesNothingAndAsksNothing) {
 
 TEST_F(Exportar, AFailedSavePrintsTheReasonAndLeavesTheOldFile) {
     conectar();
-    std::filesystem::create_directory(carpeta.ruta() / "datos.CSV");
-    descargarHasta(carpeta.ruta() / "datos.CSV");
-    EXPECT_TRUE(lineas().back().starts_with("no se pudo guardar datos.CSV")) << lineas().back();
-    EXPECT_TRUE(forma.Command13.enabled());
+    const auto ruta = carpeta.ruta() / "datos.CSV";
+    std::ofstream(ruta) << "viejo";
+    std::filesystem::create_directory(carpeta.ruta() / "carpeta.CSV");
+    for (const auto& mala : {carpeta.ruta() / "carpeta.CSV", ruta / "datos.CSV"}) {
+        descargarHasta(mala);
+        EXPECT_TRUE(lineas().back().starts_with("no se pudo guardar " + mala.filename().string()))
+            << lineas().back();
+        EXPECT_TRUE(forma.Command13.enabled());
+        EXPECT_TRUE(dialogos.documentos().empty());
+        EXPECT_EQ(contenido(ruta), "viejo");
+    }
 }
 
 TEST_F(Exportar, OutsideTheEvaporationVariantThereAreTenColumns) {

@@ -1,7 +1,7 @@
 // A counter that is out of step with the logger: each exchange says so and leaves its channel.
 #include "app/banco.h"
+#include "link/busqueda_puerto.h"
 #include "link/enlace.h"
-#include "link/puerto.h"
 #include "loggerconfig/edicion.h"
 #include "loggerconfig/escritura.h"
 #include "loggerconfig/lectura.h"
@@ -44,12 +44,13 @@ class FueraDePaso : public testing::Test {
     EstadoConfig config;
     Tareas tareas{[](const std::exception_ptr&) { ADD_FAILURE(); }};
     Esperas esperas{bucle, bucle.reloj(), tareas};
-    Enlace enlace{forma, canales, estado, bucle.reloj(), esperas, dialogos};
+    Turno turno{bucle, bucle.reloj()};
+    Enlace enlace{forma, canales, estado, bucle.reloj(), esperas, dialogos, turno};
     Edicion edicion{enlace, config};
 };
 
 TEST_F(FueraDePaso, ABytePastTheRecordIsPrintedAndClosesTheChannel) {
-    LecturaConfig lectura(enlace, config, presenta);
+    LecturaConfig lectura(enlace, config, edicion, presenta);
     llega(
         canales.MSComm2, [&] { lectura.alComunicar(); }, 113);
     EXPECT_EQ(lineas(), std::vector<std::string>{"error en contador"});

@@ -175,17 +175,48 @@ TEST_F(Lectura, ADeviceThatHangsUpInMidBlockLeavesTheNextReadPossible) {
     EXPECT_TRUE(fallos.empty());
 }
 
-TEST_F(Lectura, ASecondClickDuringTheReadEndsWithACleanRead) {
+TEST_F(Lectura, LeavesEditModeWholly) {
     conectar();
-    pulsar(forma.configuracion);
-    bucle.avanzar(500ms);
-    // Held back by the wait that does not yield; by then the read under way has cleared the answer.
-    dialogos.responder(Boton::aceptar, kNoHay);
+    pulsar(forma.Command2);
+    pulsar(forma.Option6);
+    inicio.cambiar(forma.fecha1, "01/02/2003");
+    dialogos.responder(Boton::aceptar, kPregunta);
+    dialogos.responder(Boton::aceptar, " Conexion en COM 1  @ 19200 bps ");
+    forma.Command1.enabled = true;
+    pulsar(forma.Command1);
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(bucle.correrHasta([&] { return i == 0 ? bucle.enPausa() : forma.Timer1.enabled(); }));
+        for (auto* campo : forma.camposEdicion()) EXPECT_TRUE(campo->locked()) << campo->nombre();
+        EXPECT_FALSE(forma.Check1.visible());
+        EXPECT_FALSE(forma.Label3.visible());
+    }
+    EXPECT_FALSE(forma.Command3.enabled());
+    EXPECT_TRUE(forma.Command2.enabled());
+    EXPECT_NE(forma.fecha1.text(), "01/02/2003");
+    EXPECT_EQ(forma.Option6.visible(), puertos.maquina(1).intervaloCodigo() == 0x60);
+}
+
+TEST_F(Lectura, OneThatStoodStillAndGoesOnDuringEditingEndsIt) {
+    conectar();
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio == Intercambio::lectura && saliente.indice == 50) efecto.demora = 3s;
+        return efecto;
+    });
     pulsar(forma.configuracion);
     ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
-    bucle.avanzar(300ms);
-    EXPECT_EQ(forma.Text2.text(), puertos.maquina(1).texto(CampoTexto::usuario));
+    pulsar(forma.Command2);
+    EXPECT_FALSE(forma.Command3.enabled()) << "the read is under way";
+    EXPECT_EQ(lineas().back(), "hay un intercambio en curso: espere a que termine");
+    bucle.avanzar(1500ms);
+    pulsar(forma.Command2);
+    EXPECT_TRUE(forma.Command3.enabled()) << "it stands still";
+    bucle.avanzar(3s);
     EXPECT_FALSE(puertos.abierto(1));
+    EXPECT_FALSE(forma.Command3.enabled());
+    EXPECT_TRUE(forma.Command2.enabled());
+    for (auto* campo : forma.camposEdicion()) EXPECT_TRUE(campo->locked()) << campo->nombre();
+    EXPECT_EQ(forma.Text2.text(), puertos.maquina(1).texto(CampoTexto::usuario));
 }
 
 TEST_F(Lectura, TextsOfAnyByteValueAreKept) {

@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 
 class MemoriaDelProceso : public Banco {
    protected:
-    MemoriaDelProceso() : Banco(kBaudios) {}
+    explicit MemoriaDelProceso(int baudios = kBaudios) : Banco(baudios) {}
 
     void SetUp() override {
 #if defined(TELVANE_SANEADO)
@@ -63,6 +63,33 @@ TEST_F(MemoriaDelProceso, AnHourOfLiveDataHoldsNoMoreThanItsFirstMinute) {
     std::printf("una hora en linea: %zu bytes antes, %zu despues\n", antes, despues);
     EXPECT_LE(despues, antes + 4096);
     EXPECT_EQ(forma.Command4.caption(), "PARAR");
+}
+
+// What waits is all that is held, also where something always waits.
+class MemoriaSinRitmo : public MemoriaDelProceso {
+   protected:
+    MemoriaSinRitmo() : MemoriaDelProceso(0) {}
+};
+
+TEST_F(MemoriaSinRitmo, AnHourOfLiveDataWithAByteTooManyHoldsNoMoreThanItsFirstMinute) {
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.numero == 0) efecto.bytes.push_back(0);
+        if (saliente.indice == 0) efecto.demora = 20ms;
+        return efecto;
+    });
+    pulsar(forma.Command4);
+    pasar(1min);
+    ASSERT_EQ(lineas().back(), "falta");
+    const auto antes = enUso();
+    for (int minuto = 0; minuto < 60; ++minuto) {
+        pasar(1min);
+        static_cast<void>(enUso());
+    }
+    const auto despues = enUso();
+    std::printf("una hora en linea con bytes de mas: %zu bytes antes, %zu despues\n", antes, despues);
+    EXPECT_LE(despues, antes + 4096);
+    EXPECT_EQ(lineas().back(), "falta");
 }
 
 }  // namespace

@@ -36,6 +36,12 @@ TEST(LineaDeOrdenesDeTelvane, ayudaYVersionSalenPorLaSalidaYEnCastellano) {
     EXPECT_THAT(version.salida, ::testing::StartsWith("telvane 1.10"));
 }
 
+TEST(LineaDeOrdenesDeTelvane, loQueSeEscribioNoMandaEnLaTerminal) {
+    EXPECT_THAT(leerOrdenes({"\x1b[2Jsuelto\x7f"}).error, HasSubstr("[2Jsuelto"));
+    EXPECT_THAT(leerOrdenes({"\x1b[2Jsuelto\x7f"}).error,
+                ::testing::Not(::testing::AnyOf(HasSubstr("\x1b"), HasSubstr("\x7f"))));
+}
+
 class UsoIncorrecto : public ::testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(UsoIncorrecto, saleConDosYLoDiceEnCastellano) {

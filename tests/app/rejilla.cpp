@@ -19,7 +19,11 @@ constexpr auto kEntreMarcos = 20ms;
 Rejilla::Rejilla(int baudios) : Banco(baudios) {
     observacion_ =
         forma.observar({.alCambiar = {}, .alCambiarForma = {}, .alImprimir = [this](const auto& linea) {
-                            impresas.push_back(linea);
+                            const bool perdida = linea == "el dispositivo desapareció" ||
+                                                 linea == "error al leer del puerto" ||
+                                                 linea == "error al escribir en el puerto" ||
+                                                 linea == "el puerto no acepta más datos";
+                            (perdida ? perdidas : impresas).push_back(linea);
                         }});
 }
 
@@ -36,6 +40,7 @@ void Rejilla::enReposo() {
     forma.Command1.enabled = false;
     dialogos.olvidar();
     impresas.clear();
+    perdidas.clear();
     puertos.olvidarTrafico(1);
     corridas.otra();
     ASSERT_FALSE(puertos.abierto(1));
@@ -87,6 +92,7 @@ void Rejilla::esperar(const Fin& fin) const {
         EXPECT_EQ(forma.Command1.caption(), kOfrecer);
     }
     EXPECT_EQ(puertos.abierto(1), fin.pantalla.abierto);
+    EXPECT_LE(perdidas.size(), 1u) << "a port that goes away is told once";
     EXPECT_TRUE(fallos.empty()) << fallos.front();
     EXPECT_TRUE(terminaciones.empty());
 }
@@ -97,6 +103,7 @@ void Rejilla::reponer() {
     if (forma.Command1.enabled() && forma.Command1.caption() == kOfrecer) pulsarYAsentar(forma.Command1);
     dialogos.olvidar();
     impresas.clear();
+    perdidas.clear();
 }
 
 void Rejilla::lecturaLimpia() {

@@ -62,6 +62,7 @@ class Rejilla : public Banco {
 
     // Lines printed since the run began.
     std::vector<std::string> impresas;
+    std::vector<std::string> perdidas;  // the same, of a port that went away
     CuentaDeCorridas corridas;
     // Waits put before each live frame, so that frames take time on a line that has none.
     bool conRitmo = false;

@@ -7,7 +7,7 @@
 #include "app/rejilla_fallos.h"
 #include "app/temporizador.h"
 #include "data/descarga.h"
-#include "link/puerto.h"
+#include "link/busqueda_puerto.h"
 #include "platform/vigilia.h"
 #include "simulator/fallo.h"
 #include "simulator/puertos_simulados.h"
@@ -116,7 +116,8 @@ class RejillaBloques : public ::testing::Test {
     std::vector<std::string> inesperados;
     Tareas tareas{[this](const std::exception_ptr&) { inesperados.emplace_back("inesperado"); }};
     Esperas esperas{bucle, bucle.reloj(), tareas};
-    Enlace enlace{forma, canales, estado, bucle.reloj(), esperas, dialogos};
+    Turno turno{bucle, bucle.reloj()};
+    Enlace enlace{forma, canales, estado, bucle.reloj(), esperas, dialogos, turno};
     int guardadas = 0;
     int exportadas = 0;
     Vigilia vigilia{bucle, nullptr, ""};

@@ -92,6 +92,7 @@ TEST_F(Rejilla, Despertar) {
             SCOPED_TRACE(armar("sonda", lugar, fallo.texto));
             pulsarYAsentar(forma.configuracion);
             esperar(finDe(kReglasDespertar, lugar, fallo.clase));
+            EXPECT_EQ(impresas, std::vector<std::string>());
             reponer();
             lecturaLimpia();
         }
@@ -356,11 +357,9 @@ class RejillaSerie : public Rejilla {
         esperar(fin);
         EXPECT_EQ(impresas, std::vector<std::string>());
         EXPECT_EQ(puertos.maquina(1).serie(), fin.entero ? "20800512" : "02080050");
-        const bool creeQueSi = &fin == &kSerieEscrita || &fin == &kSerieSinConfirmar;
-        if (creeQueSi) {
-            EXPECT_EQ(forma.Text10.text(), "");
-        }
-        EXPECT_EQ(forma.Label1.caption(), creeQueSi ? "Nº Enviado  20800512" : "comienzo transmision");
+        EXPECT_EQ(perdidas.size(), &fin == &kSerieSinConfirmar ? 1u : perdidas.size());
+        EXPECT_EQ(forma.Text10.text(), fin.entero ? "" : "20800512");
+        EXPECT_EQ(forma.Label1.caption(), fin.entero ? "Nº Enviado  20800512" : "comienzo transmision");
     }
     void limpia() {
         reponer();
@@ -510,17 +509,22 @@ const Regla kReglasSaludo[] = {
 
 class RejillaSaludo : public Rejilla {
    protected:
-    // enMarcha: the handshake was done, so the elapsed time is counted.
-    void correr(const Fin& fin, bool enMarcha = false) {
+    // enMarcha: the handshake was done, so the elapsed time is counted. lineas: printed where it fails.
+    void correr(const Fin& fin, bool enMarcha = false, const std::vector<std::string>& lineas = {}) {
         pulsarYAsentar(forma.Command13);
         // The export that follows a download leaves Command1 as it found its caption.
         if (fin.entero) {
             EXPECT_EQ(dialogos.archivos().size(), 1u);
             EXPECT_EQ(dialogos.textos(), std::vector<std::string>{std::string(fin.mensajes.front())});
+            ASSERT_EQ(impresas.size(), 2u);
+            EXPECT_TRUE(impresas[0].starts_with("archivo base: " + (carpeta.ruta() / "base").string()))
+                << impresas[0];
+            EXPECT_TRUE(impresas[1].ends_with(" por fecha u hora incorrecta")) << impresas[1];
             forma.Command1.enabled = false;
             return;
         }
         esperar(fin);
+        EXPECT_EQ(impresas, lineas);
         EXPECT_EQ(inicio.progress.mostrado(), &fin != &kSaludoSinRespuesta);
         EXPECT_EQ(forma.Timer4.enabled(), enMarcha);
         pulsar(inicio.progress.Command45);
@@ -540,7 +544,10 @@ TEST_F(RejillaSaludo, Saludo) {
         for (const auto& fallo : kFallosDeRejilla) {
             enReposo();
             SCOPED_TRACE(armar("descarga", lugar, fallo.texto));
-            correr(finDe(kReglasSaludo, lugar, fallo.clase), lugar == 1 && fallo.clase == kNoEscribe);
+            const auto& fin = finDe(kReglasSaludo, lugar, fallo.clase);
+            std::vector<std::string> lineas;
+            if (&fin == &kSaludoSobrado) lineas.push_back(fmt::format("InBufferCount={}", fallo.sobran));
+            correr(fin, lugar == 1 && fallo.clase == kNoEscribe, lineas);
             limpia();
         }
     }

@@ -1,6 +1,5 @@
 // Writing the serial number.
 #include "app/banco.h"
-#include "loggerconfig/pasos_serie.h"
 
 namespace telvane {
 namespace {
@@ -67,6 +66,23 @@ TEST_F(Serie, NoAnswerGivesTheFieldBack) {
     EXPECT_EQ(puertos.maquina(1).serie(), "02080050");
 }
 
+TEST_F(Serie, ANumberWhoseLastByteDidNotGoOutIsNotShownAsSent) {
+    conectar();
+    const auto antes = puertos.maquina(1).serie();
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        efecto.errorEscritura = saliente.intercambio == Intercambio::serie && saliente.indice == 5;
+        return efecto;
+    });
+    enviar("12345678");
+    EXPECT_EQ(forma.Label1.caption(), "comienzo transmision");
+    EXPECT_EQ(lineas().back(), "error al escribir en el puerto");
+    EXPECT_EQ(forma.Text10.text(), "12345678") << "to be sent again";
+    EXPECT_TRUE(forma.Text10.enabled());
+    EXPECT_FALSE(puertos.abierto(1));
+    EXPECT_EQ(puertos.maquina(1).serie(), antes);
+}
+
 TEST_F(Serie, AStalledWriteLeavesTheFieldClosedUntilTheNextRead) {
     conectar();
     puertos.manipular(1, [](const ByteSaliente& saliente) {
@@ -92,17 +108,6 @@ TEST_F(Serie, TwoBytesAtOnceAreTwoEvents) {
     enviar("12345678");
     EXPECT_EQ(forma.Label1.caption(), "Nº Enviado  12345678")
         << "the sixth byte ends it, the seventh is dropped";
-}
-
-TEST(PasoSerie, ASeventhByteIsUnexpected) {
-    const auto serie = empacarSerie("20800512");
-    EXPECT_EQ(serie, (SerieEmpacada{0x20, 0x80, 0x05, 0x12}));
-    EXPECT_EQ(pasoSerie(0, serie).respuesta, 0x64);
-    EXPECT_EQ(pasoSerie(4, serie).respuesta, 0x12);
-    EXPECT_EQ(pasoSerie(5, serie).respuesta, 0x12);
-    EXPECT_TRUE(pasoSerie(5, serie).fin);
-    EXPECT_TRUE(pasoSerie(6, serie).inesperado);
-    EXPECT_TRUE(pasoSerie(700, serie).inesperado);
 }
 
 }  // namespace

@@ -60,20 +60,30 @@ TEST(FechaLarga, losDoceMeses) {
 }
 
 TEST(Acarreo, diasYMesesDeMasPasanALaFecha) {
-    EXPECT_EQ(fechaConAcarreo(2013, 19, 39), (FechaCivil{2014, 8, 8}));
-    EXPECT_EQ(fechaConAcarreo(2019, 12, 32), (FechaCivil{2020, 1, 1}));
-    EXPECT_EQ(fechaConAcarreo(2019, 13, 1), (FechaCivil{2020, 1, 1}));
-    EXPECT_EQ(fechaConAcarreo(2019, 24, 31), (FechaCivil{2020, 12, 31}));
-    EXPECT_EQ(fechaConAcarreo(2019, 2, 29), (FechaCivil{2019, 3, 1}));
-    EXPECT_EQ(fechaConAcarreo(2019, 1, 0), (FechaCivil{2018, 12, 31}));
-    EXPECT_EQ(fechaConAcarreo(2019, 0, 1), (FechaCivil{2018, 12, 1}));
+    EXPECT_EQ(fechaConAcarreo(2013, 19, 39), (Fecha{2014, 8, 8}));
+    EXPECT_EQ(fechaConAcarreo(2019, 12, 32), (Fecha{2020, 1, 1}));
+    EXPECT_EQ(fechaConAcarreo(2019, 13, 1), (Fecha{2020, 1, 1}));
+    EXPECT_EQ(fechaConAcarreo(2019, 24, 31), (Fecha{2020, 12, 31}));
+    EXPECT_EQ(fechaConAcarreo(2019, 2, 29), (Fecha{2019, 3, 1}));
+    EXPECT_EQ(fechaConAcarreo(2019, 1, 0), (Fecha{2018, 12, 31}));
+    EXPECT_EQ(fechaConAcarreo(2019, 0, 1), (Fecha{2018, 12, 1}));
+}
+
+TEST(Acarreo, losMesesDeMasYDeMenosSonDeOtroAnio) {
+    for (int anio = 1996; anio <= 2005; ++anio) {
+        for (int mes = 1; mes <= 12; ++mes) {
+            for (int vueltas = -9; vueltas <= 9; ++vueltas) {
+                EXPECT_EQ(fechaConAcarreo(anio - vueltas, mes + 12 * vueltas, 28), (Fecha{anio, mes, 28}));
+            }
+        }
+    }
 }
 
 TEST(Acarreo, recorreElCalendarioDiaPorDia) {
     const auto bisiesto = [](int a) { return a % 4 == 0 && (a % 100 != 0 || a % 400 == 0); };
-    FechaCivil esperada{1890, 1, 1};
-    for (int n = 0; esperada.anio < 2110; ++n) {
-        ASSERT_EQ(fechaConAcarreo(1890, 1, 1 + n), esperada);
+    Fecha esperada{-410, 1, 1};
+    for (int n = 0; esperada.anio < 2410; ++n) {
+        ASSERT_EQ(fechaConAcarreo(-410, 1, 1 + n), esperada);
         ASSERT_EQ(fechaConAcarreo(esperada.anio, esperada.mes, esperada.dia), esperada);
         const std::array<int, 12> largos = {
             31, bisiesto(esperada.anio) ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};

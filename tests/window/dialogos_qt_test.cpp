@@ -11,8 +11,10 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QTreeView>
 
 #include "app/qt/bucle_qt.h"
+#include "data/informe.h"
 #include "window/ventana_prueba.h"
 
 namespace telvane {
@@ -79,6 +81,65 @@ TEST_F(Cajas, losBotonesDicenLoMismoSinTraduccionInstalada) {
     aceptar.buttons().back()->click();
     EXPECT_EQ(respuesta, Boton::cancelar);
     cerrada();
+}
+
+TEST_F(Cajas, introDaLaRespuestaPorDefecto) {
+    auto& caja =
+        preguntar(Mensaje("x", Botones::aceptarCancelar, Icono::exclamacion).conPorDefecto(Boton::cancelar));
+    EXPECT_EQ(texto(caja.defaultButton()->text()), "Cancelar");
+    QTest::keyClick(&caja, Qt::Key_Return);
+    EXPECT_EQ(respuesta, Boton::cancelar);
+    cerrada();
+}
+
+// As the system delivers it: to the window, which hands it to whoever has the focus.
+void teclear(QWidget& en, Qt::Key tecla, bool repetida = false) {
+    QTest::simulateEvent(en.windowHandle(), true, tecla, Qt::NoModifier, QStringLiteral("\r"), repetida);
+}
+void soltar(QWidget& en, Qt::Key tecla) {
+    QTest::simulateEvent(en.windowHandle(), false, tecla, Qt::NoModifier, QStringLiteral("\r"), false);
+}
+
+TEST_F(Cajas, unaTeclaQueYaEstabaPulsadaNoContesta) {
+    auto& caja = preguntar(Mensaje("x", Botones::siNo));
+    for (const auto tecla : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Escape}) {
+        teclear(caja, tecla, true);
+        soltar(caja, tecla);
+    }
+    EXPECT_FALSE(respuesta.has_value());
+    teclear(caja, Qt::Key_Return);
+    EXPECT_EQ(respuesta, Boton::si);
+    cerrada();
+}
+
+TEST_F(Cajas, elSegundoDeDosGolpesSeguidosNoContestaLoQueAparecioEntreEllos) {
+    auto& primera = preguntar(Mensaje("x", Botones::siNo));
+    teclear(primera, Qt::Key_Return);
+    ASSERT_EQ(respuesta, Boton::si);
+    cerrada();
+    respuesta.reset();
+    auto& segunda = preguntar(Mensaje("y", Botones::siNo));
+    teclear(segunda, Qt::Key_Return);
+    EXPECT_FALSE(respuesta.has_value());
+    soltar(segunda, Qt::Key_Return);
+    // Another key, or the same one later, is meant.
+    teclear(segunda, Qt::Key_Escape);
+    EXPECT_EQ(respuesta, Boton::no);
+    cerrada();
+}
+
+TEST_F(VentanaSuelta, trasUnaCajaElTecladoEsDeLoQueEstaEnCurso) {
+    BucleQt bucle;
+    DialogosQt dialogos(bucle);
+    QWidget enCurso(&ventana, Qt::Dialog);
+    dialogos.ventana(&ventana, [&] { return &enCurso; });
+    enCurso.show();
+    ventana.activateWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &ventana; }));
+    dialogos.mensaje(Mensaje("x"), [](Boton) {});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return abierto<QMessageBox>() != nullptr; }));
+    abierto<QMessageBox>()->close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &enCurso; }));
 }
 
 TEST_F(Cajas, cerrarLaCajaEsSuRespuestaNegativa) {
@@ -171,6 +232,45 @@ TEST_F(Archivos, unNombreConPuntoNoSeQuedaSinExtension) {
     dialogo.reject();
 }
 
+TEST_F(Archivos, loQueSeProponeEsLoQueSeGuarda) {
+    const FechaHora momento{2004, 3, 7, {}};
+    for (const auto* ubicacion : {"Finca \"Norte\"", "6\" pozo", "\"~nobody\"", "~nobody", "~", "../x", "-rf",
+                                  ".x", "Est. 3", "$HOME", "%41 #1 ?x=1"}) {
+        auto peticion = csv;
+        peticion.nombre = nombreCsv(ubicacion, momento);
+        auto& dialogo = pedir(peticion);
+        QMetaObject::invokeMethod(&dialogo, "accept");
+        ASSERT_FALSE(elegido.empty()) << ubicacion;
+        EXPECT_EQ(elegido.back(), carpeta.ruta() / (peticion.nombre + ".CSV")) << ubicacion;
+        elegido.clear();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+TEST_F(Archivos, unNombreEscritoRecibeSuExtension) {
+    const std::vector<std::pair<QString, std::string>> casos = {
+        {"Est. Norte", "Est. Norte.CSV"}, {"v1.2", "v1.2.CSV"},          {"datos.csv", "datos.csv"},
+        {"datos.CSV", "datos.CSV"},       {"datos.", "datos.CSV"},       {"datos.txt", "datos.txt.CSV"},
+        {"6\" pozo", "6_ pozo.CSV"},      {"sub.dir/a", "sub.dir/a.CSV"}};
+    std::filesystem::create_directory(carpeta.ruta() / "sub.dir");
+    for (const auto& [nombre, archivo] : casos) {
+        escribirNombre(pedir(csv), nombre);
+        ASSERT_FALSE(elegido.empty()) << archivo;
+        EXPECT_EQ(elegido.back(), carpeta.ruta() / archivo);
+        elegido.clear();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+TEST_F(Archivos, elNombreDeUnaCarpetaEntraEnElla) {
+    std::filesystem::create_directory(carpeta.ruta() / "sub.dir");
+    auto& dialogo = pedir(csv);
+    escribirNombre(dialogo, "sub.dir");
+    EXPECT_TRUE(elegido.empty());
+    EXPECT_EQ(texto(dialogo.directory().path()), (carpeta.ruta() / "sub.dir").string());
+    dialogo.reject();
+}
+
 TEST_F(Archivos, cancelarNoEligeNada) {
     pedir(csv).reject();
     EXPECT_EQ(elegido, std::vector<Ruta>{std::nullopt});
@@ -187,6 +287,25 @@ TEST_F(Archivos, abrirPideUnArchivoQueExista) {
     escribirNombre(dialogo, "base.rgt");
     ASSERT_EQ(elegido.size(), 1U);
     EXPECT_EQ(elegido[0], carpeta.ruta() / "base.rgt");
+}
+
+TEST_F(Archivos, elNombreTieneSitioTambienConLetrasGrandes) {
+    const auto antes = QApplication::font();
+    auto grandes = antes;
+    grandes.setPointSize(20);
+    QApplication::setFont(grandes);
+    std::ofstream(carpeta.ruta() / "Finca Norte 21_11_2026.CSV") << "x";
+    auto& dialogo = pedir(csv);
+    dialogo.resize(1272, 900);
+    auto* lista = dialogo.findChild<QTreeView*>("treeView");
+    ASSERT_NE(lista, nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return lista->columnWidth(0) >= lista->fontMetrics().horizontalAdvance("Finca Norte 21_11_2026.CSV");
+    }));
+    EXPECT_TRUE(lista->isColumnHidden(2)) << "the kind goes first";
+    EXPECT_FALSE(lista->isColumnHidden(3));
+    dialogo.reject();
+    QApplication::setFont(antes);
 }
 
 TEST_F(Archivos, seAbreEnLaCarpetaDeDocumentosDelUsuario) {

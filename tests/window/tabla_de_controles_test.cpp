@@ -56,8 +56,8 @@ constexpr auto kTabla = std::to_array<Fila>({
     {"Text5", Clase::texto, "", "Longitud", kBloqueado, "", 15},
     {"Text7", Clase::texto, "", "Altitud", kBloqueado, "Iniciales operador", 5},
     {"Text10", Clase::texto, "", "Nro de Serie", kNormal, "", 8},
-    {"MaskEdBox2", Clase::mascara, "::", "Hora"},
-    {"fecha1", Clase::mascara, "//", "Fecha"},
+    {"MaskEdBox2", Clase::mascara, "::", "Hora", kBloqueado},
+    {"fecha1", Clase::mascara, "//", "Fecha", kBloqueado},
     {"Text60", Clase::textoLargo, "", "Medicion de Datos en linea", kOculto},
     {"RichTextBox1", Clase::textoLargo, "", "Datos"},
     {"RichTextBox2", Clase::textoLargo, "", "Informe"},
@@ -145,12 +145,22 @@ TEST_P(TablaDeControles, seLlamaAsiParaLaTecnologiaDeAsistencia) {
     EXPECT_EQ(texto(accesible->text(QAccessible::Description)), fila().hint);
 }
 
+TEST_F(VentanaAlArrancar, loQueElControlNoTomaNoQuedaALaVista) {
+    auto* campo = ventana.findChild<QLineEdit*>(QStringLiteral("Text2"));
+    ASSERT_NE(campo, nullptr);
+    forma.Text2.text = "Ana";
+    campo->setReadOnly(false);  // the control itself stays locked
+    QTest::keyClick(campo, Qt::Key_1);
+    EXPECT_EQ(texto(campo->text()), "Ana");
+    EXPECT_EQ(forma.Text2.text(), "Ana");
+}
+
 TEST_F(VentanaAlArrancar, cadaCampoAdmiteLosCaracteresDeSuAncho) {
+    for (auto* control : forma.camposTexto()) control->locked = false;
     for (const auto& fila : kTabla) {
         if (fila.maxLength == 0) continue;
         auto* campo = ventana.findChild<QLineEdit*>(QString::fromUtf8(fila.nombre));
         ASSERT_NE(campo, nullptr);
-        campo->setReadOnly(false);
         for (int i = 0; i < fila.maxLength + 3; ++i) QTest::keyClick(campo, Qt::Key_1);
         EXPECT_EQ(campo->text().size(), fila.maxLength) << fila.nombre;
     }

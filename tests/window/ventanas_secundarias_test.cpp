@@ -103,6 +103,43 @@ TEST(Presenta, muestraSuImagenYSoloSuFormaLaCierra) {
     EXPECT_TRUE(presenta.geometry().contains(centro));
 }
 
+TEST_F(Progreso, introNoCancelaYElBotonSeAlcanzaConElTabulador) {
+    dialogo.show();
+    QApplication::setActiveWindow(&dialogo);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialogo));
+    const auto golpe = [&](Qt::Key tecla, bool repetida = false) {
+        QTest::simulateEvent(dialogo.windowHandle(), true, tecla, Qt::NoModifier, {}, repetida);
+        QTest::simulateEvent(dialogo.windowHandle(), false, tecla, Qt::NoModifier, {}, false);
+    };
+    golpe(Qt::Key_Return);
+    golpe(Qt::Key_Enter);
+    golpe(Qt::Key_Return, true);
+    golpe(Qt::Key_Escape, true);
+    golpe(Qt::Key_Space);
+    EXPECT_EQ(hecho.pulsados, Lista{});
+    golpe(Qt::Key_Tab);
+    auto* cancelar = dialogo.findChild<QPushButton*>("Command45");
+    EXPECT_EQ(QApplication::focusWidget(), cancelar);
+    golpe(Qt::Key_Return);
+    golpe(Qt::Key_Escape);
+    EXPECT_EQ(hecho.pulsados, (Lista{"Command45", "Command45"}));
+}
+
+TEST(AparicionDeVentana, mostrarDeNuevoLaTraeMinimizadaOTapada) {
+    FormaCoef forma;
+    UsuarioPrueba hecho;
+    const Aparicion aparicion(forma,
+                              [&] { return std::make_unique<VentanaCoef>(forma, hecho.usuario(), nullptr); });
+    forma.mostrar();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return aparicion.ventana() != nullptr; }));
+    auto* ventana = aparicion.ventana();
+    ventana->showMinimized();
+    ASSERT_TRUE(ventana->isMinimized());
+    forma.mostrar();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !ventana->isMinimized(); }));
+    EXPECT_EQ(aparicion.ventana(), ventana);
+}
+
 class Coeficientes : public ::testing::Test {
    protected:
     FormaCoef forma;

@@ -2,6 +2,7 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -10,6 +11,7 @@
 
 #include "ui/qt/campo_linea.h"
 #include "ui/qt/vista_lineas.h"
+#include "ui/teclas.h"
 #include "window/ventana_prueba.h"
 
 namespace telvane {
@@ -180,6 +182,27 @@ TEST_F(VentanaSuelta, borrarNoTocaLoQueMandoElRegistrador) {
               "abc");
 }
 
+TEST_F(VentanaSuelta, unCampoRellenoTomaLoQueSeEscribeAlFinal) {
+    auto& campo = de<QLineEdit>(forma.Text3);
+    campo.setFocus();
+    for (const auto& [relleno, queda] :
+         {std::pair{"Finca Norte" + std::string(24, ' '), std::string("Finca Norte 2")},
+          {std::string(24, ' ') + "Finca Norte", std::string(24, ' ') + "Finca Norte 2"},
+          {std::string(35, ' '), std::string(" 2")},
+          {std::string("Finca "), std::string("Finca  2")}}) {
+        forma.Text3.text = relleno;
+        campo.end(false);
+        QTest::keyClicks(&campo, " 2");
+        EXPECT_EQ(forma.Text3.text(), queda);
+        EXPECT_EQ(texto(campo.text()), queda);
+        EXPECT_EQ(campo.cursorPosition(), campo.text().size());
+    }
+    forma.Text3.text = std::string(35, 'x');
+    campo.end(false);
+    QTest::keyClicks(&campo, "2");
+    EXPECT_EQ(forma.Text3.text(), std::string(35, 'x')) << "full of text";
+}
+
 TEST_F(VentanaSuelta, loQueEscribeUnaAyudaTecnicaCuentaComoEdicion) {
     const auto escribir = [](QLineEdit& campo, const QString& nuevo) {
         auto* accesible = QAccessible::queryAccessibleInterface(&campo);
@@ -219,6 +242,7 @@ TEST_F(VentanaSuelta, elRelojQueCorreNoMueveElCursorDeQuienEscribe) {
 
 TEST_F(VentanaSuelta, dejarUnCampoSeAvisaUnaVez) {
     de<QLineEdit>(forma.MaskEdBox2).setFocus();
+    hecho.salidos.clear();
     QTest::keyClick(&de<QLineEdit>(forma.MaskEdBox2), Qt::Key_Tab);
     EXPECT_EQ(hecho.salidos, Lista{"MaskEdBox2"});
 }
@@ -226,9 +250,65 @@ TEST_F(VentanaSuelta, dejarUnCampoSeAvisaUnaVez) {
 TEST_F(VentanaSuelta, cambiarDeVentanaNoEsDejarElCampo) {
     auto& campo = de<QLineEdit>(forma.MaskEdBox2);
     campo.setFocus();
+    hecho.salidos.clear();
     QFocusEvent otraVentana(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
     QApplication::sendEvent(&campo, &otraVentana);
     EXPECT_TRUE(hecho.salidos.empty());
+}
+
+TEST_F(VentanaSuelta, alArrancarElTecladoNoEstaEnUnBoton) {
+    EXPECT_EQ(ventana.focusWidget(), &de<QLineEdit>(forma.Text2));
+}
+
+TEST_F(VentanaSuelta, loQueSeCierraDejaElTecladoDondeNadaEmpiezaYLoRecobra) {
+    forma.Text10.alTeclear = [](int&) {};
+    struct Caso {
+        Control* cerrado;
+        Control* refugio;
+    };
+    const std::vector<Caso> casos = {
+        {&forma.Text10, &forma.RichTextBox1},    {&forma.configuracion, &forma.Text2},
+        {&forma.Command2, &forma.Text2},         {&forma.Command3, &forma.RichTextBox1},
+        {&forma.Command13, &forma.RichTextBox1}, {&forma.Command43, &forma.RichTextBox1},
+        {&forma.Command1, &forma.Text2}};
+    for (const auto& [cerrado, refugio] : casos) {
+        auto* widget = ventana.widget(*cerrado);
+        widget->setFocus();
+        cerrado->enabled = false;
+        EXPECT_EQ(ventana.focusWidget(), ventana.widget(*refugio)) << cerrado->nombre();
+        cerrado->enabled = true;
+        EXPECT_EQ(ventana.focusWidget(), widget) << cerrado->nombre();
+    }
+    // Hidden is closed as well.
+    auto* opcion = ventana.widget(forma.Option3);
+    opcion->setFocus();
+    forma.Option3.visible = false;
+    EXPECT_EQ(ventana.focusWidget(), ventana.widget(forma.RichTextBox1));
+}
+
+TEST_F(VentanaSuelta, quienSeFueAOtroSitioSeQuedaAlli) {
+    ventana.widget(forma.Command13)->setFocus();
+    forma.Command13.enabled = false;
+    ventana.widget(forma.salir)->setFocus();
+    forma.Command13.enabled = true;
+    EXPECT_EQ(ventana.focusWidget(), ventana.widget(forma.salir));
+}
+
+TEST_F(VentanaSuelta, unaTeclaMantenidaPulsaUnaVez) {
+    const auto golpe = [](QWidget* en, Qt::Key tecla, bool repetida) {
+        QKeyEvent pulsada(QEvent::KeyPress, tecla, Qt::NoModifier, QStringLiteral("\r"), repetida);
+        QApplication::sendEvent(en, &pulsada);
+    };
+    auto* boton = ventana.widget(forma.Command43);
+    golpe(boton, Qt::Key_Return, false);
+    golpe(boton, Qt::Key_Return, true);
+    EXPECT_EQ(hecho.pulsados, Lista{"Command43"});
+    int intros = 0;
+    forma.Text10.alTeclear = [&](int& tecla) { intros += tecla == kTeclaIntro ? 1 : 0; };
+    auto* serie = ventana.widget(forma.Text10);
+    golpe(serie, Qt::Key_Return, false);
+    golpe(serie, Qt::Key_Return, true);
+    EXPECT_EQ(intros, 1);
 }
 
 TEST_F(VentanaSuelta, lasTeclasDelNumeroDeSeriePasanPorSuFiltro) {

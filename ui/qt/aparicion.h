@@ -32,6 +32,7 @@ class Aparicion {
 
    private:
     void sincronizar();
+    void alFrente();
 
     Formulario& forma_;
     Fabrica fabrica_;

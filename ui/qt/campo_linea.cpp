@@ -6,6 +6,8 @@
 #include <QKeyEvent>
 #include <QStyleOptionFrame>
 
+#include "ui/teclas.h"
+
 namespace telvane {
 
 namespace {
@@ -62,6 +64,8 @@ QSize CampoLinea::minimumSizeHint() const {
 
 void CampoLinea::keyPressEvent(QKeyEvent* suceso) {
     const int codigo = codigoDe(*suceso);
+    // Held, it is one order.
+    if (codigo == kTeclaIntro && suceso->isAutoRepeat()) return;
     if (codigo != 0 && filtro_ && filtro_(codigo) == 0) {
         suceso->accept();
         return;

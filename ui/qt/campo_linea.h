@@ -8,15 +8,12 @@
 
 namespace telvane {
 
-// Key codes of the filter that are no printable character.
-inline constexpr int kTeclaRetroceso = 8;
-inline constexpr int kTeclaIntro = 13;
-
 class CampoLinea final : public QLineEdit {
    public:
     explicit CampoLinea(QWidget* padre);
 
-    // Character code of a key; 0 back: swallowed. Shortcuts and movements do not pass through it.
+    // Character code of a key (ui/teclas.h); 0 back: swallowed. Shortcuts and movements do not pass through
+    // it.
     void filtroDeTeclas(std::function<int(int)> filtro) { filtro_ = std::move(filtro); }
     // The focus went to another control of the program; changing windows is not leaving.
     void alSalir(std::function<void()> accion) { alSalir_ = std::move(accion); }

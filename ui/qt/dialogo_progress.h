@@ -17,6 +17,7 @@ class DialogoProgress final : public QDialog {
     void reject() override;
 
    protected:
+    void keyPressEvent(QKeyEvent* suceso) override;
     void closeEvent(QCloseEvent* suceso) override;
 
    private:

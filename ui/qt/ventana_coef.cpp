@@ -3,11 +3,13 @@
 #include <algorithm>
 
 #include <QCloseEvent>
-#include <QFontDatabase>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QScreen>
 
+#include "ui/qt/cuerpo_deslizable.h"
+#include "ui/qt/letras.h"
+#include "ui/qt/medida_pantalla.h"
 #include "ui/qt/texto_qt.h"
 
 namespace telvane {
@@ -25,7 +27,8 @@ VentanaCoef::VentanaCoef(FormaCoef& forma, Usuario usuario, QWidget* principal)
     : QWidget(principal, Qt::Window), forma_(forma), vinculos_(forma, std::move(usuario)) {
     setObjectName(aQt(forma.nombre()));
     setWindowTitle(aQt(forma.caption()));
-    auto* rejilla = new QGridLayout(this);
+    auto* todo = new QVBoxLayout(this);
+    auto* rejilla = new QGridLayout;
     rejilla->setVerticalSpacing(4);
     rejilla->setHorizontalSpacing(10);
     // The heading of both columns: the first field multiplies the voltage, the second is added.
@@ -33,17 +36,20 @@ VentanaCoef::VentanaCoef(FormaCoef& forma, Usuario usuario, QWidget* principal)
     int fila = bloque(*rejilla, 0, forma.Label1, forma.Label4, 0);
     rejilla->addWidget(vinculos_.crear(forma.Line1, this), fila, 0, 1, 3);
     rejilla->setRowMinimumHeight(fila, kEntreBloques);
-    fila = bloque(*rejilla, fila + 1, forma.Label2, forma.Label3, FormaCoef::kFilas * 2);
-    rejilla->setRowMinimumHeight(fila, kEntreBloques);
-    rejilla->addLayout(botones(), fila + 1, 0, 1, 3);
+    bloque(*rejilla, fila + 1, forma.Label2, forma.Label3, FormaCoef::kFilas * 2);
+    auto* campos = new CuerpoDeslizable(this);
+    campos->agregar(rejilla, 1);
+    todo->addWidget(campos, 1);
+    todo->addSpacing(kEntreBloques);
+    todo->addLayout(botones());
     if (principal != nullptr) centrar(*principal);
 }
 
 // In front of the window that it belongs to, where the screen has room for it.
 void VentanaCoef::centrar(const QWidget& principal) {
-    adjustSize();
+    resize(cabeEnPantalla(*this, sizeHint()));
     const auto pantalla = principal.screen()->availableGeometry();
-    QRect lugar(QPoint(), frameSize());
+    QRect lugar(QPoint(), size() + kMarcoDeVentana);
     lugar.moveCenter(principal.frameGeometry().center());
     move(std::max(pantalla.left(), std::min(lugar.left(), pantalla.right() - lugar.width())),
          std::max(pantalla.top(), std::min(lugar.top(), pantalla.bottom() - lugar.height())));
@@ -51,7 +57,7 @@ void VentanaCoef::centrar(const QWidget& principal) {
 
 QWidget* VentanaCoef::rotulo(Control& control) {
     auto* widget = vinculos_.crear(control, this);
-    widget->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    widget->setFont(letraDeColumnas());
     return widget;
 }
 

@@ -11,12 +11,13 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPushButton>
-#include <QScreen>
 #include <QTabWidget>
 #include <QTimer>
 
 #include "ui/qt/cuerpo_deslizable.h"
+#include "ui/qt/fila_partible.h"
 #include "ui/qt/franja_diagnostico.h"
+#include "ui/qt/medida_pantalla.h"
 #include "ui/qt/rejilla_opciones.h"
 #include "ui/qt/texto_qt.h"
 #include "ui/qt/ventana_accesible.h"
@@ -65,7 +66,7 @@ VentanaInicio::VentanaInicio(FormaInicio& forma, Usuario usuario)
     setObjectName(aQt(forma.nombre()));
     // Made in the order in which the eye goes through them, which is the order of the keyboard.
     auto* todo = new QVBoxLayout(this);
-    todo->addLayout(cabecera());
+    todo->addWidget(cabecera());
     todo->addWidget(crear(forma.Line1));
     todo->addWidget(cuerpo(), 1);
     todo->addWidget(crear(forma.Line5));
@@ -73,9 +74,9 @@ VentanaInicio::VentanaInicio(FormaInicio& forma, Usuario usuario)
     mostrarConexion();
     limitarBotones();
     observar();
-    const auto* pantalla = screen();
-    resize(pantalla == nullptr ? kMedida
-                               : kMedida.expandedTo(sizeHint()).boundedTo(pantalla->availableSize()));
+    resize(cabeEnPantalla(*this, kMedida.expandedTo(sizeHint())));
+    // A key too many at the first question presses no button.
+    widget(forma.Text2)->setFocus();
     sincronizar();
 }
 
@@ -93,17 +94,29 @@ QWidget* VentanaInicio::encabezado(Control& control, Control& linea) {
     return fila;
 }
 
-QLayout* VentanaInicio::cabecera() {
-    auto* fila = new QHBoxLayout;
-    auto* producto = crear(forma_.Label16);
+QWidget* VentanaInicio::cabecera() {
+    auto* partida = new FilaPartible(this);
+    partida->fila().addWidget(titulos());
+    partida->fila().addStretch();
+    auto* conexion = new QWidget(partida);
+    auto* fila = sinMargen(new QHBoxLayout(conexion));
+    fila->addStretch();
+    fila->addWidget(crear(forma_.Label12, conexion));
+    fila->addWidget(crear(forma_.Command1, conexion));
+    partida->fila().addWidget(conexion);
+    return partida;
+}
+
+QWidget* VentanaInicio::titulos() {
+    auto* titulos = new QWidget(this);
+    auto* fila = sinMargen(new QHBoxLayout(titulos));
+    auto* producto = crear(forma_.Label16, titulos);
     agrandar(*producto, kAumentoTitulo);
     fila->addWidget(producto, 0, Qt::AlignBaseline);
     fila->addSpacing(kEntreSecciones);
-    fila->addWidget(crear(forma_.Label14), 0, Qt::AlignBaseline);
+    fila->addWidget(crear(forma_.Label14, titulos), 0, Qt::AlignBaseline);
     fila->addStretch();
-    fila->addWidget(crear(forma_.Label12));
-    fila->addWidget(crear(forma_.Command1));
-    return fila;
+    return titulos;
 }
 
 QWidget* VentanaInicio::cuerpo() {
@@ -257,11 +270,11 @@ QLayout* VentanaInicio::pie() {
     franja_ = new FranjaDiagnostico(forma_, this);
     franja_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     columna->addWidget(franja_);
-    auto* fila = new QHBoxLayout;
-    fila->addWidget(crear(forma_.Label15));
-    fila->addStretch();
-    fila->addWidget(crear(forma_.salir));
-    columna->addLayout(fila);
+    auto* partida = new FilaPartible(this);
+    partida->fila().addWidget(crear(forma_.Label15, partida));
+    partida->fila().addStretch();
+    partida->fila().addWidget(crear(forma_.salir, partida));
+    columna->addWidget(partida);
     return columna;
 }
 

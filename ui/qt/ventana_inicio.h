@@ -38,7 +38,8 @@ class VentanaInicio final : public QWidget {
    private:
     QWidget* crear(Control& control, QWidget* padre = nullptr);
     QWidget* encabezado(Control& control, Control& linea);
-    QLayout* cabecera();
+    QWidget* cabecera();
+    QWidget* titulos();
     QWidget* cuerpo();
     QLayout* columnaConfiguracion();
     QLayout* filaDeBotones(Control& izquierdo, Control& derecho);

@@ -4,8 +4,8 @@
 #include <chrono>
 
 #include <QCheckBox>
-#include <QFontDatabase>
 #include <QFrame>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QProgressBar>
@@ -16,6 +16,7 @@
 #include <QValidator>
 
 #include "ui/qt/campo_linea.h"
+#include "ui/qt/letras.h"
 #include "ui/qt/texto_qt.h"
 #include "ui/qt/vista_lineas.h"
 
@@ -95,7 +96,7 @@ class ValidadorCampo final : public QValidator {
             std::clamp<qsizetype>(anterior.size() - cola.size(), 0, std::min(hasta, anterior.size()));
         const auto desde =
             std::mismatch(texto.cbegin(), texto.cbegin() + igual, anterior.cbegin()).first - texto.cbegin();
-        const auto comienzo = texto.first(desde);
+        const auto comienzo = cola.isEmpty() ? sinRelleno(texto.first(desde)) : texto.first(desde);
         const auto agregado = loQueCabe(comienzo, admitido(texto.sliced(desde, hasta - desde)), cola);
         if (agregado.isEmpty() && hasta > desde) return Invalid;
         texto = comienzo + agregado + cola;
@@ -107,6 +108,14 @@ class ValidadorCampo final : public QValidator {
     bool cabe(const QString& texto) const {
         const int maximo = control_.maxLength();
         return maximo == 0 || caracteres(texto) <= maximo;
+    }
+
+    // Blanks that fill a field up to its width are nobody's text: what is typed after them takes their place.
+    QString sinRelleno(QString comienzo) const {
+        const int ancho = control_.maxLength();
+        if (ancho == 0 || comienzo.size() != ancho) return comienzo;
+        while (comienzo.endsWith(QLatin1Char(' '))) comienzo.chop(1);
+        return comienzo;
     }
 
     // The key filter hears of characters alone: a pasted line end is nobody's Enter.
@@ -200,11 +209,9 @@ class VinculoCampo final : public Vinculo {
 
     void cambiado() {
         if (mostrando_) return;
-        if (campo_.isReadOnly()) {
-            mostrar(aQt(control().text()));
-        } else {
-            usuario().cambiar(control(), campo_.text().toStdString());
-        }
+        if (!campo_.isReadOnly()) usuario().cambiar(control(), campo_.text().toStdString());
+        // What was not taken does not stay on show.
+        mostrar(aQt(control().text()));
     }
 
     CampoLinea& campo_;
@@ -282,6 +289,12 @@ class BotonHolgado final : public QPushButton {
         return {pista.width() + letra, std::max(pista.height(), letra * 7 / 4)};
     }
     QSize minimumSizeHint() const override { return sizeHint(); }
+
+   protected:
+    // A key that is held presses once.
+    void keyPressEvent(QKeyEvent* suceso) override {
+        if (!suceso->isAutoRepeat()) QPushButton::keyPressEvent(suceso);
+    }
 };
 
 // A hairline that is as quiet in dark colours as in light ones.
@@ -296,6 +309,12 @@ class LineaFina final : public QFrame {
         QPainter(this).fillRect(0, height() / 2, width(), 1, color);
     }
 };
+
+// Takes the keyboard, and neither a key there nor leaving it starts anything.
+bool inocuo(const Control& control) {
+    if (!control.enabled() || !control.visible() || control.alTeclear) return false;
+    return control.clase() == Clase::texto || control.clase() == Clase::textoLargo;
+}
 
 }  // namespace
 
@@ -331,13 +350,43 @@ void Vinculo::aplicarTodo() {
 }
 
 Vinculos::Vinculos(Formulario& forma, Usuario usuario) : usuario_(std::move(usuario)) {
-    observacion_ = forma.observar({.alCambiar =
-                                       [this](Control& control, Que que) {
-                                           const auto lugar = vinculos_.find(&control);
-                                           if (lugar != vinculos_.end()) lugar->second->aplicar(que);
-                                       },
-                                   .alCambiarForma = {},
-                                   .alImprimir = {}});
+    observacion_ =
+        forma.observar({.alCambiar = [this](Control& control, Que que) { alCambiar(control, que); },
+                        .alCambiarForma = {},
+                        .alImprimir = {}});
+}
+
+void Vinculos::alCambiar(const Control& control, Que que) {
+    const auto lugar = vinculos_.find(&control);
+    if (lugar == vinculos_.end()) return;
+    auto& vinculo = *lugar->second;
+    const bool seAbreOCierra = que == Que::enabled || que == Que::visible;
+    const bool abierto = control.enabled() && control.visible();
+    if (seAbreOCierra && !abierto) apartarFoco(vinculo.widget());
+    vinculo.aplicar(que);
+    if (seAbreOCierra && abierto) devolverFoco(vinculo.widget());
+}
+
+// The toolkit would hand it to the next control in turn, where the next key presses a button that nobody
+// chose.
+void Vinculos::apartarFoco(QWidget& widget) {
+    if (widget.window()->focusWidget() != &widget) return;
+    for (auto* otro = widget.nextInFocusChain(); otro != &widget; otro = otro->nextInFocusChain()) {
+        const auto suyo = std::find_if(vinculos_.begin(), vinculos_.end(),
+                                       [&](const auto& uno) { return &uno.second->widget() == otro; });
+        if (suyo == vinculos_.end() || !inocuo(*suyo->first) || !otro->isVisibleTo(widget.window())) continue;
+        otro->setFocus(Qt::OtherFocusReason);
+        apartado_ = &widget;
+        refugio_ = otro;
+        return;
+    }
+}
+
+void Vinculos::devolverFoco(QWidget& widget) {
+    if (apartado_ != &widget) return;
+    if (refugio_ != nullptr && widget.window()->focusWidget() == refugio_)
+        widget.setFocus(Qt::OtherFocusReason);
+    apartado_ = nullptr;
 }
 
 QWidget* Vinculos::crear(Control& control, QWidget* padre) {
@@ -369,7 +418,7 @@ std::unique_ptr<Vinculo> Vinculos::vincular(Control& control, QWidget* padre) {
             return std::make_unique<VinculoCampo>(control, usuario_, *new CampoLinea(padre));
         case Clase::textoLargo: {
             auto* vista = new VistaLineas(padre, kFilasTextoLargo);
-            vista->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+            vista->setFont(letraDeColumnas());
             return std::make_unique<VinculoTextoLargo>(control, usuario_, *vista);
         }
         case Clase::progreso:

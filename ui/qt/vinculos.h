@@ -5,11 +5,11 @@
 #include <unordered_map>
 
 #include <QObject>
+#include <QPointer>
+#include <QWidget>
 
 #include "ui/formulario.h"
 #include "ui/qt/usuario.h"
-
-class QWidget;
 
 namespace telvane {
 
@@ -41,7 +41,8 @@ class Vinculo {
     QObject contexto_;
 };
 
-// All bonds of one window. The form outlives them.
+// All bonds of one window. The form outlives them. A control that closes or goes hands the keyboard to one
+// that starts nothing, and gets it back when it opens, unless the user went elsewhere meanwhile.
 class Vinculos {
    public:
     Vinculos(Formulario& forma, Usuario usuario);
@@ -54,9 +55,15 @@ class Vinculos {
 
    private:
     std::unique_ptr<Vinculo> vincular(Control& control, QWidget* padre);
+    void alCambiar(const Control& control, Que que);
+    void apartarFoco(QWidget& widget);
+    void devolverFoco(QWidget& widget);
 
     Usuario usuario_;
     std::unordered_map<const Control*, std::unique_ptr<Vinculo>> vinculos_;
+    // The widget that had the focus when it was closed, and the one that has it for that long.
+    QPointer<QWidget> apartado_;
+    QPointer<QWidget> refugio_;
     Formulario::Observacion observacion_;
 };
 

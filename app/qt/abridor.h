@@ -1,0 +1,39 @@
+// Opens a file with the program that the desktop associates with it.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <list>
+
+#include "platform/bucle.h"
+
+namespace telvane {
+
+// The desktop's opener runs by itself and outlives us; how it ends is heard through the loop.
+class Abridor {
+   public:
+    explicit Abridor(Bucle& bucle) : bucle_(bucle) {}
+    Abridor(const Abridor&) = delete;
+    Abridor& operator=(const Abridor&) = delete;
+    ~Abridor();
+
+    // alFallar: there is no opener, or it soon says that it could not open the file.
+    void abrir(const std::filesystem::path& ruta, const std::function<void()>& alFallar);
+
+   private:
+    struct EnMarcha {
+        int descriptor = -1;  // of the process
+        std::chrono::steady_clock::time_point comienzo;
+        std::function<void()> alFallar;
+        Bucle::Asidero vigilancia = nullptr;
+    };
+    using Lugar = std::list<EnMarcha>::iterator;
+
+    void terminado(Lugar cual);
+
+    Bucle& bucle_;
+    std::list<EnMarcha> enMarcha_;
+};
+
+}  // namespace telvane

@@ -1,0 +1,81 @@
+// A memory image handed to the main form byte by byte, and places that no image has.
+#include <gmock/gmock.h>
+
+#include "app/banco.h"
+#include "loggerconfig/datos_config.h"
+#include "simulator/memoria_simulada.h"
+
+namespace telvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Imagen : public Banco {
+   protected:
+    void configEntera() {
+        for (std::int32_t k = 0; k < static_cast<std::int32_t>(registro_config::kCabecera); ++k) {
+            inicio.imagen().config(k, imagen[static_cast<std::size_t>(k)]);
+        }
+    }
+    void procesoBloque(std::size_t bloque) {
+        for (int i = 0; i < static_cast<int>(kBytesBloque); ++i) {
+            inicio.imagen().proceso(i, imagen[bloque * kBytesBloque + static_cast<std::size_t>(i)]);
+        }
+    }
+
+    // The header ends within the one before.
+    static constexpr std::size_t kBloque = 7;
+    std::vector<std::uint8_t> imagen = memoriaSimulada(Clima());
+};
+
+TEST_F(Imagen, APlaceOutsideItsBlockIsPrintedAndNothingIsDecoded) {
+    procesoBloque(0);
+    inicio.imagen().tomarLineas();
+    procesoBloque(kBloque);
+    const auto lineasBuenas = inicio.imagen().tomarLineas();
+    ASSERT_FALSE(lineasBuenas.empty());
+    EXPECT_TRUE(inicio.imagen().tomarLineas().empty()) << "taken once";
+
+    for (int i = 0; i < 32; ++i) {
+        inicio.imagen().proceso(i, imagen[kBloque * kBytesBloque + static_cast<std::size_t>(i)]);
+        if (i == 7) {
+            for (const int fuera : {-1, 64, 69, 1 << 20}) inicio.imagen().proceso(fuera, 0xFF);
+        }
+    }
+    EXPECT_THAT(lineas(),
+                ElementsAre("error en matriz", "error en matriz", "error en matriz", "error en matriz"));
+    EXPECT_TRUE(lineasBuenas.starts_with(inicio.imagen().tomarLineas()));
+    inicio.imagen().proceso(0, 0);
+    inicio.imagen().proceso(63, 0);
+    EXPECT_EQ(lineas().size(), 4u) << "the first and the last place are a block's own";
+}
+
+TEST_F(Imagen, AByteBeyondTheHeaderIsPrintedAndAddsNothing) {
+    configEntera();
+    EXPECT_THAT(lineas(), IsEmpty()) << "432 bytes are a header";
+    for (const std::int32_t fuera : {432, 433, -1}) inicio.imagen().config(fuera, 0x41);
+    EXPECT_THAT(lineas(), ElementsAre("error en contador", "error en contador", "error en contador"));
+}
+
+TEST_F(Imagen, TheHeadersTextIsWhatAnExportWrites) {
+    dialogos.responder(Boton::cancelar, kPregunta);
+    inicio.cargar();
+    configEntera();
+    inicio.imagen().config(432, 0x41);
+    const auto ruta = carpeta.ruta() / "datos.xls";
+    dialogos.responderArchivo(ruta);
+    forma.Command33.enabled = true;
+    pulsar(forma.Command33);
+    EXPECT_THAT(forma.RichTextBox2.text(), HasSubstr(leerCabecera(imagen).texto));
+    procesoBloque(0);
+    inicio.imagen().tomarLineas();
+    procesoBloque(kBloque);
+    const auto muestras = inicio.imagen().tomarLineas();
+    EXPECT_EQ(std::count(muestras.begin(), muestras.end(), ','), 2 * 10)
+        << "two samples of a logger with the extra channels";
+}
+
+}  // namespace
+}  // namespace telvane

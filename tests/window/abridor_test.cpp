@@ -1,0 +1,78 @@
+// What the desktop's opener says, and when it is not there.
+#include "app/qt/abridor.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include "apoyo/carpeta_temporal.h"
+#include "app/qt/bucle_qt.h"
+
+namespace telvane {
+namespace {
+
+class AbridorDelEscritorio : public ::testing::Test {
+   protected:
+    AbridorDelEscritorio() : caminos_(::getenv("PATH")) { ::setenv("PATH", carpeta.ruta().c_str(), 1); }
+    ~AbridorDelEscritorio() override { ::setenv("PATH", caminos_.c_str(), 1); }
+
+    // An opener that does this.
+    void hay(const std::string& orden) const {
+        const auto ruta = carpeta.ruta() / "xdg-open";
+        std::ofstream(ruta) << "#!/bin/sh\n" << orden << '\n';
+        std::filesystem::permissions(ruta, std::filesystem::perms::owner_all);
+    }
+    std::filesystem::path huella() const { return carpeta.ruta() / "huella"; }
+
+    CarpetaTemporal carpeta;
+    BucleQt bucle;
+    int fallos = 0;
+
+   private:
+    std::string caminos_;
+};
+
+TEST_F(AbridorDelEscritorio, recibeLaRutaEnteraComoUnSoloArgumento) {
+    hay("printf '%s|%s' \"$#\" \"$1\" >" + huella().string() + ".a; /bin/mv " + huella().string() + ".a " +
+        huella().string());
+    Abridor abridor(bucle);
+    const auto ruta = carpeta.ruta() / "Est. \"Norte\" $HOME 7_3_2004.CSV";
+    abridor.abrir(ruta, [&] { ++fallos; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return std::filesystem::exists(huella()); }));
+    std::string escrito;
+    std::getline(std::ifstream(huella()), escrito);
+    EXPECT_EQ(escrito, "1|" + ruta.string());
+}
+
+TEST_F(AbridorDelEscritorio, unFracasoSeDiceUnaVez) {
+    hay("exit 4");
+    Abridor abridor(bucle);
+    abridor.abrir("/tmp/a.CSV", [&] { ++fallos; });
+    EXPECT_EQ(fallos, 0) << "nothing is waited for";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fallos > 0; }));
+    QTest::qWait(1);
+    EXPECT_EQ(fallos, 1);
+}
+
+TEST_F(AbridorDelEscritorio, loAbiertoNoEsUnFracaso) {
+    hay("case $1 in */b.CSV) exit 3 ;; esac; echo a >" + huella().string());
+    Abridor abridor(bucle);
+    bool otro = false;
+    abridor.abrir("/tmp/a.CSV", [&] { ++fallos; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return std::filesystem::exists(huella()); }));
+    abridor.abrir("/tmp/b.CSV", [&] { otro = true; });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return otro; }));
+    EXPECT_EQ(fallos, 0);
+}
+
+TEST_F(AbridorDelEscritorio, sinProgramaSeDiceEnElActo) {
+    Abridor abridor(bucle);
+    abridor.abrir("/tmp/a.CSV", [&] { ++fallos; });
+    EXPECT_EQ(fallos, 1);
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,142 @@
+// Small screens and large letters: everything can be reached, nothing is cut.
+#include <algorithm>
+
+#include <QBoxLayout>
+#include <QFontDatabase>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+
+#include "ui/qt/fila_partible.h"
+#include "ui/qt/letras.h"
+#include "ui/qt/medida_pantalla.h"
+#include "ui/qt/ventana_coef.h"
+#include "window/ventana_prueba.h"
+
+namespace telvane {
+namespace {
+
+constexpr QSize kPantallaChica(800, 600);
+// 1280x1024 with everything doubled.
+constexpr QSize kPantallaDoble(640, 512);
+constexpr int kPuntosGrandes = 20;
+
+// All windows have these letters for as long as this lives.
+class Letras {
+   public:
+    explicit Letras(int puntos) : antes_(QApplication::font()) {
+        auto otras = antes_;
+        otras.setPointSize(puntos);
+        QApplication::setFont(otras);
+    }
+    Letras(const Letras&) = delete;
+    Letras& operator=(const Letras&) = delete;
+    ~Letras() { QApplication::setFont(antes_); }
+
+   private:
+    QFont antes_;
+};
+
+bool dentro(const QWidget& ventana, const QWidget& widget) {
+    const QRect lugar(widget.mapTo(&ventana, QPoint()), widget.size());
+    return ventana.rect().contains(lugar) && widget.width() >= widget.minimumSizeHint().width();
+}
+
+// Header and foot stay; the middle scrolls.
+void entraEn(VentanaInicio& ventana, const FormaInicio& forma, QSize pantalla) {
+    const auto sitio = pantalla - kMarcoDeVentana;
+    ventana.resize(sitio);
+    QApplication::processEvents();
+    EXPECT_EQ(ventana.size(), sitio);
+    for (const auto* control :
+         {&forma.Command1, &forma.salir, &forma.Label14, &forma.Label15, &forma.Label16}) {
+        EXPECT_TRUE(dentro(ventana, *ventana.widget(*control))) << control->nombre();
+    }
+    auto* medio = ventana.findChild<QScrollArea*>();
+    ASSERT_NE(medio, nullptr);
+    EXPECT_GT(medio->viewport()->height(), 60);
+    for (auto* boton : medio->widget()->findChildren<QPushButton*>()) {
+        medio->ensureWidgetVisible(boton);
+        const QRect lugar(boton->mapTo(medio->viewport(), QPoint()), boton->size());
+        EXPECT_TRUE(medio->viewport()->rect().contains(lugar)) << texto(boton->objectName());
+    }
+}
+
+TEST_F(VentanaSuelta, enUnaPantallaChicaSeAlcanzaTodo) {
+    entraEn(ventana, forma, kPantallaChica);
+    entraEn(ventana, forma, kPantallaDoble);
+}
+
+TEST(Medidas, conLetrasDeVeintePuntosNadaSeCorta) {
+    const Letras grandes(kPuntosGrandes);
+    FormaInicio forma;
+    UsuarioPrueba hecho;
+    VentanaInicio ventana(forma, hecho.usuario());
+    forma.mostrar();
+    forma.Command1.caption = " Conexion en COM 12  @ 19200 bps ";
+    entraEn(ventana, forma, {1280, 1024});
+}
+
+TEST(Medidas, laVentanaNaceConSuMarcoDentroDeLaPantalla) {
+    const Letras grandes(kPuntosGrandes);
+    FormaInicio forma;
+    UsuarioPrueba hecho;
+    const VentanaInicio ventana(forma, hecho.usuario());
+    const auto sitio = ventana.screen()->availableSize() - kMarcoDeVentana;
+    EXPECT_LE(ventana.width(), sitio.width());
+    EXPECT_LE(ventana.height(), sitio.height());
+}
+
+TEST(Medidas, losCoeficientesSeDeslizanDondeNoCaben) {
+    FormaCoef forma;
+    UsuarioPrueba hecho;
+    VentanaCoef ventana(forma, hecho.usuario(), nullptr);
+    ventana.resize(kPantallaDoble - kMarcoDeVentana);
+    ventana.show();
+    QApplication::processEvents();
+    EXPECT_EQ(ventana.size(), kPantallaDoble - kMarcoDeVentana);
+    EXPECT_TRUE(dentro(ventana, *ventana.findChild<QWidget*>("Command1")));
+    EXPECT_FALSE(dentro(ventana, *ventana.findChild<QWidget*>("Text32"))) << "for the scroll bar";
+    ventana.resize(ventana.sizeHint());
+    QApplication::processEvents();
+    EXPECT_TRUE(dentro(ventana, *ventana.findChild<QWidget*>("Text32")))
+        << "where there is room, all of it shows";
+}
+
+TEST(Medidas, laFilaSeParteDondeNoCabe) {
+    QWidget ventana;
+    ventana.resize(800, 100);
+    FilaPartible fila(&ventana);
+    auto* uno = new QPushButton(QStringLiteral("uno, largo como pocos"), &fila);
+    auto* otro = new QPushButton(QStringLiteral("otro"), &fila);
+    fila.fila().addWidget(uno);
+    fila.fila().addStretch();
+    fila.fila().addWidget(otro);
+    fila.resize(800, 100);
+    ventana.show();
+    QApplication::processEvents();
+    EXPECT_EQ(uno->y(), otro->y());
+    fila.resize(fila.minimumSizeHint().width(), 100);
+    QApplication::processEvents();
+    EXPECT_LT(uno->y(), otro->y());
+    EXPECT_GE(uno->width(), uno->minimumSizeHint().width());
+}
+
+TEST(Letra, laDelDisenoDondeEstaYEscalaYSiNoLaDelEscritorio) {
+    const auto escritorio = QApplication::font();
+    EXPECT_EQ(letraDeDiseno(QStringLiteral("No Such Face"), escritorio), escritorio);
+    QString otra;
+    for (const auto& familia : QFontDatabase::families()) {
+        if (familia != escritorio.family() && QFontDatabase::isSmoothlyScalable(familia)) otra = familia;
+    }
+    if (otra.isEmpty()) GTEST_SKIP() << "one face alone is installed";
+    const auto propia = letraDeDiseno(otra, escritorio);
+    EXPECT_EQ(propia.families(), QStringList(otra) + escritorio.families());
+    EXPECT_EQ(propia.pointSizeF(), escritorio.pointSizeF());
+    // A family may be another name of one that is installed ("Serif").
+    EXPECT_EQ(QFontInfo(propia).family(), QFontInfo(QFont(otra)).family());
+}
+
+}  // namespace
+}  // namespace telvane
