@@ -2,17 +2,17 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "link/protocolo.h"
-#include "platform/guardado.h"
+#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -21,95 +21,125 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mode_t kModo = 0666;
+constexpr std::string_view kParcial = ".parcial";
 
-fs::path conSufijo(fs::path ruta, const char* sufijo) {
-    ruta += sufijo;
-    return ruta;
+bool mismo(int descriptor, const fs::path& ruta) {
+    struct stat abierto {};
+    struct stat nombrado {};
+    return ::fstat(descriptor, &abierto) == 0 && ::lstat(ruta.c_str(), &nombrado) == 0 &&
+           abierto.st_dev == nombrado.st_dev && abierto.st_ino == nombrado.st_ino;
 }
 
-// A link stays a link: what it points to is replaced.
-fs::path sinEnlaces(fs::path ruta) {
-    std::error_code error;
-    if (!fs::is_symlink(ruta, error)) return ruta;
-    const auto verdadera = fs::weakly_canonical(ruta, error);
-    return error ? ruta : verdadera;
+// 0, also where the file system has no locks; or why not.
+int bloquear(int descriptor) {
+    if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return 0;
+    return EBUSY;
 }
 
 }  // namespace
 
-ArchivoParcial::ArchivoParcial(fs::path destino)
-    : destino_(sinEnlaces(std::move(destino))), ruta_(conSufijo(destino_, ".parcial")) {
+ArchivoParcial::ArchivoParcial(Destino destino, Coinciden coinciden)
+    : destino_(std::move(destino)),
+      ruta_(conSufijo(destino_.ruta, kParcial)),
+      coinciden_(std::move(coinciden)) {
     abrir();
-    try {
-        leer();
-    } catch (...) {
-        cerrar();
-        throw;
-    }
+    leer();
 }
 
 ArchivoParcial::~ArchivoParcial() {
-    if (!colocado_ && contenido_.empty()) ::unlink(ruta_.c_str());
-    cerrar();
+    struct stat datos {};
+    if (!colocado_ && descriptor_() >= 0 && ::fstat(descriptor_(), &datos) == 0 && datos.st_size == 0 &&
+        mismo(descriptor_(), ruta_)) {
+        ::unlink(ruta_.c_str());
+    }
 }
 
-void ArchivoParcial::fallar(int numero) const {
-    throw ErrorGuardado(fmt::format("no se pudo guardar {}: {}", ruta_.string(), motivoSistema(numero)));
+void ArchivoParcial::exigir(int motivo) const {
+    if (motivo != 0) throw noGuardado(ruta_, motivoEscritura(motivo));
 }
 
+// Whoever held the lock may have given the file its final name, or put another in its place, meanwhile.
 void ArchivoParcial::abrir() {
-    std::error_code error;
-    if (fs::is_directory(destino_, error)) fallar(EISDIR);
-    descriptor_ = ::open(ruta_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kModo);
-    if (descriptor_ < 0 && errno == ENOENT)
-        throw ErrorGuardado(fmt::format("no se pudo guardar {}: no existe la carpeta {}", ruta_.string(),
-                                        ruta_.parent_path().string()));
-    if (descriptor_ < 0) fallar(errno);
-    if (::flock(descriptor_, LOCK_EX | LOCK_NB) == 0) return;
-    const int motivo = errno;
-    cerrar();
-    fallar(motivo == EWOULDBLOCK ? EBUSY : motivo);
+    do {
+        descriptor_ = Descriptor(
+            ::open(ruta_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kModo));
+        if (descriptor_() < 0 && errno == ELOOP) throw noGuardado(ruta_, "es un enlace");
+        exigir(descriptor_() < 0 ? errno : 0);
+        struct stat datos {};
+        exigir(::fstat(descriptor_(), &datos) == 0 ? 0 : errno);
+        if (!S_ISREG(datos.st_mode)) throw noGuardado(ruta_, "no es un archivo normal");
+        exigir(bloquear(descriptor_()));
+    } while (!mismo(descriptor_(), ruta_));
 }
 
+// Whatever its length: one byte more than an image holds cannot agree with any.
 void ArchivoParcial::leer() {
-    contenido_.resize(kBytesMemoria);
-    const auto n = ::pread(descriptor_, contenido_.data(), contenido_.size(), 0);
-    if (n < 0) fallar(errno);
-    // A block that was cut is no block.
-    contenido_.resize(static_cast<std::size_t>(n) / kBytesBloque * kBytesBloque);
+    contenido_.resize(kBytesMemoria + 1);
+    const auto n = ::pread(descriptor_(), contenido_.data(), contenido_.size(), 0);
+    exigir(n < 0 ? errno : 0);
+    contenido_.resize(static_cast<std::size_t>(n));
 }
 
-void ArchivoParcial::cerrar() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-    descriptor_ = -1;
+std::optional<fs::path> ArchivoParcial::recibir(Bytes imagen) {
+    if (propio_ || contenido_.empty()) {
+        agregar(imagen);
+        return std::nullopt;
+    }
+    const auto desde = imagen.size() - kBytesBloque;
+    std::optional<fs::path> aparte;
+    if (desde < contenido_.size()) {
+        const auto comun = std::min(kBytesBloque, contenido_.size() - desde);
+        const auto antes = Bytes(contenido_).subspan(desde, comun);
+        const bool cabe = contenido_.size() <= kBytesMemoria;
+        if (!cabe || !coinciden_(desde, antes, imagen.subspan(desde, comun))) aparte = apartar();
+    }
+    if (aparte || imagen.size() > contenido_.size()) reemplazar(imagen);
+    return aparte;
 }
 
-void ArchivoParcial::escribir(std::size_t numero, std::span<const std::uint8_t> bloque) {
-    const std::size_t desde = numero * kBytesBloque;
-    const auto n = ::pwrite(descriptor_, bloque.data(), bloque.size(), static_cast<off_t>(desde));
-    if (n != static_cast<ssize_t>(bloque.size())) fallar(n < 0 ? errno : ENOSPC);
-    contenido_.resize(std::max(contenido_.size(), desde + bloque.size()));
-    std::copy(bloque.begin(), bloque.end(), contenido_.begin() + static_cast<std::ptrdiff_t>(desde));
+void ArchivoParcial::agregar(Bytes imagen) {
+    const auto desde = imagen.size() - kBytesBloque;
+    const auto n = ::pwrite(descriptor_(), imagen.data() + desde, kBytesBloque, static_cast<off_t>(desde));
+    exigir(n < 0 ? errno : n == static_cast<ssize_t>(kBytesBloque) ? 0 : ENOSPC);
+    contenido_.insert(contenido_.end(), imagen.begin() + static_cast<std::ptrdiff_t>(desde), imagen.end());
+    propio_ = true;
 }
 
-void ArchivoParcial::apartar() {
-    if (::rename(ruta_.c_str(), conSufijo(ruta_, ".anterior").c_str()) != 0) fallar(errno);
-    cerrar();
+// A new file takes the name, so that no moment finds blocks of two readings in it.
+void ArchivoParcial::reemplazar(Bytes imagen) {
+    ArchivoPendiente nuevo({.pedido = ruta_, .ruta = ruta_, .nuevo = contenido_.empty()});
+    nuevo.escribir(imagen);
+    if (!contenido_.empty()) nuevo.sincronizar();
+    Descriptor descriptor(::fcntl(nuevo.descriptor(), F_DUPFD_CLOEXEC, 0));
+    exigir(descriptor() < 0 ? errno : bloquear(descriptor()));
+    nuevo.colocar();
+    descriptor_ = std::move(descriptor);
+    contenido_.assign(imagen.begin(), imagen.end());
+    propio_ = true;
+}
+
+// Never over an earlier one.
+fs::path ArchivoParcial::apartar() {
+    Destino aparte{.pedido = ruta_, .nuevo = true};
+    int motivo = EEXIST;
+    for (int vez = 1; motivo == EEXIST; ++vez) {
+        aparte.ruta = conSufijo(ruta_, vez == 1 ? ".anterior" : fmt::format(".{}.anterior", vez));
+        motivo = colocar(ruta_, aparte);
+    }
+    exigir(motivo);
     contenido_.clear();
-    abrir();
+    return aparte.ruta;
 }
 
-void ArchivoParcial::terminar() {
-    if (::ftruncate(descriptor_, static_cast<off_t>(contenido_.size())) != 0) fallar(errno);
-    if (::fsync(descriptor_) != 0) fallar(errno);
-    if (::rename(ruta_.c_str(), destino_.c_str()) != 0) fallar(errno);
+void ArchivoParcial::terminar(Bytes imagen) {
+    if (!std::ranges::equal(contenido_, imagen)) reemplazar(imagen);
+    exigir(conservarModo(descriptor_(), destino_));
+    exigir(sincronizar(descriptor_()));
+    if (const int motivo = colocar(ruta_, destino_))
+        throw noGuardado(destino_.pedido, motivoEscritura(motivo));
     colocado_ = true;
-    // Makes the new name durable; the file is saved whether or not the file system can do that.
-    const auto carpeta = destino_.has_parent_path() ? destino_.parent_path() : fs::path(".");
-    const int descriptor = ::open(carpeta.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    ::fsync(descriptor);
-    ::close(descriptor);
+    contenido_.clear();
+    exigirNombre(destino_, sincronizarCarpeta(destino_.carpeta()));
 }
 
 }  // namespace telvane

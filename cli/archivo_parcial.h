@@ -1,21 +1,30 @@
-// A base file that is not whole yet: each block stands on the disk as soon as it came.
+// A download's base file while it grows: what came is on the disk at every moment.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <span>
 #include <vector>
 
+#include "platform/guardado.h"
+
 namespace telvane {
 
-// "<destination>.parcial" beside the destination, renamed to it once whole. Blocks that are written again
-// replace the earlier ones in place, so that an attempt that gets less far loses nothing of a better one.
-// Every failure throws ErrorGuardado.
+// "<destination>.parcial" beside the destination, renamed to it once whole. It always holds the blocks of one
+// reading of the memory: those of an attempt replace what an earlier one left only once they agree with all
+// of it and reach further; where they do not agree, the earlier ones are set aside under a new name. Every
+// failure throws ErrorGuardado.
 class ArchivoParcial {
    public:
-    // Opens the file, with what an earlier run left in it. One that another run is writing is refused.
-    explicit ArchivoParcial(std::filesystem::path destino);
+    using Bytes = std::span<const std::uint8_t>;
+    // Whether a stretch of an image agrees with what stood there before, both from this byte on.
+    using Coinciden = std::function<bool(std::size_t desde, Bytes antes, Bytes ahora)>;
+
+    // Opens the file, with what an earlier run left in it. One that another run is writing is refused, and so
+    // is anything that is not a file.
+    ArchivoParcial(Destino destino, Coinciden coinciden);
     ArchivoParcial(const ArchivoParcial&) = delete;
     ArchivoParcial& operator=(const ArchivoParcial&) = delete;
     // A file that holds nothing is removed.
@@ -24,22 +33,29 @@ class ArchivoParcial {
     const std::filesystem::path& ruta() const { return ruta_; }
     // What stands in the file.
     const std::vector<std::uint8_t>& contenido() const { return contenido_; }
-    void escribir(std::size_t numero, std::span<const std::uint8_t> bloque);
-    // Puts what the file holds aside under "<name>.anterior" and starts empty.
-    void apartar();
-    // Flushes it and gives it its final name.
-    void terminar();
+
+    // The image is read from its first block again.
+    void empezar() { propio_ = false; }
+    // imagen: what the attempt has by now, one block more than the last time. Gives the name under which
+    // earlier blocks were set aside.
+    std::optional<std::filesystem::path> recibir(Bytes imagen);
+    // The whole image: flushes it and gives it its final name.
+    void terminar(Bytes imagen);
 
    private:
     void abrir();
     void leer();
-    void cerrar();
-    [[noreturn]] void fallar(int numero) const;
+    std::filesystem::path apartar();
+    void reemplazar(Bytes imagen);
+    void agregar(Bytes imagen);
+    void exigir(int motivo) const;
 
-    std::filesystem::path destino_;
+    Destino destino_;
     std::filesystem::path ruta_;
+    Coinciden coinciden_;
     std::vector<std::uint8_t> contenido_;
-    int descriptor_ = -1;
+    Descriptor descriptor_;
+    bool propio_ = false;  // the file holds the running attempt's blocks and no others
     bool colocado_ = false;
 };
 

@@ -1,23 +1,6 @@
 #include "cli/argumentos.h"
 
-#include <charconv>
-#include <system_error>
-
-#include <fmt/format.h>
-
 namespace telvane {
-
-namespace {
-
-std::string motivoRango(const std::string& texto, int minimo, int maximo) {
-    int valor = 0;
-    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), valor);
-    const bool entero = error == std::errc() && fin == texto.data() + texto.size();
-    if (entero && valor >= minimo && valor <= maximo) return "";
-    return fmt::format("debe ser un número entero de {} a {}", minimo, maximo);
-}
-
-}  // namespace
 
 std::string motivoSegundos(const std::string& texto) {
     return motivoRango(texto, 1, 3600);
@@ -27,12 +10,6 @@ std::string motivoCuenta(const std::string& texto) {
 }
 std::string motivoReintentos(const std::string& texto) {
     return motivoRango(texto, 0, 1000);
-}
-
-int leerEntero(const std::string& texto) {
-    int valor = 0;
-    std::from_chars(texto.data(), texto.data() + texto.size(), valor);
-    return valor;
 }
 
 }  // namespace telvane

@@ -1,16 +1,20 @@
 #include "cli/descarga_cli.h"
 
 #include <algorithm>
-#include <chrono>
+#include <array>
 #include <exception>
 #include <optional>
+#include <string_view>
 
 #include <fmt/format.h>
 
 #include "cli/archivo_parcial.h"
-#include "cli/codigos_salida.h"
-#include "cli/progreso.h"
+#include "cli/error_intercambio.h"
+#include "cli/reintentos.h"
+#include "consola/codigos_salida.h"
+#include "consola/progreso.h"
 #include "data/muestra.h"
+#include "data/registros.h"
 #include "link/puerto_serie.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
@@ -31,22 +35,14 @@ bool borrado(std::span<const std::uint8_t> registro) {
     return todos(0xFF) || todos(0x00);
 }
 
-// The header's clock and its reserved bytes belong to the running logger.
+// The decoder looks for samples from this byte on.
+constexpr std::size_t kMuestras = kPrimeraRanura * kRegistro;
+
+// The header's clock and the reserved bytes before the first samples belong to the running logger.
 std::size_t firmes(std::size_t desde) {
-    if (desde >= registro_config::kCabecera) return kRegistro;
+    if (desde >= kMuestras) return kRegistro;
     if (desde >= registro_config::kReloj) return 0;
     return std::min(kRegistro, registro_config::kReloj - desde);
-}
-
-// Long enough for the logger to give the broken exchange up, and for an adapter to come back.
-constexpr std::chrono::seconds kEntreIntentos{2};
-
-void decir(Consola& consola, const std::exception_ptr& fallo) {
-    try {
-        std::rethrow_exception(fallo);
-    } catch (const std::exception& error) {
-        consola.aviso(error.what());
-    }
 }
 
 class Descargador {
@@ -54,13 +50,18 @@ class Descargador {
     Descargador(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
                 const PeticionDescarga& peticion)
         : entorno_(entorno), consola_(consola), registrador_(registrador), peticion_(peticion) {
-        if (!peticion.base.empty()) parcial_.emplace(peticion.base);
+        if (peticion.base) {
+            parcial_.emplace(*peticion.base, [](std::size_t desde, auto antes, auto ahora) {
+                return !primeraDiferencia(antes, ahora, desde);
+            });
+        }
     }
 
-    Bytes correr(const std::string& serie);
+    Bytes correr();
 
    private:
-    void revisarAnterior(const std::string& serie);
+    void decirAnterior();
+    void recibir(RegistradorCli::Bloque bloque);
     void leerHastaQueValga();
     std::exception_ptr intentar();
     std::exception_ptr cotejar() const;
@@ -75,25 +76,27 @@ class Descargador {
     Bytes anterior_;  // of the attempt that got furthest before it
 };
 
-// What an earlier run left is worth keeping until it is overtaken, if it comes from this logger.
-void Descargador::revisarAnterior(const std::string& serie) {
+void Descargador::decirAnterior() {
     if (!parcial_ || parcial_->contenido().empty()) return;
-    const auto empacada = empacarSerie(serie);
-    if (std::equal(empacada.begin(), empacada.end(), parcial_->contenido().begin())) {
-        consola_.aviso(fmt::format("{} conserva {} bloques de una descarga anterior",
-                                   parcial_->ruta().string(), parcial_->contenido().size() / kBytesBloque));
-        return;
-    }
-    parcial_->apartar();
-    consola_.aviso(fmt::format("{} era de otro registrador y se guardó como {}.anterior",
-                               parcial_->ruta().string(), parcial_->ruta().string()));
+    consola_.aviso(fmt::format("{} conserva {} bloques de una descarga anterior", parcial_->ruta().string(),
+                               parcial_->contenido().size() / kBytesBloque));
 }
 
-Bytes Descargador::correr(const std::string& serie) {
+// The block is on the disk before anything else is done with it.
+void Descargador::recibir(RegistradorCli::Bloque bloque) {
+    imagen_.insert(imagen_.end(), bloque.begin(), bloque.end());
+    if (!parcial_) return;
+    if (const auto aparte = parcial_->recibir(imagen_)) {
+        consola_.aviso(fmt::format("{} no coincide con lo que se lee ahora y se guardó como {}",
+                                   parcial_->ruta().string(), aparte->string()));
+    }
+}
+
+Bytes Descargador::correr() {
     try {
-        revisarAnterior(serie);
+        decirAnterior();
         leerHastaQueValga();
-        if (parcial_) parcial_->terminar();
+        if (parcial_) parcial_->terminar(imagen_);
     } catch (...) {
         decirResto();
         throw;
@@ -102,7 +105,7 @@ Bytes Descargador::correr(const std::string& serie) {
 }
 
 void Descargador::leerHastaQueValga() {
-    int reintentos = peticion_.reintentos;
+    Reintentos reintentos(entorno_, consola_, peticion_.reintentos);
     while (true) {
         auto fallo = intentar();
         if (!fallo) fallo = cotejar();
@@ -113,10 +116,7 @@ void Descargador::leerHastaQueValga() {
             consola_.aviso("Segunda lectura, para comparar.");
             continue;
         }
-        if (reintentos-- == 0) std::rethrow_exception(fallo);
-        decir(consola_, fallo);
-        consola_.aviso(fmt::format("Se vuelve a empezar; reintentos que quedan: {}.", reintentos));
-        pausar(entorno_, kEntreIntentos);
+        reintentos.gastar(fallo);
     }
 }
 
@@ -124,11 +124,11 @@ void Descargador::leerHastaQueValga() {
 std::exception_ptr Descargador::intentar() {
     imagen_.clear();
     imagen_.reserve(kBytesMemoria);
-    Progreso progreso(consola_, entorno_.reloj, kBloquesMemoria);
+    if (parcial_) parcial_->empezar();
+    Progreso progreso(consola_, entorno_.reloj, kBloquesMemoria, {"bloques", kBytesBloque});
     try {
         registrador_.descargar([&](std::size_t numero, RegistradorCli::Bloque bloque) {
-            if (parcial_) parcial_->escribir(numero, bloque);
-            imagen_.insert(imagen_.end(), bloque.begin(), bloque.end());
+            recibir(bloque);
             progreso.avance(numero + 1);
         });
     } catch (const ErrorIntercambio&) {
@@ -157,22 +157,46 @@ void Descargador::decirResto() {
 }  // namespace
 
 std::vector<std::uint8_t> descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
-                                          const std::string& serie, const PeticionDescarga& peticion) {
+                                          const PeticionDescarga& peticion) {
     const auto despierta =
         entorno.inhibidor ? entorno.inhibidor->inhibir(std::string(textos::kPorQueDespierta)) : nullptr;
-    return Descargador(entorno, consola, registrador, peticion).correr(serie);
+    return Descargador(entorno, consola, registrador, peticion).correr();
+}
+
+void decirOtraSerie(Consola& consola, const std::string& leida, std::span<const std::uint8_t> imagen) {
+    const auto propia = leerCabecera(imagen).digitosSerie;
+    if (propia == leida) return;
+    consola.aviso(fmt::format(
+        "La configuración leída dice Nro {} y la memoria, Nro {}: vale el de la memoria.", leida, propia));
+}
+
+void decirOtraCabecera(Consola& consola, const DatosConfig& leida, std::span<const std::uint8_t> imagen) {
+    constexpr std::array<std::string_view, kAnchos.size()> kNombres = {"usuario", "ubicacion", "latitud",
+                                                                       "longitud", "altitud"};
+    decirOtraSerie(consola, leida.Nserie, imagen);
+    const auto propia = datosDeCabecera(imagen);
+    std::vector<std::string_view> distinto;
+    for (std::size_t i = 0; i < kNombres.size(); ++i) {
+        if (leida.textos[i] != propia.textos[i]) distinto.push_back(kNombres[i]);
+    }
+    if (leida.intervaloCodigo != propia.intervaloCodigo) distinto.emplace_back("intervalo");
+    if (distinto.empty()) return;
+    consola.aviso(
+        fmt::format("La configuración leída y la memoria no dicen lo mismo ({}): vale lo de la memoria.",
+                    fmt::join(distinto, ", ")));
 }
 
 std::optional<std::size_t> primeraDiferencia(std::span<const std::uint8_t> antes,
-                                             std::span<const std::uint8_t> ahora) {
+                                             std::span<const std::uint8_t> ahora, std::size_t inicio) {
     const std::size_t comun = std::min(antes.size(), ahora.size());
-    for (std::size_t desde = 0; desde + kRegistro <= comun; desde += kRegistro) {
-        const auto viejo = antes.subspan(desde, kRegistro);
-        const auto nuevo = ahora.subspan(desde, kRegistro);
-        const auto cuantos = static_cast<std::ptrdiff_t>(firmes(desde));
+    for (std::size_t desde = 0; desde < comun; desde += kRegistro) {
+        const auto largo = std::min(kRegistro, comun - desde);
+        const auto viejo = antes.subspan(desde, largo);
+        const auto nuevo = ahora.subspan(desde, largo);
+        const auto cuantos = static_cast<std::ptrdiff_t>(std::min(largo, firmes(inicio + desde)));
         if (std::equal(viejo.begin(), viejo.begin() + cuantos, nuevo.begin())) continue;
-        if (desde >= registro_config::kCabecera && borrado(viejo)) continue;
-        return desde / kBytesBloque;
+        if (inicio + desde >= kMuestras && borrado(viejo)) continue;
+        return (inicio + desde) / kBytesBloque;
     }
     return std::nullopt;
 }

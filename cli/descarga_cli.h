@@ -8,29 +8,36 @@
 #include <string>
 #include <vector>
 
-#include "cli/consola.h"
 #include "cli/entorno_cli.h"
 #include "cli/registrador_cli.h"
+#include "consola/consola.h"
+#include "loggerconfig/datos_config.h"
+#include "platform/destino.h"
 
 namespace telvane {
 
 struct PeticionDescarga {
-    std::filesystem::path base;  // empty: the image is only returned
-    bool verificar = false;      // downloads again until two images agree
-    int reintentos = 2;          // attempts beyond those that are needed
+    std::optional<Destino> base;  // none: the image is only returned
+    bool verificar = false;       // downloads again until two images agree
+    int reintentos = 2;           // attempts beyond those that are needed
 };
 
-// Downloads the memory, telling its progress; the serial number is the one just read from this logger. Each
-// block is on the disk as it comes (see ArchivoParcial). An attempt that breaks off starts again from the
-// first block; where two images overlap they are compared, because the line carries no checksum. Returns the
-// 262144 bytes. When it ends in an exception, the user has been told what is left in the partial file.
+// Downloads the memory, telling its progress. Each block is on the disk as it comes (see ArchivoParcial). An
+// attempt that breaks off starts again from the first block; where two images overlap they are compared,
+// because the line carries no checksum. Returns the 262144 bytes. When it ends in an exception, the user has
+// been told what is left in the partial file.
 std::vector<std::uint8_t> descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
-                                          const std::string& serie, const PeticionDescarga& peticion);
+                                          const PeticionDescarga& peticion);
+
+// Tells when the configuration that was read says another serial number: the image's own counts.
+void decirOtraSerie(Consola& consola, const std::string& leida, std::span<const std::uint8_t> imagen);
+// The same of the number, the texts and the interval.
+void decirOtraCabecera(Consola& consola, const DatosConfig& leida, std::span<const std::uint8_t> imagen);
 
 // The first block in which two images of one logger contradict each other, as far as both reach. No
 // contradiction are samples in the place of erased records, and the parts of the header that change by
-// themselves.
+// themselves. Both may begin behind an image's first byte, with a record.
 std::optional<std::size_t> primeraDiferencia(std::span<const std::uint8_t> antes,
-                                             std::span<const std::uint8_t> ahora);
+                                             std::span<const std::uint8_t> ahora, std::size_t inicio = 0);
 
 }  // namespace telvane

@@ -1,14 +1,29 @@
 #include "cli/linea_registrador.h"
 
-#include <array>
 #include <span>
 
+#include <fmt/format.h>
+
+#include "link/conexion_tcp.h"
 #include "link/protocolo.h"
 
 namespace telvane {
 
+namespace {
+
+// Connecting, and finding the name before it.
+constexpr auto kEsperaConexion = 2 * ConexionTcp::kPlazo;
+
+}  // namespace
+
 LineaRegistrador::LineaRegistrador(EntornoCli& entorno, Puertos& puertos, int numero)
-    : entorno_(entorno), puerto_(puertos.abrir(numero, AjustesLinea{.baudios = kBaudios}, [] {})) {}
+    : entorno_(entorno),
+      puerto_(puertos.abrir(numero, AjustesLinea::leer(std::string(kAjustesLinea)), [] {})) {
+    // A port far away is being connected; why it cannot be is told by the first byte that is sent.
+    const auto listo = [this] { return puerto_->listo(); };
+    if (!listo() && !esperar(entorno_, listo, kEsperaConexion))
+        throw ErrorPuerto(MotivoPuerto::noExiste, fmt::format("COM{} no contesta", numero));
+}
 
 void LineaRegistrador::enviar(std::uint8_t byte) {
     puerto_->escribir(std::span(&byte, 1));
@@ -18,11 +33,11 @@ bool LineaRegistrador::esperarBytes(std::size_t cuantos, Bucle::Duracion plazo) 
     return esperar(
         entorno_,
         [&] {
-            if (quedan() < cuantos) llenar();
-            if (quedan() >= cuantos) return true;
+            if (entrada_.esperan() < cuantos) entrada_.llenar(*puerto_);
+            if (entrada_.esperan() >= cuantos) return true;
             // One wake-up once the missing ones are here. Counted anew after each reading: the system does
             // not count those that it has handed over.
-            puerto_->umbral(static_cast<int>(cuantos - quedan()));
+            puerto_->umbral(static_cast<int>(cuantos - entrada_.esperan()));
             return false;
         },
         plazo);
@@ -36,20 +51,20 @@ void LineaRegistrador::pausar(Bucle::Duracion duracion) {
 }
 
 std::size_t LineaRegistrador::esperan() {
-    llenar();
-    return quedan();
+    entrada_.llenar(*puerto_);
+    return entrada_.esperan();
 }
 
-void LineaRegistrador::llenar() {
-    if (leidos_ == entrada_.size()) {
-        entrada_.clear();
-        leidos_ = 0;
-    }
-    std::array<std::uint8_t, 4096> trozo;
-    while (const auto n = puerto_->leer(trozo)) {
-        entrada_.insert(entrada_.end(), trozo.begin(), trozo.begin() + static_cast<std::ptrdiff_t>(n));
-        if (n < trozo.size()) break;
-    }
+void LineaRegistrador::descartar() {
+    puerto_->vaciarEntrada();
+    entrada_.vaciar();
+}
+
+void LineaRegistrador::descartarHastaCallar(Bucle::Duracion silencio, Bucle::Duracion plazo) {
+    const auto final = entorno_.reloj.monotono() + plazo;
+    do {
+        descartar();
+    } while (entorno_.reloj.monotono() < final && esperarBytes(1, silencio));
 }
 
 }  // namespace telvane

@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "cli/entorno_cli.h"
+#include "link/buffer_de_entrada.h"
 #include "link/puerto_serie.h"
 
 namespace telvane {
@@ -26,18 +26,17 @@ class LineaRegistrador {
     void pausar(Bucle::Duracion duracion);
     // Bytes that are here by now.
     std::size_t esperan();
+    // Forgets what came and was not taken.
+    void descartar();
+    // The same for what still comes, until nothing has come for this long or the time is over.
+    void descartarHastaCallar(Bucle::Duracion silencio, Bucle::Duracion plazo);
     // The next of them; there must be one.
-    std::uint8_t tomar() { return entrada_[leidos_++]; }
+    std::uint8_t tomar() { return entrada_.tomar(); }
 
    private:
-    void llenar();
-    std::size_t quedan() const { return entrada_.size() - leidos_; }
-
     EntornoCli& entorno_;
     std::unique_ptr<PuertoSerie> puerto_;
-    // What came and was not taken yet: entrada_[leidos_..].
-    std::vector<std::uint8_t> entrada_;
-    std::size_t leidos_ = 0;
+    BufferDeEntrada entrada_;
 };
 
 }  // namespace telvane

@@ -12,18 +12,25 @@
 #include <fmt/format.h>
 
 #include "cli/argumentos.h"
-#include "cli/codigos_salida.h"
 #include "cli/descarga_cli.h"
+#include "cli/estado_envio.h"
+#include "cli/lectura_firme.h"
 #include "cli/ordenes.h"
+#include "cli/reloj_registrador.h"
 #include "cli/sesion_cli.h"
 #include "cli/textos_cli.h"
+#include "consola/codigos_salida.h"
+#include "consola/salida_consola.h"
 #include "data/archivo_base.h"
+#include "link/protocolo.h"
+#include "link/puerto_serie.h"
 #include "loggerconfig/edicion.h"
 #include "loggerconfig/pasos_escritura.h"
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
+#include "platform/recorte.h"
+#include "platform/texto_visible.h"
 #include "regional/fecha_texto.h"
-#include "regional/formatos.h"
 
 namespace telvane {
 
@@ -44,6 +51,8 @@ constexpr std::array<NombreCampo, 5> kCampos = {{{"--usuario", "Usuario"},
 
 // How far the clock that is read back may be from the one that was sent.
 constexpr auto kToleranciaReloj = 5s;
+constexpr int kLecturasDeVuelta = 3;
+constexpr const char* kReloj = "reloj";
 
 struct Opciones {
     std::array<std::optional<std::string>, 5> textos;
@@ -62,9 +71,12 @@ std::string motivoIntervalo(const std::string& texto) {
     }
     return "debe ser 1, 5, 10, 15, 30 o 60";
 }
+bool enRango(int anio) {
+    return anio >= kPrimerAnioReloj && anio <= kUltimoAnioReloj;
+}
 std::string motivoFecha(const std::string& texto) {
     const auto fecha = leerFechaCorta(texto);
-    return fecha && fecha->anio >= 2000 && fecha->anio <= 2099 ? "" : "debe ser dd/mm/aaaa, de 2000 a 2099";
+    return fecha && enRango(fecha->anio) ? "" : "debe ser dd/mm/aaaa, de 2000 a 2064";
 }
 std::string motivoHora(const std::string& texto) {
     return leerHora(texto) ? "" : "debe ser hh:mm:ss";
@@ -74,6 +86,15 @@ void exigirUso(bool bien, const std::string& que) {
     if (!bien) throw ErrorCli(CodigoSalida::malUso, que);
 }
 
+FechaHora conAnioValido(const FechaHora& momento) {
+    if (enRango(momento.anio)) return momento;
+    throw ErrorCli(
+        CodigoSalida::fallo,
+        fmt::format("el reloj del registrador no admite el año {}: ponga uno de 2000 a 2064, y no se "
+                    "escribe nada",
+                    momento.anio));
+}
+
 // The logger holds one byte a character: what it cannot hold is refused, and not changed or cut.
 void revisarTextos(const Opciones& opciones) {
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
@@ -81,6 +102,8 @@ void revisarTextos(const Opciones& opciones) {
         const auto& texto = *opciones.textos[i];
         exigirUso(static_cast<int>(caracteres(texto)) <= kAnchos[i],
                   fmt::format("{}: caben {} caracteres", kCampos[i].opcion, kAnchos[i]));
+        exigirUso(sinControles(texto) == texto,
+                  fmt::format("{}: hay un carácter de control o mal escrito", kCampos[i].opcion));
         const auto bytes = cp1252DeUtf8(texto);
         exigirUso(utf8DeCp1252({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}) == texto,
                   fmt::format("{}: hay un carácter que el registrador no tiene", kCampos[i].opcion));
@@ -96,28 +119,10 @@ void revisar(const Opciones& opciones) {
         "no se pidió ningún cambio: indique al menos uno, por ejemplo --reloj-pc\n(telvane-cli configurar "
         "--help)");
     exigirUso(!(conReloj && opciones.relojPc), "--reloj-pc no va con --fecha ni --hora");
+    exigirUso(opciones.respaldo.empty() || !esSalidaEstandar(opciones.respaldo),
+              "--respaldo necesita un archivo: la salida no guarda nada");
     exigirUso(opciones.respaldo.empty() || !opciones.sinRespaldo, "--respaldo no va con --sin-respaldo");
     revisarTextos(opciones);
-}
-
-// The wall's time some duration later, across midnight and the end of the year.
-FechaHora masTarde(const FechaHora& momento, std::chrono::nanoseconds cuanto) {
-    const auto total = momento.deDia + cuanto;
-    const auto dias = std::chrono::floor<std::chrono::days>(total);
-    const auto civil =
-        fechaConAcarreo(momento.anio, momento.mes, momento.dia + static_cast<int>(dias.count()));
-    return {civil.anio, civil.mes, civil.dia, total - dias};
-}
-
-std::chrono::nanoseconds distancia(const FechaHora& a, const FechaHora& b) {
-    using namespace std::chrono;
-    const auto instante = [](const FechaHora& m) {
-        const year_month_day fecha{year(m.anio), month(static_cast<unsigned>(m.mes)),
-                                   day(static_cast<unsigned>(m.dia))};
-        return local_days(fecha).time_since_epoch() + m.deDia;
-    };
-    const nanoseconds diferencia = instante(a) - instante(b);
-    return diferencia < 0ns ? -diferencia : diferencia;
 }
 
 class Configurador {
@@ -125,18 +130,22 @@ class Configurador {
     Configurador(ContextoCli& contexto, const Opciones& opciones)
         : contexto_(contexto),
           opciones_(opciones),
+          inicio_(contexto.entorno.reloj.monotono()),
           sesion_(contexto.entorno, contexto.consola, contexto.com) {}
 
     void correr();
 
    private:
     void leer();
-    void releer();
     bool anunciarCambios();
+    Destino destinoDeRespaldo() const;
     void respaldar();
+    std::string mensaje();
     void escribir();
+    [[noreturn]] void fallar(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) const;
+    std::string dondeEstaElRespaldo() const;
     void comprobarEscrito();
-    std::chrono::nanoseconds desdeLectura() const { return contexto_.entorno.reloj.monotono() - leidoEn_; }
+    std::vector<std::string> diferencias(const DatosConfig& leido) const;
     FechaHora relojAEnviar() const;
     std::uint8_t codigoAEnviar() const;
     std::string textoAEnviar(std::size_t campo) const {
@@ -146,13 +155,18 @@ class Configurador {
 
     ContextoCli& contexto_;
     const Opciones& opciones_;
+    std::chrono::nanoseconds inicio_;  // monotonic, as the next two
     SesionCli sesion_;
     DatosConfig actual_;
     std::chrono::nanoseconds leidoEn_{0};
+    std::filesystem::path respaldo_;  // once it is whole
     FechaHora enviado_;
+    std::chrono::nanoseconds enviadoEn_{0};
 };
 
 void Configurador::correr() {
+    // Where the backup cannot go is told before the logger hears anything.
+    if (!opciones_.sinRespaldo && opciones_.borrarMemoria) destinoDeRespaldo();
     sesion_.buscar();
     leer();
     if (!anunciarCambios()) {
@@ -163,32 +177,20 @@ void Configurador::correr() {
         opciones_.borrarMemoria,
         "el registrador borra todos sus datos al recibir una configuración: confirme con --borrar-memoria");
     if (!opciones_.sinRespaldo) respaldar();
-    releer();
     escribir();
     comprobarEscrito();
     contexto_.consola.resultado(configuracionParaPersonas(actual_));
 }
 
+// The message always carries a clock: what is not given of it goes back as it was read.
 void Configurador::leer() {
-    actual_ = sesion_.registrador().leerConfiguracion();
-    leidoEn_ = contexto_.entorno.reloj.monotono();
-    // The message always carries a clock: one that the logger does not know cannot be sent back.
-    if (opciones_.relojPc || (!opciones_.fecha.empty() && !opciones_.hora.empty()) || relojDe(actual_))
-        return;
+    const bool conReloj = !opciones_.relojPc && (opciones_.fecha.empty() || opciones_.hora.empty());
+    const auto firme = leerFirme(sesion_.registrador(), contexto_.consola, contexto_.entorno.reloj, conReloj);
+    actual_ = firme.datos;
+    leidoEn_ = firme.momento;
+    if (!conReloj || relojDe(actual_)) return;
     throw ErrorCli(CodigoSalida::fallo,
                    "el reloj del registrador no vale: póngalo con --reloj-pc, o --fecha y --hora");
-}
-
-// What is not changed goes back as it was read, and the line has no checksum: a byte damaged on its way here
-// would become the logger's own.
-void Configurador::releer() {
-    const auto otra = sesion_.registrador().leerConfiguracion();
-    if (otra.Nserie == actual_.Nserie && otra.textos == actual_.textos &&
-        otra.intervaloCodigo == actual_.intervaloCodigo) {
-        return;
-    }
-    throw ErrorCli(CodigoSalida::fallo,
-                   "dos lecturas de la configuración no coinciden, y no se escribe nada: revise el cable");
 }
 
 // Tells what will change; false: nothing.
@@ -196,7 +198,8 @@ bool Configurador::anunciarCambios() {
     bool hay = false;
     const auto anunciar = [&](std::string_view nombre, std::string_view antes, std::string_view ahora) {
         if (antes == ahora) return;
-        contexto_.consola.aviso(fmt::format("{}: \"{}\" -> \"{}\"", nombre, antes, ahora));
+        contexto_.consola.aviso(
+            fmt::format("{}: \"{}\" -> \"{}\"", nombre, sinControles(antes), sinControles(ahora)));
         hay = true;
     };
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
@@ -206,22 +209,27 @@ bool Configurador::anunciarCambios() {
     if (!opciones_.intervalo.empty()) {
         anunciar("Minutos entre muestras", antes ? kIntervalos[*antes].texto : "?", opciones_.intervalo);
     }
+    const auto nuevo = relojAEnviar();
     if (opciones_.relojPc || !opciones_.fecha.empty() || !opciones_.hora.empty()) {
         const auto reloj = relojDe(actual_);
-        anunciar("Reloj", reloj ? fechaIso(*reloj) : "?", fechaIso(relojAEnviar()));
+        anunciar("Reloj", reloj ? fechaIso(*reloj) : "?", fechaIso(nuevo));
     }
     return hay;
 }
 
+// A date and a time that were given are those of the command's start: what the search and the backup took
+// goes on top, as it does for the logger's own.
 FechaHora Configurador::relojAEnviar() const {
-    if (opciones_.relojPc) return contexto_.entorno.reloj.ahora();
-    auto momento = masTarde(relojDe(actual_).value_or(FechaHora{2000, 1, 1, {}}), desdeLectura());
+    const auto ahora = contexto_.entorno.reloj.monotono();
+    if (opciones_.relojPc) return conAnioValido(contexto_.entorno.reloj.ahora());
+    auto momento =
+        masTarde(relojDe(actual_).value_or(FechaHora{kPrimerAnioReloj, 1, 1, {}}), inicio_ - leidoEn_);
     if (!opciones_.fecha.empty()) {
         const auto fecha = leerFechaCorta(opciones_.fecha).value();
         momento = {fecha.anio, fecha.mes, fecha.dia, momento.deDia};
     }
     if (!opciones_.hora.empty()) momento.deDia = leerHora(opciones_.hora).value();
-    return momento;
+    return conAnioValido(masTarde(momento, ahora - inicio_));
 }
 
 std::uint8_t Configurador::codigoAEnviar() const {
@@ -231,24 +239,31 @@ std::uint8_t Configurador::codigoAEnviar() const {
     return actual_.intervaloCodigo;
 }
 
-void Configurador::respaldar() {
-    PeticionDescarga peticion;
-    peticion.base = opciones_.respaldo;
-    if (peticion.base.empty()) {
-        const auto carpeta = carpetaDeDatos();
-        if (carpeta.empty()) {
-            throw ErrorCli(CodigoSalida::fallo,
-                           "no hay carpeta de datos para el respaldo: indique --respaldo ARCHIVO");
-        }
-        std::filesystem::create_directories(carpeta);
-        peticion.base = carpeta / nombreArchivoBase(actual_.Nserie, contexto_.entorno.reloj.ahora());
+// Only a file keeps a copy that can be found again.
+Destino Configurador::destinoDeRespaldo() const {
+    if (!opciones_.respaldo.empty()) return revisarDestino(opciones_.respaldo, reglaDeBase());
+    const auto carpeta = carpetaDeDatos();
+    if (carpeta.empty()) {
+        throw ErrorCli(CodigoSalida::fallo,
+                       "no hay carpeta de datos para el respaldo: indique --respaldo ARCHIVO");
     }
-    contexto_.consola.aviso("Se descarga la memoria antes de borrarla.");
-    descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), actual_.Nserie, peticion);
-    contexto_.consola.aviso(fmt::format("Respaldo: {}", peticion.base.string()));
+    std::filesystem::create_directories(carpeta);
+    return revisarDestino(rutaBaseLibre(carpeta, actual_.Nserie, contexto_.entorno.reloj.ahora()),
+                          reglaDeBase());
 }
 
-void Configurador::escribir() {
+void Configurador::respaldar() {
+    PeticionDescarga peticion;
+    peticion.base = destinoDeRespaldo();
+    contexto_.consola.aviso("Se descarga la memoria antes de borrarla.");
+    const auto imagen =
+        descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), peticion);
+    decirOtraSerie(contexto_.consola, actual_.Nserie, imagen);
+    respaldo_ = peticion.base->pedido;
+    contexto_.consola.aviso(fmt::format("Respaldo: {}", respaldo_.string()));
+}
+
+std::string Configurador::mensaje() {
     enviado_ = relojAEnviar();
     const auto segundos = std::chrono::floor<std::chrono::seconds>(enviado_.deDia).count();
     std::array<std::string, 5> textos;
@@ -264,29 +279,80 @@ void Configurador::escribir() {
     config.dia = enviado_.dia;
     config.mes = enviado_.mes;
     config.anio = enviado_.anio;
-    leidoEn_ = contexto_.entorno.reloj.monotono();
-    sesion_.registrador().escribirConfiguracion(mensajeConfig(config));
+    enviadoEn_ = contexto_.entorno.reloj.monotono();
+    return mensajeConfig(config);
 }
 
+// The last byte may have left although the port refused it: then reading back tells.
+void Configurador::escribir() {
+    std::size_t enviados = 0;
+    try {
+        sesion_.registrador().escribirConfiguracion([this] { return mensaje(); }, enviados);
+    } catch (const ErrorCli& error) {
+        fallar(error.codigo(), error.what(), enviados);
+    } catch (const ErrorPuerto& error) {
+        if (enviados < kBytesMensajeConfig) fallar(CodigoSalida::fallo, error.what(), enviados);
+        contexto_.consola.aviso(error.what());
+    }
+}
+
+// Tells where the write stands, what became of the memory and what to do.
+void Configurador::fallar(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) const {
+    const auto estado = estadoDelEnvio(enviados, kBytesMensajeConfig, "la configuración y la memoria",
+                                       "Dé la memoria por borrada; mire con \"telvane-cli configuracion\" si "
+                                       "quedó como quería y, si no, vuelva "
+                                       "a configurar con --sin-respaldo.");
+    throw ErrorCli(codigo, fmt::format("{}\n{}\n{}", motivo, estado, dondeEstaElRespaldo()));
+}
+
+std::string Configurador::dondeEstaElRespaldo() const {
+    if (respaldo_.empty()) return "No hay respaldo de la memoria: se pidió --sin-respaldo.";
+    return fmt::format("El respaldo de la memoria está en {}.", respaldo_.string());
+}
+
+// The logger confirms nothing. What reads back as it was sent was sent; anything else may be the line's
+// fault, and is read again.
 void Configurador::comprobarEscrito() {
-    const auto leido = sesion_.registrador().leerConfiguracion();
-    std::vector<std::string> malos;
+    std::vector<std::string> distinto;
+    DatosConfig leido;
+    for (int i = 0; i < kLecturasDeVuelta; ++i) {
+        try {
+            leido = sesion_.registrador().leerConfiguracion();
+        } catch (const ErrorCli& error) {
+            fallar(error.codigo(), error.what(), kBytesMensajeConfig);
+        } catch (const ErrorPuerto& error) {
+            fallar(CodigoSalida::fallo, error.what(), kBytesMensajeConfig);
+        }
+        distinto = diferencias(leido);
+        if (distinto.empty()) {
+            actual_ = leido;
+            return;
+        }
+    }
+    const bool intacta = leido.textos == actual_.textos && leido.intervaloCodigo == actual_.intervaloCodigo &&
+                         distinto.back() == kReloj;
+    throw ErrorCli(
+        CodigoSalida::fallo,
+        fmt::format("lo leído después no es lo enviado ({}). {}\n{}", fmt::join(distinto, ", "),
+                    intacta ? "El registrador no la tomó, y su memoria debe seguir ahí: repita la orden."
+                            : "Dé la memoria por borrada, y vuelva a configurar con --sin-respaldo.",
+                    dondeEstaElRespaldo()));
+}
+
+// What reads back otherwise than it was sent, the clock last.
+std::vector<std::string> Configurador::diferencias(const DatosConfig& leido) const {
+    std::vector<std::string> distinto;
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
-        if (leido.textos[i] != textoAEnviar(i)) malos.emplace_back(kCampos[i].nombre);
+        if (leido.textos[i] != textoAEnviar(i)) distinto.emplace_back(kCampos[i].nombre);
     }
-    if (leido.intervaloCodigo != codigoAEnviar()) malos.emplace_back("intervalo");
-    // The logger's clock started somewhere between the sending of the message and now.
+    if (leido.intervaloCodigo != codigoAEnviar()) distinto.emplace_back("intervalo");
+    // The logger's clock started somewhere between the making of the message and now.
     const auto reloj = relojDe(leido);
-    const auto pasado = desdeLectura();
+    const auto pasado = contexto_.entorno.reloj.monotono() - enviadoEn_;
     if (!reloj || distancia(*reloj, masTarde(enviado_, pasado / 2)) > pasado / 2 + kToleranciaReloj) {
-        malos.emplace_back("reloj");
+        distinto.emplace_back(kReloj);
     }
-    if (!malos.empty()) {
-        throw ErrorCli(CodigoSalida::fallo,
-                       fmt::format("lo leído después no es lo enviado ({}): vuelva a configurar",
-                                   fmt::join(malos, ", ")));
-    }
-    actual_ = leido;
+    return distinto;
 }
 
 }  // namespace
@@ -298,7 +364,8 @@ void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto) {
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
         orden.opcion(opciones->textos[i], {.nombre = kCampos[i].opcion,
                                            .valor = "TEXTO",
-                                           .ayuda = fmt::format("Hasta {} caracteres", kAnchos[i])});
+                                           .ayuda = fmt::format("Hasta {} caracteres", kAnchos[i]),
+                                           .vacia = true});
     }
     orden.opcion(opciones->intervalo, {.nombre = "--intervalo",
                                        .valor = "MINUTOS",
@@ -321,6 +388,7 @@ void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto) {
         "Sin --respaldo, la memoria se guarda en la carpeta de datos del usuario (~/.local/share/telvane).");
     orden.alElegir([&contexto, opciones] {
         revisar(*opciones);
+        if (opciones->relojPc) conAnioValido(contexto.entorno.reloj.ahora());
         contexto.orden = [&contexto, opciones] { Configurador(contexto, *opciones).correr(); };
     });
 }

@@ -2,19 +2,21 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <fmt/format.h>
 
 #include "cli/argumentos.h"
-#include "cli/codigos_salida.h"
-#include "cli/conversion.h"
 #include "cli/descarga_cli.h"
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
 #include "cli/textos_cli.h"
+#include "consola/codigos_salida.h"
+#include "consola/salida_consola.h"
+#include "data/archivo_base.h"
+#include "data/conversion.h"
 #include "data/sello.h"
-#include "platform/guardado.h"
 
 namespace telvane {
 
@@ -27,47 +29,65 @@ struct Opciones {
     std::string espera = "5";
     std::string reintentos = "2";
     bool verificar = false;
+    bool reemplazar = false;
 };
 
-constexpr std::string_view kSalida = "-";
+SalidaConsola salidaBase(const Opciones& opciones) {
+    try {
+        return {opciones.base, reglaDeBase(opciones.reemplazar)};
+    } catch (const ErrorGuardado& error) {
+        if (opciones.reemplazar || !std::filesystem::is_regular_file(opciones.base)) throw;
+        throw ErrorGuardado(fmt::format("{}. Dé otro nombre, o --reemplazar", error.what()));
+    }
+}
 
-void guardar(ContextoCli& contexto, const std::string& ruta, std::string_view bytes) {
-    if (ruta == kSalida) {
-        contexto.consola.resultado(bytes);
-    } else {
-        guardarAtomico(ruta, bytes);
+// What both are is known before the logger hears anything.
+void revisarJuntas(const EntornoConsola& entorno, const SalidaConsola& base, const SalidaConsola& csv) {
+    if (base.estandar() && csv.estandar()) {
+        throw ErrorCli(CodigoSalida::malUso, "solo uno de --base y --csv puede ir a la salida");
+    }
+    const auto cual = [&](const SalidaConsola& salida) {
+        return salida.estandar() ? identidad(entorno.salida)
+                                 : std::optional(identidad(std::filesystem::path(salida.nombre())));
+    };
+    if ((base.archivo() || csv.archivo()) && cual(base) == cual(csv)) {
+        throw ErrorCli(CodigoSalida::malUso,
+                       fmt::format("--base y --csv son el mismo archivo: {}", csv.nombre()));
     }
 }
 
 void descargar(ContextoCli& contexto, const Opciones& opciones) {
-    if (opciones.base == kSalida && opciones.csv == kSalida) {
-        throw ErrorCli(CodigoSalida::malUso, "solo uno de --base y --csv puede ir a la salida");
-    }
+    std::optional<SalidaConsola> csv;
+    if (!opciones.csv.empty()) csv.emplace(opciones.csv, reglaDeTabla());
+    const auto base = salidaBase(opciones);
+    if (csv) revisarJuntas(contexto.entorno, base, *csv);
     auto& consola = contexto.consola;
     SesionCli sesion(contexto.entorno, consola, contexto.com);
     sesion.registrador().espera(std::chrono::seconds(leerEntero(opciones.espera)));
+    sesion.registrador().reintentos(leerEntero(opciones.reintentos));
     const int numero = sesion.buscar();
     consola.aviso(fmt::format("Registrador en COM{}: se lee la configuración.", numero));
     const auto datos = sesion.registrador().leerConfiguracion();
     consola.aviso(fmt::format("Nro {}: se descarga la memoria.", datos.Nserie));
 
     PeticionDescarga peticion;
-    if (opciones.base != kSalida) peticion.base = opciones.base;
+    if (base.archivo()) peticion.base = base.destino();
     peticion.verificar = opciones.verificar;
     peticion.reintentos = leerEntero(opciones.reintentos);
-    const auto imagen =
-        descargarImagen(contexto.entorno, consola, sesion.registrador(), datos.Nserie, peticion);
-    if (opciones.base == kSalida) {
-        consola.resultado({reinterpret_cast<const char*>(imagen.data()), imagen.size()});
-    } else {
-        consola.aviso(fmt::format("Archivo base: {}", opciones.base));
+    const auto imagen = descargarImagen(contexto.entorno, consola, sesion.registrador(), peticion);
+    decirOtraCabecera(consola, datos, imagen);
+    if (!base.archivo()) {
+        base.escribir(contexto.entorno, consola,
+                      {reinterpret_cast<const char*>(imagen.data()), imagen.size()});
     }
-    if (opciones.csv.empty()) return;
+    if (!base.estandar()) consola.aviso(fmt::format("Archivo base: {}", base.nombre()));
+    if (!csv) return;
 
-    const auto archivo = Conversor().convertir(imagen, Formato::csv, leerPerfil(opciones.perfil),
-                                               contexto.entorno.reloj.ahora(),
-                                               {.serie = datos.Nserie, .texto = textoConfig(datos)});
-    guardar(contexto, opciones.csv, archivo.bytes());
+    const auto propios = datosDeCabecera(imagen);
+    const auto archivo = Conversor().convertir(
+        imagen, Formato::csv, leerPerfil(opciones.perfil), contexto.entorno.reloj.ahora(),
+        {.leido = {textoConfig(propios), numeroDeSerie(propios.Nserie)}});
+    csv->escribir(contexto.entorno, consola, archivo.bytes());
     consola.aviso(archivo.recuento.texto());
 }
 
@@ -83,6 +103,7 @@ void declararDescargar(Argumentos& argumentos, ContextoCli& contexto) {
     orden.opcion(opciones->csv, {.nombre = "--csv",
                                  .valor = "ARCHIVO",
                                  .ayuda = "Además, los datos como archivo CSV; - es la salida"});
+    orden.bandera(opciones->reemplazar, "--reemplazar", "El archivo base puede ser uno que ya existe");
     orden.bandera(opciones->verificar, "--verificar", "Descarga dos veces y compara");
     orden.opcion(opciones->espera, {.nombre = "--espera",
                                     .valor = "S",

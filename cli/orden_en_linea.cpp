@@ -1,4 +1,5 @@
 // telvane-cli en-linea
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -24,8 +25,12 @@ void mostrarEnLinea(ContextoCli& contexto, const Opciones& opciones) {
     RegistradorCli::EnLinea enLinea(sesion.registrador());
     const bool sinFin = opciones.cuenta.empty();
     const int cuenta = leerEntero(opciones.cuenta);
+    const auto& reloj = contexto.entorno.reloj;
+    auto toca = reloj.monotono();
     for (int i = 0; sinFin || i < cuenta; ++i) {
-        if (i > 0) pausar(contexto.entorno, std::chrono::seconds(leerEntero(opciones.cada)));
+        // From request to request, whatever an answer takes; one that is late is not caught up with.
+        if (i > 0) toca = std::max(toca + std::chrono::seconds(leerEntero(opciones.cada)), reloj.monotono());
+        if (i > 0) enLinea.pausar(toca - reloj.monotono());
         const auto marco = decodificarMarco(enLinea.pedir());
         contexto.consola.resultado(opciones.json ? marcoJson(marco, contexto.entorno.reloj.ahora())
                                                  : marcoParaPersonas(marco));

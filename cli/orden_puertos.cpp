@@ -12,13 +12,13 @@
 
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
+#include "link/protocolo.h"
 #include "link/servicios_intrusos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
 namespace {
-
-constexpr int kUltimoPuerto = 12;
 
 std::string ocupantes(const FichaPuerto& ficha) {
     std::vector<std::string> partes;
@@ -35,6 +35,8 @@ std::string_view nombreEstado(EstadoPuerto estado) {
             return "ocupado";
         case EstadoPuerto::sinPermiso:
             return "sin permiso";
+        case EstadoPuerto::enRed:
+            return "en red";
         case EstadoPuerto::ausente:
             break;
     }
@@ -64,7 +66,7 @@ std::string linea(int numero, const FichaPuerto& ficha) {
     for (const auto& parte : {adaptador(ficha), ficha.nombreEstable.string()}) {
         if (!parte.empty()) texto += "  " + parte;
     }
-    return texto + "\n";
+    return sinControles(texto) + "\n";
 }
 
 nlohmann::ordered_json objeto(int numero, const FichaPuerto& ficha) {
@@ -118,12 +120,10 @@ std::vector<std::string> remedios(const std::vector<FichaPuerto>& fichas, const 
 
 void mostrarPuertos(ContextoCli& contexto, bool json) {
     const auto mapa = leerMapa(contexto.entorno, contexto.com);
-    const auto numeros = mapa.numeros();
-    const int ultimo = std::max(kUltimoPuerto, numeros.empty() ? 0 : numeros.back());
     auto lista = nlohmann::ordered_json::array();
     std::string texto;
     std::vector<FichaPuerto> fichas;
-    for (int numero = 1; numero <= ultimo; ++numero) {
+    for (int numero = 1; numero <= kUltimoPuerto; ++numero) {
         const auto dispositivo = mapa.dispositivo(numero);
         const auto ficha =
             dispositivo ? describirPuerto(*dispositivo, contexto.entorno.raices) : FichaPuerto{};
@@ -131,15 +131,18 @@ void mostrarPuertos(ContextoCli& contexto, bool json) {
         lista.push_back(objeto(numero, ficha));
         fichas.push_back(ficha);
     }
-    contexto.consola.resultado(
-        json ? lista.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n" : texto);
+    contexto.consola.resultado(json ? controlesEscapados(lista.dump(
+                                          2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) +
+                                          "\n"
+                                    : texto);
     for (const auto& que : remedios(fichas, contexto.entorno.raices)) contexto.consola.aviso(que);
 }
 
 }  // namespace
 
 void declararPuertos(Argumentos& argumentos, ContextoCli& contexto) {
-    auto orden = argumentos.orden("puertos", "Muestra qué hay detrás de COM1 a COM12");
+    auto orden =
+        argumentos.orden("puertos", fmt::format("Muestra qué hay detrás de COM1 a COM{}", kUltimoPuerto));
     const auto json = std::make_shared<bool>(false);
     orden.bandera(*json, "--json", "Como lista JSON");
     orden.alElegir(

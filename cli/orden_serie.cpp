@@ -1,18 +1,64 @@
 // telvane-cli serie
+#include <cstddef>
 #include <memory>
 #include <string>
 
 #include <fmt/format.h>
 
 #include "cli/argumentos.h"
-#include "cli/codigos_salida.h"
+#include "cli/estado_envio.h"
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
+#include "consola/codigos_salida.h"
+#include "link/puerto_serie.h"
 #include "loggerconfig/pasos_serie.h"
 
 namespace telvane {
 
 namespace {
+
+constexpr int kLecturasDeVuelta = 3;
+
+[[noreturn]] void fallar(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) {
+    const auto estado = estadoDelEnvio(
+        enviados, RegistradorCli::kBytesSerieEnviados, "el número y la memoria",
+        "La memoria sigue como estaba; mire con \"telvane-cli configuracion\" qué número tiene, y "
+        "repita la orden si no es el que quería.");
+    throw ErrorCli(codigo, fmt::format("{}\n{}", motivo, estado));
+}
+
+// The last byte may have left although the port refused it: then reading back tells.
+void escribir(Consola& consola, RegistradorCli& registrador, const std::string& cifras) {
+    std::size_t enviados = 0;
+    try {
+        registrador.escribirSerie(empacarSerie(cifras), enviados);
+    } catch (const ErrorCli& error) {
+        fallar(error.codigo(), error.what(), enviados);
+    } catch (const ErrorPuerto& error) {
+        if (enviados < RegistradorCli::kBytesSerieEnviados)
+            fallar(CodigoSalida::fallo, error.what(), enviados);
+        consola.aviso(error.what());
+    }
+}
+
+// The logger confirms nothing: only reading it back tells, and a number that is not the one may be the line's
+// fault.
+void leerDeVuelta(RegistradorCli& registrador, const std::string& cifras) {
+    std::string ahora;
+    for (int i = 0; i < kLecturasDeVuelta; ++i) {
+        try {
+            ahora = registrador.leerConfiguracion().Nserie;
+        } catch (const ErrorCli& error) {
+            fallar(error.codigo(), error.what(), RegistradorCli::kBytesSerieEnviados);
+        } catch (const ErrorPuerto& error) {
+            fallar(CodigoSalida::fallo, error.what(), RegistradorCli::kBytesSerieEnviados);
+        }
+        if (ahora == cifras) return;
+    }
+    throw ErrorCli(
+        CodigoSalida::fallo,
+        fmt::format("el registrador tiene ahora el número {}, no {}: vuelva a escribirlo", ahora, cifras));
+}
 
 void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
     auto& consola = contexto.consola;
@@ -21,15 +67,9 @@ void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
     auto& registrador = sesion.registrador();
     const auto antes = registrador.leerConfiguracion().Nserie;
     consola.aviso(fmt::format("Nro de serie: {} -> {}", antes, cifras));
-    registrador.escribirSerie(empacarSerie(cifras));
-    // The logger confirms nothing: only reading it back tells.
-    const auto ahora = registrador.leerConfiguracion().Nserie;
-    if (ahora != cifras) {
-        throw ErrorCli(CodigoSalida::fallo,
-                       fmt::format("el registrador tiene ahora el número {}, no {}: vuelva a escribirlo",
-                                   ahora, cifras));
-    }
-    consola.resultado(fmt::format("{}\n", ahora));
+    escribir(consola, registrador, cifras);
+    leerDeVuelta(registrador, cifras);
+    consola.resultado(fmt::format("{}\n", cifras));
 }
 
 }  // namespace

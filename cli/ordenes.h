@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/consola.h"
 #include "cli/entorno_cli.h"
+#include "consola/consola.h"
 #include "platform/argumentos.h"
 
 namespace telvane {

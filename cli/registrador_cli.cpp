@@ -1,13 +1,20 @@
 #include "cli/registrador_cli.h"
 
+#include <algorithm>
+#include <map>
+#include <string>
 #include <vector>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
-#include "cli/codigos_salida.h"
+#include "cli/error_intercambio.h"
+#include "cli/reintentos.h"
+#include "consola/codigos_salida.h"
 #include "data/memoria.h"
 #include "data/pasos_descarga.h"
 #include "link/siguiendo.h"
+#include "live/marco_en_linea.h"
 #include "loggerconfig/pasos_escritura.h"
 #include "loggerconfig/pasos_lectura.h"
 
@@ -17,16 +24,37 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kUltimoPuerto = 12;
-// For an answer to the probe, and for one to a second probe after it.
-constexpr auto kEsperaSonda = 2s;
+// For an answer to a second probe.
 constexpr auto kEsperaSegundaSonda = 1s;
-constexpr auto kEsperaMarco = 2s;
-constexpr auto kPrimeraRespuesta = std::chrono::duration<double>(kEsperaRespuesta);
+constexpr int kIntentosMarco = 3;
 // The rest of an answer that was recognised before its end.
 constexpr auto kResto = 100ms;
 
 constexpr std::string_view kNoResponde = "el registrador no responde: revise el cable y la alimentación";
+
+// Names of the ports that could not be tried, by why.
+using Rehusados = std::map<MotivoPuerto, std::vector<std::string>>;
+
+// The cable is to blame only where a port was heard in vain.
+std::string porQueNoHay(bool hayPuertos, bool algunoCalla, const Rehusados& rehusados) {
+    if (!hayPuertos)
+        return "no hay ningún puerto serie que probar: conecte el adaptador o indíquelo con --com "
+               "1=DISPOSITIVO";
+    const auto ocupados = rehusados.find(MotivoPuerto::ocupado);
+    const auto vedados = rehusados.find(MotivoPuerto::sinPermiso);
+    std::string texto = "no hay conexión con el registrador";
+    if (ocupados != rehusados.end()) {
+        texto += fmt::format("; en uso por otro programa: {}. Ciérrelo (\"telvane-cli puertos\" dice cuál)",
+                             fmt::join(ocupados->second, ", "));
+    }
+    if (vedados != rehusados.end())
+        texto += fmt::format("; sin permiso: {}. \"telvane-cli puertos\" dice el remedio",
+                             fmt::join(vedados->second, ", "));
+    const bool seSabe = ocupados != rehusados.end() || vedados != rehusados.end();
+    if (algunoCalla || !seSabe)
+        texto += ": revise el cable y la alimentación, y los puertos con \"telvane-cli puertos\"";
+    return texto;
+}
 
 [[noreturn]] void fueraDePaso(const char* que) {
     throw ErrorIntercambio(CodigoSalida::fallo, fmt::format("error en la comunicación: {}", que));
@@ -35,7 +63,9 @@ constexpr std::string_view kNoResponde = "el registrador no responde: revise el 
 }  // namespace
 
 int RegistradorCli::buscar() {
+    Rehusados rehusados;
     bool hayPuertos = false;
+    bool algunoCalla = false;
     for (numero_ = 1; numero_ <= kUltimoPuerto; ++numero_) {
         atenderSenal(entorno_);
         if (!puertos_.existe(numero_)) continue;
@@ -43,16 +73,13 @@ int RegistradorCli::buscar() {
         consola_.progreso(fmt::format("Buscando el registrador en COM{}...", numero_));
         try {
             if (sondear(numero_)) return numero_;
+            algunoCalla = true;
         } catch (const ErrorPuerto& error) {
+            rehusados[error.motivo()].push_back(fmt::format("COM{}", numero_));
             consola_.aviso(fmt::format("COM{}: {}", numero_, error.what()));
         }
     }
-    throw ErrorCli(
-        CodigoSalida::sinRegistrador,
-        hayPuertos ? "no hay conexión con el registrador: revise el cable y la alimentación, y los puertos "
-                     "con \"telvane-cli puertos\""
-                   : "no hay ningún puerto serie que probar: conecte el adaptador o indíquelo con --com "
-                     "1=DISPOSITIVO");
+    throw ErrorCli(CodigoSalida::sinRegistrador, porQueNoHay(hayPuertos, algunoCalla, rehusados));
 }
 
 // Any answer of enough bytes is the logger's. One that is still in an exchange that somebody broke off takes
@@ -80,7 +107,7 @@ void RegistradorCli::despertar() {
 // Waits for this many bytes and takes the first. contador: 1 for the first answer of an exchange.
 std::uint8_t RegistradorCli::recibir(LineaRegistrador& linea, std::int32_t contador, std::size_t cuantos) {
     if (contador == 1) {
-        if (linea.esperarBytes(cuantos, std::chrono::duration_cast<Bucle::Duracion>(kPrimeraRespuesta))) {
+        if (linea.esperarBytes(cuantos, kEsperaRespuesta)) {
             return linea.tomar();
         }
         throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde));
@@ -91,6 +118,10 @@ std::uint8_t RegistradorCli::recibir(LineaRegistrador& linea, std::int32_t conta
 }
 
 DatosConfig RegistradorCli::leerConfiguracion() {
+    return Reintentos(entorno_, consola_, reintentos_).correr([&] { return leerUnaVez(); });
+}
+
+DatosConfig RegistradorCli::leerUnaVez() {
     despertar();
     LineaRegistrador linea(entorno_, puertos_, numero_);
     linea.enviar(kApertura);
@@ -107,9 +138,7 @@ DatosConfig RegistradorCli::leerConfiguracion() {
         } else {
             siguiendo(responder);
         }
-        if (paso.hito == HitoLectura::horaMala) consola_.aviso("hora mal");
-        if (paso.hito == HitoLectura::fechaMala || paso.hito == HitoLectura::finFechaMala)
-            consola_.aviso("fecha mal");
+        if (const auto aviso = avisoDe(paso.hito); !aviso.empty()) consola_.aviso(aviso);
     }
     return datos;
 }
@@ -143,9 +172,9 @@ void RegistradorCli::recibirBloque(LineaRegistrador& linea, std::uint8_t primero
                                    const AlBloque& alBloque) {
     std::array<std::uint8_t, kBytesBloque> bloque{primero};
     for (std::size_t i = 1; i < bloque.size(); ++i) bloque[i] = linea.tomar();
-    // The line carries no checksum: a byte left over is the only sign that something went wrong.
-    if (linea.esperan() > 0) fueraDePaso("sobran bytes después de un bloque");
-    const auto acusar = [&] { linea.enviar(kApertura); };
+    const auto paso = finDeBloque(linea.esperan());
+    if (!paso.respuesta) fueraDePaso("sobran bytes después de un bloque");
+    const auto acusar = [&] { linea.enviar(*paso.respuesta); };
     if (numero + 1 == kBloquesMemoria) {
         // The image is whole, whether or not its last acknowledge still leaves.
         siguiendo(acusar);
@@ -161,43 +190,80 @@ void RegistradorCli::recibirBloque(LineaRegistrador& linea, std::uint8_t primero
     alBloque(numero, bloque);
 }
 
-void RegistradorCli::escribirConfiguracion(std::string_view mensaje) {
+void RegistradorCli::escribirConfiguracion(const std::function<std::string()>& mensaje,
+                                           std::size_t& enviados) {
     despertar();
+    const auto texto = mensaje();
     LineaRegistrador linea(entorno_, puertos_, numero_);
     linea.enviar(kApertura);
-    PasoEscritura paso;
-    for (std::int32_t contador = 1; !paso.fin; ++contador) {
+    Paso<HitoEnvio> paso;
+    for (std::int32_t contador = 1; paso.hito != HitoEnvio::fin; ++contador) {
         recibir(linea, contador);
-        paso = pasoEscritura(contador, mensaje);
+        paso = pasoEscritura(contador, texto);
+        if (contador > 1) ++enviados;
         linea.enviar(paso.respuesta.value());
     }
 }
 
-void RegistradorCli::escribirSerie(const SerieEmpacada& serie) {
+void RegistradorCli::escribirSerie(const SerieEmpacada& serie, std::size_t& enviados) {
     despertar();
     LineaRegistrador linea(entorno_, puertos_, numero_);
     linea.enviar(kApertura);
-    PasoSerie paso;
-    for (std::int32_t contador = 0; !paso.fin; ++contador) {
-        recibir(linea, contador + 1);
+    Paso<HitoEnvio> paso;
+    for (std::int32_t contador = 1; paso.hito != HitoEnvio::fin; ++contador) {
+        recibir(linea, contador);
         paso = pasoSerie(contador, serie);
+        if (contador > 1) ++enviados;
         linea.enviar(paso.respuesta.value());
     }
 }
 
 RegistradorCli::EnLinea::EnLinea(RegistradorCli& registrador)
-    : linea_(registrador.entorno_, registrador.puertos_, registrador.numero_) {}
+    : linea_(registrador.entorno_, registrador.puertos_, registrador.numero_),
+      consola_(registrador.consola_) {}
 
 RegistradorCli::Marco RegistradorCli::EnLinea::pedir() {
-    linea_.enviar(kSonda);
-    if (!linea_.esperarBytes(kBytesMarco, kEsperaMarco)) {
-        throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde));
+    unsigned insisten = ~0u;
+    std::size_t recibidos = 0;
+    for (int intento = 0; intento < kIntentosMarco; ++intento) {
+        const auto llegada = intentar();
+        const auto que = defecto(llegada);
+        if (que.empty()) return llegada.marco;
+        recibidos += llegada.bytes;
+        insisten &= llegada.bytes == kBytesMarco ? canalesImposibles(llegada.marco) : 0;
+        if (insisten != 0 && intento + 1 == kIntentosMarco) {
+            propios_ |= canalesImposibles(llegada.marco);
+            consola_.aviso("el registrador insiste en ese valor: se muestra como llega");
+            return llegada.marco;
+        }
+        consola_.aviso(fmt::format("lectura repetida ({} desde el comienzo): {}", ++repetidas_, que));
+        linea_.descartarHastaCallar(kResto, kEsperaMarco);
     }
-    Marco marco;
-    for (auto& byte : marco) byte = linea_.tomar();
-    // A frame has neither a checksum nor an end mark: bytes left over would shift the next one.
-    while (linea_.esperan() > 0) linea_.tomar();
-    return marco;
+    if (recibidos == 0) throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde));
+    throw ErrorIntercambio(CodigoSalida::fallo,
+                           "ninguna lectura llega entera: revise el cable y el adaptador, y repita");
+}
+
+// What came unasked since the last frame is no part of this one. The line falls silent behind a frame: what
+// comes then shows that a byte too many stands before it or within it.
+RegistradorCli::EnLinea::Llegada RegistradorCli::EnLinea::intentar() {
+    linea_.descartar();
+    linea_.enviar(kSonda);
+    linea_.esperarBytes(kBytesMarco, kEsperaMarco);
+    Llegada llegada{.bytes = linea_.esperan()};
+    if (llegada.bytes == kBytesMarco && linea_.esperarBytes(kBytesMarco + 1, kResto))
+        llegada.bytes = linea_.esperan();
+    for (std::size_t i = 0; i < std::min(llegada.bytes, kBytesMarco); ++i) llegada.marco[i] = linea_.tomar();
+    return llegada;
+}
+
+// Empty: none that can be seen.
+std::string RegistradorCli::EnLinea::defecto(const Llegada& llegada) const {
+    if (llegada.bytes == 0) return "el registrador no respondió";
+    if (llegada.bytes != kBytesMarco)
+        return fmt::format("llegaron {} bytes de {}", llegada.bytes, kBytesMarco);
+    if ((canalesImposibles(llegada.marco) & ~propios_) != 0) return "trae un valor que ningún sensor da";
+    return {};
 }
 
 }  // namespace telvane

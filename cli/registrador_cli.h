@@ -7,11 +7,12 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
-#include "cli/consola.h"
 #include "cli/entorno_cli.h"
 #include "cli/linea_registrador.h"
+#include "consola/consola.h"
 #include "link/protocolo.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
@@ -39,25 +40,47 @@ class RegistradorCli {
     // the first with an answer stays for the exchanges. Throws ErrorCli (sinRegistrador).
     int buscar();
 
+    // Attempts beyond the first that a configuration reading has.
+    void reintentos(int cuantos) { reintentos_ = cuantos; }
     DatosConfig leerConfiguracion();
-    // alBloque gets each of the 4096 blocks before it is acknowledged.
+    // alBloque gets each of the 4096 blocks once it is acknowledged, while the next one travels; one whose
+    // acknowledgement cannot leave as well, before the failure is thrown.
     void descargar(const AlBloque& alBloque);
-    // mensaje: kBytesMensajeConfig characters. The logger erases its data.
-    void escribirConfiguracion(std::string_view mensaje);
-    void escribirSerie(const SerieEmpacada& serie);
+    // mensaje: makes the kBytesMensajeConfig characters once the logger is awake, so that the clock in them
+    // is that of their sending. The logger erases its data. enviados counts what was handed to the line, also
+    // when an exception ends it; a byte that the port refused is counted, for it may have left.
+    void escribirConfiguracion(const std::function<std::string()>& mensaje, std::size_t& enviados);
+    // The same; of kBytesSerieEnviados.
+    static constexpr std::size_t kBytesSerieEnviados = 5;
+    void escribirSerie(const SerieEmpacada& serie, std::size_t& enviados);
 
-    // Live frames for as long as the object lives.
+    // Live frames for as long as the object lives. A frame has neither a checksum nor an end mark: one that
+    // came with bytes missing or too many, or with an impossible value (canalesImposibles), is asked for
+    // again, told and counted. Channels that stay impossible are the logger's own: they are told once.
     class EnLinea {
        public:
         explicit EnLinea(RegistradorCli& registrador);
         Marco pedir();
+        // Lets the time pass, whatever the line brings meanwhile.
+        void pausar(Bucle::Duracion duracion) { linea_.pausar(duracion); }
 
        private:
+        struct Llegada {
+            std::size_t bytes = 0;
+            Marco marco{};
+        };
+        Llegada intentar();
+        std::string defecto(const Llegada& llegada) const;
+
         LineaRegistrador linea_;
+        Consola& consola_;
+        std::size_t repetidas_ = 0;
+        unsigned propios_ = 0;  // impossible channels that are the logger's own
     };
 
    private:
     bool sondear(int numero);
+    DatosConfig leerUnaVez();
     void despertar();
     std::uint8_t recibir(LineaRegistrador& linea, std::int32_t contador, std::size_t cuantos = 1);
     void recibirBloque(LineaRegistrador& linea, std::uint8_t primero, std::size_t numero,
@@ -67,6 +90,7 @@ class RegistradorCli {
     Consola& consola_;
     Puertos& puertos_;
     Bucle::Duracion espera_ = kEspera;
+    int reintentos_ = 2;
     int numero_ = 0;
 };
 

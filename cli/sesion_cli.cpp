@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "cli/codigos_salida.h"
+#include "consola/codigos_salida.h"
 
 namespace telvane {
 
@@ -23,7 +23,7 @@ int SesionCli::buscar() {
 
 MapaCom leerMapa(const EntornoCli& entorno, const std::vector<std::string>& com) {
     try {
-        return com.empty() ? MapaCom::automatico(entorno.raices) : MapaCom::fijo(com);
+        return MapaCom::deOpciones(com, entorno.raices);
     } catch (const ErrorPuerto& error) {
         throw ErrorCli(CodigoSalida::malUso, error.what());
     }

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "cli/consola.h"
 #include "cli/entorno_cli.h"
 #include "cli/registrador_cli.h"
+#include "consola/consola.h"
 
 namespace telvane {
 

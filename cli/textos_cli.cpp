@@ -1,6 +1,5 @@
 #include "cli/textos_cli.h"
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 
@@ -8,38 +7,23 @@
 #include <nlohmann/json.hpp>
 
 #include "loggerconfig/pasos_lectura.h"
+#include "platform/recorte.h"
+#include "platform/texto_visible.h"
 #include "regional/formatos.h"
 
 namespace telvane {
 
 namespace {
 
-std::string_view intervaloDe(const DatosConfig& datos) {
-    const auto indice = indiceIntervalo(datos.intervaloCodigo);
-    return indice ? kIntervalos[*indice].texto : "";
-}
-
 std::string conLf(std::string texto) {
     std::erase(texto, '\r');
     return texto;
 }
 
-// Two digit characters, as an accepted byte leaves them.
-bool esDosCifras(const std::string& ranura) {
-    return ranura.size() == 2 &&
-           std::all_of(ranura.begin(), ranura.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 }  // namespace
 
-std::string textoConfig(const DatosConfig& datos) {
-    std::array<std::string_view, 5> campos;
-    std::copy(datos.textos.begin(), datos.textos.end(), campos.begin());
-    return resumenTrasLectura(intervaloDe(datos), "Nro  : " + datos.Nserie, campos);
-}
-
 std::optional<FechaHora> relojDe(const DatosConfig& datos) {
-    if (!std::all_of(datos.reloj.begin(), datos.reloj.end(), esDosCifras)) return std::nullopt;
+    if (!relojAceptado(datos.reloj)) return std::nullopt;
     const auto dia = diaDeReloj(datos.reloj);
     const auto civil = fechaConAcarreo(dia.anio, dia.mes, dia.dia);
     return FechaHora{civil.anio, civil.mes, civil.dia, std::chrono::seconds(segundosDeReloj(datos.reloj))};
@@ -49,14 +33,10 @@ std::string fechaIso(const FechaHora& momento) {
     return fmt::format("{:04}-{:02}-{:02}T{}", momento.anio, momento.mes, momento.dia, horaLarga(momento));
 }
 
-std::string_view recortado(std::string_view texto) {
-    const auto inicio = texto.find_first_not_of(' ');
-    if (inicio == std::string_view::npos) return {};
-    return texto.substr(inicio, texto.find_last_not_of(' ') - inicio + 1);
-}
-
 std::string configuracionParaPersonas(const DatosConfig& datos) {
-    auto texto = conLf(textoConfig(datos));
+    auto limpios = datos;
+    for (auto& campo : limpios.textos) campo = sinControles(campo);
+    auto texto = conLf(textoConfig(limpios));
     while (texto.ends_with("\n\n")) texto.pop_back();
     const auto reloj = relojDe(datos);
     return texto +
@@ -80,7 +60,7 @@ std::string configuracionJson(const DatosConfig& datos, int puerto, const std::s
     json["intervalo_minutos"] = indice ? ordered_json(kIntervalos[*indice].minutos) : ordered_json();
     json["reloj"] = reloj ? ordered_json(fechaIso(*reloj)) : ordered_json();
     json["evaporacion"] = llevaEvaporacion(numeroDeSerie(datos.Nserie));
-    return json.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+    return controlesEscapados(json.dump(2, ' ', false, ordered_json::error_handler_t::replace)) + "\n";
 }
 
 std::string marcoParaPersonas(const MarcoEnLinea& marco) {

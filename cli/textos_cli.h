@@ -12,18 +12,13 @@
 
 namespace telvane {
 
-// The summary that the exports carry, lines ended by CR LF: the same text that the window makes of this
-// record.
-std::string textoConfig(const DatosConfig& datos);
-
 // The record's clock; nullopt: one of its bytes was refused.
 std::optional<FechaHora> relojDe(const DatosConfig& datos);
 
 // "2026-11-20T17:04:09"
 std::string fechaIso(const FechaHora& momento);
-// Without blanks at either end.
-std::string_view recortado(std::string_view texto);
 
+// Control characters of the logger's texts are left out here, and escaped in JSON.
 std::string configuracionParaPersonas(const DatosConfig& datos);
 // One object: puerto, dispositivo, serie, usuario, ubicacion, latitud, longitud, altitud, intervalo_minutos,
 // reloj, evaporacion. null where the logger's value is none.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "link/dos_bytes.h"
 #include "loggerconfig/datos_config.h"
 
 namespace telvane {
@@ -52,11 +53,6 @@ std::uint64_t mezclar(std::uint64_t x) {
 // Nearest raw value that two bytes hold.
 std::uint16_t crudo(double valor) {
     return static_cast<std::uint16_t>(std::lround(std::clamp(valor, 0.0, 65535.0)));
-}
-
-void poner(std::span<std::uint8_t> bytes, std::size_t lugar, std::uint16_t valor) {
-    bytes[lugar] = static_cast<std::uint8_t>(valor >> 8);
-    bytes[lugar + 1] = static_cast<std::uint8_t>(valor & 0xFF);
 }
 
 // The conversions of the readings, turned round. Humidity, temperature and wind are sensor volts of 4 mV a
@@ -182,40 +178,33 @@ std::array<std::uint8_t, registro_muestra::kBytes> registroDeMuestra(const Tiemp
     std::array<std::uint8_t, lugar::kBytes> registro{};
     const auto reloj = relojBcd(momento);
     std::copy(reloj.begin(), reloj.end(), registro.begin() + lugar::kHora);
-    poner(registro, lugar::kAuxiliar1, crudo(kBateria / 0.2));
-    poner(registro, lugar::kHumedad, crudoHumedad(tiempo.humedad));
-    poner(registro, lugar::kTemperatura, crudoTemperatura(tiempo.temperatura));
+    ponerDosBytes(registro, lugar::kAuxiliar1, crudo(kBateria / 0.2));
+    ponerDosBytes(registro, lugar::kHumedad, crudoHumedad(tiempo.humedad));
+    ponerDosBytes(registro, lugar::kTemperatura, crudoTemperatura(tiempo.temperatura));
     registro[lugar::kDirViento] = tiempo.direccion;
-    poner(registro, lugar::kVelViento, crudoViento(tiempo.viento));
-    poner(registro, lugar::kRadSolar, crudo(tiempo.radiacion * 1000 / 2.66));
-    poner(registro, lugar::kPresion, crudoPresion(tiempo.presion));
+    ponerDosBytes(registro, lugar::kVelViento, crudoViento(tiempo.viento));
+    ponerDosBytes(registro, lugar::kRadSolar, crudo(tiempo.radiacion * 1000 / 2.66));
+    ponerDosBytes(registro, lugar::kPresion, crudoPresion(tiempo.presion));
     registro[lugar::kLluvia] =
         static_cast<std::uint8_t>(std::lround(std::min(pasosDeLluvia(tiempo.lluvia), 250.0)));
-    poner(registro, lugar::kAuxiliar2, crudo(kPanel / 0.01));
-    poner(registro, lugar::kEvaporacion, crudoEvaporacion(tiempo.evaporacion));
+    ponerDosBytes(registro, lugar::kAuxiliar2, crudo(kPanel / 0.01));
+    ponerDosBytes(registro, lugar::kEvaporacion, crudoEvaporacion(tiempo.evaporacion));
     return registro;
 }
 
 std::array<std::uint8_t, kBytesMarco> marcoEnLinea(const Tiempo& tiempo) {
-    // Positions in the frame; it is a format of its own, close to the stored record and not the same.
-    constexpr std::size_t kHumedad = 3;
-    constexpr std::size_t kTemperatura = 5;
-    constexpr std::size_t kDirViento = 7;
-    constexpr std::size_t kVelViento = 8;
-    constexpr std::size_t kRadSolar = 10;
-    constexpr std::size_t kPresion = 12;
-    constexpr std::size_t kLluvia = 14;
-    constexpr std::size_t kEvaporacion = 16;
-    std::array<std::uint8_t, kBytesMarco> marco{};
-    poner(marco, kHumedad, crudoHumedad(tiempo.humedad));
-    poner(marco, kTemperatura, crudoTemperatura(tiempo.temperatura));
-    marco[kDirViento] = tiempo.direccion;
-    poner(marco, kVelViento, crudoViento(tiempo.viento));
-    poner(marco, kRadSolar, crudo(tiempo.radiacion / 0.66 / 0.004));
-    poner(marco, kPresion, crudoPresion(tiempo.presion));
-    poner(marco, kLluvia, crudo(pasosDeLluvia(tiempo.lluvia)));
-    poner(marco, kEvaporacion, crudoEvaporacion(tiempo.evaporacion));
-    return marco;
+    // A format of its own, close to the stored record and not the same.
+    namespace lugar = marco;
+    std::array<std::uint8_t, kBytesMarco> bytes{};
+    ponerDosBytes(bytes, lugar::kHumedad, crudoHumedad(tiempo.humedad));
+    ponerDosBytes(bytes, lugar::kTemperatura, crudoTemperatura(tiempo.temperatura));
+    bytes[lugar::kDirViento] = tiempo.direccion;
+    ponerDosBytes(bytes, lugar::kVelViento, crudoViento(tiempo.viento));
+    ponerDosBytes(bytes, lugar::kRadSolar, crudo(tiempo.radiacion / 0.66 / 0.004));
+    ponerDosBytes(bytes, lugar::kPresion, crudoPresion(tiempo.presion));
+    ponerDosBytes(bytes, lugar::kLluvia, crudo(pasosDeLluvia(tiempo.lluvia)));
+    ponerDosBytes(bytes, lugar::kEvaporacion, crudoEvaporacion(tiempo.evaporacion));
+    return bytes;
 }
 
 }  // namespace telvane

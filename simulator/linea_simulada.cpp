@@ -32,7 +32,7 @@ void LineaSimulada::manipular(Manipulador manipulador) {
 }
 
 void LineaSimulada::enviar(std::uint8_t byte, Momento ahora) {
-    if (cortada_ || colgada_) return;
+    if (cortada_ || colgada_ || haciaRegistrador_.size() >= kEnCaminoMaximo) return;
     libreHaciaRegistrador_ = std::max(libreHaciaRegistrador_, ahora) + porByte_;
     haciaRegistrador_.push_back({byte, libreHaciaRegistrador_});
     alDia(ahora);
@@ -52,6 +52,7 @@ std::optional<LineaSimulada::Momento> LineaSimulada::proximaRecepcion() const {
 }
 
 void LineaSimulada::recibir(const EnCamino& enCamino) {
+    if (llegadas_.size() >= kEnCaminoMaximo) return;
     const auto respuesta = maquina_.recibir(enCamino.byte, enCamino.cuando);
     intercambio_ = maquina_.intercambio();
     const bool marco = !respuesta.empty() && intercambio_ == Intercambio::reposo;

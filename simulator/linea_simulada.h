@@ -27,6 +27,10 @@ class LineaSimulada {
         Momento cuando;
     };
 
+    // A PC that writes without listening loses what goes beyond this many bytes on the way, and the logger
+    // does not hear it while as many of its own are still on theirs: no exchange comes near.
+    static constexpr std::size_t kEnCaminoMaximo = 4096;
+
     // baudios 0: nothing takes time; an answer arrives right after its request, never in the same instant.
     LineaSimulada(MaquinaRegistrador maquina, int baudios);
 

@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 
 #include "platform/guardado.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -104,7 +105,8 @@ void ProgramaSimulador::guardar() {
     try {
         guardarAtomico(*memoria_, linea_.maquina().imagen());
     } catch (const ErrorGuardado& error) {
-        fmt::print(stderr, "telvane-sim: {}: {}\n", memoria_->string(), error.what());
+        fmt::print(stderr, "telvane-sim: {}\n",
+                   lineasSinControles(fmt::format("{}: {}", memoria_->string(), error.what())));
     }
 }
 

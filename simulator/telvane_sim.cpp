@@ -16,10 +16,14 @@
 
 #include <fmt/format.h>
 
+#include "link/protocolo.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
 #include "platform/argumentos.h"
+#include "platform/flujos.h"
 #include "platform/guardado.h"
+#include "platform/motivos.h"
+#include "platform/texto_visible.h"
 #include "simulator/memoria_simulada.h"
 #include "simulator/programa_simulador.h"
 
@@ -36,7 +40,7 @@ struct Opciones {
     std::string serie;
     std::string memoria;
     std::string semilla = "1";
-    std::string baudios = "19200";
+    std::string baudios = std::to_string(kBaudios);
     std::vector<std::string> fallos;
 };
 
@@ -53,7 +57,7 @@ std::string comprobarSemilla(const std::string& texto) {
 }
 
 std::string comprobarBaudios(const std::string& texto) {
-    return texto == "19200" || texto == "0" ? "" : "debe ser 19200 o 0";
+    return texto == std::to_string(kBaudios) || texto == "0" ? "" : fmt::format("debe ser {} o 0", kBaudios);
 }
 
 std::string comprobarFallo(const std::string& texto) {
@@ -83,11 +87,12 @@ void declarar(Argumentos& argumentos, Opciones& opciones) {
                                        .valor = "N",
                                        .ayuda = "Número del que sale el tiempo medido; 1 si falta",
                                        .comprobar = comprobarSemilla});
-    programa.opcion(opciones.baudios,
-                    {.nombre = "--baudios",
-                     .valor = "N",
-                     .ayuda = "19200, el paso de la línea, o 0, sin esperas; 19200 si falta",
-                     .comprobar = comprobarBaudios});
+    programa.opcion(
+        opciones.baudios,
+        {.nombre = "--baudios",
+         .valor = "N",
+         .ayuda = fmt::format("{0}, el paso de la línea, o 0, sin esperas; {0} si falta", kBaudios),
+         .comprobar = comprobarBaudios});
     programa.opcion(opciones.fallos, {.nombre = "--fallo",
                                       .valor = "FALLO",
                                       .ayuda = "Fallo de la línea, repetible",
@@ -98,7 +103,8 @@ void declarar(Argumentos& argumentos, Opciones& opciones) {
 std::vector<std::uint8_t> leerImagen(const fs::path& ruta) {
     auto imagen = leerArchivo(ruta, kBytesMemoria + 1);
     if (imagen.size() > kBytesMemoria)
-        throw ErrorLectura(fmt::format("tiene más de {} bytes", kBytesMemoria));
+        throw ErrorLectura(
+            fmt::format("{} tiene más de {} bytes: dé otro --memoria", ruta.string(), kBytesMemoria));
     return imagen;
 }
 
@@ -148,12 +154,13 @@ void correr(const Opciones& opciones) {
 
 int main(int argc, char** argv) {
     using namespace telvane;
+    flujosHeredados();
     Opciones opciones;
     Argumentos argumentos("telvane-sim", TELVANE_VERSION, "Registrador simulado en un pseudoterminal");
     declarar(argumentos, opciones);
     const auto leida = argumentos.leer({argv + (argc > 0), argv + argc});
     if (leida.que == LineaLeida::Que::malUso) {
-        fmt::print(stderr, "telvane-sim: {}\n", leida.texto);
+        fmt::print(stderr, "telvane-sim: {}\n", lineasSinControles(leida.texto));
         return kMalUso;
     }
     try {
@@ -164,7 +171,7 @@ int main(int argc, char** argv) {
         }
         return 0;
     } catch (const std::exception& error) {
-        fmt::print(stderr, "telvane-sim: {}\n", error.what());
+        fmt::print(stderr, "telvane-sim: {}\n", lineasSinControles(motivoDe(error)));
         return kFallo;
     }
 }

@@ -2,17 +2,24 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <utility>
 
 #include <fmt/format.h>
 
-#include "platform/guardado.h"
+#include "link/protocolo.h"
+#include "link/velocidades.h"
+#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -28,29 +35,52 @@ void cerrar(int& descriptor) {
     if (descriptor >= 0) ::close(std::exchange(descriptor, -1));
 }
 
+// One simulator for a link. A name of the system's own, which goes with whoever holds it, however it ends.
+int reservarNombre(const fs::path& enlace) {
+    std::error_code error;
+    auto entero = fs::weakly_canonical(fs::absolute(enlace, error).parent_path(), error) / enlace.filename();
+    sockaddr_un direccion{};
+    direccion.sun_family = AF_UNIX;
+    const auto nombre = fmt::format("telvane-sim {:016x}", std::hash<std::string>()(entero.string()));
+    std::copy(nombre.begin(), nombre.end(), direccion.sun_path + 1);
+    const auto largo = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + nombre.size());
+    int reserva = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (reserva < 0) fallar(fmt::format("no se pudo reservar {}", enlace.string()));
+    if (::bind(reserva, reinterpret_cast<const sockaddr*>(&direccion), largo) == 0) return reserva;
+    const int motivo = errno;
+    cerrar(reserva);
+    errno = motivo;
+    if (motivo != EADDRINUSE) fallar(fmt::format("no se pudo reservar {}", enlace.string()));
+    throw std::runtime_error(
+        fmt::format("otro telvane-sim atiende {}: termínelo o dé otro nombre", enlace.string()));
+}
+
 // Neither echo nor line editing: bytes pass as they are.
 void ponerEnCrudo(int descriptor) {
     termios ajustes{};
     if (::tcgetattr(descriptor, &ajustes) != 0) fallar("no se pudo leer el estado del terminal");
     ::cfmakeraw(&ajustes);
-    ::cfsetspeed(&ajustes, B19200);
+    ::cfsetspeed(&ajustes, codigoDeVelocidad(kBaudios).value());
     if (::tcsetattr(descriptor, TCSANOW, &ajustes) != 0) fallar("no se pudo preparar el terminal");
 }
 
 }  // namespace
 
-TerminalSimulado::TerminalSimulado(fs::path enlace) : enlace_(std::move(enlace)) {
+TerminalSimulado::TerminalSimulado(fs::path enlace)
+    : enlace_(std::move(enlace)), reserva_(reservarNombre(enlace_)) {
     try {
         reabrir();
     } catch (...) {
         cerrar(esclavo_);
         cerrar(maestro_);
+        cerrar(reserva_);
         throw;
     }
 }
 
 TerminalSimulado::~TerminalSimulado() {
     colgar();
+    cerrar(reserva_);
 }
 
 void TerminalSimulado::reabrir() {
@@ -75,12 +105,17 @@ void TerminalSimulado::abrirPty() {
 void TerminalSimulado::enlazar() {
     std::error_code error;
     const auto que = fs::symlink_status(enlace_, error).type();
-    if (que == fs::file_type::symlink && !fs::exists(enlace_, error)) {
+    // One that was killed leaves its link behind, and the system gives its terminal's number to the next who
+    // asks, ourselves included. Nobody else serves this name (see reservarNombre).
+    const bool deUnaPty = fs::read_symlink(enlace_, error).parent_path() == "/dev/pts";
+    if (que == fs::file_type::symlink && (deUnaPty || !fs::exists(enlace_, error))) {
         fs::remove(enlace_, error);
     } else if (que == fs::file_type::symlink) {
-        throw std::runtime_error(fmt::format("{} ya lleva a otro dispositivo o archivo", enlace_.string()));
+        throw std::runtime_error(fmt::format(
+            "{} ya lleva a otro dispositivo o archivo: bórrelo o dé otro nombre", enlace_.string()));
     } else if (que != fs::file_type::not_found) {
-        throw std::runtime_error(fmt::format("{} ya existe y no es un enlace", enlace_.string()));
+        throw std::runtime_error(
+            fmt::format("{} ya existe y no es un enlace: dé otro nombre", enlace_.string()));
     }
     if (::symlink(nombre_.c_str(), enlace_.c_str()) != 0)
         fallar(fmt::format("no se pudo crear {}", enlace_.string()));

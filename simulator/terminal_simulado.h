@@ -14,8 +14,9 @@ namespace telvane {
 // stays in the pty for the next one who opens it, as in the system's own port drivers.
 class TerminalSimulado {
    public:
-    // Opens the pty and links enlace to it. A link that points nowhere is replaced; anything else that has
-    // that name is left alone. Throws std::runtime_error with the reason in Spanish.
+    // Opens the pty and links enlace to it. A link that points nowhere, or to a pty that no
+    // simulator serves, is replaced; anything else that has that name is left alone. Throws
+    // std::runtime_error with the reason in Spanish.
     explicit TerminalSimulado(std::filesystem::path enlace);
     TerminalSimulado(const TerminalSimulado&) = delete;
     TerminalSimulado& operator=(const TerminalSimulado&) = delete;
@@ -41,6 +42,7 @@ class TerminalSimulado {
     void enlazar();
 
     std::filesystem::path enlace_;
+    int reserva_;
     std::string nombre_;
     int maestro_ = -1;
     int esclavo_ = -1;

@@ -23,8 +23,9 @@
 #include "apoyo/carpeta_temporal.h"
 #include "apoyo/inhibidor_prueba.h"
 #include "cli/aplicacion.h"
-#include "cli/codigos_salida.h"
+#include "consola/codigos_salida.h"
 #include "simulator/puertos_simulados.h"
+#include "tests/apoyo/leer_todo.h"
 
 namespace telvane {
 
@@ -63,10 +64,6 @@ inline std::vector<std::string> nombresEn(const std::filesystem::path& carpeta) 
     return lista;
 }
 
-inline std::string leerTodo(const std::filesystem::path& ruta) {
-    std::ifstream entrada(ruta, std::ios::binary);
-    return {std::istreambuf_iterator<char>(entrada), {}};
-}
 inline std::string comoTexto(const std::vector<std::uint8_t>& bytes) {
     return {bytes.begin(), bytes.end()};
 }
@@ -94,16 +91,16 @@ class CliPrueba : public testing::Test {
         FlujoEnMemoria salida;
         FlujoEnMemoria errores;
         EntornoCli entorno{
-            .bucle = bucle,
-            .reloj = bucle.reloj(),
-            .correrHasta = [this](const auto& condicion,
-                                  auto plazo) { return bucle.correrHasta(condicion, plazo); },
-            .abrirPuertos = [this](const MapaCom&) { return std::make_unique<Prestados>(puertos); },
-            .raices = {carpeta / "dev", carpeta / "sys", carpeta / "proc"},
-            .entrada = entrada.descriptor(),
-            .salida = salidaAjena >= 0 ? salidaAjena : salida.descriptor(),
-            .errores = erroresAjenos >= 0 ? erroresAjenos : errores.descriptor(),
-            .inhibidor = &inhibidor};
+            {.bucle = bucle,
+             .reloj = bucle.reloj(),
+             .correrHasta = [this](const auto& condicion,
+                                   auto plazo) { return bucle.correrHasta(condicion, plazo); },
+             .entrada = entrada.descriptor(),
+             .salida = salidaAjena >= 0 ? salidaAjena : salida.descriptor(),
+             .errores = erroresAjenos >= 0 ? erroresAjenos : errores.descriptor()},
+            {.abrirPuertos = [this](const MapaCom&) { return std::make_unique<Prestados>(puertos); },
+             .raices = {carpeta / "dev", carpeta / "sys", carpeta / "proc"},
+             .inhibidor = &inhibidor}};
         const auto inicio = bucle.reloj().monotono();
         Bucle::Asidero alarma;
         if (senalTras.first > std::chrono::nanoseconds(0)) {

@@ -3,8 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli/conversion.h"
 #include "cli_prueba.h"
+#include "data/conversion.h"
 #include "data/informe.h"
 #include "platform/bucle_posix.h"
 
@@ -30,8 +30,8 @@ class Convertir : public CliPrueba {
         const auto cabecera = leerCabecera(imagen);
         Decodificador decodificador(perfil);
         decodificador.evaporacion(evaporacion);
-        const auto archivo =
-            archivoCsv(memoria, decodificador, kUltimoBloque, bucle.reloj().ahora(), cabecera.texto);
+        const auto archivo = archivoDatos(Formato::csv, memoria, decodificador, kUltimoBloque,
+                                          bucle.reloj().ahora(), cabecera.texto);
         return std::string(archivo.bytes());
     }
 
@@ -147,13 +147,13 @@ class ConvertirMuchos : public Convertir {
         BuclePosix real;
         FlujoEnMemoria salida;
         FlujoEnMemoria errores;
-        EntornoCli entorno{.bucle = real,
-                           .reloj = bucle.reloj(),
-                           .correrHasta = [&](const auto& condicion,
-                                              auto plazo) { return real.correrHasta(condicion, plazo); },
-                           .abrirPuertos = {},
-                           .salida = salida.descriptor(),
-                           .errores = errores.descriptor()};
+        EntornoCli entorno{{.bucle = real,
+                            .reloj = bucle.reloj(),
+                            .correrHasta = [&](const auto& condicion,
+                                               auto plazo) { return real.correrHasta(condicion, plazo); },
+                            .salida = salida.descriptor(),
+                            .errores = errores.descriptor()},
+                           {}};
         entorno.senal = senal;
         const int codigo = correrCli(argumentos, entorno);
         return {static_cast<CodigoSalida>(codigo), salida.texto(), errores.texto(), {}};

@@ -3,9 +3,9 @@
 #include <signal.h>
 #include <sys/file.h>
 
-#include "cli/conversion.h"
 #include "cli/descarga_cli.h"
 #include "cli_prueba.h"
+#include "data/conversion.h"
 
 namespace telvane {
 namespace {
@@ -68,11 +68,13 @@ TEST_F(Descargar, EitherFileMayGoToTheOutput) {
 TEST_F(Descargar, AnOldBaseFileStaysUntilTheNewOneIsWhole) {
     std::ofstream(carpeta / "a.rgt") << "old";
     unaVez(indiceDe(100), callar);
-    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo,
+    EXPECT_EQ(correr({"descargar", "--reemplazar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo,
               CodigoSalida::fallo);
     EXPECT_EQ(leerTodo(carpeta / "a.rgt"), "old");
-    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt"}).codigo, CodigoSalida::hecho);
-    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
+    std::filesystem::permissions(carpeta / "a.rgt", std::filesystem::perms(0640));
+    EXPECT_EQ(correr({"descargar", "--reemplazar", "--base", carpeta / "a.rgt"}).codigo, CodigoSalida::hecho);
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
+    EXPECT_EQ(std::filesystem::status(carpeta / "a.rgt").permissions(), std::filesystem::perms(0640));
 }
 
 TEST_F(Descargar, ALoggerThatStopsIsNoticedAndWhatCameIsKept) {
@@ -110,6 +112,24 @@ TEST_F(Descargar, ADamagedByteBeforeTheBreakIsFoundInTheOverlap) {
     EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
 }
 
+TEST_F(Descargar, AShortAttemptDoesNotMakeALongerOneForgotten) {
+    puertos.manipular(kPuerto, [danado = false, cortes = 0](const ByteSaliente& saliente) mutable {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio != Intercambio::descarga) return efecto;
+        if (saliente.indice == indiceDe(500) + 9 && !std::exchange(danado, true)) efecto.bytes[0] ^= 0x10;
+        const bool corta = saliente.indice == indiceDe(cortes == 0 ? 900 : 100) && cortes < 2;
+        if (corta) {
+            ++cortes;
+            efecto.callar = true;
+        }
+        return efecto;
+    });
+    const auto r = correr({"descargar", "--reintentos", "3", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("el bloque 500 no coincide"));
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
+}
+
 TEST_F(Descargar, VerifyingReadsTwice) {
     const auto r = correr({"descargar", "--verificar", "--base", carpeta / "a.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
@@ -134,7 +154,9 @@ TEST_F(Descargar, VerifyingALineThatAlwaysDamagesFails) {
     });
     const auto r = correr({"descargar", "--verificar", "--reintentos", "1", "--base", carpeta / "a.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
+    // Three readings of which no two agree: none is thrown away.
+    EXPECT_THAT(nombresEn(carpeta.ruta()),
+                UnorderedElementsAre("a.rgt.parcial", "a.rgt.parcial.anterior", "a.rgt.parcial.2.anterior"));
 }
 
 TEST_F(Descargar, ALoggerThatIsNotThereAtTheDownloadIsThree) {
@@ -247,8 +269,15 @@ TEST(PrimeraDiferencia, OnlyWhatALoggerDoesNotChangeByItselfCounts) {
     // The header's clock and its reserved bytes.
     ahora = antes;
     ahora[105] = 0x23;
-    ahora[431] = 0x01;
+    ahora[383] = 0x01;
     EXPECT_EQ(primeraDiferencia(antes, ahora), std::nullopt);
+    // From here on samples can stand.
+    for (const std::size_t lugar : {384u, 415u, 416u, 431u, 432u, 447u}) {
+        auto muestra = antes;
+        muestra[lugar] = 0x01;
+        EXPECT_EQ(primeraDiferencia(antes, muestra), std::nullopt);
+        EXPECT_EQ(primeraDiferencia(muestra, antes), 6U) << lugar;
+    }
     ahora[104] = 0x60;
     EXPECT_EQ(primeraDiferencia(antes, ahora), 1U);
     // As far as both reach.

@@ -69,7 +69,7 @@ TEST(LineaRegistrador, NeverSleepsUntilMoreComesThanIsMissing) {
         EXPECT_GE(hilo.esperan, hilo.pedidos) << "nothing wakes it";
         return condicion();
     };
-    EntornoCli entorno{.bucle = bucle, .reloj = bucle.reloj(), .correrHasta = dormir, .abrirPuertos = {}};
+    EntornoCli entorno{{.bucle = bucle, .reloj = bucle.reloj(), .correrHasta = dormir}, {}};
     UnPuerto puertos(hilo);
     LineaRegistrador linea(entorno, puertos, 1);
 
@@ -81,14 +81,14 @@ TEST(LineaRegistrador, NeverSleepsUntilMoreComesThanIsMissing) {
 TEST(LineaRegistrador, APauseIsNotWokenByWhatComesMeanwhile) {
     BuclePrueba bucle;
     Hilo hilo;
-    EntornoCli entorno{.bucle = bucle,
-                       .reloj = bucle.reloj(),
-                       .correrHasta =
-                           [&](const EntornoCli::Condicion& condicion, Bucle::Duracion) {
-                               EXPECT_GT(hilo.pedidos, 31u);
-                               return condicion();
-                           },
-                       .abrirPuertos = {}};
+    EntornoCli entorno{{.bucle = bucle,
+                        .reloj = bucle.reloj(),
+                        .correrHasta =
+                            [&](const EntornoCli::Condicion& condicion, Bucle::Duracion) {
+                                EXPECT_GT(hilo.pedidos, 31u);
+                                return condicion();
+                            }},
+                       {}};
     UnPuerto puertos(hilo);
     LineaRegistrador linea(entorno, puertos, 1);
     linea.pausar(std::chrono::seconds(2));

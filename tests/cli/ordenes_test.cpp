@@ -67,7 +67,8 @@ INSTANTIATE_TEST_SUITE_P(
         CasoUso{{"buscar", "--nada"}, "no se entiende \"--nada\""},
         CasoUso{{"buscar", "sobra"}, "no se entiende \"sobra\""},
         CasoUso{{"--com", "x", "buscar"}, "--com x: "},
-        CasoUso{{"--com", "0=/dev/a", "buscar"}, "el número va de 1 a 16"},
+        CasoUso{{"--com", "0=/dev/a", "buscar"}, "el número va de 1 a 12"},
+        CasoUso{{"--com", "13=/dev/a", "buscar"}, "el número va de 1 a 12"},
         CasoUso{{"--com", "1=/dev/a", "--com", "1=/dev/b", "buscar"}, "ya tiene dispositivo"},
         CasoUso{{"buscar", "--com"}, "--com: falta su valor"}, CasoUso{{"descargar"}, "falta --base"},
         CasoUso{{"descargar", "--base", "-", "--csv", "-"}, "solo uno"},
@@ -86,10 +87,29 @@ INSTANTIATE_TEST_SUITE_P(
         CasoUso{{"configurar", "--reloj-pc", "--respaldo", "x", "--sin-respaldo"}, "--respaldo no va con"},
         CasoUso{{"configurar", "--altitud", "123456"}, "--altitud: caben 5 caracteres"},
         CasoUso{{"configurar", "--usuario", "日本"}, "--usuario: hay un carácter"},
-        CasoUso{{"convertir"}, "falta ARCHIVO"}, CasoUso{{"convertir", "a"}, "se esperan ENTRADA y SALIDA"},
+        // What begins like an option is one, and no value of the option before it.
+        CasoUso{{"configurar", "--usuario", "--reloj-pc", "--borrar-memoria"},
+                "--usuario: falta su valor; uno que empieza por guion se escribe --usuario=--reloj-pc"},
+        CasoUso{{"configurar", "--usuario", "--nadie", "--borrar-memoria"}, "--usuario: falta su valor"},
+        CasoUso{{"configurar", "--usuario", "-h"}, "--usuario: falta su valor"},
+        CasoUso{{"descargar", "--base", "--verificar"}, "--base: falta su valor"},
+        CasoUso{{"--com", "--json", "puertos"}, "--com: falta su valor"},
+        CasoUso{{"en-linea", "--json", "--json"}, "--json se dio dos veces"},
+        CasoUso{{"en-linea", "--cuenta", "1", "--cuenta=2"}, "--cuenta se dio dos veces"},
+        CasoUso{{"en-linea", "--json=no"}, "--json no lleva valor"}, CasoUso{{"convertir"}, "falta ARCHIVO"},
+        CasoUso{{"convertir", "a"}, "se esperan ENTRADA y SALIDA"},
         CasoUso{{"convertir", "a", "b", "c"}, "se esperan ENTRADA y SALIDA"},
         CasoUso{{"convertir", "a", "b", "--formato", "pdf"}, "--formato: debe ser csv, xls o jsonl"},
         CasoUso{{"convertir", "a", "b", "--serie", "1"}, "8 cifras"},
+        CasoUso{{"descargar", "--base", ""}, "--base: no puede estar vacío"},
+        CasoUso{{"descargar", "--base="}, "--base: "},
+        CasoUso{{"descargar", "--base", "x", "--csv", ""}, "--csv: no puede estar vacío"},
+        CasoUso{{"configurar", "--reloj-pc", "--borrar-memoria", "--respaldo", ""},
+                "--respaldo: no puede estar vacío"},
+        CasoUso{{"convertir", "--en", "", "a.rgt", "b.rgt"}, "--en: no puede estar vacío"},
+        CasoUso{{"convertir", "--serie", "", "a.rgt", "b.csv"}, "--serie: no puede estar vacío"},
+        CasoUso{{"convertir", "", "b.csv"}, "ARCHIVO: no puede estar vacío"},
+        CasoUso{{"convertir", "a.rgt", ""}, "ARCHIVO: no puede estar vacío"},
         CasoUso{{"convertir", "--en", "d", "-"}, "no admite la entrada -"},
         CasoUso{{"convertir", "--en", "d", "x/a.rgt", "y/a.rgt"}, "dos entradas darían d/a.csv"}));
 
@@ -130,6 +150,21 @@ TEST_F(Ordenes, WithoutALoggerTheExitCodeIsThree) {
     EXPECT_EQ(r.codigo, CodigoSalida::sinRegistrador);
     EXPECT_THAT(r.salida, IsEmpty());
     EXPECT_THAT(r.errores, HasSubstr("telvane-cli puertos"));
+}
+
+TEST_F(Ordenes, ABusyPortIsToldAsBusyAndNoCableIsBlamed) {
+    puertos.rehusar(kPuerto, MotivoPuerto::ocupado);
+    const auto r = correr({"buscar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::sinRegistrador);
+    EXPECT_THAT(r.errores, HasSubstr("en uso por otro programa: COM3. Ciérrelo"));
+    EXPECT_THAT(r.errores, Not(HasSubstr("cable")));
+    // Beside a port that was heard in vain, both.
+    puertos.agregar(1);
+    const auto ambos = correr({"buscar"});
+    EXPECT_THAT(ambos.errores, HasSubstr("en uso por otro programa: COM3"));
+    EXPECT_THAT(ambos.errores, HasSubstr("revise el cable"));
+    puertos.rehusar(kPuerto, MotivoPuerto::sinPermiso);
+    EXPECT_THAT(correr({"buscar"}).errores, HasSubstr("sin permiso: COM3"));
 }
 
 TEST_F(Ordenes, TwentyBytesAreNoLogger) {
@@ -282,6 +317,15 @@ TEST_F(Ordenes, AConfigurationIsBackedUpWrittenAndReadBack) {
     EXPECT_THAT(r.salida, HasSubstr("Muestras cada 15 Minutos"));
 }
 
+TEST_F(Ordenes, AValueThatBeginsLikeAnOptionIsWrittenWithTheEqualSign) {
+    const auto r = correr(
+        {"configurar", "--usuario=--reloj-pc", "--latitud", "-33.5", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    const auto& maquina = puertos.maquina(kPuerto);
+    EXPECT_EQ(maquina.texto(CampoTexto::usuario), std::string(20, ' ') + "--reloj-pc");
+    EXPECT_EQ(maquina.texto(CampoTexto::latitud), std::string(10, ' ') + "-33.5");
+}
+
 TEST_F(Ordenes, WithoutABackupFileTheMemoryGoesToTheUsersFolder) {
     ASSERT_EQ(::setenv("XDG_DATA_HOME", carpeta.ruta().c_str(), 1), 0);
     const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria"});
@@ -347,11 +391,6 @@ TEST_F(Ordenes, EveryNumberIsListed) {
     EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 12);
     EXPECT_THAT(r.salida, HasSubstr("COM2   /dev/no-such-port ausente\n"));
     EXPECT_THAT(r.salida, HasSubstr("COM12  -"));
-}
-
-TEST_F(Ordenes, NumbersBeyondTheSearchAreListedWhenTheyAreGiven) {
-    const auto r = correr({"puertos", "--com", "16=/dev/null"});
-    EXPECT_THAT(r.salida, HasSubstr("COM16  /dev/null"));
 }
 
 TEST_F(Ordenes, PortsForPrograms) {

@@ -3,8 +3,10 @@
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <filesystem>
@@ -20,6 +22,7 @@
 #include "apoyo/proceso.h"
 #include "link/protocolo.h"
 #include "simulator/memoria_simulada.h"
+#include "tests/apoyo/leer_todo.h"
 
 namespace telvane {
 namespace {
@@ -76,6 +79,87 @@ TEST_F(Programa, AClosedOutputIsAFailureAndNoFileOfOursGetsItsPlace) {
     EXPECT_EQ(porShell("\"$@\" >&-", {"descargar", "--base", base}), 0);
     EXPECT_EQ(fs::file_size(base), kBytesMemoria);
     EXPECT_EQ(porShell("\"$@\" <&- >&- 2>&-", {"buscar"}), 1);
+}
+
+// A service's or a cron job's program gets what its starter left open.
+class ConFlujosCerrados : public Programa, public testing::WithParamInterface<int> {
+   protected:
+    // Which are closed, as the shell says it.
+    static std::string cierres() {
+        std::string todos;
+        if ((GetParam() & 1) != 0) todos += " <&-";
+        if ((GetParam() & 2) != 0) todos += " >&-";
+        if ((GetParam() & 4) != 0) todos += " 2>&-";
+        return "\"$@\"" + todos;
+    }
+    static bool cerrado(int bit) { return (GetParam() & bit) != 0; }
+};
+
+TEST_P(ConFlujosCerrados, NothingHangsAndNothingIsWrittenWhereItDoesNotBelong) {
+    const auto imagen = memoriaSimulada(Clima(7));
+    const auto base = (carpeta / "a.rgt").string();
+    const auto tabla = (carpeta / "a.csv").string();
+    std::ofstream(base, std::ios::binary)
+        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    EXPECT_EQ(porShell(cierres(), {"convertir", base, tabla}), 0);
+    const auto bytes = fs::file_size(tabla);
+    EXPECT_EQ(porShell(cierres(), {"convertir", "-", tabla}), cerrado(1) ? 1 : 0);
+    if (cerrado(1)) {
+        EXPECT_EQ(fs::file_size(tabla), bytes) << "the old table stays";
+    }
+    if (cerrado(1) && !cerrado(4)) {
+        EXPECT_THAT(errores, HasSubstr("no se pudo leer la entrada"));
+    }
+    EXPECT_EQ(porShell(cierres(), {"convertir", base, "-"}), cerrado(2) ? 1 : 0);
+    EXPECT_EQ(porShell(cierres(), {"--help"}), cerrado(2) ? 1 : 0);
+    EXPECT_EQ(fs::file_size(base), kBytesMemoria);
+}
+
+TEST_P(ConFlujosCerrados, ASimulatorTalksToItsLineOnly) {
+    simulador = std::make_unique<Proceso>(std::vector<std::string>{
+        "/bin/sh", "-c", "exec " + cierres(), "sh", TELVANE_SIM, "--baudios", "0", "--enlace",
+        (carpeta / "COM1").string(), "--memoria", (carpeta / "m.rgt").string()});
+    ASSERT_TRUE(esperarA([&] { return fs::is_symlink(carpeta / "COM1"); }));
+    const auto base = (carpeta / "a.rgt").string();
+    EXPECT_EQ(porShell(cierres(), {"descargar", "--base", base}), 0);
+    EXPECT_EQ(fs::file_size(base), kBytesMemoria);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cuales, ConFlujosCerrados, testing::Range(1, 8));
+
+// A shell hands files over where their names cannot be compared.
+TEST_F(Programa, AnInputThatComesOrAnOutputThatGoesByTheStandardStreamsIsComparedToo) {
+    const auto imagen = memoriaSimulada(Clima(7));
+    const auto de = (carpeta / "in.dat").string();
+    std::ofstream(de, std::ios::binary)
+        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    const std::vector<std::pair<std::string, std::vector<std::string>>> casos = {
+        {"\"$@\" <'" + de + "'", {"convertir", "-", de}},
+        {"\"$@\" <'" + de + "'", {"convertir", "/dev/stdin", de}},
+        {"\"$@\" >>'" + de + "'", {"convertir", de, "-"}},
+        {"\"$@\" 1<>'" + de + "'", {"convertir", de, "/dev/stdout"}},
+        {"\"$@\" <'" + de + "' >>'" + de + "'", {"convertir", "-", "-"}},
+        {"\"$@\" >>'" + de + "'", {"descargar", "--base", de, "--reemplazar", "--csv", "-"}},
+        {"\"$@\" >>'" + de + "'", {"descargar", "--base", "-", "--csv", de}},
+    };
+    for (const auto& [guion, argumentos] : casos) {
+        EXPECT_EQ(porShell(guion, argumentos), 2) << guion << errores;
+        const auto queda = leerTodo(de);
+        EXPECT_TRUE(std::ranges::equal(imagen, queda, {}, {}, [](char c) {
+            return static_cast<std::uint8_t>(c);
+        })) << guion;
+    }
+    EXPECT_EQ(porShell("\"$@\" <'" + de + "' >'" + de + ".csv'", {"convertir", "-", "-"}), 0) << errores;
+}
+
+// The signal that a file at its limit brings would end the program without a word.
+TEST_F(Programa, AFileThatTheSessionDoesNotAllowIsAFailureWithItsReason) {
+    const auto base = (carpeta / "a.rgt").string();
+    std::ofstream(base, std::ios::binary) << std::string(kBytesMemoria, '\0');
+    EXPECT_EQ(porShell("ulimit -f 0; \"$@\"", {"convertir", base, (carpeta / "a.csv").string()}), 1);
+    EXPECT_THAT(errores, HasSubstr("a.csv: pasa del tamaño que permite la sesión (ulimit -f)"));
+    EXPECT_EQ(porShell("ulimit -f 100; \"$@\"", {"descargar", "--base", (carpeta / "b.rgt").string()}), 1);
+    EXPECT_THAT(errores, HasSubstr("b.rgt: pasa del tamaño que permite la sesión (ulimit -f)"));
 }
 
 TEST_F(Programa, AReaderThatGoesAwayIsAFailureAndNoSilentDeath) {
@@ -192,6 +276,23 @@ TEST_F(EnTerminal, AClosedTerminalEndsADownloadAndKeepsWhatCame) {
     EXPECT_EQ(fs::file_size(carpeta / "a.rgt.parcial") % 64, 0U);
 }
 
+// Its own terminal is where the user reads, and no logger.
+TEST_F(EnTerminal, TheOwnTerminalIsRefusedAsAPortAndKeepsItsSettings) {
+    termios antes{};
+    ASSERT_EQ(::tcgetattr(maestro, &antes), 0);
+    const std::string terminal = ::ptsname(maestro);
+    for (const auto& nombre : {terminal, std::string("/dev/tty")}) {
+        Proceso proceso({"/bin/sh", "-c", "t=$1; shift; exec setsid -c \"$@\" <$t >$t", "sh", terminal,
+                         TELVANE_CLI, "--com", "1=" + nombre, "buscar"});
+        EXPECT_EQ(proceso.terminar(), 3);
+        EXPECT_THAT(proceso.errores(), HasSubstr(nombre + " es la terminal de este programa"));
+    }
+    termios despues{};
+    ASSERT_EQ(::tcgetattr(maestro, &despues), 0);
+    EXPECT_EQ(despues.c_lflag, antes.c_lflag);
+    EXPECT_EQ(despues.c_oflag, antes.c_oflag);
+}
+
 TEST_F(EnTerminal, AClosedTerminalEndsTheSearch) {
     conectar({"--baudios", "0", "--fallo", "sonda:byte=0:silencio"});
     const auto busqueda = correr({"buscar"});
@@ -208,10 +309,10 @@ TEST_F(EnTerminal, AClosedTerminalEndsTheLiveReadings) {
     EXPECT_EQ(lecturas->terminar(), 130);
 }
 
-TEST_F(Programa, APulledAdapterIsToldAtOnce) {
+TEST_F(Programa, APulledAdapterIsToldAtOnceAndReadAgainWhenItIsBack) {
     conectar({"--baudios", "0", "--fallo", "lectura:byte=50:colgar"});
     Proceso proceso(orden({"configuracion"}));
-    EXPECT_EQ(proceso.terminar(), 1);
+    EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
     EXPECT_THAT(proceso.errores(), HasSubstr("ha desaparecido"));
 }
 

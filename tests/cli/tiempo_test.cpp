@@ -11,7 +11,8 @@ class TiempoCli : public CliPrueba, public testing::WithParamInterface<std::vect
    protected:
     std::vector<std::string> orden() {
         auto todo = GetParam();
-        if (todo.front() == "descargar") todo.insert(todo.end(), {"--base", (carpeta / "a.rgt").string()});
+        if (todo.front() == "descargar")
+            todo.insert(todo.end(), {"--reemplazar", "--base", (carpeta / "a.rgt").string()});
         return todo;
     }
 };
@@ -68,7 +69,7 @@ TEST_F(CliPrueba, ADownloadThatSleptStartsAgainByItself) {
         return Efecto::pasar(saliente.byte);
     });
     const auto base = carpeta / "a.rgt";
-    const auto r = correr({"descargar", "--base", base});
+    const auto r = correr({"descargar", "--reemplazar", "--base", base});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
     EXPECT_EQ(leerTodo(base), comoTexto(puertos.maquina(kPuerto).imagen()));
 }

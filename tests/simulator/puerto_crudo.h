@@ -33,6 +33,9 @@ class PuertoCrudo {
     bool colgado() const { return colgado_; }
 
     void escribir(std::uint8_t byte) { escrito_ = ::write(descriptor_, &byte, 1) == 1; }
+    void escribir(const Bytes& bytes) {
+        escrito_ = ::write(descriptor_, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+    }
     bool escrito() const { return escrito_; }
 
     // This many bytes, or those that came before the deadline or the hang-up.

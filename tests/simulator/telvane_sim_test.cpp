@@ -1,4 +1,5 @@
 // The built program on a real pty.
+#include <fcntl.h>
 #include <stdlib.h>
 
 #include <csignal>
@@ -14,6 +15,7 @@
 #include "link/protocolo.h"
 #include "loggerconfig/datos_config.h"
 #include "simulator/puerto_crudo.h"
+#include "tests/apoyo/leer_todo.h"
 
 namespace telvane {
 namespace {
@@ -50,8 +52,12 @@ class TelvaneSim : public testing::Test {
         return estado.value_or(-1);
     }
     static Bytes contenido(const fs::path& ruta) {
-        std::ifstream archivo(ruta, std::ios::binary);
-        return Bytes(std::istreambuf_iterator<char>(archivo), {});
+        const auto texto = leerTodo(ruta);
+        return Bytes(texto.begin(), texto.end());
+    }
+    void exigirSinControles() const {
+        EXPECT_THAT(queja, testing::Not(testing::AnyOf(HasSubstr("\x1b"), HasSubstr("\x7f"))));
+        EXPECT_THAT(queja, HasSubstr("[2Jx"));
     }
     static bool hayEnlace(const fs::path& ruta) { return fs::is_symlink(fs::symlink_status(ruta)); }
 
@@ -78,6 +84,14 @@ TEST_P(AlTerminar, RespondeALaSondaYQuitaElEnlaceConLaSenal) {
 INSTANTIATE_TEST_SUITE_P(ConCadaSenal, AlTerminar, testing::Values(SIGTERM, SIGINT, SIGHUP),
                          [](const auto& caso) { return std::string("SIG") + sigabbrev_np(caso.param); });
 
+TEST_F(TelvaneSim, TextFromOutsideGivesTheTerminalNoOrders) {
+    const std::string nombre = "\x1b[2Jx\x7f";
+    EXPECT_EQ(rechazado(orden({nombre})), 2);
+    exigirSinControles();
+    EXPECT_EQ(rechazado(orden({"--memoria", (temporal / nombre / "m.rgt").string()})), 1);
+    exigirSinControles();
+}
+
 TEST_F(TelvaneSim, NoSobrescribeUnArchivo) {
     std::ofstream(enlace) << "valioso";
     EXPECT_EQ(rechazado(orden({})), 1);
@@ -88,6 +102,7 @@ TEST_F(TelvaneSim, NoSobrescribeUnArchivo) {
 TEST_F(TelvaneSim, NoQuitaElEnlaceDeOtroRegistrador) {
     const auto primero = arrancar({"--baudios", "0"});
     EXPECT_EQ(rechazado(orden({})), 1);
+    EXPECT_THAT(queja, HasSubstr("otro telvane-sim atiende"));
     PuertoCrudo puerto(enlace);
     puerto.escribir(kSonda);
     EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
@@ -98,6 +113,61 @@ TEST_F(TelvaneSim, ReemplazaUnEnlaceQueNoLlevaANada) {
     const auto proceso = arrancar({"--baudios", "0"});
     PuertoCrudo puerto(enlace);
     EXPECT_TRUE(puerto.abierto());
+}
+
+// The number of a killed one's terminal goes to whoever asks next.
+TEST_F(TelvaneSim, TrasUnaMuerteViolentaVuelveASuEnlace) {
+    for (int i = 0; i < 3; ++i) {
+        const auto proceso = arrancar({"--baudios", "0"});
+        proceso->senal(SIGKILL);
+        EXPECT_EQ(proceso->terminar(), 128 + SIGKILL);
+        ASSERT_TRUE(hayEnlace(enlace));
+    }
+    const auto proceso = arrancar({"--baudios", "0"});
+    PuertoCrudo puerto(enlace);
+    puerto.escribir(kSonda);
+    EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
+}
+
+TEST_F(TelvaneSim, ReemplazaElEnlaceAUnTerminalQueNingunoAtiende) {
+    const int ajeno = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(ajeno, 0);
+    fs::create_symlink(::ptsname(ajeno), enlace);
+    const auto proceso = arrancar({"--baudios", "0"});
+    EXPECT_NE(fs::read_symlink(enlace), fs::path(::ptsname(ajeno)));
+    ::close(ajeno);
+}
+
+TEST_F(TelvaneSim, NoReemplazaUnEnlaceAOtroDispositivo) {
+    fs::create_symlink("/dev/null", enlace);
+    EXPECT_EQ(rechazado(orden({})), 1);
+    EXPECT_THAT(queja, HasSubstr("ya lleva a otro dispositivo o archivo: bórrelo o dé otro nombre"));
+}
+
+TEST_F(TelvaneSim, AguantaUnaInundacionConMemoriaAcotadaYDespuesResponde) {
+    const auto proceso = arrancar({});
+    const auto paginas = [&] {
+        std::size_t total = 0;
+        std::size_t residentes = 0;
+        std::ifstream("/proc/" + std::to_string(proceso->pid()) + "/statm") >> total >> residentes;
+        return residentes;
+    };
+    [[maybe_unused]] const auto antes = paginas();
+    {
+        PuertoCrudo puerto(enlace);
+        // Probes, each of which asks for 31 bytes.
+        for (int i = 0; i < 1000; ++i) puerto.escribir(Bytes(4096, kSonda));
+    }
+#if !defined(TELVANE_SANEADO)
+    // 4 MB; what was written is as much again. A sanitized program keeps what it has freed.
+    EXPECT_LT(paginas(), antes + 1000);
+#endif
+    PuertoCrudo puerto(enlace);
+    ASSERT_TRUE(esperarA([&] {
+        while (!puerto.leer(4096, 200ms).empty()) continue;
+        puerto.escribir(kSonda);
+        return puerto.leer(kBytesMarco + 1, 1s).size() == kBytesMarco;
+    }));
 }
 
 TEST_F(TelvaneSim, UnEnlaceEnUnaCarpetaQueNoExisteEsUnFallo) {

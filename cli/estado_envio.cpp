@@ -1,0 +1,21 @@
+#include "cli/estado_envio.h"
+
+#include <fmt/format.h>
+
+namespace telvane {
+
+std::string estadoDelEnvio(std::size_t enviados, std::size_t total, const std::string& quePasa,
+                           const std::string& comprobar) {
+    if (enviados == 0)
+        return fmt::format("No se envió nada: {} siguen como estaban. Repita la orden.", quePasa);
+    if (enviados < total) {
+        return fmt::format(
+            "Se enviaron {} de {} bytes, y el registrador no cambia nada hasta el último: {} deben seguir "
+            "como "
+            "estaban. Compruébelo con \"telvane-cli configuracion\" y repita la orden.",
+            enviados, total, quePasa);
+    }
+    return fmt::format("Se envió todo y no se pudo confirmar. {}", comprobar);
+}
+
+}  // namespace telvane

@@ -1,0 +1,49 @@
+#include "cli/lectura_firme.h"
+
+#include "cli/reloj_registrador.h"
+#include "cli/textos_cli.h"
+#include "consola/codigos_salida.h"
+
+namespace telvane {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// Readings until two in a row agree.
+constexpr int kLecturas = 4;
+// How far the second clock may be from the first one, carried on.
+constexpr auto kToleranciaReloj = 5s;
+
+bool relojesDeAcuerdo(const LecturaFirme& antes, const LecturaFirme& ahora) {
+    const auto uno = relojDe(antes.datos);
+    const auto otro = relojDe(ahora.datos);
+    if (!uno || !otro) return !uno && !otro;
+    return distancia(*otro, masTarde(*uno, ahora.momento - antes.momento)) <= kToleranciaReloj;
+}
+
+bool deAcuerdo(const LecturaFirme& antes, const LecturaFirme& ahora, bool conReloj) {
+    return antes.datos.Nserie == ahora.datos.Nserie && antes.datos.textos == ahora.datos.textos &&
+           antes.datos.intervaloCodigo == ahora.datos.intervaloCodigo &&
+           (!conReloj || relojesDeAcuerdo(antes, ahora));
+}
+
+}  // namespace
+
+LecturaFirme leerFirme(RegistradorCli& registrador, Consola& consola, const Reloj& reloj, bool conReloj) {
+    const auto leer = [&] {
+        auto datos = registrador.leerConfiguracion();
+        return LecturaFirme{std::move(datos), reloj.monotono()};
+    };
+    auto anterior = leer();
+    for (int i = 1; i < kLecturas; ++i) {
+        auto otra = leer();
+        if (deAcuerdo(anterior, otra, conReloj)) return otra;
+        consola.aviso("Dos lecturas de la configuración no coinciden: se lee otra vez.");
+        anterior = std::move(otra);
+    }
+    throw ErrorCli(CodigoSalida::fallo,
+                   "las lecturas de la configuración no coinciden, y no se escribe nada: revise el cable");
+}
+
+}  // namespace telvane

@@ -1,0 +1,21 @@
+// Arithmetic with the logger's clock.
+#pragma once
+
+#include <chrono>
+
+#include "platform/reloj.h"
+
+namespace telvane {
+
+// Years that the logger's clock can hold: it refuses a higher byte.
+inline constexpr int kPrimerAnioReloj = 2000;
+inline constexpr int kUltimoAnioReloj = 2064;
+
+// The wall's time some duration later, or earlier for a negative one, across midnight and the end of the
+// year.
+FechaHora masTarde(const FechaHora& momento, std::chrono::nanoseconds cuanto);
+
+// How far two clocks are apart.
+std::chrono::nanoseconds distancia(const FechaHora& a, const FechaHora& b);
+
+}  // namespace telvane

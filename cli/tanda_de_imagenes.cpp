@@ -1,0 +1,109 @@
+#include "cli/tanda_de_imagenes.h"
+
+#include <sys/eventfd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <exception>
+#include <new>
+#include <optional>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "consola/codigos_salida.h"
+#include "data/archivo_base.h"
+#include "platform/archivo.h"
+#include "platform/motivos.h"
+
+namespace telvane {
+
+TandaDeImagenes::TandaDeImagenes(EntornoConsola& entorno, Consola& consola,
+                                 const TrabajoDeConversion& trabajo, const std::vector<Par>& lista)
+    : entorno_(entorno),
+      consola_(consola),
+      trabajo_(trabajo),
+      lista_(lista),
+      aviso_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (aviso_() < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+}
+
+std::size_t TandaDeImagenes::correr() {
+    const auto vigilancia = entorno_.bucle.vigilarLectura(aviso_(), [this] { acabados_ = true; });
+    const auto obreros = contratar();
+    try {
+        while (!esperar(
+            entorno_, [this] { return acabados_; }, std::chrono::hours(1)))
+            continue;
+    } catch (...) {
+        siguiente_ = lista_.size();
+        throw;
+    }
+    return fallidas_;
+}
+
+// As many as there are processors, or as the system gives; at least one.
+std::vector<std::jthread> TandaDeImagenes::contratar() {
+    const auto cuantos = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, lista_.size());
+    std::vector<std::jthread> obreros;
+    // Counted along, so that no early one takes himself for the last.
+    enMarcha_ = 1;
+    for (std::size_t i = 0; i < cuantos; ++i) {
+        try {
+            ++enMarcha_;
+            obreros.emplace_back([this] { trabajar(); });
+        } catch (const std::system_error&) {
+            --enMarcha_;
+            if (obreros.empty())
+                throw ErrorCli(CodigoSalida::fallo, "el sistema no deja empezar más tareas (ulimit -u)");
+            break;
+        }
+    }
+    acabar();
+    return obreros;
+}
+
+void TandaDeImagenes::trabajar() {
+    std::optional<Conversor> conversor;
+    for (std::size_t i = siguiente_++; i < lista_.size(); i = siguiente_++) {
+        const auto& par = lista_[i];
+        try {
+            if (!conversor) conversor.emplace();
+            convertir(*conversor, par);
+        } catch (const std::bad_alloc&) {
+            fallar(par, motivoSistema(ENOMEM));
+        } catch (const std::exception& error) {
+            fallar(par, error.what());
+        }
+    }
+    acabar();
+}
+
+// The last one saves what still waits for the disk.
+void TandaDeImagenes::acabar() {
+    if (--enMarcha_ > 0) return;
+    guardado_.terminar();
+    ::eventfd_write(aviso_(), 1);
+}
+
+void TandaDeImagenes::convertir(Conversor& conversor, const Par& par) {
+    const auto bytes = leerArchivo(par.entrada, conversor.destino());
+    const auto convertido = convertirImagen(conversor, trabajo_, bytes);
+    guardado_.agregar(par.salida, convertido.archivo.bytes(), reglaDeTabla(),
+                      [this, &par, aviso = convertido.aviso](const std::string& motivo) {
+                          motivo.empty() ? decir(par, aviso) : fallar(par, motivo);
+                      });
+}
+
+void TandaDeImagenes::fallar(const Par& par, std::string_view motivo) {
+    ++fallidas_;
+    decir(par, motivo);
+}
+
+void TandaDeImagenes::decir(const Par& par, std::string_view texto) {
+    const std::scoped_lock turno(turno_);
+    consola_.aviso(fmt::format("{}: {}", par.entrada, texto));
+}
+
+}  // namespace telvane

@@ -1,0 +1,56 @@
+// Many images into as many tables, on all processors, with one wait for the disk for many of them.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "cli/conversion_cli.h"
+#include "consola/consola.h"
+#include "platform/guardado_en_tanda.h"
+
+namespace telvane {
+
+class TandaDeImagenes {
+   public:
+    struct Par {
+        std::string entrada;
+        std::string salida;
+    };
+
+    // All of them outlive it. Throws std::system_error.
+    TandaDeImagenes(EntornoConsola& entorno, Consola& consola, const TrabajoDeConversion& trabajo,
+                    const std::vector<Par>& lista);
+    TandaDeImagenes(const TandaDeImagenes&) = delete;
+    TandaDeImagenes& operator=(const TandaDeImagenes&) = delete;
+
+    // Number of images that failed; what became of each was told, once its table was safe. The loop meanwhile
+    // only listens to signals, which end the run between two images: ErrorCli (interrumpido).
+    std::size_t correr();
+
+   private:
+    std::vector<std::jthread> contratar();
+    void trabajar();
+    void acabar();
+    void convertir(Conversor& conversor, const Par& par);
+    void decir(const Par& par, std::string_view texto);
+    void fallar(const Par& par, std::string_view motivo);
+
+    EntornoConsola& entorno_;
+    Consola& consola_;
+    const TrabajoDeConversion& trabajo_;
+    const std::vector<Par>& lista_;
+    Descriptor aviso_;
+    GuardadoEnTanda guardado_;
+    bool acabados_ = false;
+    std::atomic<std::size_t> siguiente_ = 0;
+    std::atomic<std::size_t> enMarcha_ = 0;
+    std::atomic<std::size_t> fallidas_ = 0;
+    std::mutex turno_;
+};
+
+}  // namespace telvane

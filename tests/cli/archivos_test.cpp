@@ -1,0 +1,361 @@
+// Files of the console tool: what may be written where, and what is left of what was there before.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "apoyo/disco_chico.h"
+#include "cli_prueba.h"
+#include "data/archivo_base.h"
+
+namespace telvane {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+
+class Archivos : public CliPrueba {
+   protected:
+    std::string imagen() { return comoTexto(puertos.maquina(kPuerto).imagen()); }
+    fs::path poner(const std::string& nombre, const std::string& bytes = "viejo") {
+        std::ofstream(carpeta / nombre, std::ios::binary) << bytes;
+        return carpeta / nombre;
+    }
+    std::string parcial() { return leerTodo(carpeta / "a.rgt.parcial"); }
+    Resultado descargar() { return correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}); }
+    // The next download stops before this block.
+    void cortarEn(std::size_t bloque) {
+        puertos.manipular(kPuerto, [=, hecho = false](const ByteSaliente& saliente) mutable {
+            auto efecto = Efecto::pasar(saliente.byte);
+            efecto.callar = !hecho && saliente.intercambio == Intercambio::descarga &&
+                            saliente.indice == 2 + bloque * kBytesBloque;
+            hecho = hecho || efecto.callar;
+            return efecto;
+        });
+    }
+    // oidas: openings of the port that came before.
+    std::size_t oidas = 0;
+    void esperarRehusado(const Resultado& r, CodigoSalida codigo, const std::string& motivo) {
+        EXPECT_EQ(r.codigo, codigo) << r.errores;
+        EXPECT_THAT(r.errores, HasSubstr(motivo));
+        EXPECT_EQ(puertos.aperturas(kPuerto), oidas) << "the logger heard something";
+    }
+};
+
+TEST_F(Archivos, ABackupNeverReplacesWhatIsThere) {
+    poner("antes.rgt");
+    const auto r =
+        correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", carpeta / "antes.rgt"});
+    esperarRehusado(r, CodigoSalida::fallo, "no se pudo guardar antes.rgt: ya existe");
+    EXPECT_EQ(leerTodo(carpeta / "antes.rgt"), "viejo");
+}
+
+TEST_F(Archivos, ABackupIsAFileThatCanBeFoundAgain) {
+    const auto respaldar = [&](const std::string& donde) {
+        return correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", donde});
+    };
+    esperarRehusado(respaldar("-"), CodigoSalida::malUso, "--respaldo necesita un archivo");
+    esperarRehusado(respaldar("/dev/stdout"), CodigoSalida::malUso, "--respaldo necesita un archivo");
+    ASSERT_EQ(::mkfifo((carpeta / "tubo").c_str(), 0600), 0);
+    esperarRehusado(respaldar(carpeta / "tubo"), CodigoSalida::fallo, "no es un archivo normal");
+    esperarRehusado(respaldar(carpeta / "no/x.rgt"), CodigoSalida::fallo, "no existe la carpeta");
+}
+
+TEST_F(Archivos, ABaseFileIsANewFileUnlessSomebodySaysOtherwise) {
+    poner("a.rgt");
+    const auto r = descargar();
+    esperarRehusado(r, CodigoSalida::fallo, "ya existe. Dé otro nombre, o --reemplazar");
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), "viejo");
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt"));
+    EXPECT_EQ(correr({"descargar", "--reemplazar", "--base", carpeta / "a.rgt"}).codigo, CodigoSalida::hecho);
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
+}
+
+// Somebody else's download was faster.
+TEST_F(Archivos, ABaseFileThatAppearsMeanwhileStaysAndTheDownloadIsKept) {
+    puertos.manipular(kPuerto, [this](const ByteSaliente& saliente) {
+        if (saliente.intercambio == Intercambio::descarga && saliente.indice == 5000) poner("a.rgt");
+        return Efecto::pasar(saliente.byte);
+    });
+    const auto r = descargar();
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar a.rgt: ya existe"));
+    EXPECT_THAT(r.errores, HasSubstr("quedan 4096 de 4096 bloques"));
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), "viejo");
+    EXPECT_TRUE(parcial() == imagen());
+}
+
+TEST_F(Archivos, TheNameOfABackupIsFreeAlsoWithinOneSecond) {
+    const FechaHora momento{2026, 11, 21, std::chrono::hours(2)};
+    const auto primera = rutaBaseLibre(carpeta.ruta(), "02080050", momento);
+    EXPECT_EQ(primera.filename(), "02080050_20261121_020000.rgt");
+    poner("02080050_20261121_020000.rgt");
+    fs::create_symlink("nada", carpeta / "02080050_20261121_020000_2.rgt");
+    EXPECT_EQ(rutaBaseLibre(carpeta.ruta(), "02080050", momento).filename(),
+              "02080050_20261121_020000_3.rgt");
+}
+
+TEST_F(Archivos, ATableNeverTakesTheNameOfABaseFile) {
+    const auto a = poner("a.rgt", imagen()).string();
+    const auto b = poner("b.rgt").string();
+    fs::create_symlink("b.rgt", carpeta / "b.csv");
+    for (const auto& salida : {b, (carpeta / "c.RGT").string(), (carpeta / "b.csv").string(),
+                               (carpeta / "b.rgt.parcial").string(), (carpeta / "x.anterior").string()}) {
+        const auto r = correr({"convertir", a, salida});
+        EXPECT_EQ(r.codigo, CodigoSalida::malUso) << salida;
+        EXPECT_THAT(r.errores, HasSubstr("son de otra clase de archivo")) << salida;
+        esperarRehusado(correr({"descargar", "--base", carpeta / "d.rgt", "--csv", salida}),
+                        CodigoSalida::malUso, "son de otra clase de archivo");
+    }
+    EXPECT_EQ(leerTodo(b), "viejo");
+    EXPECT_THAT(nombresEn(carpeta.ruta()), UnorderedElementsAre("a.rgt", "b.rgt", "b.csv"));
+}
+
+TEST_F(Archivos, AnOutputIsNeverOneOfTheInputsByAnyName) {
+    const auto a = poner("a.bin", imagen());
+    fs::create_hard_link(a, carpeta / "duro.csv");
+    fs::create_symlink("a.bin", carpeta / "simbolico.csv");
+    fs::create_directory(carpeta / "d");
+    for (const auto& salida :
+         {carpeta / "a.bin", carpeta / "d/../a.bin", carpeta / "duro.csv", carpeta / "simbolico.csv"}) {
+        const auto r = correr({"convertir", a, salida});
+        EXPECT_EQ(r.codigo, CodigoSalida::malUso) << salida;
+        EXPECT_THAT(r.errores, HasSubstr("es una de las entradas"));
+    }
+    // Of many, the output of one may be another one.
+    const auto r = correr({"convertir", "--en", carpeta.ruta(), carpeta / "d/duro.rgt", a});
+    EXPECT_THAT(r.errores, HasSubstr("duro.csv es una de las entradas"));
+    EXPECT_TRUE(leerTodo(a) == imagen());
+}
+
+TEST_F(Archivos, TwoOutputsAreTwoFiles) {
+    fs::create_directory(carpeta / "d");
+    fs::create_directory_symlink("d", carpeta / "e");
+    const auto juntos = [&](const fs::path& base, const fs::path& csv) {
+        return correr({"descargar", "--base", base, "--csv", csv});
+    };
+    esperarRehusado(juntos(carpeta / "x", carpeta / "x"), CodigoSalida::malUso, "son el mismo archivo");
+    esperarRehusado(juntos(carpeta / "d/x", carpeta / "e/x"), CodigoSalida::malUso, "son el mismo archivo");
+    poner("d/uno");
+    fs::create_symlink("d/uno", carpeta / "otro");
+    esperarRehusado(
+        correr({"descargar", "--reemplazar", "--base", carpeta / "d/uno", "--csv", carpeta / "otro"}),
+        CodigoSalida::malUso, "son el mismo archivo");
+    EXPECT_EQ(leerTodo(carpeta / "d/uno"), "viejo");
+}
+
+TEST_F(Archivos, WhatCanBeKnownIsToldBeforeTheLoggerHearsAnything) {
+    esperarRehusado(correr({"descargar", "--base", carpeta / "no/a.rgt"}), CodigoSalida::fallo,
+                    "no se pudo guardar a.rgt: no existe la carpeta");
+    esperarRehusado(correr({"descargar", "--base", carpeta / "a.rgt", "--csv", carpeta / "no/a.csv"}),
+                    CodigoSalida::fallo, "no se pudo guardar a.csv: no existe la carpeta");
+    esperarRehusado(correr({"descargar", "--base", carpeta.ruta()}), CodigoSalida::fallo, "es una carpeta");
+    // Replacing is no way out where there is no file.
+    EXPECT_THAT(correr({"descargar", "--base", carpeta.ruta()}).errores, Not(HasSubstr("--reemplazar")));
+    const DiscoChico disco(carpeta / "disco");
+    if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
+    esperarRehusado(correr({"descargar", "--base", carpeta / "disco/a.rgt"}), CodigoSalida::fallo,
+                    "no se pudo guardar a.rgt: no queda espacio en el disco");
+    ASSERT_TRUE(disco.soloLectura());
+    esperarRehusado(correr({"descargar", "--base", carpeta / "disco/a.rgt"}), CodigoSalida::fallo,
+                    "el disco es de solo lectura");
+}
+
+TEST_F(Archivos, TheLongestNameThereIsWillDo) {
+    const std::string largo = std::string(251, 'n') + ".rgt";
+    EXPECT_EQ(correr({"descargar", "--base", carpeta / largo}).codigo, CodigoSalida::hecho);
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre(largo));
+    oidas = puertos.aperturas(kPuerto);
+    esperarRehusado(correr({"descargar", "--base", carpeta / ("n" + largo)}), CodigoSalida::fallo,
+                    "n" + largo + ": el nombre es demasiado largo");
+}
+
+// --- what is no file
+
+class NoEsArchivo : public Archivos {
+   protected:
+    // What comes through a FIFO while the tool runs.
+    std::string porTubo(const std::vector<std::string>& argumentos) {
+        std::string todo;
+        std::jthread lector([&] { todo = leerTodo(carpeta / "tubo"); });
+        const auto r = correr(argumentos);
+        EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+        lector.join();
+        EXPECT_TRUE(fs::is_fifo(carpeta / "tubo"));
+        return todo;
+    }
+};
+
+TEST_F(NoEsArchivo, AFifoIsWrittenToAndStaysOne) {
+    ASSERT_EQ(::mkfifo((carpeta / "tubo").c_str(), 0600), 0);
+    EXPECT_TRUE(porTubo({"descargar", "--base", carpeta / "tubo"}) == imagen());
+    poner("a.rgt", imagen());
+    EXPECT_THAT(porTubo({"convertir", carpeta / "a.rgt", carpeta / "tubo"}),
+                StartsWith(" Equipo Registrador VELTRA"));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), UnorderedElementsAre("tubo", "a.rgt"));
+}
+
+TEST_F(NoEsArchivo, WhileNobodyReadsAFifoASignalEndsTheWait) {
+    ASSERT_EQ(::mkfifo((carpeta / "tubo").c_str(), 0600), 0);
+    poner("a.rgt", imagen());
+    senalTras = {std::chrono::seconds(3), SIGINT};
+    EXPECT_EQ(correr({"convertir", carpeta / "a.rgt", carpeta / "tubo"}).codigo, CodigoSalida::interrumpido);
+}
+
+TEST_F(NoEsArchivo, ADeviceIsNotReplaced) {
+    const auto nulo = carpeta / "nulo";
+    if (::mknod(nulo.c_str(), S_IFCHR | 0666, makedev(1, 3)) != 0)
+        GTEST_SKIP() << "making devices is not permitted here";
+    EXPECT_EQ(correr({"descargar", "--base", nulo, "--csv", nulo}).codigo, CodigoSalida::hecho);
+    EXPECT_TRUE(fs::is_character_file(nulo));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("nulo"));
+    const auto lleno = carpeta / "lleno";
+    ASSERT_EQ(::mknod(lleno.c_str(), S_IFCHR | 0666, makedev(1, 7)), 0);
+    const auto r = correr({"descargar", "--base", nulo, "--csv", lleno});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar lleno: no es un archivo normal"));
+    EXPECT_THAT(r.errores, Not(HasSubstr("se descarga la memoria"))) << "known before the logger is asked";
+}
+
+TEST_F(NoEsArchivo, TheOutputByItsOtherNamesIsTheOutput) {
+    poner("a.rgt", imagen());
+    const auto derecha = correr({"convertir", carpeta / "a.rgt", "-"}).salida;
+    EXPECT_TRUE(correr({"convertir", carpeta / "a.rgt", "/dev/stdout"}).salida == derecha);
+    entrada.llenar(imagen());
+    EXPECT_TRUE(correr({"convertir", "/dev/stdin", "/dev/fd/1"}).salida == derecha);
+    EXPECT_TRUE(correr({"descargar", "--base", "/dev/stdout"}).salida == imagen());
+}
+
+// --- what an earlier run left
+
+class Parcial : public Archivos {
+   protected:
+    std::size_t bloques() { return parcial().size() / kBytesBloque; }
+};
+
+TEST_F(Parcial, OfAnotherLoggerIsSetAsideAndNeverOverAnEarlierOne) {
+    for (const auto* serie : {"uno", "dos", "tres"}) {
+        poner("a.rgt.parcial", serie + std::string(6400, 'x'));
+        cortarEn(50);
+        EXPECT_EQ(descargar().codigo, CodigoSalida::fallo);
+        EXPECT_TRUE(parcial() == imagen().substr(0, 50 * kBytesBloque));
+    }
+    EXPECT_THAT(leerTodo(carpeta / "a.rgt.parcial.anterior"), StartsWith("uno"));
+    EXPECT_THAT(leerTodo(carpeta / "a.rgt.parcial.2.anterior"), StartsWith("dos"));
+    EXPECT_THAT(leerTodo(carpeta / "a.rgt.parcial.3.anterior"), StartsWith("tres"));
+}
+
+TEST_F(Parcial, OfOtherContentIsSetAsideWhole) {
+    auto otro = imagen().substr(0, 1000 * kBytesBloque);
+    otro[500 * kBytesBloque + 7] ^= 1;
+    poner("a.rgt.parcial", otro);
+    cortarEn(600);
+    const auto r = descargar();
+    EXPECT_THAT(r.errores, HasSubstr("no coincide con lo que se lee ahora y se guardó como"));
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt.parcial.anterior") == otro);
+    EXPECT_TRUE(parcial() == imagen().substr(0, 600 * kBytesBloque));
+}
+
+TEST_F(Parcial, ThatReachesFurtherStaysAsItIs) {
+    auto viejo = imagen().substr(0, 1000 * kBytesBloque);
+    viejo[107] ^= 1;  // the clock runs
+    poner("a.rgt.parcial", viejo);
+    cortarEn(999);
+    descargar();
+    EXPECT_TRUE(parcial() == viejo) << "blocks of two readings stand in it";
+    // Overtaken, it is the new reading's from its first block on.
+    cortarEn(1001);
+    descargar();
+    EXPECT_TRUE(parcial() == imagen().substr(0, 1001 * kBytesBloque));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
+}
+
+TEST_F(Parcial, IsNotLostBecauseItIsShort) {
+    poner("a.rgt.parcial", "corta");
+    cortarEn(0);
+    descargar();
+    EXPECT_EQ(parcial(), "corta");
+    cortarEn(1);
+    descargar();
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt.parcial.anterior"), "corta");
+    EXPECT_EQ(bloques(), 1U);
+}
+
+TEST_F(Parcial, WithAPieceOfABlockGoesOn) {
+    poner("a.rgt.parcial", imagen().substr(0, 200 * kBytesBloque + 13));
+    cortarEn(300);
+    descargar();
+    EXPECT_EQ(bloques(), 300U);
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
+}
+
+TEST_F(Parcial, LongerThanAnImageIsNone) {
+    poner("a.rgt.parcial", imagen() + "y algo");
+    EXPECT_EQ(descargar().codigo, CodigoSalida::hecho);
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt.parcial.anterior") == imagen() + "y algo");
+}
+
+TEST_F(Parcial, WholeFromAnEarlierRunIsReadAgainAndReplaced) {
+    auto viejo = imagen();
+    viejo[107] ^= 1;
+    poner("a.rgt.parcial", viejo);
+    EXPECT_EQ(descargar().codigo, CodigoSalida::hecho);
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt"));
+}
+
+TEST_F(Parcial, ALinkInItsPlaceIsNotFollowed) {
+    poner("ajeno", "valioso");
+    fs::create_symlink("ajeno", carpeta / "a.rgt.parcial");
+    const auto r = descargar();
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar a.rgt.parcial: es un enlace"));
+    EXPECT_EQ(leerTodo(carpeta / "ajeno"), "valioso");
+}
+
+TEST_F(Parcial, AFifoInItsPlaceIsRefused) {
+    ASSERT_EQ(::mkfifo((carpeta / "a.rgt.parcial").c_str(), 0600), 0);
+    EXPECT_THAT(descargar().errores, HasSubstr("a.rgt.parcial: no es un archivo normal"));
+}
+
+// --- converting
+
+TEST_F(Archivos, AnInputLongerThanAnImageIsTold) {
+    poner("a.rgt", imagen());
+    EXPECT_THAT(correr({"convertir", carpeta / "a.rgt", "-"}).errores, Not(HasSubstr("aviso")));
+    poner("a.rgt", imagen() + "x");
+    EXPECT_THAT(correr({"convertir", carpeta / "a.rgt", "-"}).errores,
+                HasSubstr("aviso: hay más de los 262144 bytes de una imagen"));
+    entrada.llenar(imagen() + std::string(100'000, 'x'));
+    EXPECT_THAT(correr({"convertir", "-", "-"}).errores, HasSubstr("hay más de los 262144 bytes"));
+}
+
+TEST_F(Archivos, TheEndingOfAnOutputCountsInAnyCase) {
+    poner("a.rgt", imagen());
+    const auto hecho = [&](const std::string& nombre) {
+        EXPECT_EQ(correr({"convertir", carpeta / "a.rgt", carpeta / nombre}).codigo, CodigoSalida::hecho);
+        return leerTodo(carpeta / nombre);
+    };
+    EXPECT_TRUE(hecho("a.XLS") == hecho("a.xls"));
+    EXPECT_TRUE(hecho("a.Jsonl") == hecho("a.jsonl"));
+    EXPECT_THAT(hecho("a.CSV"), StartsWith(" Equipo"));
+}
+
+TEST_F(Archivos, AFolderThatIsNotThereIsToldOnce) {
+    poner("a.rgt", imagen());
+    const auto r = correr({"convertir", "--en", carpeta / "no", carpeta / "a.rgt", carpeta / "b.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, EndsWith("no existe la carpeta " + (carpeta / "no").string() + "\n"));
+    EXPECT_EQ(std::count(r.errores.begin(), r.errores.end(), '\n'), 1);
+}
+
+}  // namespace
+}  // namespace telvane

@@ -1,0 +1,465 @@
+// The line has no checksum: what is believed, what is read again, and what the operator is told when a write
+// did not end well.
+#include <fcntl.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+
+#include <nlohmann/json.hpp>
+
+#include "cli_prueba.h"
+#include "live/marco_en_linea.h"
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr std::size_t kAcuses = 2;
+
+class Dudas : public CliPrueba {
+   protected:
+    // One byte of the given reading's record, counted from 1 in this command, comes as another.
+    void danarLectura(std::size_t vez, std::size_t lugar, std::uint8_t mascara) {
+        puertos.manipular(kPuerto, [=, lecturas = std::size_t{0}](const ByteSaliente& saliente) mutable {
+            if (saliente.intercambio != Intercambio::lectura) return Efecto::pasar(saliente.byte);
+            if (saliente.indice == 1) ++lecturas;
+            const bool este = lecturas == vez && saliente.indice == kAcuses + lugar;
+            return Efecto::pasar(este ? static_cast<std::uint8_t>(saliente.byte ^ mascara) : saliente.byte);
+        });
+    }
+    FechaHora reloj() { return puertos.maquina(kPuerto).reloj(bucle.reloj().monotono()); }
+    static std::size_t veces(const std::string& texto, const std::string& que) {
+        std::size_t cuantas = 0;
+        for (auto i = texto.find(que); i != std::string::npos; i = texto.find(que, i + 1)) ++cuantas;
+        return cuantas;
+    }
+    // Answers of the logger's in this exchange meet this from the given byte on, every time.
+    void callarEn(Intercambio intercambio, std::size_t indice) {
+        puertos.manipular(kPuerto, [=](const ByteSaliente& saliente) {
+            auto efecto = Efecto::pasar(saliente.byte);
+            efecto.callar = saliente.intercambio == intercambio && saliente.indice == indice;
+            return efecto;
+        });
+    }
+};
+
+// --- configurar
+
+TEST_F(Dudas, AYearDamagedOnceIsNotSetAsTheLoggersClock) {
+    for (const std::size_t vez : {1u, 2u}) {
+        danarLectura(vez, registro_config::kReloj + 5, 0x10);  // the year, ten years off
+        const auto r = correr(
+            {"configurar", "--usuario", vez == 1 ? "Uno" : "Dos", "--borrar-memoria", "--sin-respaldo"});
+        EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+        EXPECT_THAT(r.errores, HasSubstr("Dos lecturas de la configuración no coinciden"));
+        EXPECT_EQ(reloj().anio, 2026);
+    }
+}
+
+TEST_F(Dudas, AFieldDamagedOnceIsNeitherAnnouncedNorSentBack) {
+    danarLectura(1, registro_config::kUbicacion, 0x01);
+    const auto antes = puertos.maquina(kPuerto).texto(CampoTexto::ubicacion);
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(puertos.maquina(kPuerto).texto(CampoTexto::ubicacion), antes);
+    EXPECT_THAT(r.errores, Not(HasSubstr("Ubicacion")));
+}
+
+TEST_F(Dudas, ReadingsThatNeverAgreeWriteNothing) {
+    puertos.manipular(kPuerto, [vez = 0](const ByteSaliente& saliente) mutable {
+        const bool este = saliente.intercambio == Intercambio::lectura && saliente.indice == kAcuses + 10;
+        return Efecto::pasar(este ? static_cast<std::uint8_t>('a' + ++vez) : saliente.byte);
+    });
+    const auto r = correr({"configurar", "--altitud", "12", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("no se escribe nada"));
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+}
+
+// A clock chip that tells anything can still be set.
+TEST_F(Dudas, AClockThatIsNotSentBackNeedNotAgree) {
+    puertos.manipular(kPuerto, [vez = 0](const ByteSaliente& saliente) mutable {
+        const bool anio = saliente.intercambio == Intercambio::lectura &&
+                          saliente.indice == kAcuses + registro_config::kReloj + 5 && ++vez <= 2;
+        return Efecto::pasar(anio ? static_cast<std::uint8_t>(vez) : saliente.byte);
+    });
+    const auto r = correr({"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(reloj().anio, 2026);
+}
+
+class Demorada : public Dudas {
+   protected:
+    // The first block of the download comes late, as the whole of it does on the real line.
+    Demorada() {
+        puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+            auto efecto = Efecto::pasar(saliente.byte);
+            if (saliente.intercambio == Intercambio::descarga && saliente.indice % (64 * 64) == 2)
+                efecto.demora = 2300ms;
+            return efecto;
+        });
+    }
+};
+
+TEST_F(Demorada, TheTimeThatIsGivenGoesOnDuringTheBackup) {
+    const auto inicio = bucle.reloj().monotono();
+    const auto r = correr({"configurar", "--fecha", "31/12/2024", "--hora", "23:59:58", "--borrar-memoria",
+                           "--respaldo", carpeta / "antes.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    const auto pasado = bucle.reloj().monotono() - inicio;
+    ASSERT_GT(pasado, 2min);
+    const auto ahora = reloj();
+    EXPECT_EQ(ahora.anio, 2025);
+    EXPECT_EQ(ahora.dia, 1);
+    EXPECT_NEAR(std::chrono::duration<double>(ahora.deDia).count(),
+                std::chrono::duration<double>(pasado - 2s).count(), 1.5);
+}
+
+TEST_F(Demorada, OnlyATimeKeepsTheLoggersDate) {
+    puertos.maquina(kPuerto).ponerReloj({2026, 11, 19, 23h + 59min}, bucle.reloj().monotono());
+    const auto r =
+        correr({"configurar", "--hora", "10:00:00", "--borrar-memoria", "--respaldo", carpeta / "antes.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    // Given at 23:59 of the 19th; the backup ended on the 20th of the old clock.
+    EXPECT_EQ(reloj().dia, 19);
+    EXPECT_LT(reloj().deDia, 10h + 4min);
+}
+
+TEST_F(Dudas, ThePcsClockIsTakenWhenItIsSent) {
+    const auto r = correr({"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    const std::chrono::duration<double> atraso = bucle.reloj().ahora().deDia - reloj().deDia;
+    EXPECT_NEAR(atraso.count(), 0, 1.0);
+}
+
+TEST_F(Dudas, AYearThatTheLoggersByteCannotHoldIsRefusedBeforeTheSearch) {
+    EXPECT_EQ(correr({"configurar", "--fecha", "01/01/2065", "--borrar-memoria"}).codigo,
+              CodigoSalida::malUso);
+    for (const int anio : {1999, 2065}) {
+        bucle.reloj().ponerHora({anio, 6, 1, 10h});
+        const auto r = correr({"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"});
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_THAT(r.errores, HasSubstr("ponga uno de 2000 a 2064"));
+    }
+    EXPECT_EQ(puertos.aperturas(kPuerto), 0U);
+    bucle.reloj().ponerHora({2026, 6, 1, 10h});
+    EXPECT_EQ(correr({"configurar", "--fecha", "31/12/2064", "--borrar-memoria", "--sin-respaldo"}).codigo,
+              CodigoSalida::hecho);
+}
+
+class NoSeEnvia : public Dudas, public testing::WithParamInterface<const char*> {};
+
+TEST_P(NoSeEnvia, TextWithControlCharactersIsRefused) {
+    const auto r = correr({"configurar", "--usuario", GetParam(), "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+    EXPECT_THAT(r.errores, HasSubstr("--usuario: hay un carácter"));
+    EXPECT_EQ(puertos.aperturas(kPuerto), 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Textos, NoSeEnvia,
+                         testing::Values("a\nb", "a\x1b[2J", "a\x7f", "a\u0081", "a\u009b", "a\tb",
+                                         "a\xffz"));
+
+// --- where a write stands
+
+TEST_F(Dudas, NothingSentSaysThatTheMemoryIsThere) {
+    callarEn(Intercambio::escritura, 1);
+    const auto respaldo = (carpeta / "antes.rgt").string();
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", respaldo});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("No se envió nada: la configuración y la memoria siguen como estaban."));
+    EXPECT_THAT(r.errores, HasSubstr("El respaldo de la memoria está en " + respaldo));
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+}
+
+TEST_F(Dudas, PartlySentSaysHowMuchAndWhatToDo) {
+    callarEn(Intercambio::escritura, 41);
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("Se enviaron 40 de 107 bytes"));
+    EXPECT_THAT(r.errores, HasSubstr("No hay respaldo de la memoria: se pidió --sin-respaldo."));
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+}
+
+TEST_F(Dudas, SentAndNotConfirmedSaysThatTheMemoryIsGone) {
+    puertos.manipular(kPuerto, [escrito = false](const ByteSaliente& saliente) mutable {
+        auto efecto = Efecto::pasar(saliente.byte);
+        escrito = escrito || saliente.intercambio == Intercambio::escritura;
+        efecto.callar = escrito && saliente.intercambio == Intercambio::lectura;
+        return efecto;
+    });
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("Se envió todo y no se pudo confirmar. Dé la memoria por borrada"));
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 1U);
+}
+
+TEST_F(Dudas, AnInterruptedWriteSaysWhereItStands) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio == Intercambio::escritura && saliente.indice == 10) efecto.demora = 4s;
+        return efecto;
+    });
+    senalTras = {8s, SIGINT};
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::interrumpido);
+    EXPECT_THAT(r.errores, HasSubstr("de 107 bytes"));
+}
+
+TEST_F(Dudas, OneDamagedReadingAfterTheWriteIsNoFailure) {
+    danarLectura(3, registro_config::kUsuario, 0x01);
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+}
+
+TEST_F(Dudas, ASerialNumberSentInPartSaysSo) {
+    callarEn(Intercambio::serie, 3);
+    const auto r = correr({"serie", "20800512"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("Se enviaron 2 de 5 bytes"));
+}
+
+// --- readings of the configuration
+
+TEST_F(Dudas, ABrokenReadingIsTriedAgain) {
+    puertos.manipular(kPuerto, [hecho = false](const ByteSaliente& saliente) mutable {
+        auto efecto = Efecto::pasar(saliente.byte);
+        const bool aqui = saliente.intercambio == Intercambio::lectura && saliente.indice == 50;
+        if (aqui && !std::exchange(hecho, true)) efecto.callar = true;
+        return efecto;
+    });
+    const auto r = correr({"configuracion", "--json"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(nlohmann::json::parse(r.salida)["usuario"], "INTA Estacion Experimental");
+    EXPECT_THAT(r.errores, HasSubstr("reintentos que quedan: 1"));
+}
+
+TEST_F(Dudas, ADownloadsReadingIsTriedAsOftenAsTheDownload) {
+    callarEn(Intercambio::lectura, 50);
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, Not(HasSubstr("Se vuelve a empezar")));
+}
+
+// --- the serial number of a download
+
+TEST_F(Dudas, TheImagesOwnSerialNumberDecidesTheColumns) {
+    danarLectura(1, registro_config::kSerie + 3, 0x0F);
+    danarLectura(1, registro_config::kSerie + 1, 0x80);
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--csv", carpeta / "a.csv"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("dice Nro 02880050 y la memoria, Nro 02080050: vale el de la memoria"));
+    const auto csv = leerTodo(carpeta / "a.csv");
+    EXPECT_THAT(csv, HasSubstr(",Eva parcial[mm]\r\n"));
+    EXPECT_THAT(csv, HasSubstr("Nro  : 02080050\r\n"));
+}
+
+TEST_F(Dudas, TheImagesOwnTextsAndIntervalStandInTheTable) {
+    danarLectura(1, registro_config::kUbicacion, 0x01);
+    auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--csv", carpeta / "a.csv"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("no dicen lo mismo (ubicacion): vale lo de la memoria"));
+    danarLectura(1, registro_config::kIntervalo, 0x11);
+    r = correr({"descargar", "--base", carpeta / "b.rgt", "--csv", carpeta / "b.csv"});
+    EXPECT_THAT(r.errores, HasSubstr("no dicen lo mismo (intervalo): vale lo de la memoria"));
+    puertos.manipular(kPuerto, {});
+    r = correr({"descargar", "--base", carpeta / "c.rgt", "--csv", carpeta / "c.csv"});
+    EXPECT_THAT(r.errores, Not(HasSubstr("no dicen lo mismo")));
+    // The moment of the table stands above its header.
+    const auto cabecera = [&](const char* nombre) {
+        const auto csv = leerTodo(carpeta / nombre);
+        const auto desde = csv.find("Muestras cada");
+        return csv.substr(desde, csv.find("Fecha,") - desde);
+    };
+    EXPECT_EQ(cabecera("a.csv"), cabecera("c.csv"));
+    EXPECT_EQ(cabecera("b.csv"), cabecera("c.csv"));
+}
+
+// --- live readings
+
+class Vivas : public Dudas {
+   protected:
+    // Something happens to one byte of one frame, counted from the first that is asked for after the probe.
+    void enElMarco(std::size_t marco, std::size_t lugar, std::function<Efecto(std::uint8_t)> efecto) {
+        puertos.manipular(kPuerto, [=](const ByteSaliente& saliente) {
+            const bool este = saliente.numero == (marco + 1) * kBytesMarco + lugar;
+            return este ? efecto(saliente.byte) : Efecto::pasar(saliente.byte);
+        });
+    }
+    std::string limpias() {
+        puertos.manipular(kPuerto, {});
+        return correr(orden()).salida;
+    }
+    static std::vector<std::string> orden() { return {"en-linea", "--cuenta", "5"}; }
+};
+
+TEST_F(Vivas, ALostByteCostsOneReadingMoreAndIsTold) {
+    const auto bien = limpias();
+    enElMarco(1, 7, [](std::uint8_t) { return Efecto{}; });
+    const auto r = correr(orden());
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("lectura repetida (1 desde el comienzo): llegaron 30 bytes de 31"));
+    EXPECT_EQ(veces(r.salida, "[RH%]="), 5U);
+    EXPECT_THAT(r.salida, Not(HasSubstr("[RH%]=-")));
+    EXPECT_EQ(veces(bien, "[RH%]="), 5U);
+}
+
+TEST_F(Vivas, AByteTooManyCostsOneReadingMoreAndIsTold) {
+    enElMarco(1, 0, [](std::uint8_t byte) {
+        Efecto efecto = Efecto::pasar(0x42);
+        efecto.bytes.push_back(byte);
+        return efecto;
+    });
+    const auto r = correr(orden());
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("llegaron 32 bytes de 31"));
+    EXPECT_EQ(veces(r.salida, "[RH%]="), 5U);
+}
+
+// Between two frames nobody asked for anything.
+TEST_F(Vivas, AByteBetweenTwoFramesShiftsNothing) {
+    const auto bien = limpias();
+    const auto ruido =
+        bucle.alarma(1500ms, [this] { puertos.inyectar(kPuerto, std::vector<std::uint8_t>{0x55}); });
+    const auto r = correr(orden());
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(veces(r.salida, "[RH%]="), 5U);
+    for (const auto* canal : {"Temp[ºC]=", "Presion Atm [kPa]="}) {
+        EXPECT_EQ(r.salida.substr(r.salida.rfind(canal), 30), bien.substr(bien.rfind(canal), 30));
+    }
+}
+
+TEST_F(Vivas, AnImpossibleValueIsAskedForAgain) {
+    enElMarco(2, marco::kTemperatura, [](std::uint8_t byte) { return Efecto::pasar(byte | 0x80); });
+    const auto r = correr(orden());
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("trae un valor que ningún sensor da"));
+    EXPECT_THAT(r.salida, Not(HasSubstr("Temp[ºC]=-")));
+}
+
+// A sensor that is broken for good is the logger's own word.
+TEST_F(Vivas, AnImpossibleValueThatStaysIsShownAndToldOnce) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        const bool temperatura = saliente.indice == marco::kTemperatura;
+        return Efecto::pasar(temperatura ? 0x80 : saliente.byte);
+    });
+    const auto r = correr(orden());
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(veces(r.salida, "[RH%]="), 5U);
+    EXPECT_EQ(veces(r.errores, "se muestra como llega"), 1U);
+}
+
+TEST_F(Vivas, ALineThatNeverBringsAWholeFrameEndsAsAFailure) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        return saliente.indice == 30 && saliente.numero >= kBytesMarco ? Efecto{}
+                                                                       : Efecto::pasar(saliente.byte);
+    });
+    const auto r = correr(orden());
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("ninguna lectura llega entera: revise el cable"));
+    EXPECT_EQ(r.salida, "");
+}
+
+TEST_F(Vivas, AMonitorOfDaysOutlivesALineThatLosesAByteAnHour) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        return saliente.numero % (kBytesMarco * 60) == 100 ? Efecto{} : Efecto::pasar(saliente.byte);
+    });
+    const auto r = correr({"en-linea", "--cuenta", "4320", "--cada", "60", "--json"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores.substr(0, 500);
+    EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 4320);
+    EXPECT_THAT(r.errores, HasSubstr("lectura repetida (70 desde el comienzo)"));
+}
+
+// --- what is shown
+
+TEST_F(Dudas, ControlCharactersOfTheLoggerReachNoTerminal) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        constexpr std::string_view kMalo = "a\x1b[2J\x7f\x9d\x81\nb";
+        const auto desde = kAcuses + registro_config::kUsuario;
+        if (saliente.intercambio != Intercambio::lectura || saliente.indice < desde ||
+            saliente.indice >= desde + kMalo.size())
+            return Efecto::pasar(saliente.byte);
+        return Efecto::pasar(static_cast<std::uint8_t>(kMalo[saliente.indice - desde]));
+    });
+    const auto r = correr({"configuracion"});
+    EXPECT_THAT(r.salida, HasSubstr("Usuario: a[2Jb"));
+    for (const char c : {'\x1b', '\x7f', '\x9d', '\x81'}) EXPECT_EQ(r.salida.find(c), std::string::npos);
+    const auto json = correr({"configuracion", "--json"}).salida;
+    EXPECT_THAT(json, HasSubstr("a\\u001b[2J\\u007f\\u009d\\u0081\\nb"));
+    const auto cambio = correr({"configurar", "--usuario", "Otro"});
+    EXPECT_THAT(cambio.errores, HasSubstr("Usuario: \"a[2Jb"));
+    EXPECT_EQ(cambio.errores.find('\x1b'), std::string::npos);
+}
+
+TEST_F(Dudas, WhatAdaptersCallThemselvesReachesNoTerminal) {
+    int maestro = -1;
+    int esclavo = -1;
+    std::array<char, 128> nombre{};
+    ASSERT_EQ(::openpty(&maestro, &esclavo, nombre.data(), nullptr, nullptr), 0);
+    const auto clase = carpeta / "sys/class/tty" / std::filesystem::path(nombre.data()).filename();
+    std::filesystem::create_directories(clase / "device");
+    std::ofstream(clase / "device/idVendor") << "0403\n";
+    std::ofstream(clase / "device/product") << "UART\x1b]0;mal\x07\x9b\x7f\n";
+    const auto com = std::string("1=") + nombre.data();
+    const auto r = correr({"puertos", "--com", com});
+    EXPECT_THAT(r.salida, HasSubstr("UART]0;mal"));
+    for (const char c : {'\x1b', '\x07', '\x7f', '\x9b'}) EXPECT_EQ(r.salida.find(c), std::string::npos);
+    const auto json = correr({"puertos", "--json", "--com", com}).salida;
+    EXPECT_THAT(json, HasSubstr("UART\\u001b]0;mal\\u0007"));
+    EXPECT_EQ(json.find('\x7f'), std::string::npos);
+    ::close(maestro);
+    ::close(esclavo);
+}
+
+// --- the progress line
+
+class Ancho : public Dudas, public testing::WithParamInterface<unsigned short> {};
+
+TEST_P(Ancho, TheProgressLineStaysWithinTheTerminal) {
+    int maestro = -1;
+    winsize tamano{.ws_row = 24, .ws_col = GetParam(), .ws_xpixel = 0, .ws_ypixel = 0};
+    ASSERT_EQ(::openpty(&maestro, &erroresAjenos, nullptr, nullptr, &tamano), 0);
+    ASSERT_EQ(::fcntl(maestro, F_SETFL, O_NONBLOCK), 0);
+    std::string todo;
+    puertos.manipular(kPuerto, [&](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio != Intercambio::descarga || saliente.indice % 4096 != 2) return efecto;
+        efecto.demora = 2300ms;
+        std::array<char, 8192> trozo;
+        const auto n = ::read(maestro, trozo.data(), trozo.size());
+        if (n > 0) todo.append(trozo.data(), static_cast<std::size_t>(n));
+        // Half way the window is made narrower.
+        if (saliente.indice > 2048 * 64 && tamano.ws_col > 20) {
+            tamano.ws_col = 20;
+            ::ioctl(maestro, TIOCSWINSZ, &tamano);
+            todo += "\r<20>\r";
+        }
+        return efecto;
+    });
+    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo,
+              CodigoSalida::hecho);
+    ::close(maestro);
+    ::close(erroresAjenos);
+    std::size_t cabe = GetParam();
+    std::size_t barras = 0;
+    for (std::size_t i = 0; i < todo.size();) {
+        const auto fin = std::min(todo.find_first_of("\r\n", i), todo.size());
+        auto linea = todo.substr(i, fin - i);
+        const bool aviso = todo.compare(fin, 2, "\r\n") == 0;
+        i = fin + 1;
+        if (linea == "<20>") cabe = std::min<std::size_t>(cabe, 20);
+        if (aviso || !linea.starts_with("\x1b[K")) continue;
+        linea.erase(0, 3);
+        barras += linea.empty() ? 0 : 1;
+        EXPECT_LT(linea.size(), cabe) << linea;
+    }
+    EXPECT_GT(barras, GetParam() > 1 ? 10U : 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Columnas, Ancho, testing::Values(2, 8, 20, 40, 60, 79, 80, 81, 132, 300));
+
+}  // namespace
+}  // namespace telvane
