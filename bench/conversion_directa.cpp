@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "bench/decodificador_directo.h"
-#include "data/decodificador.h"
+#include "data/linea_muestra.h"
 #include "data/memoria.h"
 
 int main(int argc, char** argv) {
@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
     std::vector<std::uint8_t> imagen(kBytes);
     const int entrada = ::open(argv[1], O_RDONLY | O_CLOEXEC);
     if (entrada < 0 || ::read(entrada, imagen.data(), kBytesMemoria) < 0) return 1;
-    std::vector<char> texto(kUltimoBloque * Decodificador::kBloqueMaximo);
+    std::vector<char> texto(2 * kUltimoBloque * kLineaMaxima);
     const auto largo = bench::decodificarDirecto(imagen.data(), kUltimoBloque, texto.data());
     const int salida = ::open(argv[2], O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     return salida >= 0 && ::write(salida, texto.data(), largo) == static_cast<ssize_t>(largo) ? 0 : 1;

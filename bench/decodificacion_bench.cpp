@@ -10,6 +10,7 @@
 #include "bench/imagen.h"
 #include "bench/razones.h"
 #include "data/bloques_texto.h"
+#include "data/linea_muestra.h"
 
 namespace telvane::bench {
 
@@ -20,7 +21,7 @@ struct Banco {
     Memoria memoria = imagenLlena();
     Decodificador decodificador;
     BloquesTexto bloques;
-    std::vector<char> destino = std::vector<char>(kUltimoBloque * Decodificador::kBloqueMaximo);
+    std::vector<char> destino = std::vector<char>(2 * kUltimoBloque * kLineaMaxima);
 
     void decodificar() {
         bloques.decodificar(memoria, decodificador, kUltimoBloque);

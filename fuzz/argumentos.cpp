@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "cli/codigos_salida.h"
 #include "cli/ordenes.h"
+#include "consola/codigos_salida.h"
 #include "fuzz/azar.h"
 #include "platform/bucle_posix.h"
 
@@ -13,13 +13,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t cua
     static const int nadie = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     static BuclePosix bucle;
     static const RelojSistema reloj;
-    EntornoCli entorno{.bucle = bucle,
-                       .reloj = reloj,
-                       .correrHasta = [](const auto&, auto) { return true; },
-                       .abrirPuertos = [](const MapaCom&) { return nullptr; },
-                       .entrada = nadie,
-                       .salida = nadie,
-                       .errores = nadie};
+    EntornoCli entorno{{.bucle = bucle,
+                        .reloj = reloj,
+                        .correrHasta = [](const auto&, auto) { return true; },
+                        .entrada = nadie,
+                        .salida = nadie,
+                        .errores = nadie},
+                       {.abrirPuertos = [](const MapaCom&) { return nullptr; }}};
     Consola consola(entorno);
     ContextoCli contexto{.entorno = entorno, .consola = consola, .com = {}, .orden = {}};
     Argumentos linea("telvane-cli", "0", "azar");

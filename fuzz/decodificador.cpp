@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "data/linea_muestra.h"
 #include "fuzz/azar.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t cuantos) {
@@ -21,11 +22,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t cua
         for (std::size_t i = 0; i < bloque.size(); ++i) {
             exigirQue(porBytes.proceso(static_cast<int>(i), bloque[i]));
         }
-        std::array<char, Decodificador::kBloqueMaximo> destino{};
-        const auto lineas = porBloques.procesoBloque(bloque, destino.data());
-        const std::string texto(destino.data(), lineas.fin);
+        const auto buenos = porBloques.procesoBloque(bloque);
+        std::string texto;
+        buenos.recorrer([&](BytesMuestraConst registro) {
+            std::array<char, kLineaMaxima> linea{};
+            texto.append(linea.data(), escribirLinea(linea.data(), registro, evaporacion));
+        });
         exigirQue(texto == porBytes.lineaMuestras);
-        exigirQue(static_cast<std::uint32_t>(std::count(texto.begin(), texto.end(), '\n')) == lineas.cuantas);
+        exigirQue(static_cast<std::uint32_t>(std::count(texto.begin(), texto.end(), '\n')) ==
+                  buenos.cuantos());
         exigirQue(porBytes.registroValido() == porBloques.registroValido());
         porBytes.lineaMuestras.clear();
     }

@@ -1,5 +1,5 @@
 // A memory image of any length and content, to every format.
-#include "cli/conversion.h"
+#include "data/conversion.h"
 #include "fuzz/azar.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t cuantos) {

@@ -32,9 +32,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t cua
     const auto mensaje = mensajeConfig(config);
     exigirQue(mensaje.size() == kBytesMensajeConfig);
     const auto escritura = pasoEscritura(contador, mensaje);
-    exigirQue(escritura.respuesta.has_value() != escritura.sobrante);
+    exigirQue(escritura.respuesta.has_value() != (escritura.hito == HitoEnvio::fueraDePaso));
 
     const auto serie = pasoSerie(contador, empacarSerie(entrada.texto()));
-    exigirQue(serie.respuesta.has_value() != serie.inesperado);
+    exigirQue(serie.respuesta.has_value() != (serie.hito == HitoEnvio::fueraDePaso));
     return 0;
 }

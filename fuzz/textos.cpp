@@ -4,6 +4,7 @@
 
 #include "fuzz/azar.h"
 #include "link/mapa_com.h"
+#include "link/protocolo.h"
 #include "link/puerto_serie.h"
 #include "loggerconfig/edicion.h"
 #include "platform/cp1252.h"
@@ -31,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t cua
     while (entrada.queda()) pares.push_back(entrada.linea());
     try {
         const auto mapa = MapaCom::fijo(pares);
-        for (const int numero : mapa.numeros()) exigirQue(numero >= 1 && numero <= MapaCom::kMaximoFijo);
+        for (const int numero : mapa.numeros()) exigirQue(numero >= 1 && numero <= kUltimoPuerto);
     } catch (const ErrorPuerto& error) {
         exigirQue(error.motivo() == MotivoPuerto::lineaInvalida);
     }

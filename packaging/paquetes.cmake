@@ -14,7 +14,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL telvane-cli)
+set(CPACK_COMPONENTS_ALL telvane-cli telvane-historico)
 if(TELVANE_VENTANA)
  list(APPEND CPACK_COMPONENTS_ALL telvane)
 endif()
@@ -48,6 +48,17 @@ texts are in Spanish.")
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_DEPENDS "adduser")
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_RECOMMENDS "bash-completion, libsystemd0")
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_SUGGESTS "telvane")
+
+set(CPACK_DEBIAN_TELVANE-HISTORICO_PACKAGE_NAME telvane-historico)
+set(CPACK_DEBIAN_TELVANE-HISTORICO_DESCRIPTION "archive of weather-station data logger downloads
+Keeps the memory images of the data loggers of many weather stations, and
+their samples, for years: in one SQLite file, or in a PostgreSQL data base.
+Images may come twice and in any order.
+
+This package holds the archive's program. Its texts are in Spanish.")
+set(CPACK_DEBIAN_TELVANE-HISTORICO_PACKAGE_RECOMMENDS "bash-completion, xdg-utils")
+set(CPACK_DEBIAN_TELVANE-HISTORICO_PACKAGE_SUGGESTS "telvane-cli, postgresql")
+
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/conffiles "/etc/default/telvane-descarga\n")
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_CONTROL_EXTRA
   "${CMAKE_CURRENT_BINARY_DIR}/conffiles;${CMAKE_CURRENT_SOURCE_DIR}/debian/postinst"

@@ -107,7 +107,8 @@ TEST(BuclePrueba, UnaPausaRetieneLoProgramado) {
 }
 
 Tarea<> esperarUnRato(Esperas& esperas, const Reloj& reloj, bool& fin) {
-    co_await esperas.hasta(segundosComoTexto(reloj.segundosDelDia()), 5.0, [] { return false; });
+    co_await esperas.hasta(segundosComoTexto(reloj.segundosDelDia()), std::chrono::seconds(5),
+                           [] { return false; });
     fin = true;
 }
 

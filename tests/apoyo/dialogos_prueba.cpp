@@ -104,9 +104,9 @@ void DialogosPrueba::archivo(const PeticionArchivo& peticion, std::function<void
     }
 }
 
-bool DialogosPrueba::abrirDocumento(const std::filesystem::path& ruta) {
+void DialogosPrueba::abrirDocumento(const std::filesystem::path& ruta, std::function<void()> alFallar) {
     documentos_.push_back(ruta);
-    return abre_;
+    if (!abre_) alFallar();
 }
 
 }  // namespace telvane

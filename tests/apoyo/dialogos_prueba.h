@@ -32,7 +32,7 @@ class DialogosPrueba final : public Dialogos {
     // What every box (file dialog) gets that has no answer of its own.
     void responderSiempre(Boton boton) { siempre_ = boton; }
     void responderArchivoSiempre(Ruta ruta) { archivoSiempre_ = std::move(ruta); }
-    // What abrirDocumento returns.
+    // Whether abrirDocumento finds a program.
     void elEscritorioAbre(bool si) { abre_ = si; }
 
     // Answers the box (file dialog) that was left open last.
@@ -49,7 +49,7 @@ class DialogosPrueba final : public Dialogos {
 
     void mensaje(const Mensaje& mensaje, std::function<void(Boton)> listo) override;
     void archivo(const PeticionArchivo& peticion, std::function<void(Ruta)> listo) override;
-    bool abrirDocumento(const std::filesystem::path& ruta) override;
+    void abrirDocumento(const std::filesystem::path& ruta, std::function<void()> alFallar) override;
 
    private:
     struct Respuesta {

@@ -26,15 +26,23 @@ const std::map<std::string, Capas>& flechas() {
     static const std::map<std::string, Capas> kFlechas{
         {"platform", {}},
         {"sistema", {"platform"}},
+        {"consola", {"platform"}},
         {"ui", {"platform"}},
         {"regional", {"platform", "ui"}},
         {"link", {"platform", "ui"}},
         {"live", {"platform", "ui", "regional", "link"}},
         {"loggerconfig", {"platform", "ui", "regional", "link"}},
         {"data", {"platform", "ui", "regional", "link", "loggerconfig"}},
+        {"serie_temporal", {"platform", "ui", "regional", "link", "loggerconfig", "data"}},
+        {"calidad", {"platform", "ui", "regional", "link", "loggerconfig", "data", "serie_temporal"}},
+        {"informe",
+         {"platform", "ui", "regional", "link", "loggerconfig", "data", "serie_temporal", "calidad"}},
         {"app", {"platform", "ui", "regional", "link", "live", "loggerconfig", "data"}},
         {"simulator", {"platform", "link", "loggerconfig", "data"}},
-        {"cli", {"platform", "sistema", "ui", "regional", "link", "live", "loggerconfig", "data"}},
+        {"cli", {"platform", "sistema", "consola", "ui", "regional", "link", "live", "loggerconfig", "data"}},
+        {"historico",
+         {"platform", "consola", "ui", "regional", "link", "loggerconfig", "data", "serie_temporal",
+          "calidad", "informe"}},
         {"ui/qt", {"platform", "ui"}},
         {"app/qt", {"platform", "sistema", "ui", "ui/qt", "regional", "link", "data", "app"}},
     };
@@ -158,7 +166,7 @@ TEST(Arquitectura, onlyTheWindowLinksTheToolkit) {
 
 // The dynamic linker has the last word: what it would load, over every library in between.
 TEST(Arquitectura, theConsoleProgramsLoadNoToolkitLibrary) {
-    for (const std::string programa : {PROGRAMA_CLI, PROGRAMA_SIM}) {
+    for (const std::string programa : {PROGRAMA_CLI, PROGRAMA_SIM, PROGRAMA_HISTORICO}) {
         const auto bibliotecas = salidaDe("ldd '" + programa + "'");
         EXPECT_THAT(bibliotecas, HasSubstr("libc.so")) << programa;
         EXPECT_THAT(bibliotecas, Not(HasSubstr("libQt"))) << programa;

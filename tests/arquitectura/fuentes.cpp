@@ -6,6 +6,8 @@
 #include <regex>
 #include <sstream>
 
+#include "tests/apoyo/leer_todo.h"
+
 namespace telvane::arquitectura {
 
 namespace {
@@ -54,11 +56,6 @@ class BuscadorDeCiclos {
 
 }  // namespace
 
-std::string leerArchivo(const std::filesystem::path& ruta) {
-    std::ifstream entrada(ruta, std::ios::binary);
-    return {std::istreambuf_iterator<char>(entrada), {}};
-}
-
 Inclusiones leerInclusiones(std::string_view texto) {
     static const std::regex kInclusion(R"(^[ \t]*#[ \t]*include[ \t]*["<]([^">]+)[">])");
     Inclusiones inclusiones;
@@ -76,7 +73,7 @@ Grafo leerFuentes(const std::filesystem::path& raiz, const std::set<std::string>
         for (const auto& entrada : std::filesystem::recursive_directory_iterator(raiz / carpeta))
             if (entrada.is_regular_file() && esFuente(entrada.path()))
                 grafo[entrada.path().lexically_relative(raiz).generic_string()] =
-                    leerInclusiones(leerArchivo(entrada.path()));
+                    leerInclusiones(leerTodo(entrada.path()));
     return grafo;
 }
 

@@ -10,9 +10,6 @@
 
 namespace telvane::arquitectura {
 
-// All of it, byte by byte.
-std::string leerArchivo(const std::filesystem::path& ruta);
-
 // What one file includes, in order, as written between the quotes or angle brackets.
 using Inclusiones = std::vector<std::string>;
 Inclusiones leerInclusiones(std::string_view texto);

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/apoyo/leer_todo.h"
 #include "tests/arquitectura/fuentes.h"
 #include "tests/arquitectura/literales.h"
 
@@ -36,7 +37,7 @@ std::string llano(std::string_view texto) {
 }
 
 std::string capituloDeMensajes() {
-    const auto manual = leerArchivo(std::filesystem::path(RAIZ_PROYECTO) / "docs" / "manual.md");
+    const auto manual = leerTodo(std::filesystem::path(RAIZ_PROYECTO) / "docs" / "manual.md");
     const auto desde = manual.find("\n## 13. Todos los mensajes");
     if (desde == std::string::npos) return "";
     return llano(std::string_view(manual).substr(desde, manual.find("\n## 14.") - desde));
@@ -86,6 +87,16 @@ bool llevaAOtraCosa(const std::string& contexto) {
            std::ranges::any_of(kCampos, campo);
 }
 
+// Statements of a data base, and lines for a monitor.
+bool esSql(std::string_view texto) {
+    constexpr std::array<std::string_view, 19> kComienzos{
+        "ORDER BY ", " ORDER BY ", "WHERE ",  "(to_timestamp(", "# HELP ", "SELECT ", "INSERT ",
+        "UPDATE ",   "DELETE ",    "DROP ",   "CREATE ",        "BEGIN",   "COPY ",   "ROLLBACK",
+        "COMMIT",    "PRAGMA ",    "VACUUM ", "SET ",           " AND "};
+    while (texto.starts_with('\n')) texto.remove_prefix(1);
+    return std::ranges::any_of(kComienzos, [&](auto comienzo) { return texto.starts_with(comienzo); });
+}
+
 // Contents of files and panes, which have chapters of their own, and what the other side reads.
 const std::set<std::string>& archivosSinMensajes() {
     static const std::set<std::string> kArchivos{"data/informe.cpp", "live/marco_en_linea.cpp",
@@ -94,7 +105,8 @@ const std::set<std::string>& archivosSinMensajes() {
     return kArchivos;
 }
 
-// Texts that tell nothing: names of folders and of kinds of files, titles, formats, the console's own line.
+// Texts that tell nothing: names of folders, of kinds of files and of typefaces, titles, formats, the
+// console's own line.
 const std::set<std::string>& noSonMensajes() {
     static const std::set<std::string> kTextos{
         "hh:mm:ss tt",
@@ -108,8 +120,11 @@ const std::set<std::string>& noSonMensajes() {
         "Guardar archivo -",
         "Abrir archivo -",
         "Descarga de la memoria del registrador",
+        "MS Sans Serif",
+        "Courier New",
         "Acompañante de escritorio del registrador de una estación meteorológica automática",
         "El registrador desde la consola: buscarlo, leerlo, descargarlo y configurarlo",
+        "El archivo histórico: las imágenes de muchas descargas y estaciones, durante años",
     };
     return kTextos;
 }
@@ -124,7 +139,7 @@ struct Mensaje {
 std::vector<Mensaje> mensajesDe(const std::string& archivo, std::string_view fuente) {
     std::vector<Mensaje> mensajes;
     for (const auto& literal : leerLiterales(fuente)) {
-        if (llevaAOtraCosa(literal.contexto)) continue;
+        if (llevaAOtraCosa(literal.contexto) || esSql(literal.texto)) continue;
         // One word is a message only where it is printed or said; elsewhere it is a name.
         const bool dicho = literal.contexto.find("imprimir(") != std::string::npos ||
                            literal.contexto.find("avisar(") != std::string::npos;
@@ -137,11 +152,12 @@ std::vector<Mensaje> mensajesDe(const std::string& archivo, std::string_view fue
 
 std::set<Mensaje> todosLosMensajes() {
     std::set<Mensaje> todos;
-    const auto fuentes = leerFuentes(RAIZ_PROYECTO, {"platform", "sistema", "ui", "regional", "link", "live",
-                                                     "loggerconfig", "data", "app", "cli"});
+    const auto fuentes =
+        leerFuentes(RAIZ_PROYECTO, {"platform", "sistema", "consola", "ui", "regional", "link", "live",
+                                    "loggerconfig", "data", "calidad", "app", "cli", "historico"});
     for (const auto& [archivo, inclusiones] : fuentes) {
         if (archivosSinMensajes().contains(archivo)) continue;
-        const auto suyos = mensajesDe(archivo, leerArchivo(std::filesystem::path(RAIZ_PROYECTO) / archivo));
+        const auto suyos = mensajesDe(archivo, leerTodo(std::filesystem::path(RAIZ_PROYECTO) / archivo));
         todos.insert(suyos.begin(), suyos.end());
     }
     return todos;

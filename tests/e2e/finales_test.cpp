@@ -77,11 +77,18 @@ class FinalesBase : public VentanaE2e {
         EXPECT_EQ(hijos, "");
         provocar(fin, sinVentana);
     }
-    // The port is free for the next program at once.
+    // The port is free for the next program at once: nobody but the logger's own end holds it.
     void nadaQueda() {
+        EXPECT_THAT(estadoDelPuerto(),
+                    ::testing::MatchesRegex("COM1 .* ocupado por telvane-sim \\(pid [0-9]+\\)"));
+    }
+    // The line that the console tool has for COM1.
+    std::string estadoDelPuerto() {
         Proceso consola({TELVANE_CLI, "--com", registrador_.com(), "puertos"});
         EXPECT_EQ(consola.terminar(), 0);
-        EXPECT_THAT(consola.salida(), ::testing::Not(::testing::HasSubstr("en uso")));
+        const auto salida = consola.salida();
+        EXPECT_THAT(salida, ::testing::StartsWith("COM1 "));
+        return salida.substr(0, salida.find('\n'));
     }
 
    private:
@@ -377,7 +384,10 @@ TEST_P(FinalesAlGuardar, WhatIsBeingSavedIsSavedWhole) {
         ASSERT_EQ(archivosBase().size(), 1U) << "the temporary file has gone";
         EXPECT_EQ(fs::file_size(archivosBase().front()), kBytesArchivoBase);
     } else {
-        EXPECT_THAT(contenidoDe(planilla()), ::testing::HasSubstr("\r\n"));
+        // Of a window that has downloaded nothing: the names of the columns, and no sample.
+        EXPECT_EQ(contenidoDe(planilla()),
+                  "Fecha,Hora,Temperatura[\xBA"
+                  "C],Precipitacion[mm]\r\n\r\n");
     }
 }
 
@@ -413,6 +423,7 @@ TEST_F(DosProgramas, TheSecondIsRefusedUntilTheFirstIsGoneHoweverItWent) {
     ASSERT_TRUE(responder(kPregunta, "Aceptar"));
     ASSERT_TRUE(responder(kConexion, "Aceptar"));
     ASSERT_TRUE(habilitado("Cambiar configuracion"));
+    EXPECT_THAT(estadoDelPuerto(), ::testing::HasSubstr("telvane (pid "));
     EXPECT_EQ(buscar(), 3);
     EXPECT_THAT(queja_, ::testing::HasSubstr("está en uso por otro programa"));
     programa_->senal(SIGKILL);

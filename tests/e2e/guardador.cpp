@@ -1,5 +1,6 @@
 // Saves one text the way every file is saved, or one value of the regional store: a program to be
 // interrupted.
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -22,10 +23,15 @@ int main(int argc, char** argv) {
         } else if (que == "regional") {
             AlmacenUsuario(argv[2]).RegWrite(std::string(kClaveRegional) + "sDecimal", argv[3]);
         } else if (que == "parcial") {
-            ArchivoParcial parcial(argv[2]);
-            const std::vector<std::uint8_t> bloque(kBytesBloque, static_cast<std::uint8_t>(*argv[3]));
-            for (std::size_t numero = 0; numero < kBloques; ++numero) parcial.escribir(numero, bloque);
-            parcial.terminar();
+            ArchivoParcial parcial(revisarDestino(argv[2]), [](auto, auto antes, auto ahora) {
+                return std::ranges::equal(antes, ahora);
+            });
+            std::vector<std::uint8_t> imagen;
+            for (std::size_t numero = 0; numero < kBloques; ++numero) {
+                imagen.insert(imagen.end(), kBytesBloque, static_cast<std::uint8_t>(*argv[3]));
+                parcial.recibir(imagen);
+            }
+            parcial.terminar(imagen);
         } else {
             return 2;
         }

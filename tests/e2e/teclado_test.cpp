@@ -72,6 +72,34 @@ bool sigueALaVista(const Lugar& una, const Lugar& otra) {
     return mismaFila ? otra.x > una.x : otra.y > una.y;
 }
 
+class TecladoEnDescargaE2e : public VentanaE2e {
+   protected:
+    TecladoEnDescargaE2e() : VentanaE2e({"--baudios", "0", "--fallo", "descarga:bloque=2047:silencio"}) {}
+
+    bool barra() const {
+        return raiz().buscar([](const Accesible& uno) { return uno.papel() == "progress bar"; }).has_value();
+    }
+};
+
+TEST_F(TecladoEnDescargaE2e, enterGoesOnCancellingNothingAndTabReachesCancel) {
+    conectar();
+    ASSERT_TRUE(pulsar(kDescargar));
+    ASSERT_TRUE(esperarA([&] { return barra(); }));
+    ASSERT_TRUE(
+        xdotool({"search", "--sync", "--name", "Estado de Comunicacion", "windowfocus", "--sync", "%1"}));
+    ASSERT_TRUE(tecla("Return"));
+    ASSERT_TRUE(tecla("Return"));
+    // Keys arrive in their order: once the next one has done its work, those have been heard.
+    ASSERT_TRUE(tecla("Tab"));
+    ASSERT_TRUE(esperarA([&] {
+        const auto cancelar = raiz().buscar(kBoton, "Cancel");
+        return cancelar && cancelar->enfocado();
+    })) << "the dialog is gone, or its button is not reached";
+    ASSERT_TRUE(barra());
+    ASSERT_TRUE(tecla("Return"));
+    EXPECT_TRUE(esperarA([&] { return !barra(); }));
+}
+
 TEST_F(TecladoE2e, tabGoesWhereTheEyeGoesAndComesByEveryField) {
     conectar();
     const auto paradas = vueltaDelTabulador(kImportarConfiguracion);

@@ -149,9 +149,10 @@ class Bloques {
         fallo_ = fallo_ || paso.hito == HitoDescarga::error;
         if (paso.hito != HitoDescarga::bloque) return;
         for (std::size_t i = 1; i < kBytesBloque; ++i) canal_.InputByte();
-        fallo_ = fallo_ || canal_.InBufferCount() > 0;
+        const auto acuse = finDeBloque(canal_.InBufferCount()).respuesta;
+        fallo_ = fallo_ || !acuse;
         ++bloques_;
-        canal_.Output(kApertura);
+        if (acuse) canal_.Output(*acuse);
     }
 
     BuclePosix bucle_;

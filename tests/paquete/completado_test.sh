@@ -41,6 +41,7 @@ ofrece '60' configurar --intervalo 6
 ofrece '' serie ''
 ofrece '' descargar otra
 # The device of --com does not hide the command, nor does a value that reads like one.
+ofrece '10=,11=,12=,1=' --com 1
 ofrece '/dev/null' --com 1 = /dev/nul
 ofrece '--base' --com 1 = /dev/null descargar --b
 ofrece 'buscar,configuracion,configurar,convertir,descargar,en-linea,puertos,serie' --com 1 = /dev/null ''

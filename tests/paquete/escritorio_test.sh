@@ -13,6 +13,10 @@ cp escritorio/telvane.xml "$carpeta/packages/"
 update-mime-database "$carpeta"
 grep -q '^50:application/x-telvane-rgt:\*\.rgt$' "$carpeta/globs2"
 
+# A station of today is one choice in the menu away.
+grep -A9 -x '\[Desktop Action desde2020\]' escritorio/telvane.desktop | grep -qx 'Exec=telvane --perfil ampliado'
+grep -qx 'Name\[es\]=Estaciones que registran desde 2020' escritorio/telvane.desktop
+
 # The names by which the pieces find each other.
 grep -qx 'Icon=telvane' escritorio/telvane.desktop
 grep -q '<launchable type="desktop-id">telvane.desktop<' escritorio/example.veltra.telvane.metainfo.xml

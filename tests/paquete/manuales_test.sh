@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Every command and option that a program's help shows stands in both of its man pages and, for the console tool, in
 # the completion; the pages have no mistakes that the formatters know.
-#   manuales_test.sh SOURCE_DIR CLI SIM [WINDOW]
+#   manuales_test.sh SOURCE_DIR CLI SIM HISTORICO [WINDOW]
 set -euo pipefail
 export LC_ALL=C.UTF-8
-raiz=$1 cli=$2 sim=$3 ventana=${4-}
+raiz=$1 cli=$2 sim=$3 historico=$4 ventana=${5-}
 fallos=0
 fallar() {
     echo "FALLO: $*" >&2
@@ -53,6 +53,26 @@ for orden in '' "${ordenes[@]}"; do
     [ -z "$orden" ] || completa "$orden"
 done
 [ $vistas -ge 30 ] || fallar "la ayuda muestra $vistas opciones"
+
+# The archive's program, which has a completion of its own.
+# shellcheck source=packaging/completado/telvane-historico
+. "$raiz/packaging/completado/telvane-historico"
+completa_historico() {
+    local palabra=$1
+    shift
+    COMP_WORDS=(telvane-historico "$@" "$palabra")
+    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+    _telvane_historico || true
+    [[ " ${COMPREPLY[*]} " == *" $palabra "* ]] || fallar "completado: falta $palabra tras telvane-historico \"$*\""
+}
+mapfile -t ordenes < <("$historico" --help | sed -n '/^Órdenes:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
+[ ${#ordenes[@]} -ge 8 ] || fallar "la ayuda de telvane-historico muestra ${#ordenes[@]} órdenes"
+presentes telvane-historico "${ordenes[@]}"
+for orden in '' "${ordenes[@]}"; do
+    mapfile -t lista < <("$historico" ${orden:+"$orden"} --help | opciones)
+    presentes telvane-historico "${lista[@]}"
+    for opcion in "${lista[@]}"; do completa_historico "$opcion" ${orden:+"$orden"}; done
+done
 
 mapfile -t lista < <("$sim" --help | opciones)
 [ ${#lista[@]} -ge 8 ] || fallar "telvane-sim muestra ${#lista[@]} opciones"

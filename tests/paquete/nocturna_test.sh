@@ -90,6 +90,72 @@ ajustar "CARPETA=$datos" 'OPCIONES="--reintentos muchos"'
 correr "$raiz/errores" sh -c "$orden_cron"
 falla 2 'reintentos' "OPCIONES no llegan"
 
+# Settings are read and not run; what cannot be is told with its line.
+rehusa() {
+    correr "$raiz/errores" sh -c "$orden_cron"
+    falla 2 "telvane-descarga, línea $1: $2" "ajuste $2"
+}
+ajustar '# una nota' NOMBRE=norte 'NOMBRE=finca norte'
+rehusa 3 'hay un blanco sin comillas: escriba NOMBRE="..."'
+ajustar "COM=1=$raiz/COM1"$'\r' "CARPETA=$datos"$'\r'
+rehusa 1 'termina en CR LF'
+ajustar '' "CARPETA=${datos#/}"
+rehusa 2 "CARPETA: \"${datos#/}\" no empieza por /"
+ajustar COM=1=dev/ttyUSB0
+rehusa 1 'COM: "1=dev/ttyUSB0" no es NÚMERO=/DISPOSITIVO'
+ajustar "COM=$raiz/COM1"
+rehusa 1 'COM: '
+ajustar "CARPTEA=$datos"
+rehusa 1 'no hay un ajuste "CARPTEA"'
+ajustar 'NOMBRE="norte'
+rehusa 1 'falta la comilla que cierra'
+ajustar norte
+rehusa 1 'se espera NOMBRE=valor'
+for nombre in '' ../norte norte/; do
+    ajustar "NOMBRE=$nombre"
+    rehusa 1 "NOMBRE: \"$nombre\" no vale"
+done
+ajustar PERFIL=
+rehusa 1 'PERFIL: "" no vale: es ampliado o estricto'
+ajustar NOMBRE=norte 'OPCIONES="--verificar --csv -"'
+rehusa 2 'OPCIONES: --csv no vale aquí'
+ajustar 'OPCIONES=--com=1=/dev/null'
+rehusa 1 'OPCIONES: --com=1=/dev/null no vale aquí: escriba COM='
+ajustar $'\xEF\xBB\xBFNOMBRE=norte'
+rehusa 1 'empieza con una marca invisible (BOM)'
+# A pipe is no settings file, and is not waited for.
+rm "$ajustes"
+mkfifo "$ajustes"
+correr "$raiz/errores" timeout 20 sh -c "$orden_cron"
+falla 2 'no se pueden leer los ajustes' tubería
+rm "$ajustes"
+# A profile among the options counts instead of PERFIL: the simulated years are good in both.
+ajustar "COM=1=$raiz/COM1" "CARPETA=$datos" NOMBRE=perfil 'OPCIONES="--perfil estricto"'
+correr "$raiz/errores" sh -c "$orden_cron"
+[ $estado -eq 0 ] || fallar "perfil en las opciones: $estado $(cat "$raiz/errores")"
+bajados perfil
+# shellcheck disable=SC2016
+for orden in 'NOMBRE=$(touch '"$raiz/corrida"')' 'NOMBRE="`touch '"$raiz/corrida"'`"' "NOMBRE=x; touch $raiz/corrida"; do
+    ajustar "$orden"
+    rehusa 1 ''
+done
+! [ -e "$raiz/corrida" ] || fallar "un ajuste se ejecutó"
+
+# What a shell took until now still counts: quotes, a remark behind a value, "export", no line end at the end; and
+# blanks in a device's path.
+ln -s "$raiz/COM1" "$raiz/cable del norte"
+printf '%s\n' "  export NOMBRE='oeste'   # la finca" 'PERFIL="ampliado"' "CARPETA=$raiz/con\\ blanco" \
+    'OPCIONES="--reintentos 0  --espera=7"' >"$ajustes"
+printf '%s' "COM=\"2=$raiz/no-hay 1=$raiz/cable del norte\"" >>"$ajustes"
+datos_de_siempre=$datos datos="$raiz/con blanco"
+mkdir "$datos"
+correr "$raiz/errores" sh -c "$orden_cron"
+[ $estado -eq 0 ] || fallar "comillas: $estado $(cat "$raiz/errores")"
+grep -qF "COM2: $raiz/no-hay no existe" "$raiz/errores" || fallar "dos puertos: $(cat "$raiz/errores")"
+bajados oeste
+datos=$datos_de_siempre
+ajustar "COM=1=$raiz/COM1" "CARPETA=$datos"
+
 # Two at once: the second leaves, and says so.
 exec 8>"$datos/.descarga.cerrojo"
 flock 8

@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# The menu entry of the report, as the desktop runs it: with a base file, with what the window has downloaded, with nothing.
+#   informe_test.sh SOURCE_DIR HISTORICO SIM CLI
+set -euo pipefail
+export LC_ALL=C.UTF-8
+raiz=$1
+desktop-file-validate "$raiz/packaging/escritorio/telvane-informe.desktop"
+grep -qx 'Exec=telvane-informe %f' "$raiz/packaging/escritorio/telvane-informe.desktop"
+grep -qx 'MimeType=application/x-telvane-rgt;' "$raiz/packaging/escritorio/telvane-informe.desktop"
+
+carpeta=$(mktemp -d)
+trap 'rm -rf "$carpeta"' EXIT
+mkdir -p "$carpeta/bin" "$carpeta/datos/telvane"
+ln -s "$2" "$carpeta/bin/telvane-historico"
+# Keeps what it was to open, and tells that it did.
+mkfifo "$carpeta/abierto"
+cat >"$carpeta/bin/xdg-open" <<ABRIDOR
+#!/bin/sh
+echo "\$1" >"$carpeta/abierto"
+ABRIDOR
+chmod +x "$carpeta/bin/xdg-open"
+export PATH=$carpeta/bin:$PATH HOME=$carpeta XDG_DATA_HOME=$carpeta/datos XDG_CACHE_HOME=$carpeta/cache
+fallar() {
+    echo "FALLO: $*" >&2
+    exit 1
+}
+# abre FILE ARGUMENT...: runs the menu entry and expects it to open that file.
+abre() {
+    local esperado=$carpeta/cache/telvane/$1 abierto
+    shift
+    sh "$raiz/packaging/escritorio/telvane-informe" "$@" &
+    read -r -t 60 abierto <"$carpeta/abierto" || fallar "nada se abrió"
+    [ "$abierto" = "$esperado" ] || fallar "se abrió $abierto, no $esperado"
+    wait $! && estado=0 || estado=$?
+}
+
+abre informe.txt
+[ $estado -eq 1 ] || fallar "sin descargas: $estado"
+grep -q 'no hay descargas' "$carpeta/cache/telvane/informe.txt"
+
+coproc simulador { exec "$3" --enlace "$carpeta/COM1" --baudios 0 --serie 02080077; }
+read -r -t 30 _ <&"${simulador[0]}"
+"$4" --com "1=$carpeta/COM1" descargar --base "$carpeta/una.rgt" 2>/dev/null
+kill "$simulador_PID"
+
+abre informe.html "$carpeta/una.rgt"
+[ $estado -eq 0 ] || fallar "con un archivo: $estado"
+grep -q '02080077' "$carpeta/cache/telvane/informe.html"
+[ ! -e "$carpeta/datos/telvane/historico.sqlite" ] || fallar "un archivo suelto no es del archivo histórico"
+
+cp "$carpeta/una.rgt" "$carpeta/datos/telvane/02080077_20191120_170409.rgt"
+echo basura >"$carpeta/datos/telvane/rota.rgt"
+touch -d '2001-01-01' "$carpeta/datos/telvane/rota.rgt"
+rm "$carpeta/cache/telvane/informe.html"
+abre informe.html
+[ $estado -eq 0 ] || fallar "desde el menú: $estado"
+grep -q '02080077' "$carpeta/cache/telvane/informe.html"
+[ -e "$carpeta/datos/telvane/historico.sqlite" ] || fallar "lo descargado no se incorporó"
+
+echo basura >"$carpeta/rota.rgt"
+abre informe.txt "$carpeta/rota.rgt"
+[ $estado -eq 1 ] || fallar "con un archivo roto: $estado"
+grep -q 'no hay muestras' "$carpeta/cache/telvane/informe.txt"
