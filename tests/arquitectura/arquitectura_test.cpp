@@ -1,8 +1,11 @@
 // The arrows of docs/architecture.md, held: an include or a link against them fails here.
 #include <array>
+#include <cstddef>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <memory>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -10,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/apoyo/leer_todo.h"
 #include "tests/arquitectura/fuentes.h"
 
 namespace telvane::arquitectura {
@@ -93,20 +97,20 @@ std::string salidaDe(const std::string& orden) {
     return salida;
 }
 
-TEST(Arquitectura, everyFolderWithSourcesHasItsArrowsDeclared) {
+TEST(Arquitectura, EveryFolderWithSourcesHasItsArrowsDeclared) {
     for (const auto& carpeta : carpetasConFuentes(RAIZ_PROYECTO))
         EXPECT_TRUE(flechas().contains(carpeta) || kAlrededor.contains(carpeta)) << carpeta;
     for (const auto& [archivo, inclusiones] : producto())
         EXPECT_TRUE(flechas().contains(capaDe(archivo))) << archivo;
 }
 
-TEST(Arquitectura, theDeclaredArrowsHaveNoCycle) {
+TEST(Arquitectura, TheDeclaredArrowsHaveNoCycle) {
     Grafo capas;
     for (const auto& [capa, conoce] : flechas()) capas[capa] = {conoce.begin(), conoce.end()};
     EXPECT_THAT(buscarCiclo(capas), IsEmpty());
 }
 
-TEST(Arquitectura, includesFollowTheArrows) {
+TEST(Arquitectura, IncludesFollowTheArrows) {
     ASSERT_GT(producto().size(), 50U);
     for (const auto& [archivo, inclusiones] : producto()) {
         for (const auto& inclusion : inclusiones) {
@@ -117,13 +121,13 @@ TEST(Arquitectura, includesFollowTheArrows) {
     }
 }
 
-TEST(Arquitectura, theProductIncludesNoTestBenchmarkOrFuzzer) {
+TEST(Arquitectura, TheProductIncludesNoTestBenchmarkOrFuzzer) {
     for (const auto& [archivo, inclusiones] : producto())
         for (const auto& inclusion : inclusiones)
             EXPECT_FALSE(kAlrededor.contains(capaDe(inclusion))) << archivo << " includes " << inclusion;
 }
 
-TEST(Arquitectura, headersOfTheProjectAreNamedFromItsRoot) {
+TEST(Arquitectura, HeadersOfTheProjectAreNamedFromItsRoot) {
     for (const auto& [archivo, inclusiones] : producto()) {
         const auto carpeta = archivo.substr(0, archivo.rfind('/') + 1);
         for (const auto& inclusion : inclusiones)
@@ -131,19 +135,33 @@ TEST(Arquitectura, headersOfTheProjectAreNamedFromItsRoot) {
     }
 }
 
-TEST(Arquitectura, onlyTheWindowIncludesTheToolkit) {
+TEST(Arquitectura, OnlyTheWindowIncludesTheToolkit) {
     for (const auto& [archivo, inclusiones] : producto())
         for (const auto& inclusion : inclusiones)
             EXPECT_TRUE(!esDeQt(inclusion) || capaDe(archivo).ends_with("/qt"))
                 << archivo << " includes " << inclusion;
 }
 
-TEST(Arquitectura, noFileIncludesItselfOverOthers) {
+TEST(Arquitectura, NoFileIncludesItselfOverOthers) {
     EXPECT_THAT(buscarCiclo(producto()), IsEmpty());
     EXPECT_THAT(buscarCiclo(leerFuentes(RAIZ_PROYECTO, kAlrededor)), IsEmpty());
 }
 
-TEST(Arquitectura, targetsLinkAlongTheArrows) {
+TEST(Arquitectura, EveryTestIsNamedAsASentenceInUpperCamel) {
+    const std::regex declaracion(R"(\n(?:TEST|TEST_F|TEST_P|RC_GTEST_PROP)\(\s*(\w+),\s*"?(\w+))");
+    std::size_t vistas = 0;
+    for (const auto& [archivo, inclusiones] : leerFuentes(RAIZ_PROYECTO, {"tests"})) {
+        const auto texto = leerTodo(std::filesystem::path(RAIZ_PROYECTO) / archivo);
+        for (std::sregex_iterator una(texto.begin(), texto.end(), declaracion), fin; una != fin; ++una) {
+            ++vistas;
+            EXPECT_TRUE(std::regex_match((*una)[2].str(), std::regex("[A-Z][A-Za-z0-9]*")))
+                << archivo << ": " << (*una)[1] << '.' << (*una)[2];
+        }
+    }
+    EXPECT_GT(vistas, 500U);
+}
+
+TEST(Arquitectura, TargetsLinkAlongTheArrows) {
     std::map<std::string, std::string> capaDeObjetivo;
     for (const auto& objetivo : objetivos()) capaDeObjetivo[objetivo.nombre] = objetivo.capa;
     ASSERT_TRUE(capaDeObjetivo.contains("telvane_data"));
@@ -157,7 +175,7 @@ TEST(Arquitectura, targetsLinkAlongTheArrows) {
     }
 }
 
-TEST(Arquitectura, onlyTheWindowLinksTheToolkit) {
+TEST(Arquitectura, OnlyTheWindowLinksTheToolkit) {
     for (const auto& objetivo : objetivos())
         for (const auto& biblioteca : objetivo.enlaza)
             EXPECT_TRUE(!biblioteca.starts_with("Qt") || objetivo.capa.ends_with("/qt"))
@@ -165,7 +183,7 @@ TEST(Arquitectura, onlyTheWindowLinksTheToolkit) {
 }
 
 // The dynamic linker has the last word: what it would load, over every library in between.
-TEST(Arquitectura, theConsoleProgramsLoadNoToolkitLibrary) {
+TEST(Arquitectura, TheConsoleProgramsLoadNoToolkitLibrary) {
     for (const std::string programa : {PROGRAMA_CLI, PROGRAMA_SIM, PROGRAMA_HISTORICO}) {
         const auto bibliotecas = salidaDe("ldd '" + programa + "'");
         EXPECT_THAT(bibliotecas, HasSubstr("libc.so")) << programa;

@@ -10,33 +10,33 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(LectorDeFuentes, findsEveryFormOfInclude) {
+TEST(LectorDeFuentes, FindsEveryFormOfInclude) {
     EXPECT_THAT(
         leerInclusiones("#include \"a/b.h\"\n  #  include <vector>\n// #include \"no.h\"\nint include;\n"),
         ElementsAre("a/b.h", "vector"));
 }
 
-TEST(LectorDeFuentes, theLayerIsTheFolderAndTheToolkitFoldersAreLayersOfTheirOwn) {
+TEST(LectorDeFuentes, TheLayerIsTheFolderAndTheToolkitFoldersAreLayersOfTheirOwn) {
     EXPECT_EQ(capaDe("link/mscomm.h"), "link");
     EXPECT_EQ(capaDe("ui/qt/ventana.h"), "ui/qt");
     EXPECT_EQ(capaDe("ui/qtpies.h"), "ui");
     EXPECT_EQ(capaDe("vector"), "");
 }
 
-TEST(LectorDeFuentes, knowsAHeaderOfTheToolkit) {
+TEST(LectorDeFuentes, KnowsAHeaderOfTheToolkit) {
     for (const auto* inclusion : {"QWidget", "QtWidgets/QLabel", "QtGlobal", "qglobal.h", "QString"})
         EXPECT_TRUE(esDeQt(inclusion)) << inclusion;
     for (const auto* inclusion : {"ui/qt/ventana.h", "queue", "vector", "fmt/format.h"})
         EXPECT_FALSE(esDeQt(inclusion)) << inclusion;
 }
 
-TEST(LectorDeFuentes, findsACycleThroughSeveralFiles) {
+TEST(LectorDeFuentes, FindsACycleThroughSeveralFiles) {
     EXPECT_THAT(buscarCiclo({{"a.h", {"b.h"}}, {"b.h", {"vector", "c.h"}}, {"c.h", {"b.h"}}}),
                 ElementsAre("b.h", "c.h", "b.h"));
     EXPECT_THAT(buscarCiclo({{"a.h", {"a.h"}}}), ElementsAre("a.h", "a.h"));
 }
 
-TEST(LectorDeFuentes, twoWaysToOneFileAreNoCycle) {
+TEST(LectorDeFuentes, TwoWaysToOneFileAreNoCycle) {
     EXPECT_THAT(buscarCiclo({{"a.h", {"b.h", "c.h"}}, {"b.h", {"d.h"}}, {"c.h", {"d.h"}}, {"d.h", {}}}),
                 IsEmpty());
 }

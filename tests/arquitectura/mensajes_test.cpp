@@ -163,7 +163,7 @@ std::set<Mensaje> todosLosMensajes() {
     return todos;
 }
 
-TEST(Mensajes, everyOneStandsInTheManual) {
+TEST(Mensajes, EveryOneStandsInTheManual) {
     const auto capitulo = capituloDeMensajes();
     const auto mensajes = todosLosMensajes();
     ASSERT_GT(mensajes.size(), 150U);
@@ -174,13 +174,13 @@ TEST(Mensajes, everyOneStandsInTheManual) {
     }
 }
 
-TEST(Mensajes, theExceptionsAreStillThere) {
+TEST(Mensajes, TheExceptionsAreStillThere) {
     std::set<std::string> vistos;
     for (const auto& mensaje : todosLosMensajes()) vistos.insert(mensaje.texto);
     for (const auto& texto : noSonMensajes()) EXPECT_TRUE(vistos.contains(texto)) << texto;
 }
 
-TEST(Mensajes, theReaderFindsATextWhereverItIsShown) {
+TEST(Mensajes, TheReaderFindsATextWhereverItIsShown) {
     const auto de = [](std::string_view fuente) {
         std::vector<std::string> textos;
         for (const auto& mensaje : mensajesDe("x.cpp", fuente)) textos.push_back(mensaje.texto);

@@ -35,13 +35,13 @@ class Bloques : public ::testing::Test {
     BloquesTexto bloques_;
 };
 
-TEST_F(Bloques, losBloquesDeLaCabeceraSeDecodificanYSeSueltan) {
+TEST_F(Bloques, LosBloquesDeLaCabeceraSeDecodificanYSeSueltan) {
     const auto recuento = decodificar(memoriaCon({0, 1, 5, 6}));
     EXPECT_EQ(bloques_.unidos(), lineaDe({}));
     EXPECT_EQ(recuento.escritas, 1u);
 }
 
-TEST_F(Bloques, cadaBuferTomaQuinientosBloques) {
+TEST_F(Bloques, CadaBuferTomaQuinientosBloques) {
     decodificar(memoriaCon({6, 499, 500, 999, 1000, 4095}));
     EXPECT_EQ(lineasEn(bloques_.bufer(0)), 2u);
     EXPECT_EQ(lineasEn(bloques_.bufer(1)), 2u);
@@ -50,38 +50,38 @@ TEST_F(Bloques, cadaBuferTomaQuinientosBloques) {
     for (std::size_t i = 9; i < BloquesTexto::kBuferes; ++i) EXPECT_EQ(bloques_.bufer(i), "") << i;
 }
 
-TEST_F(Bloques, losBloquesDesdeEl8000SeSueltan) {
+TEST_F(Bloques, LosBloquesDesdeEl8000SeSueltan) {
     const auto recuento = decodificar(memoriaCon({7500, 7999, 8000, 18000}), kUltimaDeTodas);
     EXPECT_EQ(lineasEn(bloques_.bufer(15)), 2u);
     EXPECT_EQ(lineasEn(bloques_.unidos()), 2u);
     EXPECT_EQ(recuento.escritas, 2u);
 }
 
-TEST_F(Bloques, unUltimoBloqueFueraDeLaMemoriaNoSeLee) {
+TEST_F(Bloques, UnUltimoBloqueFueraDeLaMemoriaNoSeLee) {
     EXPECT_EQ(decodificar(memoriaCon({7}), kUltimaDeTodas + 1000).escritas, 1u);
     EXPECT_EQ(decodificar(memoriaCon({7}), -1).escritas, 0u);
     EXPECT_EQ(bloques_.unidos(), "");
 }
 
-TEST_F(Bloques, unaSegundaCorridaReemplazaALaPrimera) {
+TEST_F(Bloques, UnaSegundaCorridaReemplazaALaPrimera) {
     decodificar(memoriaCon({6, 7, 600}));
     decodificar(memoriaCon({8}));
     EXPECT_EQ(bloques_.unidos(), lineaDe({}));
 }
 
-TEST_F(Bloques, antesDeLaPrimeraCorridaEstanVacios) {
+TEST_F(Bloques, AntesDeLaPrimeraCorridaEstanVacios) {
     EXPECT_EQ(bloques_.unidos(), "");
     EXPECT_EQ(bloques_.bufer(0), "");
 }
 
-TEST(BloquesEnteros, hayLugarParaLasMuestrasMasLargas) {
+TEST(BloquesEnteros, HayLugarParaLasMuestrasMasLargas) {
     constexpr std::size_t kMuestras = (8000 - 6) * 2;
     EXPECT_EQ(BloquesTexto::capacidad(Redaccion::linea), kMuestras * kLineaMaxima);
     EXPECT_EQ(BloquesTexto::capacidad(Redaccion::objeto), kMuestras * kObjetoMaximo);
 }
 
 // The end is longer than everything between: nothing of it stands where there is no room.
-TEST(BloquesEnteros, cabeceraYPieRodeanLasMuestras) {
+TEST(BloquesEnteros, CabeceraYPieRodeanLasMuestras) {
     const std::string cabecera = "cabecera\r\n";
     for (const auto redaccion : {Redaccion::linea, Redaccion::objeto}) {
         const std::string pie(BloquesTexto::capacidad(Redaccion::objeto) * 2, 'p');
@@ -100,7 +100,7 @@ TEST(BloquesEnteros, cabeceraYPieRodeanLasMuestras) {
     }
 }
 
-TEST_F(Bloques, avisaDeCadaBloqueUnaVezYEnOrden) {
+TEST_F(Bloques, AvisaDeCadaBloqueUnaVezYEnOrden) {
     std::vector<std::int32_t> vistos;
     bloques_.decodificar(Memoria(), decodificador_, kUltimoBloque,
                          [&](std::int32_t n) { vistos.push_back(n); });
@@ -108,7 +108,7 @@ TEST_F(Bloques, avisaDeCadaBloqueUnaVezYEnOrden) {
     for (std::size_t i = 0; i < vistos.size(); ++i) ASSERT_EQ(vistos[i], static_cast<std::int32_t>(i));
 }
 
-TEST_F(Bloques, laBanderaPasaDeUnaCorridaALaSiguiente) {
+TEST_F(Bloques, LaBanderaPasaDeUnaCorridaALaSiguiente) {
     decodificar(Memoria(), 0);
     EXPECT_TRUE(decodificador_.registroValido());
     Memoria memoria;
@@ -117,7 +117,7 @@ TEST_F(Bloques, laBanderaPasaDeUnaCorridaALaSiguiente) {
     EXPECT_EQ(decodificar(memoria).escritas, 2u);
 }
 
-TEST_F(Bloques, elRecuentoSeparaVaciosDeDescartados) {
+TEST_F(Bloques, ElRecuentoSeparaVaciosDeDescartados) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 0, {});
     ponerRegistro(memoria.bloque(6), 1, {.sello = kSelloMalo});  // takes the first along
@@ -131,7 +131,7 @@ TEST_F(Bloques, elRecuentoSeparaVaciosDeDescartados) {
     EXPECT_EQ(recuento.vacias, (4096u - 9u) * 2 + 1);
 }
 
-TEST_F(Bloques, elRecuentoSabeCuantosValdrianEnElPerfilAmpliado) {
+TEST_F(Bloques, ElRecuentoSabeCuantosValdrianEnElPerfilAmpliado) {
     constexpr std::array<std::uint8_t, 6> kDeHoy = {0x10, 0x20, 0x30, 0x21, 0x11, 0x26};
     constexpr std::array<std::uint8_t, 6> kDia39 = {0x10, 0x20, 0x30, 0x39, 0x11, 0x26};
     Memoria memoria;
@@ -153,7 +153,7 @@ TEST_F(Bloques, elRecuentoSabeCuantosValdrianEnElPerfilAmpliado) {
         << "what the line promised";
 }
 
-TEST_F(Bloques, losVaciosMasAllaDeLaMemoriaDelRegistradorNoSeCuentan) {
+TEST_F(Bloques, LosVaciosMasAllaDeLaMemoriaDelRegistradorNoSeCuentan) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(4096), 0, {.sello = kSelloMalo});
     const auto recuento = decodificar(memoria, kUltimaDeTodas);
@@ -161,7 +161,7 @@ TEST_F(Bloques, losVaciosMasAllaDeLaMemoriaDelRegistradorNoSeCuentan) {
     EXPECT_EQ(recuento.descartadas, 1u);
 }
 
-TEST_F(Bloques, elPerfilAmpliadoConservaElPrimeroYDescartaSoloElSegundo) {
+TEST_F(Bloques, ElPerfilAmpliadoConservaElPrimeroYDescartaSoloElSegundo) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 0, {});
     ponerRegistro(memoria.bloque(6), 1, {.sello = kSelloMalo});
@@ -198,7 +198,7 @@ Memoria memoriaAlAzar(std::size_t bloques) {
 
 constexpr std::size_t kBloquesAlAzar = 24;
 
-RC_GTEST_PROP(ImagenAlAzar, byteABytDaLoMismoQueBloqueABloque, (bool ampliado, bool evaporacion)) {
+RC_GTEST_PROP(ImagenAlAzar, ByteABytDaLoMismoQueBloqueABloque, (bool ampliado, bool evaporacion)) {
     const auto memoria = memoriaAlAzar(kBloquesAlAzar);
     Decodificador porBytes(ampliado ? Perfil::ampliado : Perfil::estricto);
     porBytes.evaporacion(evaporacion);
@@ -219,7 +219,7 @@ RC_GTEST_PROP(ImagenAlAzar, byteABytDaLoMismoQueBloqueABloque, (bool ampliado, b
     }
 }
 
-RC_GTEST_PROP(ImagenAlAzar, elRecuentoSumaTodosLosRegistrosYSusLineas, (bool ampliado)) {
+RC_GTEST_PROP(ImagenAlAzar, ElRecuentoSumaTodosLosRegistrosYSusLineas, (bool ampliado)) {
     const auto memoria = memoriaAlAzar(kBloquesAlAzar);
     Decodificador decodificador(ampliado ? Perfil::ampliado : Perfil::estricto);
     BloquesTexto bloques;
@@ -230,7 +230,7 @@ RC_GTEST_PROP(ImagenAlAzar, elRecuentoSumaTodosLosRegistrosYSusLineas, (bool amp
 }
 
 // What the archive takes of an image is what the extended profile writes.
-RC_GTEST_PROP(ImagenAlAzar, losRegistrosUnoPorUnoSonLosDelPerfilAmpliado, (bool evaporacion)) {
+RC_GTEST_PROP(ImagenAlAzar, LosRegistrosUnoPorUnoSonLosDelPerfilAmpliado, (bool evaporacion)) {
     const auto memoria = memoriaAlAzar(kBloquesAlAzar);
     Decodificador decodificador(Perfil::ampliado);
     decodificador.evaporacion(evaporacion);
@@ -244,7 +244,7 @@ RC_GTEST_PROP(ImagenAlAzar, losRegistrosUnoPorUnoSonLosDelPerfilAmpliado, (bool 
     RC_ASSERT(texto == bloques.unidos());
 }
 
-RC_GTEST_PROP(ImagenAlAzar, cadaLineaTieneSusColumnasYSoloAscii, (bool evaporacion)) {
+RC_GTEST_PROP(ImagenAlAzar, CadaLineaTieneSusColumnasYSoloAscii, (bool evaporacion)) {
     const auto memoria = memoriaAlAzar(kBloquesAlAzar);
     Decodificador decodificador;
     decodificador.evaporacion(evaporacion);

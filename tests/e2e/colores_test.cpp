@@ -62,7 +62,7 @@ class ColoresE2e : public VentanaE2e {
     }
 };
 
-TEST_F(ColoresE2e, darkFromTheStartAndEveryChangeFollowed) {
+TEST_F(ColoresE2e, DarkFromTheStartAndEveryChangeFollowed) {
     conPortal(kOscuro);
     abrir();
     EXPECT_TRUE(seOscurece());
@@ -74,7 +74,7 @@ TEST_F(ColoresE2e, darkFromTheStartAndEveryChangeFollowed) {
     EXPECT_TRUE(seAclara());
 }
 
-TEST_F(ColoresE2e, anAnswerThatIsNoPreferenceChangesNothing) {
+TEST_F(ColoresE2e, AnAnswerThatIsNoPreferenceChangesNothing) {
     conPortal(QStringLiteral("1"));
     abrir();
     // The window has the answer before what is asked of it afterwards.
@@ -90,7 +90,7 @@ TEST_F(ColoresE2e, anAnswerThatIsNoPreferenceChangesNothing) {
     EXPECT_TRUE(seAclara());
 }
 
-TEST_F(ColoresE2e, anAnswerIsNotWaitedForAndTakenWhenItComes) {
+TEST_F(ColoresE2e, AnAnswerIsNotWaitedForAndTakenWhenItComes) {
     auto lento = std::make_unique<PortalDeMentira>(escritorio_.bus(), kOscuro);
     abrir();
     EXPECT_TRUE(esClaro());
@@ -98,7 +98,7 @@ TEST_F(ColoresE2e, anAnswerIsNotWaitedForAndTakenWhenItComes) {
     EXPECT_TRUE(seOscurece());
 }
 
-TEST_F(ColoresE2e, aPortalThatComesLaterIsHeard) {
+TEST_F(ColoresE2e, APortalThatComesLaterIsHeard) {
     abrir();
     EXPECT_TRUE(esClaro());
     conPortal(kOscuro);

@@ -36,7 +36,7 @@ class ConsolaE2e : public ::testing::Test {
     CarpetaTemporal carpeta_;
 };
 
-TEST_F(ConsolaE2e, findsTheLoggerReadsItShowsItLiveAndDownloadsIt) {
+TEST_F(ConsolaE2e, FindsTheLoggerReadsItShowsItLiveAndDownloadsIt) {
     const auto buscar = orden({"buscar"});
     ASSERT_EQ(buscar.estado, 0) << buscar.errores;
     EXPECT_THAT(buscar.salida, StartsWith("COM1"));
@@ -66,7 +66,7 @@ TEST_F(ConsolaE2e, findsTheLoggerReadsItShowsItLiveAndDownloadsIt) {
     EXPECT_EQ(csv.resto, "\r\n");
 }
 
-TEST_F(ConsolaE2e, aBaseFileConvertsToTheSampleLinesOfItsDownload) {
+TEST_F(ConsolaE2e, ABaseFileConvertsToTheSampleLinesOfItsDownload) {
     const auto base = carpeta_ / "a.rgt";
     ASSERT_EQ(orden({"descargar", "--base", base.string(), "--csv", (carpeta_ / "a.csv").string()}).estado,
               0);
@@ -75,13 +75,13 @@ TEST_F(ConsolaE2e, aBaseFileConvertsToTheSampleLinesOfItsDownload) {
     EXPECT_EQ(leerCsv(carpeta_ / "b.csv").muestras.size(), kMuestrasSimuladas);
 }
 
-TEST_F(ConsolaE2e, aSerialNumberThatWasWrittenIsReadBack) {
+TEST_F(ConsolaE2e, ASerialNumberThatWasWrittenIsReadBack) {
     const auto escrito = orden({"serie", "20800512"});
     ASSERT_EQ(escrito.estado, 0) << escrito.errores;
     EXPECT_THAT(orden({"configuracion"}).salida, HasSubstr("Nro  : 20800512"));
 }
 
-TEST(ConsolaSinRegistrador, aDeviceThatDoesNotExistEndsWithNoLoggerAndTheRemedy) {
+TEST(ConsolaSinRegistrador, ADeviceThatDoesNotExistEndsWithNoLoggerAndTheRemedy) {
     Proceso proceso({TELVANE_CLI, "--com", "1=/dev/no-existe", "buscar"});
     EXPECT_EQ(proceso.terminar(), 3);
     EXPECT_THAT(proceso.errores(), HasSubstr("--com 1=DISPOSITIVO"));

@@ -81,7 +81,7 @@ class TecladoEnDescargaE2e : public VentanaE2e {
     }
 };
 
-TEST_F(TecladoEnDescargaE2e, enterGoesOnCancellingNothingAndTabReachesCancel) {
+TEST_F(TecladoEnDescargaE2e, EnterGoesOnCancellingNothingAndTabReachesCancel) {
     conectar();
     ASSERT_TRUE(pulsar(kDescargar));
     ASSERT_TRUE(esperarA([&] { return barra(); }));
@@ -100,7 +100,7 @@ TEST_F(TecladoEnDescargaE2e, enterGoesOnCancellingNothingAndTabReachesCancel) {
     EXPECT_TRUE(esperarA([&] { return !barra(); }));
 }
 
-TEST_F(TecladoE2e, tabGoesWhereTheEyeGoesAndComesByEveryField) {
+TEST_F(TecladoE2e, TabGoesWhereTheEyeGoesAndComesByEveryField) {
     conectar();
     const auto paradas = vueltaDelTabulador(kImportarConfiguracion);
     EXPECT_THAT(nombres(paradas), IsSupersetOf({"Usuario", "Ubicacion", "Latitud", "Longitud", "Altitud",

@@ -24,7 +24,7 @@ class DescargaDetenidaE2e : public VentanaE2e {
     DescargaDetenidaE2e() : VentanaE2e({"--baudios", "0", "--fallo", "descarga:bloque=2047:silencio"}) {}
 };
 
-TEST_F(VentanaE2e, aScreenReaderHearsThePrintedLinesAndTheLiveReadings) {
+TEST_F(VentanaE2e, AScreenReaderHearsThePrintedLinesAndTheLiveReadings) {
     const Oyente oyente(accesibilidad_->bus());
     conectar();
     EXPECT_TRUE(esperarA([&] { return oyente.oyo(" 31"); })) << ::testing::PrintToString(oyente.textos());
@@ -33,7 +33,7 @@ TEST_F(VentanaE2e, aScreenReaderHearsThePrintedLinesAndTheLiveReadings) {
     ASSERT_TRUE(pulsar("PARAR"));
 }
 
-TEST_F(DescargaDetenidaE2e, theBarTellsHowFarItCameAndItsBounds) {
+TEST_F(DescargaDetenidaE2e, TheBarTellsHowFarItCameAndItsBounds) {
     conectar();
     ASSERT_TRUE(pulsar(kDescargar));
     std::optional<ValorAccesible> valor;
@@ -47,7 +47,7 @@ TEST_F(DescargaDetenidaE2e, theBarTellsHowFarItCameAndItsBounds) {
     EXPECT_EQ(valor->maximo, 4098);
 }
 
-TEST_F(VentanaE2e, fromTheFirstQuestionToTheCsv) {
+TEST_F(VentanaE2e, FromTheFirstQuestionToTheCsv) {
     conectar();
     ASSERT_TRUE(contiene("Usuario", "INTA Estacion Experimental"));
 
@@ -77,7 +77,7 @@ TEST_F(VentanaE2e, fromTheFirstQuestionToTheCsv) {
     EXPECT_EQ(contenidoDe(archivosBase().front()), contenidoDe(base));
 }
 
-TEST_F(VentanaE2e, whatIsEditedAndSentIsReadBack) {
+TEST_F(VentanaE2e, WhatIsEditedAndSentIsReadBack) {
     conectar();
     ASSERT_TRUE(contiene("Usuario", "INTA Estacion Experimental"));
     ASSERT_TRUE(pulsar("Cambiar configuracion"));
@@ -108,7 +108,7 @@ TEST_F(VentanaE2e, whatIsEditedAndSentIsReadBack) {
     EXPECT_FALSE(raiz().buscar("radio button", "60 Minutos").has_value());
 }
 
-TEST_F(VentanaE2e, aSerialNumberThatIsWrittenIsReadBack) {
+TEST_F(VentanaE2e, ASerialNumberThatIsWrittenIsReadBack) {
     conectar();
     ASSERT_TRUE(seLee("Nro  : 02080050"));
     ASSERT_TRUE(teclear("Nro de Serie", "x1234-5678", {"Return"}));
@@ -117,7 +117,7 @@ TEST_F(VentanaE2e, aSerialNumberThatIsWrittenIsReadBack) {
     EXPECT_TRUE(seLee("Nro  : 12345678"));
 }
 
-TEST_F(VentanaE2e, aKeptBaseFileGivesTheSamplesOfItsDownload) {
+TEST_F(VentanaE2e, AKeptBaseFileGivesTheSamplesOfItsDownload) {
     conectar();
     ASSERT_TRUE(pulsar(kDescargar));
     ASSERT_TRUE(responder("La descarga de datos se realizó con exito", "Aceptar"));

@@ -69,7 +69,7 @@ class Ordenes : public testing::Test {
     }
 };
 
-TEST_F(Ordenes, incorporarTellsEachFileAndGoesOnAfterOneThatFails) {
+TEST_F(Ordenes, IncorporarTellsEachFileAndGoesOnAfterOneThatFails) {
     const auto buena = imagen();
     const auto r = correr({"incorporar", carpeta / "no.rgt", buena});
     EXPECT_EQ(r.codigo, 1);
@@ -77,7 +77,7 @@ TEST_F(Ordenes, incorporarTellsEachFileAndGoesOnAfterOneThatFails) {
     EXPECT_THAT(r.errores, HasSubstr("no.rgt: no se pudo leer no.rgt: no existe"));
 }
 
-TEST_F(Ordenes, aFolderStandsForTheBaseFilesInIt) {
+TEST_F(Ordenes, AFolderStandsForTheBaseFilesInIt) {
     imagen();
     guardar("b.txt", {1, 2, 3});
     const auto r = correr({"incorporar", carpeta.ruta().string(), "--json"});
@@ -88,13 +88,13 @@ TEST_F(Ordenes, aFolderStandsForTheBaseFilesInIt) {
     EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 1);
 }
 
-TEST_F(Ordenes, aFileLongerThanAnImageIsRefused) {
+TEST_F(Ordenes, AFileLongerThanAnImageIsRefused) {
     auto larga = ImagenPrueba().bytes();
     larga.push_back(0);
     EXPECT_EQ(correr({"incorporar", guardar("l.rgt", larga)}).codigo, 1);
 }
 
-TEST_F(Ordenes, silenceEndsWithOneAndTellsTheStation) {
+TEST_F(Ordenes, SilenceEndsWithOneAndTellsTheStation) {
     correr({"incorporar", imagen()});
     ahora += std::chrono::hours(10);
     EXPECT_EQ(correr({"estado", "--silencio", "10"}).codigo, 0);
@@ -104,7 +104,7 @@ TEST_F(Ordenes, silenceEndsWithOneAndTellsTheStation) {
     EXPECT_THAT(r.salida, HasSubstr("\"intervalo\": 10"));
 }
 
-TEST_F(Ordenes, noControlCharacterOfAHeaderIsShown) {
+TEST_F(Ordenes, NoControlCharacterOfAHeaderIsShown) {
     const auto r = correr(
         {"incorporar", guardar("c.rgt", ImagenPrueba().texto(4, "A\x1b[2J\x9bZ").serie(0, 0, 3).bytes())});
     EXPECT_EQ(r.codigo, 0);
@@ -116,7 +116,7 @@ TEST_F(Ordenes, noControlCharacterOfAHeaderIsShown) {
     }
 }
 
-TEST_F(Ordenes, aPeriodThatEndsBeforeItBeginsIsWrongUsage) {
+TEST_F(Ordenes, APeriodThatEndsBeforeItBeginsIsWrongUsage) {
     correr({"incorporar", imagen()});
     EXPECT_EQ(
         correr({"exportar", "-", "--estacion", "02080050", "--desde", "2025-03-02", "--hasta", "2025-03-01"})
@@ -126,7 +126,7 @@ TEST_F(Ordenes, aPeriodThatEndsBeforeItBeginsIsWrongUsage) {
     EXPECT_EQ(correr({"exportar", carpeta / "x.xls", "--estacion", "02080050", "--calidad"}).codigo, 2);
 }
 
-TEST_F(Ordenes, thePeriodTakesItsBeginningAndLeavesItsEnd) {
+TEST_F(Ordenes, ThePeriodTakesItsBeginningAndLeavesItsEnd) {
     correr({"incorporar", imagen()});
     const auto r = correr({"exportar", "-", "--estacion", "02080050", "--formato", "jsonl", "--desde",
                            "2025-03-01T01:00", "--hasta", "2025-03-01T01:20"});
@@ -134,7 +134,7 @@ TEST_F(Ordenes, thePeriodTakesItsBeginningAndLeavesItsEnd) {
     EXPECT_THAT(r.salida, HasSubstr("{\"hora\":\"2025-03-01T01:00:00\""));
 }
 
-TEST_F(Ordenes, whatIsNoArchiveIsToldAndLeftAlone) {
+TEST_F(Ordenes, WhatIsNoArchiveIsToldAndLeftAlone) {
     EXPECT_THAT(correr({"estado"}).errores, HasSubstr("no hay archivo histórico todavía"));
     guardar("h.sqlite", {'h', 'o', 'l', 'a', ' ', 'a', ' ', 't', 'o', 'd', 'o', 's', '\n'});
     EXPECT_THAT(correr({"incorporar", imagen()}).errores, HasSubstr("no es un archivo histórico de Telvane"));
@@ -149,21 +149,21 @@ TEST_F(Ordenes, whatIsNoArchiveIsToldAndLeftAlone) {
     EXPECT_THAT(correr({"incorporar", imagen()}).errores, HasSubstr("es una carpeta"));
 }
 
-TEST_F(Ordenes, anEmptyFileBecomesAnArchive) {
+TEST_F(Ordenes, AnEmptyFileBecomesAnArchive) {
     guardar("h.sqlite", {});
     EXPECT_EQ(correr({"estado"}).codigo, 1);
     EXPECT_EQ(correr({"incorporar", imagen()}).codigo, 0);
     EXPECT_EQ(correr({"comprobar"}).codigo, 0);
 }
 
-TEST_F(Ordenes, aNewerVersionIsRefused) {
+TEST_F(Ordenes, ANewerVersionIsRefused) {
     correr({"incorporar", imagen()});
     sql("PRAGMA user_version=99");
     EXPECT_THAT(correr({"estado"}).errores, HasSubstr("es de una versión más nueva (99)"));
     EXPECT_EQ(correr({"incorporar", imagen()}).codigo, 1);
 }
 
-TEST_F(Ordenes, anOlderVersionIsMigratedAfterACopy) {
+TEST_F(Ordenes, AnOlderVersionIsMigratedAfterACopy) {
     correr({"incorporar", imagen()});
     {
         const auto nuevo =
@@ -179,7 +179,7 @@ TEST_F(Ordenes, anOlderVersionIsMigratedAfterACopy) {
     EXPECT_EQ(copia.numero("PRAGMA user_version"), 1);
 }
 
-TEST_F(Ordenes, aMigrationThatFailsChangesNothing) {
+TEST_F(Ordenes, AMigrationThatFailsChangesNothing) {
     correr({"incorporar", imagen()});
     EXPECT_THROW(AlmacenSqlite::abrirParaEscribir(
                      archivo(), false,
@@ -189,7 +189,7 @@ TEST_F(Ordenes, aMigrationThatFailsChangesNothing) {
     EXPECT_EQ(correr({"comprobar"}).codigo, 0);
 }
 
-TEST_F(Ordenes, whoHoldsTheArchiveIsWaitedForAndTold) {
+TEST_F(Ordenes, WhoHoldsTheArchiveIsWaitedForAndTold) {
     correr({"incorporar", imagen()});
     BaseSqlite otro(archivo(), BaseSqlite::Acceso::escritura, std::chrono::seconds(1));
     otro.ejecutar("BEGIN IMMEDIATE");
@@ -202,7 +202,7 @@ TEST_F(Ordenes, whoHoldsTheArchiveIsWaitedForAndTold) {
     EXPECT_EQ(correr({"incorporar", otra}).codigo, 0);
 }
 
-TEST_F(Ordenes, aDamagedImageIsNamedAndTheRestGoesOn) {
+TEST_F(Ordenes, ADamagedImageIsNamedAndTheRestGoesOn) {
     correr({"incorporar", imagen()});
     sql("UPDATE contenidos SET datos=zeroblob(100)");
     const auto r = correr({"comprobar"});
@@ -213,7 +213,7 @@ TEST_F(Ordenes, aDamagedImageIsNamedAndTheRestGoesOn) {
     EXPECT_THAT(correr({"estado", "--json"}).salida, HasSubstr("\"muestras\": 60"));
 }
 
-TEST_F(Ordenes, aSampleThatIsNotTheImagesIsFoundAndMadeGood) {
+TEST_F(Ordenes, ASampleThatIsNotTheImagesIsFoundAndMadeGood) {
     correr({"incorporar", imagen()});
     sql("UPDATE muestras SET presion=1 WHERE hora=(SELECT max(hora) FROM muestras)");
     const auto r = correr({"comprobar"});
@@ -223,7 +223,7 @@ TEST_F(Ordenes, aSampleThatIsNotTheImagesIsFoundAndMadeGood) {
     EXPECT_EQ(correr({"comprobar"}).codigo, 0);
 }
 
-TEST_F(Ordenes, imagenGivesBackEveryByte) {
+TEST_F(Ordenes, ImagenGivesBackEveryByte) {
     const auto ruta = imagen();
     correr({"incorporar", ruta});
     const auto bytes = ImagenPrueba().serie(0, 0, 50).bytes();
@@ -240,7 +240,7 @@ TEST_F(Ordenes, imagenGivesBackEveryByte) {
     EXPECT_EQ(correr({"imagen", "1234567", "-"}).codigo, 2);
 }
 
-TEST_F(Ordenes, nothingIsWrittenOverWhatItIsReadFrom) {
+TEST_F(Ordenes, NothingIsWrittenOverWhatItIsReadFrom) {
     const auto base = imagen();
     ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
     const auto huella = textoDe(huellaDe(ImagenPrueba().serie(0, 0, 50).bytes()));
@@ -260,7 +260,7 @@ TEST_F(Ordenes, nothingIsWrittenOverWhatItIsReadFrom) {
     EXPECT_FALSE(std::filesystem::exists(archivo() + "-journal"));
 }
 
-TEST_F(Ordenes, noTableTakesABaseFilesName) {
+TEST_F(Ordenes, NoTableTakesABaseFilesName) {
     const auto base = imagen();
     ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
     std::filesystem::create_symlink("a.rgt", carpeta / "enlace.csv");
@@ -275,7 +275,7 @@ TEST_F(Ordenes, noTableTakesABaseFilesName) {
     EXPECT_EQ(std::filesystem::file_size(sinNombre), kBytesMemoria);
 }
 
-TEST_F(Ordenes, aTableGoesToADeviceOrAPipeAsItStands) {
+TEST_F(Ordenes, ATableGoesToADeviceOrAPipeAsItStands) {
     ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
     EXPECT_EQ(correr({"exportar", "/dev/null", "--estacion", "02080050"}).codigo, 0);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
@@ -291,14 +291,14 @@ TEST_F(Ordenes, aTableGoesToADeviceOrAPipeAsItStands) {
     ::close(lector);
 }
 
-TEST_F(Ordenes, theFormatIsInTheNameInWhateverCase) {
+TEST_F(Ordenes, TheFormatIsInTheNameInWhateverCase) {
     ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
     ASSERT_EQ(correr({"exportar", carpeta / "t.JSONL", "--estacion", "02080050"}).codigo, 0);
     std::ifstream tabla(carpeta / "t.JSONL");
     EXPECT_EQ(tabla.get(), '{');
 }
 
-TEST_F(Ordenes, aVersionThatNeverWasIsRefused) {
+TEST_F(Ordenes, AVersionThatNeverWasIsRefused) {
     const auto base = imagen();
     for (const auto* version : {"0", "-1"}) {
         correr({"incorporar", base});
@@ -313,7 +313,7 @@ TEST_F(Ordenes, aVersionThatNeverWasIsRefused) {
     }
 }
 
-TEST_F(Ordenes, anArchivesNameIsAFilesWhateverItLooksLike) {
+TEST_F(Ordenes, AnArchivesNameIsAFilesWhateverItLooksLike) {
     const auto base = imagen();
     const auto antes = std::filesystem::current_path();
     std::filesystem::current_path(carpeta.ruta());
@@ -325,7 +325,7 @@ TEST_F(Ordenes, anArchivesNameIsAFilesWhateverItLooksLike) {
     std::filesystem::current_path(antes);
 }
 
-TEST_F(Ordenes, whateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
+TEST_F(Ordenes, WhateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
     const auto sana = ImagenPrueba().serie(0, 0, 50);
     auto danada = sana;
     danada.reloj(kInicio + std::chrono::hours(1)).poner(5, registroDeMinuto(50, 1));
@@ -354,7 +354,7 @@ TEST_F(Ordenes, whateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
     EXPECT_THAT(correr({"comprobar"}).salida, HasSubstr("imágenes de una estación que no está: 2"));
 }
 
-TEST_F(Ordenes, aSignalEndsTheWaitForALock) {
+TEST_F(Ordenes, ASignalEndsTheWaitForALock) {
     correr({"incorporar", imagen()});
     BaseSqlite otro(archivo(), BaseSqlite::Acceso::escritura, std::chrono::seconds(1));
     otro.ejecutar("BEGIN IMMEDIATE");
@@ -366,7 +366,7 @@ TEST_F(Ordenes, aSignalEndsTheWaitForALock) {
     EXPECT_THAT(r.errores, HasSubstr("interrumpido"));
 }
 
-TEST_F(Ordenes, nothingCopiedMakesNoArchive) {
+TEST_F(Ordenes, NothingCopiedMakesNoArchive) {
     correr({"incorporar", imagen()});
     EXPECT_EQ(correr({"copiar", "--a", carpeta / "n.sqlite", "--estacion", "99999999"}).codigo, 1);
     EXPECT_FALSE(std::filesystem::exists(carpeta / "n.sqlite"));
@@ -374,7 +374,7 @@ TEST_F(Ordenes, nothingCopiedMakesNoArchive) {
                 HasSubstr("no existe la carpeta"));
 }
 
-TEST_F(Ordenes, ofAFolderOnlyFilesThatAreSeenAreTaken) {
+TEST_F(Ordenes, OfAFolderOnlyFilesThatAreSeenAreTaken) {
     imagen();
     guardar(".b.rgt", {1, 2, 3});
     std::filesystem::create_directory(carpeta / "c.rgt");
@@ -383,13 +383,13 @@ TEST_F(Ordenes, ofAFolderOnlyFilesThatAreSeenAreTaken) {
     EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 1);
 }
 
-TEST_F(Ordenes, limitsMayBeginAsSomeEditorsBeginAFile) {
+TEST_F(Ordenes, LimitsMayBeginAsSomeEditorsBeginAFile) {
     correr({"incorporar", imagen()});
     std::ofstream(carpeta / "calidad.ini") << "\xEF\xBB\xBF[02080050]\ntemperatura.salto = 8\n";
     EXPECT_EQ(correr({"exportar", "-", "--estacion", "02080050", "--calidad"}).codigo, 0);
 }
 
-TEST_F(Ordenes, aPasswordIsInNoMessage) {
+TEST_F(Ordenes, APasswordIsInNoMessage) {
     const auto r = correr({"copiar", "--a", "postgresql://yo:secreta@/x?host=/no/hay"});
     EXPECT_EQ(r.codigo, 1);
     correr({"incorporar", imagen()});
@@ -399,7 +399,7 @@ TEST_F(Ordenes, aPasswordIsInNoMessage) {
     EXPECT_EQ((r.errores + s.errores).find("secreta"), std::string::npos);
 }
 
-TEST(Contrasena, isOverwrittenWhereverAnAddressHoldsIt) {
+TEST(Contrasena, IsOverwrittenWhereverAnAddressHoldsIt) {
     const auto tapada = [](std::string texto) {
         ocultarContrasena(texto);
         return texto;

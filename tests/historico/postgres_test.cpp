@@ -20,7 +20,7 @@ Incorporacion incorporar(Almacen& almacen, int cuantas) {
                                        {"prueba", Incorporada(std::chrono::seconds(1))});
 }
 
-TEST(Servidor, postgresqlThatRestartsBetweenTwoImagesIsFoundAgain) {
+TEST(Servidor, PostgresqlThatRestartsBetweenTwoImagesIsFoundAgain) {
     ServidorPostgres servidor;
     AlmacenPostgres almacen(servidor.baseVacia("h"), true, std::chrono::seconds(1));
     EXPECT_EQ(incorporar(almacen, 10).nuevas, 10);
@@ -30,7 +30,7 @@ TEST(Servidor, postgresqlThatRestartsBetweenTwoImagesIsFoundAgain) {
     EXPECT_EQ(incorporar(almacen, 20).nuevas, 10);
 }
 
-TEST(Servidor, postgresqlThatGoesAwayInTheMiddleTakesNothing) {
+TEST(Servidor, PostgresqlThatGoesAwayInTheMiddleTakesNothing) {
     ServidorPostgres servidor;
     AlmacenPostgres almacen(servidor.baseVacia("h"), true, std::chrono::seconds(1));
     incorporar(almacen, 10);
@@ -49,7 +49,7 @@ TEST(Servidor, postgresqlThatGoesAwayInTheMiddleTakesNothing) {
     EXPECT_EQ(incorporar(almacen, 20).nuevas, 10);
 }
 
-TEST(Servidor, postgresqlTellsWhoHasNoRight) {
+TEST(Servidor, PostgresqlTellsWhoHasNoRight) {
     auto& servidor = ServidorPostgres::unico();
     const auto url = servidor.baseVacia("permisos");
     AlmacenPostgres(url, true, std::chrono::seconds(1));
@@ -60,7 +60,7 @@ TEST(Servidor, postgresqlTellsWhoHasNoRight) {
                 HasSubstr("el servidor no da permiso"));
 }
 
-TEST(Servidor, postgresqlThatAnotherWritesToIsWaitedForAndTold) {
+TEST(Servidor, PostgresqlThatAnotherWritesToIsWaitedForAndTold) {
     auto& servidor = ServidorPostgres::unico();
     const auto url = servidor.baseVacia("ocupada");
     AlmacenPostgres una(url, true, std::chrono::seconds(1));

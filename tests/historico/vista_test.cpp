@@ -58,7 +58,7 @@ void comparar(const Fila& fila, Columna&& columna) {
     ASSERT_EQ(columna(10), "02080050");
 }
 
-TEST(Vista, sqliteSaysWhatTheDecoderSays) {
+TEST(Vista, SqliteSaysWhatTheDecoderSays) {
     const CarpetaTemporal carpeta;
     const auto filas = filasDeTodo();
     llenar(*AlmacenSqlite::abrirParaEscribir(carpeta / "h.sqlite", true, {}), filas);
@@ -73,7 +73,7 @@ TEST(Vista, sqliteSaysWhatTheDecoderSays) {
     EXPECT_FALSE(s.paso());
 }
 
-TEST(Vista, postgresqlSaysWhatTheDecoderSays) {
+TEST(Vista, PostgresqlSaysWhatTheDecoderSays) {
     const auto filas = filasDeTodo();
     const auto url = ServidorPostgres::unico().baseVacia("vista");
     AlmacenPostgres almacen(url, true, std::chrono::seconds(1));

@@ -43,7 +43,7 @@ std::string rellenar(std::string_view texto, std::size_t ancho) {
     return std::string(texto) + std::string(ancho - texto.size(), ' ');
 }
 
-TEST(RegistroConfig, losCamposEstanDondeLosPoneElRegistrador) {
+TEST(RegistroConfig, LosCamposEstanDondeLosPoneElRegistrador) {
     using namespace registro_config;
     const std::array<std::size_t, 10> lugares = {kSerie,   kUsuario,   kUbicacion, kLatitud, kLongitud,
                                                  kAltitud, kIntervalo, kReloj,     kFin,     kCabecera};
@@ -51,21 +51,21 @@ TEST(RegistroConfig, losCamposEstanDondeLosPoneElRegistrador) {
     EXPECT_EQ(kAnchos, (std::array<int, 5>{30, 35, 15, 15, 5}));
 }
 
-TEST(RegistroConfig, loQueNadieLeyoEstaVacio) {
+TEST(RegistroConfig, LoQueNadieLeyoEstaVacio) {
     const DatosConfig datos;
     EXPECT_EQ(datos.intervaloCodigo, 0);
     EXPECT_EQ(datos.Nserie, "");
     EXPECT_EQ(datos[CampoTexto::altitud], "");
 }
 
-TEST(Evaporacion, laLlevanLosNumerosDesde2080000HastaAntesDe2080100) {
+TEST(Evaporacion, LaLlevanLosNumerosDesde2080000HastaAntesDe2080100) {
     EXPECT_TRUE(llevaEvaporacion(2080000.0f));
     EXPECT_TRUE(llevaEvaporacion(2080099.0f));
     EXPECT_FALSE(llevaEvaporacion(2080100.0f));
     EXPECT_FALSE(llevaEvaporacion(2079999.0f));
 }
 
-TEST(DigitosBcd, cadaByteDaSusDosNibblesMasElCero) {
+TEST(DigitosBcd, CadaByteDaSusDosNibblesMasElCero) {
     for (unsigned byte = 0; byte < 256; ++byte) {
         const auto digitos = digitosBcd(static_cast<std::uint8_t>(byte));
         EXPECT_EQ(digitos[0], static_cast<char>('0' + byte / 16)) << byte;
@@ -73,19 +73,19 @@ TEST(DigitosBcd, cadaByteDaSusDosNibblesMasElCero) {
     }
 }
 
-TEST(DigitosBcd, unNibbleMayorQueNueveDaElCaracterQueSigue) {
+TEST(DigitosBcd, UnNibbleMayorQueNueveDaElCaracterQueSigue) {
     EXPECT_EQ(digitosBcd(0x9A), (std::array<char, 2>{'9', ':'}));
     EXPECT_EQ(digitosBcd(0x1F), (std::array<char, 2>{'1', '?'}));
 }
 
-TEST(EmpacarBcd, esLaInversaDeLosDigitos) {
+TEST(EmpacarBcd, EsLaInversaDeLosDigitos) {
     for (int valor = 0; valor < 100; ++valor) {
         const auto digitos = digitosBcd(empacarBcd(valor));
         EXPECT_EQ((digitos[0] - '0') * 10 + digitos[1] - '0', valor);
     }
 }
 
-TEST(IndiceIntervalo, soloSeisCodigosTienenUno) {
+TEST(IndiceIntervalo, SoloSeisCodigosTienenUno) {
     const std::vector<std::pair<unsigned, std::string>> codigos = {{0x01, "1"},  {0x05, "5"},  {0x10, "10"},
                                                                    {0x15, "15"}, {0x30, "30"}, {0x60, "60"}};
     std::size_t encontrados = 0;
@@ -103,7 +103,7 @@ TEST(IndiceIntervalo, soloSeisCodigosTienenUno) {
     EXPECT_EQ(encontrados, codigos.size());
 }
 
-TEST(NumeroDeSerie, sonLosDigitosInicialesEnPrecisionSimple) {
+TEST(NumeroDeSerie, SonLosDigitosInicialesEnPrecisionSimple) {
     EXPECT_EQ(numeroDeSerie("02080050"), 2080050.0f);
     EXPECT_EQ(numeroDeSerie("99999999"), 100000000.0f);
     EXPECT_EQ(numeroDeSerie("0208005:"), 208005.0f);
@@ -114,7 +114,7 @@ TEST(NumeroDeSerie, sonLosDigitosInicialesEnPrecisionSimple) {
     EXPECT_EQ(numeroDeSerie(""), 0.0f);
 }
 
-TEST(Resumen, sieteLineasYDosVaciasConUnBlancoTrasLosDosPuntos) {
+TEST(Resumen, SieteLineasYDosVaciasConUnBlancoTrasLosDosPuntos) {
     EXPECT_EQ(resumenTrasLectura("60", "Nro  : 12345678", {"Ana", "Finca", "34 S", "58 O", "25"}),
               "Muestras cada 60 Minutos\r\n"
               "Nro  : 12345678\r\n"
@@ -127,13 +127,13 @@ TEST(Resumen, sieteLineasYDosVaciasConUnBlancoTrasLosDosPuntos) {
               "\r\n");
 }
 
-TEST(Resumen, unUsuarioEnBlancoConservaSusTreintaBlancos) {
+TEST(Resumen, UnUsuarioEnBlancoConservaSusTreintaBlancos) {
     const std::string blancos(30, ' ');
     EXPECT_NE(resumenTrasLectura("1", "", {blancos, "", "", "", ""}).find("Usuario: " + blancos + "\r\n"),
               std::string::npos);
 }
 
-TEST(Config, elTextoDeLaCabeceraTieneSusPropiosRotulos) {
+TEST(Config, ElTextoDeLaCabeceraTieneSusPropiosRotulos) {
     EXPECT_EQ(leer(cabecera()).texto,
               "Numero de serie : 02080050\r\n"
               "Usuario:  " +
@@ -142,7 +142,7 @@ TEST(Config, elTextoDeLaCabeceraTieneSusPropiosRotulos) {
                   "\r\n" + "Altitud :  " + rellenar("25", 5) + "\r\n" + "Muestras cada 10 Minutos\r\n");
 }
 
-TEST(Config, cadaLineaApareceConElUltimoByteDeSuCampo) {
+TEST(Config, CadaLineaApareceConElUltimoByteDeSuCampo) {
     const auto bytes = cabecera();
     TextoDeCabecera texto;
     std::vector<std::size_t> finales;
@@ -155,7 +155,7 @@ TEST(Config, cadaLineaApareceConElUltimoByteDeSuCampo) {
     EXPECT_EQ(texto.recogido, "");
 }
 
-TEST(Config, deUnaImagenEnteraSeLeeSuCabecera) {
+TEST(Config, DeUnaImagenEnteraSeLeeSuCabecera) {
     auto bytes = cabecera();
     const auto esperado = leer(bytes);
     bytes.resize(262144, 0x02);
@@ -166,11 +166,11 @@ TEST(Config, deUnaImagenEnteraSeLeeSuCabecera) {
     EXPECT_TRUE(leido.llevaEvaporacion());
 }
 
-TEST(Config, elCodigo0x60DaSesentaMinutos) {
+TEST(Config, ElCodigo0x60DaSesentaMinutos) {
     EXPECT_TRUE(leer(cabecera(0x60)).texto.ends_with("Muestras cada 60 Minutos\r\n"));
 }
 
-TEST(Config, unCodigoDesconocidoDejaElIntervaloQueHabia) {
+TEST(Config, UnCodigoDesconocidoDejaElIntervaloQueHabia) {
     TextoDeCabecera texto;
     texto.intervalo = "15";
     texto.config(104, 0x20);
@@ -178,24 +178,24 @@ TEST(Config, unCodigoDesconocidoDejaElIntervaloQueHabia) {
     EXPECT_EQ(texto.texto, "Muestras cada 15 Minutos\r\n");
 }
 
-TEST(Config, unByteDeSerie0x9ADaNueveYDosPuntos) {
+TEST(Config, UnByteDeSerie0x9ADaNueveYDosPuntos) {
     auto bytes = cabecera();
     bytes[0] = 0x9A;
     EXPECT_TRUE(leer(bytes).texto.starts_with("Numero de serie : 9:080050\r\n"));
 }
 
-TEST(Config, losTextosSonDeWindows1252) {
+TEST(Config, LosTextosSonDeWindows1252) {
     EXPECT_NE(leer(cabecera(0x10, "Mu\xF1oz \x80")).texto.find("Usuario:  Muñoz €"), std::string::npos);
 }
 
-TEST(Config, soloAgregaYNuncaBorraElTexto) {
+TEST(Config, SoloAgregaYNuncaBorraElTexto) {
     TextoDeCabecera texto;
     texto.texto = "antes";
     texto.config(104, 0x01);
     EXPECT_EQ(texto.texto, "antesMuestras cada 1 Minutos\r\n");
 }
 
-TEST(Config, fueraDeLaCabeceraNoHaceNada) {
+TEST(Config, FueraDeLaCabeceraNoHaceNada) {
     TextoDeCabecera texto;
     EXPECT_TRUE(texto.config(431, 0x20));
     EXPECT_FALSE(texto.config(432, 0x20));
@@ -205,7 +205,7 @@ TEST(Config, fueraDeLaCabeceraNoHaceNada) {
 }
 
 // A field takes exactly what the record holds of it.
-TEST(CamposDeLaForma, tienenLosAnchosDelRegistro) {
+TEST(CamposDeLaForma, TienenLosAnchosDelRegistro) {
     FormaInicio forma;
     const auto campos = forma.camposTexto();
     constexpr std::array<std::size_t, kAnchos.size() + 1> kLugares = {
@@ -220,7 +220,7 @@ TEST(CamposDeLaForma, tienenLosAnchosDelRegistro) {
               2 * (registro_config::kUsuario - registro_config::kSerie));
 }
 
-TEST(Lectura, diceQueParteDelRelojEsMala) {
+TEST(Lectura, DiceQueParteDelRelojEsMala) {
     EXPECT_EQ(avisoDe(HitoLectura::horaMala), "hora mal");
     EXPECT_EQ(avisoDe(HitoLectura::fechaMala), "fecha mal");
     EXPECT_EQ(avisoDe(HitoLectura::finFechaMala), "fecha mal");

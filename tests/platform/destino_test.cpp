@@ -56,7 +56,7 @@ class DestinoDe : public ::testing::Test {
     const fs::path& carpeta_ = temporal_.ruta();
 };
 
-TEST_F(DestinoDe, unaTuberiaSeEscribeDondeSeAdmiteYSiguesiendoTuberia) {
+TEST_F(DestinoDe, UnaTuberiaSeEscribeDondeSeAdmiteYSiguesiendoTuberia) {
     ASSERT_EQ(::mkfifo(ruta("tubo").c_str(), 0600), 0);
     EXPECT_EQ(negativa(ruta("tubo")), "no se pudo guardar tubo: no es un archivo normal");
     const auto destino = revisarDestino(ruta("tubo"), {.corriente = true});
@@ -68,7 +68,7 @@ TEST_F(DestinoDe, unaTuberiaSeEscribeDondeSeAdmiteYSiguesiendoTuberia) {
     EXPECT_TRUE(fs::is_fifo(ruta("tubo")));
 }
 
-TEST_F(DestinoDe, soloLosDispositivosQueTomanTexto) {
+TEST_F(DestinoDe, SoloLosDispositivosQueTomanTexto) {
     EXPECT_TRUE(revisarDestino("/dev/null", {.corriente = true}).corriente);
     EXPECT_NE(negativa("/dev/full", {.corriente = true}), "");
     EXPECT_NE(negativa("/dev/zero", {.corriente = true}), "");
@@ -80,7 +80,7 @@ TEST_F(DestinoDe, soloLosDispositivosQueTomanTexto) {
     EXPECT_NE(negativa(ruta("disco"), {.corriente = true}), "");
 }
 
-TEST_F(DestinoDe, unTerminalQueNoEsElNuestroSeNiega) {
+TEST_F(DestinoDe, UnTerminalQueNoEsElNuestroSeNiega) {
     const Descriptor maestro(::posix_openpt(O_RDWR | O_NOCTTY));
     ASSERT_EQ(::grantpt(maestro()), 0);
     ASSERT_EQ(::unlockpt(maestro()), 0);
@@ -88,7 +88,7 @@ TEST_F(DestinoDe, unTerminalQueNoEsElNuestroSeNiega) {
 }
 
 // As a FIFO without a reader cannot be opened, so cannot a terminal that is none.
-TEST_F(DestinoDe, soloUnaTuberiaEsperaASuLector) {
+TEST_F(DestinoDe, SoloUnaTuberiaEsperaASuLector) {
     EXPECT_EXIT(
         {
             ::setsid();
@@ -103,7 +103,7 @@ TEST_F(DestinoDe, soloUnaTuberiaEsperaASuLector) {
         testing::ExitedWithCode(0), "");
 }
 
-TEST_F(DestinoDe, unArchivoAbiertoEsElMismoQuePorSuNombre) {
+TEST_F(DestinoDe, UnArchivoAbiertoEsElMismoQuePorSuNombre) {
     poner("a");
     poner("b");
     const Descriptor abierto(::open(ruta("a").c_str(), O_RDONLY | O_CLOEXEC));
@@ -113,7 +113,7 @@ TEST_F(DestinoDe, unArchivoAbiertoEsElMismoQuePorSuNombre) {
     EXPECT_EQ(identidad(-1), std::nullopt);
 }
 
-TEST_F(DestinoDe, unSocketSeNiega) {
+TEST_F(DestinoDe, UnSocketSeNiega) {
     const Descriptor zocalo(::socket(AF_UNIX, SOCK_STREAM, 0));
     sockaddr_un direccion{};
     direccion.sun_family = AF_UNIX;
@@ -124,7 +124,7 @@ TEST_F(DestinoDe, unSocketSeNiega) {
     EXPECT_THAT(negativa(ruta("zocalo"), {.corriente = true}), HasSubstr("no es un archivo normal"));
 }
 
-TEST_F(DestinoDe, unNombreVedadoSeNiegaEscritoComoSeaYPorUnEnlace) {
+TEST_F(DestinoDe, UnNombreVedadoSeNiegaEscritoComoSeaYPorUnEnlace) {
     EXPECT_TRUE(porNombre(ruta("a.rgt")));
     EXPECT_TRUE(porNombre(ruta("a.RgT")));
     EXPECT_TRUE(porNombre(ruta(".rgt")));
@@ -137,7 +137,7 @@ TEST_F(DestinoDe, unNombreVedadoSeNiegaEscritoComoSeaYPorUnEnlace) {
     EXPECT_TRUE(porNombre(ruta("otra.csv")));
 }
 
-TEST_F(DestinoDe, loQueHaDeSerNuevoNoPuedeEstar) {
+TEST_F(DestinoDe, LoQueHaDeSerNuevoNoPuedeEstar) {
     poner("x");
     EXPECT_EQ(negativa(ruta("x"), {.nuevo = true}), "no se pudo guardar x: ya existe");
     fs::create_symlink("x", ruta("enlace"));
@@ -145,7 +145,7 @@ TEST_F(DestinoDe, loQueHaDeSerNuevoNoPuedeEstar) {
     EXPECT_EQ(negativa(ruta("y"), {.nuevo = true}), "");
 }
 
-TEST_F(DestinoDe, loQueNoCabeSeDiceAntes) {
+TEST_F(DestinoDe, LoQueNoCabeSeDiceAntes) {
     const DiscoChico disco(ruta("disco"));
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     EXPECT_EQ(negativa(ruta("disco/x"), {.bytes = 60'000}), "");
@@ -153,7 +153,7 @@ TEST_F(DestinoDe, loQueNoCabeSeDiceAntes) {
               "no se pudo guardar x: no queda espacio en el disco");
 }
 
-TEST_F(DestinoDe, loQueLaSesionNoPermiteSeDiceAntes) {
+TEST_F(DestinoDe, LoQueLaSesionNoPermiteSeDiceAntes) {
     rlimit antes{};
     ::getrlimit(RLIMIT_FSIZE, &antes);
     const rlimit limite{1000, antes.rlim_max};
@@ -163,7 +163,7 @@ TEST_F(DestinoDe, loQueLaSesionNoPermiteSeDiceAntes) {
     ::setrlimit(RLIMIT_FSIZE, &antes);
 }
 
-TEST_F(DestinoDe, unPuntoDeMontajeSeNiega) {
+TEST_F(DestinoDe, UnPuntoDeMontajeSeNiega) {
     poner("de");
     poner("sobre");
     if (::mount(ruta("de").c_str(), ruta("sobre").c_str(), nullptr, MS_BIND, nullptr) != 0)
@@ -172,14 +172,14 @@ TEST_F(DestinoDe, unPuntoDeMontajeSeNiega) {
     ::umount(ruta("sobre").c_str());
 }
 
-TEST_F(DestinoDe, unNombreVacioNoEsNinguno) {
+TEST_F(DestinoDe, UnNombreVacioNoEsNinguno) {
     EXPECT_THAT(negativa(""), EndsWith("falta el nombre"));
     EXPECT_THAT(negativa(ruta("nada/")), HasSubstr("no existe la carpeta"));
     poner("x");
     EXPECT_THAT(negativa(ruta("x/")), HasSubstr("no es una carpeta"));
 }
 
-TEST_F(DestinoDe, elMismoArchivoPorCualquierNombre) {
+TEST_F(DestinoDe, ElMismoArchivoPorCualquierNombre) {
     poner("a");
     fs::create_directory(ruta("d"));
     fs::create_symlink("a", ruta("simbolico"));
@@ -197,7 +197,7 @@ TEST_F(DestinoDe, elMismoArchivoPorCualquierNombre) {
     EXPECT_FALSE(mismoArchivo(ruta("nada/x"), ruta("d/x")));
 }
 
-TEST(ConSufijo, unNombreDemasiadoLargoSeAcortaPorUnCaracterEntero) {
+TEST(ConSufijo, UnNombreDemasiadoLargoSeAcortaPorUnCaracterEntero) {
     EXPECT_EQ(conSufijo("a/b", ".parcial"), fs::path("a/b.parcial"));
     const std::string largo(NAME_MAX, 'n');
     EXPECT_EQ(conSufijo(largo, ".parcial").string(), std::string(NAME_MAX - 8, 'n') + ".parcial");

@@ -21,7 +21,7 @@ TEST(Motivos, SpeakSpanishWhoeverThrows) {
     EXPECT_EQ(motivoDe(error), "/a/b: no hay permiso");
 }
 
-TEST(MotivoSistema, losErroresDeArchivosYPuertosTienenSuFrase) {
+TEST(MotivoSistema, LosErroresDeArchivosYPuertosTienenSuFrase) {
     for (const int numero :
          {EACCES, EAGAIN, EBUSY,  EDQUOT, EFBIG,   EINVAL, EIO,   EISDIR, ELOOP, EMFILE, ENAMETOOLONG,
           ENODEV, ENOENT, ENOMEM, ENOSPC, ENOTDIR, ENOTTY, ENXIO, EPERM,  EROFS, ETXTBSY}) {
@@ -30,7 +30,7 @@ TEST(MotivoSistema, losErroresDeArchivosYPuertosTienenSuFrase) {
     EXPECT_EQ(motivoSistema(ENOSPC), "no queda espacio en el disco");
 }
 
-TEST(MotivoSistema, losDemasDanSuNumero) {
+TEST(MotivoSistema, LosDemasDanSuNumero) {
     EXPECT_EQ(motivoSistema(9999), "error 9999 del sistema");
     EXPECT_EQ(motivoSistema(0), "error 0 del sistema");
 }

@@ -35,7 +35,7 @@ class AbridorDelEscritorio : public ::testing::Test {
     std::string caminos_;
 };
 
-TEST_F(AbridorDelEscritorio, recibeLaRutaEnteraComoUnSoloArgumento) {
+TEST_F(AbridorDelEscritorio, RecibeLaRutaEnteraComoUnSoloArgumento) {
     hay("printf '%s|%s' \"$#\" \"$1\" >" + huella().string() + ".a; /bin/mv " + huella().string() + ".a " +
         huella().string());
     Abridor abridor(bucle);
@@ -47,7 +47,7 @@ TEST_F(AbridorDelEscritorio, recibeLaRutaEnteraComoUnSoloArgumento) {
     EXPECT_EQ(escrito, "1|" + ruta.string());
 }
 
-TEST_F(AbridorDelEscritorio, unFracasoSeDiceUnaVez) {
+TEST_F(AbridorDelEscritorio, UnFracasoSeDiceUnaVez) {
     hay("exit 4");
     Abridor abridor(bucle);
     abridor.abrir("/tmp/a.CSV", [&] { ++fallos; });
@@ -57,7 +57,7 @@ TEST_F(AbridorDelEscritorio, unFracasoSeDiceUnaVez) {
     EXPECT_EQ(fallos, 1);
 }
 
-TEST_F(AbridorDelEscritorio, loAbiertoNoEsUnFracaso) {
+TEST_F(AbridorDelEscritorio, LoAbiertoNoEsUnFracaso) {
     hay("case $1 in */b.CSV) exit 3 ;; esac; echo a >" + huella().string());
     Abridor abridor(bucle);
     bool otro = false;
@@ -68,7 +68,7 @@ TEST_F(AbridorDelEscritorio, loAbiertoNoEsUnFracaso) {
     EXPECT_EQ(fallos, 0);
 }
 
-TEST_F(AbridorDelEscritorio, sinProgramaSeDiceEnElActo) {
+TEST_F(AbridorDelEscritorio, SinProgramaSeDiceEnElActo) {
     Abridor abridor(bucle);
     abridor.abrir("/tmp/a.CSV", [&] { ++fallos; });
     EXPECT_EQ(fallos, 1);

@@ -56,7 +56,7 @@ class Cajas : public ::testing::Test {
     std::optional<Boton> respuesta;
 };
 
-TEST_F(Cajas, elTextoSaleLlanoConSusBlancosYSaltos) {
+TEST_F(Cajas, ElTextoSaleLlanoConSusBlancosYSaltos) {
     auto& caja = preguntar(Mensaje(" <b>a</b> \r\nb\rc  "));
     EXPECT_EQ(texto(caja.windowTitle()), "Telvane");
     EXPECT_EQ(caja.textFormat(), Qt::PlainText);
@@ -68,7 +68,7 @@ TEST_F(Cajas, elTextoSaleLlanoConSusBlancosYSaltos) {
     cerrada();
 }
 
-TEST_F(Cajas, losBotonesDicenLoMismoSinTraduccionInstalada) {
+TEST_F(Cajas, LosBotonesDicenLoMismoSinTraduccionInstalada) {
     auto& si = preguntar(Mensaje("x", Botones::siNo));
     EXPECT_EQ(botones(si), (Lista{"Sí", "No"}));
     si.buttons().front()->click();
@@ -83,7 +83,7 @@ TEST_F(Cajas, losBotonesDicenLoMismoSinTraduccionInstalada) {
     cerrada();
 }
 
-TEST_F(Cajas, introDaLaRespuestaPorDefecto) {
+TEST_F(Cajas, IntroDaLaRespuestaPorDefecto) {
     auto& caja =
         preguntar(Mensaje("x", Botones::aceptarCancelar, Icono::exclamacion).conPorDefecto(Boton::cancelar));
     EXPECT_EQ(texto(caja.defaultButton()->text()), "Cancelar");
@@ -100,7 +100,7 @@ void soltar(QWidget& en, Qt::Key tecla) {
     QTest::simulateEvent(en.windowHandle(), false, tecla, Qt::NoModifier, QStringLiteral("\r"), false);
 }
 
-TEST_F(Cajas, unaTeclaQueYaEstabaPulsadaNoContesta) {
+TEST_F(Cajas, UnaTeclaQueYaEstabaPulsadaNoContesta) {
     auto& caja = preguntar(Mensaje("x", Botones::siNo));
     for (const auto tecla : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Escape}) {
         teclear(caja, tecla, true);
@@ -112,7 +112,7 @@ TEST_F(Cajas, unaTeclaQueYaEstabaPulsadaNoContesta) {
     cerrada();
 }
 
-TEST_F(Cajas, elSegundoDeDosGolpesSeguidosNoContestaLoQueAparecioEntreEllos) {
+TEST_F(Cajas, ElSegundoDeDosGolpesSeguidosNoContestaLoQueAparecioEntreEllos) {
     auto& primera = preguntar(Mensaje("x", Botones::siNo));
     teclear(primera, Qt::Key_Return);
     ASSERT_EQ(respuesta, Boton::si);
@@ -128,7 +128,7 @@ TEST_F(Cajas, elSegundoDeDosGolpesSeguidosNoContestaLoQueAparecioEntreEllos) {
     cerrada();
 }
 
-TEST_F(VentanaSuelta, trasUnaCajaElTecladoEsDeLoQueEstaEnCurso) {
+TEST_F(VentanaSuelta, TrasUnaCajaElTecladoEsDeLoQueEstaEnCurso) {
     BucleQt bucle;
     DialogosQt dialogos(bucle);
     QWidget enCurso(&ventana, Qt::Dialog);
@@ -142,7 +142,7 @@ TEST_F(VentanaSuelta, trasUnaCajaElTecladoEsDeLoQueEstaEnCurso) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &enCurso; }));
 }
 
-TEST_F(Cajas, cerrarLaCajaEsSuRespuestaNegativa) {
+TEST_F(Cajas, CerrarLaCajaEsSuRespuestaNegativa) {
     QTest::keyClick(&preguntar(Mensaje("x", Botones::siNo)), Qt::Key_Escape);
     EXPECT_EQ(respuesta, Boton::no);
     cerrada();
@@ -154,7 +154,7 @@ TEST_F(Cajas, cerrarLaCajaEsSuRespuestaNegativa) {
     cerrada();
 }
 
-TEST_F(Cajas, nadaEsperaMientrasLaCajaEstaAbierta) {
+TEST_F(Cajas, NadaEsperaMientrasLaCajaEstaAbierta) {
     auto& caja = preguntar(Mensaje("x"));
     EXPECT_FALSE(respuesta.has_value());
     EXPECT_TRUE(caja.isModal());
@@ -162,7 +162,7 @@ TEST_F(Cajas, nadaEsperaMientrasLaCajaEstaAbierta) {
     cerrada();
 }
 
-TEST_F(Cajas, unaPausaRetieneLaRespuesta) {
+TEST_F(Cajas, UnaPausaRetieneLaRespuesta) {
     auto& caja = preguntar(Mensaje("x"));
     bucle.pausar(std::chrono::milliseconds(30), [] {});
     caja.close();
@@ -172,7 +172,7 @@ TEST_F(Cajas, unaPausaRetieneLaRespuesta) {
     cerrada();
 }
 
-TEST_F(VentanaSuelta, laPrimeraPreguntaEsperaALaVentana) {
+TEST_F(VentanaSuelta, LaPrimeraPreguntaEsperaALaVentana) {
     FormaInicio otra;
     VentanaInicio nueva(otra, hecho.usuario());
     BucleQt bucle;
@@ -212,7 +212,7 @@ class Archivos : public ::testing::Test {
     std::vector<Ruta> elegido;
 };
 
-TEST_F(Archivos, guardarProponeElNombreYAnadeLaExtension) {
+TEST_F(Archivos, GuardarProponeElNombreYAnadeLaExtension) {
     auto& dialogo = pedir(csv);
     EXPECT_EQ(dialogo.acceptMode(), QFileDialog::AcceptSave);
     EXPECT_TRUE(dialogo.windowTitle().endsWith("C:\\Mis Documentos\\"));
@@ -224,7 +224,7 @@ TEST_F(Archivos, guardarProponeElNombreYAnadeLaExtension) {
     EXPECT_EQ(elegido[0], carpeta.ruta() / "datos.CSV");
 }
 
-TEST_F(Archivos, unNombreConPuntoNoSeQuedaSinExtension) {
+TEST_F(Archivos, UnNombreConPuntoNoSeQuedaSinExtension) {
     auto peticion = csv;
     peticion.nombre = "Est. Norte 7_3_2004";
     auto& dialogo = pedir(peticion);
@@ -232,7 +232,7 @@ TEST_F(Archivos, unNombreConPuntoNoSeQuedaSinExtension) {
     dialogo.reject();
 }
 
-TEST_F(Archivos, loQueSeProponeEsLoQueSeGuarda) {
+TEST_F(Archivos, LoQueSeProponeEsLoQueSeGuarda) {
     const FechaHora momento{2004, 3, 7, {}};
     for (const auto* ubicacion : {"Finca \"Norte\"", "6\" pozo", "\"~nobody\"", "~nobody", "~", "../x", "-rf",
                                   ".x", "Est. 3", "$HOME", "%41 #1 ?x=1"}) {
@@ -247,7 +247,7 @@ TEST_F(Archivos, loQueSeProponeEsLoQueSeGuarda) {
     }
 }
 
-TEST_F(Archivos, unNombreEscritoRecibeSuExtension) {
+TEST_F(Archivos, UnNombreEscritoRecibeSuExtension) {
     const std::vector<std::pair<QString, std::string>> casos = {
         {"Est. Norte", "Est. Norte.CSV"}, {"v1.2", "v1.2.CSV"},          {"datos.csv", "datos.csv"},
         {"datos.CSV", "datos.CSV"},       {"datos.", "datos.CSV"},       {"datos.txt", "datos.txt.CSV"},
@@ -262,7 +262,7 @@ TEST_F(Archivos, unNombreEscritoRecibeSuExtension) {
     }
 }
 
-TEST_F(Archivos, elNombreDeUnaCarpetaEntraEnElla) {
+TEST_F(Archivos, ElNombreDeUnaCarpetaEntraEnElla) {
     std::filesystem::create_directory(carpeta.ruta() / "sub.dir");
     auto& dialogo = pedir(csv);
     escribirNombre(dialogo, "sub.dir");
@@ -271,12 +271,12 @@ TEST_F(Archivos, elNombreDeUnaCarpetaEntraEnElla) {
     dialogo.reject();
 }
 
-TEST_F(Archivos, cancelarNoEligeNada) {
+TEST_F(Archivos, CancelarNoEligeNada) {
     pedir(csv).reject();
     EXPECT_EQ(elegido, std::vector<Ruta>{std::nullopt});
 }
 
-TEST_F(Archivos, abrirPideUnArchivoQueExista) {
+TEST_F(Archivos, AbrirPideUnArchivoQueExista) {
     std::ofstream(carpeta.ruta() / "base.rgt") << "x";
     auto& dialogo = pedir({.guardar = false,
                            .filtro = "datos base (*.rgt)|*.rgt",
@@ -289,7 +289,7 @@ TEST_F(Archivos, abrirPideUnArchivoQueExista) {
     EXPECT_EQ(elegido[0], carpeta.ruta() / "base.rgt");
 }
 
-TEST_F(Archivos, elNombreTieneSitioTambienConLetrasGrandes) {
+TEST_F(Archivos, ElNombreTieneSitioTambienConLetrasGrandes) {
     const auto antes = QApplication::font();
     auto grandes = antes;
     grandes.setPointSize(20);
@@ -308,7 +308,7 @@ TEST_F(Archivos, elNombreTieneSitioTambienConLetrasGrandes) {
     QApplication::setFont(antes);
 }
 
-TEST_F(Archivos, seAbreEnLaCarpetaDeDocumentosDelUsuario) {
+TEST_F(Archivos, SeAbreEnLaCarpetaDeDocumentosDelUsuario) {
     dialogos.archivo(csv, [](const Ruta&) {});
     auto* dialogo = abierto<QFileDialog>();
     ASSERT_NE(dialogo, nullptr);

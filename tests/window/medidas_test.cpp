@@ -63,12 +63,12 @@ void entraEn(VentanaInicio& ventana, const FormaInicio& forma, QSize pantalla) {
     }
 }
 
-TEST_F(VentanaSuelta, enUnaPantallaChicaSeAlcanzaTodo) {
+TEST_F(VentanaSuelta, EnUnaPantallaChicaSeAlcanzaTodo) {
     entraEn(ventana, forma, kPantallaChica);
     entraEn(ventana, forma, kPantallaDoble);
 }
 
-TEST(Medidas, conLetrasDeVeintePuntosNadaSeCorta) {
+TEST(Medidas, ConLetrasDeVeintePuntosNadaSeCorta) {
     const Letras grandes(kPuntosGrandes);
     FormaInicio forma;
     UsuarioPrueba hecho;
@@ -78,7 +78,7 @@ TEST(Medidas, conLetrasDeVeintePuntosNadaSeCorta) {
     entraEn(ventana, forma, {1280, 1024});
 }
 
-TEST(Medidas, laVentanaNaceConSuMarcoDentroDeLaPantalla) {
+TEST(Medidas, LaVentanaNaceConSuMarcoDentroDeLaPantalla) {
     const Letras grandes(kPuntosGrandes);
     FormaInicio forma;
     UsuarioPrueba hecho;
@@ -88,7 +88,7 @@ TEST(Medidas, laVentanaNaceConSuMarcoDentroDeLaPantalla) {
     EXPECT_LE(ventana.height(), sitio.height());
 }
 
-TEST(Medidas, losCoeficientesSeDeslizanDondeNoCaben) {
+TEST(Medidas, LosCoeficientesSeDeslizanDondeNoCaben) {
     FormaCoef forma;
     UsuarioPrueba hecho;
     VentanaCoef ventana(forma, hecho.usuario(), nullptr);
@@ -104,7 +104,7 @@ TEST(Medidas, losCoeficientesSeDeslizanDondeNoCaben) {
         << "where there is room, all of it shows";
 }
 
-TEST(Medidas, laFilaSeParteDondeNoCabe) {
+TEST(Medidas, LaFilaSeParteDondeNoCabe) {
     QWidget ventana;
     ventana.resize(800, 100);
     FilaPartible fila(&ventana);
@@ -123,7 +123,7 @@ TEST(Medidas, laFilaSeParteDondeNoCabe) {
     EXPECT_GE(uno->width(), uno->minimumSizeHint().width());
 }
 
-TEST(Letra, laDelDisenoDondeEstaYEscalaYSiNoLaDelEscritorio) {
+TEST(Letra, LaDelDisenoDondeEstaYEscalaYSiNoLaDelEscritorio) {
     const auto escritorio = QApplication::font();
     EXPECT_EQ(letraDeDiseno(QStringLiteral("No Such Face"), escritorio), escritorio);
     QString otra;

@@ -34,7 +34,7 @@ class Vista : public ::testing::Test {
     VistaLineas vista{nullptr};
 };
 
-TEST_F(Vista, losTresFinesDeLineaValen) {
+TEST_F(Vista, LosTresFinesDeLineaValen) {
     vista.texto("uno\r\ndos\ntres\rcuatro\r\n\r\nseis");
     ASSERT_EQ(vista.lineas(), 6);
     EXPECT_EQ(vista.linea(1).toStdString(), "dos");
@@ -44,14 +44,14 @@ TEST_F(Vista, losTresFinesDeLineaValen) {
     EXPECT_EQ(vista.linea(5).toStdString(), "seis");
 }
 
-TEST_F(Vista, unTextoVacioNoTieneLineas) {
+TEST_F(Vista, UnTextoVacioNoTieneLineas) {
     vista.texto("algo");
     vista.texto("");
     EXPECT_EQ(vista.lineas(), 0);
     EXPECT_EQ(vista.verticalScrollBar()->maximum(), 0);
 }
 
-TEST_F(Vista, nueveMilLineasSePonenEnElActo) {
+TEST_F(Vista, NueveMilLineasSePonenEnElActo) {
     const auto texto = nueveMilLineas();
     const auto antes = std::chrono::steady_clock::now();
     vista.texto(texto);
@@ -61,7 +61,7 @@ TEST_F(Vista, nueveMilLineasSePonenEnElActo) {
     EXPECT_LT(tardo, std::chrono::milliseconds(500));
 }
 
-TEST_F(Vista, nueveMilLineasCuestanUnDesplazamientoCadaUna) {
+TEST_F(Vista, NueveMilLineasCuestanUnDesplazamientoCadaUna) {
     const auto texto = nueveMilLineas();
     vista.texto("x");
     vista.repaint();
@@ -73,12 +73,12 @@ TEST_F(Vista, nueveMilLineasCuestanUnDesplazamientoCadaUna) {
     EXPECT_LT(despues, antes + 9000 * sizeof(std::uint32_t) + 100'000);
 }
 
-TEST_F(Vista, elMarcadoEsTexto) {
+TEST_F(Vista, ElMarcadoEsTexto) {
     vista.texto("<b>x</b>\n");
     EXPECT_EQ(vista.linea(0).toStdString(), "<b>x</b>");
 }
 
-TEST_F(Vista, unTextoNuevoSeVeDesdeElPrincipio) {
+TEST_F(Vista, UnTextoNuevoSeVeDesdeElPrincipio) {
     const auto texto = nueveMilLineas();
     vista.texto(texto);
     vista.verticalScrollBar()->setValue(4000);
@@ -86,7 +86,7 @@ TEST_F(Vista, unTextoNuevoSeVeDesdeElPrincipio) {
     EXPECT_EQ(vista.verticalScrollBar()->value(), 0);
 }
 
-TEST_F(Vista, siguiendoElFinalSeVeLoUltimo) {
+TEST_F(Vista, SiguiendoElFinalSeVeLoUltimo) {
     vista.seguirElFinal(true);
     const auto texto = nueveMilLineas();
     vista.texto(texto);
@@ -94,14 +94,14 @@ TEST_F(Vista, siguiendoElFinalSeVeLoUltimo) {
     EXPECT_GT(vista.verticalScrollBar()->maximum(), 8900);
 }
 
-TEST_F(Vista, lasLineasSeCopian) {
+TEST_F(Vista, LasLineasSeCopian) {
     vista.texto("uno\r\ndos\r\ntres\r\n");
     QTest::keyClick(&vista, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(&vista, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "uno\ndos\ntres\n");
 }
 
-TEST_F(Vista, unaVistaNoSeleccionableNoCopiaNada) {
+TEST_F(Vista, UnaVistaNoSeleccionableNoCopiaNada) {
     QApplication::clipboard()->setText("lo de antes");
     vista.seleccionable(false);
     vista.texto("uno\r\n");
@@ -110,7 +110,7 @@ TEST_F(Vista, unaVistaNoSeleccionableNoCopiaNada) {
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "lo de antes");
 }
 
-TEST_F(Vista, elTecladoLlegaAlPrincipioYAlFinal) {
+TEST_F(Vista, ElTecladoLlegaAlPrincipioYAlFinal) {
     const auto texto = nueveMilLineas();
     vista.texto(texto);
     QTest::keyClick(&vista, Qt::Key_End);
@@ -121,7 +121,7 @@ TEST_F(Vista, elTecladoLlegaAlPrincipioYAlFinal) {
     EXPECT_GT(vista.verticalScrollBar()->value(), 1);
 }
 
-TEST_F(Vista, unLectorDePantallaLeeElTexto) {
+TEST_F(Vista, UnLectorDePantallaLeeElTexto) {
     vista.texto("uno\r\ndos\r\n");
     auto* accesible = QAccessible::queryAccessibleInterface(&vista);
     ASSERT_NE(accesible, nullptr);
