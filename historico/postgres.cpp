@@ -1,6 +1,5 @@
 #include "historico/postgres.h"
 
-#include <libpq-fe.h>
 #include <poll.h>
 
 #include <array>
@@ -9,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "historico/almacen.h"
+#include "historico/biblioteca_postgres.h"
 
 namespace telvane {
 
@@ -17,15 +17,15 @@ namespace {
 using Clase = ErrorAlmacen::Clase;
 
 struct Opciones {
-    void operator()(PQconninfoOption* opciones) const { PQconninfoFree(opciones); }
+    void operator()(PQconninfoOption* opciones) const { pq().conninfoFree(opciones); }
 };
 using OpcionesDeUrl = std::unique_ptr<PQconninfoOption, Opciones>;
 
 OpcionesDeUrl leerUrl(const std::string& url) {
     char* error = nullptr;
-    OpcionesDeUrl opciones(PQconninfoParse(url.c_str(), &error));
+    OpcionesDeUrl opciones(pq().conninfoParse(url.c_str(), &error));
     // What libpq says of it quotes the address with all that is in it.
-    PQfreemem(error);
+    pq().freemem(error);
     if (!opciones) {
         throw ErrorAlmacen(
             "no se entiende la dirección de la base de datos: se escribe "
@@ -50,7 +50,7 @@ std::string sinContrasena(const OpcionesDeUrl& opciones) {
 }
 
 std::string campoDe(const pg_result* resultado, int cual) {
-    const char* campo = resultado != nullptr ? PQresultErrorField(resultado, cual) : nullptr;
+    const char* campo = resultado != nullptr ? pq().resultErrorField(resultado, cual) : nullptr;
     return campo != nullptr ? campo : "";
 }
 
@@ -88,17 +88,17 @@ std::string primeraLinea(const std::string& texto) {
 
 ResultadoPostgres::ResultadoPostgres(pg_result* resultado) : resultado_(resultado) {}
 void ResultadoPostgres::Soltar::operator()(pg_result* resultado) const {
-    PQclear(resultado);
+    pq().clear(resultado);
 }
 int ResultadoPostgres::filas() const {
-    return PQntuples(resultado_.get());
+    return pq().ntuples(resultado_.get());
 }
 bool ResultadoPostgres::esNulo(int fila, int columna) const {
-    return PQgetisnull(resultado_.get(), fila, columna) != 0;
+    return pq().getisnull(resultado_.get(), fila, columna) != 0;
 }
 std::span<const std::uint8_t> ResultadoPostgres::bytes(int fila, int columna) const {
-    return {reinterpret_cast<const std::uint8_t*>(PQgetvalue(resultado_.get(), fila, columna)),
-            static_cast<std::size_t>(PQgetlength(resultado_.get(), fila, columna))};
+    return {reinterpret_cast<const std::uint8_t*>(pq().getvalue(resultado_.get(), fila, columna)),
+            static_cast<std::size_t>(pq().getlength(resultado_.get(), fila, columna))};
 }
 std::int64_t ResultadoPostgres::entero(int fila, int columna) const {
     return enteroDe(bytes(fila, columna));
@@ -126,7 +126,7 @@ Parametros& Parametros::nulo() {
 }
 
 void BasePostgres::Cerrar::operator()(pg_conn* conexion) const {
-    PQfinish(conexion);
+    pq().finish(conexion);
 }
 
 BasePostgres::BasePostgres(const std::string& url, std::function<void()> atender)
@@ -144,22 +144,22 @@ void BasePostgres::conectar() {
         "client_encoding", "fallback_application_name", nullptr};
     const std::array<const char*, 6> valores = {
         url_.c_str(), espera.empty() ? "10" : espera.c_str(), "30000", "UTF8", "telvane-historico", nullptr};
-    conexion_.reset(PQconnectdbParams(claves.data(), valores.data(), 1));
+    conexion_.reset(pq().connectdbParams(claves.data(), valores.data(), 1));
     preparadas_.clear();
     if (viva()) {
-        PQsetNoticeProcessor(
+        pq().setNoticeProcessor(
             conexion_.get(), [](void*, const char*) {}, nullptr);
         return;
     }
-    throw ErrorAlmacen(
-        fmt::format("{}: no se puede conectar: {}", nombre_, primeraLinea(PQerrorMessage(conexion_.get()))));
+    throw ErrorAlmacen(fmt::format("{}: no se puede conectar: {}", nombre_,
+                                   primeraLinea(pq().errorMessage(conexion_.get()))));
 }
 
 bool BasePostgres::viva() const {
-    return PQstatus(conexion_.get()) == CONNECTION_OK;
+    return pq().status(conexion_.get()) == CONNECTION_OK;
 }
 bool BasePostgres::enTransaccion() const {
-    return PQtransactionStatus(conexion_.get()) != PQTRANS_IDLE;
+    return pq().transactionStatus(conexion_.get()) != PQTRANS_IDLE;
 }
 void BasePostgres::reconectar() {
     conectar();
@@ -167,24 +167,24 @@ void BasePostgres::reconectar() {
 
 void BasePostgres::fallar(const pg_result* resultado) const {
     auto dicho = campoDe(resultado, PG_DIAG_MESSAGE_PRIMARY);
-    if (dicho.empty()) dicho = primeraLinea(PQerrorMessage(conexion_.get()));
+    if (dicho.empty()) dicho = primeraLinea(pq().errorMessage(conexion_.get()));
     const auto motivo = motivoDe(campoDe(resultado, PG_DIAG_SQLSTATE), dicho, viva());
     throw ErrorAlmacen(fmt::format("{}: {}", nombre_, motivo.texto), motivo.clase);
 }
 
 void BasePostgres::exigir(const pg_result* resultado) const {
-    const auto estado = PQresultStatus(resultado);
+    const auto estado = pq().resultStatus(resultado);
     if (estado != PGRES_COMMAND_OK && estado != PGRES_TUPLES_OK) fallar(resultado);
 }
 
 // Until the server has answered.
 void BasePostgres::esperar() {
     constexpr int kVistazoMs = 100;
-    while (PQisBusy(conexion_.get()) != 0) {
-        pollfd respuesta{PQsocket(conexion_.get()), POLLIN, 0};
+    while (pq().isBusy(conexion_.get()) != 0) {
+        pollfd respuesta{pq().socket(conexion_.get()), POLLIN, 0};
         if (::poll(&respuesta, 1, kVistazoMs) > 0) {
             // What has gone wrong is in the result.
-            if (PQconsumeInput(conexion_.get()) == 0) return;
+            if (pq().consumeInput(conexion_.get()) == 0) return;
             continue;
         }
         try {
@@ -198,10 +198,11 @@ void BasePostgres::esperar() {
 
 // The server lets go of what it waits for; what it says of that is of no interest.
 void BasePostgres::cancelar() {
-    const std::unique_ptr<PGcancel, void (*)(PGcancel*)> aviso(PQgetCancel(conexion_.get()), PQfreeCancel);
+    const std::unique_ptr<PGcancel, void (*)(PGcancel*)> aviso(pq().getCancel(conexion_.get()),
+                                                               pq().freeCancel);
     std::array<char, 256> motivo{};
-    if (!aviso || PQcancel(aviso.get(), motivo.data(), static_cast<int>(motivo.size())) == 0) return;
-    while (auto* otro = PQgetResult(conexion_.get())) PQclear(otro);
+    if (!aviso || pq().cancel(aviso.get(), motivo.data(), static_cast<int>(motivo.size())) == 0) return;
+    while (auto* otro = pq().getResult(conexion_.get())) pq().clear(otro);
 }
 
 ResultadoPostgres BasePostgres::recoger(bool enviado, Atencion atencion) {
@@ -210,25 +211,25 @@ ResultadoPostgres BasePostgres::recoger(bool enviado, Atencion atencion) {
     if (!enviado) return dueno;
     for (;;) {
         if (atender_ && atencion == Atencion::toda) esperar();
-        ultimo = PQgetResult(conexion_.get());
+        ultimo = pq().getResult(conexion_.get());
         if (ultimo == nullptr) return dueno;
         dueno = ResultadoPostgres(ultimo);
         // The rest comes after the data.
-        if (PQresultStatus(ultimo) == PGRES_COPY_IN) return dueno;
+        if (pq().resultStatus(ultimo) == PGRES_COPY_IN) return dueno;
     }
 }
 
 void BasePostgres::ejecutar(const std::string& sql, Atencion atencion) {
-    exigir(recoger(PQsendQuery(conexion_.get(), sql.c_str()) == 1, atencion).suyo());
+    exigir(recoger(pq().sendQuery(conexion_.get(), sql.c_str()) == 1, atencion).suyo());
 }
 
 ResultadoPostgres BasePostgres::consultar(const std::string& sql, const Parametros& parametros) {
     const auto [lugar, nueva] = preparadas_.try_emplace(sql, fmt::format("t{}", preparadas_.size()));
     const auto* nombre = lugar->second.c_str();
     if (nueva) {
-        const auto preparada =
-            recoger(PQsendPrepare(conexion_.get(), nombre, sql.c_str(), 0, nullptr) == 1, Atencion::ninguna);
-        if (PQresultStatus(preparada.suyo()) != PGRES_COMMAND_OK) {
+        const auto preparada = recoger(
+            pq().sendPrepare(conexion_.get(), nombre, sql.c_str(), 0, nullptr) == 1, Atencion::ninguna);
+        if (pq().resultStatus(preparada.suyo()) != PGRES_COMMAND_OK) {
             preparadas_.erase(lugar);
             fallar(preparada.suyo());
         }
@@ -243,20 +244,21 @@ ResultadoPostgres BasePostgres::consultar(const std::string& sql, const Parametr
     }
     constexpr int kBinario = 1;
     auto resultado =
-        recoger(PQsendQueryPrepared(conexion_.get(), nombre, static_cast<int>(valores.size()), valores.data(),
-                                    largos.data(), formatos.data(), kBinario) == 1);
+        recoger(pq().sendQueryPrepared(conexion_.get(), nombre, static_cast<int>(valores.size()),
+                                       valores.data(), largos.data(), formatos.data(), kBinario) == 1);
     exigir(resultado.suyo());
     return resultado;
 }
 
 void BasePostgres::copiar(const std::string& sql, std::string_view bytes) {
-    const auto comienzo = recoger(PQsendQuery(conexion_.get(), sql.c_str()) == 1);
-    if (PQresultStatus(comienzo.suyo()) != PGRES_COPY_IN) fallar(comienzo.suyo());
-    const bool enviado = PQputCopyData(conexion_.get(), bytes.data(), static_cast<int>(bytes.size())) == 1 &&
-                         PQputCopyEnd(conexion_.get(), nullptr) == 1;
+    const auto comienzo = recoger(pq().sendQuery(conexion_.get(), sql.c_str()) == 1);
+    if (pq().resultStatus(comienzo.suyo()) != PGRES_COPY_IN) fallar(comienzo.suyo());
+    const bool enviado =
+        pq().putCopyData(conexion_.get(), bytes.data(), static_cast<int>(bytes.size())) == 1 &&
+        pq().putCopyEnd(conexion_.get(), nullptr) == 1;
     if (!enviado) fallar(nullptr);
     const auto fin = recoger(true, Atencion::ninguna);
-    if (PQresultStatus(fin.suyo()) != PGRES_COMMAND_OK) fallar(fin.suyo());
+    if (pq().resultStatus(fin.suyo()) != PGRES_COMMAND_OK) fallar(fin.suyo());
 }
 
 }  // namespace telvane

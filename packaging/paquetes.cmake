@@ -56,7 +56,8 @@ their samples, for years: in one SQLite file, or in a PostgreSQL data base.
 Images may come twice and in any order.
 
 This package holds the archive's program. Its texts are in Spanish.")
-set(CPACK_DEBIAN_TELVANE-HISTORICO_PACKAGE_RECOMMENDS "bash-completion, xdg-utils")
+# Loaded only when a postgresql:// is named.
+set(CPACK_DEBIAN_TELVANE-HISTORICO_PACKAGE_RECOMMENDS "bash-completion, libpq5, xdg-utils")
 set(CPACK_DEBIAN_TELVANE-HISTORICO_PACKAGE_SUGGESTS "telvane-cli, postgresql")
 
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/conffiles "/etc/default/telvane-descarga\n")

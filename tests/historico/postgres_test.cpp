@@ -1,5 +1,6 @@
 // A server that goes away, refuses, or is not there.
 #include "banco_historico.h"
+#include "historico/biblioteca_postgres.h"
 
 namespace telvane {
 namespace {
@@ -18,6 +19,11 @@ std::string motivoDe(const std::function<void()>& accion) {
 Incorporacion incorporar(Almacen& almacen, int cuantas) {
     return Archivo(almacen).incorporar(ImagenPrueba().serie(0, 0, cuantas).bytes(), {},
                                        {"prueba", Incorporada(std::chrono::seconds(1))});
+}
+
+TEST(BibliotecaPostgres, ThatIsMissingIsToldWithItsPackage) {
+    EXPECT_THAT(motivoDe([] { BibliotecaPostgres("libninguna.so.5"); }),
+                HasSubstr("instale el paquete libpq5"));
 }
 
 TEST(Servidor, PostgresqlThatRestartsBetweenTwoImagesIsFoundAgain) {

@@ -33,6 +33,14 @@ TEST_F(Programa, WhateverKillsItAnImageIsInOrItIsNot) {
     EXPECT_EQ(guion.terminar(std::chrono::seconds(110)), 0) << guion.salida() << guion.errores();
 }
 
+// It brings two dozen libraries along, which are most of a start.
+TEST_F(Programa, StartsWithoutTheClientOfPostgresql) {
+    Proceso enlazados({"/bin/sh", "-c", "LD_TRACE_LOADED_OBJECTS=1 exec \"$0\"", TELVANE_HISTORICO});
+    ASSERT_EQ(enlazados.terminar(), 0);
+    EXPECT_NE(enlazados.salida().find("libsqlite3"), std::string::npos);
+    EXPECT_EQ(enlazados.salida().find("libpq"), std::string::npos);
+}
+
 TEST_F(Programa, TwoAtOnceBothSucceed) {
     Proceso una(orden({"incorporar", guardar("a.rgt", ImagenPrueba("02080050").serie(0, 0, 3000).bytes())}));
     Proceso otra(orden({"incorporar", guardar("b.rgt", ImagenPrueba("02080051").serie(0, 0, 3000).bytes())}));

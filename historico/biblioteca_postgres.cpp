@@ -1,0 +1,66 @@
+#include "historico/biblioteca_postgres.h"
+
+#include <dlfcn.h>
+
+#include "historico/almacen.h"
+
+namespace telvane {
+
+namespace {
+
+[[noreturn]] void falta() {
+    throw ErrorAlmacen(
+        "para una base de datos PostgreSQL hace falta la biblioteca libpq: instale el paquete libpq5");
+}
+
+}  // namespace
+
+// A routine of this library's fifth version is in every later one of that name.
+template <class Rutina>
+Rutina* BibliotecaPostgres::rutina(const char* nombre) const {
+    auto* lugar = reinterpret_cast<Rutina*>(::dlsym(asidero_, nombre));
+    if (lugar == nullptr) falta();
+    return lugar;
+}
+
+BibliotecaPostgres::BibliotecaPostgres(const char* archivo)
+    : asidero_([&] {
+          auto* asidero = ::dlopen(archivo, RTLD_NOW | RTLD_LOCAL);
+          if (asidero == nullptr) falta();
+          return asidero;
+      }()),
+      cancel(rutina<decltype(::PQcancel)>("PQcancel")),
+      clear(rutina<decltype(::PQclear)>("PQclear")),
+      connectdbParams(rutina<decltype(::PQconnectdbParams)>("PQconnectdbParams")),
+      conninfoFree(rutina<decltype(::PQconninfoFree)>("PQconninfoFree")),
+      conninfoParse(rutina<decltype(::PQconninfoParse)>("PQconninfoParse")),
+      consumeInput(rutina<decltype(::PQconsumeInput)>("PQconsumeInput")),
+      errorMessage(rutina<decltype(::PQerrorMessage)>("PQerrorMessage")),
+      finish(rutina<decltype(::PQfinish)>("PQfinish")),
+      freeCancel(rutina<decltype(::PQfreeCancel)>("PQfreeCancel")),
+      freemem(rutina<decltype(::PQfreemem)>("PQfreemem")),
+      getCancel(rutina<decltype(::PQgetCancel)>("PQgetCancel")),
+      getResult(rutina<decltype(::PQgetResult)>("PQgetResult")),
+      getisnull(rutina<decltype(::PQgetisnull)>("PQgetisnull")),
+      getlength(rutina<decltype(::PQgetlength)>("PQgetlength")),
+      getvalue(rutina<decltype(::PQgetvalue)>("PQgetvalue")),
+      isBusy(rutina<decltype(::PQisBusy)>("PQisBusy")),
+      ntuples(rutina<decltype(::PQntuples)>("PQntuples")),
+      putCopyData(rutina<decltype(::PQputCopyData)>("PQputCopyData")),
+      putCopyEnd(rutina<decltype(::PQputCopyEnd)>("PQputCopyEnd")),
+      resultErrorField(rutina<decltype(::PQresultErrorField)>("PQresultErrorField")),
+      resultStatus(rutina<decltype(::PQresultStatus)>("PQresultStatus")),
+      sendPrepare(rutina<decltype(::PQsendPrepare)>("PQsendPrepare")),
+      sendQuery(rutina<decltype(::PQsendQuery)>("PQsendQuery")),
+      sendQueryPrepared(rutina<decltype(::PQsendQueryPrepared)>("PQsendQueryPrepared")),
+      setNoticeProcessor(rutina<decltype(::PQsetNoticeProcessor)>("PQsetNoticeProcessor")),
+      socket(rutina<decltype(::PQsocket)>("PQsocket")),
+      status(rutina<decltype(::PQstatus)>("PQstatus")),
+      transactionStatus(rutina<decltype(::PQtransactionStatus)>("PQtransactionStatus")) {}
+
+const BibliotecaPostgres& pq() {
+    static const BibliotecaPostgres kBiblioteca;
+    return kBiblioteca;
+}
+
+}  // namespace telvane

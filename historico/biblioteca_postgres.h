@@ -1,0 +1,55 @@
+// libpq's routines, loaded when the first of them is needed: the library brings two dozen others along, and
+// an archive in a file needs none of them.
+#pragma once
+
+#include <libpq-fe.h>
+
+namespace telvane {
+
+// Each is what the library calls PQ and its name.
+class BibliotecaPostgres {
+   public:
+    // Throws ErrorAlmacen, which says what to install, where there is no such library. It stays loaded.
+    explicit BibliotecaPostgres(const char* archivo = "libpq.so.5");
+
+   private:
+    template <class Rutina>
+    Rutina* rutina(const char* nombre) const;
+
+    void* asidero_;
+
+   public:
+    decltype(::PQcancel)* const cancel;
+    decltype(::PQclear)* const clear;
+    decltype(::PQconnectdbParams)* const connectdbParams;
+    decltype(::PQconninfoFree)* const conninfoFree;
+    decltype(::PQconninfoParse)* const conninfoParse;
+    decltype(::PQconsumeInput)* const consumeInput;
+    decltype(::PQerrorMessage)* const errorMessage;
+    decltype(::PQfinish)* const finish;
+    decltype(::PQfreeCancel)* const freeCancel;
+    decltype(::PQfreemem)* const freemem;
+    decltype(::PQgetCancel)* const getCancel;
+    decltype(::PQgetResult)* const getResult;
+    decltype(::PQgetisnull)* const getisnull;
+    decltype(::PQgetlength)* const getlength;
+    decltype(::PQgetvalue)* const getvalue;
+    decltype(::PQisBusy)* const isBusy;
+    decltype(::PQntuples)* const ntuples;
+    decltype(::PQputCopyData)* const putCopyData;
+    decltype(::PQputCopyEnd)* const putCopyEnd;
+    decltype(::PQresultErrorField)* const resultErrorField;
+    decltype(::PQresultStatus)* const resultStatus;
+    decltype(::PQsendPrepare)* const sendPrepare;
+    decltype(::PQsendQuery)* const sendQuery;
+    decltype(::PQsendQueryPrepared)* const sendQueryPrepared;
+    decltype(::PQsetNoticeProcessor)* const setNoticeProcessor;
+    decltype(::PQsocket)* const socket;
+    decltype(::PQstatus)* const status;
+    decltype(::PQtransactionStatus)* const transactionStatus;
+};
+
+// The one that this process uses.
+const BibliotecaPostgres& pq();
+
+}  // namespace telvane
