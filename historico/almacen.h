@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "historico/ficha_descarga.h"
 #include "historico/huella.h"
 #include "historico/imagen.h"
 #include "historico/votacion.h"
@@ -127,6 +128,12 @@ class Almacen {
     virtual std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) = 0;
     virtual void agregarImagen(IdEstacion estacion, const FichaImagen& ficha,
                                const ImagenGuardada& imagen) = 0;
+    // How images came from their logger, of those of which that is known; in no order.
+    using Descargas = std::vector<std::pair<Huella, FichaDescarga>>;
+    virtual Descargas descargas(IdEstacion estacion) = 0;
+    virtual std::optional<FichaDescarga> descarga(IdEstacion estacion, const Huella& imagen) = 0;
+    // In place of what is kept of this image.
+    virtual void guardarDescarga(IdEstacion estacion, const Huella& imagen, const FichaDescarga& ficha) = 0;
     virtual void marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) = 0;
 
     // In their order, desde and hasta included.

@@ -1,6 +1,8 @@
 #include "historico/almacen_postgres.h"
 
 #include <algorithm>
+#include <span>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -102,26 +104,39 @@ bool AlmacenPostgres::esDireccion(std::string_view destino) {
 AlmacenPostgres::AlmacenPostgres(const std::string& url, bool crear, std::chrono::milliseconds paciencia,
                                  std::function<void()> atender)
     : base_(url, std::move(atender)), paciencia_(paciencia) {
-    if (crear) crearTablas();
+    if (crear) ponerAlDia();
     exigirTablas();
 }
 
-void AlmacenPostgres::crearTablas() {
-    const auto hay = [&] {
-        return base_.consultar("SELECT 1::bigint FROM pg_catalog.pg_namespace WHERE nspname='telvane'")
-                   .filas() > 0;
+std::int64_t AlmacenPostgres::version() {
+    const auto hay = base_.consultar("SELECT 1::bigint FROM pg_catalog.pg_namespace WHERE nspname='telvane'");
+    if (hay.filas() == 0) return 0;
+    const auto r = base_.consultar("SELECT version::bigint FROM telvane.esquema");
+    // One row says it; anything else is of nobody we know.
+    return r.filas() == 1 ? r.entero(0, 0) : -1;
+}
+
+void AlmacenPostgres::ponerAlDia() {
+    const auto vieja = [](std::int64_t version) {
+        return version >= 0 && version < esquema_postgres::kVersion;
     };
-    if (hay()) return;
+    if (!vieja(version())) return;
     base_.ejecutar("BEGIN");
     try {
         // Two may begin at once: the second finds it done.
         base_.ejecutar(
             fmt::format("SET LOCAL lock_timeout={}; SELECT pg_advisory_xact_lock(hashtext('telvane'))",
                         paciencia_.count()));
-        if (!hay()) {
-            base_.ejecutar(std::string(esquema_postgres::kTablas));
-            base_.ejecutar(std::string(esquema_postgres::kVista));
-            base_.ejecutar(fmt::format("INSERT INTO telvane.esquema VALUES({})", esquema_postgres::kVersion));
+        if (const auto desde = version(); vieja(desde)) {
+            if (desde == 0) {
+                base_.ejecutar(std::string(esquema_postgres::kTablas));
+                base_.ejecutar(std::string(esquema_postgres::kVista));
+                base_.ejecutar("INSERT INTO telvane.esquema VALUES(1)");
+            }
+            const std::span pasos(esquema_postgres::kMigraciones);
+            for (const auto paso : pasos.subspan(static_cast<std::size_t>(desde == 0 ? 0 : desde - 1)))
+                base_.ejecutar(std::string(paso));
+            base_.ejecutar(fmt::format("UPDATE telvane.esquema SET version={}", esquema_postgres::kVersion));
         }
         base_.ejecutar("COMMIT");
     } catch (...) {
@@ -131,14 +146,17 @@ void AlmacenPostgres::crearTablas() {
 }
 
 void AlmacenPostgres::exigirTablas() {
-    if (base_.consultar("SELECT 1::bigint FROM pg_catalog.pg_namespace WHERE nspname='telvane'").filas() ==
-        0) {
+    const auto cual = version();
+    if (cual == esquema_postgres::kVersion) return;
+    if (cual == 0) {
         throw ErrorAlmacen(fmt::format(
             "{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
             nombre()));
     }
-    const auto version = base_.consultar("SELECT version::bigint FROM telvane.esquema");
-    if (version.filas() == 1 && version.entero(0, 0) == esquema_postgres::kVersion) return;
+    if (cual > 0 && cual < esquema_postgres::kVersion) {
+        throw ErrorAlmacen(fmt::format(
+            "{}: es de una versión anterior ({}): la pone al día el próximo incorporar", nombre(), cual));
+    }
     throw ErrorAlmacen(
         fmt::format("{}: es de otra versión que la de este programa ({}): actualice telvane-historico",
                     nombre(), esquema_postgres::kVersion));
@@ -293,6 +311,51 @@ void AlmacenPostgres::agregarImagen(IdEstacion estacion, const FichaImagen& f, c
         "INSERT INTO telvane.contenidos(estacion,huella,base,profundidad,datos) VALUES($1,$2,$3,$4,$5)",
         c.entero(imagen.profundidad).bytes(imagen.datos));
 }
+AlmacenPostgres::Descargas AlmacenPostgres::descargasCon(const std::string& condicion,
+                                                         const Parametros& parametros) {
+    const auto r = base_.consultar(
+        "SELECT imagen,descargada,puerto,dispositivo,desfase_s,verificada,reintentos,errores_de_linea FROM "
+        "telvane.descargas WHERE estacion=$1" +
+            condicion,
+        parametros);
+    Descargas lista;
+    for (int i = 0; i < r.filas(); ++i) {
+        FichaDescarga f{.descargada = incorporadaEn(r, i, 1),
+                        .puerto = r.entero(i, 2),
+                        .dispositivo = r.texto(i, 3),
+                        .desfase = {},
+                        .verificada = r.logico(i, 5),
+                        .reintentos = r.entero(i, 6),
+                        .erroresDeLinea = r.entero(i, 7)};
+        if (!r.esNulo(i, 4)) f.desfase = r.entero(i, 4);
+        lista.emplace_back(arregloEn<32>(r, i, 0), std::move(f));
+    }
+    return lista;
+}
+AlmacenPostgres::Descargas AlmacenPostgres::descargas(IdEstacion estacion) {
+    return descargasCon("", Parametros().entero(estacion));
+}
+std::optional<FichaDescarga> AlmacenPostgres::descarga(IdEstacion estacion, const Huella& imagen) {
+    auto lista = descargasCon(" AND imagen=$2", Parametros().entero(estacion).bytes(imagen));
+    return lista.empty() ? std::nullopt : std::optional(std::move(lista.front().second));
+}
+void AlmacenPostgres::guardarDescarga(IdEstacion estacion, const Huella& imagen, const FichaDescarga& f) {
+    base_.consultar("DELETE FROM telvane.descargas WHERE estacion=$1 AND imagen=$2",
+                    Parametros().entero(estacion).bytes(imagen));
+    Parametros p;
+    p.entero(estacion).bytes(imagen).entero(f.descargada.time_since_epoch().count());
+    p.entero(f.puerto).texto(f.dispositivo);
+    if (f.desfase) {
+        p.entero(*f.desfase);
+    } else {
+        p.nulo();
+    }
+    base_.consultar(
+        "INSERT INTO telvane.descargas(estacion,imagen,descargada,puerto,dispositivo,desfase_s,verificada,"
+        "reintentos,errores_de_linea) VALUES($1,$2,to_timestamp($3::bigint),$4,$5,$6,($7::int=1),$8,$9)",
+        p.entero(f.verificada ? 1 : 0).entero(f.reintentos).entero(f.erroresDeLinea));
+}
+
 void AlmacenPostgres::marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) {
     base_.consultar("UPDATE telvane.imagenes SET contenida=($3::int=1) WHERE estacion=$1 AND huella=$2",
                     Parametros().entero(estacion).bytes(huella).entero(contenida ? 1 : 0));

@@ -35,6 +35,9 @@ class AlmacenPostgres final : public Almacen {
     std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
     std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) override;
     void agregarImagen(IdEstacion estacion, const FichaImagen& ficha, const ImagenGuardada& imagen) override;
+    Descargas descargas(IdEstacion estacion) override;
+    std::optional<FichaDescarga> descarga(IdEstacion estacion, const Huella& imagen) override;
+    void guardarDescarga(IdEstacion estacion, const Huella& imagen, const FichaDescarga& ficha) override;
     void marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) override;
     void filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) override;
     std::vector<Instante> sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) override;
@@ -50,9 +53,13 @@ class AlmacenPostgres final : public Almacen {
     std::vector<std::string> defectos() override;
 
    private:
-    void crearTablas();
+    // 0: there are no tables yet; -1: what there is does not say.
+    std::int64_t version();
+    // Makes the tables, or of an older version's those of now.
+    void ponerAlDia();
     void exigirTablas();
     std::vector<FichaImagen> fichasCon(const std::string& condicion, const Parametros& parametros);
+    Descargas descargasCon(const std::string& condicion, const Parametros& parametros);
     std::vector<Instante> sellos(const std::string& sql, const Parametros& parametros);
 
     BasePostgres base_;

@@ -10,7 +10,6 @@
 #include <fmt/format.h>
 
 #include "historico/canales.h"
-#include "historico/esquema_sqlite.h"
 #include "platform/destino.h"
 #include "platform/motivos.h"
 
@@ -199,6 +198,8 @@ void AlmacenSqlite::crearTablas() {
     if (base_.numero("PRAGMA application_id") == 0) {
         base_.ejecutar(std::string(esquema::kTablas));
         base_.ejecutar(std::string(esquema::kVista));
+        // A new archive is an old one brought up to date: there is one way to every version.
+        for (const auto migracion : opciones_.migraciones) base_.ejecutar(std::string(migracion));
         base_.ejecutar(fmt::format("PRAGMA application_id={}; PRAGMA user_version={}", esquema::kDeTelvane,
                                    versionDeAhora()));
     }
@@ -374,6 +375,49 @@ void AlmacenSqlite::agregarImagen(IdEstacion estacion, const FichaImagen& f, con
         c.ponerNulo(3);
     }
     c.poner(5, std::span<const std::uint8_t>(imagen.datos)).correr();
+}
+
+AlmacenSqlite::Descargas AlmacenSqlite::leerDescargas(Sentencia& s) {
+    Descargas lista;
+    s.correr([&] {
+        FichaDescarga f{.descargada = std::chrono::sys_seconds(seconds(s.entero(1))),
+                        .puerto = s.entero(2),
+                        .dispositivo = s.texto(3),
+                        .desfase = {},
+                        .verificada = s.entero(5) != 0,
+                        .reintentos = s.entero(6),
+                        .erroresDeLinea = s.entero(7)};
+        if (!s.esNulo(4)) f.desfase = s.entero(4);
+        lista.emplace_back(huellaEn(s, 0), std::move(f));
+    });
+    return lista;
+}
+AlmacenSqlite::Descargas AlmacenSqlite::descargas(IdEstacion estacion) {
+    return leerDescargas(
+        sentencia("SELECT imagen,descargada,puerto,dispositivo,desfase_s,verificada,reintentos,"
+                  "errores_de_linea FROM descargas WHERE estacion=?1")
+            .poner(1, estacion));
+}
+std::optional<FichaDescarga> AlmacenSqlite::descarga(IdEstacion estacion, const Huella& imagen) {
+    auto lista =
+        leerDescargas(sentencia("SELECT imagen,descargada,puerto,dispositivo,desfase_s,verificada,reintentos,"
+                                "errores_de_linea FROM descargas WHERE estacion=?1 AND imagen=?2")
+                          .poner(1, estacion)
+                          .poner(2, std::span(imagen)));
+    return lista.empty() ? std::nullopt : std::optional(std::move(lista.front().second));
+}
+void AlmacenSqlite::guardarDescarga(IdEstacion estacion, const Huella& imagen, const FichaDescarga& f) {
+    auto& s = sentencia(
+        "INSERT OR REPLACE INTO descargas(estacion,imagen,descargada,puerto,dispositivo,desfase_s,verificada,"
+        "reintentos,errores_de_linea) VALUES(?1,?2,?3,?4,?5,?6,?7,?8,?9)");
+    s.poner(1, estacion).poner(2, std::span(imagen)).poner(3, f.descargada.time_since_epoch().count());
+    s.poner(4, f.puerto).poner(5, f.dispositivo);
+    if (f.desfase) {
+        s.poner(6, *f.desfase);
+    } else {
+        s.ponerNulo(6);
+    }
+    s.poner(7, std::int64_t{f.verificada}).poner(8, f.reintentos).poner(9, f.erroresDeLinea).correr();
 }
 
 void AlmacenSqlite::marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) {
@@ -563,6 +607,7 @@ std::vector<std::string> AlmacenSqlite::defectos() {
     sinDueno("imagenes", "imágenes");
     sinDueno("muestras", "muestras");
     sinDueno("testigos", "testigos");
+    sinDueno("descargas", "descargas");
     Sentencia s(base_, "PRAGMA integrity_check");
     s.correr([&] {
         const auto texto = s.texto(0);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "historico/almacen.h"
+#include "historico/esquema_sqlite.h"
 #include "historico/sqlite.h"
 
 namespace telvane {
@@ -22,7 +23,8 @@ class AlmacenSqlite final : public Almacen {
         // Called while waiting for it; what it throws ends the wait.
         std::function<void()> atender = {};
         // What makes of an older archive the next version; the version of now is one more than there are.
-        std::vector<std::string_view> migraciones = {};
+        std::vector<std::string_view> migraciones = {esquema::kMigraciones.begin(),
+                                                     esquema::kMigraciones.end()};
     };
     // Only what is there; nothing is written.
     static std::unique_ptr<AlmacenSqlite> abrirParaLeer(const std::filesystem::path& ruta, Opciones opciones);
@@ -50,6 +52,9 @@ class AlmacenSqlite final : public Almacen {
     std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
     std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) override;
     void agregarImagen(IdEstacion estacion, const FichaImagen& ficha, const ImagenGuardada& imagen) override;
+    Descargas descargas(IdEstacion estacion) override;
+    std::optional<FichaDescarga> descarga(IdEstacion estacion, const Huella& imagen) override;
+    void guardarDescarga(IdEstacion estacion, const Huella& imagen, const FichaDescarga& ficha) override;
     void marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) override;
     void filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) override;
     std::vector<Instante> sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) override;
@@ -89,6 +94,7 @@ class AlmacenSqlite final : public Almacen {
     // Prepared once, under its own text.
     Sentencia& sentencia(std::string_view sql);
     std::vector<FichaImagen> leerFichas(Sentencia& consulta);
+    Descargas leerDescargas(Sentencia& consulta);
 
     Opciones opciones_;
     BaseSqlite base_;

@@ -1,6 +1,7 @@
 #include "historico/archivo.h"
 
 #include <algorithm>
+#include <map>
 
 #include <fmt/format.h>
 
@@ -120,6 +121,16 @@ Incorporacion tomar(Almacen& almacen, EstacionGuardada& estacion, ImagenNueva& i
     return {.estacion = {}, .nuevas = asimilada.nuevas, .conflictos = asimilada.conflictos};
 }
 
+// Of several for one image the least stays, so that their order makes no difference. Whether it was new.
+bool anotar(Almacen& almacen, IdEstacion estacion, const Huella& imagen,
+            const std::optional<FichaDescarga>& descarga) {
+    if (!descarga) return false;
+    const auto hay = almacen.descarga(estacion, imagen);
+    if (hay && *hay <= *descarga) return false;
+    almacen.guardarDescarga(estacion, imagen, *descarga);
+    return true;
+}
+
 // The station of this serial number that has the image already.
 std::optional<EstacionGuardada> quienLaTiene(Almacen& almacen, const Huella& huella) {
     for (auto& estacion : almacen.estaciones()) {
@@ -159,6 +170,7 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
         resultado.muestras = ficha->muestras;
         resultado.conflictos = static_cast<std::int64_t>(almacen_.sellosDe(dueno->id, huella).size());
         completar(resultado, *dueno, bytes, huella);
+        if (anotar(almacen_, dueno->id, huella, procedencia.descarga)) transaccion.confirmar();
         return resultado;
     }
     auto estacion = buscarOCrear(almacen_, nombre, serie);
@@ -168,6 +180,7 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
     resultado = tomar(almacen_, estacion, imagen, imagenes);
     resultado.muestras = imagen.ficha.muestras;
     completar(resultado, estacion, bytes, huella);
+    anotar(almacen_, estacion.id, huella, procedencia.descarga);
     transaccion.confirmar();
     return resultado;
 }
@@ -232,8 +245,31 @@ Archivo::Copia Archivo::copiarDe(Archivo& otro, const std::optional<std::string>
                 copia.fallos.push_back(fmt::format("estación {}: {}", origen.nombre, error.what()));
             }
         }
+        copiarDescargas(otro, origen);
     }
     return copia;
+}
+
+// Also of images that were there before.
+void Archivo::copiarDescargas(Archivo& otro, const EstacionGuardada& origen) {
+    auto faltan = otro.almacen_.descargas(origen.id);
+    if (faltan.empty()) return;
+    std::optional<EstacionGuardada> estacion;
+    {
+        const Transaccion transaccion(almacen_, Almacen::Modo::lectura);
+        estacion = almacen_.estacion(origen.nombre);
+        if (!estacion) return;
+        const auto lista = almacen_.descargas(estacion->id);
+        const std::map<Huella, FichaDescarga> hay(lista.begin(), lista.end());
+        std::erase_if(faltan, [&](const auto& una) {
+            const auto suya = hay.find(una.first);
+            return suya != hay.end() ? suya->second <= una.second : !almacen_.ficha(estacion->id, una.first);
+        });
+    }
+    if (faltan.empty()) return;
+    Transaccion transaccion(almacen_, Almacen::Modo::escritura);
+    for (const auto& [imagen, descarga] : faltan) anotar(almacen_, estacion->id, imagen, descarga);
+    transaccion.confirmar();
 }
 
 bool Archivo::tiene(const std::string& nombre, const Huella& huella) {

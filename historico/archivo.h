@@ -15,6 +15,7 @@ namespace telvane {
 struct Procedencia {
     std::string origen;
     Incorporada incorporada{};
+    std::optional<FichaDescarga> descarga = {};
 };
 
 struct Incorporacion {
@@ -62,6 +63,7 @@ class Archivo {
    private:
     void rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
     bool tiene(const std::string& nombre, const Huella& huella);
+    void copiarDescargas(Archivo& otro, const EstacionGuardada& origen);
     void copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes);
 
     Almacen& almacen_;

@@ -5,7 +5,6 @@
 
 #include "historico/almacen_postgres.h"
 #include "historico/almacen_sqlite.h"
-#include "historico/esquema_sqlite.h"
 #include "platform/archivo.h"
 
 namespace telvane {
@@ -13,9 +12,7 @@ namespace telvane {
 namespace {
 
 AlmacenSqlite::Opciones opcionesSqlite(std::chrono::milliseconds paciencia, std::function<void()> atender) {
-    return {.paciencia = paciencia,
-            .atender = std::move(atender),
-            .migraciones = {esquema::kMigraciones.begin(), esquema::kMigraciones.end()}};
+    return {.paciencia = paciencia, .atender = std::move(atender)};
 }
 
 }  // namespace

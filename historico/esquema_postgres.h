@@ -1,13 +1,13 @@
-// The tables of an archive in PostgreSQL: schema telvane. Every unique key starts with the station, so that
-// the tables can be partitioned and spread over servers by it.
+// The tables of an archive in PostgreSQL, as the first version had them and what came later: schema telvane.
+// Every unique key starts with the station, so that the tables can be partitioned and spread over servers by
+// it.
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 namespace telvane::esquema_postgres {
-
-inline constexpr int kVersion = 1;
 
 // Moments of the logger have no zone. A sample is kept as its bytes, which are also its order.
 inline constexpr std::string_view kTablas = R"(
@@ -100,5 +100,22 @@ CROSS JOIN LATERAL (SELECT
   get_byte(m.registro, 23) * 256 + get_byte(m.registro, 24) AS evaporacion) c
 WHERE m.cuenta;
 )";
+
+// What makes of an older archive the next version, in order: the first of version 1, and so on.
+inline constexpr std::array<std::string_view, 1> kMigraciones = {R"(
+CREATE TABLE telvane.descargas(
+  estacion integer NOT NULL,
+  imagen bytea NOT NULL,
+  descargada timestamp with time zone NOT NULL,
+  puerto bigint NOT NULL,
+  dispositivo text NOT NULL,
+  desfase_s bigint,
+  verificada boolean NOT NULL,
+  reintentos bigint NOT NULL,
+  errores_de_linea bigint NOT NULL,
+  PRIMARY KEY(estacion, imagen)
+);
+)"};
+inline constexpr std::int64_t kVersion = kMigraciones.size() + 1;
 
 }  // namespace telvane::esquema_postgres

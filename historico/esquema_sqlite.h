@@ -1,4 +1,5 @@
-// The tables of an archive in SQLite, for this program and for whoever queries it.
+// The tables of an archive in SQLite, as the first version had them and what came later, for this program and
+// for whoever queries it.
 #pragma once
 
 #include <array>
@@ -11,8 +12,8 @@ namespace telvane::esquema {
 inline constexpr std::int64_t kDeTelvane = 0x54564E48;
 
 // Moments of the logger are seconds since 1970 of its own local time; moments of ours (incorporada) the same
-// in UTC. A sample's columns from auxiliar1 on are raw counts, in the order of the record's bytes, so that
-// the table sorts as the records do.
+// in UTC, as is descargada. A sample's columns from auxiliar1 on are raw counts, in the order of the record's
+// bytes, so that the table sorts as the records do.
 inline constexpr std::string_view kTablas = R"(
 CREATE TABLE estaciones(
   id INTEGER PRIMARY KEY,
@@ -106,6 +107,19 @@ WHERE m.cuenta;
 )";
 
 // What makes of an older archive the next version, in order: the first of version 1, and so on.
-inline constexpr std::array<std::string_view, 0> kMigraciones = {};
+inline constexpr std::array<std::string_view, 1> kMigraciones = {R"(
+CREATE TABLE descargas(
+  estacion INTEGER NOT NULL,
+  imagen BLOB NOT NULL,
+  descargada INTEGER NOT NULL,
+  puerto INTEGER NOT NULL,
+  dispositivo TEXT NOT NULL,
+  desfase_s INTEGER,
+  verificada INTEGER NOT NULL,
+  reintentos INTEGER NOT NULL,
+  errores_de_linea INTEGER NOT NULL,
+  PRIMARY KEY(estacion, imagen)
+) WITHOUT ROWID;
+)"};
 
 }  // namespace telvane::esquema

@@ -44,6 +44,8 @@ class Lectura {
     std::vector<FichaImagen> imagenes(const EstacionGuardada& estacion) {
         return almacen_.fichas(estacion.id);
     }
+    // How they came from their logger, of those of which that is known; in no order.
+    Almacen::Descargas descargas(const EstacionGuardada& estacion) { return almacen_.descargas(estacion.id); }
     // Byte for byte. Throws ErrorImagen when what is kept is damaged.
     std::vector<std::uint8_t> bytesDe(const EstacionGuardada& estacion, const Huella& huella);
     // The 432 bytes at the head of the newest image, zeros where it is shorter; the station's serial number

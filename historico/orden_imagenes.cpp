@@ -1,4 +1,5 @@
 // telvane-historico imagenes
+#include <map>
 #include <memory>
 #include <string>
 
@@ -18,7 +19,22 @@ struct Opciones {
     bool json = false;
 };
 
-std::string objeto(const EstacionGuardada& estacion, const FichaImagen& ficha) {
+using Descargas = std::map<Huella, FichaDescarga>;
+
+nlohmann::ordered_json objeto(const FichaDescarga& descarga) {
+    nlohmann::ordered_json json;
+    json["descargada"] = isoDe(descarga.descargada);
+    json["puerto"] = descarga.puerto;
+    json["dispositivo"] = descarga.dispositivo;
+    json["desfase_s"] =
+        descarga.desfase ? nlohmann::ordered_json(*descarga.desfase) : nlohmann::ordered_json();
+    json["verificada"] = descarga.verificada;
+    json["reintentos"] = descarga.reintentos;
+    json["errores_de_linea"] = descarga.erroresDeLinea;
+    return json;
+}
+
+std::string objeto(const EstacionGuardada& estacion, const FichaImagen& ficha, const Descargas& descargas) {
     nlohmann::ordered_json json;
     json["imagen"] = textoDe(ficha.huella);
     json["estacion"] = estacion.nombre;
@@ -28,14 +44,26 @@ std::string objeto(const EstacionGuardada& estacion, const FichaImagen& ficha) {
     json["origen"] = ficha.origen;
     json["muestras"] = ficha.muestras;
     json["retrocesos"] = ficha.retrocesos;
+    if (const auto suya = descargas.find(ficha.huella); suya != descargas.end())
+        json["descarga"] = objeto(suya->second);
     return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
-std::string linea(const EstacionGuardada& estacion, const FichaImagen& ficha) {
+std::string linea(const FichaDescarga& descarga) {
     return fmt::format(
-        "{}  estación {}  {} bytes  reloj {}  {} muestras  {} retrocesos  incorporada {}  {}\n",
+        "  descargada {} de COM{} ({}){}{}", isoDe(descarga.descargada), descarga.puerto,
+        descarga.dispositivo,
+        descarga.desfase ? fmt::format(", desfase {:+} s", *descarga.desfase) : ", reloj incorrecto",
+        descarga.verificada ? ", verificada" : "");
+}
+
+std::string linea(const EstacionGuardada& estacion, const FichaImagen& ficha, const Descargas& descargas) {
+    const auto suya = descargas.find(ficha.huella);
+    return fmt::format(
+        "{}  estación {}  {} bytes  reloj {}  {} muestras  {} retrocesos  incorporada {}  {}{}\n",
         textoDe(ficha.huella), estacion.nombre, ficha.bytes, ficha.reloj ? isoDe(*ficha.reloj) : "incorrecto",
-        ficha.muestras, ficha.retrocesos, isoDe(ficha.incorporada), sinControles(ficha.origen));
+        ficha.muestras, ficha.retrocesos, isoDe(ficha.incorporada), sinControles(ficha.origen),
+        suya == descargas.end() ? "" : linea(suya->second));
 }
 
 void imagenes(ContextoHistorico& contexto, const Opciones& opciones) {
@@ -47,8 +75,11 @@ void imagenes(ContextoHistorico& contexto, const Opciones& opciones) {
                                     ? std::vector<EstacionGuardada>{lectura.estacion(*opciones.estacion)}
                                     : lectura.estaciones();
         for (const auto& estacion : estaciones) {
+            const auto lista = lectura.descargas(estacion);
+            const Descargas descargas(lista.begin(), lista.end());
             for (const auto& ficha : lectura.imagenes(estacion)) {
-                texto += opciones.json ? objeto(estacion, ficha) : linea(estacion, ficha);
+                texto +=
+                    opciones.json ? objeto(estacion, ficha, descargas) : linea(estacion, ficha, descargas);
             }
         }
     }

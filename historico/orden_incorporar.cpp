@@ -10,6 +10,7 @@
 
 #include "consola/codigos_salida.h"
 #include "consola/progreso.h"
+#include "historico/ficha.h"
 #include "historico/ordenes.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
@@ -109,8 +110,9 @@ class Tanda {
     bool una(const std::string& archivo) {
         try {
             const auto bytes = leer(archivo);
-            const auto hecha = archivo_.incorporar(bytes, {opciones_.serie, opciones_.como},
-                                                   {archivo, contexto_.entorno.ahora()});
+            const auto hecha =
+                archivo_.incorporar(bytes, {opciones_.serie, opciones_.como},
+                                    {archivo, contexto_.entorno.ahora(), fichaDe(archivo, bytes)});
             contexto_.consola.resultado(opciones_.json ? objeto(archivo, hecha) : linea(archivo, hecha));
             if (hecha.parcial) {
                 contexto_.consola.aviso(fmt::format("{}: imagen parcial, {} bytes de {}",
@@ -131,6 +133,18 @@ class Tanda {
     bool fallar(const std::string& archivo, const std::string& que) {
         contexto_.consola.aviso(fmt::format("{}: {}", sinControles(archivo), que));
         return false;
+    }
+
+    // Without it the image counts as much.
+    std::optional<FichaDescarga> fichaDe(const std::string& archivo, BytesImagen bytes) {
+        if (archivo == kTuberia) return std::nullopt;
+        try {
+            return fichaJuntoA(archivo, huellaDe(bytes));
+        } catch (const ErrorFicha& error) {
+            contexto_.consola.aviso(
+                fmt::format("{}; la imagen se incorpora sin ella", sinControles(error.what())));
+            return std::nullopt;
+        }
     }
 
     std::vector<std::uint8_t> leer(const std::string& archivo) {

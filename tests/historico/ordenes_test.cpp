@@ -163,30 +163,67 @@ TEST_F(Ordenes, ANewerVersionIsRefused) {
     EXPECT_EQ(correr({"incorporar", imagen()}).codigo, 1);
 }
 
+// This program's steps and one more.
+AlmacenSqlite::Opciones conOtroPaso(std::string_view paso) {
+    AlmacenSqlite::Opciones opciones{.paciencia = std::chrono::seconds(1)};
+    opciones.migraciones.push_back(paso);
+    return opciones;
+}
+
 TEST_F(Ordenes, AnOlderVersionIsMigratedAfterACopy) {
     correr({"incorporar", imagen()});
+    const auto version = static_cast<std::int64_t>(esquema::kMigraciones.size()) + 1;
     {
-        const auto nuevo =
-            AlmacenSqlite::abrirParaEscribir(archivo(), false,
-                                             {.paciencia = std::chrono::seconds(1),
-                                              .migraciones = {"ALTER TABLE imagenes ADD COLUMN ficha TEXT"}});
+        const auto nuevo = AlmacenSqlite::abrirParaEscribir(
+            archivo(), false, conOtroPaso("ALTER TABLE imagenes ADD COLUMN ficha TEXT"));
         EXPECT_EQ(nuevo->estaciones().size(), 1u);
     }
     BaseSqlite base(archivo(), BaseSqlite::Acceso::lectura, std::chrono::seconds(1));
-    EXPECT_EQ(base.numero("PRAGMA user_version"), 2);
+    EXPECT_EQ(base.numero("PRAGMA user_version"), version + 1);
     EXPECT_EQ(base.numero("SELECT count(*) FROM pragma_table_info('imagenes') WHERE name='ficha'"), 1);
-    BaseSqlite copia(archivo() + ".version1", BaseSqlite::Acceso::lectura, std::chrono::seconds(1));
-    EXPECT_EQ(copia.numero("PRAGMA user_version"), 1);
+    BaseSqlite copia(archivo() + ".version" + std::to_string(version), BaseSqlite::Acceso::lectura,
+                     std::chrono::seconds(1));
+    EXPECT_EQ(copia.numero("PRAGMA user_version"), version);
 }
 
 TEST_F(Ordenes, AMigrationThatFailsChangesNothing) {
     correr({"incorporar", imagen()});
     EXPECT_THROW(AlmacenSqlite::abrirParaEscribir(
-                     archivo(), false,
-                     {.paciencia = std::chrono::seconds(1),
-                      .migraciones = {"ALTER TABLE imagenes ADD COLUMN f TEXT; sin sentido"}}),
+                     archivo(), false, conOtroPaso("ALTER TABLE imagenes ADD COLUMN f TEXT; sin sentido")),
                  ErrorAlmacen);
     EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+}
+
+// A download's record beside the image, as the console tool writes it.
+std::string fichaCon(const std::string& desfase) {
+    return R"({"descargada":"2026-11-20T02:17:03Z","puerto":1,"dispositivo":"/dev/ttyUSB0","desfase_s":)" +
+           desfase + R"(,"verificada":false,"reintentos":0,"errores_de_linea":0})";
+}
+
+TEST_F(Ordenes, HowAnImageCameIsTakenUpAndShown) {
+    const auto base = imagen();
+    EXPECT_EQ(correr({"incorporar", base}).codigo, 0);
+    EXPECT_THAT(correr({"imagenes", "--json"}).salida, testing::Not(HasSubstr("descarga")));
+    std::ofstream(carpeta / "a.json") << fichaCon("-75");
+    const auto r = correr({"incorporar", base});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_EQ(r.errores, "");
+    EXPECT_THAT(correr({"imagenes", "--json"}).salida,
+                HasSubstr(R"("retrocesos":0,"descarga":{"descargada":"2026-11-20T02:17:03Z","puerto":1,)"
+                          R"("dispositivo":"/dev/ttyUSB0","desfase_s":-75,"verificada":false,)"
+                          R"("reintentos":0,"errores_de_linea":0}})"));
+    EXPECT_THAT(correr({"imagenes"}).salida,
+                HasSubstr("descargada 2026-11-20T02:17:03Z de COM1 (/dev/ttyUSB0), desfase -75 s\n"));
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+}
+
+TEST_F(Ordenes, ABrokenRecordOfADownloadIsToldAndTheImageGoesIn) {
+    std::ofstream(carpeta / "a.rgt.json") << "{\"descargada\":";
+    const auto r = correr({"incorporar", imagen()});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_THAT(r.salida, HasSubstr("50 nuevas"));
+    EXPECT_THAT(r.errores,
+                HasSubstr("a.rgt.json: no es una ficha de descarga; la imagen se incorpora sin ella"));
 }
 
 TEST_F(Ordenes, WhoHoldsTheArchiveIsWaitedForAndTold) {

@@ -1,0 +1,28 @@
+// How an image came from its logger, as it is kept with the image.
+#pragma once
+
+#include <chrono>
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace telvane {
+
+struct FichaDescarga {
+    std::chrono::sys_seconds descargada{};  // UTC, when its last block had come
+    std::int64_t puerto = 0;                // COM number
+    std::string dispositivo;                // "/dev/..." or "tcp://HOST:PORT"
+    // The logger's clock minus the PC's, both as their walls show it, in seconds; nullopt: the logger's was
+    // no date and time. Where the PC keeps daylight saving time and the logger does not, an hour of it is
+    // that.
+    std::optional<std::int64_t> desfase;
+    bool verificada = false;          // read twice, with the same result
+    std::int64_t reintentos = 0;      // attempts that broke off
+    std::int64_t erroresDeLinea = 0;  // told by the line, over all attempts
+
+    // Of several for one image the least is kept, whatever the order in which they came.
+    auto operator<=>(const FichaDescarga&) const = default;
+};
+
+}  // namespace telvane
