@@ -83,7 +83,17 @@ if [ -n "$ventana" ]; then
     presentes telvane "${lista[@]}"
 fi
 
-for pagina in "$raiz"/packaging/man/*/*.1; do
+# Every setting of the nightly download, as its reader knows them.
+mapfile -t ajustes < <(sed -n 's/^        \([A-Z]*\))$/\1/p; s/^        \([A-Z]*\)) .*/\1/p' "$raiz/packaging/descarga/descarga-nocturna.in")
+[ ${#ajustes[@]} -ge 5 ] || fallar "la descarga nocturna lee ${#ajustes[@]} ajustes"
+for lengua in es en; do
+    for ajuste in "${ajustes[@]}"; do
+        grep -q "^\.BI\? $ajuste=" "$raiz/packaging/man/$lengua/telvane-descarga.5" ||
+            fallar "telvane-descarga.5 ($lengua): falta $ajuste"
+    done
+done
+
+for pagina in "$raiz"/packaging/man/*/*.[15]; do
     mandoc -T lint -W warning "$pagina" || fallar "$pagina"
 done
 exit $((fallos > 0))

@@ -123,6 +123,14 @@ ajustar 'OPCIONES=--com=1=/dev/null'
 rehusa 1 'OPCIONES: --com=1=/dev/null no vale aquí: escriba COM='
 ajustar $'\xEF\xBB\xBFNOMBRE=norte'
 rehusa 1 'empieza con una marca invisible (BOM)'
+# A second port that is mistyped is no part of the first one's path.
+for segundo in ' 2/dev/ttyS0' ' 2 =/dev/ttyS0' ' COM2=/dev/ttyS0' ' /dev/ttyS0' ' dos=tcp://h:1' ' 2:/dev/ttyS0' ',2=/dev/ttyS0'; do
+    ajustar '' "COM=\"1=/dev/ttyUSB97$segundo\""
+    rehusa 2 "COM: en \"1=/dev/ttyUSB97$segundo\" parece haber dos puertos"
+done
+# A byte that a shell would pass over without a word.
+printf '# nota\nNOMBRE=nor\0te\nCARPETA=%s\n' "$datos" >"$ajustes"
+rehusa 2 'tiene un byte nulo: guarde el archivo como UTF-8'
 # A pipe is no settings file, and is not waited for.
 rm "$ajustes"
 mkfifo "$ajustes"
