@@ -36,12 +36,33 @@ int bloquear(int descriptor) {
     return EBUSY;
 }
 
+fs::path rutaParcial(const Destino& destino) {
+    return conSufijo(destino.ruta, kParcial);
+}
+
+[[noreturn]] void rehusar(const fs::path& ruta, std::string_view motivo) {
+    throw noGuardado(ruta, fmt::format("{}. Quítelo de ahí, o dé otro nombre al archivo base", motivo));
+}
+
+void exigirArchivo(const fs::path& ruta, const struct stat& datos) {
+    if (S_ISLNK(datos.st_mode)) rehusar(ruta, "es un enlace");
+    if (S_ISDIR(datos.st_mode)) rehusar(ruta, motivoSistema(EISDIR));
+    if (!S_ISREG(datos.st_mode)) rehusar(ruta, "no es un archivo normal");
+}
+
 }  // namespace
 
+void ArchivoParcial::revisar(const Destino& destino) {
+    const auto ruta = rutaParcial(destino);
+    struct stat datos {};
+    if (::lstat(ruta.c_str(), &datos) != 0) return;
+    exigirArchivo(ruta, datos);
+    if (::faccessat(AT_FDCWD, ruta.c_str(), R_OK | W_OK, AT_EACCESS) != 0)
+        rehusar(ruta, motivoSistema(errno));
+}
+
 ArchivoParcial::ArchivoParcial(Destino destino, Coinciden coinciden)
-    : destino_(std::move(destino)),
-      ruta_(conSufijo(destino_.ruta, kParcial)),
-      coinciden_(std::move(coinciden)) {
+    : destino_(std::move(destino)), ruta_(rutaParcial(destino_)), coinciden_(std::move(coinciden)) {
     abrir();
     leer();
 }
@@ -61,13 +82,13 @@ void ArchivoParcial::exigir(int motivo) const {
 // Whoever held the lock may have given the file its final name, or put another in its place, meanwhile.
 void ArchivoParcial::abrir() {
     do {
+        revisar(destino_);
         descriptor_ = Descriptor(
             ::open(ruta_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kModo));
-        if (descriptor_() < 0 && errno == ELOOP) throw noGuardado(ruta_, "es un enlace");
         exigir(descriptor_() < 0 ? errno : 0);
         struct stat datos {};
         exigir(::fstat(descriptor_(), &datos) == 0 ? 0 : errno);
-        if (!S_ISREG(datos.st_mode)) throw noGuardado(ruta_, "no es un archivo normal");
+        exigirArchivo(ruta_, datos);
         exigir(bloquear(descriptor_()));
     } while (!mismo(descriptor_(), ruta_));
 }

@@ -22,6 +22,10 @@ class ArchivoParcial {
     // Whether a stretch of an image agrees with what stood there before, both from this byte on.
     using Coinciden = std::function<bool(std::size_t desde, Bytes antes, Bytes ahora)>;
 
+    // Throws where something else than a file that may be written stands in the partial file's place: known
+    // before the logger is asked for anything.
+    static void revisar(const Destino& destino);
+
     // Opens the file, with what an earlier run left in it. One that another run is writing is refused, and so
     // is anything that is not a file.
     ArchivoParcial(Destino destino, Coinciden coinciden);

@@ -18,6 +18,7 @@
 #include "link/puerto_serie.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
+#include "platform/texto_visible.h"
 #include "ui/textos.h"
 
 namespace telvane {
@@ -78,8 +79,8 @@ class Descargador {
 
 void Descargador::decirAnterior() {
     if (!parcial_ || parcial_->contenido().empty()) return;
-    consola_.aviso(fmt::format("{} conserva {} bloques de una descarga anterior", parcial_->ruta().string(),
-                               parcial_->contenido().size() / kBytesBloque));
+    consola_.aviso(fmt::format("{} conserva {} bloques de una descarga anterior",
+                               nombreVisible(parcial_->ruta()), parcial_->contenido().size() / kBytesBloque));
 }
 
 // The block is on the disk before anything else is done with it.
@@ -88,7 +89,7 @@ void Descargador::recibir(RegistradorCli::Bloque bloque) {
     if (!parcial_) return;
     if (const auto aparte = parcial_->recibir(imagen_)) {
         consola_.aviso(fmt::format("{} no coincide con lo que se lee ahora y se guardó como {}",
-                                   parcial_->ruta().string(), aparte->string()));
+                                   nombreVisible(parcial_->ruta()), nombreVisible(*aparte)));
     }
 }
 
@@ -150,7 +151,7 @@ std::exception_ptr Descargador::cotejar() const {
 
 void Descargador::decirResto() {
     if (!parcial_ || parcial_->contenido().empty()) return;
-    consola_.aviso(fmt::format("En {} quedan {} de {} bloques.", parcial_->ruta().string(),
+    consola_.aviso(fmt::format("En {} quedan {} de {} bloques.", nombreVisible(parcial_->ruta()),
                                parcial_->contenido().size() / kBytesBloque, kBloquesMemoria));
 }
 

@@ -3,15 +3,17 @@
 
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
 namespace {
 
 void buscar(ContextoCli& contexto) {
+    contexto.consola.exigirSalida();
     SesionCli sesion(contexto.entorno, contexto.consola, contexto.com);
     const int numero = sesion.buscar();
-    contexto.consola.resultado(fmt::format("COM{} {}\n", numero, sesion.dispositivo(numero).string()));
+    contexto.consola.resultado(fmt::format("COM{} {}\n", numero, nombreVisible(sesion.dispositivo(numero))));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@ namespace telvane {
 namespace {
 
 void mostrarConfiguracion(ContextoCli& contexto, bool json) {
+    contexto.consola.exigirSalida();
     SesionCli sesion(contexto.entorno, contexto.consola, contexto.com);
     const int numero = sesion.buscar();
     const auto datos = sesion.registrador().leerConfiguracion();

@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "cli/archivo_parcial.h"
 #include "cli/argumentos.h"
 #include "cli/descarga_cli.h"
 #include "cli/estado_envio.h"
@@ -139,6 +140,7 @@ class Configurador {
     void leer();
     bool anunciarCambios();
     Destino destinoDeRespaldo() const;
+    std::filesystem::path rutaDeRespaldo() const;
     void respaldar();
     std::string mensaje();
     void escribir();
@@ -165,6 +167,7 @@ class Configurador {
 };
 
 void Configurador::correr() {
+    contexto_.consola.exigirSalida();
     // Where the backup cannot go is told before the logger hears anything.
     if (!opciones_.sinRespaldo && opciones_.borrarMemoria) destinoDeRespaldo();
     sesion_.buscar();
@@ -239,17 +242,22 @@ std::uint8_t Configurador::codigoAEnviar() const {
     return actual_.intervaloCodigo;
 }
 
-// Only a file keeps a copy that can be found again.
-Destino Configurador::destinoDeRespaldo() const {
-    if (!opciones_.respaldo.empty()) return revisarDestino(opciones_.respaldo, reglaDeBase());
+std::filesystem::path Configurador::rutaDeRespaldo() const {
+    if (!opciones_.respaldo.empty()) return opciones_.respaldo;
     const auto carpeta = carpetaDeDatos();
     if (carpeta.empty()) {
         throw ErrorCli(CodigoSalida::fallo,
                        "no hay carpeta de datos para el respaldo: indique --respaldo ARCHIVO");
     }
     std::filesystem::create_directories(carpeta);
-    return revisarDestino(rutaBaseLibre(carpeta, actual_.Nserie, contexto_.entorno.reloj.ahora()),
-                          reglaDeBase());
+    return rutaBaseLibre(carpeta, actual_.Nserie, contexto_.entorno.reloj.ahora());
+}
+
+// Only a file keeps a copy that can be found again.
+Destino Configurador::destinoDeRespaldo() const {
+    auto destino = revisarDestino(rutaDeRespaldo(), reglaDeBase());
+    ArchivoParcial::revisar(destino);
+    return destino;
 }
 
 void Configurador::respaldar() {
@@ -260,7 +268,7 @@ void Configurador::respaldar() {
         descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), peticion);
     decirOtraSerie(contexto_.consola, actual_.Nserie, imagen);
     respaldo_ = peticion.base->pedido;
-    contexto_.consola.aviso(fmt::format("Respaldo: {}", respaldo_.string()));
+    contexto_.consola.aviso(fmt::format("Respaldo: {}", nombreVisible(respaldo_)));
 }
 
 std::string Configurador::mensaje() {
@@ -307,7 +315,7 @@ void Configurador::fallar(CodigoSalida codigo, const std::string& motivo, std::s
 
 std::string Configurador::dondeEstaElRespaldo() const {
     if (respaldo_.empty()) return "No hay respaldo de la memoria: se pidió --sin-respaldo.";
-    return fmt::format("El respaldo de la memoria está en {}.", respaldo_.string());
+    return fmt::format("El respaldo de la memoria está en {}.", nombreVisible(respaldo_));
 }
 
 // The logger confirms nothing. What reads back as it was sent was sent; anything else may be the line's

@@ -22,6 +22,7 @@
 #include "data/sello.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -87,11 +88,13 @@ void revisarJuntas(const EntornoConsola& entorno, const std::vector<Par>& lista)
             tuberia ? identidad(entorno.salida) : std::optional(identidad(fs::path(par.salida)));
         if (!suya) continue;
         if (entradas.contains(*suya)) {
-            throw ErrorCli(CodigoSalida::malUso, fmt::format("{} es una de las entradas",
-                                                             tuberia ? "la salida de la orden" : par.salida));
+            throw ErrorCli(CodigoSalida::malUso,
+                           fmt::format("{} es una de las entradas",
+                                       tuberia ? "la salida de la orden" : nombreVisible(par.salida)));
         }
         if (!salidas.insert(*suya).second)
-            throw ErrorCli(CodigoSalida::malUso, fmt::format("dos entradas darían {}", par.salida));
+            throw ErrorCli(CodigoSalida::malUso,
+                           fmt::format("dos entradas darían {}", nombreVisible(par.salida)));
     }
 }
 
@@ -120,7 +123,8 @@ void convertir(ContextoCli& contexto, const Opciones& opciones) {
     const auto lista = pares(opciones, trabajo.formato);
     revisarJuntas(contexto.entorno, lista);
     if (!opciones.carpeta.empty() && !fs::is_directory(opciones.carpeta))
-        throw ErrorCli(CodigoSalida::fallo, fmt::format("no existe la carpeta {}", opciones.carpeta));
+        throw ErrorCli(CodigoSalida::fallo,
+                       fmt::format("no existe la carpeta {}", nombreVisible(opciones.carpeta)));
     if (lista.size() == 1) {
         convertirUna(contexto, trabajo, lista.front());
         return;

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "cli/archivo_parcial.h"
 #include "cli/argumentos.h"
 #include "cli/descarga_cli.h"
 #include "cli/ordenes.h"
@@ -17,6 +18,7 @@
 #include "data/archivo_base.h"
 #include "data/conversion.h"
 #include "data/sello.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -37,7 +39,7 @@ SalidaConsola salidaBase(const Opciones& opciones) {
         return {opciones.base, reglaDeBase(opciones.reemplazar)};
     } catch (const ErrorGuardado& error) {
         if (opciones.reemplazar || !std::filesystem::is_regular_file(opciones.base)) throw;
-        throw ErrorGuardado(fmt::format("{}. Dé otro nombre, o --reemplazar", error.what()));
+        throw ErrorGuardado(fmt::format("{}, o --reemplazar", error.what()));
     }
 }
 
@@ -52,7 +54,7 @@ void revisarJuntas(const EntornoConsola& entorno, const SalidaConsola& base, con
     };
     if ((base.archivo() || csv.archivo()) && cual(base) == cual(csv)) {
         throw ErrorCli(CodigoSalida::malUso,
-                       fmt::format("--base y --csv son el mismo archivo: {}", csv.nombre()));
+                       fmt::format("--base y --csv son el mismo archivo: {}", nombreVisible(csv.nombre())));
     }
 }
 
@@ -62,6 +64,8 @@ void descargar(ContextoCli& contexto, const Opciones& opciones) {
     const auto base = salidaBase(opciones);
     if (csv) revisarJuntas(contexto.entorno, base, *csv);
     auto& consola = contexto.consola;
+    if (base.estandar() || (csv && csv->estandar())) consola.exigirSalida();
+    if (base.archivo()) ArchivoParcial::revisar(base.destino());
     SesionCli sesion(contexto.entorno, consola, contexto.com);
     sesion.registrador().espera(std::chrono::seconds(leerEntero(opciones.espera)));
     sesion.registrador().reintentos(leerEntero(opciones.reintentos));
@@ -80,7 +84,7 @@ void descargar(ContextoCli& contexto, const Opciones& opciones) {
         base.escribir(contexto.entorno, consola,
                       {reinterpret_cast<const char*>(imagen.data()), imagen.size()});
     }
-    if (!base.estandar()) consola.aviso(fmt::format("Archivo base: {}", base.nombre()));
+    if (!base.estandar()) consola.aviso(fmt::format("Archivo base: {}", nombreVisible(base.nombre())));
     if (!csv) return;
 
     const auto propios = datosDeCabecera(imagen);

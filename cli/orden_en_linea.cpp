@@ -20,6 +20,7 @@ struct Opciones {
 };
 
 void mostrarEnLinea(ContextoCli& contexto, const Opciones& opciones) {
+    contexto.consola.exigirSalida();
     SesionCli sesion(contexto.entorno, contexto.consola, contexto.com);
     sesion.buscar();
     RegistradorCli::EnLinea enLinea(sesion.registrador());

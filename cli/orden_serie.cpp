@@ -62,6 +62,7 @@ void leerDeVuelta(RegistradorCli& registrador, const std::string& cifras) {
 
 void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
     auto& consola = contexto.consola;
+    consola.exigirSalida();
     SesionCli sesion(contexto.entorno, consola, contexto.com);
     sesion.buscar();
     auto& registrador = sesion.registrador();

@@ -35,7 +35,18 @@ constexpr std::string_view kNoResponde = "el registrador no responde: revise el 
 // Names of the ports that could not be tried, by why.
 using Rehusados = std::map<MotivoPuerto, std::vector<std::string>>;
 
-// The cable is to blame only where a port was heard in vain.
+// Names of the ports that are no serial ports, or not there: each was told on its own line.
+std::vector<std::string> inservibles(const Rehusados& rehusados) {
+    std::vector<std::string> todos;
+    for (const auto motivo :
+         {MotivoPuerto::noExiste, MotivoPuerto::noEsTerminal, MotivoPuerto::lineaInvalida}) {
+        const auto suyos = rehusados.find(motivo);
+        if (suyos != rehusados.end()) todos.insert(todos.end(), suyos->second.begin(), suyos->second.end());
+    }
+    return todos;
+}
+
+// The cable is to blame only where a port was heard in vain, or failed while it was heard.
 std::string porQueNoHay(bool hayPuertos, bool algunoCalla, const Rehusados& rehusados) {
     if (!hayPuertos)
         return "no hay ningún puerto serie que probar: conecte el adaptador o indíquelo con --com "
@@ -50,14 +61,22 @@ std::string porQueNoHay(bool hayPuertos, bool algunoCalla, const Rehusados& rehu
     if (vedados != rehusados.end())
         texto += fmt::format("; sin permiso: {}. \"telvane-cli puertos\" dice el remedio",
                              fmt::join(vedados->second, ", "));
-    const bool seSabe = ocupados != rehusados.end() || vedados != rehusados.end();
-    if (algunoCalla || !seSabe)
+    const auto otros = inservibles(rehusados);
+    if (!otros.empty()) {
+        texto +=
+            fmt::format("; no se pudo usar: {}. Corrija lo que su línea dice, o dé otro puerto con --com",
+                        fmt::join(otros, ", "));
+    }
+    if (algunoCalla || rehusados.contains(MotivoPuerto::desaparecido) ||
+        rehusados.contains(MotivoPuerto::otro))
         texto += ": revise el cable y la alimentación, y los puertos con \"telvane-cli puertos\"";
     return texto;
 }
 
 [[noreturn]] void fueraDePaso(const char* que) {
-    throw ErrorIntercambio(CodigoSalida::fallo, fmt::format("error en la comunicación: {}", que));
+    throw ErrorIntercambio(
+        CodigoSalida::fallo,
+        fmt::format("error en la comunicación: {}. Revise el cable y el adaptador, y repita", que));
 }
 
 }  // namespace
@@ -113,8 +132,10 @@ std::uint8_t RegistradorCli::recibir(LineaRegistrador& linea, std::int32_t conta
         throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde));
     }
     if (linea.esperarBytes(cuantos, espera_)) return linea.tomar();
-    throw ErrorIntercambio(CodigoSalida::fallo,
-                           "el registrador dejó de responder a mitad de la comunicación");
+    throw ErrorIntercambio(
+        CodigoSalida::fallo,
+        "el registrador dejó de responder a mitad de la comunicación: revise el cable y la "
+        "alimentación, y repita");
 }
 
 DatosConfig RegistradorCli::leerConfiguracion() {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -15,7 +16,7 @@ SesionCli::SesionCli(EntornoCli& entorno, Consola& consola, const std::vector<st
 int SesionCli::buscar() {
     for (const int numero : mapa_.numeros()) {
         if (!puertos_->existe(numero)) {
-            consola_.aviso(fmt::format("COM{}: {} no existe", numero, dispositivo(numero).string()));
+            consola_.aviso(fmt::format("COM{}: {} no existe", numero, nombreVisible(dispositivo(numero))));
         }
     }
     return registrador_.buscar();

@@ -16,6 +16,7 @@
 #include "data/archivo_base.h"
 #include "platform/archivo.h"
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -103,7 +104,7 @@ void TandaDeImagenes::fallar(const Par& par, std::string_view motivo) {
 
 void TandaDeImagenes::decir(const Par& par, std::string_view texto) {
     const std::scoped_lock turno(turno_);
-    consola_.aviso(fmt::format("{}: {}", par.entrada, texto));
+    consola_.aviso(fmt::format("{}: {}", nombreVisible(par.entrada), texto));
 }
 
 }  // namespace telvane

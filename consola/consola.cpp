@@ -80,6 +80,13 @@ int Consola::escribirEn(int descriptor, std::string_view texto) {
     return motivo;
 }
 
+void Consola::exigirSalida() const {
+    if (entorno_.salida >= 0) return;
+    throw ErrorCli(
+        CodigoSalida::fallo,
+        "no se pudo escribir en la salida: está cerrada. Ábrala, por ejemplo con >archivo, y repita");
+}
+
 void Consola::resultado(std::string_view texto) {
     if (const int motivo = escribirEn(entorno_.salida, texto)) {
         throw ErrorCli(CodigoSalida::fallo,

@@ -21,6 +21,9 @@ class Consola {
     // Results: at once, as they stand. Throws ErrorCli: fallo when nobody takes them any more, interrumpido
     // on a signal while whoever takes them is slow.
     void resultado(std::string_view texto);
+    // For work whose results are to stand there: an output that was closed when the program started takes
+    // none. Throws ErrorCli (fallo).
+    void exigirSalida() const;
     // The same to a descriptor of another kind: 0, or an errno value. Throws ErrorCli (interrumpido).
     int escribirEn(int descriptor, std::string_view texto);
     // Talk on standard error, over the progress line, without control characters: a line, or several with

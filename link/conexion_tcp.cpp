@@ -217,7 +217,8 @@ void ConexionTcp::exigir() const {
 
 void ConexionTcp::desaparecio() const {
     throw ErrorPuerto(MotivoPuerto::desaparecido,
-                      fmt::format("se cortó la conexión con {}", direccion_.texto()));
+                      fmt::format("se cortó la conexión con {}: revise la red y el servidor de puertos",
+                                  direccion_.texto()));
 }
 
 void ConexionTcp::escribir(std::span<const std::uint8_t> bytes) {
@@ -237,8 +238,10 @@ void ConexionTcp::escribir(std::span<const std::uint8_t> bytes) {
             bytes = bytes.subspan(static_cast<std::size_t>(n));
         } else if (errno == EAGAIN) {
             if (!esperarSitio(socket(), final)) {
-                throw ErrorPuerto(MotivoPuerto::otro,
-                                  fmt::format("{} no acepta más datos", direccion_.texto()));
+                throw ErrorPuerto(
+                    MotivoPuerto::otro,
+                    fmt::format("{} no acepta más datos: revise la red y el servidor de puertos",
+                                direccion_.texto()));
             }
         } else if (errno != EINTR) {
             desaparecio();

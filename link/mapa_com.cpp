@@ -21,6 +21,7 @@
 #include "link/direccion_tcp.h"
 #include "link/protocolo.h"
 #include "platform/recorte.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -192,7 +193,7 @@ bool puedeUsarse(const fs::path& archivo) {
 }
 
 [[noreturn]] void rehusarPar(const std::string& par, const std::string& que) {
-    throw ErrorPuerto(MotivoPuerto::lineaInvalida, fmt::format("--com {}: {}", par, que));
+    throw ErrorPuerto(MotivoPuerto::lineaInvalida, fmt::format("--com {}: {}", nombreVisible(par), que));
 }
 
 }  // namespace

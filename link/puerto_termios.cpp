@@ -22,6 +22,7 @@
 #include "link/espera_sitio.h"
 #include "link/velocidades.h"
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -41,7 +42,7 @@ bool siSePuede(int descriptor, unsigned long orden, Argumento argumento) {
 }
 
 ErrorPuerto errorDeApertura(const std::filesystem::path& dispositivo, int numero) {
-    const auto nombre = dispositivo.string();
+    const auto nombre = nombreVisible(dispositivo);
     switch (numero) {
         case ENOENT:
         case ENXIO:
@@ -158,7 +159,7 @@ PuertoTermios::PuertoTermios(Bucle& bucle, const std::filesystem::path& disposit
     if (esLaPropia(descriptor_())) {
         throw ErrorPuerto(MotivoPuerto::noEsTerminal,
                           fmt::format("{} es la terminal de este programa, no el puerto del registrador",
-                                      dispositivo_.string()));
+                                      nombreVisible(dispositivo_)));
     }
     // Before anything changes on the line, which may be in somebody else's use.
     if (!descriptor_.reservar()) throw errorDeApertura(dispositivo_, errno == EWOULDBLOCK ? EBUSY : errno);
@@ -204,8 +205,9 @@ void PuertoTermios::configurar(const AjustesLinea& ajustes) {
     // The call succeeds when any part of it did.
     termios puesta{};
     if (::tcgetattr(descriptor_(), &puesta) != 0 || ::cfgetospeed(&puesta) != velocidad) {
-        throw ErrorPuerto(MotivoPuerto::lineaInvalida, fmt::format("el puerto {} no admite {} baudios",
-                                                                   dispositivo_.string(), ajustes.baudios));
+        throw ErrorPuerto(
+            MotivoPuerto::lineaInvalida,
+            fmt::format("el puerto {} no admite {} baudios", nombreVisible(dispositivo_), ajustes.baudios));
     }
 }
 
@@ -239,7 +241,8 @@ bool PuertoTermios::colgado() const {
 
 void PuertoTermios::desaparecio() {
     throw ErrorPuerto(MotivoPuerto::desaparecido,
-                      fmt::format("el puerto {} ha desaparecido", dispositivo_.string()));
+                      fmt::format("el puerto {} ha desaparecido: vuelva a enchufar el adaptador",
+                                  nombreVisible(dispositivo_)));
 }
 
 // One deadline for the whole: a driver may say again and again that it has room, and take nothing.
@@ -251,8 +254,10 @@ void PuertoTermios::escribir(std::span<const std::uint8_t> bytes) {
             bytes = bytes.subspan(static_cast<std::size_t>(n));
         } else if (n == 0 || errno == EAGAIN) {
             if (esperarSitio(descriptor_(), final)) continue;
-            throw ErrorPuerto(MotivoPuerto::otro,
-                              fmt::format("el puerto {} no acepta más datos", dispositivo_.string()));
+            throw ErrorPuerto(
+                MotivoPuerto::otro,
+                fmt::format("el puerto {} no acepta más datos: desenchufe y vuelva a enchufar el adaptador",
+                            nombreVisible(dispositivo_)));
         } else if (errno != EINTR) {
             desaparecio();
         }

@@ -10,13 +10,14 @@
 
 #include "platform/descriptor.h"
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
 namespace {
 
 [[noreturn]] void fallar(const std::filesystem::path& ruta, const std::string& motivo) {
-    throw ErrorLectura("no se pudo leer " + ruta.filename().string() + ": " + motivo);
+    throw ErrorLectura("no se pudo leer " + nombreVisible(ruta.filename()) + ": " + motivo);
 }
 
 std::filesystem::path carpetaXdg(const char* variable, const char* porDefecto) {

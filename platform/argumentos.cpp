@@ -9,6 +9,8 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "platform/texto_visible.h"
+
 namespace telvane {
 
 namespace {
@@ -117,7 +119,7 @@ std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) c
         if (!lleva || igual != std::string::npos || ++i == argumentos.size()) continue;
         if (argumentos[i].starts_with("--") || declarada(argumentos[i])) {
             return fmt::format("{}: falta su valor; uno que empieza por guion se escribe {}={}", nombre,
-                               nombre, argumentos[i]);
+                               nombre, sinControles(argumentos[i]));
         }
     }
     return {};
@@ -160,7 +162,7 @@ std::string Argumentos::opcionesDeTodas() const {
 // The library's own texts are in English; those of our checks stand behind the option's name.
 std::string Argumentos::motivoDeUso(int codigo, const std::string& texto) const {
     const auto antesDe = [&](std::string_view marca) { return texto.substr(0, texto.find(marca)); };
-    const auto sobran = fmt::format("{}", fmt::join(app_->remaining(true), " "));
+    const auto sobran = sinControles(fmt::format("{}", fmt::join(app_->remaining(true), " ")));
     const bool faltaOrden = !app_->get_subcommands({}).empty() && app_->get_subcommands().empty();
     switch (static_cast<CLI::ExitCodes>(codigo)) {
         case CLI::ExitCodes::RequiredError:

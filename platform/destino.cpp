@@ -15,6 +15,7 @@
 
 #include "platform/descriptor.h"
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -99,7 +100,7 @@ void revisarCarpeta(const Destino& destino) {
     const auto carpeta = carpetaDe(destino.ruta);
     struct stat datos {};
     if (::stat(carpeta.c_str(), &datos) != 0) {
-        if (errno == ENOENT) throw Fallo{fmt::format("no existe la carpeta {}", carpeta.string())};
+        if (errno == ENOENT) throw Fallo{fmt::format("no existe la carpeta {}", nombreVisible(carpeta))};
         fallar(errno);
     }
     if (!S_ISDIR(datos.st_mode)) fallar(ENOTDIR);
@@ -133,7 +134,7 @@ void revisarPrevio(Destino& destino) {
     }
     if (S_ISDIR(datos.st_mode)) fallar(EISDIR);
     if (!S_ISREG(datos.st_mode)) throw Fallo{std::string(kNoEsNormal)};
-    if (destino.nuevo) fallar(EEXIST);
+    if (destino.nuevo) throw Fallo{motivoEscritura(EEXIST)};
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
     destino.previo = datos;
@@ -174,7 +175,7 @@ std::string lugar(const struct stat& datos) {
 }  // namespace
 
 ErrorGuardado noGuardado(const fs::path& ruta, std::string_view motivo) {
-    const auto nombre = (ruta.has_filename() ? ruta.filename() : ruta).string();
+    const auto nombre = nombreVisible(ruta.has_filename() ? ruta.filename() : ruta);
     return ErrorGuardado(fmt::format("no se pudo guardar {}: {}", nombre, motivo));
 }
 

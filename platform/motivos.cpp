@@ -12,6 +12,8 @@
 
 #include <fmt/format.h>
 
+#include "platform/texto_visible.h"
+
 namespace telvane {
 
 namespace {
@@ -66,6 +68,7 @@ std::string motivoSistema(int numero) {
 }
 
 std::string motivoEscritura(int numero) {
+    if (numero == EEXIST) return fmt::format("{}. Dé otro nombre", motivoSistema(numero));
     rlimit limite{};
     if (numero == EFBIG && ::getrlimit(RLIMIT_FSIZE, &limite) == 0 && limite.rlim_cur != RLIM_INFINITY)
         return "pasa del tamaño que permite la sesión (ulimit -f)";
@@ -74,7 +77,7 @@ std::string motivoEscritura(int numero) {
 
 std::string motivoDe(const std::exception& error) {
     if (const auto* archivo = dynamic_cast<const std::filesystem::filesystem_error*>(&error))
-        return fmt::format("{}: {}", archivo->path1().string(), motivoSistema(archivo->code().value()));
+        return fmt::format("{}: {}", nombreVisible(archivo->path1()), motivoSistema(archivo->code().value()));
     if (const auto* sistema = dynamic_cast<const std::system_error*>(&error))
         return motivoSistema(sistema->code().value());
     if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) return motivoSistema(ENOMEM);

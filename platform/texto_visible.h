@@ -2,6 +2,7 @@
 // would be an order to the terminal.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -10,7 +11,12 @@ namespace telvane {
 // Without control characters (C0 with line ends, DEL, C1), each malformed byte as U+FFFD.
 std::string sinControles(std::string_view utf8);
 
-// The same for a text of several lines, whose ends stay.
+// A file's name as it stands in a message: a line end in it would split the line.
+inline std::string nombreVisible(const std::filesystem::path& ruta) {
+    return sinControles(ruta.string());
+}
+
+// Without them in each of several lines, whose ends stay.
 std::string lineasSinControles(std::string_view utf8);
 
 // Finished JSON of valid UTF-8, the control characters that its writer lets through (DEL, C1) written as

@@ -6,6 +6,8 @@
 
 #include <thread>
 
+#include <fmt/format.h>
+
 #include "apoyo/disco_chico.h"
 #include "cli_prueba.h"
 #include "data/archivo_base.h"
@@ -54,7 +56,7 @@ TEST_F(Archivos, ABackupNeverReplacesWhatIsThere) {
     poner("antes.rgt");
     const auto r =
         correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", carpeta / "antes.rgt"});
-    esperarRehusado(r, CodigoSalida::fallo, "no se pudo guardar antes.rgt: ya existe");
+    esperarRehusado(r, CodigoSalida::fallo, "no se pudo guardar antes.rgt: ya existe. Dé otro nombre");
     EXPECT_EQ(leerTodo(carpeta / "antes.rgt"), "viejo");
 }
 
@@ -312,6 +314,32 @@ TEST_F(Parcial, WholeFromAnEarlierRunIsReadAgainAndReplaced) {
     EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt"));
 }
 
+// In the place of a partial file: what is there, and what is said of it.
+struct Estorbo {
+    const char* dicho;
+    void (*poner)(const fs::path& ruta);
+};
+
+TEST_F(Parcial, WhatIsNoFileInItsPlaceIsToldBeforeTheSearch) {
+    const Estorbo estorbos[] = {
+        {"es un enlace", [](const fs::path& ruta) { fs::create_symlink("nada", ruta); }},
+        {"es una carpeta", [](const fs::path& ruta) { fs::create_directory(ruta); }},
+        {"no es un archivo normal", [](const fs::path& ruta) { ASSERT_EQ(::mkfifo(ruta.c_str(), 0600), 0); }},
+    };
+    const auto ruta = carpeta / "a.rgt.parcial";
+    for (const auto& estorbo : estorbos) {
+        estorbo.poner(ruta);
+        const auto dicho = fmt::format(
+            "no se pudo guardar a.rgt.parcial: {}. Quítelo de ahí, o dé otro nombre al archivo base",
+            estorbo.dicho);
+        esperarRehusado(descargar(), CodigoSalida::fallo, dicho);
+        esperarRehusado(
+            correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", carpeta / "a.rgt"}),
+            CodigoSalida::fallo, dicho);
+        fs::remove(ruta);
+    }
+}
+
 TEST_F(Parcial, ALinkInItsPlaceIsNotFollowed) {
     poner("ajeno", "valioso");
     fs::create_symlink("ajeno", carpeta / "a.rgt.parcial");
@@ -324,6 +352,49 @@ TEST_F(Parcial, ALinkInItsPlaceIsNotFollowed) {
 TEST_F(Parcial, AFifoInItsPlaceIsRefused) {
     ASSERT_EQ(::mkfifo((carpeta / "a.rgt.parcial").c_str(), 0600), 0);
     EXPECT_THAT(descargar().errores, HasSubstr("a.rgt.parcial: no es un archivo normal"));
+}
+
+// --- outputs and names
+
+TEST_F(Archivos, AnOutputThatWasClosedIsToldBeforeTheLoggerHearsAnything) {
+    salidaAjena = -1;
+    const std::string base = carpeta / "a.rgt";
+    for (const auto& orden : std::vector<std::vector<std::string>>{
+             {"descargar", "--base", "-"},
+             {"descargar", "--base", base, "--csv", "-"},
+             {"buscar"},
+             {"configuracion"},
+             {"en-linea", "--cuenta", "1"},
+             {"serie", "02080051"},
+             {"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"}}) {
+        SCOPED_TRACE(orden.front());
+        esperarRehusado(correr(orden), CodigoSalida::fallo, "no se pudo escribir en la salida: está cerrada");
+    }
+    EXPECT_THAT(nombresEn(carpeta.ruta()), IsEmpty());
+    // What is to stand in a file needs no output.
+    EXPECT_EQ(correr({"descargar", "--base", base}).codigo, CodigoSalida::hecho);
+}
+
+TEST_F(Archivos, ALineEndInANameSplitsNoMessage) {
+    const std::string nombre = carpeta / "dos\nlineas";
+    const std::vector<std::vector<std::string>> ordenes = {
+        {"convertir", nombre, "-"},
+        {"convertir", nombre, nombre},
+        {"convertir", nombre, nombre + "/x.csv"},
+        {"convertir", "--en", nombre, "a.rgt"},
+        {"descargar", "--base", nombre, "--csv", nombre},
+        {"descargar", "--base", nombre + "/x.rgt"},
+        {"--com", "1=" + nombre, "buscar", "dos\nlineas"},
+        {"--com", "uno\n" + nombre, "buscar"},
+    };
+    for (const auto& orden : ordenes) {
+        const auto r = correr(orden);
+        EXPECT_NE(r.codigo, CodigoSalida::hecho);
+        EXPECT_THAT(r.errores, HasSubstr("doslineas"));
+    }
+    const auto r = correr({"descargar", "--base", nombre + ".rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.errores, HasSubstr("doslineas.rgt\n"));
 }
 
 // --- converting

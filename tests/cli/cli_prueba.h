@@ -11,6 +11,7 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -96,7 +97,7 @@ class CliPrueba : public testing::Test {
              .correrHasta = [this](const auto& condicion,
                                    auto plazo) { return bucle.correrHasta(condicion, plazo); },
              .entrada = entrada.descriptor(),
-             .salida = salidaAjena >= 0 ? salidaAjena : salida.descriptor(),
+             .salida = salidaAjena ? *salidaAjena : salida.descriptor(),
              .errores = erroresAjenos >= 0 ? erroresAjenos : errores.descriptor()},
             {.abrirPuertos = [this](const MapaCom&) { return std::make_unique<Prestados>(puertos); },
              .raices = {carpeta / "dev", carpeta / "sys", carpeta / "proc"},
@@ -116,7 +117,7 @@ class CliPrueba : public testing::Test {
     CarpetaTemporal carpeta;
     InhibidorPrueba inhibidor;
     FlujoEnMemoria entrada;
-    int salidaAjena = -1;
+    std::optional<int> salidaAjena;  // -1: closed when the program started
     int erroresAjenos = -1;
     // A signal some time after the start.
     std::pair<std::chrono::nanoseconds, int> senalTras{0, 0};

@@ -27,9 +27,10 @@ struct Fin {
 constexpr Fin kHecho{CodigoSalida::hecho, ""};
 constexpr Fin kNoHay{CodigoSalida::sinRegistrador, "no hay conexión con el registrador: revise el cable"};
 constexpr Fin kNoResponde{CodigoSalida::sinRegistrador, "el registrador no responde: revise el cable"};
-constexpr Fin kCallado{CodigoSalida::fallo, "el registrador dejó de responder a mitad de la comunicación"};
-constexpr Fin kInesperada{CodigoSalida::fallo, "respuesta inesperada del registrador"};
-constexpr Fin kSobranBytes{CodigoSalida::fallo, "sobran bytes después de un bloque"};
+constexpr Fin kCallado{CodigoSalida::fallo,
+                       "el registrador dejó de responder a mitad de la comunicación: revise el cable"};
+constexpr Fin kInesperada{CodigoSalida::fallo, "respuesta inesperada del registrador. Revise el cable"};
+constexpr Fin kSobranBytes{CodigoSalida::fallo, "sobran bytes después de un bloque. Revise el cable"};
 constexpr Fin kErrorDePuerto{CodigoSalida::fallo, "telvane-cli: "};
 constexpr Fin kOtroNumero{CodigoSalida::fallo, "el registrador tiene ahora el número"};
 constexpr Fin kOtraLectura{CodigoSalida::hecho, "Dos lecturas de la configuración no coinciden"};

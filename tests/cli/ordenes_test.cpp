@@ -6,6 +6,7 @@
 #include "cli_prueba.h"
 #include "data/archivo_base.h"
 #include "live/marco_en_linea.h"
+#include "platform/descriptor.h"
 
 namespace telvane {
 namespace {
@@ -165,6 +166,16 @@ TEST_F(Ordenes, ABusyPortIsToldAsBusyAndNoCableIsBlamed) {
     EXPECT_THAT(ambos.errores, HasSubstr("revise el cable"));
     puertos.rehusar(kPuerto, MotivoPuerto::sinPermiso);
     EXPECT_THAT(correr({"buscar"}).errores, HasSubstr("sin permiso: COM3"));
+}
+
+TEST_F(Ordenes, WhatIsNoSerialPortIsCorrectedAndNoCableIsBlamed) {
+    for (const auto motivo : {MotivoPuerto::noEsTerminal, MotivoPuerto::noExiste}) {
+        puertos.rehusar(kPuerto, motivo);
+        const auto r = correr({"buscar"});
+        EXPECT_EQ(r.codigo, CodigoSalida::sinRegistrador);
+        EXPECT_THAT(r.errores, HasSubstr("no se pudo usar: COM3. Corrija lo que su línea dice"));
+        EXPECT_THAT(r.errores, Not(HasSubstr("cable")));
+    }
 }
 
 TEST_F(Ordenes, TwentyBytesAreNoLogger) {
@@ -404,12 +415,12 @@ TEST_F(Ordenes, PortsForPrograms) {
 // --- streams
 
 TEST_F(Ordenes, AResultThatNobodyTakesIsAFailure) {
-    salidaAjena = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
-    ASSERT_GE(salidaAjena, 0);
+    const Descriptor llena(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+    ASSERT_GE(llena(), 0);
+    salidaAjena = llena();
     const auto r = correr({"buscar"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.errores, HasSubstr("no queda espacio"));
-    ::close(salidaAjena);
 }
 
 }  // namespace

@@ -30,6 +30,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class Programa : public testing::Test {
    protected:
@@ -286,6 +287,7 @@ TEST_F(EnTerminal, TheOwnTerminalIsRefusedAsAPortAndKeepsItsSettings) {
                          TELVANE_CLI, "--com", "1=" + nombre, "buscar"});
         EXPECT_EQ(proceso.terminar(), 3);
         EXPECT_THAT(proceso.errores(), HasSubstr(nombre + " es la terminal de este programa"));
+        EXPECT_THAT(proceso.errores(), Not(HasSubstr("revise el cable")));
     }
     termios despues{};
     ASSERT_EQ(::tcgetattr(maestro, &despues), 0);

@@ -164,7 +164,8 @@ TEST_F(PuertoTcpTest, AConnectionThatBreaksIsGoneAndWakesOnlyOnce) {
         std::string que;
         EXPECT_EQ(motivoAlLeer(*puerto, que), MotivoPuerto::desaparecido);
         EXPECT_EQ(motivoAlLeer(*puerto, que), MotivoPuerto::desaparecido);
-        EXPECT_EQ(que, "se cortó la conexión con " + servidor.direccion().texto());
+        EXPECT_EQ(que, "se cortó la conexión con " + servidor.direccion().texto() +
+                           ": revise la red y el servidor de puertos");
         despertares = 0;
     }
 }

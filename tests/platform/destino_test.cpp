@@ -139,9 +139,10 @@ TEST_F(DestinoDe, UnNombreVedadoSeNiegaEscritoComoSeaYPorUnEnlace) {
 
 TEST_F(DestinoDe, LoQueHaDeSerNuevoNoPuedeEstar) {
     poner("x");
-    EXPECT_EQ(negativa(ruta("x"), {.nuevo = true}), "no se pudo guardar x: ya existe");
+    EXPECT_EQ(negativa(ruta("x"), {.nuevo = true}), "no se pudo guardar x: ya existe. Dé otro nombre");
     fs::create_symlink("x", ruta("enlace"));
-    EXPECT_EQ(negativa(ruta("enlace"), {.nuevo = true}), "no se pudo guardar enlace: ya existe");
+    EXPECT_EQ(negativa(ruta("enlace"), {.nuevo = true}),
+              "no se pudo guardar enlace: ya existe. Dé otro nombre");
     EXPECT_EQ(negativa(ruta("y"), {.nuevo = true}), "");
 }
 
