@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/proceso.h"
 #include "bench/ajustes.h"
 #include "bench/mediana.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/proceso.h"
 
 namespace telvane::bench {
 

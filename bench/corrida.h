@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "apoyo/proceso.h"
+#include "tests/apoyo/proceso.h"
 
 namespace telvane::bench {
 

@@ -8,14 +8,14 @@
 
 #include <QApplication>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/proceso.h"
 #include "app/qt/bucle_qt.h"
 #include "bench/consumo.h"
 #include "bench/ventana_viva.h"
 #include "link/protocolo.h"
 #include "platform/esperas.h"
 #include "platform/reloj.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/proceso.h"
 
 namespace telvane::bench {
 

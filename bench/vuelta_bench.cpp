@@ -20,14 +20,14 @@
 #include <utility>
 #include <vector>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/proceso.h"
 #include "bench/mediana.h"
 #include "bench/ventana_viva.h"
 #include "link/protocolo.h"
 #include "simulator/maquina_registrador.h"
 #include "simulator/memoria_simulada.h"
 #include "simulator/terminal_simulado.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/proceso.h"
 
 namespace telvane::bench {
 

@@ -19,8 +19,6 @@ endif()
 if(TELVANE_SANEADORES)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
-  # For what must know how slow it is: the tests themselves are not instrumented.
-  add_compile_definitions(TELVANE_SANEADO)
 endif()
 if(TELVANE_FUZZ)
   # The fuzzer sees into every layer; only its targets bring its main().

@@ -23,9 +23,10 @@ function(telvane_precompilar objetivo cual)
     target_precompile_headers(${objetivo} REUSE_FROM ${cual})
   endif()
 endfunction()
+set(telvane_cabeceras <algorithm> <array> <chrono> <coroutine> <cstdint> <filesystem> <functional>
+  <map> <memory> <optional> <span> <string> <string_view> <utility> <vector> <fmt/format.h>)
 if(TELVANE_PRECOMPILAR)
-  telvane_precompilado(telvane_precompilado <algorithm> <array> <chrono> <coroutine> <cstdint> <filesystem> <functional>
-    <map> <memory> <optional> <span> <string> <string_view> <utility> <vector> <fmt/format.h>)
+  telvane_precompilado(telvane_precompilado ${telvane_cabeceras})
 endif()
 
 # Of the toolkit only what most of its files include: all of it takes three times as long as they save.
@@ -40,6 +41,7 @@ function(telvane_capa nombre)
   target_link_libraries(telvane_${nombre} PRIVATE telvane_avisos telvane_formato)
   if(NOT CAPA_QT)
     telvane_precompilar(telvane_${nombre} telvane_precompilado)
+    telvane_con_gemela(telvane_${nombre})
   elseif(TELVANE_PRECOMPILAR)
     target_precompile_headers(telvane_${nombre} PRIVATE ${telvane_cabeceras_qt} <functional> <memory> <string> <vector>)
   endif()

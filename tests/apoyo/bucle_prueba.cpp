@@ -1,4 +1,4 @@
-#include "apoyo/bucle_prueba.h"
+#include "tests/apoyo/bucle_prueba.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,14 +1,14 @@
-#include "apoyo/bucle_prueba.h"
+#include "tests/apoyo/bucle_prueba.h"
 
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "apoyo/dialogos_prueba.h"
 #include "gtest/gtest-spi.h"
 #include "platform/esperas.h"
 #include "platform/tarea.h"
+#include "tests/apoyo/dialogos_prueba.h"
 
 namespace telvane {
 namespace {

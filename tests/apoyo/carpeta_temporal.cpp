@@ -1,4 +1,4 @@
-#include "apoyo/carpeta_temporal.h"
+#include "tests/apoyo/carpeta_temporal.h"
 
 #include <stdlib.h>
 

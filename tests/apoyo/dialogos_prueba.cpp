@@ -1,4 +1,4 @@
-#include "apoyo/dialogos_prueba.h"
+#include "tests/apoyo/dialogos_prueba.h"
 
 #include <utility>
 

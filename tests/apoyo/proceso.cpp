@@ -1,4 +1,4 @@
-#include "apoyo/proceso.h"
+#include "tests/apoyo/proceso.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

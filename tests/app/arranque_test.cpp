@@ -1,5 +1,5 @@
 // Start-up, the regional check, the exit button, the clock display.
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

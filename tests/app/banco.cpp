@@ -1,4 +1,4 @@
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 #include <fstream>
 #include <iterator>

@@ -10,13 +10,13 @@
 
 #include <gtest/gtest.h>
 
-#include "apoyo/bucle_prueba.h"
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/dialogos_prueba.h"
-#include "apoyo/inhibidor_prueba.h"
 #include "app/inicio.h"
 #include "regional/module1.h"
 #include "simulator/puertos_simulados.h"
+#include "tests/apoyo/bucle_prueba.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/dialogos_prueba.h"
+#include "tests/apoyo/inhibidor_prueba.h"
 
 namespace telvane {
 

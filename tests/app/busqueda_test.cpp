@@ -1,6 +1,6 @@
 // The search for the logger's port, and what its channel prints.
-#include "app/banco.h"
 #include "link/sucesos.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

@@ -1,7 +1,7 @@
 // The memory download.
 #include <fstream>
 
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

@@ -1,7 +1,7 @@
 // Editing the configuration on the form.
 #include "loggerconfig/edicion.h"
 
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

@@ -1,5 +1,5 @@
 // Live data: the toggle and the polling.
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

@@ -1,8 +1,8 @@
 // Sending the edited configuration.
 #include <fmt/format.h>
 
-#include "app/banco.h"
 #include "loggerconfig/pasos_escritura.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

@@ -1,9 +1,9 @@
 // The CSV export after a download, and the events and spreadsheet export.
 #include <fstream>
 
-#include "app/banco.h"
 #include "data/informe.h"
 #include "platform/cp1252.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

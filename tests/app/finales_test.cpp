@@ -2,7 +2,7 @@
 // each test ends so.
 #include <functional>
 
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

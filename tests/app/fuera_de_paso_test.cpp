@@ -1,11 +1,11 @@
 // A counter that is out of step with the logger: each exchange says so and leaves its channel.
-#include "app/banco.h"
 #include "link/busqueda_puerto.h"
 #include "link/enlace.h"
 #include "loggerconfig/edicion.h"
 #include "loggerconfig/escritura.h"
 #include "loggerconfig/lectura.h"
 #include "loggerconfig/serie.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

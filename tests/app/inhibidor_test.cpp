@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "app/banco.h"
 #include "link/protocolo.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

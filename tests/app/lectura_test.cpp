@@ -1,6 +1,6 @@
 // The configuration read.
-#include "app/banco.h"
 #include "platform/cp1252.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

@@ -1,7 +1,8 @@
 // What a process holds after a day's work is what it held in the morning.
 #include <malloc.h>
 
-#include "app/banco.h"
+#include "tests/apoyo/saneado.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {
@@ -13,9 +14,7 @@ class MemoriaDelProceso : public Banco {
     explicit MemoriaDelProceso(int baudios = kBaudios) : Banco(baudios) {}
 
     void SetUp() override {
-#if defined(TELVANE_SANEADO)
-        GTEST_SKIP() << "the sanitizer's heap is not counted; it finds leaks itself";
-#endif
+        if (saneado()) GTEST_SKIP() << "the sanitizer's heap is not counted; it finds leaks itself";
         conectar();
         dialogos.responderSiempre(Boton::aceptar);
         dialogos.responderArchivoSiempre(std::nullopt);

@@ -9,9 +9,9 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "app/banco.h"
 #include "link/turno.h"
 #include "loggerconfig/pasos_serie.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

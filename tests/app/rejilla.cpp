@@ -1,4 +1,4 @@
-#include "app/rejilla.h"
+#include "tests/app/rejilla.h"
 
 #include <algorithm>
 

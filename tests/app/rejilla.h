@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/banco.h"
-#include "app/rejilla_fallos.h"
+#include "tests/app/banco.h"
+#include "tests/app/rejilla_fallos.h"
 
 namespace telvane {
 

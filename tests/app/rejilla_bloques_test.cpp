@@ -2,15 +2,15 @@
 #include <algorithm>
 #include <optional>
 
-#include "apoyo/bucle_prueba.h"
-#include "apoyo/dialogos_prueba.h"
-#include "app/rejilla_fallos.h"
 #include "app/temporizador.h"
 #include "data/descarga.h"
 #include "link/busqueda_puerto.h"
 #include "platform/vigilia.h"
 #include "simulator/fallo.h"
 #include "simulator/puertos_simulados.h"
+#include "tests/apoyo/bucle_prueba.h"
+#include "tests/apoyo/dialogos_prueba.h"
+#include "tests/app/rejilla_fallos.h"
 
 namespace telvane {
 namespace {

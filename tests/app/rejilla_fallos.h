@@ -12,6 +12,8 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include "tests/apoyo/saneado.h"
+
 namespace telvane {
 
 // What a fault does to the exchange: faults of one kind have one effect at one place.
@@ -54,16 +56,11 @@ inline constexpr std::array<FalloDeRejilla, 13> kFallosDeRejilla = {{
 
 // Every so manieth place is tried: a sanitized program takes ten times as long. The environment may ask for
 // all of them, or for the part (TELVANE_REJILLA=entera, muestra).
-inline std::size_t pasoDeRejilla([[maybe_unused]] std::size_t saneado) {
+inline std::size_t pasoDeRejilla(std::size_t deMuestra) {
     const char* cuanto = std::getenv("TELVANE_REJILLA");
     const std::string_view pedido = cuanto != nullptr ? cuanto : "";
     if (pedido == "entera") return 1;
-    if (pedido == "muestra") return saneado;
-#if defined(TELVANE_SANEADO)
-    return saneado;
-#else
-    return 1;
-#endif
+    return pedido == "muestra" || saneado() ? deMuestra : 1;
 }
 
 // Counts the runs of a test and tells how many they were.

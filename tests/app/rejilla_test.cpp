@@ -1,5 +1,5 @@
 // Every fault at every byte of every exchange but the download's blocks.
-#include "app/rejilla.h"
+#include "tests/app/rejilla.h"
 
 #include <algorithm>
 

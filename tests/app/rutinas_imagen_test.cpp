@@ -1,9 +1,9 @@
 // A memory image handed to the main form byte by byte, and places that no image has.
 #include <gmock/gmock.h>
 
-#include "app/banco.h"
 #include "loggerconfig/datos_config.h"
 #include "simulator/memoria_simulada.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

@@ -1,5 +1,5 @@
 // Writing the serial number.
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

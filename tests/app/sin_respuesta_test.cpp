@@ -1,7 +1,7 @@
 // Exchanges that end without an answer: no port was chosen, the port cannot be had, or the logger is late.
 #include <functional>
 
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

@@ -3,7 +3,7 @@
 #include <functional>
 #include <optional>
 
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

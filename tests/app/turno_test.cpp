@@ -1,7 +1,7 @@
 // The exchange that runs goes first: what the operator does meanwhile waits for its end, or is not begun.
 #include <algorithm>
 
-#include "app/banco.h"
+#include "tests/app/banco.h"
 
 namespace telvane {
 namespace {

@@ -133,6 +133,14 @@ TEST(Arquitectura, HeadersOfTheProjectAreNamedFromItsRoot) {
         for (const auto& inclusion : inclusiones)
             EXPECT_FALSE(producto().contains(carpeta + inclusion)) << archivo << " includes " << inclusion;
     }
+    const auto pruebas = leerFuentes(RAIZ_PROYECTO, kAlrededor);
+    for (const auto& [archivo, inclusiones] : pruebas) {
+        const auto carpeta = archivo.substr(0, archivo.rfind('/') + 1);
+        for (const auto& inclusion : inclusiones) {
+            EXPECT_FALSE(pruebas.contains("tests/" + inclusion)) << archivo << " includes " << inclusion;
+            EXPECT_FALSE(pruebas.contains(carpeta + inclusion)) << archivo << " includes " << inclusion;
+        }
+    }
 }
 
 TEST(Arquitectura, OnlyTheWindowIncludesTheToolkit) {

@@ -20,8 +20,8 @@
 #include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
-#include "lineas.h"
 #include "link/protocolo.h"
+#include "tests/caza/lineas.h"
 
 namespace telvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "lineas.h"
+#include "tests/caza/lineas.h"
 
 #include <array>
 #include <map>

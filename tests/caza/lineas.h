@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "mundo.h"
+#include "tests/caza/mundo.h"
 
 namespace telvane {
 

@@ -1,4 +1,4 @@
-#include "mundo.h"
+#include "tests/caza/mundo.h"
 
 #include <array>
 #include <csignal>

@@ -8,9 +8,9 @@
 
 #include <fmt/format.h>
 
-#include "apoyo/disco_chico.h"
-#include "cli_prueba.h"
 #include "data/archivo_base.h"
+#include "tests/apoyo/disco_chico.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

@@ -20,12 +20,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apoyo/bucle_prueba.h"
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/inhibidor_prueba.h"
 #include "cli/aplicacion.h"
 #include "consola/codigos_salida.h"
 #include "simulator/puertos_simulados.h"
+#include "tests/apoyo/bucle_prueba.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/inhibidor_prueba.h"
 #include "tests/apoyo/leer_todo.h"
 
 namespace telvane {

@@ -3,10 +3,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli_prueba.h"
 #include "data/conversion.h"
 #include "data/informe.h"
 #include "platform/bucle_posix.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

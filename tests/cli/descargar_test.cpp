@@ -4,8 +4,8 @@
 #include <sys/file.h>
 
 #include "cli/descarga_cli.h"
-#include "cli_prueba.h"
 #include "data/conversion.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

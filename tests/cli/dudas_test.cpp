@@ -7,8 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli_prueba.h"
 #include "live/marco_en_linea.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

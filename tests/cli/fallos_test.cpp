@@ -4,13 +4,13 @@
 #include <regex>
 #include <span>
 
-#include "app/rejilla_fallos.h"
-#include "cli_prueba.h"
 #include "live/marco_en_linea.h"
 #include "platform/cp1252.h"
 #include "platform/texto_visible.h"
 #include "regional/formatos.h"
 #include "simulator/fallo.h"
+#include "tests/app/rejilla_fallos.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

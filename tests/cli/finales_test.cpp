@@ -1,8 +1,8 @@
 // A signal at any moment of any command: it ends at once, says so, and keeps what came.
 #include <csignal>
 
-#include "cli_prueba.h"
 #include "data/memoria.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

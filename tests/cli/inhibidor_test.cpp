@@ -1,7 +1,7 @@
 // The machine stays awake while the console tool downloads, and may sleep again however that ends.
 #include <csignal>
 
-#include "cli_prueba.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

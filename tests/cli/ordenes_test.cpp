@@ -3,10 +3,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli_prueba.h"
 #include "data/archivo_base.h"
 #include "live/marco_en_linea.h"
 #include "platform/descriptor.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

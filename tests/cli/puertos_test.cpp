@@ -2,7 +2,7 @@
 #include <pty.h>
 #include <sys/stat.h>
 
-#include "cli_prueba.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

@@ -1,5 +1,5 @@
 // The console tool waits on a clock that nobody sets: what the one on the wall does changes nothing.
-#include "cli_prueba.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

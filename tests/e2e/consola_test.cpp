@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apoyo/proceso.h"
+#include "tests/apoyo/proceso.h"
 #include "tests/e2e/datos_guardados.h"
 #include "tests/e2e/registrador_simulado.h"
 

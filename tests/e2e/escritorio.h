@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "apoyo/proceso.h"
+#include "tests/apoyo/proceso.h"
 #include "tests/e2e/registrador_simulado.h"
 
 namespace telvane {

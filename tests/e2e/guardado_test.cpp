@@ -10,8 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/proceso.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/proceso.h"
 #include "tests/e2e/datos_guardados.h"
 #include "tests/e2e/llamadas.h"
 

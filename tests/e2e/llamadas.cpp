@@ -4,8 +4,8 @@
 #include <map>
 #include <stdexcept>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/proceso.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/proceso.h"
 
 namespace telvane {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/proceso.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/proceso.h"
 
 namespace telvane {
 

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "apoyo/proceso.h"
+#include "tests/apoyo/proceso.h"
 #include "tests/e2e/accesible.h"
 #include "tests/e2e/escritorio.h"
 #include "tests/e2e/registrador_simulado.h"

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apoyo/proceso.h"
+#include "tests/apoyo/proceso.h"
 #include "tests/e2e/accesible.h"
 #include "tests/e2e/datos_guardados.h"
 #include "tests/e2e/escritorio.h"

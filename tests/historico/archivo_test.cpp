@@ -5,7 +5,7 @@
 
 #include <rapidcheck.h>
 
-#include "banco_historico.h"
+#include "tests/historico/banco_historico.h"
 
 namespace telvane {
 namespace {

@@ -8,14 +8,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apoyo/carpeta_temporal.h"
 #include "historico/almacen_postgres.h"
 #include "historico/almacen_sqlite.h"
 #include "historico/archivo.h"
 #include "historico/lectura.h"
-#include "imagen_prueba.h"
-#include "oraculo.h"
-#include "servidor_postgres.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/historico/imagen_prueba.h"
+#include "tests/historico/oraculo.h"
+#include "tests/historico/servidor_postgres.h"
 
 namespace telvane {
 

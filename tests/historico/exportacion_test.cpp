@@ -5,9 +5,9 @@
 
 #include <rapidcheck.h>
 
-#include "banco_historico.h"
 #include "data/conversion.h"
 #include "historico/exportacion_archivo.h"
+#include "tests/historico/banco_historico.h"
 
 namespace telvane {
 namespace {

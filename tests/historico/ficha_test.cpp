@@ -3,7 +3,7 @@
 
 #include <fstream>
 
-#include "banco_historico.h"
+#include "tests/historico/banco_historico.h"
 
 namespace telvane {
 namespace {

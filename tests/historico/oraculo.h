@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "historico/imagen.h"
-#include "imagen_prueba.h"
+#include "tests/historico/imagen_prueba.h"
 
 namespace telvane {
 

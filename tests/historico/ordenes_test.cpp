@@ -7,11 +7,11 @@
 
 #include <fstream>
 
-#include "apoyo/bucle_prueba.h"
-#include "banco_historico.h"
 #include "historico/aplicacion.h"
 #include "historico/contrasena.h"
 #include "historico/sqlite.h"
+#include "tests/apoyo/bucle_prueba.h"
+#include "tests/historico/banco_historico.h"
 
 namespace telvane {
 namespace {

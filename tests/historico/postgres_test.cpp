@@ -1,6 +1,6 @@
 // A server that goes away, refuses, or is not there.
-#include "banco_historico.h"
 #include "historico/biblioteca_postgres.h"
+#include "tests/historico/banco_historico.h"
 
 namespace telvane {
 namespace {

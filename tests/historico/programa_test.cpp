@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/proceso.h"
-#include "imagen_prueba.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/proceso.h"
+#include "tests/historico/imagen_prueba.h"
 
 namespace telvane {
 namespace {

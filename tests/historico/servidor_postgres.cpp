@@ -1,4 +1,4 @@
-#include "servidor_postgres.h"
+#include "tests/historico/servidor_postgres.h"
 
 #include <libpq-fe.h>
 #include <pwd.h>

@@ -1,11 +1,11 @@
 // The view that others query says what the decoder says, for every raw value.
 #include <cmath>
 
-#include "banco_historico.h"
 #include "data/columnas.h"
 #include "data/medidas.h"
 #include "historico/postgres.h"
 #include "historico/sqlite.h"
+#include "tests/historico/banco_historico.h"
 
 namespace telvane {
 namespace {

@@ -8,9 +8,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/proceso.h"
 #include "simulator/memoria_simulada.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/proceso.h"
 
 namespace telvane {
 namespace {

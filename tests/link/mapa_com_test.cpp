@@ -13,8 +13,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apoyo/carpeta_temporal.h"
-#include "pty_prueba.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/link/pty_prueba.h"
 
 namespace telvane {
 namespace {

@@ -11,7 +11,7 @@
 #include "link/mapa_com.h"
 #include "link/puerto_termios.h"
 #include "platform/bucle_posix.h"
-#include "servidor_prueba.h"
+#include "tests/link/servidor_prueba.h"
 
 namespace telvane {
 namespace {

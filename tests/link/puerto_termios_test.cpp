@@ -17,7 +17,7 @@
 
 #include "link/mscomm.h"
 #include "platform/bucle_posix.h"
-#include "pty_prueba.h"
+#include "tests/link/pty_prueba.h"
 
 namespace telvane {
 namespace {

@@ -12,7 +12,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "apoyo/carpeta_temporal.h"
+#include "tests/apoyo/carpeta_temporal.h"
 
 namespace telvane {
 

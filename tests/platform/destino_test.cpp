@@ -18,9 +18,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/disco_chico.h"
 #include "platform/guardado.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/disco_chico.h"
 
 namespace telvane {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "apoyo/bucle_prueba.h"
+#include "tests/apoyo/bucle_prueba.h"
 
 namespace telvane {
 namespace {

@@ -13,8 +13,8 @@
 
 #include <gtest/gtest.h>
 
-#include "apoyo/carpeta_temporal.h"
-#include "apoyo/disco_chico.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/disco_chico.h"
 
 namespace telvane {
 namespace {

@@ -8,15 +8,13 @@
 
 #include <gtest/gtest.h>
 
-#include "apoyo/carpeta_temporal.h"
 #include "regional/module1.h"
+#include "tests/apoyo/carpeta_temporal.h"
 
-#if defined(TELVANE_SANEADO)
 // The C library keeps what it makes of LOCPATH each time a locale is looked for there.
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:argz_add_sep";
 }
-#endif
 
 namespace telvane {
 namespace {

@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "simulator/cliente.h"
+#include "tests/simulator/cliente.h"
 
 namespace telvane {
 namespace {

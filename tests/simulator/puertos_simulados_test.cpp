@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "apoyo/bucle_prueba.h"
+#include "tests/apoyo/bucle_prueba.h"
 
 namespace telvane {
 namespace {

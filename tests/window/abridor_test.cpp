@@ -8,8 +8,8 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-#include "apoyo/carpeta_temporal.h"
 #include "app/qt/bucle_qt.h"
+#include "tests/apoyo/carpeta_temporal.h"
 
 namespace telvane {
 namespace {

@@ -15,7 +15,7 @@
 
 #include "app/qt/bucle_qt.h"
 #include "data/informe.h"
-#include "window/ventana_prueba.h"
+#include "tests/window/ventana_prueba.h"
 
 namespace telvane {
 namespace {

@@ -8,11 +8,11 @@
 #include <QScreen>
 #include <QScrollArea>
 
+#include "tests/window/ventana_prueba.h"
 #include "ui/qt/fila_partible.h"
 #include "ui/qt/letras.h"
 #include "ui/qt/medida_pantalla.h"
 #include "ui/qt/ventana_coef.h"
-#include "window/ventana_prueba.h"
 
 namespace telvane {
 namespace {

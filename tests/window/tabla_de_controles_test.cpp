@@ -11,8 +11,8 @@
 #include <QRadioButton>
 #include <QTabWidget>
 
+#include "tests/window/ventana_prueba.h"
 #include "ui/qt/vista_lineas.h"
-#include "window/ventana_prueba.h"
 
 namespace telvane {
 namespace {

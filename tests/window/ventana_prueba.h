@@ -9,7 +9,7 @@
 #include <QApplication>
 #include <QTest>
 
-#include "app/banco.h"
+#include "tests/app/banco.h"
 #include "ui/qt/ventana_inicio.h"
 
 namespace telvane {

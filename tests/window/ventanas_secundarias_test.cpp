@@ -4,11 +4,11 @@
 #include <QProgressBar>
 #include <QPushButton>
 
+#include "tests/window/ventana_prueba.h"
 #include "ui/qt/aparicion.h"
 #include "ui/qt/dialogo_progress.h"
 #include "ui/qt/ventana_coef.h"
 #include "ui/qt/ventana_presenta.h"
-#include "window/ventana_prueba.h"
 
 namespace telvane {
 namespace {

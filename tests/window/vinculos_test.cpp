@@ -9,10 +9,10 @@
 #include <QRadioButton>
 #include <gmock/gmock.h>
 
+#include "tests/window/ventana_prueba.h"
 #include "ui/qt/campo_linea.h"
 #include "ui/qt/vista_lineas.h"
 #include "ui/teclas.h"
-#include "window/ventana_prueba.h"
 
 namespace telvane {
 namespace {
