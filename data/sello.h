@@ -108,7 +108,10 @@ constexpr bool borrado(BytesMuestraConst r) {
 // not.
 inline Fecha fecha(BytesMuestraConst r) {
     using namespace registro_muestra;
-    return fechaConAcarreo(2000 + valor(r[kAnio]), valor(r[kMes]), valor(r[kDia]));
+    const Fecha dicha{2000 + valor(r[kAnio]), valor(r[kMes]), valor(r[kDia])};
+    if (fechaReal(r)) [[likely]]
+        return dicha;
+    return fechaConAcarreo(dicha.anio, dicha.mes, dicha.dia);
 }
 inline Hora hora(BytesMuestraConst r) {
     return {valor(r[0]) % kHorasDelDia, valor(r[1]), valor(r[2])};

@@ -125,6 +125,8 @@ class Almacen {
     virtual std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) = 0;
     // Partial images that no whole one contains.
     virtual std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) = 0;
+    // Those that are packed against no other one.
+    virtual std::vector<Huella> imagenesSolas(IdEstacion estacion) = 0;
     virtual std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) = 0;
     virtual void agregarImagen(IdEstacion estacion, const FichaImagen& ficha,
                                const ImagenGuardada& imagen) = 0;
@@ -139,6 +141,8 @@ class Almacen {
     // In their order, desde and hasta included.
     using AlLeerFila = std::function<void(const Fila&)>;
     virtual void filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) = 0;
+    // How many there are.
+    virtual std::int64_t contarFilas(IdEstacion estacion, Instante desde, Instante hasta) = 0;
     // Distinct stamps next to one, in order.
     virtual std::vector<Instante> sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) = 0;
     virtual std::vector<Instante> sellosDespues(IdEstacion estacion, Instante de, std::size_t cuantos) = 0;

@@ -267,6 +267,14 @@ std::optional<FichaImagen> AlmacenPostgres::ficha(IdEstacion estacion, const Hue
     return lista.empty() ? std::nullopt : std::optional(std::move(lista.front()));
 }
 
+std::vector<Huella> AlmacenPostgres::imagenesSolas(IdEstacion estacion) {
+    const auto r = base_.consultar("SELECT huella FROM telvane.contenidos WHERE estacion=$1 AND base IS NULL",
+                                   Parametros().entero(estacion));
+    std::vector<Huella> lista;
+    for (int i = 0; i < r.filas(); ++i) lista.push_back(arregloEn<32>(r, i, 0));
+    return lista;
+}
+
 std::optional<ImagenGuardada> AlmacenPostgres::imagen(IdEstacion estacion, const Huella& huella) {
     const auto r = base_.consultar(
         "SELECT i.bytes::bigint,c.base,c.profundidad::bigint,c.datos FROM telvane.imagenes i JOIN "
@@ -386,6 +394,15 @@ void AlmacenPostgres::filas(IdEstacion estacion, Instante desde, Instante hasta,
         }
         largo = registro.size();
     }
+}
+
+std::int64_t AlmacenPostgres::contarFilas(IdEstacion estacion, Instante desde, Instante hasta) {
+    static const std::string kSql =
+        fmt::format("SELECT count(*) FROM telvane.muestras WHERE estacion=$1 AND hora BETWEEN {} AND {}",
+                    sinZona(2), sinZona(3));
+    return base_
+        .consultar(kSql, Parametros().entero(estacion).entero(segundosDe(desde)).entero(segundosDe(hasta)))
+        .entero(0, 0);
 }
 
 std::vector<Instante> AlmacenPostgres::sellos(const std::string& sql, const Parametros& parametros) {

@@ -33,6 +33,7 @@ class AlmacenPostgres final : public Almacen {
     std::vector<FichaImagen> fichas(IdEstacion estacion) override;
     std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) override;
     std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
+    std::vector<Huella> imagenesSolas(IdEstacion estacion) override;
     std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) override;
     void agregarImagen(IdEstacion estacion, const FichaImagen& ficha, const ImagenGuardada& imagen) override;
     Descargas descargas(IdEstacion estacion) override;
@@ -40,6 +41,7 @@ class AlmacenPostgres final : public Almacen {
     void guardarDescarga(IdEstacion estacion, const Huella& imagen, const FichaDescarga& ficha) override;
     void marcarContenida(IdEstacion estacion, const Huella& huella, bool contenida) override;
     void filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) override;
+    std::int64_t contarFilas(IdEstacion estacion, Instante desde, Instante hasta) override;
     std::vector<Instante> sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) override;
     std::vector<Instante> sellosDespues(IdEstacion estacion, Instante de, std::size_t cuantos) override;
     void agregarFilas(IdEstacion estacion, std::span<const Fila> filas) override;

@@ -337,6 +337,13 @@ std::optional<FichaImagen> AlmacenSqlite::ficha(IdEstacion estacion, const Huell
     return lista.empty() ? std::nullopt : std::optional(std::move(lista.front()));
 }
 
+std::vector<Huella> AlmacenSqlite::imagenesSolas(IdEstacion estacion) {
+    std::vector<Huella> lista;
+    auto& s = sentencia("SELECT huella FROM contenidos WHERE estacion=?1 AND base IS NULL");
+    s.poner(1, estacion).correr([&] { lista.push_back(huellaEn(s, 0)); });
+    return lista;
+}
+
 std::optional<ImagenGuardada> AlmacenSqlite::imagen(IdEstacion estacion, const Huella& huella) {
     std::optional<ImagenGuardada> hallada;
     auto& s = sentencia(
@@ -439,6 +446,14 @@ void AlmacenSqlite::filas(IdEstacion estacion, Instante desde, Instante hasta, c
         const auto instante = instanteDeSegundos(s.entero(0));
         alLeer({instante, registroEn(s, 2, instante), s.entero(1) != 0});
     }
+}
+
+std::int64_t AlmacenSqlite::contarFilas(IdEstacion estacion, Instante desde, Instante hasta) {
+    std::int64_t cuantas = 0;
+    auto& s = sentencia("SELECT count(*) FROM muestras WHERE estacion=?1 AND hora BETWEEN ?2 AND ?3");
+    s.poner(1, estacion).poner(2, segundosDe(desde)).poner(3, segundosDe(hasta));
+    s.correr([&] { cuantas = s.entero(0); });
+    return cuantas;
 }
 
 std::vector<Instante> AlmacenSqlite::sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) {

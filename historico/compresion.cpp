@@ -16,7 +16,6 @@ constexpr int kVentana = 20;
 
 struct Soltar {
     void operator()(ZSTD_CCtx* contexto) const { ZSTD_freeCCtx(contexto); }
-    void operator()(ZSTD_DCtx* contexto) const { ZSTD_freeDCtx(contexto); }
 };
 
 void exigir(std::size_t resultado) {
@@ -41,17 +40,19 @@ std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes, std::sp
     return datos;
 }
 
-std::vector<std::uint8_t> descomprimir(std::span<const std::uint8_t> datos, std::size_t bytes,
-                                       std::span<const std::uint8_t> base) {
-    const std::unique_ptr<ZSTD_DCtx, Soltar> contexto(ZSTD_createDCtx());
-    if (!contexto) throw std::bad_alloc();
-    if (!base.empty()) exigir(ZSTD_DCtx_refPrefix(contexto.get(), base.data(), base.size()));
-    std::vector<std::uint8_t> salida(bytes);
+Descompresor::Descompresor() : contexto_(ZSTD_createDCtx()) {
+    if (!contexto_) throw std::bad_alloc();
+}
+void Descompresor::Soltar::operator()(ZSTD_DCtx_s* contexto) const {
+    ZSTD_freeDCtx(contexto);
+}
+void Descompresor::abrir(std::span<const std::uint8_t> datos, std::span<const std::uint8_t> base,
+                         std::span<std::uint8_t> salida) {
+    exigir(ZSTD_DCtx_refPrefix(contexto_.get(), base.data(), base.size()));
     const auto largo =
-        ZSTD_decompressDCtx(contexto.get(), salida.data(), salida.size(), datos.data(), datos.size());
+        ZSTD_decompressDCtx(contexto_.get(), salida.data(), salida.size(), datos.data(), datos.size());
     exigir(largo);
-    if (largo != bytes) throw ErrorCompresion("no se puede descomprimir");
-    return salida;
+    if (largo != salida.size()) throw ErrorCompresion("no se puede descomprimir");
 }
 
 }  // namespace telvane

@@ -3,9 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <stdexcept>
 #include <vector>
+
+struct ZSTD_DCtx_s;
 
 namespace telvane {
 
@@ -18,8 +21,20 @@ class ErrorCompresion : public std::runtime_error {
 // base: what the unpacking will have at hand; empty: nothing.
 std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes,
                                     std::span<const std::uint8_t> base = {});
-// bytes: how many come out. base: the same that was given to the packing. Throws ErrorCompresion.
-std::vector<std::uint8_t> descomprimir(std::span<const std::uint8_t> datos, std::size_t bytes,
-                                       std::span<const std::uint8_t> base = {});
+
+// For one image after the other.
+class Descompresor {
+   public:
+    Descompresor();
+    // Fills salida. base: the same that was given to the packing. Throws ErrorCompresion.
+    void abrir(std::span<const std::uint8_t> datos, std::span<const std::uint8_t> base,
+               std::span<std::uint8_t> salida);
+
+   private:
+    struct Soltar {
+        void operator()(ZSTD_DCtx_s* contexto) const;
+    };
+    std::unique_ptr<ZSTD_DCtx_s, Soltar> contexto_;
+};
 
 }  // namespace telvane

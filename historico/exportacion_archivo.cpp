@@ -6,6 +6,7 @@
 #include "calidad/marcador.h"
 #include "data/informe.h"
 #include "data/linea_muestra.h"
+#include "historico/relevo.h"
 #include "loggerconfig/datos_config.h"
 #include "platform/cp1252.h"
 #include "ui/textos.h"
@@ -88,6 +89,14 @@ bool esta(const Periodo& periodo, Instante instante) {
     return (!periodo.desde || instante >= *periodo.desde) && (!periodo.hasta || instante < *periodo.hasta);
 }
 
+// One thread reads while another one writes.
+void recorrerDeAparte(Lectura& lectura, const EstacionGuardada& estacion, const Periodo& periodo,
+                      Cuales cuales, const Lectura::AlLeerMuestra& alLeer) {
+    Relevo<MuestraArchivada> relevo(alLeer);
+    lectura.recorrer(estacion, periodo, cuales, [&](const MuestraArchivada& m) { relevo.dar(m); });
+    relevo.terminar();
+}
+
 // The marks of a sample follow from what surrounds it, so that all of the station's are looked at.
 void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
                         Tablero& tablero) {
@@ -98,7 +107,7 @@ void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, cons
         }
         enCola.pop_front();
     });
-    lectura.recorrer(estacion, {}, peticion.cuales, [&](const MuestraArchivada& m) {
+    recorrerDeAparte(lectura, estacion, {}, peticion.cuales, [&](const MuestraArchivada& m) {
         enCola.push_back(m.registro);
         marcador.agregar({m.instante, medidas(m.registro), m.conflicto});
     });
@@ -114,7 +123,7 @@ void escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const Pet
     if (peticion.calidad) {
         escribirConCalidad(lectura, estacion, peticion, tablero);
     } else {
-        lectura.recorrer(estacion, peticion.periodo, peticion.cuales,
+        recorrerDeAparte(lectura, estacion, peticion.periodo, peticion.cuales,
                          [&](const MuestraArchivada& m) { tablero.muestra(m.registro); });
     }
     tablero.texto(peticion.tabla == Tabla::jsonl ? "" : textos::kFinLinea);

@@ -33,7 +33,9 @@ bool igualesEn(BytesImagen una, BytesImagen otra, std::size_t ranura) {
                        kBytesRegistro) == 0;
 }
 
+// A memory that is full goes on at its beginning: two rising runs.
 void ordenar(std::vector<Fila>& filas) {
+    std::rotate(filas.begin(), std::is_sorted_until(filas.begin(), filas.end()), filas.end());
     if (!std::is_sorted(filas.begin(), filas.end())) std::sort(filas.begin(), filas.end());
     const auto fin = std::unique(filas.begin(), filas.end(),
                                  [](const Fila& una, const Fila& otra) { return una.esLaMisma(otra); });
@@ -135,6 +137,7 @@ std::vector<Fila> filasQueNoEstanEn(BytesImagen imagen, BytesImagen otra) {
     std::vector<Fila> filas;
     const auto comunes = ranurasComunes(imagen, otra);
     const auto hasta = ranurasComunes(imagen, imagen);
+    if (comunes == 0) filas.reserve(hasta);
     for (std::size_t ranura = kPrimeraRanura; ranura < hasta; ++ranura) {
         if (ranura < comunes && igualesEn(imagen, otra, ranura)) continue;
         const auto registro = enRanura(imagen, ranura);

@@ -5,8 +5,6 @@
 
 #include <fmt/format.h>
 
-#include "historico/compresion.h"
-
 namespace telvane {
 
 const Imagenes::Abierta* Imagenes::buscar(const Huella& huella) {
@@ -20,7 +18,10 @@ const Imagenes::Abierta* Imagenes::buscar(const Huella& huella) {
 const Imagenes::Abierta& Imagenes::recordar(const Huella& huella, std::vector<std::uint8_t> bytes) {
     constexpr std::size_t kAbiertas = 4;
     abiertas_.push_front({huella, std::move(bytes)});
-    if (abiertas_.size() > kAbiertas) abiertas_.pop_back();
+    if (abiertas_.size() > kAbiertas) {
+        libre_ = std::move(abiertas_.back().bytes);
+        abiertas_.pop_back();
+    }
     return abiertas_.front();
 }
 
@@ -48,7 +49,9 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
         const auto& [cual, guardada] = pila.back();
         try {
             const auto base = guardada.base ? BytesImagen(abierta->bytes) : BytesImagen{};
-            auto bytes = descomprimir(guardada.datos, guardada.bytes, base);
+            auto bytes = std::exchange(libre_, {});
+            bytes.resize(guardada.bytes);
+            descompresor_.abrir(guardada.datos, base, bytes);
             if (huellaDe(bytes) != cual) throw danada("su SHA-256 no es el suyo");
             abierta = &recordar(cual, std::move(bytes));
         } catch (const ErrorCompresion& error) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "historico/almacen.h"
+#include "historico/compresion.h"
 
 namespace telvane {
 
@@ -36,6 +37,8 @@ class Imagenes {
     Almacen& almacen_;
     IdEstacion estacion_;
     std::list<Abierta> abiertas_;  // the last one used first
+    std::vector<std::uint8_t> libre_;
+    Descompresor descompresor_;
 };
 
 }  // namespace telvane

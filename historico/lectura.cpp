@@ -4,6 +4,7 @@
 
 #include "historico/archivo.h"
 #include "historico/imagenes.h"
+#include "historico/recorrido_filas.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
 
@@ -43,10 +44,19 @@ void Lectura::recorrer(const EstacionGuardada& estacion, const Periodo& periodo,
     };
     const auto desde = periodo.desde.value_or(kPrimerMomento);
     const auto hasta = periodo.hasta ? *periodo.hasta - std::chrono::seconds(1) : kUltimoMomento;
-    almacen_.filas(estacion.id, desde, hasta, [&](const Fila& fila) {
+    const auto alLeerFila = [&](const Fila& fila) {
         if (!delSello.empty() && delSello.front().instante != fila.instante) soltar();
         delSello.push_back(fila);
-    });
+    };
+    if (convienenImagenes(estacion, desde, hasta)) {
+        const auto alLeerUnica = [&](const Fila& fila) {
+            soltar();
+            alLeer({fila.instante, fila.registro, false});
+        };
+        recorrerFilas(almacen_, estacion, desde, hasta, {.unica = alLeerUnica, .fila = alLeerFila});
+    } else {
+        almacen_.filas(estacion.id, desde, hasta, alLeerFila);
+    }
     soltar();
 }
 

@@ -23,7 +23,7 @@ class Relevo {
     Relevo& operator=(const Relevo&) = delete;
     ~Relevo() { cerrar(); }
 
-    // Waits while too much has not been taken yet.
+    // Waits while too much has not been taken yet; throws what taking it has thrown.
     void dar(const T& uno) {
         lote_.push_back(uno);
         if (lote_.size() == kLote) entregar();
@@ -42,6 +42,7 @@ class Relevo {
     void entregar() {
         std::unique_lock cerrojo(turno_);
         cambio_.wait(cerrojo, [this] { return camino_.size() < kLotesEnCamino; });
+        if (error_) std::rethrow_exception(std::exchange(error_, nullptr));
         camino_.push_back(std::exchange(lote_, {}));
         lote_.reserve(kLote);
         cambio_.notify_all();
@@ -58,7 +59,7 @@ class Relevo {
     }
 
     void recibir() {
-        for (;;) {
+        for (bool fallo = false;;) {
             std::vector<T> lote;
             {
                 std::unique_lock cerrojo(turno_);
@@ -68,10 +69,12 @@ class Relevo {
                 camino_.pop_front();
             }
             cambio_.notify_all();
-            if (error_) continue;
+            if (fallo) continue;
             try {
                 for (const auto& uno : lote) alRecibir_(uno);
             } catch (...) {
+                fallo = true;
+                const std::scoped_lock cerrojo(turno_);
                 error_ = std::current_exception();
             }
         }

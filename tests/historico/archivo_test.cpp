@@ -5,6 +5,7 @@
 
 #include <rapidcheck.h>
 
+#include "historico/recorrido_filas.h"
 #include "tests/historico/banco_historico.h"
 
 namespace telvane {
@@ -229,6 +230,21 @@ void tomar(Archivo& archivo, Almacen& otro, const std::vector<std::uint8_t>& ima
     archivo.copiarDe(ajeno, std::nullopt, [] {});
 }
 
+// What the rows say, and what is told in their place.
+std::vector<std::pair<Instante, BytesMuestra>> filasDe(Almacen& almacen, Instante desde, Instante hasta) {
+    std::vector<std::pair<Instante, BytesMuestra>> filas;
+    almacen.filas(almacen.estacion("02080050")->id, desde, hasta,
+                  [&](const Fila& f) { filas.emplace_back(f.instante, f.registro); });
+    return filas;
+}
+std::vector<std::pair<Instante, BytesMuestra>> recorrido(Almacen& almacen, Instante desde, Instante hasta) {
+    std::vector<std::pair<Instante, BytesMuestra>> filas;
+    const auto agregar = [&](const Fila& f) { filas.emplace_back(f.instante, f.registro); };
+    recorrerFilas(almacen, almacen.estacion("02080050").value(), desde, hasta,
+                  {.unica = agregar, .fila = agregar});
+    return filas;
+}
+
 class ArchivoAlAzar : public testing::TestWithParam<Banco> {
    protected:
     Almacenes almacenes{GetParam()};
@@ -247,6 +263,9 @@ TEST_P(ArchivoAlAzar, HoldsWhatTheImagesDemand) {
         }
         exigirComoElOraculo(*almacen, "02080050", {imagenes.begin(), imagenes.end()});
         const auto antes = retrato(*almacen);
+        const auto desde = kInicio + std::chrono::minutes(*rc::gen::inRange(-10, 400));
+        const auto hasta = desde + std::chrono::minutes(*rc::gen::inRange(0, 1000));
+        RC_ASSERT(recorrido(*almacen, desde, hasta) == filasDe(*almacen, desde, hasta));
         archivo.rehacer([] {});
         RC_ASSERT(retrato(*almacen) == antes);
     }));

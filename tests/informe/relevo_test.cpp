@@ -25,8 +25,16 @@ TEST(Relevo, AFailureOverThereIsHeardOfHere) {
     Relevo<int> relevo([](int uno) {
         if (uno == 5'000) throw std::runtime_error("no");
     });
-    for (int i = 0; i < 100'000; ++i) relevo.dar(i);
+    for (int i = 0; i < 8'000; ++i) relevo.dar(i);
     EXPECT_THROW(relevo.terminar(), std::runtime_error);
+}
+
+TEST(Relevo, AFailureOverThereEndsTheGiving) {
+    Relevo<int> relevo([](int) { throw std::runtime_error("no"); });
+    const auto sinFin = [&] {
+        for (;;) relevo.dar(0);
+    };
+    EXPECT_THROW(sinFin(), std::runtime_error);
 }
 
 TEST(Relevo, WhoeverGivesUpLeavesNoThreadBehind) {
