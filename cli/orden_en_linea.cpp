@@ -5,9 +5,12 @@
 #include <string>
 
 #include "cli/argumentos.h"
+#include "cli/descubrimiento.h"
+#include "cli/lectura_firme.h"
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
 #include "cli/textos_cli.h"
+#include "consola/codigos_salida.h"
 
 namespace telvane {
 
@@ -17,10 +20,25 @@ struct Opciones {
     std::string cuenta;
     std::string cada = "1";
     bool json = false;
+    bool descubrimiento = false;
 };
+
+// A broker keeps what it says: of one damaged byte there would be a second station for ever.
+void mostrarDescubrimiento(ContextoCli& contexto) {
+    SesionCli sesion(contexto.entorno, contexto.consola, contexto.com);
+    sesion.buscar();
+    const auto lectura = leerFirme(sesion.registrador(), contexto.consola, contexto.entorno.reloj, false);
+    contexto.consola.resultado(descubrimientoJson(lectura.datos));
+}
 
 void mostrarEnLinea(ContextoCli& contexto, const Opciones& opciones) {
     contexto.consola.exigirSalida();
+    if (opciones.descubrimiento) {
+        if (!opciones.cuenta.empty())
+            throw ErrorCli(CodigoSalida::malUso, "--descubrimiento no lee nada: quite --cuenta");
+        mostrarDescubrimiento(contexto);
+        return;
+    }
     SesionCli sesion(contexto.entorno, contexto.consola, contexto.com);
     sesion.buscar();
     RegistradorCli::EnLinea enLinea(sesion.registrador());
@@ -52,6 +70,8 @@ void declararEnLinea(Argumentos& argumentos, ContextoCli& contexto) {
                                   .ayuda = "Segundos entre lecturas; 1 si falta",
                                   .comprobar = motivoSegundos});
     orden.bandera(opciones->json, "--json", "Un objeto JSON por línea");
+    orden.bandera(opciones->descubrimiento, "--descubrimiento",
+                  "En lugar de lecturas, qué sensores hay, para MQTT: un objeto JSON por línea");
     orden.alElegir([&contexto, opciones] {
         contexto.orden = [&contexto, opciones] { mostrarEnLinea(contexto, *opciones); };
     });

@@ -1,0 +1,103 @@
+// What home automation is told of the sensors: each line parsed as whoever subscribes does.
+#include "cli/descubrimiento.h"
+
+#include <set>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "cli_prueba.h"
+
+namespace telvane {
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+std::vector<json> objetos(const std::string& texto) {
+    std::vector<json> lista;
+    std::istringstream lineas(texto);
+    for (std::string linea; std::getline(lineas, linea);) lista.push_back(json::parse(linea));
+    return lista;
+}
+
+DatosConfig datosDe(const std::string& serie, const std::string& ubicacion) {
+    DatosConfig datos;
+    datos.Nserie = serie;
+    datos[CampoTexto::ubicacion] = ubicacion;
+    return datos;
+}
+
+class Descubrimiento : public CliPrueba {};
+
+TEST_F(Descubrimiento, EachSensorIsOneLineThatNamesAMemberOfTheReadings) {
+    const auto r = correr({"en-linea", "--descubrimiento"});
+    ASSERT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_FALSE(puertos.abierto(kPuerto));
+    const auto lectura = json::parse(correr({"en-linea", "--cuenta", "1", "--json"}).salida);
+    std::set<std::string> ids;
+    for (const auto& sensor : objetos(r.salida)) {
+        SCOPED_TRACE(sensor.dump());
+        EXPECT_THAT(sensor["unique_id"].get<std::string>(), MatchesRegex("telvane_02080050_[a-z_]+"));
+        ids.insert(sensor["unique_id"]);
+        EXPECT_EQ(sensor["state_topic"], "telvane/02080050/lecturas");
+        EXPECT_EQ(sensor["device"]["identifiers"], json({"telvane_02080050"}));
+        EXPECT_TRUE(sensor["unit_of_measurement"].is_string());
+        EXPECT_TRUE(sensor["name"].is_string());
+        const auto plantilla = sensor["value_template"].get<std::string>();
+        ASSERT_THAT(plantilla, MatchesRegex("\\{\\{ value_json\\.[a-z_]+( \\* 1000)? \\}\\}"));
+        const auto miembro = plantilla.substr(14, plantilla.find(' ', 14) - 14);
+        EXPECT_TRUE(lectura[miembro].is_number()) << miembro;
+    }
+    EXPECT_EQ(ids.size(), 8U);
+}
+
+TEST_F(Descubrimiento, TheFirstMemberIsTheIdThatTopicsAreMadeOf) {
+    EXPECT_THAT(descubrimientoJson(datosDe("02080051", "A")),
+                testing::StartsWith("{\"unique_id\":\"telvane_02080051_humedad\","));
+}
+
+TEST_F(Descubrimiento, ALoggerWithoutEvaporationHasNoSuchSensor) {
+    EXPECT_EQ(objetos(descubrimientoJson(datosDe("02080050", ""))).size(), 8U);
+    const auto otros = objetos(descubrimientoJson(datosDe("12345678", "")));
+    EXPECT_EQ(otros.size(), 7U);
+    EXPECT_EQ(otros.front()["device"]["name"], "Estación 12345678");
+}
+
+TEST_F(Descubrimiento, TheLoggersTextsAreTextAndNeverMore) {
+    const auto texto = descubrimientoJson(datosDe("02080050", "  A\"}\\\x1b\u0085\n#/+ ñ  "));
+    for (const auto& sensor : objetos(texto)) EXPECT_EQ(sensor["device"]["name"], "A\"}\\#/+ ñ");
+    EXPECT_EQ(texto.find('\x1b'), std::string::npos);
+    EXPECT_EQ(texto.find('\n', 0), texto.find("}\n") + 1);
+}
+
+// A number that was never written is made of nibbles beyond nine.
+TEST_F(Descubrimiento, ASerialNumberOfOtherDigitsGivesIdsOfLetters) {
+    for (const auto& sensor : objetos(descubrimientoJson(datosDe(":;<=>?09", "A")))) {
+        EXPECT_THAT(sensor["unique_id"].get<std::string>(), testing::StartsWith("telvane_abcdef09_"));
+        EXPECT_EQ(sensor["state_topic"], "telvane/abcdef09/lecturas");
+    }
+}
+
+TEST_F(Descubrimiento, TheReadingIsTakenTwiceAndADamagedOneDoesNotCount) {
+    // The serial number's second byte of the first reading.
+    int lecturas = 0;
+    puertos.manipular(kPuerto, [&](const ByteSaliente& saliente) {
+        const bool es = saliente.intercambio == Intercambio::lectura && saliente.indice == 2 + 1;
+        return Efecto::pasar(es && lecturas++ == 0 ? 0x09 : saliente.byte);
+    });
+    const auto r = correr({"en-linea", "--descubrimiento"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.salida, HasSubstr("telvane_02080050_humedad"));
+    EXPECT_EQ(r.salida.find("telvane_02090050"), std::string::npos);
+}
+
+TEST_F(Descubrimiento, ReadingsAreNotCountedWhereNoneAreTaken) {
+    const auto r = correr({"en-linea", "--descubrimiento", "--cuenta", "2"});
+    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+    EXPECT_THAT(r.errores, HasSubstr("quite --cuenta"));
+}
+
+}  // namespace
+}  // namespace telvane
