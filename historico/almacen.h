@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -88,6 +89,18 @@ struct FichaImagen {
     }
 };
 
+// An image, and how it came from its logger where that is known.
+struct Llegada {
+    FichaImagen imagen;
+    std::optional<FichaDescarga> descarga;
+
+    // When it left its logger. Without a word of that, what its own clock said.
+    std::chrono::sys_seconds momento() const {
+        return descarga ? descarga->descargada
+                        : std::chrono::sys_seconds(imagen.reloj.value_or(Instante{}).time_since_epoch());
+    }
+};
+
 // An image as it is kept.
 struct ImagenGuardada {
     std::size_t bytes = 0;
@@ -123,6 +136,10 @@ class Almacen {
     // By clock and fingerprint, the newest last.
     virtual std::vector<FichaImagen> fichas(IdEstacion estacion) = 0;
     virtual std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) = 0;
+    // Of every station the images that left their loggers last, cuantas at least where there are as many, in
+    // no order and some of them twice. Without a word of its download an image counts by its own clock, and
+    // not at all where that is no time at which it can have been downloaded.
+    virtual std::map<IdEstacion, std::vector<Llegada>> ultimas(std::size_t cuantas) = 0;
     // Partial images that no whole one contains.
     virtual std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) = 0;
     // Those that are packed against no other one.
@@ -153,6 +170,9 @@ class Almacen {
     // Of stamps in conflict, and only of these; by stamp. desde and hasta included.
     virtual std::vector<Testigo> testigos(IdEstacion estacion, Instante desde, Instante hasta) = 0;
     virtual std::vector<Instante> sellosDe(IdEstacion estacion, const Huella& imagen) = 0;
+    // At how many of them the image holds a record that the other one does not hold.
+    virtual std::int64_t conflictosDeMas(IdEstacion estacion, const FichaImagen& imagen,
+                                         const Huella& otra) = 0;
     virtual void agregarTestigos(IdEstacion estacion, std::span<const Testigo> testigos) = 0;
 
     // Takes away what follows from the images.

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "historico/esquema_postgres.h"
+#include "historico/limites_aviso.h"
 
 namespace telvane {
 
@@ -78,6 +79,31 @@ EstacionGuardada estacionEn(const ResultadoPostgres& r, int fila) {
     e.resumen.hasta = momentoEn(r, fila, 11);
     e.resumen.incorporada = incorporadaEn(r, fila, 12);
     return e;
+}
+
+FichaImagen fichaEn(const ResultadoPostgres& r, int fila) {
+    return {.huella = arregloEn<32>(r, fila, 0),
+            .bytes = static_cast<std::size_t>(r.entero(fila, 1)),
+            .reloj = momentoEn(r, fila, 2),
+            .desde = momentoEn(r, fila, 3),
+            .hasta = momentoEn(r, fila, 4),
+            .incorporada = incorporadaEn(r, fila, 5),
+            .origen = r.texto(fila, 6),
+            .muestras = r.entero(fila, 7),
+            .retrocesos = r.entero(fila, 8),
+            .contenida = r.logico(fila, 9)};
+}
+// From the column given on.
+FichaDescarga descargaEn(const ResultadoPostgres& r, int fila, int desde) {
+    FichaDescarga f{.descargada = incorporadaEn(r, fila, desde),
+                    .puerto = r.entero(fila, desde + 1),
+                    .dispositivo = r.texto(fila, desde + 2),
+                    .desfase = {},
+                    .verificada = r.logico(fila, desde + 4),
+                    .reintentos = r.entero(fila, desde + 5),
+                    .erroresDeLinea = r.entero(fila, desde + 6)};
+    if (!r.esNulo(fila, desde + 3)) f.desfase = r.entero(fila, desde + 3);
+    return f;
 }
 
 // A binary COPY: this, rows of fields with their lengths, and the end.
@@ -242,22 +268,39 @@ std::vector<FichaImagen> AlmacenPostgres::fichasCon(const std::string& condicion
             condicion + " ORDER BY reloj NULLS FIRST,huella",
         parametros);
     std::vector<FichaImagen> lista;
-    for (int i = 0; i < r.filas(); ++i) {
-        lista.push_back({.huella = arregloEn<32>(r, i, 0),
-                         .bytes = static_cast<std::size_t>(r.entero(i, 1)),
-                         .reloj = momentoEn(r, i, 2),
-                         .desde = momentoEn(r, i, 3),
-                         .hasta = momentoEn(r, i, 4),
-                         .incorporada = incorporadaEn(r, i, 5),
-                         .origen = r.texto(i, 6),
-                         .muestras = r.entero(i, 7),
-                         .retrocesos = r.entero(i, 8),
-                         .contenida = r.logico(i, 9)});
-    }
+    for (int i = 0; i < r.filas(); ++i) lista.push_back(fichaEn(r, i));
     return lista;
 }
 std::vector<FichaImagen> AlmacenPostgres::fichas(IdEstacion estacion) {
     return fichasCon("", Parametros().entero(estacion));
+}
+// One question for all of them: a server is far away.
+std::map<IdEstacion, std::vector<Llegada>> AlmacenPostgres::ultimas(std::size_t cuantas) {
+    static const std::string kColumnas =
+        "i.huella,i.bytes::bigint,i.reloj,i.desde,i.hasta,i.incorporada,i.origen,i.muestras::bigint,"
+        "i.retrocesos::bigint,i.contenida,d.descargada,d.puerto,d.dispositivo,d.desfase_s,d.verificada,"
+        "d.reintentos,d.errores_de_linea";
+    static const std::string kSql = fmt::format(
+        "SELECT u.*,e.id::bigint FROM telvane.estaciones e CROSS JOIN LATERAL ((SELECT {0} FROM "
+        "telvane.imagenes i LEFT JOIN telvane.descargas d ON d.estacion=i.estacion AND d.imagen=i.huella "
+        "WHERE i.estacion=e.id AND i.reloj<=(i.incorporada AT TIME ZONE 'UTC')+$2::bigint*interval '1 "
+        "second' "
+        "ORDER BY i.reloj DESC,i.huella DESC LIMIT $1) UNION ALL (SELECT {0} FROM telvane.descargas d JOIN "
+        "telvane.imagenes i ON i.estacion=d.estacion AND i.huella=d.imagen WHERE d.estacion=e.id ORDER BY "
+        "d.descargada DESC,d.imagen DESC LIMIT $1)) u",
+        kColumnas);
+    const auto r = base_.consultar(kSql, Parametros()
+                                             .entero(static_cast<std::int64_t>(cuantas))
+                                             .entero(seconds(limites_aviso::kRelojFuturo).count()));
+    constexpr int kTrasLaFicha = 10;
+    constexpr int kEstacion = 17;
+    std::map<IdEstacion, std::vector<Llegada>> ultimas;
+    for (int i = 0; i < r.filas(); ++i) {
+        auto& suyas = ultimas[static_cast<IdEstacion>(r.entero(i, kEstacion))];
+        auto& llegada = suyas.emplace_back(Llegada{.imagen = fichaEn(r, i), .descarga = {}});
+        if (!r.esNulo(i, kTrasLaFicha)) llegada.descarga = descargaEn(r, i, kTrasLaFicha);
+    }
+    return ultimas;
 }
 std::vector<FichaImagen> AlmacenPostgres::parcialesSueltas(IdEstacion estacion) {
     return fichasCon(" AND bytes<262144 AND NOT contenida", Parametros().entero(estacion));
@@ -327,17 +370,7 @@ AlmacenPostgres::Descargas AlmacenPostgres::descargasCon(const std::string& cond
             condicion,
         parametros);
     Descargas lista;
-    for (int i = 0; i < r.filas(); ++i) {
-        FichaDescarga f{.descargada = incorporadaEn(r, i, 1),
-                        .puerto = r.entero(i, 2),
-                        .dispositivo = r.texto(i, 3),
-                        .desfase = {},
-                        .verificada = r.logico(i, 5),
-                        .reintentos = r.entero(i, 6),
-                        .erroresDeLinea = r.entero(i, 7)};
-        if (!r.esNulo(i, 4)) f.desfase = r.entero(i, 4);
-        lista.emplace_back(arregloEn<32>(r, i, 0), std::move(f));
-    }
+    for (int i = 0; i < r.filas(); ++i) lista.emplace_back(arregloEn<32>(r, i, 0), descargaEn(r, i, 1));
     return lista;
 }
 AlmacenPostgres::Descargas AlmacenPostgres::descargas(IdEstacion estacion) {
@@ -474,6 +507,20 @@ std::vector<Testigo> AlmacenPostgres::testigos(IdEstacion estacion, Instante des
     }
     return lista;
 }
+std::int64_t AlmacenPostgres::conflictosDeMas(IdEstacion estacion, const FichaImagen& imagen,
+                                              const Huella& otra) {
+    static const std::string kDe = fmt::format(
+        "SELECT hora,registro FROM telvane.testigos WHERE estacion=$1 AND hora BETWEEN {} AND {} AND imagen=",
+        sinZona(4), sinZona(5));
+    static const std::string kSql =
+        "SELECT count(DISTINCT hora) FROM (" + kDe + "$2 EXCEPT " + kDe + "$3) nuevas";
+    Parametros p;
+    p.entero(estacion).bytes(imagen.huella).bytes(otra);
+    poner(p, imagen.desde);
+    poner(p, imagen.hasta);
+    return base_.consultar(kSql, p).entero(0, 0);
+}
+
 std::vector<Instante> AlmacenPostgres::sellosDe(IdEstacion estacion, const Huella& imagen) {
     return sellos("SELECT DISTINCT hora FROM telvane.testigos WHERE estacion=$1 AND imagen=$2 ORDER BY hora",
                   Parametros().entero(estacion).bytes(imagen));

@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "historico/canales.h"
+#include "historico/limites_aviso.h"
 #include "platform/destino.h"
 #include "platform/motivos.h"
 
@@ -104,6 +105,44 @@ constexpr std::string_view kFicha =
 constexpr std::string_view kSueltas =
     "SELECT huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida FROM imagenes "
     "WHERE estacion=?1 AND bytes<262144 AND contenida=0 ORDER BY reloj,huella";
+
+FichaImagen fichaEn(const Sentencia& s) {
+    return {.huella = huellaEn(s, 0),
+            .bytes = static_cast<std::size_t>(s.entero(1)),
+            .reloj = opcional(s, 2),
+            .desde = opcional(s, 3),
+            .hasta = opcional(s, 4),
+            .incorporada = Incorporada(seconds(s.entero(5))),
+            .origen = s.texto(6),
+            .muestras = s.entero(7),
+            .retrocesos = s.entero(8),
+            .contenida = s.entero(9) != 0};
+}
+// From the column given on.
+FichaDescarga descargaEn(const Sentencia& s, int desde) {
+    FichaDescarga f{.descargada = std::chrono::sys_seconds(seconds(s.entero(desde))),
+                    .puerto = s.entero(desde + 1),
+                    .dispositivo = s.texto(desde + 2),
+                    .desfase = {},
+                    .verificada = s.entero(desde + 4) != 0,
+                    .reintentos = s.entero(desde + 5),
+                    .erroresDeLinea = s.entero(desde + 6)};
+    if (!s.esNulo(desde + 3)) f.desfase = s.entero(desde + 3);
+    return f;
+}
+// An image, and how it came beside it.
+constexpr std::string_view kUltimasPorReloj =
+    "SELECT "
+    "i.huella,i.bytes,i.reloj,i.desde,i.hasta,i.incorporada,i.origen,i.muestras,i.retrocesos,i.contenida,"
+    "d.descargada,d.puerto,d.dispositivo,d.desfase_s,d.verificada,d.reintentos,d.errores_de_linea "
+    "FROM imagenes i LEFT JOIN descargas d ON d.estacion=i.estacion AND d.imagen=i.huella "
+    "WHERE i.estacion=?1 AND i.reloj<=i.incorporada+?3 ORDER BY i.reloj DESC,i.huella DESC LIMIT ?2";
+constexpr std::string_view kUltimasPorDescarga =
+    "SELECT "
+    "i.huella,i.bytes,i.reloj,i.desde,i.hasta,i.incorporada,i.origen,i.muestras,i.retrocesos,i.contenida,"
+    "d.descargada,d.puerto,d.dispositivo,d.desfase_s,d.verificada,d.reintentos,d.errores_de_linea "
+    "FROM descargas d JOIN imagenes i ON i.estacion=d.estacion AND i.huella=d.imagen "
+    "WHERE d.estacion=?1 ORDER BY d.descargada DESC,d.imagen DESC LIMIT ?2";
 
 // What stands at a path that is to be an archive. Opening some of it would hang, or tell less.
 enum class QueHay { nada, vacio, archivo };
@@ -311,18 +350,7 @@ void AlmacenSqlite::guardarResumen(IdEstacion estacion, const ResumenEstacion& r
 
 std::vector<FichaImagen> AlmacenSqlite::leerFichas(Sentencia& s) {
     std::vector<FichaImagen> lista;
-    s.correr([&] {
-        lista.push_back({.huella = huellaEn(s, 0),
-                         .bytes = static_cast<std::size_t>(s.entero(1)),
-                         .reloj = opcional(s, 2),
-                         .desde = opcional(s, 3),
-                         .hasta = opcional(s, 4),
-                         .incorporada = Incorporada(seconds(s.entero(5))),
-                         .origen = s.texto(6),
-                         .muestras = s.entero(7),
-                         .retrocesos = s.entero(8),
-                         .contenida = s.entero(9) != 0});
-    });
+    s.correr([&] { lista.push_back(fichaEn(s)); });
     return lista;
 }
 
@@ -386,18 +414,28 @@ void AlmacenSqlite::agregarImagen(IdEstacion estacion, const FichaImagen& f, con
 
 AlmacenSqlite::Descargas AlmacenSqlite::leerDescargas(Sentencia& s) {
     Descargas lista;
-    s.correr([&] {
-        FichaDescarga f{.descargada = std::chrono::sys_seconds(seconds(s.entero(1))),
-                        .puerto = s.entero(2),
-                        .dispositivo = s.texto(3),
-                        .desfase = {},
-                        .verificada = s.entero(5) != 0,
-                        .reintentos = s.entero(6),
-                        .erroresDeLinea = s.entero(7)};
-        if (!s.esNulo(4)) f.desfase = s.entero(4);
-        lista.emplace_back(huellaEn(s, 0), std::move(f));
-    });
+    s.correr([&] { lista.emplace_back(huellaEn(s, 0), descargaEn(s, 1)); });
     return lista;
+}
+std::map<IdEstacion, std::vector<Llegada>> AlmacenSqlite::ultimas(std::size_t cuantas) {
+    std::vector<IdEstacion> estaciones;
+    auto& todas = sentencia("SELECT id FROM estaciones");
+    todas.correr([&] { estaciones.push_back(static_cast<IdEstacion>(todas.entero(0))); });
+    std::map<IdEstacion, std::vector<Llegada>> ultimas;
+    constexpr int kTrasLaFicha = 10;
+    for (const auto estacion : estaciones) {
+        auto& suyas = ultimas[estacion];
+        const auto leer = [&](Sentencia& s) {
+            s.poner(1, estacion).poner(2, static_cast<std::int64_t>(cuantas));
+            s.correr([&] {
+                auto& llegada = suyas.emplace_back(Llegada{.imagen = fichaEn(s), .descarga = {}});
+                if (!s.esNulo(kTrasLaFicha)) llegada.descarga = descargaEn(s, kTrasLaFicha);
+            });
+        };
+        leer(sentencia(kUltimasPorReloj).poner(3, seconds(limites_aviso::kRelojFuturo).count()));
+        leer(sentencia(kUltimasPorDescarga));
+    }
+    return ultimas;
 }
 AlmacenSqlite::Descargas AlmacenSqlite::descargas(IdEstacion estacion) {
     return leerDescargas(
@@ -518,6 +556,21 @@ std::vector<Testigo> AlmacenSqlite::testigos(IdEstacion estacion, Instante desde
         lista.push_back(t);
     });
     return lista;
+}
+
+std::int64_t AlmacenSqlite::conflictosDeMas(IdEstacion estacion, const FichaImagen& imagen,
+                                            const Huella& otra) {
+    std::int64_t cuantos = 0;
+    auto& s = sentencia(
+        "SELECT count(DISTINCT hora) FROM ("
+        "SELECT hora,registro FROM testigos WHERE estacion=?1 AND hora BETWEEN ?4 AND ?5 AND imagen=?2 "
+        "EXCEPT "
+        "SELECT hora,registro FROM testigos WHERE estacion=?1 AND hora BETWEEN ?4 AND ?5 AND imagen=?3)");
+    s.poner(1, estacion).poner(2, std::span(imagen.huella)).poner(3, std::span(otra));
+    ponerOpcional(s, 4, imagen.desde);
+    ponerOpcional(s, 5, imagen.hasta);
+    s.correr([&] { cuantos = s.entero(0); });
+    return cuantos;
 }
 
 std::vector<Instante> AlmacenSqlite::sellosDe(IdEstacion estacion, const Huella& imagen) {

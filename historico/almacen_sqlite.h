@@ -49,6 +49,7 @@ class AlmacenSqlite final : public Almacen {
     void guardarResumen(IdEstacion estacion, const ResumenEstacion& resumen) override;
     std::vector<FichaImagen> fichas(IdEstacion estacion) override;
     std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) override;
+    std::map<IdEstacion, std::vector<Llegada>> ultimas(std::size_t cuantas) override;
     std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
     std::vector<Huella> imagenesSolas(IdEstacion estacion) override;
     std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) override;
@@ -65,6 +66,7 @@ class AlmacenSqlite final : public Almacen {
     void cambiarCuenta(IdEstacion estacion, const Fila& fila) override;
     std::vector<Testigo> testigos(IdEstacion estacion, Instante desde, Instante hasta) override;
     std::vector<Instante> sellosDe(IdEstacion estacion, const Huella& imagen) override;
+    std::int64_t conflictosDeMas(IdEstacion estacion, const FichaImagen& imagen, const Huella& otra) override;
     void agregarTestigos(IdEstacion estacion, std::span<const Testigo> testigos) override;
     void vaciarDerivado(IdEstacion estacion) override;
     void corregirEstacion(const EstacionGuardada& estacion) override;

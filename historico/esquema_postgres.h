@@ -102,7 +102,7 @@ WHERE m.cuenta;
 )";
 
 // What makes of an older archive the next version, in order: the first of version 1, and so on.
-inline constexpr std::array<std::string_view, 1> kMigraciones = {R"(
+inline constexpr std::array<std::string_view, 2> kMigraciones = {R"(
 CREATE TABLE telvane.descargas(
   estacion integer NOT NULL,
   imagen bytea NOT NULL,
@@ -115,6 +115,11 @@ CREATE TABLE telvane.descargas(
   errores_de_linea bigint NOT NULL,
   PRIMARY KEY(estacion, imagen)
 );
+)",
+                                                                 // What came last, without what came before.
+                                                                 R"(
+CREATE INDEX IF NOT EXISTS imagenes_por_reloj ON telvane.imagenes(estacion, reloj);
+CREATE INDEX IF NOT EXISTS descargas_por_momento ON telvane.descargas(estacion, descargada);
 )"};
 inline constexpr std::int64_t kVersion = kMigraciones.size() + 1;
 

@@ -107,7 +107,7 @@ WHERE m.cuenta;
 )";
 
 // What makes of an older archive the next version, in order: the first of version 1, and so on.
-inline constexpr std::array<std::string_view, 1> kMigraciones = {R"(
+inline constexpr std::array<std::string_view, 2> kMigraciones = {R"(
 CREATE TABLE descargas(
   estacion INTEGER NOT NULL,
   imagen BLOB NOT NULL,
@@ -120,6 +120,11 @@ CREATE TABLE descargas(
   errores_de_linea INTEGER NOT NULL,
   PRIMARY KEY(estacion, imagen)
 ) WITHOUT ROWID;
+)",
+                                                                 // What came last, without what came before.
+                                                                 R"(
+CREATE INDEX IF NOT EXISTS imagenes_por_reloj ON imagenes(estacion, reloj);
+CREATE INDEX IF NOT EXISTS descargas_por_momento ON descargas(estacion, descargada);
 )"};
 
 }  // namespace telvane::esquema

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "historico/archivo.h"
+#include "historico/huecos.h"
 #include "historico/imagenes.h"
+#include "historico/limites_aviso.h"
 #include "historico/recorrido_filas.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
@@ -29,6 +31,35 @@ std::vector<std::uint8_t> Lectura::cabecera(const EstacionGuardada& estacion) {
         std::copy(serie.begin(), serie.end(), bytes.begin());
     }
     return bytes;
+}
+
+std::map<IdEstacion, Llegadas> Lectura::ultimas() {
+    auto todas = almacen_.ultimas(limites_aviso::kUltimas);
+    for (auto& [estacion, suyas] : todas) ordenarLlegadas(suyas);
+    return todas;
+}
+
+std::int64_t Lectura::huecosDesde(const EstacionGuardada& estacion, const std::optional<Instante>& desde,
+                                  const FichaImagen& imagen, std::chrono::minutes intervalo) {
+    const auto primero = desde ? *desde + std::chrono::seconds(1) : *imagen.desde;
+    const auto fin = *imagen.hasta + std::chrono::seconds(1);
+    if (primero >= fin) return 0;
+    // As many as fit, and those before that tell their rhythm; where somebody has shortened it meanwhile, the
+    // image's own number will do.
+    const auto caben = static_cast<std::size_t>((fin - primero) / intervalo) + 1 + kSellosAlrededor;
+    auto sellos = almacen_.sellosAntes(estacion.id, fin, caben);
+    if (sellos.size() == caben && sellos.front() >= primero) {
+        sellos = almacen_.sellosAntes(estacion.id, fin,
+                                      static_cast<std::size_t>(imagen.muestras) + kSellosAlrededor);
+    }
+    const auto despues = almacen_.sellosDespues(estacion.id, *imagen.hasta, kSellosAlrededor);
+    sellos.insert(sellos.end(), despues.begin(), despues.end());
+    return contarHuecos(sellos, primero, *imagen.hasta);
+}
+
+std::int64_t Lectura::conflictosDeMas(const EstacionGuardada& estacion, const FichaImagen& imagen,
+                                      const FichaImagen* otra) {
+    return almacen_.conflictosDeMas(estacion.id, imagen, otra == nullptr ? Huella{} : otra->huella);
 }
 
 void Lectura::recorrer(const EstacionGuardada& estacion, const Periodo& periodo, Cuales cuales,

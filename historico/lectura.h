@@ -6,12 +6,15 @@
 //     lectura.recorrer(estacion, {}, Cuales::lasQueCuentan, [](const MuestraArchivada& m) { ... });
 #pragma once
 
+#include <chrono>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "historico/almacen.h"
+#include "historico/llegadas.h"
 
 namespace telvane {
 
@@ -51,6 +54,16 @@ class Lectura {
     // The 432 bytes at the head of the newest image, zeros where it is shorter; the station's serial number
     // stands over an erased one. What leerCabecera and the exports take.
     static std::vector<std::uint8_t> cabecera(const EstacionGuardada& estacion);
+
+    // Of every station the last images as they left their loggers, the newest last.
+    std::map<IdEstacion, Llegadas> ultimas();
+    // Gaps at the stamps that the image brought after a moment, or at all of its stamps. intervalo: how close
+    // they stand, as a rule.
+    std::int64_t huecosDesde(const EstacionGuardada& estacion, const std::optional<Instante>& desde,
+                             const FichaImagen& imagen, std::chrono::minutes intervalo);
+    // Stamps in conflict at which the image holds a record that the other one does not hold.
+    std::int64_t conflictosDeMas(const EstacionGuardada& estacion, const FichaImagen& imagen,
+                                 const FichaImagen* otra);
 
     // In order of stamp, those of one stamp by their bytes.
     using AlLeerMuestra = std::function<void(const MuestraArchivada&)>;

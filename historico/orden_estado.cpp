@@ -6,11 +6,12 @@
 #include <vector>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "consola/codigos_salida.h"
 #include "data/archivo_base.h"
+#include "historico/observacion.h"
 #include "historico/ordenes.h"
+#include "historico/textos_estado.h"
 #include "historico/textos_historico.h"
 
 namespace telvane {
@@ -19,8 +20,10 @@ namespace {
 
 struct Opciones {
     bool json = false;
+    bool avisos = false;
     std::optional<std::string> silencio;    // hours
     std::optional<std::string> prometheus;  // file
+    std::optional<std::string> copia;       // the archive they are copied to
 };
 
 std::optional<double> leerHoras(const std::string& texto) {
@@ -34,166 +37,88 @@ std::string motivoHoras(const std::string& texto) {
     return leerHoras(texto) ? "" : "debe ser un número de horas";
 }
 
-nlohmann::ordered_json momentoONulo(const std::optional<Instante>& instante) {
-    return instante ? nlohmann::ordered_json(isoDe(*instante)) : nlohmann::ordered_json();
-}
+struct EstadoVisto {
+    std::vector<EstadoEstacion> estaciones;
+    // Why nothing is known of the other archive; empty: it is, or nobody asked.
+    std::string sinCopia;
+};
 
-std::string enJson(const std::vector<EstacionGuardada>& estaciones) {
-    nlohmann::ordered_json lista = nlohmann::ordered_json::array();
-    for (const auto& e : estaciones) {
-        const auto datos = datosDe(e);
-        nlohmann::ordered_json json;
-        json["serie"] = e.nombre;
-        json["ubicacion"] = datos.ubicacion;
-        json["usuario"] = datos.usuario;
-        json["intervalo"] =
-            datos.intervalo ? nlohmann::ordered_json(*datos.intervalo) : nlohmann::ordered_json();
-        json["muestras"] = e.resumen.muestras;
-        json["desde"] = momentoONulo(e.resumen.desde);
-        json["hasta"] = momentoONulo(e.resumen.hasta);
-        json["imagenes"] = e.resumen.imagenes;
-        json["huecos"] = e.resumen.huecos;
-        json["conflictos"] = e.resumen.conflictos;
-        json["incorporada"] = isoDe(e.resumen.incorporada);
-        lista.push_back(std::move(json));
-    }
-    const nlohmann::ordered_json todo{{"estaciones", std::move(lista)}};
-    return todo.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
-}
-
-std::string paraPersonas(const std::vector<EstacionGuardada>& estaciones) {
-    if (estaciones.empty()) return "No hay ninguna estación en el archivo.\n";
-    std::string texto;
-    for (const auto& e : estaciones) {
-        const auto datos = datosDe(e);
-        const auto& r = e.resumen;
-        if (!texto.empty()) texto += '\n';
-        texto += fmt::format("Estación {}\n  Ubicación:   {}\n  Usuario:     {}\n", e.nombre, datos.ubicacion,
-                             datos.usuario);
-        texto += datos.intervalo ? fmt::format("  Intervalo:   {} minutos\n", *datos.intervalo)
-                                 : std::string("  Intervalo:   desconocido\n");
-        texto += fmt::format("  Muestras:    {}\n", r.muestras);
-        if (r.desde)
-            texto += fmt::format("  Desde:       {}\n  Hasta:       {}\n", isoDe(*r.desde), isoDe(*r.hasta));
-        texto += fmt::format("  Imágenes:    {}\n  Huecos:      {}\n  Conflictos:  {}\n  Incorporada: {}\n",
-                             r.imagenes, r.huecos, r.conflictos, isoDe(r.incorporada));
-    }
-    return texto;
-}
-
-// A label's value as the exposition format has it.
-std::string etiqueta(const std::string& texto) {
-    std::string valor;
-    for (const char c : texto) {
-        if (c == '\\' || c == '"') valor += '\\';
-        valor += c;
-    }
-    return valor;
-}
-
-std::optional<std::int64_t> segundosDe(const std::optional<Instante>& instante) {
-    return instante ? std::optional<std::int64_t>(instante->time_since_epoch().count()) : std::nullopt;
-}
-
-std::string paraPrometheus(const std::vector<EstacionGuardada>& estaciones) {
-    struct Medida {
-        std::string_view nombre;
-        std::string_view ayuda;
-        std::optional<std::int64_t> (*valor)(const EstacionGuardada&);
-    };
-    using E = const EstacionGuardada&;
-    using V = std::optional<std::int64_t>;
-    static constexpr Medida kMedidas[] = {
-        {.nombre = "muestras",
-         .ayuda = "Samples that count",
-         .valor = [](E e) -> V { return e.resumen.muestras; }},
-        {.nombre = "imagenes",
-         .ayuda = "Memory images",
-         .valor = [](E e) -> V { return e.resumen.imagenes; }},
-        {.nombre = "huecos",
-         .ayuda = "Gaps among the stamps",
-         .valor = [](E e) -> V { return e.resumen.huecos; }},
-        {.nombre = "conflictos",
-         .ayuda = "Stamps in conflict",
-         .valor = [](E e) -> V { return e.resumen.conflictos; }},
-        {.nombre = "intervalo_minutos",
-         .ayuda = "Sampling interval of the newest image",
-         .valor = [](E e) -> V {
-             const auto intervalo = datosDe(e).intervalo;
-             return intervalo ? V(*intervalo) : V();
-         }},
-        {.nombre = "incorporada_segundos",
-         .ayuda = "When the last image was taken, seconds since 1970 UTC",
-         .valor = [](E e) -> V { return e.resumen.incorporada.time_since_epoch().count(); }},
-        {.nombre = "desde_segundos",
-         .ayuda = "First stamp, local time of the logger as seconds since 1970",
-         .valor = [](E e) { return segundosDe(e.resumen.desde); }},
-        {.nombre = "hasta_segundos",
-         .ayuda = "Last stamp, local time of the logger as seconds since 1970",
-         .valor = [](E e) { return segundosDe(e.resumen.hasta); }},
-    };
-    std::string texto;
-    for (const auto& [nombre, ayuda, valor] : kMedidas) {
-        texto += fmt::format("# HELP telvane_historico_{0} {1}\n# TYPE telvane_historico_{0} gauge\n", nombre,
-                             ayuda);
-        for (const auto& e : estaciones) {
-            const V cuanto = valor(e);
-            if (!cuanto) continue;
-            texto += fmt::format("telvane_historico_{}{{serie=\"{}\",ubicacion=\"{}\"}} {}\n", nombre,
-                                 etiqueta(e.nombre), etiqueta(datosDe(e).ubicacion), *cuanto);
+EstadoVisto mirar(ContextoHistorico& contexto, Almacen& almacen, const Opciones& opciones) {
+    Lectura lectura(almacen);
+    auto flota = observar(lectura);
+    Mirada mirada{.ahora = contexto.entorno.ahora(), .horasDeSilencio = {}, .copia = {}};
+    if (opciones.silencio) mirada.horasDeSilencio = leerHoras(*opciones.silencio);
+    EstadoVisto visto;
+    if (opciones.copia) {
+        try {
+            const auto otro = abrirAlmacen(*opciones.copia, Uso::leer, contexto.entorno.paciencia,
+                                           [&] { contexto.atender(); });
+            mirada.copia = otro->nombre();
+            Lectura suya(*otro);
+            compararCon(flota, lectura, suya);
+        } catch (const ErrorAlmacen& error) {
+            // What is known of the stations does not hang on it.
+            visto.sinCopia = error.what();
         }
     }
-    return texto;
+    auto avisos = avisosDe(flota, mirada);
+    for (std::size_t i = 0; i < flota.size(); ++i)
+        visto.estaciones.push_back({std::move(flota[i]), std::move(avisos[i])});
+    return visto;
 }
 
-// Stations whose last image is older than that are told; how many there are.
-std::size_t decirSilenciosas(ContextoHistorico& contexto, const std::vector<EstacionGuardada>& estaciones,
-                             double horas) {
-    std::size_t cuantas = 0;
-    const auto ahora = contexto.entorno.ahora();
-    for (const auto& e : estaciones) {
-        const std::chrono::duration<double, std::ratio<3600>> hace = ahora - e.resumen.incorporada;
-        if (hace.count() <= horas) continue;
-        contexto.consola.aviso(
-            fmt::format("estación {}: sin imágenes desde hace {:.0f} horas, la última es de {}", e.nombre,
-                        hace.count(), isoDe(e.resumen.incorporada)));
-        ++cuantas;
+// A line for each; how many they are. soloSilencio: of the others nobody asked.
+std::size_t decirAvisos(Consola& consola, const std::vector<EstadoEstacion>& estaciones, bool soloSilencio) {
+    std::size_t cuantos = 0;
+    for (const auto& estado : estaciones) {
+        for (const auto& aviso : estado.avisos) {
+            if (soloSilencio && aviso.clase != ClaseAviso::silencio) continue;
+            consola.aviso(fmt::format("estación {}: {}", estado.observada.estacion.nombre, aviso.texto));
+            ++cuantos;
+        }
     }
-    return cuantas;
+    return cuantos;
 }
 
 void estado(ContextoHistorico& contexto, const Opciones& opciones) {
-    std::vector<EstacionGuardada> estaciones;
+    EstadoVisto visto;
     std::optional<SalidaConsola> prometheus;
     {
         const auto almacen = contexto.abrir(Uso::leer);
         if (opciones.prometheus) {
             prometheus = ContextoHistorico::salida(*opciones.prometheus, reglaDeTabla(), almacen.get());
         }
-        estaciones = Lectura(*almacen).estaciones();
+        visto = mirar(contexto, *almacen, opciones);
     }
-    if (prometheus) prometheus->escribir(contexto.entorno, contexto.consola, paraPrometheus(estaciones));
+    const auto& estaciones = visto.estaciones;
+    if (prometheus) prometheus->escribir(contexto.entorno, contexto.consola, estadoPrometheus(estaciones));
     if (opciones.json) {
-        contexto.consola.resultado(enJson(estaciones));
+        contexto.consola.resultado(estadoJson(estaciones));
     } else if (!opciones.prometheus) {
-        contexto.consola.resultado(paraPersonas(estaciones));
+        contexto.consola.resultado(estadoParaPersonas(estaciones));
     }
-    if (!opciones.silencio) return;
-    const auto calladas = decirSilenciosas(contexto, estaciones, leerHoras(*opciones.silencio).value_or(0));
-    if (calladas > 0)
-        throw ErrorCli(CodigoSalida::fallo, fmt::format("estaciones en silencio: {}", calladas));
+    const bool seDicen = opciones.silencio || opciones.avisos;
+    const auto cuantos = seDicen ? decirAvisos(contexto.consola, estaciones, !opciones.avisos) : 0;
+    if (!visto.sinCopia.empty()) throw ErrorCli(CodigoSalida::fallo, visto.sinCopia);
+    if (cuantos == 0) return;
+    throw ErrorCli(CodigoSalida::fallo,
+                   fmt::format("{}: {}", opciones.avisos ? "avisos" : "estaciones en silencio", cuantos));
 }
 
 }  // namespace
 
 void declararEstado(Argumentos& argumentos, ContextoHistorico& contexto) {
-    auto orden = argumentos.orden("estado", "Muestra qué hay de cada estación");
+    auto orden = argumentos.orden("estado", "Muestra qué hay de cada estación, y de qué se avisa");
     const auto opciones = std::make_shared<Opciones>();
     orden.bandera(opciones->json, "--json", "Como objeto JSON");
+    orden.bandera(opciones->avisos, "--avisos", "Sale con 1 si hay algún aviso, y los dice");
     orden.opcion(opciones->silencio, {.nombre = "--silencio",
                                       .valor = "HORAS",
                                       .ayuda = "Sale con 1 si una estación lleva más sin una imagen",
                                       .comprobar = motivoHoras});
+    orden.opcion(opciones->copia, {.nombre = "--copia",
+                                   .valor = "DESTINO",
+                                   .ayuda = "Avisa de las imágenes que no están en ese archivo histórico"});
     orden.opcion(opciones->prometheus, {.nombre = "--prometheus",
                                         .valor = "ARCHIVO",
                                         .ayuda = "Lo escribe para la carpeta de un node exporter"});

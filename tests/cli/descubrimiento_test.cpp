@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli_prueba.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

@@ -6,6 +6,10 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <regex>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
 
 #include "historico/aplicacion.h"
 #include "historico/contrasena.h"
@@ -102,6 +106,73 @@ TEST_F(Ordenes, SilenceEndsWithOneAndTellsTheStation) {
     EXPECT_EQ(r.codigo, 1);
     EXPECT_THAT(r.errores, HasSubstr("estación 02080050: sin imágenes desde hace 10 horas"));
     EXPECT_THAT(r.salida, HasSubstr("\"intervalo\": 10"));
+}
+
+// Of a partial image, whose station has fallen silent since.
+TEST_F(Ordenes, WarningsAreToldToPeopleAndProgramsAndEndWithOneWhereAskedFor) {
+    const auto parcial = ImagenPrueba().texto(34, "A\"\\B").serie(0, 0, 50).bytes(10'000);
+    ASSERT_EQ(correr({"incorporar", guardar("a.rgt", parcial)}).codigo, 0);
+    auto r = correr({"estado", "--avisos"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores,
+                HasSubstr("estación 02080050: su última imagen es parcial, 10000 bytes de 262144"));
+    EXPECT_THAT(r.errores, HasSubstr("avisos: 1"));
+    EXPECT_THAT(r.salida, HasSubstr("  Aviso:       su última imagen es parcial"));
+    EXPECT_THAT(r.salida, HasSubstr("(parcial)"));
+
+    ahora += std::chrono::hours(40);
+    r = correr({"estado", "--avisos", "--json"});
+    EXPECT_EQ(r.codigo, 1);
+    const auto avisos = nlohmann::json::parse(r.salida)["estaciones"][0]["avisos"];
+    ASSERT_EQ(avisos.size(), 2U);
+    EXPECT_EQ(avisos[0]["codigo"], "silencio");
+    EXPECT_THAT(avisos[0]["texto"].get<std::string>(), HasSubstr("desde hace 40 horas"));
+    EXPECT_EQ(avisos[1]["codigo"], "parcial");
+    EXPECT_EQ(correr({"estado", "--json"}).codigo, 0) << "nobody asked for a status";
+    // Who asks for silence alone is told of nothing else.
+    r = correr({"estado", "--silencio", "39"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_EQ(r.errores.find("parcial"), std::string::npos);
+    EXPECT_EQ(correr({"estado", "--silencio", "41"}).codigo, 0);
+
+    r = correr({"estado", "--prometheus", "-"});
+    EXPECT_EQ(r.codigo, 0);
+    const std::string etiquetas = R"({serie="02080050",ubicacion="A\"\\B",codigo=)";
+    EXPECT_THAT(r.salida, HasSubstr("# TYPE telvane_historico_aviso gauge\n"));
+    EXPECT_THAT(r.salida, HasSubstr("telvane_historico_aviso" + etiquetas + "\"parcial\"} 1\n"));
+    EXPECT_THAT(r.salida, HasSubstr("telvane_historico_aviso" + etiquetas + "\"memoria\"} 0\n"));
+    // A sample a line, its labels quoted; each name is explained once, before its samples.
+    static const std::regex kLinea(
+        R"re((# (HELP|TYPE) telvane_historico_[a-z_]+ .+)|(telvane_historico_[a-z_]+\{([a-z]+="([^"\\]|\\["\\n])*",?)+\} -?[0-9]+))re");
+    std::istringstream lineas(r.salida);
+    for (std::string linea; std::getline(lineas, linea);)
+        EXPECT_TRUE(std::regex_match(linea, kLinea)) << linea;
+}
+
+TEST_F(Ordenes, AStationThatIsWellEndsWithZero) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    const auto r = correr({"estado", "--avisos", "--json"});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_EQ(r.errores, "");
+    EXPECT_TRUE(nlohmann::json::parse(r.salida)["estaciones"][0]["avisos"].empty());
+}
+
+TEST_F(Ordenes, WhatWasNotCopiedIsTold) {
+    const std::string copia = carpeta / "copia.sqlite";
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    ASSERT_EQ(correr({"copiar", "--a", copia}).codigo, 0);
+    EXPECT_EQ(correr({"estado", "--copia", copia, "--avisos"}).codigo, 0);
+    ASSERT_EQ(correr({"incorporar", guardar("b.rgt", ImagenPrueba().serie(0, 0, 60).bytes())}).codigo, 0);
+    auto r = correr({"estado", "--copia", copia, "--avisos"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores, HasSubstr("1 imagen no está en " + copia + ": copie con copiar --a"));
+    EXPECT_THAT(correr({"estado", "--copia", copia, "--prometheus", "-"}).salida,
+                HasSubstr("telvane_historico_sin_copiar_imagenes{serie=\"02080050\",ubicacion=\"\"} 1\n"));
+    // One that cannot be asked does not hide the rest.
+    r = correr({"estado", "--copia", carpeta / "no.sqlite"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.salida, HasSubstr("Estación 02080050"));
+    EXPECT_THAT(r.errores, HasSubstr("no hay archivo histórico todavía"));
 }
 
 TEST_F(Ordenes, NoControlCharacterOfAHeaderIsShown) {

@@ -1,0 +1,207 @@
+#include "historico/textos_estado.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "historico/textos_historico.h"
+
+namespace telvane {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+ordered_json momentoONulo(const std::optional<Instante>& instante) {
+    return instante ? ordered_json(isoDe(*instante)) : ordered_json();
+}
+
+ordered_json objeto(const EstadoEstacion& estado) {
+    const auto& e = estado.observada.estacion;
+    const auto datos = datosDe(e);
+    ordered_json json;
+    json["serie"] = e.nombre;
+    json["ubicacion"] = datos.ubicacion;
+    json["usuario"] = datos.usuario;
+    json["intervalo"] = datos.intervalo ? ordered_json(*datos.intervalo) : ordered_json();
+    json["muestras"] = e.resumen.muestras;
+    json["desde"] = momentoONulo(e.resumen.desde);
+    json["hasta"] = momentoONulo(e.resumen.hasta);
+    json["imagenes"] = e.resumen.imagenes;
+    json["huecos"] = e.resumen.huecos;
+    json["conflictos"] = e.resumen.conflictos;
+    json["incorporada"] = isoDe(e.resumen.incorporada);
+    json["avisos"] = ordered_json::array();
+    for (const auto& aviso : estado.avisos)
+        json["avisos"].push_back({{"codigo", codigoDe(aviso.clase)}, {"texto", aviso.texto}});
+    return json;
+}
+
+// A label's value as the exposition format has it.
+std::string etiqueta(const std::string& texto) {
+    std::string valor;
+    for (const char c : texto) {
+        if (c == '\\' || c == '"') valor += '\\';
+        if (c == '\n') {
+            valor += "\\n";
+        } else {
+            valor += c;
+        }
+    }
+    return valor;
+}
+
+std::optional<std::int64_t> segundosDe(const std::optional<Instante>& instante) {
+    return instante ? std::optional<std::int64_t>(instante->time_since_epoch().count()) : std::nullopt;
+}
+
+using Valor = std::optional<std::int64_t>;
+
+struct Medida {
+    std::string_view nombre;
+    std::string_view ayuda;
+    Valor (*valor)(const EstadoEstacion&, const DatosDeEstacion&);
+};
+
+Valor desfaseDe(const Observada& o) {
+    for (auto llegada = o.ultimas.rbegin(); llegada != o.ultimas.rend(); ++llegada) {
+        if (llegada->descarga) return llegada->descarga->desfase;
+    }
+    return std::nullopt;
+}
+
+std::optional<PronosticoMemoria> pronosticoDe(const Observada& o, const DatosDeEstacion& datos) {
+    if (!datos.intervalo) return std::nullopt;
+    return pronosticar(o.ultimas, std::chrono::minutes(*datos.intervalo));
+}
+
+const ResumenEstacion& resumenDe(const EstadoEstacion& e) {
+    return e.observada.estacion.resumen;
+}
+
+using E = const EstadoEstacion&;
+using D = const DatosDeEstacion&;
+constexpr std::array kMedidas = {
+    Medida{.nombre = "muestras",
+           .ayuda = "Samples that count",
+           .valor = [](E e, D) -> Valor { return resumenDe(e).muestras; }},
+    Medida{.nombre = "imagenes",
+           .ayuda = "Memory images",
+           .valor = [](E e, D) -> Valor { return resumenDe(e).imagenes; }},
+    Medida{.nombre = "huecos",
+           .ayuda = "Gaps among the stamps",
+           .valor = [](E e, D) -> Valor { return resumenDe(e).huecos; }},
+    Medida{.nombre = "conflictos",
+           .ayuda = "Stamps in conflict",
+           .valor = [](E e, D) -> Valor { return resumenDe(e).conflictos; }},
+    Medida{.nombre = "intervalo_minutos",
+           .ayuda = "Sampling interval of the newest image",
+           .valor = [](E, D d) -> Valor { return d.intervalo ? Valor(*d.intervalo) : Valor(); }},
+    Medida{.nombre = "incorporada_segundos",
+           .ayuda = "When the last image was taken, seconds since 1970 UTC",
+           .valor = [](E e, D) -> Valor { return resumenDe(e).incorporada.time_since_epoch().count(); }},
+    Medida{.nombre = "desde_segundos",
+           .ayuda = "First stamp, local time of the logger as seconds since 1970",
+           .valor = [](E e, D) { return segundosDe(resumenDe(e).desde); }},
+    Medida{.nombre = "hasta_segundos",
+           .ayuda = "Last stamp, local time of the logger as seconds since 1970",
+           .valor = [](E e, D) { return segundosDe(resumenDe(e).hasta); }},
+    Medida{.nombre = "desfase_segundos",
+           .ayuda = "Clock of the logger minus that of the machine that downloaded it last",
+           .valor = [](E e, D) { return desfaseDe(e.observada); }},
+    Medida{.nombre = "memoria_libre_muestras",
+           .ayuda = "Places left in the memory of the newest whole image",
+           .valor = [](E e, D d) -> Valor {
+               const auto p = pronosticoDe(e.observada, d);
+               return p ? Valor(p->libres) : Valor();
+           }},
+    Medida{.nombre = "memoria_plazo_segundos",
+           .ayuda = "How long the memory does without a download, from the last sample on",
+           .valor = [](E e, D d) -> Valor {
+               const auto p = pronosticoDe(e.observada, d);
+               return p ? Valor(std::chrono::seconds(p->plazo).count()) : Valor();
+           }},
+    Medida{.nombre = "sin_copiar_imagenes",
+           .ayuda = "Images that the other archive lacks",
+           .valor = [](E e, D) { return e.observada.sinCopiar; }},
+};
+
+// Of a station with a label more: which one.
+constexpr Medida kAviso = {
+    .nombre = "aviso", .ayuda = "Whether the station has this warning", .valor = nullptr};
+
+void encabezar(std::string& texto, std::string_view nombre, std::string_view ayuda) {
+    texto +=
+        fmt::format("# HELP telvane_historico_{0} {1}\n# TYPE telvane_historico_{0} gauge\n", nombre, ayuda);
+}
+
+bool avisa(const EstadoEstacion& estado, ClaseAviso clase) {
+    return std::ranges::any_of(estado.avisos,
+                               [&](const AvisoEstacion& aviso) { return aviso.clase == clase; });
+}
+
+}  // namespace
+
+std::string estadoJson(const std::vector<EstadoEstacion>& estaciones) {
+    ordered_json lista = ordered_json::array();
+    for (const auto& estado : estaciones) lista.push_back(objeto(estado));
+    const ordered_json todo{{"estaciones", std::move(lista)}};
+    return todo.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+std::string estadoParaPersonas(const std::vector<EstadoEstacion>& estaciones) {
+    if (estaciones.empty()) return "No hay ninguna estación en el archivo.\n";
+    std::string texto;
+    for (const auto& estado : estaciones) {
+        const auto& e = estado.observada.estacion;
+        const auto datos = datosDe(e);
+        const auto& r = e.resumen;
+        if (!texto.empty()) texto += '\n';
+        texto += fmt::format("Estación {}\n  Ubicación:   {}\n  Usuario:     {}\n", e.nombre, datos.ubicacion,
+                             datos.usuario);
+        texto += datos.intervalo ? fmt::format("  Intervalo:   {} minutos\n", *datos.intervalo)
+                                 : std::string("  Intervalo:   desconocido\n");
+        texto += fmt::format("  Muestras:    {}\n", r.muestras);
+        if (r.desde)
+            texto += fmt::format("  Desde:       {}\n  Hasta:       {}\n", isoDe(*r.desde), isoDe(*r.hasta));
+        texto += fmt::format("  Imágenes:    {}\n  Huecos:      {}\n  Conflictos:  {}\n  Incorporada: {}\n",
+                             r.imagenes, r.huecos, r.conflictos, isoDe(r.incorporada));
+        for (const auto& aviso : estado.avisos)
+            texto += fmt::format("  Aviso:       {} ({})\n", aviso.texto, codigoDe(aviso.clase));
+    }
+    return texto;
+}
+
+std::string estadoPrometheus(const std::vector<EstadoEstacion>& estaciones) {
+    std::vector<DatosDeEstacion> datos;
+    std::vector<std::string> etiquetas;
+    for (const auto& estado : estaciones) {
+        const auto& e = estado.observada.estacion;
+        datos.push_back(datosDe(e));
+        etiquetas.push_back(fmt::format(R"(serie="{}",ubicacion="{}")", etiqueta(e.nombre),
+                                        etiqueta(datos.back().ubicacion)));
+    }
+    std::string texto;
+    for (const auto& [nombre, ayuda, valor] : kMedidas) {
+        encabezar(texto, nombre, ayuda);
+        for (std::size_t i = 0; i < estaciones.size(); ++i) {
+            const auto cuanto = valor(estaciones[i], datos[i]);
+            if (cuanto)
+                texto += fmt::format("telvane_historico_{}{{{}}} {}\n", nombre, etiquetas[i], *cuanto);
+        }
+    }
+    encabezar(texto, kAviso.nombre, kAviso.ayuda);
+    for (std::size_t i = 0; i < estaciones.size(); ++i) {
+        for (const auto& [clase, codigo] : kCodigosAviso) {
+            texto += fmt::format("telvane_historico_aviso{{{},codigo=\"{}\"}} {}\n", etiquetas[i], codigo,
+                                 avisa(estaciones[i], clase) ? 1 : 0);
+        }
+    }
+    return texto;
+}
+
+}  // namespace telvane
