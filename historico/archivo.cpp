@@ -38,15 +38,14 @@ EstacionGuardada buscarOCrear(Almacen& almacen, const std::string& nombre, const
     return estacion ? *estacion : almacen.crearEstacion(nombre, serie, esDeVariante(serie));
 }
 
-ImagenGuardada empaquetar(Almacen& almacen, const EstacionGuardada& estacion, BytesImagen bytes,
-                          Imagenes& imagenes) {
+ImagenGuardada empaquetar(const EstacionGuardada& estacion, BytesImagen bytes, Imagenes& imagenes) {
     ImagenGuardada guardada{.bytes = bytes.size(), .base = {}, .profundidad = 0, .datos = {}};
     if (estacion.resumen.masNueva) {
-        const auto base = almacen.imagen(estacion.id, *estacion.resumen.masNueva);
-        const auto* abierta = base ? imagenes.siSeLee(*estacion.resumen.masNueva) : nullptr;
-        if (abierta && !abierta->empty() && base->profundidad < kMasProfunda) {
+        const auto* abierta = imagenes.siSeLee(*estacion.resumen.masNueva);
+        const int profundidad = abierta ? imagenes.profundidad() : kMasProfunda;
+        if (profundidad < kMasProfunda && seParecen(bytes, *abierta)) {
             guardada.base = estacion.resumen.masNueva;
-            guardada.profundidad = base->profundidad + 1;
+            guardada.profundidad = profundidad + 1;
             guardada.datos = comprimir(bytes, *abierta);
             return guardada;
         }
@@ -108,7 +107,7 @@ void exigirQueConcuerde(Almacen& almacen, const EstacionGuardada& estacion, cons
 Incorporacion tomar(Almacen& almacen, EstacionGuardada& estacion, ImagenNueva& imagen, Imagenes& imagenes) {
     std::optional<FichaImagen> masNueva;
     if (estacion.resumen.masNueva) masNueva = almacen.ficha(estacion.id, *estacion.resumen.masNueva);
-    almacen.agregarImagen(estacion.id, imagen.ficha, empaquetar(almacen, estacion, imagen.bytes, imagenes));
+    almacen.agregarImagen(estacion.id, imagen.ficha, empaquetar(estacion, imagen.bytes, imagenes));
     const auto anteriores = [&] {
         auto fichas = almacen.fichas(estacion.id);
         std::erase_if(fichas, [&](const auto& f) { return f.huella == imagen.ficha.huella; });

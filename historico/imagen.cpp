@@ -125,6 +125,15 @@ Trato comparar(BytesImagen una, BytesImagen otra) {
     return 2 * distintos > mismoSello ? Trato::discrepan : Trato::concuerdan;
 }
 
+bool seParecen(BytesImagen una, BytesImagen otra) {
+    std::size_t iguales = 0;
+    const auto hasta = ranurasComunes(una, otra);
+    for (std::size_t ranura = kPrimeraRanura; ranura < hasta; ++ranura) {
+        if (igualesEn(una, otra, ranura)) ++iguales;
+    }
+    return iguales > 0 && 8 * iguales >= hasta - kPrimeraRanura;
+}
+
 bool contiene(BytesImagen entera, BytesImagen parte) {
     bool todas = true;
     recorrerRegistros(parte, [&](std::size_t ranura, BytesMuestraConst) {

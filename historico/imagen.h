@@ -69,6 +69,9 @@ std::optional<Instante> relojDe(BytesImagen imagen);
 enum class Trato { ajenas, concuerdan, discrepan };
 Trato comparar(BytesImagen una, BytesImagen otra);
 
+// Whether one of them says much of the other: an eighth of the slots that both have are the same.
+bool seParecen(BytesImagen una, BytesImagen otra);
+
 // Whether every sample of the part stands in the same slot of the other.
 bool contiene(BytesImagen entera, BytesImagen parte);
 

@@ -15,9 +15,9 @@ const Imagenes::Abierta* Imagenes::buscar(const Huella& huella) {
     return &abiertas_.front();
 }
 
-const Imagenes::Abierta& Imagenes::recordar(const Huella& huella, std::vector<std::uint8_t> bytes) {
+const Imagenes::Abierta& Imagenes::recordar(Abierta abierta) {
     constexpr std::size_t kAbiertas = 4;
-    abiertas_.push_front({huella, std::move(bytes)});
+    abiertas_.push_front(std::move(abierta));
     if (abiertas_.size() > kAbiertas) {
         libre_ = std::move(abiertas_.back().bytes);
         abiertas_.pop_back();
@@ -52,12 +52,15 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
             auto bytes = std::exchange(libre_, {});
             bytes.resize(guardada.bytes);
             descompresor_.abrir(guardada.datos, base, bytes);
-            if (huellaDe(bytes) != cual) throw danada("su SHA-256 no es el suyo");
-            abierta = &recordar(cual, std::move(bytes));
+            abierta =
+                &recordar({.huella = cual, .bytes = std::move(bytes), .profundidad = guardada.profundidad});
         } catch (const ErrorCompresion& error) {
             throw danada(error.what());
         }
     }
+    // Of a chain the last one tells: it is whole where all of them are.
+    if (!abierta->comprobada && huellaDe(abierta->bytes) != huella) throw danada("su SHA-256 no es el suyo");
+    abiertas_.front().comprobada = true;
     return abierta->bytes;
 }
 

@@ -25,14 +25,18 @@ class Imagenes {
     const std::vector<std::uint8_t>& bytes(const Huella& huella);
     // The same; nullptr instead of ErrorImagen. What is new can be taken in beside a damaged image.
     const std::vector<std::uint8_t>* siSeLee(const Huella& huella);
+    // How many images the one that was read last is packed upon.
+    int profundidad() const { return abiertas_.front().profundidad; }
 
    private:
     struct Abierta {
         Huella huella;
         std::vector<std::uint8_t> bytes;
+        int profundidad = 0;
+        bool comprobada = false;  // known to be what its fingerprint says
     };
     const Abierta* buscar(const Huella& huella);
-    const Abierta& recordar(const Huella& huella, std::vector<std::uint8_t> bytes);
+    const Abierta& recordar(Abierta abierta);
 
     Almacen& almacen_;
     IdEstacion estacion_;
