@@ -4,6 +4,7 @@ namespace telvane {
 
 std::vector<std::string> Marcas::lista() const {
     std::vector<std::string> todas;
+    if (ninguna()) return todas;
     for (std::size_t canal = 0; canal < kCanales; ++canal) {
         for (std::size_t marca = 0; marca < kMarcas; ++marca) {
             if (!tiene(static_cast<Canal>(canal), static_cast<Marca>(marca))) continue;

@@ -100,10 +100,15 @@ void recorrerDeAparte(Lectura& lectura, const EstacionGuardada& estacion, const 
 // The marks of a sample follow from what surrounds it, so that all of the station's are looked at.
 void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
                         Tablero& tablero) {
+    struct Marcada {
+        BytesMuestra registro;
+        Marcas marcas;
+    };
+    Relevo<Marcada> escritor([&](const Marcada& m) { tablero.muestra(m.registro, m.marcas); });
     std::deque<BytesMuestra> enCola;
     Marcador marcador(*peticion.calidad, [&](const Juzgada& juzgada) {
         if (esta(peticion.periodo, juzgada.observacion.instante)) {
-            tablero.muestra(enCola.front(), juzgada.marcas);
+            escritor.dar({enCola.front(), juzgada.marcas});
         }
         enCola.pop_front();
     });
@@ -112,6 +117,7 @@ void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, cons
         marcador.agregar({m.instante, medidas(m.registro), m.conflicto});
     });
     marcador.terminar();
+    escritor.terminar();
 }
 
 }  // namespace

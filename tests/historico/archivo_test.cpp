@@ -198,6 +198,21 @@ TEST_P(ArchivoPrueba, TheCenturysEnds) {
     exigirComoElOraculo(*almacen, "02080050", {bytes});
 }
 
+TEST_P(ArchivoPrueba, AnImageIsPackedUponOneThatIsLikeIt) {
+    const auto registrada = [&](int desdeMinuto, int cuantos) {
+        const auto hecha = incorporar(ImagenPrueba()
+                                          .reloj(kInicio + std::chrono::minutes(desdeMinuto))
+                                          .serie(0, desdeMinuto, cuantos)
+                                          .bytes());
+        return almacen->imagen(almacen->estacion("02080050")->id, hecha.imagen).value();
+    };
+    EXPECT_FALSE(registrada(0, 8000).base);
+    EXPECT_FALSE(registrada(100'000, 8000).base) << "nothing in it is the same";
+    const auto noche = registrada(100'000, 8144);
+    EXPECT_TRUE(noche.base);
+    EXPECT_EQ(noche.profundidad, 1);
+}
+
 // An image of the station with what happens to images: parts of the series, spoilt bytes, a clock set back,
 // an erased memory, broken-off downloads.
 rc::Gen<std::vector<std::uint8_t>> imagenCualquiera() {

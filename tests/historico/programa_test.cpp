@@ -77,7 +77,9 @@ TEST_P(Consulta, AnswersAsItStands) {
     Proceso incorporar(
         {TELVANE_HISTORICO, "--en", carpeta / "historico.sqlite", "incorporar", guardar("a.rgt", imagen)});
     ASSERT_EQ(incorporar.terminar(), 0) << incorporar.errores();
-    Proceso consulta({"/bin/sh", "-c", "cd \"$0\" && " + GetParam(), carpeta.ruta().string()});
+    // The system's own programs, whatever else this machine has.
+    Proceso consulta(
+        {"/bin/sh", "-c", "PATH=/usr/bin:/bin; cd \"$0\" && " + GetParam(), carpeta.ruta().string()});
     EXPECT_EQ(consulta.terminar(), 0);
     EXPECT_EQ(consulta.errores(), "");
     EXPECT_NE(consulta.salida(), "");

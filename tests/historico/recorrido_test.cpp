@@ -95,6 +95,30 @@ TEST(RecorridoDeUnArchivo, GoesPastADamagedImage) {
     EXPECT_EQ(filas, 300);
 }
 
+TEST(RecorridoDeUnArchivo, OfAChainTheEndTellsOfADamageBelow) {
+    const CarpetaTemporal carpeta;
+    const auto hecha = [&] {
+        const auto almacen = AlmacenSqlite::abrirParaEscribir(carpeta / "h.sqlite", true, {});
+        Archivo archivo(*almacen);
+        archivo.incorporar(ImagenPrueba().serie(0, 0, 100).bytes(), {}, {});
+        return archivo.incorporar(ImagenPrueba().serie(0, 0, 150).bytes(), {}, {});
+    }();
+    // Another one of the same length in place of the first.
+    const auto otra = comprimir(ImagenPrueba().serie(0, 7, 100).bytes());
+    sqlite3* base = nullptr;
+    ASSERT_EQ(sqlite3_open((carpeta / "h.sqlite").c_str(), &base), SQLITE_OK);
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(base, "UPDATE contenidos SET datos=?1 WHERE base IS NULL", -1, &s, nullptr);
+    sqlite3_bind_blob(s, 1, otra.data(), static_cast<int>(otra.size()), SQLITE_STATIC);
+    EXPECT_EQ(sqlite3_step(s), SQLITE_DONE);
+    sqlite3_finalize(s);
+    sqlite3_close(base);
+    const auto almacen = AlmacenSqlite::abrirParaLeer(carpeta / "h.sqlite", {});
+    Imagenes imagenes(*almacen, almacen->estacion("02080050")->id);
+    EXPECT_THROW(imagenes.bytes(hecha.imagen), ErrorImagen);
+    EXPECT_THROW(imagenes.bytes(hecha.imagen), ErrorImagen) << "nor from what is at hand";
+}
+
 TEST(ConvienenImagenes, ForThePartOfAStationThatHasManyRows) {
     EstacionGuardada estacion;
     EXPECT_FALSE(convienenImagenes(estacion, kPrimerMomento, kUltimoMomento));
