@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "calidad/marcas.h"
@@ -64,14 +66,20 @@ constexpr int decimalesDe(Canal canal) {
 struct MarcaInformada {
     std::string_view id;
     std::string_view nombre;
+    std::string_view varios;
     std::string_view forma;
     std::string_view explicacion;
 };
 inline constexpr std::array<MarcaInformada, kMarcas> kMarcasInformadas = {{
-    {"rango", "fuera de rango", "cuadrado",
+    {"rango", "fuera de rango", "fuera de rango", "cuadrado",
      "un valor que el tiempo no da; queda fuera de extremos, medias y sumas"},
-    {"salto", "salto", "anillo", "cambia más de lo creíble desde la muestra anterior"},
-    {"fijo", "fijo", "punto", "no se mueve durante horas"},
+    {"salto", "salto", "saltos", "anillo", "cambia más de lo creíble desde la muestra anterior"},
+    {"fijo", "fijo", "fijos", "punto", "no se mueve durante horas"},
 }};
+
+// "1 salto", "3 saltos".
+inline std::string cuantas(std::int64_t cuenta, const MarcaInformada& marca) {
+    return std::to_string(cuenta) + ' ' + std::string(cuenta == 1 ? marca.nombre : marca.varios);
+}
 
 }  // namespace telvane::informe

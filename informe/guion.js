@@ -91,6 +91,16 @@ function rotuloDeTiempo(f, grano, opciones) {
   return t.getUTCDate() + ' ' + MESES[t.getUTCMonth()];
 }
 
+// Round values, at most six, as the drawings have them.
+function marcasDe(decimales) {
+  return function (a, b) {
+    var unidad = Math.pow(10, -decimales), paso = unidad, i = 0, v, l = [];
+    while ((b - a) / paso > 5.5) paso = unidad * [1, 2, 5][++i % 3] * Math.pow(10, Math.floor(i / 3));
+    for (v = Math.ceil(a / paso - 1e-9); v * paso <= b + 1e-9 * paso; v++) l.push({ v: v * paso, label: (v * paso).toFixed(paso < 1 ? Math.min(decimales, Math.ceil(-Math.log10(paso) - 1e-9)) : 0) });
+    return l;
+  };
+}
+
 function leer(id, c, i, lugar) {
   var e = Math.pow(10, c.d), texto = '', f = graficos[0] && c.filas[i];
   if (!f) return;
@@ -122,7 +132,7 @@ function crear(id, ultimo) {
     labels: c.barras ? ['t', 'barras', 'total'] : ['t', 'valor'], labelsUTC: true, legend: 'never', animatedZooms: false, customBars: !!c.x,
     colors: c.barras ? [propio, tinta] : [propio], fillAlpha: 0.28, strokeWidth: 1.5, gridLineColor: color('--raya'), axisLineColor: color('--raya'), axisLabelFontSize: 12, highlightCircleSize: 3,
     dateWindow: [desde, desde + d.dura * 1000], xRangePad: 0, rightGap: c.barras ? 0 : 10,
-    axes: { x: { axisLabelFormatter: rotuloDeTiempo, axisLabelWidth: 62, pixelsPerLabel: 74 }, y: { axisLabelWidth: 36, pixelsPerLabel: 34 }, y2: { axisLabelWidth: 36, drawGrid: false, independentTicks: true, pixelsPerLabel: 34 } },
+    axes: { x: { axisLabelFormatter: rotuloDeTiempo, axisLabelWidth: 56, pixelsPerLabel: 58 }, y: { axisLabelWidth: 36, ticker: marcasDe(c.d) }, y2: { axisLabelWidth: 36, drawGrid: false, independentTicks: true, ticker: marcasDe(c.d) } },
     underlayCallback: sombrear,
     zoomCallback: function (a, b) { ajustarTodos([a, b]); },
     drawCallback: function (g, primera) { if (!primera) ajustarTodos(g.xAxisRange()); },

@@ -140,8 +140,7 @@ std::string enPalabras(const CanalInformado& canal, const Informe& informe) {
                              valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
     }
     for (std::size_t m = 0; m < kMarcas; ++m) {
-        if (cuenta.marcados[m] > 0)
-            texto += fmt::format(" {} {}.", cuenta.marcados[m], kMarcasInformadas[m].nombre);
+        if (cuenta.marcados[m] > 0) texto += " " + cuantas(cuenta.marcados[m], kMarcasInformadas[m]) + ".";
     }
     return texto;
 }

@@ -93,16 +93,16 @@ std::string direccion(const Cuentas& c) {
     return grados ? numero(*grados, 0) + "º" : std::string(kNada);
 }
 
-// "temperatura: 2 fuera de rango, 3 salto".
+// "temperatura: 2 fuera de rango, 3 saltos".
 std::string marcasDe(const Cuentas& c, bool evaporacion) {
     std::string texto;
     for (const auto& canal : kCanalesInformados) {
         if (canal.canal == Canal::evaporacion && !evaporacion) continue;
         std::string suyas;
         for (std::size_t m = 0; m < kMarcas; ++m) {
-            const auto cuantas = c[canal.canal].marcados[m];
-            if (cuantas == 0) continue;
-            suyas += fmt::format("{}{} {}", suyas.empty() ? "" : ", ", cuantas, kMarcasInformadas[m].nombre);
+            const auto cuenta = c[canal.canal].marcados[m];
+            if (cuenta == 0) continue;
+            suyas += (suyas.empty() ? "" : ", ") + cuantas(cuenta, kMarcasInformadas[m]);
         }
         if (!suyas.empty()) texto += fmt::format("{}{}: {}", texto.empty() ? "" : "; ", canal.id, suyas);
     }
@@ -394,7 +394,7 @@ std::string tablaDeClima(const ClimaDelMes& clima) {
 
 std::string tablaDeMarcas(const Informe& informe, bool evaporacion) {
     Tabla tabla("Valores marcados", "datos");
-    tabla.cabecera({"Canal", "fuera de rango", "salto", "fijo"});
+    tabla.cabecera({"Canal", "fuera de rango", "saltos", "fijos"});
     for (const auto& canal : kCanalesInformados) {
         if (canal.canal == Canal::evaporacion && !evaporacion) continue;
         tabla.fila(canal.nombre);

@@ -14,6 +14,8 @@ mkdir -p "$carpeta/bin" "$carpeta/datos/telvane"
 ln -s "$2" "$carpeta/bin/telvane-historico"
 # Keeps what it was to open, and tells that it did.
 mkfifo "$carpeta/abierto"
+# Held open, because an opener that is slow to close would be the next reader's end of file.
+exec 7<>"$carpeta/abierto"
 cat >"$carpeta/bin/xdg-open" <<ABRIDOR
 #!/bin/sh
 echo "\$1" >"$carpeta/abierto"
@@ -29,7 +31,7 @@ abre() {
     local esperado=$carpeta/cache/telvane/$1 abierto
     shift
     sh "$raiz/packaging/escritorio/telvane-informe" "$@" &
-    read -r -t 60 abierto <"$carpeta/abierto" || fallar "nada se abrió"
+    read -r -t 60 -u 7 abierto || fallar "nada se abrió"
     [ "$abierto" = "$esperado" ] || fallar "se abrió $abierto, no $esperado"
     wait $! && estado=0 || estado=$?
 }
