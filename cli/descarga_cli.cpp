@@ -58,7 +58,7 @@ class Descargador {
         }
     }
 
-    Bytes correr();
+    ImagenDescargada correr();
 
    private:
     void decirAnterior();
@@ -75,6 +75,7 @@ class Descargador {
     std::optional<ArchivoParcial> parcial_;
     Bytes imagen_;    // of the running attempt
     Bytes anterior_;  // of the attempt that got furthest before it
+    int gastados_ = 0;
 };
 
 void Descargador::decirAnterior() {
@@ -93,7 +94,7 @@ void Descargador::recibir(RegistradorCli::Bloque bloque) {
     }
 }
 
-Bytes Descargador::correr() {
+ImagenDescargada Descargador::correr() {
     try {
         decirAnterior();
         leerHastaQueValga();
@@ -102,7 +103,7 @@ Bytes Descargador::correr() {
         decirResto();
         throw;
     }
-    return std::move(imagen_);
+    return {.bytes = std::move(imagen_), .reintentos = gastados_};
 }
 
 void Descargador::leerHastaQueValga() {
@@ -118,6 +119,7 @@ void Descargador::leerHastaQueValga() {
             continue;
         }
         reintentos.gastar(fallo);
+        ++gastados_;
     }
 }
 
@@ -157,8 +159,8 @@ void Descargador::decirResto() {
 
 }  // namespace
 
-std::vector<std::uint8_t> descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
-                                          const PeticionDescarga& peticion) {
+ImagenDescargada descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
+                                 const PeticionDescarga& peticion) {
     const auto despierta =
         entorno.inhibidor ? entorno.inhibidor->inhibir(std::string(textos::kPorQueDespierta)) : nullptr;
     return Descargador(entorno, consola, registrador, peticion).correr();

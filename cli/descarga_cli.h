@@ -22,12 +22,17 @@ struct PeticionDescarga {
     int reintentos = 2;           // attempts beyond those that are needed
 };
 
+struct ImagenDescargada {
+    std::vector<std::uint8_t> bytes;  // 262144
+    int reintentos = 0;               // attempts that broke off or contradicted another
+};
+
 // Downloads the memory, telling its progress. Each block is on the disk as it comes (see ArchivoParcial). An
 // attempt that breaks off starts again from the first block; where two images overlap they are compared,
-// because the line carries no checksum. Returns the 262144 bytes. When it ends in an exception, the user has
+// because the line carries no checksum. When it ends in an exception, the user has
 // been told what is left in the partial file.
-std::vector<std::uint8_t> descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
-                                          const PeticionDescarga& peticion);
+ImagenDescargada descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
+                                 const PeticionDescarga& peticion);
 
 // Tells when the configuration that was read says another serial number: the image's own counts.
 void decirOtraSerie(Consola& consola, const std::string& leida, std::span<const std::uint8_t> imagen);

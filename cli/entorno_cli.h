@@ -1,6 +1,7 @@
 // What the console tool gets from outside besides its console: the logger's side of things.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -17,6 +18,9 @@ struct EquipoCli {
     RaicesSistema raices = {};
     // Keeps the machine awake during a download; none: it may sleep.
     Inhibidor* inhibidor = nullptr;
+    std::function<std::chrono::sys_seconds()> ahoraUtc = [] {
+        return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    };
 };
 
 struct EntornoCli : EntornoConsola, EquipoCli {};

@@ -1,9 +1,11 @@
 #include "cli/linea_registrador.h"
 
+#include <algorithm>
 #include <span>
 
 #include <fmt/format.h>
 
+#include "link/codigos_suceso.h"
 #include "link/conexion_tcp.h"
 #include "link/protocolo.h"
 
@@ -53,6 +55,12 @@ void LineaRegistrador::pausar(Bucle::Duracion duracion) {
 std::size_t LineaRegistrador::esperan() {
     entrada_.llenar(*puerto_);
     return entrada_.esperan();
+}
+
+std::size_t LineaRegistrador::erroresDeLinea() const {
+    const auto sucesos = puerto_->sucesosDeLinea();
+    return static_cast<std::size_t>(
+        std::ranges::count_if(sucesos, [](int codigo) { return codigo >= suceso::kParada; }));
 }
 
 void LineaRegistrador::descartar() {

@@ -26,6 +26,8 @@ class LineaRegistrador {
     void pausar(Bucle::Duracion duracion);
     // Bytes that are here by now.
     std::size_t esperan();
+    // Of how many kinds the line has told errors since the last call.
+    std::size_t erroresDeLinea() const;
     // Forgets what came and was not taken.
     void descartar();
     // The same for what still comes, until nothing has come for this long or the time is over.

@@ -265,7 +265,7 @@ void Configurador::respaldar() {
     peticion.base = destinoDeRespaldo();
     contexto_.consola.aviso("Se descarga la memoria antes de borrarla.");
     const auto imagen =
-        descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), peticion);
+        descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), peticion).bytes;
     decirOtraSerie(contexto_.consola, actual_.Nserie, imagen);
     respaldo_ = peticion.base->pedido;
     contexto_.consola.aviso(fmt::format("Respaldo: {}", nombreVisible(respaldo_)));

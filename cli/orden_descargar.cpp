@@ -3,13 +3,17 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <fmt/format.h>
 
 #include "cli/archivo_parcial.h"
 #include "cli/argumentos.h"
 #include "cli/descarga_cli.h"
+#include "cli/ficha_cli.h"
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
 #include "cli/textos_cli.h"
@@ -18,6 +22,7 @@
 #include "data/archivo_base.h"
 #include "data/conversion.h"
 #include "data/sello.h"
+#include "loggerconfig/pasos_serie.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -27,6 +32,8 @@ namespace {
 struct Opciones {
     std::string base;
     std::string csv;
+    std::string ficha;
+    std::string serie;
     std::string perfil = "estricto";
     std::string espera = "5";
     std::string reintentos = "2";
@@ -43,56 +50,116 @@ SalidaConsola salidaBase(const Opciones& opciones) {
     }
 }
 
-// What both are is known before the logger hears anything.
-void revisarJuntas(const EntornoConsola& entorno, const SalidaConsola& base, const SalidaConsola& csv) {
-    if (base.estandar() && csv.estandar()) {
-        throw ErrorCli(CodigoSalida::malUso, "solo uno de --base y --csv puede ir a la salida");
+struct SalidaNombrada {
+    std::string_view opcion;
+    const SalidaConsola& salida;
+};
+
+// What they are is known before the logger hears anything.
+void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, const SalidaNombrada& otra) {
+    if (una.salida.estandar() && otra.salida.estandar()) {
+        throw ErrorCli(CodigoSalida::malUso,
+                       fmt::format("solo uno de {} y {} puede ir a la salida", una.opcion, otra.opcion));
     }
     const auto cual = [&](const SalidaConsola& salida) {
         return salida.estandar() ? identidad(entorno.salida)
                                  : std::optional(identidad(std::filesystem::path(salida.nombre())));
     };
-    if ((base.archivo() || csv.archivo()) && cual(base) == cual(csv)) {
-        throw ErrorCli(CodigoSalida::malUso,
-                       fmt::format("--base y --csv son el mismo archivo: {}", nombreVisible(csv.nombre())));
+    if ((una.salida.archivo() || otra.salida.archivo()) && cual(una.salida) == cual(otra.salida)) {
+        throw ErrorCli(CodigoSalida::malUso, fmt::format("{} y {} son el mismo archivo: {}", una.opcion,
+                                                         otra.opcion, nombreVisible(otra.salida.nombre())));
     }
 }
 
-void descargar(ContextoCli& contexto, const Opciones& opciones) {
+class Salidas {
+   public:
+    Salidas(const EntornoConsola& entorno, const Opciones& opciones) : base(salidaBase(opciones)) {
+        std::vector<SalidaNombrada> todas = {{"--base", base}};
+        const auto agregar = [&](std::string_view opcion, const std::string& nombre,
+                                 std::optional<SalidaConsola>& salida) {
+            if (nombre.empty()) return;
+            salida.emplace(nombre, reglaDeTabla());
+            for (const auto& otra : todas) revisarJuntas(entorno, otra, {opcion, *salida});
+            todas.push_back({opcion, *salida});
+        };
+        agregar("--csv", opciones.csv, csv);
+        agregar("--ficha", opciones.ficha, ficha);
+    }
+
+    bool algunaEstandar() const {
+        return base.estandar() || (csv && csv->estandar()) || (ficha && ficha->estandar());
+    }
+
+    SalidaConsola base;
     std::optional<SalidaConsola> csv;
-    if (!opciones.csv.empty()) csv.emplace(opciones.csv, reglaDeTabla());
-    const auto base = salidaBase(opciones);
-    if (csv) revisarJuntas(contexto.entorno, base, *csv);
+    std::optional<SalidaConsola> ficha;
+};
+
+// Another logger's memory would be taken for this one's.
+void exigirSerie(const Opciones& opciones, int numero, const std::string& hallada) {
+    if (opciones.serie.empty() || opciones.serie == hallada) return;
+    throw ErrorCli(
+        CodigoSalida::fallo,
+        fmt::format("en COM{} responde el registrador {}, no el {}: revise los cables, o el número", numero,
+                    hallada, opciones.serie));
+}
+
+void escribirFicha(ContextoCli& contexto, const Salidas& salidas, const DatosDeDescarga& datos,
+                   std::span<const std::uint8_t> imagen) {
+    if (salidas.ficha) salidas.ficha->escribir(contexto.entorno, contexto.consola, fichaJson(datos, imagen));
+}
+
+void escribirCsv(ContextoCli& contexto, const Salidas& salidas, const std::string& perfil,
+                 std::span<const std::uint8_t> imagen) {
+    if (!salidas.csv) return;
+    const auto propios = datosDeCabecera(imagen);
+    const auto archivo =
+        Conversor().convertir(imagen, Formato::csv, leerPerfil(perfil), contexto.entorno.reloj.ahora(),
+                              {.leido = {textoConfig(propios), numeroDeSerie(propios.Nserie)}});
+    salidas.csv->escribir(contexto.entorno, contexto.consola, archivo.bytes());
+    contexto.consola.aviso(archivo.recuento.texto());
+}
+
+void descargar(ContextoCli& contexto, const Opciones& opciones) {
+    const Salidas salidas(contexto.entorno, opciones);
+    const auto& base = salidas.base;
     auto& consola = contexto.consola;
-    if (base.estandar() || (csv && csv->estandar())) consola.exigirSalida();
+    if (salidas.algunaEstandar()) consola.exigirSalida();
     if (base.archivo()) ArchivoParcial::revisar(base.destino());
     SesionCli sesion(contexto.entorno, consola, contexto.com);
-    sesion.registrador().espera(std::chrono::seconds(leerEntero(opciones.espera)));
-    sesion.registrador().reintentos(leerEntero(opciones.reintentos));
+    auto& registrador = sesion.registrador();
+    registrador.espera(std::chrono::seconds(leerEntero(opciones.espera)));
+    registrador.reintentos(leerEntero(opciones.reintentos));
     const int numero = sesion.buscar();
     consola.aviso(fmt::format("Registrador en COM{}: se lee la configuración.", numero));
-    const auto datos = sesion.registrador().leerConfiguracion();
+    const auto datos = registrador.leerConfiguracion();
+    exigirSerie(opciones, numero, datos.Nserie);
     consola.aviso(fmt::format("Nro {}: se descarga la memoria.", datos.Nserie));
 
     PeticionDescarga peticion;
     if (base.archivo()) peticion.base = base.destino();
     peticion.verificar = opciones.verificar;
     peticion.reintentos = leerEntero(opciones.reintentos);
-    const auto imagen = descargarImagen(contexto.entorno, consola, sesion.registrador(), peticion);
+    const auto descarga = descargarImagen(contexto.entorno, consola, registrador, peticion);
+    const auto& imagen = descarga.bytes;
     decirOtraCabecera(consola, datos, imagen);
     if (!base.archivo()) {
         base.escribir(contexto.entorno, consola,
                       {reinterpret_cast<const char*>(imagen.data()), imagen.size()});
     }
     if (!base.estandar()) consola.aviso(fmt::format("Archivo base: {}", nombreVisible(base.nombre())));
-    if (!csv) return;
-
-    const auto propios = datosDeCabecera(imagen);
-    const auto archivo = Conversor().convertir(
-        imagen, Formato::csv, leerPerfil(opciones.perfil), contexto.entorno.reloj.ahora(),
-        {.leido = {textoConfig(propios), numeroDeSerie(propios.Nserie)}});
-    csv->escribir(contexto.entorno, consola, archivo.bytes());
-    consola.aviso(archivo.recuento.texto());
+    escribirFicha(contexto, salidas,
+                  {.descargada = contexto.entorno.ahoraUtc(),
+                   .puerto = numero,
+                   .dispositivo = sesion.dispositivo(numero),
+                   .reloj = relojDe(datos),
+                   .relojPc = registrador.momentoDeLectura(),
+                   .verificada = opciones.verificar,
+                   .reintentos = descarga.reintentos,
+                   .erroresDeLinea = registrador.erroresDeLinea(),
+                   .base = base.estandar() ? "" : base.nombre()},
+                  imagen);
+    escribirCsv(contexto, salidas, opciones.perfil, imagen);
 }
 
 }  // namespace
@@ -107,6 +174,14 @@ void declararDescargar(Argumentos& argumentos, ContextoCli& contexto) {
     orden.opcion(opciones->csv, {.nombre = "--csv",
                                  .valor = "ARCHIVO",
                                  .ayuda = "Además, los datos como archivo CSV; - es la salida"});
+    orden.opcion(opciones->ficha, {.nombre = "--ficha",
+                                   .valor = "ARCHIVO",
+                                   .ayuda = "Además, cuándo, de dónde y cómo se descargó, como JSON; - es la "
+                                            "salida"});
+    orden.opcion(opciones->serie, {.nombre = "--serie",
+                                   .valor = "CIFRAS",
+                                   .ayuda = "Número de serie, 8 cifras: otro registrador se rechaza",
+                                   .comprobar = motivoSerie});
     orden.bandera(opciones->reemplazar, "--reemplazar", "El archivo base puede ser uno que ya existe");
     orden.bandera(opciones->verificar, "--verificar", "Descarga dos veces y compara");
     orden.opcion(opciones->espera, {.nombre = "--espera",

@@ -10,6 +10,7 @@
 
 #include "cli/error_intercambio.h"
 #include "cli/reintentos.h"
+#include "cli/reloj_registrador.h"
 #include "consola/codigos_salida.h"
 #include "data/memoria.h"
 #include "data/pasos_descarga.h"
@@ -145,6 +146,8 @@ DatosConfig RegistradorCli::leerConfiguracion() {
 DatosConfig RegistradorCli::leerUnaVez() {
     despertar();
     LineaRegistrador linea(entorno_, puertos_, numero_);
+    const auto antes = entorno_.reloj.ahora();
+    const auto inicio = entorno_.reloj.monotono();
     linea.enviar(kApertura);
     DatosConfig datos;
     for (std::int32_t contador = 1; contador <= kContadorFinLectura; ++contador) {
@@ -161,12 +164,22 @@ DatosConfig RegistradorCli::leerUnaVez() {
         }
         if (const auto aviso = avisoDe(paso.hito); !aviso.empty()) consola_.aviso(aviso);
     }
+    momentoDeLectura_ = masTarde(antes, (entorno_.reloj.monotono() - inicio) / 2);
     return datos;
 }
 
 void RegistradorCli::descargar(const AlBloque& alBloque) {
     despertar();
     LineaRegistrador linea(entorno_, puertos_, numero_);
+    try {
+        recibirMemoria(linea, alBloque);
+    } catch (...) {
+        erroresDeLinea_ += linea.erroresDeLinea();
+        throw;
+    }
+}
+
+void RegistradorCli::recibirMemoria(LineaRegistrador& linea, const AlBloque& alBloque) {
     linea.enviar(kApertura);
     bool bloques = false;
     std::size_t numero = 0;
@@ -208,6 +221,7 @@ void RegistradorCli::recibirBloque(LineaRegistrador& linea, std::uint8_t primero
         }
     }
     // The next block travels while this one goes to the disk.
+    erroresDeLinea_ += linea.erroresDeLinea();
     alBloque(numero, bloque);
 }
 

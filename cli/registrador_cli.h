@@ -16,6 +16,7 @@
 #include "link/protocolo.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
+#include "platform/reloj.h"
 
 namespace telvane {
 
@@ -43,9 +44,14 @@ class RegistradorCli {
     // Attempts beyond the first that a configuration reading has.
     void reintentos(int cuantos) { reintentos_ = cuantos; }
     DatosConfig leerConfiguracion();
+    // What the PC's clock showed when the logger's stood as the last reading says, to half the time that the
+    // reading took.
+    const FechaHora& momentoDeLectura() const { return momentoDeLectura_; }
     // alBloque gets each of the 4096 blocks once it is acknowledged, while the next one travels; one whose
     // acknowledgement cannot leave as well, before the failure is thrown.
     void descargar(const AlBloque& alBloque);
+    // That the line told during all downloads so far, each kind once a block.
+    std::size_t erroresDeLinea() const { return erroresDeLinea_; }
     // mensaje: makes the kBytesMensajeConfig characters once the logger is awake, so that the clock in them
     // is that of their sending. The logger erases its data. enviados counts what was handed to the line, also
     // when an exception ends it; a byte that the port refused is counted, for it may have left.
@@ -82,6 +88,7 @@ class RegistradorCli {
     bool sondear(int numero);
     DatosConfig leerUnaVez();
     void despertar();
+    void recibirMemoria(LineaRegistrador& linea, const AlBloque& alBloque);
     std::uint8_t recibir(LineaRegistrador& linea, std::int32_t contador, std::size_t cuantos = 1);
     void recibirBloque(LineaRegistrador& linea, std::uint8_t primero, std::size_t numero,
                        const AlBloque& alBloque);
@@ -92,6 +99,8 @@ class RegistradorCli {
     Bucle::Duracion espera_ = kEspera;
     int reintentos_ = 2;
     int numero_ = 0;
+    FechaHora momentoDeLectura_;
+    std::size_t erroresDeLinea_ = 0;
 };
 
 }  // namespace telvane

@@ -14,15 +14,18 @@ FechaHora masTarde(const FechaHora& momento, std::chrono::nanoseconds cuanto) {
     return {civil.anio, civil.mes, civil.dia, total - dias};
 }
 
-std::chrono::nanoseconds distancia(const FechaHora& a, const FechaHora& b) {
+std::chrono::nanoseconds adelanto(const FechaHora& a, const FechaHora& b) {
     using namespace std::chrono;
     const auto instante = [](const FechaHora& m) {
         const year_month_day fecha{year(m.anio), month(static_cast<unsigned>(m.mes)),
                                    day(static_cast<unsigned>(m.dia))};
         return local_days(fecha).time_since_epoch() + m.deDia;
     };
-    const nanoseconds diferencia = instante(a) - instante(b);
-    return diferencia < 0ns ? -diferencia : diferencia;
+    return instante(a) - instante(b);
+}
+
+std::chrono::nanoseconds distancia(const FechaHora& a, const FechaHora& b) {
+    return std::chrono::abs(adelanto(a, b));
 }
 
 }  // namespace telvane

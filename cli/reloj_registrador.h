@@ -15,6 +15,8 @@ inline constexpr int kUltimoAnioReloj = 2064;
 // year.
 FechaHora masTarde(const FechaHora& momento, std::chrono::nanoseconds cuanto);
 
+// How much later a is than b; negative: earlier.
+std::chrono::nanoseconds adelanto(const FechaHora& a, const FechaHora& b);
 // How far two clocks are apart.
 std::chrono::nanoseconds distancia(const FechaHora& a, const FechaHora& b);
 

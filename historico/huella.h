@@ -1,21 +1,13 @@
-// By which an image is known: the SHA-256 of its bytes.
+// How a person names an image.
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
+#include "data/huella.h"
+
 namespace telvane {
-
-using Huella = std::array<std::uint8_t, 32>;
-
-Huella huellaDe(std::span<const std::uint8_t> bytes);
-
-// 64 digits, small letters.
-std::string textoDe(const Huella& huella);
 
 // The first digits of a fingerprint, at least 8 and at most 64, as a person writes them.
 class PrincipioDeHuella {

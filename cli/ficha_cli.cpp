@@ -1,0 +1,45 @@
+#include "cli/ficha_cli.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "cli/reloj_registrador.h"
+#include "cli/textos_cli.h"
+#include "data/huella.h"
+#include "loggerconfig/datos_config.h"
+#include "platform/texto_visible.h"
+
+namespace telvane {
+
+namespace {
+
+std::string utcIso(std::chrono::sys_seconds momento) {
+    const auto dia = std::chrono::floor<std::chrono::days>(momento);
+    const std::chrono::year_month_day fecha(dia);
+    return fechaIso({int{fecha.year()}, static_cast<int>(unsigned{fecha.month()}),
+                     static_cast<int>(unsigned{fecha.day()}), momento - dia}) +
+           "Z";
+}
+
+}  // namespace
+
+std::string fichaJson(const DatosDeDescarga& datos, std::span<const std::uint8_t> imagen) {
+    using nlohmann::ordered_json;
+    using namespace std::chrono;
+    const auto desfase = [&] { return round<seconds>(adelanto(*datos.reloj, datos.relojPc)).count(); };
+    ordered_json json;
+    json["descargada"] = utcIso(datos.descargada);
+    json["puerto"] = datos.puerto;
+    json["dispositivo"] = datos.dispositivo.string();
+    json["serie"] = leerCabecera(imagen).digitosSerie;
+    json["reloj"] = datos.reloj ? ordered_json(fechaIso(*datos.reloj)) : ordered_json();
+    json["desfase_s"] = datos.reloj ? ordered_json(desfase()) : ordered_json();
+    json["verificada"] = datos.verificada;
+    json["reintentos"] = datos.reintentos;
+    json["errores_de_linea"] = datos.erroresDeLinea;
+    json["base"] = datos.base.empty() ? ordered_json() : ordered_json(datos.base.filename().string());
+    json["imagen"] = textoDe(huellaDe(imagen));
+    return controlesEscapados(json.dump(2, ' ', false, ordered_json::error_handler_t::replace)) + "\n";
+}
+
+}  // namespace telvane

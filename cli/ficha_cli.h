@@ -1,0 +1,34 @@
+// How an image came from its logger: what the image does not say, written beside it. telvane-historico takes
+// it up with the image (historico/ficha.h).
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "platform/reloj.h"
+
+namespace telvane {
+
+struct DatosDeDescarga {
+    std::chrono::sys_seconds descargada{};  // UTC
+    int puerto = 0;
+    std::filesystem::path dispositivo;
+    std::optional<FechaHora> reloj;  // the logger's; none: it is no date and time
+    FechaHora relojPc;               // when the logger's stood so
+    bool verificada = false;
+    int reintentos = 0;
+    std::size_t erroresDeLinea = 0;
+    std::filesystem::path base;  // empty: no file
+};
+
+// One object: descargada, puerto, dispositivo, serie, reloj, desfase_s, verificada, reintentos,
+// errores_de_linea, base (the file's name without its folder), imagen (SHA-256). serie is the image's own;
+// desfase_s: seconds by which the logger's clock is ahead of the PC's.
+std::string fichaJson(const DatosDeDescarga& datos, std::span<const std::uint8_t> imagen);
+
+}  // namespace telvane
