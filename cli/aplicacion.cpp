@@ -19,6 +19,7 @@ void declararOrdenes(Argumentos& argumentos, ContextoCli& contexto) {
     declararConvertir(argumentos, contexto);
     declararConfigurar(argumentos, contexto);
     declararSerie(argumentos, contexto);
+    declararEstaciones(argumentos, contexto);
     argumentos.programa().pie(
         "Códigos de salida: 0 hecho, 1 fallo, 2 mal uso, 3 sin registrador, 130 interrumpido.");
 }

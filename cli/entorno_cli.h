@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+#include "cli/ejecuciones.h"
 #include "consola/entorno_consola.h"
 #include "link/mapa_com.h"
 #include "link/puerto_serie.h"
@@ -18,6 +19,8 @@ struct EquipoCli {
     RaicesSistema raices = {};
     // Keeps the machine awake during a download; none: it may sleep.
     Inhibidor* inhibidor = nullptr;
+    // Who is asked for runs of the download; none: nobody.
+    Systemctl systemctl = {};
     std::function<std::chrono::sys_seconds()> ahoraUtc = [] {
         return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
     };

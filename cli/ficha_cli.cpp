@@ -11,22 +11,11 @@
 
 namespace telvane {
 
-namespace {
-
-std::string utcIso(std::chrono::sys_seconds momento) {
-    const auto dia = std::chrono::floor<std::chrono::days>(momento);
-    const std::chrono::year_month_day fecha(dia);
-    return fechaIso({int{fecha.year()}, static_cast<int>(unsigned{fecha.month()}),
-                     static_cast<int>(unsigned{fecha.day()}), momento - dia}) +
-           "Z";
-}
-
-}  // namespace
-
 std::string fichaJson(const DatosDeDescarga& datos, std::span<const std::uint8_t> imagen) {
     using nlohmann::ordered_json;
     using namespace std::chrono;
-    const auto desfase = [&] { return round<seconds>(adelanto(*datos.reloj, datos.relojPc)).count(); };
+    // The logger tells whole seconds, those that are over.
+    const auto desfase = [&] { return ceil<seconds>(adelanto(*datos.reloj, datos.relojPc)).count(); };
     ordered_json json;
     json["descargada"] = utcIso(datos.descargada);
     json["puerto"] = datos.puerto;

@@ -9,6 +9,7 @@
 #include "platform/flujos.h"
 #include "platform/reloj.h"
 #include "sistema/inhibidor_logind.h"
+#include "sistema/systemctl.h"
 
 int main(int argc, char** argv) {
     using namespace telvane;
@@ -25,7 +26,8 @@ int main(int argc, char** argv) {
          .salida = flujos.salida,
          .errores = flujos.errores},
         {.abrirPuertos = [&](const MapaCom& mapa) { return std::make_unique<PuertosSistema>(bucle, mapa); },
-         .inhibidor = &inhibidor}};
+         .inhibidor = &inhibidor,
+         .systemctl = preguntarASystemctl}};
     const SenalesConsola senales(bucle, entorno);
     return correrCli(std::vector<std::string>(argv + (argc > 0), argv + argc), entorno);
 }

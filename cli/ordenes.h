@@ -28,6 +28,7 @@ void declararEnLinea(Argumentos& argumentos, ContextoCli& contexto);
 void declararDescargar(Argumentos& argumentos, ContextoCli& contexto);
 void declararConvertir(Argumentos& argumentos, ContextoCli& contexto);
 void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto);
+void declararEstaciones(Argumentos& argumentos, ContextoCli& contexto);
 void declararSerie(Argumentos& argumentos, ContextoCli& contexto);
 
 }  // namespace telvane

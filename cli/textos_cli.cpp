@@ -33,6 +33,14 @@ std::string fechaIso(const FechaHora& momento) {
     return fmt::format("{:04}-{:02}-{:02}T{}", momento.anio, momento.mes, momento.dia, horaLarga(momento));
 }
 
+std::string utcIso(std::chrono::sys_seconds momento) {
+    const auto dia = std::chrono::floor<std::chrono::days>(momento);
+    const std::chrono::year_month_day fecha(dia);
+    return fechaIso({int{fecha.year()}, static_cast<int>(unsigned{fecha.month()}),
+                     static_cast<int>(unsigned{fecha.day()}), momento - dia}) +
+           "Z";
+}
+
 std::string configuracionParaPersonas(const DatosConfig& datos) {
     auto limpios = datos;
     for (auto& campo : limpios.textos) campo = sinControles(campo);

@@ -2,6 +2,7 @@
 // ended by LF.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,9 @@ std::optional<FechaHora> relojDe(const DatosConfig& datos);
 
 // "2026-11-20T17:04:09"
 std::string fechaIso(const FechaHora& momento);
+
+// "2026-11-20T17:04:09Z"
+std::string utcIso(std::chrono::sys_seconds momento);
 
 // Control characters of the logger's texts are left out here, and escaped in JSON.
 std::string configuracionParaPersonas(const DatosConfig& datos);

@@ -7,8 +7,8 @@
 
 #include "consola/proceso_consola.h"
 #include "historico/aplicacion.h"
-#include "historico/contrasena.h"
 #include "platform/bucle_posix.h"
+#include "platform/contrasena.h"
 #include "platform/reloj.h"
 
 int main(int argc, char** argv) {

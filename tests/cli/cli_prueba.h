@@ -101,7 +101,8 @@ class CliPrueba : public testing::Test {
              .errores = erroresAjenos >= 0 ? erroresAjenos : errores.descriptor()},
             {.abrirPuertos = [this](const MapaCom&) { return std::make_unique<Prestados>(puertos); },
              .raices = {carpeta / "dev", carpeta / "sys", carpeta / "proc"},
-             .inhibidor = &inhibidor}};
+             .inhibidor = &inhibidor,
+             .systemctl = systemctl}};
         const auto inicio = bucle.reloj().monotono();
         Bucle::Asidero alarma;
         if (senalTras.first > std::chrono::nanoseconds(0)) {
@@ -116,6 +117,7 @@ class CliPrueba : public testing::Test {
     PuertosSimulados puertos;
     CarpetaTemporal carpeta;
     InhibidorPrueba inhibidor;
+    Systemctl systemctl;
     FlujoEnMemoria entrada;
     std::optional<int> salidaAjena;  // -1: closed when the program started
     int erroresAjenos = -1;

@@ -1,8 +1,8 @@
 // What descargar --ficha tells of a download.
 #include <nlohmann/json.hpp>
 
-#include "cli_prueba.h"
 #include "link/codigos_suceso.h"
+#include "tests/cli/cli_prueba.h"
 
 namespace telvane {
 namespace {

@@ -36,7 +36,7 @@ TEST_F(Ordenes, HelpGoesToTheOutputAndIsNoError) {
 TEST_F(Ordenes, HelpNamesEveryCommand) {
     const auto ayuda = correr({"--help"}).salida;
     for (const auto* orden : {"puertos", "buscar", "configuracion", "en-linea", "descargar", "convertir",
-                              "configurar", "serie"}) {
+                              "configurar", "serie", "estaciones"}) {
         EXPECT_THAT(ayuda, HasSubstr(std::string("\n  ") + orden + " "));
     }
 }

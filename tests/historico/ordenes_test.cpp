@@ -12,8 +12,8 @@
 #include <nlohmann/json.hpp>
 
 #include "historico/aplicacion.h"
-#include "historico/contrasena.h"
 #include "historico/sqlite.h"
+#include "platform/contrasena.h"
 #include "tests/apoyo/bucle_prueba.h"
 #include "tests/historico/banco_historico.h"
 

@@ -25,7 +25,7 @@ ofrece() {
     fallos=$((fallos + 1))
 }
 
-ofrece 'buscar,configuracion,configurar,convertir,descargar,en-linea,puertos,serie' ''
+ofrece 'buscar,configuracion,configurar,convertir,descargar,en-linea,estaciones,puertos,serie' ''
 ofrece 'configuracion,configurar' confi
 ofrece '--com,--help,--version' -
 ofrece '--com,--help,--json' configuracion -
@@ -44,6 +44,6 @@ ofrece '' descargar otra
 ofrece '10=,11=,12=,1=' --com 1
 ofrece '/dev/null' --com 1 = /dev/nul
 ofrece '--base' --com 1 = /dev/null descargar --b
-ofrece 'buscar,configuracion,configurar,convertir,descargar,en-linea,puertos,serie' --com 1 = /dev/null ''
+ofrece 'buscar,configuracion,configurar,convertir,descargar,en-linea,estaciones,puertos,serie' --com 1 = /dev/null ''
 ofrece '--borrar-memoria' configurar --usuario serie --b
 exit $((fallos > 0))

@@ -84,8 +84,8 @@ if [ -n "$ventana" ]; then
 fi
 
 # Every setting of the nightly download, as its reader knows them.
-mapfile -t ajustes < <(sed -n 's/^        \([A-Z]*\))$/\1/p; s/^        \([A-Z]*\)) .*/\1/p' "$raiz/packaging/descarga/descarga-nocturna.in")
-[ ${#ajustes[@]} -ge 5 ] || fallar "la descarga nocturna lee ${#ajustes[@]} ajustes"
+mapfile -t ajustes < <(grep -oE '\{"[A-Z]+", &Lector' "$raiz/cli/ajustes_descarga.cpp" | grep -oE '[A-Z]{2,}' && echo NOMBRE)
+[ ${#ajustes[@]} -ge 9 ] || fallar "la descarga nocturna lee ${#ajustes[@]} ajustes"
 for lengua in es en; do
     for ajuste in "${ajustes[@]}"; do
         grep -q "^\.BI\? $ajuste=" "$raiz/packaging/man/$lengua/telvane-descarga.5" ||

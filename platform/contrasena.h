@@ -1,4 +1,4 @@
-// A password that stands in an address on the command line.
+// A password that stands in the address of an archive.
 #pragma once
 
 #include <algorithm>

@@ -1,0 +1,411 @@
+#include "cli/ajustes_descarga.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "link/mapa_com.h"
+#include "link/puerto_serie.h"
+#include "loggerconfig/pasos_serie.h"
+#include "platform/archivo.h"
+#include "platform/contrasena.h"
+#include "platform/recorte.h"
+#include "platform/texto_visible.h"
+
+namespace telvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kMaximo = 1U << 20U;
+constexpr std::string_view kBlancos = " \t";
+constexpr std::string_view kTcp = "tcp://";
+
+[[noreturn]] void mal(const std::string& que) {
+    throw ErrorAjustes(que);
+}
+
+bool blanco(char c) {
+    return c == ' ' || c == '\t';
+}
+bool cifra(char c) {
+    return c >= '0' && c <= '9';
+}
+
+std::string_view sinBlancos(std::string_view texto) {
+    const auto desde = texto.find_first_not_of(kBlancos);
+    if (desde == std::string_view::npos) return {};
+    return texto.substr(desde, texto.find_last_not_of(kBlancos) + 1 - desde);
+}
+
+std::vector<std::string> palabras(std::string_view texto) {
+    std::vector<std::string> lista;
+    while (!(texto = sinBlancos(texto)).empty()) {
+        const auto fin = std::min(texto.find_first_of(kBlancos), texto.size());
+        lista.emplace_back(texto.substr(0, fin));
+        texto.remove_prefix(fin);
+    }
+    return lista;
+}
+
+// Takes a value's characters one after the other.
+class Valor {
+   public:
+    Valor(std::string_view texto, std::string_view nombre) : resto_(texto), nombre_(nombre) {
+        const char* casa = std::getenv("HOME");
+        if (resto_.starts_with("~/")) {
+            hecho_ = casa ? casa : "";
+            resto_.remove_prefix(1);
+        }
+    }
+
+    std::string leer() {
+        while (!resto_.empty()) {
+            const char c = siguiente();
+            if (comilla_ == '\'') {
+                enSimples(c);
+            } else if (comilla_ == '"') {
+                enDobles(c);
+            } else if (blanco(c)) {
+                exigirFinal();
+                break;
+            } else {
+                suelto(c);
+            }
+        }
+        if (comilla_ != 0) mal("falta la comilla que cierra");
+        return std::move(hecho_);
+    }
+
+   private:
+    char siguiente() {
+        const char c = resto_.front();
+        resto_.remove_prefix(1);
+        return c;
+    }
+    void enSimples(char c) {
+        if (c == '\'') {
+            comilla_ = 0;
+        } else {
+            hecho_ += c;
+        }
+    }
+    void enDobles(char c) {
+        if (c == '"') {
+            comilla_ = 0;
+        } else if (c == '\\' && !resto_.empty()) {
+            const char otro = siguiente();
+            if (std::string_view("\"\\$`").find(otro) == std::string_view::npos) hecho_ += c;
+            hecho_ += otro;
+        } else {
+            exigirQueNoSeEjecute(c);
+            hecho_ += c;
+        }
+    }
+    void suelto(char c) {
+        if (c == '\'' || c == '"') {
+            comilla_ = c;
+        } else if (c == '\\') {
+            if (!resto_.empty()) hecho_ += siguiente();
+        } else {
+            exigirQueNoSeEjecute(c);
+            if (std::string_view(";&|<>()").find(c) != std::string_view::npos)
+                mal(fmt::format("{} sin comillas: escriba {}=\"...\"", c, nombre_));
+            hecho_ += c;
+        }
+    }
+    static void exigirQueNoSeEjecute(char c) {
+        if (c == '$' || c == '`') mal(fmt::format("{} no vale: los ajustes se leen, no se ejecutan", c));
+    }
+    void exigirFinal() const {
+        const auto sobra = sinBlancos(resto_);
+        if (!sobra.empty() && sobra.front() != '#')
+            mal(fmt::format("hay un blanco sin comillas: escriba {}=\"...\"", nombre_));
+    }
+
+    std::string_view resto_;
+    std::string_view nombre_;
+    std::string hecho_;
+    char comilla_ = 0;
+};
+
+// How many digits of a port's number and "=" begin here; 0: none.
+std::size_t largoDeNumero(std::string_view texto) {
+    for (const std::size_t cifras : {1U, 2U}) {
+        const bool todas = texto.size() > cifras && std::ranges::all_of(texto.substr(0, cifras), cifra);
+        if (todas && texto[cifras] == '=') return cifras + 1;
+    }
+    return 0;
+}
+
+// A path may hold blanks; one that is not there and goes on like another pair is that pair, mistyped.
+void exigirUnSoloPuerto(const std::string& par, const std::string& dispositivo) {
+    std::error_code sinMotivo;
+    if (fs::exists(dispositivo, sinMotivo)) return;
+    const auto tras = [&](std::size_t i) { return std::string_view(par).substr(i + 1); };
+    for (std::size_t i = 0; i < par.size(); ++i) {
+        const bool separa = par[i] == ',' || par[i] == ';';
+        const bool otro = (separa && largoDeNumero(tras(i)) > 0) ||
+                          (blanco(par[i]) && (tras(i).starts_with("/") || tras(i).starts_with("tcp:") ||
+                                              tras(i).find('=') != std::string_view::npos ||
+                                              tras(i).find("/dev/") != std::string_view::npos));
+        if (!otro) continue;
+        mal(
+            fmt::format("COM: en \"{}\" parece haber dos puertos: el segundo también se escribe "
+                        "NÚMERO=/DISPOSITIVO, tras un blanco",
+                        par));
+    }
+}
+
+// The first "N=DEVICE": the next one begins at a blank, a number and "=".
+std::string tomarPar(std::string_view& resto) {
+    std::size_t fin = 0;
+    while (fin < resto.size() && !(blanco(resto[fin]) && largoDeNumero(resto.substr(fin + 1)) > 0)) ++fin;
+    const std::string par(sinBlancos(resto.substr(0, fin)));
+    resto = sinBlancos(resto.substr(fin));
+    const auto numero = largoDeNumero(par);
+    const auto dispositivo = par.substr(numero);
+    if (numero == 0 || !(dispositivo.starts_with('/') || dispositivo.starts_with(kTcp))) {
+        mal(fmt::format(
+            "COM: \"{}\" no es NÚMERO=/DISPOSITIVO, por ejemplo 1=/dev/ttyUSB0; ¿falta una barra?", par));
+    }
+    exigirUnSoloPuerto(par, dispositivo);
+    return par;
+}
+
+std::vector<std::string> leerCom(std::string_view valor) {
+    std::vector<std::string> pares;
+    for (auto resto = sinBlancos(valor); !resto.empty();) pares.push_back(tomarPar(resto));
+    try {
+        if (!pares.empty()) static_cast<void>(MapaCom::fijo(pares));
+    } catch (const ErrorPuerto& error) {
+        mal(error.what());
+    }
+    return pares;
+}
+
+bool esPostgres(std::string_view destino) {
+    return destino.starts_with("postgresql://") || destino.starts_with("postgres://");
+}
+
+std::string comoDestino(std::string_view nombre, std::string valor) {
+    if (!valor.starts_with('/') && !esPostgres(valor)) {
+        // The value may hold a password.
+        mal(fmt::format("{}: no empieza por / ni por postgresql://; ¿falta una barra?", nombre));
+    }
+    return valor;
+}
+
+std::string comoHora(std::string valor) {
+    const auto par = [&](std::size_t i, int tope) {
+        return cifra(valor[i]) && cifra(valor[i + 1]) && std::stoi(valor.substr(i, 2)) < tope;
+    };
+    const bool bien = valor.size() == 5 && valor[2] == ':' && par(0, 24) && par(3, 60);
+    if (!bien) mal(fmt::format("HASTA: \"{}\" no vale: es una hora, como 07:00", valor));
+    return valor;
+}
+
+bool esOpcion(const std::string& palabra, std::string_view opcion) {
+    return palabra == opcion || palabra.starts_with(std::string(opcion) + "=");
+}
+
+class Lector {
+   public:
+    Lector(const fs::path& archivo, ClaseAjustes clase) : archivo_(archivo), clase_(clase) {}
+
+    AjustesDescarga leer() {
+        if (deEstacion()) ponerNombreDeArchivo();
+        const auto bytes = contenido();
+        std::string_view resto(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        while (!resto.empty()) {
+            ++linea_;
+            const auto fin = std::min(resto.find('\n'), resto.size());
+            conLinea([&] { tomarLinea(resto.substr(0, fin)); });
+            resto.remove_prefix(std::min(fin + 1, resto.size()));
+        }
+        if (deEstacion() && ajustes_.com.empty())
+            falta("falta COM, el puerto de la estación: COM=1=/dev/ttyUSB0");
+        if (!ajustes_.central.empty() && ajustes_.sinArchivo)
+            falta("CENTRAL copia lo que hay en ARCHIVO: quite CENTRAL, o ponga un archivo en ARCHIVO");
+        return std::move(ajustes_);
+    }
+
+   private:
+    bool deEstacion() const { return clase_ == ClaseAjustes::estacion; }
+    std::string cual() const { return nombreVisible(archivo_); }
+    [[noreturn]] void falta(const std::string& que) const { mal(fmt::format("{}: {}", cual(), que)); }
+
+    template <class Paso>
+    void conLinea(const Paso& paso) const {
+        try {
+            paso();
+        } catch (const ErrorAjustes& error) {
+            mal(fmt::format("{}, línea {}: {}", cual(), linea_, sinControles(error.what())));
+        }
+    }
+
+    std::vector<std::uint8_t> contenido() const {
+        try {
+            return leerArchivo(archivo_, kMaximo);
+        } catch (const ErrorLectura& error) {
+            mal(fmt::format("no se pueden leer los ajustes {}: {}", cual(), error.what()));
+        }
+    }
+
+    void ponerNombreDeArchivo() {
+        ajustes_.nombre = archivo_.stem().string();
+        constexpr std::string_view kValen =
+            "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
+        const bool bien =
+            !ajustes_.nombre.empty() && ajustes_.nombre.find_first_not_of(kValen) == std::string::npos;
+        if (!bien)
+            falta("el nombre de la estación es el del archivo, de letras sin tilde, cifras, - y _: cámbielo");
+    }
+
+    void tomarLinea(std::string_view texto) {
+        if (texto.find('\0') != std::string_view::npos)
+            mal("tiene un byte nulo: guarde el archivo como UTF-8");
+        if (texto.starts_with("\xEF\xBB\xBF"))
+            mal("empieza con una marca invisible (BOM): guarde el archivo como UTF-8 sin ella");
+        if (texto.find('\r') != std::string_view::npos)
+            mal("termina en CR LF: guarde el archivo con finales de línea de Unix");
+        texto = sinBlancos(texto);
+        if (texto.empty() || texto.front() == '#') return;
+        const auto igual = texto.find('=');
+        if (igual == std::string_view::npos) mal("se espera NOMBRE=valor");
+        if (texto.starts_with("export ")) return tomarLinea(texto.substr(7));
+        const std::string nombre(texto.substr(0, igual));
+        poner(nombre, texto.substr(igual + 1));
+    }
+
+    using Puesta = void (Lector::*)(std::string);
+    Puesta puestaDe(const std::string& nombre) const {
+        static const std::map<std::string, Puesta> kDeTodas = {{"COM", &Lector::com},
+                                                               {"CARPETA", &Lector::carpeta},
+                                                               {"PERFIL", &Lector::perfil},
+                                                               {"OPCIONES", &Lector::opciones}};
+        static const std::map<std::string, Puesta> kDeEstacion = {{"SERIE", &Lector::serie},
+                                                                  {"ARCHIVO", &Lector::archivo},
+                                                                  {"CENTRAL", &Lector::central},
+                                                                  {"HASTA", &Lector::hasta}};
+        if (const auto una = kDeTodas.find(nombre); una != kDeTodas.end()) return una->second;
+        if (!deEstacion()) {
+            if (nombre == "NOMBRE") return &Lector::comienzo;
+            mal(fmt::format("no hay un ajuste \"{}\": son COM, CARPETA, NOMBRE, PERFIL y OPCIONES", nombre));
+        }
+        if (const auto una = kDeEstacion.find(nombre); una != kDeEstacion.end()) return una->second;
+        mal(fmt::format(
+            "no hay un ajuste \"{}\": son COM, SERIE, CARPETA, ARCHIVO, CENTRAL, PERFIL, HASTA y OPCIONES",
+            nombre));
+    }
+
+    void poner(const std::string& nombre, std::string_view escrito) {
+        const auto puesta = puestaDe(nombre);
+        if (const auto antes = lineas_.find(nombre); deEstacion() && antes != lineas_.end())
+            mal(fmt::format("{} ya está en la línea {}: deje una de las dos", nombre, antes->second));
+        lineas_[nombre] = linea_;
+        (this->*puesta)(leerValor(escrito, nombre));
+    }
+
+    void com(std::string valor) {
+        ajustes_.com = leerCom(valor);
+        if (deEstacion() && ajustes_.com.size() != 1)
+            mal("COM: una estación tiene un puerto, NÚMERO=/DISPOSITIVO o NÚMERO=tcp://MÁQUINA:PUERTO");
+    }
+    void carpeta(std::string valor) {
+        if (!valor.starts_with('/'))
+            mal(fmt::format("CARPETA: \"{}\" no empieza por /; ¿falta una barra?", valor));
+        ajustes_.carpeta = std::move(valor);
+    }
+    void comienzo(std::string valor) {
+        if (valor.empty() || valor.find('/') != std::string::npos)
+            mal(fmt::format("NOMBRE: \"{}\" no vale: es el comienzo de un nombre, sin barras", valor));
+        ajustes_.nombre = std::move(valor);
+    }
+    void perfil(std::string valor) {
+        if (valor != "ampliado" && valor != "estricto")
+            mal(fmt::format("PERFIL: \"{}\" no vale: es ampliado o estricto", valor));
+        if (!ajustes_.perfil.empty()) ajustes_.perfil = std::move(valor);
+    }
+    void serie(std::string valor) {
+        if (const auto motivo = motivoSerie(valor); !motivo.empty())
+            mal(fmt::format("SERIE: \"{}\" no vale: {}", valor, motivo));
+        ajustes_.serie = std::move(valor);
+    }
+    void archivo(std::string valor) {
+        ajustes_.sinArchivo = valor.empty();
+        if (!valor.empty()) ajustes_.archivo = comoDestino("ARCHIVO", guardado(std::move(valor)));
+    }
+    void central(std::string valor) {
+        if (!valor.empty()) ajustes_.central = comoDestino("CENTRAL", guardado(std::move(valor)));
+    }
+    void hasta(std::string valor) { ajustes_.hasta = comoHora(std::move(valor)); }
+
+    // What the settings say themselves is not for the options; a profile there counts instead of PERFIL.
+    void opciones(std::string valor) {
+        ajustes_.opciones = palabras(valor);
+        for (const auto& palabra : ajustes_.opciones) {
+            if (esOpcion(palabra, "--base") || esOpcion(palabra, "--csv"))
+                mal(fmt::format("OPCIONES: {} no vale aquí: los nombres salen de CARPETA y NOMBRE", palabra));
+            if (esOpcion(palabra, "--com"))
+                mal(fmt::format("OPCIONES: {} no vale aquí: escriba COM=", palabra));
+            if (deEstacion() && (esOpcion(palabra, "--ficha") || esOpcion(palabra, "--reemplazar")))
+                mal(fmt::format("OPCIONES: {} no vale aquí: cada descarga la lleva ya, con su nombre",
+                                palabra));
+            if (deEstacion() && esOpcion(palabra, "--serie"))
+                mal(fmt::format("OPCIONES: {} no vale aquí: escriba SERIE=", palabra));
+            if (esOpcion(palabra, "--perfil")) ajustes_.perfil.clear();
+        }
+    }
+
+    // A password is nobody else's.
+    std::string guardado(std::string valor) const {
+        auto tapado = valor;
+        ocultarContrasena(tapado);
+        struct stat datos {};
+        const bool otrosLeen = ::stat(archivo_.c_str(), &datos) != 0 || (datos.st_mode & S_IROTH) != 0;
+        if (tapado != valor && otrosLeen) {
+            mal(fmt::format(
+                "lleva una contraseña y todos pueden leer el archivo: sudo chown root:telvane {0} "
+                "&& sudo chmod 0640 {0}",
+                archivo_.string()));
+        }
+        return valor;
+    }
+
+    fs::path archivo_;
+    ClaseAjustes clase_;
+    std::size_t linea_ = 0;
+    std::map<std::string, std::size_t> lineas_;
+    AjustesDescarga ajustes_;
+};
+
+}  // namespace
+
+std::string AjustesDescarga::dispositivo() const {
+    return com.empty() ? "" : com.front().substr(com.front().find('=') + 1);
+}
+
+bool AjustesDescarga::red() const {
+    const bool puertoEnRed =
+        std::ranges::any_of(com, [](const auto& par) { return par.find("=tcp://") != std::string::npos; });
+    return puertoEnRed || esPostgres(archivo) || esPostgres(central);
+}
+
+std::string leerValor(std::string_view texto, std::string_view nombre) {
+    return Valor(texto, nombre).leer();
+}
+
+AjustesDescarga leerAjustes(const fs::path& archivo, ClaseAjustes clase) {
+    return Lector(archivo, clase).leer();
+}
+
+}  // namespace telvane

@@ -1,0 +1,87 @@
+#include "cli/ejecuciones.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <string_view>
+
+namespace telvane {
+
+namespace {
+
+using Propiedades = std::map<std::string, std::string, std::less<>>;
+
+// "NAME=value" lines, an empty one between two units.
+std::map<std::string, Propiedades> leerUnidades(std::string_view texto) {
+    std::map<std::string, Propiedades> unidades;
+    Propiedades una;
+    const auto cerrar = [&] {
+        if (const auto id = una.find("Id"); id != una.end()) unidades[id->second] = una;
+        una.clear();
+    };
+    while (!texto.empty()) {
+        const auto fin = std::min(texto.find('\n'), texto.size());
+        const auto linea = texto.substr(0, fin);
+        texto.remove_prefix(std::min(fin + 1, texto.size()));
+        const auto igual = linea.find('=');
+        if (linea.empty()) cerrar();
+        if (igual != std::string_view::npos) una.emplace(linea.substr(0, igual), linea.substr(igual + 1));
+    }
+    cerrar();
+    return unidades;
+}
+
+std::string_view propiedad(const Propiedades& unidad, std::string_view nombre) {
+    const auto lugar = unidad.find(nombre);
+    return lugar == unidad.end() ? std::string_view{} : std::string_view(lugar->second);
+}
+
+template <typename Entero>
+std::optional<Entero> numero(std::string_view texto) {
+    Entero valor = 0;
+    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), valor);
+    const bool bien = error == std::errc() && fin == texto.data() + texto.size() && !texto.empty();
+    return bien ? std::optional(valor) : std::nullopt;
+}
+
+// "@1795141023"; nothing for a moment that never was.
+std::optional<std::chrono::sys_seconds> momento(std::string_view texto) {
+    if (!texto.starts_with('@')) return std::nullopt;
+    const auto segundos = numero<std::int64_t>(texto.substr(1));
+    if (!segundos || *segundos <= 0) return std::nullopt;
+    return std::chrono::sys_seconds(std::chrono::seconds(*segundos));
+}
+
+}  // namespace
+
+std::optional<std::map<std::string, Ejecuciones>> ejecucionesDe(const Systemctl& systemctl,
+                                                                const std::vector<std::string>& unidades) {
+    std::map<std::string, Ejecuciones> todas;
+    if (unidades.empty()) return todas;
+    std::vector<std::string> argumentos = {
+        "show", "--timestamp=unix",
+        "--property=Id,ActiveState,NextElapseUSecRealtime,ExecMainStartTimestamp,Result,ExecMainStatus"};
+    for (const auto& unidad : unidades) {
+        argumentos.push_back(unidad + ".timer");
+        argumentos.push_back(unidad + ".service");
+    }
+    const auto texto = systemctl ? systemctl(argumentos) : std::nullopt;
+    if (!texto) return std::nullopt;
+    const auto dichas = leerUnidades(*texto);
+    for (const auto& unidad : unidades) {
+        auto& suya = todas[unidad];
+        if (const auto t = dichas.find(unidad + ".timer"); t != dichas.end()) {
+            suya.encendida = propiedad(t->second, "ActiveState") == "active";
+            suya.proxima = momento(propiedad(t->second, "NextElapseUSecRealtime"));
+        }
+        if (const auto s = dichas.find(unidad + ".service"); s != dichas.end()) {
+            suya.enMarcha = propiedad(s->second, "ActiveState") == "activating";
+            suya.ultima = momento(propiedad(s->second, "ExecMainStartTimestamp"));
+            suya.resultado = propiedad(s->second, "Result");
+            suya.codigo = numero<int>(propiedad(s->second, "ExecMainStatus")).value_or(0);
+        }
+    }
+    return todas;
+}
+
+}  // namespace telvane

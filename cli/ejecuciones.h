@@ -1,0 +1,30 @@
+// When the download of a station ran last and runs next: systemd knows.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace telvane {
+
+// Runs systemctl with these arguments and gives its standard output; nullopt: the machine does not run on it.
+using Systemctl = std::function<std::optional<std::string>(const std::vector<std::string>&)>;
+
+struct Ejecuciones {
+    bool encendida = false;  // its timer waits for the next run
+    bool enMarcha = false;
+    std::optional<std::chrono::sys_seconds> ultima;  // when the last one began
+    std::optional<std::chrono::sys_seconds> proxima;
+    std::string resultado;  // of the last one, in systemd's words: "success", "exit-code", ...
+    int codigo = 0;         // its exit status
+};
+
+// unidades: without ".timer" and ".service". Of one that systemd does not know all is empty. nullopt: nobody
+// can be asked.
+std::optional<std::map<std::string, Ejecuciones>> ejecucionesDe(const Systemctl& systemctl,
+                                                                const std::vector<std::string>& unidades);
+
+}  // namespace telvane

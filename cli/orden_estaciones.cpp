@@ -1,0 +1,249 @@
+// telvane-cli estaciones
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "cli/ajustes_descarga.h"
+#include "cli/ejecuciones.h"
+#include "cli/ordenes.h"
+#include "cli/textos_cli.h"
+#include "consola/codigos_salida.h"
+#include "platform/contrasena.h"
+#include "platform/texto_visible.h"
+
+namespace telvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::ordered_json;
+
+struct Opciones {
+    std::string en = TELVANE_CARPETA_ESTACIONES;
+    std::string valores;
+    bool nocturna = false;
+    bool json = false;
+};
+
+struct Estacion {
+    fs::path archivo;
+    std::optional<AjustesDescarga> ajustes;  // none: they cannot be read
+    std::string error;
+    std::string unidad;
+    std::optional<Ejecuciones> ejecuciones;  // none: nobody knows
+    std::string ultimaImagen;                // name of the newest base file in its folder
+};
+
+std::string carpetaDe(const AjustesDescarga& ajustes) {
+    return ajustes.carpeta.empty() ? (fs::path(TELVANE_CARPETA_DESCARGAS) / ajustes.nombre).string()
+                                   : ajustes.carpeta;
+}
+std::string archivoDe(const AjustesDescarga& ajustes) {
+    if (ajustes.sinArchivo) return {};
+    return ajustes.archivo.empty() ? (fs::path(TELVANE_CARPETA_DESCARGAS) / "historico.sqlite").string()
+                                   : ajustes.archivo;
+}
+std::string sinContrasena(std::string destino) {
+    ocultarContrasena(destino);
+    return destino;
+}
+
+// The moment is in the name: of one station the last name is the newest.
+std::string ultimaImagen(const AjustesDescarga& ajustes) {
+    std::string ultima;
+    std::error_code sinMotivo;
+    fs::directory_iterator lugar(carpetaDe(ajustes), sinMotivo);
+    for (; !sinMotivo && lugar != fs::directory_iterator(); lugar.increment(sinMotivo)) {
+        const auto nombre = lugar->path().filename().string();
+        if (nombre.starts_with(ajustes.nombre + "_2") && nombre.ends_with(".rgt"))
+            ultima = std::max(ultima, nombre);
+    }
+    return ultima;
+}
+
+std::vector<fs::path> archivosDe(const fs::path& carpeta) {
+    std::vector<fs::path> archivos;
+    std::error_code motivo;
+    fs::directory_iterator lugar(carpeta, motivo);
+    for (; !motivo && lugar != fs::directory_iterator(); lugar.increment(motivo)) {
+        const auto& ruta = lugar->path();
+        if (ruta.extension() == ".conf" && !ruta.filename().string().starts_with('.'))
+            archivos.push_back(ruta);
+    }
+    if (motivo && motivo != std::errc::no_such_file_or_directory)
+        throw ErrorCli(CodigoSalida::fallo, fmt::format("no se puede leer la carpeta {}: repita con sudo",
+                                                        nombreVisible(carpeta)));
+    std::ranges::sort(archivos);
+    return archivos;
+}
+
+Estacion leerEstacion(const fs::path& archivo) {
+    Estacion estacion;
+    estacion.archivo = archivo;
+    try {
+        estacion.ajustes = leerAjustes(archivo, ClaseAjustes::estacion);
+        estacion.unidad = fmt::format("telvane-descarga{}@{}", estacion.ajustes->red() ? "-red" : "",
+                                      estacion.ajustes->nombre);
+        estacion.ultimaImagen = ultimaImagen(*estacion.ajustes);
+    } catch (const ErrorAjustes& error) {
+        estacion.error = error.what();
+    }
+    return estacion;
+}
+
+// Whether systemd could be asked.
+bool preguntarCuando(const EntornoCli& entorno, std::vector<Estacion>& estaciones) {
+    std::vector<std::string> unidades;
+    for (const auto& una : estaciones) {
+        if (una.ajustes) unidades.push_back(una.unidad);
+    }
+    const auto todas = ejecucionesDe(entorno.systemctl, unidades);
+    if (!todas) return false;
+    for (auto& una : estaciones) {
+        if (una.ajustes) una.ejecuciones = todas->at(una.unidad);
+    }
+    return true;
+}
+
+ordered_json oNulo(const std::string& texto) {
+    return texto.empty() ? ordered_json() : ordered_json(texto);
+}
+ordered_json oNulo(const std::optional<std::chrono::sys_seconds>& momento) {
+    return momento ? ordered_json(utcIso(*momento)) : ordered_json();
+}
+
+ordered_json objeto(const Estacion& estacion) {
+    ordered_json json;
+    json["nombre"] = estacion.archivo.stem().string();
+    json["ajustes"] = estacion.archivo.string();
+    json["error"] = oNulo(estacion.error);
+    if (!estacion.ajustes) return json;
+    const auto& a = *estacion.ajustes;
+    json["com"] = a.com.front();
+    json["serie"] = oNulo(a.serie);
+    json["carpeta"] = carpetaDe(a);
+    json["archivo"] = oNulo(sinContrasena(archivoDe(a)));
+    json["central"] = oNulo(sinContrasena(a.central));
+    json["unidad"] = estacion.unidad;
+    json["ultima_imagen"] = oNulo(estacion.ultimaImagen);
+    const auto& e = estacion.ejecuciones;
+    json["encendida"] = e ? ordered_json(e->encendida) : ordered_json();
+    json["en_marcha"] = e ? ordered_json(e->enMarcha) : ordered_json();
+    json["ultima"] = e ? oNulo(e->ultima) : ordered_json();
+    json["resultado"] = e && e->ultima ? oNulo(e->resultado) : ordered_json();
+    json["codigo"] = e && e->ultima ? ordered_json(e->codigo) : ordered_json();
+    json["proxima"] = e ? oNulo(e->proxima) : ordered_json();
+    return json;
+}
+
+std::string comoFue(const Ejecuciones& e) {
+    if (e.enMarcha)
+        return fmt::format(", en marcha desde {}", e.ultima ? utcIso(*e.ultima) : "hace un momento");
+    if (!e.ultima) return ", ninguna vez todavía";
+    return fmt::format(", la última {} ({})", utcIso(*e.ultima),
+                       e.resultado == "success" ? "bien" : fmt::format("falló, código {}", e.codigo));
+}
+
+std::string cuandoToca(const Estacion& estacion) {
+    const auto& e = *estacion.ejecuciones;
+    if (!e.encendida) return fmt::format(", apagada: sudo systemctl enable --now {}.timer", estacion.unidad);
+    return e.proxima ? fmt::format(", la próxima {}", utcIso(*e.proxima)) : "";
+}
+
+std::string linea(const Estacion& estacion) {
+    const auto& a = *estacion.ajustes;
+    std::string texto = fmt::format("{}: COM{}", a.nombre, a.com.front());
+    if (!a.serie.empty()) texto += fmt::format(", registrador {}", a.serie);
+    if (estacion.ejecuciones) texto += comoFue(*estacion.ejecuciones) + cuandoToca(estacion);
+    if (!estacion.ultimaImagen.empty()) texto += fmt::format(", última imagen {}", estacion.ultimaImagen);
+    return sinControles(texto) + "\n";
+}
+
+void listar(ContextoCli& contexto, const Opciones& opciones) {
+    auto& consola = contexto.consola;
+    std::vector<Estacion> estaciones;
+    for (const auto& archivo : archivosDe(opciones.en)) estaciones.push_back(leerEstacion(archivo));
+    if (estaciones.empty())
+        consola.aviso(fmt::format("no hay archivos de estación (.conf) en {}", nombreVisible(opciones.en)));
+    if (!preguntarCuando(contexto.entorno, estaciones))
+        consola.aviso("aquí no corre systemd: no se sabe cuándo fue la última vez ni cuándo será la próxima");
+    std::string texto;
+    ordered_json json;
+    json["estaciones"] = ordered_json::array();
+    std::size_t malas = 0;
+    for (const auto& una : estaciones) {
+        json["estaciones"].push_back(objeto(una));
+        if (una.ajustes) {
+            texto += linea(una);
+        } else {
+            ++malas;
+            consola.aviso(una.error);
+        }
+    }
+    consola.resultado(
+        opciones.json
+            ? controlesEscapados(json.dump(2, ' ', false, ordered_json::error_handler_t::replace)) + "\n"
+            : texto);
+    if (malas > 0)
+        throw ErrorCli(CodigoSalida::fallo,
+                       fmt::format("archivos de estación que no se entienden: {}", malas));
+}
+
+// For the program that downloads: one NAME=value a line, as often as it has values.
+void darValores(ContextoCli& contexto, const Opciones& opciones) {
+    const auto clase = opciones.nocturna ? ClaseAjustes::nocturna : ClaseAjustes::estacion;
+    AjustesDescarga a;
+    try {
+        a = leerAjustes(opciones.valores, clase);
+    } catch (const ErrorAjustes& error) {
+        throw ErrorCli(CodigoSalida::malUso, error.what());
+    }
+    std::string texto;
+    const auto dar = [&](std::string_view nombre, const std::string& valor) {
+        if (!valor.empty()) texto += fmt::format("{}={}\n", nombre, valor);
+    };
+    dar("NOMBRE", a.nombre);
+    for (const auto& par : a.com) dar("COM", par);
+    dar("CARPETA", opciones.nocturna && a.carpeta.empty() ? TELVANE_CARPETA_DESCARGAS : carpetaDe(a));
+    dar("PERFIL", a.perfil);
+    for (const auto& palabra : a.opciones) dar("OPCION", palabra);
+    if (!opciones.nocturna) {
+        dar("DISPOSITIVO", a.dispositivo());
+        dar("SERIE", a.serie);
+        dar("ARCHIVO", archivoDe(a));
+        dar("ARCHIVO_PEDIDO", a.archivo.empty() && a.central.empty() ? "" : "si");
+        dar("CENTRAL", a.central);
+        dar("HASTA", a.hasta);
+        dar("RED", a.red() ? "si" : "");
+    }
+    contexto.consola.resultado(texto);
+}
+
+}  // namespace
+
+void declararEstaciones(Argumentos& argumentos, ContextoCli& contexto) {
+    auto orden = argumentos.orden("estaciones", "Muestra las estaciones que se descargan de noche");
+    const auto opciones = std::make_shared<Opciones>();
+    orden.opcion(opciones->en, {.nombre = "--en",
+                                .valor = "CARPETA",
+                                .ayuda = "Carpeta de sus archivos; " TELVANE_CARPETA_ESTACIONES " si falta"});
+    orden.bandera(opciones->json, "--json", "Un objeto JSON");
+    orden.opcion(opciones->valores, {.nombre = "--valores",
+                                     .valor = "ARCHIVO",
+                                     .ayuda = "Los ajustes de ese archivo, para quien descarga"});
+    orden.bandera(opciones->nocturna, "--nocturna",
+                  "El de --valores es el de la descarga de una sola estación");
+    orden.alElegir([&contexto, opciones] {
+        contexto.orden = [&contexto, opciones] {
+            opciones->valores.empty() ? listar(contexto, *opciones) : darValores(contexto, *opciones);
+        };
+    });
+}
+
+}  // namespace telvane

@@ -1,0 +1,14 @@
+// What systemd knows of its units.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace telvane {
+
+// Runs systemctl with these arguments and gives its standard output. nullopt: this machine does not run on
+// systemd, or it does not answer.
+std::optional<std::string> preguntarASystemctl(const std::vector<std::string>& argumentos);
+
+}  // namespace telvane

@@ -1,0 +1,250 @@
+// Files of stations: what is read of them, what is refused and how it is told, and how they are listed.
+#include <sys/stat.h>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/ajustes_descarga.h"
+#include "tests/cli/cli_prueba.h"
+
+namespace telvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+TEST(ValorDeAjuste, IsReadAsAShellReadsItAndNeverRun) {
+    const auto leer = [](const std::string& texto) { return leerValor(texto, "X"); };
+    EXPECT_EQ(leer(""), "");
+    EXPECT_EQ(leer("a"), "a");
+    EXPECT_EQ(leer("'a $b `c` \"d\" \\'"), "a $b `c` \"d\" \\");
+    EXPECT_EQ(leer("\"a \\\" \\\\ \\$ \\` \\n 'b'\""), "a \" \\ $ ` \\n 'b'");
+    EXPECT_EQ(leer("a\\ b\\;c"), "a b;c");
+    EXPECT_EQ(leer("a'b 'c\"d\"e"), "ab cde");
+    EXPECT_EQ(leer("a   # b c"), "a");
+    EXPECT_EQ(leer("a#b"), "a#b");
+    ::setenv("HOME", "/casa", 1);
+    EXPECT_EQ(leer("~/d"), "/casa/d");
+    EXPECT_EQ(leer("'~/d'"), "~/d");
+}
+
+TEST(ValorDeAjuste, WhatCannotBeIsToldWithWhatToWrite) {
+    const auto motivo = [](const std::string& texto) -> std::string {
+        try {
+            leerValor(texto, "X");
+        } catch (const ErrorAjustes& error) {
+            return error.what();
+        }
+        return "";
+    };
+    EXPECT_EQ(motivo("a b"), "hay un blanco sin comillas: escriba X=\"...\"");
+    EXPECT_EQ(motivo("\"a"), "falta la comilla que cierra");
+    EXPECT_EQ(motivo("'a"), "falta la comilla que cierra");
+    for (const auto* orden : {"$(x)", "`x`", "\"$(x)\"", "\"`x`\""})
+        EXPECT_THAT(motivo(orden), HasSubstr("no vale: los ajustes se leen, no se ejecutan")) << orden;
+    for (const auto* orden : {"a;x", "a&x", "a|x", "a<x", "a>x", "(x)"})
+        EXPECT_THAT(motivo(orden), HasSubstr("sin comillas: escriba X=\"...\"")) << orden;
+}
+
+class Estaciones : public CliPrueba {
+   protected:
+    std::string poner(const std::string& nombre, const std::string& texto) {
+        std::ofstream(carpeta / nombre, std::ios::binary) << texto;
+        return carpeta / nombre;
+    }
+    // What is wrong in a file that says this besides its port.
+    std::string motivo(const std::string& texto, const std::string& nombre = "norte.conf") {
+        try {
+            leerAjustes(poner(nombre, texto), ClaseAjustes::estacion);
+        } catch (const ErrorAjustes& error) {
+            return error.what();
+        }
+        return "";
+    }
+    Resultado listar(std::vector<std::string> mas = {}) {
+        mas.insert(mas.begin(), {"estaciones", "--en", carpeta.ruta().string()});
+        return correr(mas);
+    }
+
+    static constexpr auto kPuertoUsb = "COM=1=/dev/ttyUSB0\n";
+};
+
+TEST_F(Estaciones, AFileSaysOneStation) {
+    const auto a =
+        leerAjustes(poner("norte-2.conf",
+                          "# nota\n\n  export COM='4=tcp://[fd00::20]:4001'  # la red\nSERIE=02080050\n"
+                          "CARPETA=/srv/datos\nARCHIVO=/srv/h.sqlite\nCENTRAL=postgresql://yo@s/x\n"
+                          "PERFIL=estricto\nHASTA=06:30\nOPCIONES=\"--verificar --reintentos 5\""),
+                    ClaseAjustes::estacion);
+    EXPECT_EQ(a.nombre, "norte-2");
+    EXPECT_THAT(a.com, ElementsAre("4=tcp://[fd00::20]:4001"));
+    EXPECT_EQ(a.dispositivo(), "tcp://[fd00::20]:4001");
+    EXPECT_EQ(a.serie, "02080050");
+    EXPECT_EQ(a.carpeta, "/srv/datos");
+    EXPECT_EQ(a.archivo, "/srv/h.sqlite");
+    EXPECT_EQ(a.central, "postgresql://yo@s/x");
+    EXPECT_EQ(a.perfil, "estricto");
+    EXPECT_EQ(a.hasta, "06:30");
+    EXPECT_THAT(a.opciones, ElementsAre("--verificar", "--reintentos", "5"));
+    EXPECT_TRUE(a.red());
+    EXPECT_FALSE(leerAjustes(poner("sur.conf", kPuertoUsb), ClaseAjustes::estacion).red());
+    EXPECT_TRUE(leerAjustes(poner("sur.conf", std::string(kPuertoUsb) + "ARCHIVO=postgres://s/x\n"),
+                            ClaseAjustes::estacion)
+                    .red());
+}
+
+TEST_F(Estaciones, WhatCannotBeIsToldWithItsFileAndLine) {
+    const auto tras = [&](const std::string& linea) { return motivo(kPuertoUsb + linea + "\n"); };
+    EXPECT_EQ(
+        tras("CARPTEA=/x"),
+        carpeta /
+            "norte.conf, línea 2: no hay un ajuste \"CARPTEA\": son COM, SERIE, CARPETA, ARCHIVO, CENTRAL, "
+            "PERFIL, HASTA y OPCIONES");
+    EXPECT_THAT(tras("NOMBRE=sur"), HasSubstr("no hay un ajuste \"NOMBRE\""));
+    EXPECT_THAT(tras("norte"), HasSubstr("línea 2: se espera NOMBRE=valor"));
+    EXPECT_THAT(tras("SERIE=02080050\r"), HasSubstr("línea 2: termina en CR LF"));
+    EXPECT_THAT(tras(std::string("PERFIL=am\0pliado", 16)), HasSubstr("línea 2: tiene un byte nulo"));
+    EXPECT_THAT(motivo(std::string("\xEF\xBB\xBF") + kPuertoUsb),
+                HasSubstr("línea 1: empieza con una marca"));
+    EXPECT_THAT(tras("COM=2=/dev/ttyUSB1"),
+                HasSubstr("línea 2: COM ya está en la línea 1: deje una de las dos"));
+    EXPECT_THAT(tras("SERIE=2080050"), HasSubstr("SERIE: \"2080050\" no vale: "));
+    EXPECT_THAT(tras("CARPETA=srv/datos"), HasSubstr("CARPETA: \"srv/datos\" no empieza por /"));
+    EXPECT_THAT(tras("CENTRAL=servidor/x"), HasSubstr("CENTRAL: no empieza por / ni por postgresql://"));
+    EXPECT_THAT(tras("ARCHIVO=\nCENTRAL=/x"), HasSubstr("norte.conf: CENTRAL copia lo que hay en ARCHIVO"));
+    for (const auto* hora : {"24:00", "7:00", "07:60", "07", "", "aa:bb", "-1:00"})
+        EXPECT_THAT(tras(std::string("HASTA=") + hora), HasSubstr("no vale: es una hora, como 07:00"))
+            << hora;
+    for (const auto* opcion : {"--base x", "--csv=x", "--com 1=x", "--ficha x", "--serie 1", "--reemplazar"})
+        EXPECT_THAT(tras(std::string("OPCIONES=\"") + opcion + "\""), HasSubstr("no vale aquí")) << opcion;
+    EXPECT_THAT(motivo(""), HasSubstr("norte.conf: falta COM"));
+    EXPECT_THAT(motivo("COM=1=dev/ttyUSB0\n"),
+                HasSubstr("línea 1: COM: \"1=dev/ttyUSB0\" no es NÚMERO=/DISPOSITIVO"));
+    EXPECT_THAT(motivo("COM=13=/dev/ttyUSB0\n"), HasSubstr("el número va de 1 a 12"));
+    EXPECT_THAT(motivo("COM=1=tcp://servidor\n"), HasSubstr("se espera tcp://MÁQUINA:PUERTO"));
+    EXPECT_THAT(motivo("COM=\"1=/dev/a 2=/dev/b\"\n"), HasSubstr("COM: una estación tiene un puerto"));
+    EXPECT_THAT(motivo("COM=\"1=/dev/a COM2=/dev/b\"\n"), HasSubstr("parece haber dos puertos"));
+    EXPECT_THAT(motivo(kPuertoUsb, "finca norte.conf"),
+                HasSubstr("el nombre de la estación es el del archivo"));
+}
+
+TEST_F(Estaciones, APasswordThatAllCanReadIsRefusedAndNeverShown) {
+    const std::string texto = std::string(kPuertoUsb) + "CENTRAL=postgresql://yo:secreta@s/x\n";
+    const auto archivo = poner("norte.conf", texto);
+    ASSERT_EQ(::chmod(archivo.c_str(), 0644), 0);
+    const auto r = listar({"--json"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("línea 2: lleva una contraseña y todos pueden leer el archivo"));
+    ASSERT_EQ(::chmod(archivo.c_str(), 0640), 0);
+    const auto s = listar({"--json"});
+    EXPECT_EQ(s.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(s.salida, HasSubstr("postgresql://yo:*******@s/x"));
+    EXPECT_THAT(r.errores + r.salida + s.salida + s.errores, Not(HasSubstr("secreta")));
+    // An address without one is nobody's secret.
+    ASSERT_EQ(
+        ::chmod(poner("norte.conf", std::string(kPuertoUsb) + "CENTRAL=postgresql://yo@s/x\n").c_str(), 0644),
+        0);
+    EXPECT_EQ(listar().codigo, CodigoSalida::hecho);
+}
+
+TEST_F(Estaciones, ABrokenFileIsToldAndTheOthersAreListed) {
+    poner("a.conf", kPuertoUsb);
+    poner("b.conf", "COM=1=/dev/ttyUSB1\nSERIE=1\n");
+    poner("c.conf", "COM=2=/dev/ttyUSB2\n");
+    poner("d.txt", "nada");
+    poner(".e.conf", "nada");
+    const auto r = listar();
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.salida, HasSubstr("a: COM1=/dev/ttyUSB0"));
+    EXPECT_THAT(r.salida, HasSubstr("c: COM2=/dev/ttyUSB2"));
+    EXPECT_EQ(std::ranges::count(r.salida, '\n'), 2);
+    EXPECT_THAT(r.errores, HasSubstr("b.conf, línea 2: SERIE"));
+    EXPECT_THAT(r.errores, HasSubstr("archivos de estación que no se entienden: 1"));
+    const auto json = nlohmann::json::parse(listar({"--json"}).salida)["estaciones"];
+    ASSERT_EQ(json.size(), 3U);
+    EXPECT_TRUE(json[0]["error"].is_null());
+    EXPECT_THAT(json[1]["error"].get<std::string>(), HasSubstr("línea 2"));
+}
+
+TEST_F(Estaciones, WithoutSystemdTheyAreListedAndThatIsTold) {
+    poner("a.conf", std::string(kPuertoUsb) + "SERIE=02080050\nCARPETA=" + carpeta.ruta().string() + "\n");
+    poner("a_2026-11-20_021913.rgt", "");
+    poner("a_2026-11-21_021913.rgt", "");
+    const auto r = listar();
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_EQ(r.salida,
+              "a: COM1=/dev/ttyUSB0, registrador 02080050, última imagen a_2026-11-21_021913.rgt\n");
+    EXPECT_THAT(r.errores, HasSubstr("aquí no corre systemd"));
+    EXPECT_TRUE(nlohmann::json::parse(listar({"--json"}).salida)["estaciones"][0]["proxima"].is_null());
+}
+
+TEST_F(Estaciones, SystemdTellsTheLastAndTheNextRun) {
+    poner("a.conf", kPuertoUsb);
+    poner("b.conf", "COM=1=tcp://s:4001\n");
+    poner("c.conf", kPuertoUsb);
+    poner("d.conf", kPuertoUsb);
+    std::vector<std::string> preguntado;
+    systemctl = [&](const std::vector<std::string>& argumentos) {
+        preguntado = argumentos;
+        return std::optional<std::string>(
+            "Result=success\nExecMainStartTimestamp=@1795141023\nExecMainStatus=0\nId=telvane-descarga@a."
+            "service\n"
+            "ActiveState=inactive\n\nNextElapseUSecRealtime=@1795227423\nId=telvane-descarga@a.timer\n"
+            "ActiveState=active\n\nResult=exit-code\nExecMainStartTimestamp=@1795141023\nExecMainStatus=3\n"
+            "Id=telvane-descarga-red@b.service\nActiveState=failed\n\nNextElapseUSecRealtime=\n"
+            "Id=telvane-descarga-red@b.timer\nActiveState=inactive\n\nResult=success\n"
+            "ExecMainStartTimestamp=@1795141023\nId=telvane-descarga@c.service\nActiveState=activating\n");
+    };
+    const auto r = listar();
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(
+        r.salida,
+        "a: COM1=/dev/ttyUSB0, la última 2026-11-20T02:17:03Z (bien), la próxima 2026-11-21T02:17:03Z\n"
+        "b: COM1=tcp://s:4001, la última 2026-11-20T02:17:03Z (falló, código 3), apagada: sudo systemctl "
+        "enable --now telvane-descarga-red@b.timer\n"
+        "c: COM1=/dev/ttyUSB0, en marcha desde 2026-11-20T02:17:03Z, apagada: sudo systemctl enable --now "
+        "telvane-descarga@c.timer\n"
+        "d: COM1=/dev/ttyUSB0, ninguna vez todavía, apagada: sudo systemctl enable --now "
+        "telvane-descarga@d.timer\n");
+    EXPECT_THAT(preguntado, testing::Contains("telvane-descarga-red@b.timer"));
+    EXPECT_THAT(r.errores, IsEmpty());
+    const auto json = nlohmann::json::parse(listar({"--json"}).salida)["estaciones"];
+    EXPECT_EQ(json[0]["proxima"], "2026-11-21T02:17:03Z");
+    EXPECT_EQ(json[1]["codigo"], 3);
+    EXPECT_EQ(json[1]["encendida"], false);
+    EXPECT_EQ(json[2]["en_marcha"], true);
+    EXPECT_TRUE(json[3]["ultima"].is_null());
+}
+
+TEST_F(Estaciones, AFolderThatIsNotThereHoldsNone) {
+    const auto r = correr({"estaciones", "--en", carpeta / "no"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.errores, HasSubstr("no hay archivos de estación (.conf)"));
+}
+
+TEST_F(Estaciones, TheValuesAreForWhoeverDownloads) {
+    const auto archivo = poner("norte.conf", std::string(kPuertoUsb) + "OPCIONES='--perfil estricto'\n");
+    const auto r = correr({"estaciones", "--valores", archivo});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.salida, testing::StartsWith("NOMBRE=norte\nCOM=1=/dev/ttyUSB0\nCARPETA="));
+    EXPECT_THAT(r.salida, HasSubstr("\nOPCION=--perfil\nOPCION=estricto\nDISPOSITIVO=/dev/ttyUSB0\n"));
+    EXPECT_THAT(r.salida, Not(HasSubstr("PERFIL")));
+    poner("norte.conf", "COM=1\n");
+    EXPECT_EQ(correr({"estaciones", "--valores", archivo}).codigo, CodigoSalida::malUso);
+}
+
+// The settings of a single station are read as ever.
+TEST_F(Estaciones, ASingleStationsSettingsMayBeEmptyAndTheLastOfTwoCounts) {
+    const auto leer = [&](const std::string& texto) {
+        return leerAjustes(poner("ajustes", texto), ClaseAjustes::nocturna);
+    };
+    EXPECT_EQ(leer("").nombre, "estacion");
+    EXPECT_EQ(leer("NOMBRE=sur\nNOMBRE=norte\n").nombre, "norte");
+    EXPECT_THAT(leer("COM=\"1=/dev/a 2=/dev/b\"\n").com, ElementsAre("1=/dev/a", "2=/dev/b"));
+    EXPECT_EQ(leer("OPCIONES='--perfil estricto'\nPERFIL=ampliado\n").perfil, "");
+    EXPECT_THROW(leer("SERIE=02080050\n"), ErrorAjustes);
+}
+
+}  // namespace
+}  // namespace telvane

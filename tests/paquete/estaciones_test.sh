@@ -1,0 +1,175 @@
+#!/usr/bin/env bash
+# One station, one file: the units as they are installed, and what they run, against simulated loggers.
+#   estaciones_test.sh BUILD_DIR CMAKE
+set -euo pipefail
+export LC_ALL=C.UTF-8 TZ=UTC
+construccion=$1 cmake=$2
+raiz=$(mktemp -d)
+simuladores=()
+# shellcheck disable=SC2317
+terminar() {
+    [ ${#simuladores[@]} -eq 0 ] || kill "${simuladores[@]}" 2>/dev/null || true
+    rm -rf "$raiz"
+}
+trap terminar EXIT
+fallos=0
+fallar() {
+    echo "FALLO: $*" >&2
+    fallos=$((fallos + 1))
+}
+
+for componente in telvane-cli telvane-historico; do
+    DESTDIR=$raiz "$cmake" --install "$construccion" --component $componente >>"$raiz/instalado.txt"
+done
+uno() { find "$raiz" -name "$1" -not -path "$raiz/datos/*"; }
+programas=$(dirname "$(uno telvane-cli | grep '/bin/')")
+PATH=$programas:$PATH
+export PATH
+guion=$(uno descarga-estacion)
+
+# The units: what they start is there, and they may do little else.
+for unidad in telvane-descarga telvane-descarga-red; do
+    servicio=$(uno "$unidad@.service")
+    sed -E "s#^ExecStart=/#ExecStart=$raiz/#" "$servicio" >"$raiz/$unidad@.service"
+    cp "$(uno "$unidad@.timer")" "$raiz/"
+    systemd-analyze verify --man=no "$raiz/$unidad@norte".{service,timer} >"$raiz/analisis.txt" 2>&1 || true
+    ! grep telvane "$raiz/analisis.txt" || fallar "systemd-analyze: $unidad"
+    systemd-analyze calendar "$(sed -n 's/^OnCalendar=//p' "$raiz/$unidad@.timer")" >/dev/null || fallar "OnCalendar"
+done
+for servicio in telvane-descarga.service telvane-descarga@.service telvane-descarga-red@.service; do
+    systemd-analyze security --offline=true --threshold=20 "$(uno "$servicio" | grep /systemd/)" >"$raiz/analisis.txt" 2>&1 ||
+        fallar "$servicio: $(tail -n 1 "$raiz/analisis.txt")"
+done
+for servicio in telvane-descarga.service telvane-descarga@.service; do
+    grep -qx PrivateNetwork=yes "$(uno "$servicio" | grep /systemd/)" || fallar "$servicio ve la red"
+done
+
+estaciones=$raiz/estaciones datos=$raiz/datos
+mkdir "$estaciones" "$datos" "$raiz/general"
+# Further away than a night: one attempt.
+de_dia=$(date -d '+13 hours' +%H:%M)
+de_noche=$(date -d '+3 hours' +%H:%M)
+# ajustar NAME LINE...
+ajustar() {
+    local nombre=$1
+    shift
+    printf '%s\n' "$@" >"$estaciones/$nombre.conf"
+}
+simular() {
+    telvane-sim --enlace "$raiz/$1" --baudios 0 >"$raiz/$1.txt" &
+    simuladores+=($!)
+    timeout 60 sh -c "until [ -s '$raiz/$1.txt' ]; do sleep 0.1; done"
+}
+# descargar NAME [VARIABLE=VALUE...]: exit status in $estado, standard error in $raiz/errores.
+descargar() {
+    local nombre=$1
+    shift
+    estado=0
+    env -i PATH="$PATH" TZ=UTC TELVANE_ESTACIONES="$estaciones" TELVANE_ESTADO="$raiz/general" TELVANE_PAUSA=1 "$@" \
+        sh "$guion" "$nombre" </dev/null >"$raiz/salida" 2>"$raiz/errores" || estado=$?
+}
+# espera STATUS WHAT [TEXT]: the last run ended so, and said so.
+espera() {
+    [ $estado -eq "$1" ] || fallar "$2: $estado, $(cat "$raiz/errores")"
+    [ $# -lt 3 ] || grep -qF -e "$3" "$raiz/errores" || fallar "$2: $(cat "$raiz/errores")"
+}
+# cuantas ARCHIVE: images in it.
+cuantas() { telvane-historico --en "$1" imagenes --json | wc -l; }
+
+simular COM1
+comunes=("COM=1=$raiz/COM1" "HASTA=$de_dia")
+ajustar norte "${comunes[@]}" SERIE=02080050 "CARPETA=$datos/norte" "ARCHIVO=$datos/h.sqlite" "CENTRAL=$datos/central.sqlite"
+descargar norte
+espera 0 norte
+base=$(find "$datos/norte" -name "norte_$(date +%Y)-*.rgt")
+[ "$(stat -c %s "$base")" = 262144 ] || fallar "norte: base \"$base\""
+[ "$(grep -c '^[0-9][0-9]/' "${base%.rgt}.csv")" -gt 1000 ] || fallar "norte: tabla"
+grep -q "\"imagen\": \"$(sha256sum "$base" | cut -d' ' -f1)\"" "$base.json" || fallar "norte: ficha"
+telvane-historico --en "$datos/central.sqlite" imagenes --json | grep -q '"descarga":{"descargada":"20' ||
+    fallar "la ficha no llegó al archivo central"
+
+# Another logger than the named one.
+ajustar otro "${comunes[@]}" SERIE=02080051 "CARPETA=$datos/otro" "ARCHIVO=$datos/h.sqlite"
+descargar otro
+espera 1 "otro registrador" 'en COM1 responde el registrador 02080050, no el 02080051'
+[ -z "$(find "$datos/otro" -name '*.rgt*')" ] || fallar "de otro registrador quedan archivos"
+[ "$(cuantas "$datos/h.sqlite")" = 1 ] || fallar "otro registrador entró en el archivo"
+
+# What is wrong in a file is told with its line, and nothing is tried again.
+ajustar mala "${comunes[@]}" SERIE=1 "HASTA=$de_noche"
+descargar mala
+espera 2 "ajuste malo" 'mala.conf, línea 3: SERIE: "1" no vale'
+descargar nadie
+espera 2 "estación sin archivo" 'no se pueden leer los ajustes'
+ajustar mala "${comunes[@]}" "CARPETA=$datos/mala" OPCIONES=--no-hay-tal
+descargar mala
+espera 2 "opción mala" '--no-hay-tal'
+
+# The unit without a network does not try what needs one.
+ajustar lejos COM=1=tcp://servidor.invalid:4001
+descargar lejos TELVANE_RED=no
+espera 2 "sin red" 'enable --now telvane-descarga-red@lejos.timer'
+
+# Never two at one port, nor two of one station.
+exec 8>"$raiz/general/.puertos/$(readlink -f "$raiz/COM1" | tr -c '[:alnum:].:\n-' _)"
+flock 8
+descargar norte
+exec 8>&-
+espera 75 "puerto de otra" "el puerto $raiz/COM1 es de otra descarga"
+exec 8>"$datos/norte/.descarga.cerrojo"
+flock 8
+descargar norte
+exec 8>&-
+espera 75 "estación en marcha" 'la descarga anterior de norte no ha terminado'
+
+# What an archive did not take it gets the next time, and no failure of one costs the base file.
+ajustar sur "${comunes[@]}" "CARPETA=$datos/sur" "ARCHIVO=$datos/no/h.sqlite" "CENTRAL=$datos/no/central.sqlite"
+for _ in 1 2; do
+    descargar sur
+    espera 1 "archivo que falta" 'se repite la próxima vez'
+    # Names hold the second.
+    sleep 1
+done
+[ "$(find "$datos/sur" -name '*.rgt' | wc -l)" = 2 ] || fallar "un archivo que falta costó una imagen"
+sort -c "$datos/sur/.por_incorporar" || fallar "las pendientes no están en orden"
+[ "$(wc -l <"$datos/sur/.por_incorporar")" = 2 ] || fallar "pendientes: $(cat "$datos/sur/.por_incorporar")"
+mkdir "$datos/no"
+ajustar sur "${comunes[@]}" "CARPETA=$datos/sur" "ARCHIVO=$datos/no/h.sqlite" "CENTRAL=$datos/tampoco/central.sqlite"
+descargar sur
+espera 1 "central que falta" 'lo que falta en el archivo central se copia la próxima vez'
+[ "$(grep -c 'estación 02080050' "$raiz/salida")" = 3 ] || fallar "pendientes sin incorporar: $(cat "$raiz/salida")"
+! [ -s "$datos/sur/.por_incorporar" ] || fallar "quedan pendientes"
+mkdir "$datos/tampoco"
+sleep 1
+descargar sur
+espera 0 "central que vuelve"
+[ "$(cuantas "$datos/tampoco/central.sqlite")" = "$(cuantas "$datos/no/h.sqlite")" ] || fallar "el central no se puso al día"
+
+# Without the archive's program the images wait; whoever asked for one hears of it.
+mkdir "$raiz/solo"
+ln -s "$programas/telvane-cli" "$raiz/solo/"
+ajustar solo "${comunes[@]}" "CARPETA=$datos/solo"
+descargar solo PATH="$raiz/solo:/usr/bin:/bin"
+espera 0 "sin telvane-historico"
+ajustar solo "${comunes[@]}" "CARPETA=$datos/solo" "ARCHIVO=$datos/h.sqlite"
+sleep 1
+descargar solo PATH="$raiz/solo:/usr/bin:/bin"
+espera 1 "sin telvane-historico" 'hace falta el paquete telvane-historico'
+
+# A logger that is away is tried again after growing pauses until it answers.
+ajustar tarde "COM=1=$raiz/COM2" "HASTA=$de_noche" "CARPETA=$datos/tarde" ARCHIVO=
+descargar tarde &
+tarde=$!
+timeout 60 sh -c "until grep -q 'dentro de 2 s' '$raiz/errores'; do sleep 0.1; done" || fallar "no se intenta otra vez"
+simular COM2
+wait $tarde || true
+[ "$(find "$datos/tarde" -name 'tarde_*.rgt' | wc -l)" = 1 ] || fallar "tarde: $(cat "$raiz/errores")"
+grep -q 'dentro de 1 s' "$raiz/errores" || fallar "las pausas no crecen: $(cat "$raiz/errores")"
+
+# All of them at a glance, the broken one with its line.
+ajustar mala "COM=$raiz/COM1"
+estado=0
+telvane-cli estaciones --en "$estaciones" >"$raiz/salida" 2>"$raiz/errores" || estado=$?
+espera 1 "estaciones" 'mala.conf, línea 1: COM: '
+[ "$(wc -l <"$raiz/salida")" = $(($(find "$estaciones" -name '*.conf' | wc -l) - 1)) ] || fallar "estaciones: $(cat "$raiz/salida")"
+exit $((fallos > 0))
