@@ -5,6 +5,7 @@
 // writes; what was not confirmed has never been.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +16,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -67,6 +69,8 @@ struct EstacionGuardada {
     std::string serie;   // 8 digits
     bool evaporacion = false;
     ResumenEstacion resumen;
+
+    bool esDeSuSerie() const { return nombre == serie || nombre.starts_with(serie + "/"); }
 };
 
 struct FichaImagen {
@@ -108,6 +112,16 @@ struct ImagenGuardada {
     int profundidad = 0;         // images below it
     std::vector<std::uint8_t> datos;
 };
+
+// Of what hangs on a station, and how messages name it.
+struct TablaConEstacion {
+    std::string_view tabla;
+    std::string_view que;
+};
+inline constexpr std::array<TablaConEstacion, 4> kTablasConEstacion = {{{"imagenes", "imágenes"},
+                                                                        {"muestras", "muestras"},
+                                                                        {"testigos", "testigos"},
+                                                                        {"descargas", "descargas"}}};
 
 class Almacen {
    public:
@@ -187,6 +201,8 @@ class Almacen {
     // Makes those of them anew that hold nothing that cannot be derived, and takes away what belongs to no
     // station. Throws ErrorAlmacen where another one is missing.
     virtual void reponer() {}
+    // What belongs to no station, a line each.
+    virtual std::vector<std::string> sinEstacion() = 0;
     // What is wrong with the store itself, a line each.
     virtual std::vector<std::string> defectos() = 0;
 };

@@ -1,7 +1,10 @@
 #include "historico/almacen_postgres.h"
 
 #include <algorithm>
+#include <regex>
+#include <set>
 #include <span>
+#include <sstream>
 #include <utility>
 
 #include <fmt/format.h>
@@ -563,6 +566,70 @@ void AlmacenPostgres::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
     poner(p, f.desde);
     poner(p, f.hasta);
     base_.consultar(kSql, p.entero(f.muestras).entero(f.retrocesos));
+}
+
+// What the statements of the schema make, in their order.
+std::vector<AlmacenPostgres::Parte> AlmacenPostgres::partes() {
+    std::string todo = std::string(esquema_postgres::kTablas) + std::string(esquema_postgres::kVista);
+    for (const auto paso : esquema_postgres::kMigraciones) todo += paso;
+    static const std::regex kParte(R"(^\s*CREATE (TABLE|INDEX|VIEW) (?:IF NOT EXISTS )?(?:telvane\.)?(\w+))");
+    std::vector<Parte> lista;
+    std::istringstream texto(todo);
+    for (std::string sentencia; std::getline(texto, sentencia, ';');) {
+        std::smatch m;
+        if (std::regex_search(sentencia, m, kParte)) lista.push_back({m[1], m[2], sentencia});
+    }
+    return lista;
+}
+
+std::vector<AlmacenPostgres::Parte> AlmacenPostgres::partesPorReponer() {
+    const auto r = base_.consultar(
+        "SELECT c.relname::text FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON "
+        "n.oid=c.relnamespace WHERE n.nspname='telvane'");
+    std::set<std::string> hay;
+    for (int i = 0; i < r.filas(); ++i) hay.insert(r.texto(i, 0));
+    auto deben = partes();
+    std::erase_if(deben, [&](const Parte& parte) { return hay.contains(parte.nombre); });
+    return deben;
+}
+
+std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
+    std::vector<std::string> lista;
+    for (const auto& parte : partesPorReponer()) {
+        lista.push_back(fmt::format("falta {}: repóngalo con rehacer", parte.nombre));
+    }
+    return lista;
+}
+
+void AlmacenPostgres::reponer() {
+    Transaccion transaccion(*this, Modo::escritura);
+    for (const auto& parte : partesPorReponer()) {
+        if (parte.clase == "TABLE" && parte.nombre != "muestras" && parte.nombre != "testigos") {
+            throw ErrorAlmacen(
+                fmt::format("{}: falta {}, que de las imágenes no se obtiene: recupere su copia", nombre(),
+                            parte.nombre));
+        }
+        base_.ejecutar(parte.sql);
+    }
+    base_.ejecutar(
+        "DELETE FROM telvane.muestras WHERE estacion NOT IN (SELECT id FROM telvane.estaciones);"
+        "DELETE FROM telvane.testigos t WHERE estacion NOT IN (SELECT id FROM telvane.estaciones) OR NOT "
+        "EXISTS (SELECT 1 FROM telvane.imagenes i WHERE i.estacion=t.estacion AND i.huella=t.imagen)");
+    transaccion.confirmar();
+}
+
+std::vector<std::string> AlmacenPostgres::sinEstacion() {
+    std::vector<std::string> lista;
+    for (const auto& [tabla, que] : kTablasConEstacion) {
+        const auto cuantas = base_
+                                 .consultar(fmt::format(
+                                     "SELECT count(*) FROM telvane.{} WHERE estacion NOT IN (SELECT id FROM "
+                                     "telvane.estaciones)",
+                                     tabla))
+                                 .entero(0, 0);
+        if (cuantas > 0) lista.push_back(fmt::format("{} de una estación que no está: {}", que, cuantas));
+    }
+    return lista;
 }
 
 std::vector<std::string> AlmacenPostgres::defectos() {

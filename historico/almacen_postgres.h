@@ -54,9 +54,20 @@ class AlmacenPostgres final : public Almacen {
     void vaciarDerivado(IdEstacion estacion) override;
     void corregirEstacion(const EstacionGuardada& estacion) override;
     void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) override;
+    std::vector<std::string> partesQueFaltan() override;
+    void reponer() override;
+    std::vector<std::string> sinEstacion() override;
     std::vector<std::string> defectos() override;
 
    private:
+    // A table, index or view, and how it is made.
+    struct Parte {
+        std::string clase;
+        std::string nombre;
+        std::string sql;
+    };
+    static std::vector<Parte> partes();
+    std::vector<Parte> partesPorReponer();
     // 0: there are no tables yet; -1: what there is does not say.
     std::int64_t version();
     // Makes the tables, or of an older version's those of now.

@@ -665,17 +665,18 @@ void AlmacenSqlite::reponer() {
     transaccion.confirmar();
 }
 
-std::vector<std::string> AlmacenSqlite::defectos() {
+std::vector<std::string> AlmacenSqlite::sinEstacion() {
     std::vector<std::string> lista;
-    const auto sinDueno = [&](std::string_view tabla, std::string_view que) {
+    for (const auto& [tabla, que] : kTablasConEstacion) {
         const auto cuantas = base_.numero(
             fmt::format("SELECT count(*) FROM {} WHERE estacion NOT IN (SELECT id FROM estaciones)", tabla));
         if (cuantas > 0) lista.push_back(fmt::format("{} de una estación que no está: {}", que, cuantas));
-    };
-    sinDueno("imagenes", "imágenes");
-    sinDueno("muestras", "muestras");
-    sinDueno("testigos", "testigos");
-    sinDueno("descargas", "descargas");
+    }
+    return lista;
+}
+
+std::vector<std::string> AlmacenSqlite::defectos() {
+    std::vector<std::string> lista;
     Sentencia s(base_, "PRAGMA integrity_check");
     s.correr([&] {
         const auto texto = s.texto(0);

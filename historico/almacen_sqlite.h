@@ -73,6 +73,7 @@ class AlmacenSqlite final : public Almacen {
     void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) override;
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
+    std::vector<std::string> sinEstacion() override;
     std::vector<std::string> defectos() override;
 
    private:

@@ -186,10 +186,12 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
 
 std::vector<std::string> Archivo::rehacer(const std::function<void()>& alAvanzar) {
     almacen_.reponer();
-    std::vector<std::string> fallos;
+    auto fallos = almacen_.sinEstacion();
     for (const auto& estacion : Lectura(almacen_).estaciones()) {
         try {
-            rehacerUna(estacion.nombre, alAvanzar);
+            if (rehacerUna(estacion.nombre, alAvanzar)) continue;
+            fallos.push_back(fmt::format(
+                "estación {}: su nombre no es el de su número de serie: recupere su copia", estacion.nombre));
         } catch (const ErrorImagen& error) {
             fallos.push_back(fmt::format("estación {}: {}", estacion.nombre, error.what()));
         }
@@ -197,10 +199,10 @@ std::vector<std::string> Archivo::rehacer(const std::function<void()>& alAvanzar
     return fallos;
 }
 
-void Archivo::rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar) {
+bool Archivo::rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar) {
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     auto estacion = almacen_.estacion(nombre);
-    if (!estacion) return;
+    if (!estacion) return true;
     almacen_.vaciarDerivado(estacion->id);
     estacion->resumen = {};
     Imagenes imagenes(almacen_, estacion->id);
@@ -224,6 +226,7 @@ void Archivo::rehacerUna(const std::string& nombre, const std::function<void()>&
     almacen_.corregirEstacion(*estacion);
     almacen_.guardarResumen(estacion->id, estacion->resumen);
     transaccion.confirmar();
+    return estacion->esDeSuSerie();
 }
 
 Archivo::Copia Archivo::copiarDe(Archivo& otro, const std::optional<std::string>& cual,

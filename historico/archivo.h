@@ -43,7 +43,8 @@ class Archivo {
     Incorporacion incorporar(BytesImagen bytes, const Destino& destino, const Procedencia& procedencia);
 
     // Everything that follows from the images anew; one transaction a station. alAvanzar: before each image.
-    // Gives the stations that had to stay as they were, a line each: an image of theirs cannot be read.
+    // Gives what it could not make good, a line each: stations that had to stay as they were, because an
+    // image of theirs cannot be read, and what only a copy can bring back.
     std::vector<std::string> rehacer(const std::function<void()>& alAvanzar);
 
     // Takes over from another archive what is missing here. One transaction an image. estacion: only this
@@ -61,7 +62,8 @@ class Archivo {
     Almacen& almacen() { return almacen_; }
 
    private:
-    void rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
+    // False: the station does not bear its own name.
+    bool rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
     bool tiene(const std::string& nombre, const Huella& huella);
     void copiarDescargas(Archivo& otro, const EstacionGuardada& origen);
     void copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes);

@@ -1,5 +1,6 @@
 // Whether an archive is what its images say.
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 
 #include <fmt/format.h>
@@ -67,8 +68,7 @@ void compararResumenes(const ResumenEstacion& hay, const ResumenEstacion& debe, 
 
 void compararEstaciones(const EstacionGuardada& hay, const EstacionGuardada& debe, Lineas& defectos) {
     if (hay.evaporacion != debe.evaporacion) defectos.emplace_back("la variante no es la de su número");
-    if (hay.nombre != hay.serie && !hay.nombre.starts_with(hay.serie + "/"))
-        defectos.emplace_back("su nombre no es el de su número de serie");
+    if (!hay.esDeSuSerie()) defectos.emplace_back("su nombre no es el de su número de serie");
 }
 
 void compararFichas(const std::vector<FichaImagen>& hay, const std::vector<FichaImagen>& debe,
@@ -103,7 +103,8 @@ std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function
     auto defectos = almacen_.partesQueFaltan();
     // Nothing more can be asked of it.
     if (!defectos.empty()) return defectos;
-    defectos = almacen_.defectos();
+    defectos = almacen_.sinEstacion();
+    std::ranges::move(almacen_.defectos(), std::back_inserter(defectos));
     Archivo deNuevo(prueba);
     for (const auto& estacion : lectura.estaciones()) {
         const auto decir = [&](const Lineas& lineas) {

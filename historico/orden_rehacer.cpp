@@ -13,7 +13,7 @@ void rehacer(ContextoHistorico& contexto) {
     const auto fallos = Archivo(*almacen).rehacer([&] { contexto.atender(); });
     for (const auto& fallo : fallos) contexto.consola.aviso(fallo);
     if (!fallos.empty())
-        throw ErrorCli(CodigoSalida::fallo, fmt::format("estaciones sin rehacer: {}", fallos.size()));
+        throw ErrorCli(CodigoSalida::fallo, fmt::format("queda sin reponer: {}", fallos.size()));
 }
 
 }  // namespace

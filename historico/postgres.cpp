@@ -73,6 +73,10 @@ Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) 
         return {fmt::format(
             "el servidor no da permiso: pídalo para el esquema telvane a quien lo administra ({})", dicho)};
     }
+    if (estado == "23514") {
+        return {fmt::format("a una tabla partida le falta la parte de esta estación: hágala y repita ({})",
+                            dicho)};
+    }
     if (clase == "53") {
         return {fmt::format(
             "al servidor le faltan recursos, quizá espacio en el disco: libérelos y repita ({})", dicho)};

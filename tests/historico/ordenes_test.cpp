@@ -13,6 +13,7 @@
 
 #include "historico/aplicacion.h"
 #include "historico/sqlite.h"
+#include "platform/archivo.h"
 #include "platform/contrasena.h"
 #include "tests/apoyo/bucle_prueba.h"
 #include "tests/historico/banco_historico.h"
@@ -460,6 +461,40 @@ TEST_F(Ordenes, WhateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
     }
     sql("DELETE FROM estaciones");
     EXPECT_THAT(correr({"comprobar"}).salida, HasSubstr("imágenes de una estación que no está: 2"));
+    const auto r = correr({"rehacer"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores, HasSubstr("imágenes de una estación que no está: 2"));
+}
+
+TEST_F(Ordenes, RehacerTellsAStationThatDoesNotBearItsName) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    sql("UPDATE estaciones SET nombre='12345678', serie='12345678'");
+    const auto r = correr({"rehacer"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores, HasSubstr("estación 12345678: su nombre no es el de su número de serie"));
+    EXPECT_THAT(correr({"estado"}).salida, HasSubstr("Muestras:    50")) << "it is made anew all the same";
+}
+
+TEST_F(Ordenes, ATruncatedArchiveIsToldAndLeftAsItIs) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    const auto entero = std::filesystem::file_size(archivo());
+    for (const auto bytes : {std::uintmax_t{50}, std::uintmax_t{100}, std::uintmax_t{4096}, entero / 2,
+                             entero - 4096, entero - 100}) {
+        const std::string corto = carpeta / ("corto" + std::to_string(bytes));
+        std::filesystem::copy_file(archivo(), corto);
+        std::filesystem::resize_file(corto, bytes);
+        const auto antes = leerArchivo(corto, entero);
+        for (const auto& orden : {std::vector<std::string>{"comprobar"}, {"incorporar", imagen()}}) {
+            auto toda = orden;
+            toda.insert(toda.begin(), {"--en", corto});
+            const auto r = correr(toda);
+            EXPECT_EQ(r.codigo, 1) << bytes << orden[0];
+            EXPECT_THAT(r.errores, testing::AnyOf(HasSubstr("está dañado: recupere su copia"),
+                                                  HasSubstr("no es un archivo histórico de Telvane")))
+                << bytes << orden[0];
+        }
+        EXPECT_EQ(leerArchivo(corto, entero), antes) << bytes;
+    }
 }
 
 TEST_F(Ordenes, ASignalEndsTheWaitForALock) {

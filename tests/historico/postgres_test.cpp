@@ -1,4 +1,6 @@
 // A server that goes away, refuses, or is not there.
+#include <future>
+
 #include "historico/biblioteca_postgres.h"
 #include "tests/historico/banco_historico.h"
 
@@ -75,6 +77,81 @@ TEST(Servidor, PostgresqlThatAnotherWritesToIsWaitedForAndTold) {
     EXPECT_THAT(motivoDe([&] { incorporar(otra, 10); }), HasSubstr("otro programa escribe en él"));
     una.abandonar();
     EXPECT_EQ(incorporar(otra, 10).nuevas, 10);
+}
+
+TEST(Servidor, PostgresqlThatAnotherWritesToIsLeftAtOnceByWhoIsInterrupted) {
+    struct Interrumpido {};
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("interrumpida");
+    AlmacenPostgres una(url, true, std::chrono::seconds(1));
+    AlmacenPostgres otra(url, true, std::chrono::minutes(5), [] { throw Interrumpido(); });
+    una.empezar(Almacen::Modo::escritura);
+    const auto inicio = std::chrono::steady_clock::now();
+    EXPECT_THROW(otra.empezar(Almacen::Modo::escritura), Interrumpido);
+    EXPECT_LT(std::chrono::steady_clock::now() - inicio, std::chrono::minutes(1));
+    una.abandonar();
+    otra.abandonar();
+}
+
+TEST(Servidor, PostgresqlTakesTwoImagesAtOnce) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("dos");
+    const auto tomar = [&](int desde) {
+        AlmacenPostgres almacen(url, true, std::chrono::minutes(1));
+        for (int i = 0; i < 5; ++i) {
+            Archivo(almacen).incorporar(ImagenPrueba().serie(0, desde + i * 100, 100).bytes(), {},
+                                        {"prueba", Incorporada(std::chrono::seconds(1))});
+        }
+    };
+    auto otro = std::async(std::launch::async, tomar, 500);
+    tomar(0);
+    otro.get();
+    AlmacenPostgres almacen(url, false, std::chrono::seconds(1));
+    const auto estacion = almacen.estacion("02080050").value();
+    EXPECT_EQ(estacion.resumen.imagenes, 10);
+    EXPECT_EQ(estacion.resumen.muestras, 190);
+    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
+}
+
+TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("partes");
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(1));
+    incorporar(almacen, 10);
+    const auto antes = retrato(almacen);
+    const auto defectos = [&] { return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}); };
+    ASSERT_THAT(defectos(), testing::IsEmpty());
+    for (const std::string cambio :
+         {"DROP TABLE telvane.testigos CASCADE", "DROP TABLE telvane.muestras CASCADE",
+          "DROP VIEW telvane.lecturas", "DROP INDEX telvane.imagenes_parciales",
+          "INSERT INTO telvane.muestras SELECT 9,hora,registro,cuenta FROM telvane.muestras",
+          "INSERT INTO telvane.testigos VALUES(9,'2025-03-01','x',1,'y')"}) {
+        servidor.ejecutar("partes", "SET client_min_messages=error; " + cambio);
+        EXPECT_THAT(defectos(), testing::Not(testing::IsEmpty())) << cambio;
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty()) << cambio;
+        EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
+        EXPECT_EQ(retrato(almacen), antes) << cambio;
+    }
+    servidor.ejecutar("partes", "DELETE FROM telvane.estaciones");
+    EXPECT_THAT(Archivo(almacen).rehacer([] {}),
+                testing::ElementsAre("imágenes de una estación que no está: 1"));
+    servidor.ejecutar("partes", "DROP TABLE telvane.contenidos");
+    EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }),
+                HasSubstr("falta contenidos, que de las imágenes no se obtiene"));
+}
+
+TEST(Servidor, PostgresqlWhoseTableLacksAStationsPartIsTold) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("partida");
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(1));
+    servidor.ejecutar(
+        "partida",
+        "SET client_min_messages=error; DROP TABLE telvane.muestras CASCADE; CREATE TABLE "
+        "telvane.muestras(estacion integer,hora timestamp,registro bytea,cuenta boolean, PRIMARY "
+        "KEY(estacion,hora,registro)) PARTITION BY LIST (estacion)");
+    EXPECT_THAT(motivoDe([&] { incorporar(almacen, 10); }), HasSubstr("le falta la parte de esta estación"));
+    servidor.ejecutar("partida", "CREATE TABLE telvane.m1 PARTITION OF telvane.muestras DEFAULT");
+    EXPECT_EQ(incorporar(almacen, 10).nuevas, 10);
 }
 
 }  // namespace
