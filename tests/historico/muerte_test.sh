@@ -1,20 +1,50 @@
 #!/usr/bin/env bash
 # An incorporation that is killed, or whose disk fails, at each of its system calls that matter: afterwards the image is
-# in whole or not at all, the archive is sound, and the next incorporation succeeds.
-#   muerte_test.sh HISTORICO FIRST.rgt SECOND.rgt
+# in whole or not at all, the archive is sound, whoever may only read it reads one of its states or is told what to do,
+# and the next incorporation succeeds. With "migracion" the archive is of the first version, and is migrated on the way.
+#   muerte_test.sh HISTORICO FIRST.rgt SECOND.rgt HOW_MANY_OF_EACH_CALL [migracion]
 set -euo pipefail
-programa=$1 primera=$2 segunda=$3
-carpeta=$(mktemp -d)
+programa=$1 primera=$2 segunda=$3 cuantas=$4 migracion=${5-}
+# In memory where there is some: what a disk takes to settle is not what is tried.
+carpeta=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 trap 'rm -rf "$carpeta"' EXIT
+chmod 755 "$carpeta"
 archivo=$carpeta/h.sqlite
+estado() { "$programa" --en "$archivo" estado --json | grep -v incorporada; }
 "$programa" --en "$archivo" incorporar "$primera" >/dev/null
+antes=$(estado)
 cp "$archivo" "$carpeta/antes.sqlite"
-antes=$("$programa" --en "$archivo" estado --json)
-cp "$carpeta/antes.sqlite" "$archivo"
 "$programa" --en "$archivo" incorporar "$segunda" >/dev/null
-despues=$("$programa" --en "$archivo" estado --json | grep -v incorporada)
-antes=$(grep -v incorporada <<<"$antes")
+despues=$(estado)
 [ "$antes" != "$despues" ]
+if [ -n "$migracion" ]; then
+    sqlite3 "$carpeta/antes.sqlite" "DROP TABLE descargas; DROP INDEX IF EXISTS imagenes_por_reloj; PRAGMA user_version=1"
+fi
+
+# Who may not write: another user, or this one where the files allow nothing else.
+lector() {
+    if [ "$(id -u)" -eq 0 ]; then
+        setpriv --reuid nobody --regid "$(id -g nobody)" --clear-groups "$@"
+    else
+        chmod a-w "$carpeta" "$archivo"*
+        "$@" || { chmod u+w "$carpeta" "$archivo"*; return 1; }
+        chmod u+w "$carpeta" "$archivo"*
+    fi
+}
+quejarse() {
+    echo "$*"
+    exit 1
+}
+
+leerSinPermiso() {
+    local ahora
+    if lector "$programa" --en "$archivo" estado --json >"$carpeta/leido" 2>"$carpeta/dicho"; then
+        ahora=$(grep -v incorporada "$carpeta/leido")
+        [ "$ahora" = "$antes" ] || [ "$ahora" = "$despues" ] || quejarse "$1: se lee a medias"
+    else
+        grep -q "el próximo incorporar" "$carpeta/dicho" || quejarse "$1: $(cat "$carpeta/dicho")"
+    fi
+}
 
 probados=0
 # probar CALL INJECTION N: true while the program came to the Nth such call.
@@ -25,17 +55,33 @@ probar() {
     strace -f -o "$registro" -e "trace=$llamada" -e "inject=$llamada:$que:when=$cual" \
         "$programa" --en "$archivo" incorporar "$segunda" >"$carpeta/dicho" 2>&1 || true
     [ "$(grep -c "$llamada(" "$registro")" -ge "$cual" ] || return 1
-    ahora=$("$programa" --en "$archivo" estado --json | grep -v incorporada)
-    [ "$ahora" = "$antes" ] || [ "$ahora" = "$despues" ] || { echo "$llamada $cual $que: a medias"; exit 1; }
-    "$programa" --en "$archivo" comprobar >"$carpeta/comprobado" || { cat "$carpeta/comprobado"; exit 1; }
-    "$programa" --en "$archivo" incorporar "$segunda" >/dev/null || { echo "$llamada $cual $que: no se repone"; exit 1; }
-    [ "$("$programa" --en "$archivo" estado --json | grep -v incorporada)" = "$despues" ]
+    # The reader that cannot make good what a cut has left tries for ten seconds.
+    if [ -z "$migracion" ] && [ "$cual" -ne 2 ]; then leerSinPermiso "$llamada $cual $que"; fi
+    if [ -z "$migracion" ]; then
+        ahora=$(estado)
+        [ "$ahora" = "$antes" ] || [ "$ahora" = "$despues" ] || quejarse "$llamada $cual $que: a medias"
+        "$programa" --en "$archivo" comprobar >"$carpeta/comprobado" || quejarse "$(cat "$carpeta/comprobado")"
+    fi
+    "$programa" --en "$archivo" incorporar "$segunda" >/dev/null || quejarse "$llamada $cual $que: no se repone"
+    [ "$(estado)" = "$despues" ] || quejarse "$llamada $cual $que: no acaba igual"
+    "$programa" --en "$archivo" comprobar >"$carpeta/comprobado" || quejarse "$(cat "$carpeta/comprobado")"
     probados=$((probados + 1))
 }
 
+# A migration writes a copy first: there are many of some calls, and each is twice as far as the one before the last.
 for llamada in pwrite64 fdatasync fsync ftruncate unlink; do
     for que in signal=KILL error=ENOSPC error=EDQUOT error=EIO; do
-        for ((n = 1; n <= ${4-6}; n++)); do probar $llamada $que $n || break; done
+        anterior=1
+        for ((n = 1, i = 0; i < cuantas || ${#migracion} > 0; i++)); do
+            probar $llamada $que $n || break
+            if [ $i -lt "$cuantas" ]; then
+                n=$((n + 1))
+            elif [ $que = signal=KILL ]; then
+                siguiente=$((n + anterior)) anterior=$n n=$siguiente
+            else
+                break
+            fi
+        done
     done
 done
 echo "$probados casos"

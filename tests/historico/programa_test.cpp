@@ -1,11 +1,15 @@
 // The built program: killed, at odds with the disk, and beside another one.
+#include <csignal>
 #include <fstream>
 
 #include <gtest/gtest.h>
 
+#include "historico/almacen_postgres.h"
 #include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/disco_chico.h"
 #include "tests/apoyo/proceso.h"
 #include "tests/historico/imagen_prueba.h"
+#include "tests/historico/servidor_postgres.h"
 
 namespace telvane {
 namespace {
@@ -31,6 +35,57 @@ TEST_F(Programa, WhateverKillsItAnImageIsInOrItIsNot) {
         guardar("b.rgt", ImagenPrueba().reloj(kInicio + std::chrono::hours(24)).serie(0, 0, 3144).bytes());
     Proceso guion({"/bin/bash", GUION_MUERTE, TELVANE_HISTORICO, primera, segunda, "3"});
     EXPECT_EQ(guion.terminar(std::chrono::seconds(110)), 0) << guion.salida() << guion.errores();
+}
+
+TEST_F(Programa, WhateverKillsAMigrationTheArchiveIsOfOneVersion) {
+    const auto primera = guardar("a.rgt", ImagenPrueba().serie(0, 0, 300).bytes());
+    const auto segunda = guardar("b.rgt", ImagenPrueba().serie(0, 0, 310).bytes());
+    Proceso guion({"/bin/bash", GUION_MUERTE, TELVANE_HISTORICO, primera, segunda, "3", "migracion"});
+    EXPECT_EQ(guion.terminar(std::chrono::seconds(110)), 0) << guion.salida() << guion.errores();
+}
+
+TEST_F(Programa, OnAFullDiskNothingIsLostAndTheNextOneSucceeds) {
+    const DiscoChico disco(carpeta / "disco", "1m");
+    if (!disco.montado()) GTEST_SKIP() << "sin permiso para montar";
+    const std::string archivo = carpeta / "disco" / "h.sqlite";
+    const auto correr = [&](const std::vector<std::string>& resto) {
+        std::vector<std::string> toda = {TELVANE_HISTORICO, "--en", archivo};
+        toda.insert(toda.end(), resto.begin(), resto.end());
+        Proceso proceso(toda);
+        const auto codigo = proceso.terminar().value_or(-1);
+        return std::pair(codigo, proceso.salida() + proceso.errores());
+    };
+    const auto primera = guardar("a.rgt", ImagenPrueba().serie(0, 0, 1000).bytes());
+    const auto segunda = guardar("b.rgt", ImagenPrueba().serie(0, 100'000, 8000).bytes());
+    ASSERT_EQ(correr({"incorporar", primera}).first, 0);
+    const auto antes = correr({"estado"});
+    {
+        std::ofstream relleno(carpeta / "disco" / "relleno", std::ios::binary);
+        const std::string pagina(4096, 'x');
+        while (relleno.write(pagina.data(), static_cast<std::streamsize>(pagina.size())).flush()) {
+        }
+    }
+    const auto llena = correr({"incorporar", segunda});
+    EXPECT_EQ(llena.first, 1);
+    EXPECT_NE(llena.second.find("no queda espacio en el disco"), std::string::npos) << llena.second;
+    EXPECT_EQ(correr({"estado"}), antes);
+    EXPECT_EQ(correr({"comprobar"}), std::pair(0, std::string("El archivo está entero.\n")));
+    std::filesystem::remove(carpeta / "disco" / "relleno");
+    EXPECT_EQ(correr({"incorporar", segunda}).first, 0);
+    EXPECT_EQ(correr({"comprobar"}).first, 0);
+}
+
+TEST_F(Programa, AnInterruptEndsTheWaitForAServersLock) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("interrupcion");
+    AlmacenPostgres otro(url, true, std::chrono::seconds(1));
+    otro.empezar(Almacen::Modo::escritura);
+    Proceso proceso({TELVANE_HISTORICO, "--en", url, "incorporar",
+                     guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes())});
+    ASSERT_TRUE(esperarA([&] { return servidor.alguienEspera("interrupcion"); }));
+    proceso.senal(SIGINT);
+    EXPECT_EQ(proceso.terminar(), 130) << proceso.errores();
+    otro.abandonar();
 }
 
 // It brings two dozen libraries along, which are most of a start.

@@ -97,6 +97,15 @@ void ServidorPostgres::ejecutar(const std::string& base, const std::string& sql)
     }
 }
 
+bool ServidorPostgres::alguienEspera(const std::string& base) {
+    const auto conexion = conectar(url(base));
+    const std::unique_ptr<PGresult, void (*)(PGresult*)> resultado(
+        PQexec(conexion.get(),
+               "SELECT 1 FROM pg_stat_activity WHERE datname=current_database() AND wait_event_type='Lock'"),
+        PQclear);
+    return PQntuples(resultado.get()) > 0;
+}
+
 std::string ServidorPostgres::baseVacia(const std::string& nombre) {
     if (PQstatus(conectar(url(nombre)).get()) != CONNECTION_OK) {
         ejecutar("postgres", "CREATE DATABASE " + nombre);
