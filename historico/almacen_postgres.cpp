@@ -1,7 +1,6 @@
 #include "historico/almacen_postgres.h"
 
 #include <algorithm>
-#include <regex>
 #include <set>
 #include <span>
 #include <sstream>
@@ -572,12 +571,17 @@ void AlmacenPostgres::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
 std::vector<AlmacenPostgres::Parte> AlmacenPostgres::partes() {
     std::string todo = std::string(esquema_postgres::kTablas) + std::string(esquema_postgres::kVista);
     for (const auto paso : esquema_postgres::kMigraciones) todo += paso;
-    static const std::regex kParte(R"(^\s*CREATE (TABLE|INDEX|VIEW) (?:IF NOT EXISTS )?(?:telvane\.)?(\w+))");
     std::vector<Parte> lista;
     std::istringstream texto(todo);
     for (std::string sentencia; std::getline(texto, sentencia, ';');) {
-        std::smatch m;
-        if (std::regex_search(sentencia, m, kParte)) lista.push_back({m[1], m[2], sentencia});
+        std::istringstream palabras(sentencia);
+        std::string verbo, clase, nombre;
+        palabras >> verbo >> clase >> nombre;
+        if (nombre == "IF") palabras >> nombre >> nombre >> nombre;
+        if (verbo != "CREATE" || clase == "SCHEMA") continue;
+        constexpr std::string_view kEsquema = "telvane.";
+        if (nombre.starts_with(kEsquema)) nombre.erase(0, kEsquema.size());
+        lista.push_back({clase, nombre.substr(0, nombre.find('(')), sentencia});
     }
     return lista;
 }
