@@ -1,0 +1,149 @@
+#!/usr/bin/env bash
+# Readings over MQTT and letters about warnings: the units as they are installed, and what they run, against a simulated
+# logger; the broker's program and the mail system's are scripts that write down what they are given.
+#   publicar_test.sh BUILD_DIR CMAKE
+set -euo pipefail
+export LC_ALL=C.UTF-8
+construccion=$1 cmake=$2
+raiz=$(mktemp -d)
+procesos=()
+# shellcheck disable=SC2317
+terminar() {
+    [ ${#procesos[@]} -eq 0 ] || kill "${procesos[@]}" 2>/dev/null || true
+    rm -rf "$raiz"
+}
+trap terminar EXIT
+fallos=0
+fallar() {
+    echo "FALLO: $*" >&2
+    fallos=$((fallos + 1))
+}
+
+for componente in telvane-cli telvane-historico; do
+    DESTDIR=$raiz "$cmake" --install "$construccion" --component $componente >>"$raiz/instalado.txt"
+done
+uno() { find "$raiz" -name "$1" -not -path "$raiz/datos/*"; }
+programas=$raiz/programas
+mkdir "$programas"
+PATH=$programas:$(dirname "$(uno telvane-cli | grep '/bin/')"):$PATH
+export PATH
+publicar=$(uno publicar-en-linea)
+correo=$(uno correo-de-fallo)
+
+# The units: what they start is there, and they may do little else.
+for unidad in telvane-avisos.service telvane-avisos.timer telvane-correo@.service telvane-en-linea@.service; do
+    sed -E "s#^ExecStart=/#ExecStart=$raiz/#" "$(uno "$unidad")" >"$raiz/$unidad"
+done
+systemd-analyze verify --man=no "$raiz"/telvane-avisos.{service,timer} "$raiz"/telvane-{correo,en-linea}@norte.service \
+    >"$raiz/analisis.txt" 2>&1 || true
+! grep telvane "$raiz/analisis.txt" || fallar "systemd-analyze: $(cat "$raiz/analisis.txt")"
+systemd-analyze calendar "$(sed -n 's/^OnCalendar=//p' "$raiz/telvane-avisos.timer")" >/dev/null || fallar "OnCalendar"
+for unidad in telvane-avisos.service telvane-correo@.service telvane-en-linea@.service; do
+    systemd-analyze security --offline=true --threshold=20 "$raiz/$unidad" >"$raiz/analisis.txt" 2>&1 ||
+        fallar "$unidad: $(tail -n 1 "$raiz/analisis.txt")"
+done
+grep -qx 'OnFailure=telvane-correo@%n.service' "$raiz/telvane-avisos.service" || fallar "nadie recibe los avisos"
+
+# Topics and payloads as they come: "TOPIC PAYLOAD" a line. Retained ones are marked.
+cat >"$programas/mosquitto_pub" <<FIN
+#!/bin/sh
+tema='' texto='' lineas=no marca=''
+while [ \$# -gt 0 ]; do
+    case \$1 in
+        -t) tema=\$2 && shift ;;
+        -m) texto=\$2 && shift ;;
+        -q | -i) shift ;;
+        -r) marca=retenido: ;;
+        -l) lineas=si ;;
+    esac
+    shift
+done
+[ \$lineas = si ] || { printf '%s%s %s\n' "\$marca" "\$tema" "\$texto" >>"$raiz/publicado"; exit 0; }
+# It goes away when it is told to.
+while IFS= read -r linea; do
+    printf '%s%s %s\n' "\$marca" "\$tema" "\$linea" >>"$raiz/publicado"
+    ! [ -e "$raiz/fin" ] || exit 1
+done
+FIN
+chmod +x "$programas/mosquitto_pub"
+: >"$raiz/publicado"
+
+export TELVANE_ESTACIONES=$raiz/estaciones TELVANE_ESTADO=$raiz/general XDG_CONFIG_HOME=$raiz/ajustes CADA=1
+mkdir "$TELVANE_ESTACIONES" "$TELVANE_ESTADO" "$XDG_CONFIG_HOME" "$raiz/datos"
+telvane-sim --enlace "$raiz/COM1" --baudios 0 >"$raiz/sim.txt" &
+procesos+=($!)
+# hasta SECONDS COMMAND...: until it succeeds.
+hasta() {
+    local quedan=$(($1 * 10))
+    shift
+    until "$@"; do
+        quedan=$((quedan - 1))
+        [ $quedan -gt 0 ] || return 1
+        sleep 0.1
+    done
+}
+hasta 30 test -e "$raiz/COM1" || fallar "telvane-sim no arranca"
+printf '%s\n' "COM=1=$raiz/COM1" SERIE=02080050 "CARPETA=$raiz/datos" >"$TELVANE_ESTACIONES/norte.conf"
+printf '%s\n' "COM=1=$raiz/COM1" SERIE=02080051 "CARPETA=$raiz/datos" >"$TELVANE_ESTACIONES/sur.conf"
+
+# A password that others can read, and another logger at the port.
+echo '-P secreta' >"$XDG_CONFIG_HOME/mosquitto_pub"
+chmod 0644 "$XDG_CONFIG_HOME/mosquitto_pub"
+! "$publicar" norte 2>"$raiz/errores" || fallar "una contraseña que otros leen"
+grep -q 'otros pueden leerlo' "$raiz/errores" || fallar "contraseña: $(cat "$raiz/errores")"
+chmod 0640 "$XDG_CONFIG_HOME/mosquitto_pub"
+! "$publicar" sur 2>"$raiz/errores" || fallar "otro registrador"
+grep -q 'responde otro registrador' "$raiz/errores" || fallar "otro registrador: $(cat "$raiz/errores")"
+[ -s "$raiz/publicado" ] && fallar "se publicó $(cat "$raiz/publicado")"
+
+# While a download has the port, nobody else touches it; afterwards the sensors come, and readings after them.
+lecturas() { [ "$(grep -c '^telvane/02080050/lecturas {"hora":' "$raiz/publicado")" -ge "$1" ]; }
+cerrojo=$TELVANE_ESTADO/.puertos/$(printf '%s' "$(readlink -f "$raiz/COM1")" | tr -c '[:alnum:].:-' _)
+exec 8>"$cerrojo"
+flock 8
+"$publicar" norte 2>"$raiz/errores" 8>&- &
+publicador=$!
+procesos+=("$publicador")
+# It has looked at the lock, found it taken and gone to sleep.
+hasta 30 pgrep -P $publicador -x sleep >/dev/null || fallar "nadie espera al puerto"
+[ -s "$raiz/publicado" ] && fallar "se publicó durante una descarga"
+exec 8>&-
+hasta 60 lecturas 2 || fallar "no llegan lecturas: $(cat "$raiz/errores" "$raiz/publicado")"
+[ "$(grep -c '^retenido:homeassistant/sensor/telvane_02080050_[a-z_]*/config {"unique_id":"telvane_02080050_' "$raiz/publicado")" = 8 ] ||
+    fallar "sensores: $(cat "$raiz/publicado")"
+[ "$(head -n 8 "$raiz/publicado" | grep -c ^retenido:)" = 8 ] || fallar "las lecturas llegan antes que los sensores"
+# Readings that nobody takes end it: systemd begins anew.
+: >"$raiz/fin"
+# shellcheck disable=SC2317
+acabo() { ! kill -0 $publicador 2>/dev/null; }
+if ! hasta 60 acabo; then
+    fallar "publica para nadie"
+    kill "$publicador"
+elif wait "$publicador"; then
+    fallar "acabó bien sin corredor"
+fi
+
+# The letter: to whom it goes, what it is about, and what the unit had said.
+cat >"$programas/sendmail" <<FIN
+#!/bin/sh
+cat >"$raiz/carta"
+FIN
+cat >"$programas/systemctl" <<'FIN'
+#!/bin/sh
+case $* in *InvocationID*) echo 0123abcd ;; *) echo Result=exit-code ;; esac
+FIN
+cat >"$programas/journalctl" <<'FIN'
+#!/bin/sh
+case $* in *_SYSTEMD_INVOCATION_ID=0123abcd*) echo 'telvane-historico: estación 02080050: sin imágenes' ;; esac
+FIN
+chmod +x "$programas"/{sendmail,systemctl,journalctl}
+DESTINATARIO=operador@ejemplo.org "$correo" telvane-avisos.service
+grep -qx 'To: operador@ejemplo.org' "$raiz/carta" || fallar "carta: $(cat "$raiz/carta")"
+grep -q '^Subject: telvane-avisos.service en ' "$raiz/carta" || fallar "asunto"
+grep -q 'sin imágenes' "$raiz/carta" || fallar "la carta no dice nada"
+rm "$raiz/carta"
+! DESTINATARIO=$'a@b\nBcc: c@d' "$correo" telvane-avisos.service 2>/dev/null || fallar "una línea de más en la cabecera"
+! "$correo" $'x\nBcc: c@d' 2>/dev/null || fallar "una línea de más en el asunto"
+! [ -e "$raiz/carta" ] || fallar "se mandó una carta"
+
+[ $fallos -eq 0 ]
