@@ -122,7 +122,7 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
       escritura(enlace, config, edicion),
       serie(enlace, config),
       exportacion(enlace, config, datos, inicio.progress),
-      archivoBase(enlace, datos, inicio.progress, edicion),
+      archivoBase(enlace, datos, inicio.progress),
       imagen(forma, config, datos.decodificador),
       descarga(enlace, datos, inicio.progress, vigilia,
                {.lanzar = [this](Tarea<> tarea) { lanzar(std::move(tarea)); },

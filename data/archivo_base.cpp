@@ -7,7 +7,6 @@
 #include <fmt/format.h>
 
 #include "loggerconfig/datos_config.h"
-#include "loggerconfig/edicion.h"
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
 #include "platform/guardado.h"
@@ -94,7 +93,7 @@ Tarea<> ArchivoBase::importar() {
         forma.Command33.enabled = true;
         liberarOperaciones(forma);
     } else {
-        devolverOperaciones(forma, antes, edicion_.editando());
+        devolverOperaciones(forma, antes);
     }
 }
 

@@ -7,14 +7,13 @@
 #include <list>
 
 #include "platform/bucle.h"
-#include "platform/reloj.h"
 
 namespace telvane {
 
 // The desktop's opener runs by itself and outlives us; how it ends is heard through the loop.
 class Abridor {
    public:
-    Abridor(Bucle& bucle, const Reloj& reloj) : bucle_(bucle), reloj_(reloj) {}
+    explicit Abridor(Bucle& bucle) : bucle_(bucle) {}
     Abridor(const Abridor&) = delete;
     Abridor& operator=(const Abridor&) = delete;
     ~Abridor();
@@ -25,7 +24,7 @@ class Abridor {
    private:
     struct EnMarcha {
         int descriptor = -1;  // of the process
-        std::chrono::nanoseconds comienzo;
+        std::chrono::steady_clock::time_point comienzo;
         std::function<void()> alFallar;
         Bucle::Asidero vigilancia = nullptr;
     };
@@ -34,7 +33,6 @@ class Abridor {
     void terminado(Lugar cual);
 
     Bucle& bucle_;
-    const Reloj& reloj_;
     std::list<EnMarcha> enMarcha_;
 };
 

@@ -52,8 +52,7 @@ class Cajas : public ::testing::Test {
     }
 
     BucleQt bucle;
-    RelojSistema reloj;
-    DialogosQt dialogos{bucle, reloj};
+    DialogosQt dialogos{bucle};
     std::optional<Boton> respuesta;
 };
 
@@ -131,8 +130,7 @@ TEST_F(Cajas, ElSegundoDeDosGolpesSeguidosNoContestaLoQueAparecioEntreEllos) {
 
 TEST_F(VentanaSuelta, TrasUnaCajaElTecladoEsDeLoQueEstaEnCurso) {
     BucleQt bucle;
-    const RelojSistema reloj;
-    DialogosQt dialogos(bucle, reloj);
+    DialogosQt dialogos(bucle);
     QWidget enCurso(&ventana, Qt::Dialog);
     dialogos.ventana(&ventana, [&] { return &enCurso; });
     enCurso.show();
@@ -178,8 +176,7 @@ TEST_F(VentanaSuelta, LaPrimeraPreguntaEsperaALaVentana) {
     FormaInicio otra;
     VentanaInicio nueva(otra, hecho.usuario());
     BucleQt bucle;
-    const RelojSistema reloj;
-    DialogosQt dialogos(bucle, reloj);
+    DialogosQt dialogos(bucle);
     dialogos.ventana(&nueva);
     otra.mostrar();
     dialogos.mensaje(Mensaje("x"), [](Boton) {});
@@ -211,8 +208,7 @@ class Archivos : public ::testing::Test {
                               .nombre = "Finca Norte 7_3_2004"};
     CarpetaTemporal carpeta;
     BucleQt bucle;
-    RelojSistema reloj;
-    DialogosQt dialogos{bucle, reloj};
+    DialogosQt dialogos{bucle};
     std::vector<Ruta> elegido;
 };
 
