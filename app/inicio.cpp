@@ -122,7 +122,7 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
       escritura(enlace, config, edicion),
       serie(enlace, config),
       exportacion(enlace, config, datos, inicio.progress),
-      archivoBase(enlace, datos, inicio.progress),
+      archivoBase(enlace, datos, inicio.progress, edicion),
       imagen(forma, config, datos.decodificador),
       descarga(enlace, datos, inicio.progress, vigilia,
                {.lanzar = [this](Tarea<> tarea) { lanzar(std::move(tarea)); },

@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
          .errores = flujos.errores},
         {.abrirPuertos = [&](const MapaCom& mapa) { return std::make_unique<PuertosSistema>(bucle, mapa); },
          .inhibidor = &inhibidor,
-         .systemctl = preguntarASystemctl}};
+         .systemctl = [](const auto& argumentos) { return preguntarASystemctl(argumentos); }}};
     const SenalesConsola senales(bucle, entorno);
     return correrCli(std::vector<std::string>(argv + (argc > 0), argv + argc), entorno);
 }

@@ -170,7 +170,10 @@ void listar(ContextoCli& contexto, const Opciones& opciones) {
     std::vector<Estacion> estaciones;
     for (const auto& archivo : archivosDe(opciones.en)) estaciones.push_back(leerEstacion(archivo));
     if (estaciones.empty())
-        consola.aviso(fmt::format("no hay archivos de estación (.conf) en {}", nombreVisible(opciones.en)));
+        consola.aviso(
+            fmt::format("no hay archivos de estación (.conf) en {}: haga uno con el ejemplo de "
+                        "/usr/share/doc/telvane-cli/examples/estacion.conf",
+                        nombreVisible(opciones.en)));
     if (!preguntarCuando(contexto.entorno, estaciones))
         consola.aviso("aquí no corre systemd: no se sabe cuándo fue la última vez ni cuándo será la próxima");
     std::string texto;

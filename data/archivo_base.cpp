@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "loggerconfig/datos_config.h"
+#include "loggerconfig/edicion.h"
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
 #include "platform/guardado.h"
@@ -93,7 +94,7 @@ Tarea<> ArchivoBase::importar() {
         forma.Command33.enabled = true;
         liberarOperaciones(forma);
     } else {
-        devolverOperaciones(forma, antes);
+        devolverOperaciones(forma, antes, edicion_.editando());
     }
 }
 

@@ -13,10 +13,12 @@
 
 namespace telvane {
 
+class Edicion;
+
 class ArchivoBase {
    public:
-    ArchivoBase(Enlace& enlace, EstadoDatos& datos, FormaProgress& progress)
-        : enlace_(enlace), datos_(datos), progress_(progress) {}
+    ArchivoBase(Enlace& enlace, EstadoDatos& datos, FormaProgress& progress, const Edicion& edicion)
+        : enlace_(enlace), datos_(datos), progress_(progress), edicion_(edicion) {}
 
     // Keeps the downloaded image under datos.carpetaBase and prints its path, or the reason why not.
     void guardarDescarga();
@@ -29,6 +31,7 @@ class ArchivoBase {
     Enlace& enlace_;
     EstadoDatos& datos_;
     FormaProgress& progress_;
+    const Edicion& edicion_;
 };
 
 // Where a memory image may be written: it is a new file, for a logger's bytes are never replaced unless

@@ -20,8 +20,11 @@ BotonesHabilitados bloquearOperaciones(FormaInicio& forma) {
     return antes;
 }
 
-void devolverOperaciones(FormaInicio& forma, const BotonesHabilitados& antes) {
-    for (std::size_t i = 0; auto* boton : operaciones(forma)) boton->enabled = antes[i++];
+void devolverOperaciones(FormaInicio& forma, const BotonesHabilitados& antes, bool editando) {
+    for (std::size_t i = 0; auto* boton : operaciones(forma)) {
+        if (antes[i++]) boton->enabled = true;
+    }
+    forma.Command3.enabled = forma.Command3.enabled() && editando;
 }
 
 void liberarOperaciones(FormaInicio& forma) {

@@ -34,7 +34,8 @@ using BotonesHabilitados = std::array<bool, kOperaciones>;
 BotonesHabilitados bloquearOperaciones(FormaInicio& forma);
 // ...enabled again after it; Command33 and Command3 stay as they are...
 void liberarOperaciones(FormaInicio& forma);
-// ...or as they were before, after one that did not take place.
-void devolverOperaciones(FormaInicio& forma, const BotonesHabilitados& antes);
+// ...or as they were before, after one that did not take place: what an exchange enabled meanwhile stays so,
+// and nothing can be sent outside edit mode.
+void devolverOperaciones(FormaInicio& forma, const BotonesHabilitados& antes, bool editando);
 
 }  // namespace telvane

@@ -45,6 +45,12 @@ Tarea<> DatosEnLinea::empezar() {
     forma.Text60.text = "";
     forma.Text60.visible = true;
     estado.respuesta = false;
+    // The frame that was asked for before the stop may still come: it is the first of this run. Asked for
+    // again, its rest would stand before the next one, and shift every frame from then on.
+    if (canal.PortOpen()) {
+        co_await enlace_.esperar(Turno::kQuietud, [&] { return estado.respuesta || !enLinea_; });
+        if (estado.respuesta || !enLinea_) co_return;
+    }
     enlace_.abrir(canal, kSonda);
     co_await enlace_.esperar(kEsperaMarco, [&] { return estado.respuesta || !enLinea_; });
     // Who stopped it meanwhile knows that nothing came.

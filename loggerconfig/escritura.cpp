@@ -14,6 +14,7 @@ constexpr std::string_view kBorrara =
     "SE BORRARAN TODOS LOS DATOS DE MEMORIA!  \r\n\r\n\r\nesta seguro de cambiarla? ";
 constexpr std::string_view kErrorDatos = "error datos";
 constexpr std::string_view kFechaIncorrecta = "Fecha incorrecta (ej. 31/12/2024)";
+constexpr std::string_view kFaltaIntervalo = "Falta el intervalo de muestreo: elija uno";
 
 }  // namespace
 
@@ -42,8 +43,14 @@ Tarea<> EscrituraConfig::confirmado() {
 Tarea<bool> EscrituraConfig::sePuedeEnviar() {
     const bool hora = co_await edicion_.validarHora();
     if (!hora) co_return false;
-    if (leerFechaCorta(config_.fechaConfig)) co_return true;
-    co_await enlace_.avisar(kFechaIncorrecta);
+    if (!leerFechaCorta(config_.fechaConfig)) {
+        co_await enlace_.avisar(kFechaIncorrecta);
+        co_return false;
+    }
+    // No logger told one, its reading having broken off, and nobody chose one. Without a port nothing is sent
+    // anyway, and that is what is told.
+    if (config_.intervaloCodigo != 0 || enlace_.estado.numPuerto == 0) co_return true;
+    co_await enlace_.avisar(kFaltaIntervalo);
     co_return false;
 }
 

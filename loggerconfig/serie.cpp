@@ -29,6 +29,7 @@ Tarea<> EscrituraSerie::enviar() {
     // The buffer of the last read's digits is overwritten by what is sent.
     config_.digitosSerie = forma.Text10.text();
     config_.digitosSerie.resize(kDigitos, '0');
+    entera_ = true;
     forma.Text10.enabled = false;
     forma.Label1.enabled = true;
     forma.Label1.caption = "comienzo transmision";
@@ -49,8 +50,8 @@ void EscrituraSerie::alComunicar() {
     canal.InputByte();
     // The form's counter begins with 0 here, that of the steps with 1.
     const auto paso = pasoSerie(++enlace_.estado.contador, serie_);
-    const bool salio = !paso.respuesta || siguiendo([&] { canal.Output(*paso.respuesta); });
-    if (paso.hito == HitoEnvio::fin && salio) {
+    if (paso.respuesta) entera_ = siguiendo([&] { canal.Output(*paso.respuesta); }) && entera_;
+    if (paso.hito == HitoEnvio::fin && entera_) {
         terminar();
     } else if (paso.hito == HitoEnvio::fin) {
         // What did not go out is not shown as sent; the line says why.

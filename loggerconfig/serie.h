@@ -29,6 +29,7 @@ class EscrituraSerie {
     EstadoConfig& config_;
     SerieEmpacada serie_{};
     std::string enviada_;  // as it was typed
+    bool entera_ = false;  // every byte of the exchange went out so far
 };
 
 }  // namespace telvane

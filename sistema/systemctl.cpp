@@ -7,7 +7,6 @@
 
 #include <array>
 #include <cerrno>
-#include <filesystem>
 
 #include "platform/descriptor.h"
 
@@ -45,9 +44,10 @@ std::optional<pid_t> empezar(std::vector<std::string>& palabras, int salida) {
 
 }  // namespace
 
-std::optional<std::string> preguntarASystemctl(const std::vector<std::string>& argumentos) {
+std::optional<std::string> preguntarASystemctl(const std::vector<std::string>& argumentos,
+                                               const std::filesystem::path& enMarcha) {
     std::error_code sinMotivo;
-    if (!std::filesystem::is_directory("/run/systemd/system", sinMotivo)) return std::nullopt;
+    if (!std::filesystem::is_directory(enMarcha, sinMotivo)) return std::nullopt;
     std::array<int, 2> tubo{};
     if (::pipe2(tubo.data(), O_CLOEXEC) != 0) return std::nullopt;
     const Descriptor lectura(tubo[0]);

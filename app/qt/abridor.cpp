@@ -13,8 +13,6 @@ namespace telvane {
 
 namespace {
 
-using std::chrono::steady_clock;
-
 constexpr const char* kPrograma = "xdg-open";
 // Without a desktop the opener stays until the opened program ends: how that ends says nothing about the
 // opening.
@@ -48,7 +46,7 @@ void Abridor::abrir(const std::filesystem::path& ruta, const std::function<void(
     const auto descriptor = static_cast<int>(::syscall(SYS_pidfd_open, *proceso, 0));
     // Opened all the same; nobody hears how it went.
     if (descriptor < 0) return;
-    const auto lugar = enMarcha_.insert(enMarcha_.end(), {descriptor, steady_clock::now(), alFallar});
+    const auto lugar = enMarcha_.insert(enMarcha_.end(), {descriptor, reloj_.monotono(), alFallar});
     lugar->vigilancia = bucle_.vigilarLectura(descriptor, [this, lugar] { terminado(lugar); });
 }
 
@@ -56,7 +54,7 @@ void Abridor::terminado(Lugar cual) {
     siginfo_t como{};
     const bool sabido = ::waitid(P_PIDFD, static_cast<id_t>(cual->descriptor), &como, WEXITED) == 0;
     const bool bien = !sabido || (como.si_code == CLD_EXITED && como.si_status == 0);
-    const bool pronto = steady_clock::now() - cual->comienzo < kAbierto;
+    const bool pronto = reloj_.monotono() - cual->comienzo < kAbierto;
     const auto alFallar = cual->alFallar;
     cual->vigilancia.reset();
     ::close(cual->descriptor);

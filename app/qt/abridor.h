@@ -7,13 +7,14 @@
 #include <list>
 
 #include "platform/bucle.h"
+#include "platform/reloj.h"
 
 namespace telvane {
 
 // The desktop's opener runs by itself and outlives us; how it ends is heard through the loop.
 class Abridor {
    public:
-    explicit Abridor(Bucle& bucle) : bucle_(bucle) {}
+    Abridor(Bucle& bucle, const Reloj& reloj) : bucle_(bucle), reloj_(reloj) {}
     Abridor(const Abridor&) = delete;
     Abridor& operator=(const Abridor&) = delete;
     ~Abridor();
@@ -24,7 +25,7 @@ class Abridor {
    private:
     struct EnMarcha {
         int descriptor = -1;  // of the process
-        std::chrono::steady_clock::time_point comienzo;
+        std::chrono::nanoseconds comienzo;
         std::function<void()> alFallar;
         Bucle::Asidero vigilancia = nullptr;
     };
@@ -33,6 +34,7 @@ class Abridor {
     void terminado(Lugar cual);
 
     Bucle& bucle_;
+    const Reloj& reloj_;
     std::list<EnMarcha> enMarcha_;
 };
 

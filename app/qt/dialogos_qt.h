@@ -22,7 +22,7 @@ QMessageBox* nuevaCaja(const Mensaje& mensaje, QWidget* padre);
 // Answers arrive through the loop. Nothing here waits: a box stands modal on the screen while the loop turns.
 class DialogosQt final : public Dialogos {
    public:
-    explicit DialogosQt(Bucle& bucle) : bucle_(bucle), abridor_(bucle) {}
+    DialogosQt(Bucle& bucle, const Reloj& reloj) : bucle_(bucle), abridor_(bucle, reloj) {}
 
     // The window in front of which everything appears, once there is one; it outlives the boxes.
     // enCurso: the window of what is going on, if any; the keyboard goes back there.

@@ -30,7 +30,7 @@ Programa::Programa(Aplicacion& aplicacion, const Opciones& opciones)
       colores_(QDBusConnection::sessionBus()),
       puertos_(bucle_, MapaCom::deOpciones(opciones.com)),
       registro_(rutaRegional()),
-      dialogos_(bucle_),
+      dialogos_(bucle_, reloj_),
       inicio_(entorno(opciones)),
       ventana_(inicio_.forma, usuario()),
       progress_(inicio_.progress,

@@ -7,12 +7,7 @@ UMask=0022
 TimeoutStartSec=14h
 Nice=10
 IOSchedulingClass=idle]])
-set(TELVANE_UNIDAD_ENCERRADA [[# Serial ports and no other device.
-DevicePolicy=closed
-DeviceAllow=char-ttyS rw
-DeviceAllow=char-ttyUSB rw
-DeviceAllow=char-ttyACM rw
-NoNewPrivileges=yes
+set(TELVANE_UNIDAD_ENCERRADA [[NoNewPrivileges=yes
 CapabilityBoundingSet=
 LockPersonality=yes
 MemoryDenyWriteExecute=yes
@@ -34,6 +29,11 @@ SystemCallArchitectures=native
 SystemCallFilter=@system-service
 SystemCallFilter=~@privileged @resources
 SystemCallErrorNumber=EPERM]])
+# Of a station's unit; the single-station one goes on taking whatever port it took.
+set(TELVANE_UNIDAD_PUERTOS [[# Serial ports, whoever drives them, and no other device.
+DevicePolicy=closed
+DeviceAllow=char-tty* rw
+ProtectHome=read-only]])
 set(TELVANE_UNIDAD_SIN_RED [[PrivateNetwork=yes
 IPAddressDeny=any
 RestrictAddressFamilies=AF_UNIX

@@ -137,6 +137,39 @@ TEST_F(Importar, ACancelledDialogChangesNothing) {
     EXPECT_EQ(exportado(), salidaAntes);
 }
 
+// A write that stood still while the operator went on editing ends behind the file dialog.
+TEST_F(Importar, ACancelledDialogGivesNothingBackThatAnExchangeTookMeanwhile) {
+    conectar();
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio == Intercambio::escritura && saliente.indice == 50) efecto.demora = 4s;
+        return efecto;
+    });
+    pulsar(forma.Command2);
+    dialogos.responder(Boton::aceptar);
+    pulsar(forma.Command3);
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+    bucle.avanzar(2s);
+    pulsar(forma.Command2);
+    ASSERT_TRUE(forma.Command3.enabled()) << "editing again";
+    dialogos.dejarAbiertoArchivo();
+    pulsar(forma.Command43);
+    ASSERT_TRUE(bucle.correrHasta([&] { return !puertos.abierto(1); }));
+    dialogos.contestarArchivo(std::nullopt);
+    bucle.avanzar(1s);
+    EXPECT_FALSE(forma.Command3.enabled()) << "outside edit mode nothing can be sent";
+    for (auto* boton :
+         {&forma.Command43, &forma.Command13, &forma.Command2, &forma.configuracion, &forma.Command4}) {
+        EXPECT_TRUE(boton->enabled()) << boton->nombre();
+    }
+    // While editing goes on, sending is given back.
+    pulsar(forma.Command2);
+    dialogos.responderArchivo(std::nullopt);
+    pulsar(forma.Command43);
+    EXPECT_TRUE(forma.Command3.enabled());
+    EXPECT_FALSE(forma.configuracion.enabled());
+}
+
 TEST_F(Importar, AFileThatCannotBeReadLeavesTheExportAsItWas) {
     sinRegistrador();
     for (const bool exportaba : {true, false}) {

@@ -1,4 +1,8 @@
 // Live data: the toggle and the polling.
+#include <algorithm>
+#include <array>
+
+#include "live/marco_en_linea.h"
 #include "tests/app/banco.h"
 
 namespace telvane {
@@ -99,6 +103,65 @@ TEST_F(EnLinea, NoFirstFrameInTwoSecondsClosesThePortButKeepsTheRunningLook) {
     EXPECT_TRUE(forma.Command1.enabled());
     pulsar(forma.Command4);
     EXPECT_EQ(forma.Command4.caption(), "DATOS EN LINEA");
+}
+
+// The frames that left the logger, as they are shown.
+class EnLineaOtraVez : public EnLinea {
+   protected:
+    std::vector<std::string> marcos() const {
+        const auto& bytes = puertos.emitidos(1);
+        std::vector<std::string> textos;
+        for (std::size_t i = 0; i + kBytesMarco <= bytes.size(); i += kBytesMarco) {
+            std::array<std::uint8_t, kBytesMarco> marco{};
+            std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(i), kBytesMarco, marco.begin());
+            textos.push_back(lineasMarco(textosMarco(decodificarMarco(marco))));
+        }
+        return textos;
+    }
+    // Whether what is shown is a frame as the logger sent it.
+    bool bienLeido() const {
+        const auto todos = marcos();
+        return std::find(todos.begin(), todos.end(), forma.Text60.text()) != todos.end();
+    }
+};
+
+// A frame takes 16 ms on the line: stopped and started again at every millisecond of it.
+TEST_F(EnLineaOtraVez, TheRestOfAFrameIsNotTakenForTheBeginningOfTheNext) {
+    conectar();
+    pulsar(forma.Command4);
+    for (int vez = 0; vez < 40; ++vez) {
+        bucle.avanzar(100ms + std::chrono::milliseconds(vez));
+        pulsar(forma.Command4);
+        pulsar(forma.Command4);
+        EXPECT_EQ(forma.Command4.caption(), "PARAR");
+        bucle.avanzar(100ms);
+        ASSERT_TRUE(bienLeido()) << vez << ": " << forma.Text60.text();
+    }
+    EXPECT_EQ(std::count(forma.lineas().begin(), forma.lineas().end(), "falta"), 0);
+    pulsar(forma.Command4);
+    bucle.avanzar(100ms);
+    EXPECT_FALSE(puertos.abierto(1));
+}
+
+// The rest of it is lost: after a second of silence the logger is asked anew, with nothing of it left.
+TEST_F(EnLineaOtraVez, AFrameThatNeverComesWholeIsAskedForAnew) {
+    conectar();
+    pulsar(forma.Command4);
+    ASSERT_TRUE(bucle.correrHasta([&] { return puertos.emitidos(1).size() > 10 * kBytesMarco; }));
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        efecto.callar = saliente.indice == 20;
+        return efecto;
+    });
+    bucle.avanzar(1500ms);
+    puertos.manipular(1, {});
+    puertos.olvidarTrafico(1);
+    pulsar(forma.Command4);
+    pulsar(forma.Command4);
+    EXPECT_EQ(forma.Text60.text(), "");
+    ASSERT_TRUE(bucle.correrHasta([&] { return forma.Text60.text() != ""; }, 2s));
+    EXPECT_TRUE(bienLeido()) << forma.Text60.text();
+    EXPECT_EQ(dialogos.mensajes().size(), 2u) << "those of the start";
 }
 
 using EnLineaSinRitmo = Banco;

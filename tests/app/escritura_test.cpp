@@ -180,6 +180,36 @@ TEST_F(Escritura, AnIntervalThatIsNoneOfTheSixLeavesNoOptionVisible) {
     EXPECT_EQ(puertos.maquina(1).intervaloCodigo(), 0x20) << "what the logger had is sent back";
 }
 
+// The first reading broke off before it, so that the form has no interval of its own.
+TEST_F(Escritura, AnIntervalThatNobodyToldOrChoseIsAskedForAndNothingIsSent) {
+    puertos.conectar(1);
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        efecto.callar = saliente.intercambio == Intercambio::lectura && saliente.indice == 50;
+        return efecto;
+    });
+    dialogos.responderSiempre(Boton::aceptar);
+    inicio.cargar();
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0 && puertos.abierto(1); }));
+    bucle.avanzar(10s);
+    puertos.manipular(1, {});
+    puertos.olvidarTrafico(1);
+    dialogos.olvidar();
+    pulsar(forma.Command2);
+    pulsar(forma.Check1);
+    pulsar(forma.Command3);
+    ASSERT_EQ(dialogos.mensajes().size(), 2u);
+    EXPECT_EQ(dialogos.textos().back(), "Falta el intervalo de muestreo: elija uno");
+    EXPECT_TRUE(puertos.escritos(1).empty());
+    fueraDeEdicion();
+    pulsar(forma.Command2);
+    pulsar(forma.Option4);
+    pulsar(forma.Command3);
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+    bucle.avanzar(1s);
+    EXPECT_EQ(puertos.maquina(1).intervaloCodigo(), 0x15);
+}
+
 TEST_F(Escritura, WhatIsTypedWhileItIsSentChangesNothingThatIsShown) {
     editar();
     pulsar(forma.Option2);

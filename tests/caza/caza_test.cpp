@@ -153,11 +153,13 @@ class Leyes {
         if (!carpeta.empty()) return nombre.starts_with(carpeta + "/");
         return corrida_.haceTabla() && llano(corrida_.lugares.back(), antes_) == nombre;
     }
-    // Whoever is stopped between the last step and its end has replaced it, by a whole one.
+    // Whoever is stopped between the last step and its end has replaced it, by a whole one. What --base names
+    // is an image, whatever it is called.
     bool reemplazoEntero(const std::string& nombre) const {
         const auto ahora = despues_.find(nombre);
         if (ahora == despues_.end() || !pudoReemplazar(nombre)) return false;
-        return esBase(nombre) ? ahora->second.size() == kBytesMemoria : ahora->second.ends_with('\n');
+        return esBase(nombre) || nombra("--base", nombre) ? ahora->second.size() == kBytesMemoria
+                                                          : ahora->second.ends_with('\n');
     }
     void respetaLoQueHabia() {
         for (const auto& [nombre, bytes] : antes_) {

@@ -72,6 +72,7 @@ bajados() {
     base=$(find "$datos" -name "$1_$(date +%Y)-[0-9][0-9]-[0-9][0-9]_[0-9][0-9][0-9][0-9][0-9][0-9].rgt")
     [ "$(stat -c %s "$base")" = 262144 ] || fallar "$1: base \"$base\""
     [ "$(grep -c '^[0-9][0-9]/' "${base%.rgt}.csv")" -gt 1000 ] || fallar "$1: tabla"
+    grep -q "\"imagen\": \"$(sha256sum "$base" | cut -d' ' -f1)\"" "$base.json" || fallar "$1: ficha"
     [ -z "$(find "$datos" -name '*.parcial')" ] || fallar "$1: quedó una descarga sin completar"
 }
 

@@ -52,7 +52,8 @@ class Cajas : public ::testing::Test {
     }
 
     BucleQt bucle;
-    DialogosQt dialogos{bucle};
+    RelojSistema reloj;
+    DialogosQt dialogos{bucle, reloj};
     std::optional<Boton> respuesta;
 };
 
@@ -130,7 +131,8 @@ TEST_F(Cajas, ElSegundoDeDosGolpesSeguidosNoContestaLoQueAparecioEntreEllos) {
 
 TEST_F(VentanaSuelta, TrasUnaCajaElTecladoEsDeLoQueEstaEnCurso) {
     BucleQt bucle;
-    DialogosQt dialogos(bucle);
+    const RelojSistema reloj;
+    DialogosQt dialogos(bucle, reloj);
     QWidget enCurso(&ventana, Qt::Dialog);
     dialogos.ventana(&ventana, [&] { return &enCurso; });
     enCurso.show();
@@ -176,7 +178,8 @@ TEST_F(VentanaSuelta, LaPrimeraPreguntaEsperaALaVentana) {
     FormaInicio otra;
     VentanaInicio nueva(otra, hecho.usuario());
     BucleQt bucle;
-    DialogosQt dialogos(bucle);
+    const RelojSistema reloj;
+    DialogosQt dialogos(bucle, reloj);
     dialogos.ventana(&nueva);
     otra.mostrar();
     dialogos.mensaje(Mensaje("x"), [](Boton) {});
@@ -208,7 +211,8 @@ class Archivos : public ::testing::Test {
                               .nombre = "Finca Norte 7_3_2004"};
     CarpetaTemporal carpeta;
     BucleQt bucle;
-    DialogosQt dialogos{bucle};
+    RelojSistema reloj;
+    DialogosQt dialogos{bucle, reloj};
     std::vector<Ruta> elegido;
 };
 
