@@ -275,9 +275,9 @@ TEST_F(ArchivosDeLaConsola, AFileSystemWithoutLocksTakesADownload) {
         auto orden = descargar(base);
         // Told by its path: the port has locks of its own, more of them the longer the logger takes to
         // answer.
-        orden.insert(orden.begin(),
-                     {PROGRAMA_STRACE, "-f", "-P", base.string() + ".parcial", "-o", "/dev/null", "-e",
-                      "trace=flock", "-e", fmt::format("inject=flock:error={}", error), "--"});
+        orden.insert(orden.begin(), {PROGRAMA_STRACE, "-f", "--seccomp-bpf", "-P", base.string() + ".parcial",
+                                     "-o", "/dev/null", "-e", "trace=flock", "-e",
+                                     fmt::format("inject=flock:error={}", error), "--"});
         Proceso proceso(orden);
         EXPECT_EQ(proceso.terminar(), 0) << error << ": " << proceso.errores();
         ++corridas_;
