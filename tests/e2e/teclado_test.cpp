@@ -31,6 +31,14 @@ class TecladoE2e : public VentanaE2e {
         return Parada{cual->nombre(), cual->papel(), cual->lugar()};
     }
 
+    // The message box that stands on the screen has the keyboard, with this button.
+    bool cajaConTeclado(const std::string& boton) const {
+        return esperarA([&] {
+            const auto cual = raiz().buscar(kBoton, boton);
+            return cual && cual->enfocado();
+        });
+    }
+
     // What the Tab key comes by, from the first control on until it is there again.
     std::vector<Parada> vueltaDelTabulador(const std::string& primero) {
         std::vector<Parada> paradas;
@@ -98,6 +106,42 @@ TEST_F(TecladoEnDescargaE2e, EnterGoesOnCancellingNothingAndTabReachesCancel) {
     ASSERT_TRUE(barra());
     ASSERT_TRUE(tecla("Return"));
     EXPECT_TRUE(esperarA([&] { return !barra(); }));
+}
+
+TEST_F(TecladoE2e, TwoEntersAtTheFirstQuestionAskOnce) {
+    constexpr const char* kPregunta = "Quiere conectarse con Registrador Veltra";
+    ASSERT_TRUE(responder("Su Configuracion Regional no es la apropiada", "Aceptar"));
+    ASSERT_TRUE(hay(kPregunta));
+    ASSERT_TRUE(cajaConTeclado("Aceptar"));
+    ASSERT_TRUE(xdotool({"key", "Return", "Return"}));
+    // The second one answers neither the question again nor the box behind it.
+    ASSERT_TRUE(responder(" Conexion en COM 1  @ 19200 bps ", "Aceptar"));
+    ASSERT_TRUE(contiene("Fecha", "/20"));
+    EXPECT_TRUE(hay(kPregunta, false));
+    EXPECT_TRUE(habilitado(kImportarConfiguracion));
+}
+
+TEST_F(TecladoE2e, AHeldEnterAsksOnceAndAnswersNothing) {
+    constexpr const char* kBorrara = "SE BORRARAN TODOS LOS DATOS DE MEMORIA!";
+    conectar();
+    const auto memoria = registrador_.memoria();
+    ASSERT_TRUE(pulsar("Cambiar configuracion"));
+    ASSERT_TRUE(habilitado("Enviar configuracion"));
+    const auto enviar = raiz().buscar(kBoton, "Enviar configuracion");
+    ASSERT_TRUE(enviar && ventanaConTeclado() && enviar->enfocar());
+    ASSERT_TRUE(esperarA([&] { return enviar->enfocado(); }));
+    // Long enough for the keyboard to repeat it many times.
+    ASSERT_TRUE(xdotool({"keydown", "Return", "sleep", "2", "keyup", "Return"}));
+    ASSERT_TRUE(hay(kBorrara)) << "not asked, or answered";
+    ASSERT_TRUE(cajaConTeclado("Cancelar"));
+    // Keys arrive in their order: once the next one has done its work, those have been heard.
+    ASSERT_TRUE(tecla("Tab"));
+    ASSERT_TRUE(cajaConTeclado("Aceptar")) << "the question is gone";
+    EXPECT_TRUE(hay(kBorrara));
+    ASSERT_TRUE(tecla("Escape"));
+    EXPECT_TRUE(hay(kBorrara, false));
+    EXPECT_TRUE(habilitado("Cambiar configuracion"));
+    EXPECT_EQ(registrador_.memoria(), memoria);
 }
 
 TEST_F(TecladoE2e, TabGoesWhereTheEyeGoesAndComesByEveryField) {

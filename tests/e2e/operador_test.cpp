@@ -1,0 +1,337 @@
+// An operator at the built window with a real mouse and keyboard: he clicks, types, unplugs the logger and
+// kills the program at random, on a line that fails at random. TELVANE_OPERADOR_SEGUNDOS says for how long
+// (10 minutes), TELVANE_OPERADOR_SEMILLA from which number on (any, and printed).
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "loggerconfig/pasos_serie.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/proceso.h"
+#include "tests/e2e/accesible.h"
+#include "tests/e2e/datos_guardados.h"
+#include "tests/e2e/escritorio.h"
+
+namespace telvane {
+namespace {
+
+using namespace std::chrono_literals;
+using Azar = std::mt19937;
+
+constexpr std::size_t kCabecera = 448;
+constexpr int kPasosPorJornada = 60;
+
+int tirar(Azar& azar, int hasta) {
+    return std::uniform_int_distribution<int>(0, hasta - 1)(azar);
+}
+template <class Lista>
+const auto& uno(Azar& azar, const Lista& lista) {
+    return lista[static_cast<std::size_t>(tirar(azar, static_cast<int>(std::size(lista))))];
+}
+
+// One thing on the screen, as it was when it was looked at.
+struct Cosa {
+    std::string papel;
+    std::string nombre;
+    bool habilitada;
+    Lugar lugar;
+
+    bool es(const std::string& cual, const std::string& comienzo) const {
+        return papel == cual && nombre.starts_with(comienzo);
+    }
+};
+
+void juntar(const Accesible& desde, std::vector<Cosa>& todas) {
+    for (const auto& hijo : desde.hijos()) {
+        if (hijo.visible()) todas.push_back({hijo.papel(), hijo.nombre(), hijo.habilitado(), hijo.lugar()});
+        juntar(hijo, todas);
+    }
+}
+
+const Cosa* buscar(const std::vector<Cosa>& cosas, const std::string& papel, const std::string& comienzo) {
+    const auto lugar = std::ranges::find_if(cosas, [&](const Cosa& c) { return c.es(papel, comienzo); });
+    return lugar == cosas.end() ? nullptr : &*lugar;
+}
+
+// Processor time that a process has had.
+std::chrono::milliseconds procesador(pid_t pid) {
+    std::ifstream archivo(fmt::format("/proc/{}/stat", pid));
+    std::string texto{std::istreambuf_iterator<char>(archivo), {}};
+    texto.erase(0, std::min(texto.size(), texto.rfind(')') + 1));
+    long usuario = 0;
+    long sistema = 0;
+    if (std::sscanf(texto.c_str(), " %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %ld %ld", &usuario,
+                    &sistema) != 2)
+        return 0ms;
+    return std::chrono::milliseconds((usuario + sistema) * 1000 / ::sysconf(_SC_CLK_TCK));
+}
+
+// One logger, one program after the other, and the laws.
+class Jornada {
+   public:
+    explicit Jornada(unsigned semilla) : azar_(semilla) {
+        constexpr auto kFallos = std::to_array<const char*>(
+            {"sonda:vez=2:silencio", "sonda:byte=9:perder", "en-linea:cuadro=9:byte=20:perder",
+             "en-linea:cuadro=20:insertar=3", "lectura:byte=60:silencio", "lectura:byte=3:colgar",
+             "lectura:byte=30:demora=1500", "escritura:byte=50:silencio", "escritura:byte=20:demora=3000",
+             "serie:byte=3:silencio", "serie:byte=2:demora=1500", "descarga:bloque=3:silencio",
+             "descarga:byte=1:cambiar=00", "descarga:bloque=40:byte=7:colgar"});
+        for (int i = tirar(azar_, 4); i > 0; --i)
+            fallos_.insert(fallos_.end(), {"--fallo", uno(azar_, kFallos)});
+        enchufar(fallos_);
+        antes_ = memoria();
+        empezar();
+    }
+
+    // Gives what was found, and what was done before it.
+    std::string correr() {
+        for (int i = 0; i < kPasosPorJornada && hallazgo_.empty(); ++i) {
+            actuar();
+            mirar();
+        }
+        if (hallazgo_.empty()) terminar();
+        if (hallazgo_.empty()) return "";
+        std::string texto =
+            fmt::format("{} ({})\n{}\n", hallazgo_, fmt::join(fallos_, " "), programa_->errores());
+        const auto desde = hecho_.size() > 12 ? hecho_.size() - 12 : 0;
+        for (auto i = desde; i < hecho_.size(); ++i) texto += "  " + hecho_[i] + "\n";
+        return texto + accesibilidad_->raiz().arbol();
+    }
+
+   private:
+    std::string memoria() const { return contenidoDe(carpeta_ / "memoria.rgt"); }
+    void enchufar(const std::vector<std::string>& fallos) {
+        std::vector<std::string> orden = {TELVANE_SIM, "--enlace", (carpeta_ / "COM1").string(), "--memoria",
+                                          (carpeta_ / "memoria.rgt").string()};
+        orden.insert(orden.end(), fallos.begin(), fallos.end());
+        simulador_ = std::make_unique<Proceso>(orden);
+        if (!simulador_->linea()) hallazgo_ = "telvane-sim: " + simulador_->errores();
+    }
+    void empezar() {
+        accesibilidad_ = std::make_unique<Accesibilidad>(escritorio_.bus());
+        programa_ = std::make_unique<Proceso>(
+            std::vector<std::string>{TELVANE, "--com", "1=" + (carpeta_ / "COM1").string()},
+            escritorio_.entorno());
+        // Refusing the regional settings is an end of its own; here they are set, with one press: another one
+        // would begin it anew.
+        bool puestos = false;
+        const bool visto = esperarA([&] {
+            ver();
+            const bool caja = buscar(cosas_, "label", "Su Configuracion Regional") != nullptr;
+            const auto boton =
+                caja && !puestos ? accesibilidad_->raiz().buscar("push button", "Aceptar") : std::nullopt;
+            if (boton) puestos = boton->pulsar();
+            return buscar(cosas_, "push button", "Importar Configuracion") != nullptr;
+        });
+        if (!visto) hallazgo_ = "no window";
+    }
+    const std::vector<Cosa>& ver() {
+        cosas_.clear();
+        juntar(accesibilidad_->raiz(), cosas_);
+        return cosas_;
+    }
+    void xdotool(std::vector<std::string> orden) {
+        hecho_.push_back(fmt::format("{}", fmt::join(orden, " ")));
+        orden.insert(orden.begin(), PROGRAMA_XDOTOOL);
+        Proceso(orden, escritorio_.entorno()).terminar();
+    }
+    void clic(int x, int y) { xdotool({"mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
+
+    void actuar() {
+        switch (tirar(azar_, 12)) {
+            case 0:
+                clic(tirar(azar_, 1280), tirar(azar_, 1024));
+                break;
+            case 1:
+            case 2:
+            case 3:
+                teclear();
+                break;
+            case 4:
+                if (tirar(azar_, 3) == 0) desenchufar();
+                break;
+            case 5:
+                if (tirar(azar_, 5) == 0) matar();
+                break;
+            default:
+                pulsarAlgo();
+        }
+    }
+    // Something that can be pressed; the end of the program by its button now and then.
+    void pulsarAlgo() {
+        std::vector<Cosa> posibles;
+        for (const auto& cosa : cosas_) {
+            const bool seDeja = cosa.papel == "push button" || cosa.papel == "radio button" ||
+                                cosa.papel == "check box" || cosa.papel == "text";
+            if (seDeja && cosa.habilitada && cosa.lugar.ancho > 0) posibles.push_back(cosa);
+        }
+        if (posibles.empty()) return;
+        const auto& cosa = uno(azar_, posibles);
+        if (cosa.nombre == "Salir" && tirar(azar_, 10) > 0) return;
+        hecho_.push_back(cosa.papel + " " + cosa.nombre);
+        seAcaba_ = cosa.nombre == "Salir";
+        clic(cosa.lugar.x + cosa.lugar.ancho / 2, cosa.lugar.y + cosa.lugar.alto / 2);
+    }
+    void teclear() {
+        constexpr auto kTeclas = std::to_array<const char*>(
+            {"Return", "Return", "space", "Escape", "Tab", "Tab", "shift+Tab", "BackSpace", "Down", "7"});
+        if (tirar(azar_, 4) == 0) {
+            xdotool({"type", "--delay", "5", std::to_string(10000000 + tirar(azar_, 80000000))});
+        } else {
+            xdotool({"key", uno(azar_, kTeclas)});
+        }
+    }
+    // The wire is pulled, or another one is plugged in.
+    void desenchufar() {
+        hecho_.emplace_back("unplugged");
+        mirarNumero();
+        simulador_.reset();
+        sabido_ = enviado();
+        enchufar(tirar(azar_, 2) == 0 ? fallos_ : std::vector<std::string>{});
+    }
+    void matar() {
+        constexpr std::array<int, 4> kSenales = {SIGTERM, SIGINT, SIGHUP, SIGKILL};
+        const int senal = uno(azar_, kSenales);
+        hecho_.push_back(fmt::format("signal {}", senal));
+        programa_->senal(senal);
+        acabado(senal == SIGKILL ? 128 + SIGKILL : 0);
+    }
+    // It ends with this status, and another one is started.
+    void acabado(int estado) {
+        const auto suyo = programa_->terminar();
+        if (suyo != estado) {
+            hallazgo_ = fmt::format("ends with {}, and not with {}", suyo.value_or(-1), estado);
+            return;
+        }
+        seAcaba_ = false;
+        sabido_.clear();
+        empezar();
+    }
+    void terminar() {
+        hecho_.emplace_back("SIGTERM");
+        programa_->senal(SIGTERM);
+        if (const auto suyo = programa_->terminar(); suyo != 0)
+            hallazgo_ = fmt::format("at the end: {}", suyo.value_or(-1));
+    }
+
+    void mirar() {
+        if (const auto estado = programa_->terminar(Proceso::Plazo(0))) {
+            if (!seAcaba_ || *estado != 0) hallazgo_ = fmt::format("ends by itself with {}", *estado);
+            if (hallazgo_.empty()) acabado(0);
+            return;
+        }
+        ver();
+        if (buscar(cosas_, "label", "SE BORRARAN TODOS LOS DATOS") != nullptr) preguntado_ = true;
+        if (buscar(cosas_, "label", "Error en tiempo de ejec") != nullptr)
+            hallazgo_ = "a failure at run time";
+        mirarMemoria();
+        mirarNumero();
+        mirarBotones();
+        if (tirar(azar_, 20) == 0) descansa();
+    }
+    // Nothing leaves to be erased without its question.
+    void mirarMemoria() {
+        const auto ahora = memoria();
+        if (ahora.empty() || antes_.empty()) {
+            antes_ = ahora;
+        } else if (ahora.substr(kCabecera) != antes_.substr(kCabecera)) {
+            if (!preguntado_) hallazgo_ = "the memory was erased, and nobody asked";
+            antes_ = ahora;
+        }
+    }
+    // What Label1 tells as sent.
+    std::string enviado() const {
+        const auto* rotulo = buscar(cosas_, "label", "Nº Enviado  ");
+        return rotulo ? rotulo->nombre.substr(std::string("Nº Enviado  ").size()) : "";
+    }
+    void mirarNumero() {
+        const auto numero = enviado();
+        if (numero.empty() || numero == sabido_) return;
+        const auto empacado = empacarSerie(numero);
+        const bool llego = esperarA([&] {
+            return std::ranges::equal(empacado, memoria().substr(0, empacado.size()), {}, {},
+                                      [](char c) { return static_cast<std::uint8_t>(c); });
+        });
+        if (!llego) hallazgo_ = "shown as sent, and the logger has another number: " + numero;
+        sabido_ = numero;
+    }
+    // Looked at again until they agree: what is on the screen may change while it is looked at.
+    void mirarBotones() {
+        const auto vale = [&] {
+            const auto* enviar = buscar(cosas_, "push button", "Enviar configuracion");
+            const auto* cambiar = buscar(cosas_, "push button", "Cambiar configuracion");
+            const auto* leer = buscar(cosas_, "push button", "Importar Configuracion");
+            if (!enviar || !cambiar || !leer || !enviar->habilitada) return true;
+            return !cambiar->habilitada && !leer->habilitada;
+        };
+        const auto unSoloEnLinea = [&] {
+            const bool empieza = buscar(cosas_, "push button", "DATOS EN LINEA") != nullptr;
+            const bool para = buscar(cosas_, "push button", "PARAR") != nullptr;
+            return cosas_.empty() || buscar(cosas_, "push button", "Salir") == nullptr || empieza != para;
+        };
+        const bool bien = esperarA([&] {
+            if (vale() && unSoloEnLinea()) return true;
+            return programa_->terminar(Proceso::Plazo(0)).has_value() || (ver(), vale() && unSoloEnLinea());
+        });
+        if (!bien) hallazgo_ = "what can be sent can be read or edited as well";
+    }
+    // Left alone it waits, and does not turn: a second of the wall clock costs a part of the processor's.
+    void descansa() {
+        const auto antes = procesador(programa_->pid());
+        std::this_thread::sleep_for(1s);
+        const auto gastado = procesador(programa_->pid()) - antes;
+        if (gastado > 600ms) hallazgo_ = fmt::format("{} ms of processor time in a second", gastado.count());
+    }
+
+    Azar azar_;
+    CarpetaTemporal carpeta_;
+    Escritorio escritorio_;
+    std::vector<std::string> fallos_;
+    std::unique_ptr<Proceso> simulador_;
+    std::unique_ptr<Proceso> programa_;
+    std::unique_ptr<Accesibilidad> accesibilidad_;
+    std::vector<Cosa> cosas_;
+    std::vector<std::string> hecho_;
+    std::string hallazgo_;
+    std::string antes_;
+    std::string sabido_;  // a number that was looked at, or whose logger has gone since
+    bool preguntado_ = false;
+    bool seAcaba_ = false;
+};
+
+std::optional<unsigned> delEntorno(const char* nombre) {
+    const char* valor = std::getenv(nombre);
+    if (!valor) return std::nullopt;
+    return static_cast<unsigned>(std::strtoul(valor, nullptr, 10));
+}
+
+TEST(OperadorE2e, TheLawsHoldWhateverHeDoes) {
+    const auto hasta = std::chrono::steady_clock::now() +
+                       std::chrono::seconds(delEntorno("TELVANE_OPERADOR_SEGUNDOS").value_or(600));
+    auto semilla = delEntorno("TELVANE_OPERADOR_SEMILLA").value_or(std::random_device()());
+    int jornadas = 0;
+    do {
+        fmt::print("TELVANE_OPERADOR_SEMILLA={}\n", semilla);
+        ASSERT_EQ(Jornada(semilla).correr(), "");
+        ++semilla;
+        ++jornadas;
+    } while (std::chrono::steady_clock::now() < hasta);
+    fmt::print("{} jornadas\n", jornadas);
+}
+
+}  // namespace
+}  // namespace telvane
