@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -27,7 +28,10 @@ constexpr mode_t kModoPropio = 0600;
 // ".<name>.XXXXXX" beside the destination, with a number that nobody guesses.
 std::string nombreTemporal(const fs::path& destino) {
     std::uint32_t azar = 0;
-    static_cast<void>(::getrandom(&azar, sizeof azar, GRND_NONBLOCK));
+    // A system that has just started may have none yet.
+    if (::getrandom(&azar, sizeof azar, GRND_NONBLOCK) != sizeof azar) {
+        azar = static_cast<std::uint32_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    }
     // The dot is the name's own: the suffix must cut what stands behind it.
     const auto oculto = destino.parent_path() / ('.' + destino.filename().string());
     return conSufijo(oculto, fmt::format(".{:08x}", azar)).string();
