@@ -1,6 +1,5 @@
 // telvane-cli convertir
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -48,9 +47,7 @@ std::string motivoFormato(const std::string& texto) {
 Formato formatoDe(const Opciones& opciones) {
     if (!opciones.formato.empty()) return leerFormato(opciones.formato).value();
     if (!opciones.carpeta.empty()) return Formato::csv;
-    auto ending = fs::path(opciones.archivos.back()).extension().string();
-    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return std::tolower(c); });
-    return leerFormato(std::string_view(ending).substr(ending.empty() ? 0 : 1)).value_or(Formato::csv);
+    return formatoDelNombre(opciones.archivos.back()).value_or(Formato::csv);
 }
 
 std::vector<Par> pares(const Opciones& opciones, Formato formato) {

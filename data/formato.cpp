@@ -1,5 +1,8 @@
 #include "data/formato.h"
 
+#include <algorithm>
+#include <cctype>
+
 namespace telvane {
 
 std::optional<Formato> leerFormato(std::string_view texto) {
@@ -7,6 +10,12 @@ std::optional<Formato> leerFormato(std::string_view texto) {
         if (texto == suya.nombre()) return suya.formato;
     }
     return std::nullopt;
+}
+
+std::optional<Formato> formatoDelNombre(const std::filesystem::path& nombre) {
+    auto final = nombre.extension().string();
+    std::ranges::transform(final, final.begin(), [](unsigned char c) { return std::tolower(c); });
+    return leerFormato(std::string_view(final).substr(final.empty() ? 0 : 1));
 }
 
 std::string nombresDeFormatos() {

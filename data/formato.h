@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,6 +40,8 @@ static_assert([] {
 
 // nullopt for a text that names none.
 std::optional<Formato> leerFormato(std::string_view texto);
+// What the ending of a file's name tells, in whatever case; nullopt where it tells none.
+std::optional<Formato> formatoDelNombre(const std::filesystem::path& nombre);
 // "csv, xls o jsonl"
 std::string nombresDeFormatos();
 

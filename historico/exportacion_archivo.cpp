@@ -21,8 +21,8 @@ constexpr std::size_t kTrozo = 1U << 16;
 class Tablero {
    public:
     using AlEscribir = std::function<void(std::string_view)>;
-    Tablero(Tabla tabla, bool evaporacion, const AlEscribir& alEscribir)
-        : tabla_(tabla), evaporacion_(evaporacion), alEscribir_(alEscribir), trozo_(kTrozo, '\0') {}
+    Tablero(Redaccion redaccion, bool evaporacion, const AlEscribir& alEscribir)
+        : redaccion_(redaccion), evaporacion_(evaporacion), alEscribir_(alEscribir), trozo_(kTrozo, '\0') {}
 
     void texto(std::string_view bytes) {
         soltar();
@@ -30,22 +30,22 @@ class Tablero {
     }
     void muestra(BytesMuestraConst registro) {
         char* p = lugar(kObjetoMaximo);
-        p = tabla_ == Tabla::jsonl ? escribirObjeto(p, registro, evaporacion_)
-                                   : escribirLinea(p, registro, evaporacion_);
+        p = redaccion_ == Redaccion::objeto ? escribirObjeto(p, registro, evaporacion_)
+                                            : escribirLinea(p, registro, evaporacion_);
         usado_ = static_cast<std::size_t>(p - trozo_.data());
     }
     void muestra(BytesMuestraConst registro, const Marcas& marcas) {
         const auto lista = marcas.lista();
         std::string columna;
         for (const auto& marca : lista) {
-            if (tabla_ == Tabla::jsonl) {
+            if (redaccion_ == Redaccion::objeto) {
                 columna += (columna.empty() ? "\"" : ",\"") + marca + '"';
             } else {
                 columna += (columna.empty() ? "" : " ") + marca;
             }
         }
         char* p = lugar(kObjetoMaximo + columna.size() + 2 * kColumnaDeMas);
-        if (tabla_ == Tabla::jsonl) {
+        if (redaccion_ == Redaccion::objeto) {
             p = escribirMiembros(p, registro, evaporacion_);
             p = escribirTexto(escribirTexto(escribirTexto(p, R"("calidad":[)"), columna), "],");
             p = cerrarObjeto(p);
@@ -69,7 +69,7 @@ class Tablero {
         return trozo_.data() + usado_;
     }
 
-    Tabla tabla_;
+    Redaccion redaccion_;
     bool evaporacion_;
     const AlEscribir& alEscribir_;
     std::string trozo_;
@@ -77,12 +77,12 @@ class Tablero {
 };
 
 std::string cabezaDe(const EstacionGuardada& estacion, const PeticionTabla& peticion) {
-    if (peticion.tabla == Tabla::jsonl) return {};
-    if (peticion.tabla == Tabla::xls) return cp1252DeUtf8(columnasXls());
-    auto columnas = columnasCsv(estacion.evaporacion);
-    if (peticion.calidad) columnas.insert(columnas.size() - textos::kFinLinea.size(), ",Calidad");
     const auto cabecera = leerCabecera(Lectura::cabecera(estacion));
-    return cp1252DeUtf8(encabezadoCsv(peticion.momento, cabecera.texto) + columnas);
+    auto cabeza = cabeceraDatos(peticion.formato, peticion.momento, cabecera.texto, estacion.evaporacion);
+    // Its last line names the columns.
+    if (peticion.calidad && peticion.formato == Formato::csv)
+        cabeza.insert(cabeza.size() - textos::kFinLinea.size(), ",Calidad");
+    return cp1252DeUtf8(cabeza);
 }
 
 bool esta(const Periodo& periodo, Instante instante) {
@@ -124,7 +124,7 @@ void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, cons
 
 void escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
                    const std::function<void(std::string_view)>& alEscribir) {
-    Tablero tablero(peticion.tabla, estacion.evaporacion, alEscribir);
+    Tablero tablero(fila(peticion.formato).redaccion, estacion.evaporacion, alEscribir);
     tablero.texto(cabezaDe(estacion, peticion));
     if (peticion.calidad) {
         escribirConCalidad(lectura, estacion, peticion, tablero);
@@ -132,7 +132,7 @@ void escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const Pet
         recorrerDeAparte(lectura, estacion, peticion.periodo, peticion.cuales,
                          [&](const MuestraArchivada& m) { tablero.muestra(m.registro); });
     }
-    tablero.texto(peticion.tabla == Tabla::jsonl ? "" : textos::kFinLinea);
+    tablero.texto(fila(peticion.formato).pie);
 }
 
 }  // namespace telvane

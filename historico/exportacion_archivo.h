@@ -7,15 +7,14 @@
 #include <string_view>
 
 #include "calidad/limites.h"
+#include "data/formato.h"
 #include "historico/lectura.h"
 #include "platform/reloj.h"
 
 namespace telvane {
 
-enum class Tabla { csv, jsonl, xls };
-
 struct PeticionTabla {
-    Tabla tabla = Tabla::csv;
+    Formato formato = Formato::csv;
     Periodo periodo;
     Cuales cuales = Cuales::lasQueCuentan;
     std::optional<Limites> calidad;  // one more column or member

@@ -1,7 +1,4 @@
 // telvane-historico exportar
-#include <algorithm>
-#include <array>
-#include <cctype>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -31,28 +28,14 @@ struct Opciones {
     bool todo = false;
 };
 
-struct NombreTabla {
-    Tabla tabla;
-    std::string_view nombre;
-};
-constexpr std::array<NombreTabla, 3> kTablas = {
-    {{Tabla::csv, "csv"}, {Tabla::jsonl, "jsonl"}, {Tabla::xls, "xls"}}};
-
-std::optional<Tabla> leerTabla(std::string_view texto) {
-    const auto* cual =
-        std::find_if(kTablas.begin(), kTablas.end(), [&](const auto& t) { return t.nombre == texto; });
-    return cual == kTablas.end() ? std::nullopt : std::optional(cual->tabla);
-}
-std::string motivoTabla(const std::string& texto) {
-    return leerTabla(texto) ? "" : "debe ser csv, jsonl o xls";
+std::string motivoFormato(const std::string& texto) {
+    return leerFormato(texto) ? "" : "debe ser " + nombresDeFormatos();
 }
 
 // As asked for, or as the output's name tells.
-Tabla tablaDe(const Opciones& opciones) {
-    if (opciones.formato) return leerTabla(*opciones.formato).value();
-    auto final = std::filesystem::path(opciones.salida).extension().string();
-    std::ranges::transform(final, final.begin(), [](unsigned char c) { return std::tolower(c); });
-    return leerTabla(std::string_view(final).substr(final.empty() ? 0 : 1)).value_or(Tabla::csv);
+Formato formatoDe(const Opciones& opciones) {
+    if (opciones.formato) return leerFormato(*opciones.formato).value();
+    return formatoDelNombre(opciones.salida).value_or(Formato::csv);
 }
 
 std::optional<Instante> momentoDe(const std::optional<std::string>& texto) {
@@ -68,12 +51,12 @@ Periodo periodoDe(const Opciones& opciones) {
 }
 
 void exportar(ContextoHistorico& contexto, const Opciones& opciones) {
-    PeticionTabla peticion{.tabla = tablaDe(opciones),
+    PeticionTabla peticion{.formato = formatoDe(opciones),
                            .periodo = periodoDe(opciones),
                            .cuales = opciones.todo ? Cuales::todas : Cuales::lasQueCuentan,
                            .calidad = {},
                            .momento = contexto.entorno.reloj.ahora()};
-    if (opciones.calidad && peticion.tabla == Tabla::xls) {
+    if (opciones.calidad && peticion.formato == Formato::xls) {
         throw ErrorCli(CodigoSalida::malUso, "--calidad no cabe en un xls: pida csv o jsonl");
     }
     const auto almacen = contexto.abrir(Uso::leer);
@@ -127,8 +110,8 @@ void declararExportar(Argumentos& argumentos, ContextoHistorico& contexto) {
         {.nombre = "--hasta", .valor = "F", .ayuda = "Hasta entonces, excluido", .comprobar = motivoMomento});
     orden.opcion(o->formato, {.nombre = "--formato",
                               .valor = "FORMATO",
-                              .ayuda = "csv, jsonl o xls; si falta, el de la SALIDA, o csv",
-                              .comprobar = motivoTabla});
+                              .ayuda = nombresDeFormatos() + "; si falta, el de la SALIDA, o csv",
+                              .comprobar = motivoFormato});
     orden.bandera(o->calidad, "--calidad", "Añade las marcas de calidad de cada muestra (csv, jsonl)");
     orden.opcion(o->limites,
                  {.nombre = "--limites",

@@ -179,6 +179,9 @@ TEST(Formatos, CadaUnoSeLeePorSuNombreYSoloPorEl) {
     for (const auto& suya : kFormatos) EXPECT_EQ(leerFormato(suya.nombre()), suya.formato);
     for (const auto* otro : {"", "csv ", ".csv", "CSV", "json"}) EXPECT_EQ(leerFormato(otro), std::nullopt);
     EXPECT_EQ(nombresDeFormatos(), "csv, xls o jsonl");
+    EXPECT_EQ(formatoDelNombre("a/b.c/Datos.JSONL"), Formato::jsonl);
+    for (const auto* otro : {"", "csv", ".xls", "a.csv/b", "a.txt"})
+        EXPECT_EQ(formatoDelNombre(otro), std::nullopt) << otro;
 }
 
 }  // namespace
