@@ -1,5 +1,7 @@
 // A sample of the fault grid on a real pty: the built programs, the fault as telvane-sim takes it, and the
 // same command again, which succeeds. And what only the system can do to a port: reads and writes that fail.
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <functional>
@@ -13,6 +15,7 @@
 
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/proceso.h"
+#include "tests/apoyo/servidor_serie.h"
 #include "tests/e2e/datos_guardados.h"
 #include "tests/e2e/llamadas.h"
 
@@ -25,16 +28,18 @@ using testing::HasSubstr;
 // A logger with a fault of its line, and the console tool at it.
 class Puesto {
    public:
-    explicit Puesto(const std::string& fallo = "") {
+    explicit Puesto(const std::string& fallo = "", bool porRed = false) {
         std::vector<std::string> orden = {TELVANE_SIM, "--enlace", enlace_.string(), "--baudios", "0"};
         if (!fallo.empty()) orden.insert(orden.end(), {"--fallo", fallo});
         simulador_ = std::make_unique<Proceso>(orden);
         EXPECT_TRUE(simulador_->linea()) << simulador_->errores();
+        if (porRed) servidor_ = std::make_unique<ServidorSerie>(enlace_);
     }
     std::vector<std::string> orden(std::vector<std::string> argumentos) const {
         if (argumentos.front() == "descargar")
             argumentos.insert(argumentos.end(), {"--base", base().string()});
-        argumentos.insert(argumentos.begin(), {TELVANE_CLI, "--com", "1=" + enlace_.string()});
+        const auto puerto = servidor_ ? servidor_->direccion() : enlace_.string();
+        argumentos.insert(argumentos.begin(), {TELVANE_CLI, "--com", "1=" + puerto});
         return argumentos;
     }
     FinDePrograma correr(const std::vector<std::string>& argumentos) const {
@@ -51,6 +56,7 @@ class Puesto {
     CarpetaTemporal carpeta_;
     const fs::path enlace_ = carpeta_ / "COM1";
     std::unique_ptr<Proceso> simulador_;
+    std::unique_ptr<ServidorSerie> servidor_;  // between the logger and the tool
 };
 
 struct Caso {
@@ -60,6 +66,7 @@ struct Caso {
     const char* dice;
 };
 
+constexpr const char* kDesaparecido = "ha desaparecido";
 const std::vector<std::string> kDescargar = {"descargar", "--reintentos", "0", "--espera", "1"};
 const std::vector<Caso> kCasos = {
     {"sonda:byte=5:silencio", {"buscar"}, 0, ""},
@@ -76,22 +83,22 @@ const std::vector<Caso> kCasos = {
     {"descarga:bloque=3:byte=10:insertar=40", kDescargar, 1, "quedan 3 de 4096 bloques"},
     {"descarga:bloque=2:silencio", kDescargar, 1,
      "el registrador dejó de responder a mitad de la comunicación: revise el cable"},
-    {"descarga:bloque=5:byte=63:colgar", kDescargar, 1, "ha desaparecido"},
+    {"descarga:bloque=5:byte=63:colgar", kDescargar, 1, kDesaparecido},
 };
 
 // All at once: they wait, most of the time.
-TEST(FallosEnUnPty, EachEndsAsInTheGridAndTheSameCommandSucceedsAfterwards) {
+void probar(const std::vector<Caso>& casos, bool porRed) {
     std::vector<std::unique_ptr<Puesto>> puestos;
-    for (const auto& caso : kCasos) puestos.push_back(std::make_unique<Puesto>(caso.fallo));
+    for (const auto& caso : casos) puestos.push_back(std::make_unique<Puesto>(caso.fallo, porRed));
     const auto todos = [&](const std::function<void(const Caso&, const Puesto&, Proceso&)>& mirar) {
         std::vector<std::unique_ptr<Proceso>> procesos;
-        for (std::size_t i = 0; i < kCasos.size(); ++i) {
+        for (std::size_t i = 0; i < casos.size(); ++i) {
             ASSERT_TRUE(esperarA([&] { return puestos[i]->hayPuerto(); }));
-            procesos.push_back(std::make_unique<Proceso>(puestos[i]->orden(kCasos[i].argumentos)));
+            procesos.push_back(std::make_unique<Proceso>(puestos[i]->orden(casos[i].argumentos)));
         }
-        for (std::size_t i = 0; i < kCasos.size(); ++i) {
-            SCOPED_TRACE(kCasos[i].fallo);
-            mirar(kCasos[i], *puestos[i], *procesos[i]);
+        for (std::size_t i = 0; i < casos.size(); ++i) {
+            SCOPED_TRACE(casos[i].fallo);
+            mirar(casos[i], *puestos[i], *procesos[i]);
         }
     };
     todos([](const Caso& caso, const Puesto&, Proceso& proceso) {
@@ -112,6 +119,80 @@ TEST(FallosEnUnPty, EachEndsAsInTheGridAndTheSameCommandSucceedsAfterwards) {
         EXPECT_EQ(fs::exists(puesto.base()), caso.argumentos.front() == "descargar");
     });
 }
+
+TEST(FallosEnUnPty, EachEndsAsInTheGridAndTheSameCommandSucceedsAfterwards) {
+    probar(kCasos, false);
+}
+
+// What a device does, a server passes on; that it is gone, it tells by hanging up.
+std::vector<Caso> casosPorRed() {
+    auto casos = kCasos;
+    for (auto& caso : casos) {
+        if (std::string_view(caso.dice) == kDesaparecido) caso.dice = "se cortó la conexión con 127.0.0.1";
+    }
+    return casos;
+}
+
+// A byte lost, one too many, and the device gone.
+TEST(FallosPorLaRed, TheWorstOfThemEndAsOnAWire) {
+    const auto todos = casosPorRed();
+    probar({todos[1], todos[4], todos.back()}, true);
+}
+
+TEST(RestoDeFallosPorLaRed, EachEndsAsOnAWire) {
+    probar(casosPorRed(), true);
+}
+
+// Every fault that a server passes on, at places of each exchange: the command ends by itself and says why
+// where it failed, and the same command succeeds afterwards.
+constexpr std::array<const char*, 9> kFallosQuePasan = {"silencio", "demora=600", "demora=3500",
+                                                        "invertir", "insertar=1", "insertar=40",
+                                                        "perder",   "doblar",     "colgar"};
+
+class TodoFalloPorLaRed : public testing::TestWithParam<const char*> {};
+
+TEST_P(TodoFalloPorLaRed, EndsByItselfAndTheSameCommandSucceedsAfterwards) {
+    const std::string lugar = GetParam();
+    const auto argumentos =
+        lugar.starts_with("descarga") ? kDescargar : std::vector<std::string>{"configuracion"};
+    std::vector<std::unique_ptr<Puesto>> puestos;
+    std::vector<std::unique_ptr<Proceso>> procesos;
+    for (const auto* fallo : kFallosQuePasan) {
+        puestos.push_back(std::make_unique<Puesto>(lugar + ":" + fallo, true));
+        procesos.push_back(std::make_unique<Proceso>(puestos.back()->orden(argumentos)));
+    }
+    for (std::size_t i = 0; i < puestos.size(); ++i) {
+        SCOPED_TRACE(lugar + ":" + kFallosQuePasan[i]);
+        const auto estado = procesos[i]->terminar(Proceso::kPlazo * 3);
+        EXPECT_THAT(estado, testing::AnyOf(0, 1, 3)) << procesos[i]->errores();
+        if (estado != 0) {
+            EXPECT_THAT(procesos[i]->errores(), HasSubstr("telvane-cli: "));
+        }
+        ASSERT_TRUE(esperarA([&] { return puestos[i]->hayPuerto(); }));
+        fs::remove(puestos[i]->base());
+        procesos[i] = std::make_unique<Proceso>(puestos[i]->orden(argumentos));
+    }
+    for (std::size_t i = 0; i < puestos.size(); ++i) {
+        SCOPED_TRACE(lugar + ":" + kFallosQuePasan[i]);
+        EXPECT_EQ(procesos[i]->terminar(Proceso::kPlazo * 3), 0) << procesos[i]->errores();
+        if (lugar.starts_with("descarga")) {
+            EXPECT_EQ(fs::file_size(puestos[i]->base()), kBytesArchivoBase);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Resto, TodoFalloPorLaRed,
+                         testing::Values("sonda:byte=0", "sonda:byte=20", "lectura:byte=0", "lectura:byte=1",
+                                         "lectura:byte=2", "lectura:byte=60", "lectura:byte=112",
+                                         "descarga:byte=0", "descarga:byte=1", "descarga:bloque=0:byte=0",
+                                         "descarga:bloque=2047:byte=32", "descarga:bloque=4095:byte=63"),
+                         [](const auto& caso) {
+                             std::string nombre = caso.param;
+                             std::replace_if(
+                                 nombre.begin(), nombre.end(), [](char c) { return c == ':' || c == '='; },
+                                 '_');
+                             return nombre;
+                         });
 
 // The machine sleeps in the middle of a download, longer than the logger waits.
 TEST(FallosEnUnPty, ADownloadThatWasStoppedForAWhileStartsAgainByItself) {
