@@ -130,9 +130,12 @@ bool anotar(Almacen& almacen, IdEstacion estacion, const Huella& imagen,
     return true;
 }
 
-// The station of this serial number that has the image already.
-std::optional<EstacionGuardada> quienLaTiene(Almacen& almacen, const Huella& huella) {
+// The station that has the image already. The serial number in its header is that of its station; only where
+// it has none can it be anybody's.
+std::optional<EstacionGuardada> quienLaTiene(Almacen& almacen, BytesImagen bytes, const Huella& huella) {
+    const auto serie = serieDe(bytes);
     for (auto& estacion : almacen.estaciones()) {
+        if (serie && *serie != estacion.serie && !estacion.nombre.starts_with(*serie)) continue;
         if (almacen.ficha(estacion.id, huella)) return estacion;
     }
     return std::nullopt;
@@ -160,7 +163,7 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
     const auto huella = huellaDe(bytes);
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     Incorporacion resultado;
-    if (const auto dueno = quienLaTiene(almacen_, huella)) {
+    if (const auto dueno = quienLaTiene(almacen_, bytes, huella)) {
         const bool esSuya = dueno->nombre == nombre || (!destino.como && dueno->serie == serie);
         if (!esSuya)
             throw ErrorImagen(fmt::format("ya está en el archivo, en la estación {}", dueno->nombre));
