@@ -16,10 +16,10 @@
 
 #include "bench/corrida.h"
 #include "bench/mediana.h"
+#include "bench/registrador_que_graba.h"
 #include "data/conversion.h"
 #include "historico/archivo.h"
 #include "historico/destino.h"
-#include "simulator/memoria_simulada.h"
 
 namespace telvane::bench {
 
@@ -31,39 +31,11 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr int kRondas = 31;
 constexpr int kRondasLargas = 5;
-constexpr std::size_t kRanurasDeMuestras = 8178;
 constexpr std::size_t kDeUnaNoche = 144;
 constexpr std::size_t kImagenesDeLaGrande = 123;
 constexpr std::size_t kOtrasEstaciones = 99;
 constexpr std::size_t kImagenesDeOtra = 5;
 const std::string kGrande = "02080050";
-
-// The memory of a logger that has taken so many samples, one every ten minutes, and writes over the oldest.
-class Registrador {
-   public:
-    explicit Registrador(const std::string& serie, unsigned semilla) : clima_(semilla) {
-        bytes_ = memoriaVacia({.serie = serie}, {});
-    }
-    const Bytes& tomar(std::size_t cuantas) {
-        for (std::size_t i = 0; i < cuantas; ++i, ++tomadas_) {
-            const auto cuando =
-                SegundosCiviles(instante({.anio = 2002, .mes = 1, .dia = 1}).time_since_epoch()) +
-                std::chrono::minutes(10 * tomadas_);
-            const auto registro = registroDeMuestra(clima_.en(cuando), fechaHoraDe(cuando));
-            const auto ranura = tomadas_ % kRanurasDeMuestras;
-            std::copy(
-                registro.begin(), registro.end(),
-                bytes_.begin() + static_cast<std::ptrdiff_t>(kInicioRegistros + ranura * registro.size()));
-            ponerReloj(bytes_, fechaHoraDe(cuando));
-        }
-        return bytes_;
-    }
-
-   private:
-    Clima clima_;
-    Bytes bytes_;
-    std::size_t tomadas_ = 0;
-};
 
 void guardar(const fs::path& ruta, const Bytes& bytes) {
     std::ofstream(ruta, std::ios::binary)
