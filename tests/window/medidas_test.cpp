@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 
 #include "tests/window/ventana_prueba.h"
 #include "ui/qt/fila_partible.h"
@@ -76,6 +77,23 @@ TEST(Medidas, ConLetrasDeVeintePuntosNadaSeCorta) {
     forma.mostrar();
     forma.Command1.caption = " Conexion en COM 12  @ 19200 bps ";
     entraEn(ventana, forma, {1280, 1024});
+}
+
+// A screen as small as that, with letters as large, shows every line whole without going sideways.
+TEST(Medidas, WithLettersOfTwentyPointsASmallScreenScrollsDownwardsOnly) {
+    const Letras grandes(kPuntosGrandes);
+    FormaInicio forma;
+    UsuarioPrueba hecho;
+    VentanaInicio ventana(forma, hecho.usuario());
+    forma.mostrar();
+    entraEn(ventana, forma, {800, 600});
+    auto* medio = ventana.findChild<QScrollArea*>();
+    EXPECT_EQ(medio->horizontalScrollBar()->maximum(), 0);
+    for (const auto* boton : medio->widget()->findChildren<QPushButton*>()) {
+        const auto texto = boton->fontMetrics().boundingRect(boton->rect(), Qt::TextWordWrap, boton->text());
+        EXPECT_LE(texto.height(), boton->height()) << boton->text().toStdString();
+        EXPECT_LE(texto.width(), boton->width()) << boton->text().toStdString();
+    }
 }
 
 TEST(Medidas, LaVentanaNaceConSuMarcoDentroDeLaPantalla) {

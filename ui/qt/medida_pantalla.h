@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QScreen>
+#include <QStyle>
 #include <QWidget>
 
 namespace telvane {
@@ -12,6 +13,17 @@ inline constexpr QSize kMarcoDeVentana(8, 40);
 inline QSize cabeEnPantalla(const QWidget& ventana, const QSize& medida) {
     const auto* pantalla = ventana.screen();
     return pantalla == nullptr ? medida : medida.boundedTo(pantalla->availableSize() - kMarcoDeVentana);
+}
+
+// What is left of a line of such a window beside its margins and a scroll bar.
+inline int anchoDeContenido(const QWidget& widget) {
+    const auto* pantalla = widget.screen();
+    if (pantalla == nullptr) return QWIDGETSIZE_MAX;
+    const auto& estilo = *widget.style();
+    return pantalla->availableSize().width() - 2 * kMarcoDeVentana.width() -
+           estilo.pixelMetric(QStyle::PM_LayoutLeftMargin) -
+           estilo.pixelMetric(QStyle::PM_LayoutRightMargin) -
+           2 * estilo.pixelMetric(QStyle::PM_ScrollBarExtent);
 }
 
 }  // namespace telvane

@@ -5,11 +5,18 @@
 #include <QEvent>
 #include <QGridLayout>
 
+#include "ui/qt/medida_pantalla.h"
+
 namespace telvane {
 
 namespace {
 
 constexpr int kPorFila = 3;
+
+// Beside their label they have a bit more than half of the window.
+int porFila(const QWidget& rejilla, int anchura) {
+    return std::clamp(anchoDeContenido(rejilla) * 11 / 20 / std::max(anchura, 1), 1, kPorFila);
+}
 
 }  // namespace
 
@@ -32,21 +39,24 @@ bool RejillaOpciones::eventFilter(QObject* objeto, QEvent* suceso) {
 }
 
 void RejillaOpciones::recolocar() {
-    int lugar = 0;
     int anchura = 0;
     int altura = 0;
     for (auto* opcion : opciones_) {
         rejilla_->removeWidget(opcion);
         anchura = std::max(anchura, opcion->sizeHint().width());
         altura = std::max(altura, opcion->sizeHint().height());
+    }
+    const int columnas = porFila(*this, anchura);
+    int lugar = 0;
+    for (auto* opcion : opciones_) {
         if (opcion->isHidden()) continue;
-        rejilla_->addWidget(opcion, lugar / kPorFila, lugar % kPorFila);
+        rejilla_->addWidget(opcion, lugar / columnas, lugar % columnas);
         ++lugar;
     }
     // Room for all of them, hidden ones included: showing them again moves nothing else.
-    const int filas = (static_cast<int>(opciones_.size()) + kPorFila - 1) / kPorFila;
-    for (int columna = 0; columna < kPorFila; ++columna) rejilla_->setColumnMinimumWidth(columna, anchura);
-    setMinimumSize(kPorFila * anchura + (kPorFila - 1) * rejilla_->horizontalSpacing(),
+    const int filas = (static_cast<int>(opciones_.size()) + columnas - 1) / columnas;
+    for (int columna = 0; columna < columnas; ++columna) rejilla_->setColumnMinimumWidth(columna, anchura);
+    setMinimumSize(columnas * anchura + (columnas - 1) * rejilla_->horizontalSpacing(),
                    filas * altura + (filas - 1) * rejilla_->verticalSpacing());
 }
 

@@ -1,4 +1,5 @@
-// The interval options in rows of three; the hidden ones leave no holes.
+// The interval options in rows of three, of two or one where the screen is narrow; the hidden ones leave no
+// holes.
 #pragma once
 
 #include <vector>

@@ -1,5 +1,6 @@
 #include "ui/qt/ventana_inicio.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -130,9 +131,9 @@ QWidget* VentanaInicio::cuerpo() {
 QLayout* VentanaInicio::columnaConfiguracion() {
     auto* columna = new QVBoxLayout;
     columna->addWidget(encabezado(forma_.Label11, forma_.Line2));
-    columna->addLayout(filaDeBotones(forma_.configuracion, forma_.Command2));
+    columna->addWidget(filaDeBotones(forma_.configuracion, forma_.Command2));
     columna->addLayout(camposConfiguracion());
-    columna->addLayout(filaDeBotones(forma_.Command3, forma_.Command5));
+    columna->addWidget(filaDeBotones(forma_.Command3, forma_.Command5));
     columna->addSpacing(2 * kEntreSecciones);
     // A service of its own, away from the fields that are sent together.
     auto* serie = nuevaRejilla();
@@ -142,18 +143,19 @@ QLayout* VentanaInicio::columnaConfiguracion() {
     return columna;
 }
 
-QLayout* VentanaInicio::filaDeBotones(Control& izquierdo, Control& derecho) {
-    auto* fila = new QHBoxLayout;
-    fila->addWidget(crear(izquierdo), 1);
-    fila->addWidget(crear(derecho), 1);
-    return fila;
+QWidget* VentanaInicio::filaDeBotones(Control& izquierdo, Control& derecho) {
+    auto* partida = new FilaPartible(this);
+    partida->fila().addWidget(crear(izquierdo, partida), 1);
+    partida->fila().addWidget(crear(derecho, partida), 1);
+    return partida;
 }
 
 // Labels to the right of a fixed column, fields to the left of the other.
 QGridLayout* VentanaInicio::nuevaRejilla() {
     auto* rejilla = new QGridLayout;
     rejilla->setVerticalSpacing(kEntreFilas);
-    rejilla->setColumnMinimumWidth(0, fontMetrics().averageCharWidth() * kLetrasRotulo);
+    rejilla->setColumnMinimumWidth(
+        0, std::min(fontMetrics().averageCharWidth() * kLetrasRotulo, anchoDeContenido(*this) / 3));
     rejilla->setColumnStretch(1, 1);
     return rejilla;
 }
@@ -198,14 +200,15 @@ QWidget* VentanaInicio::rotuloPropio(const Control& campo) {
 }
 
 QWidget* VentanaInicio::camposDeReloj() {
-    auto* grupo = new QWidget(this);
-    auto* fila = sinMargen(new QHBoxLayout(grupo));
-    fila->addWidget(crear(forma_.MaskEdBox2, grupo));
-    fila->addSpacing(kEntreSecciones);
+    auto* partida = new FilaPartible(this);
+    partida->fila().addWidget(crear(forma_.MaskEdBox2, partida));
+    auto* fecha = new QWidget(partida);
+    auto* fila = sinMargen(new QHBoxLayout(fecha));
     fila->addWidget(rotuloPropio(forma_.fecha1));
-    fila->addWidget(crear(forma_.fecha1, grupo));
+    fila->addWidget(crear(forma_.fecha1, fecha));
     fila->addStretch();
-    return grupo;
+    partida->fila().addWidget(fecha, 1);
+    return partida;
 }
 
 QWidget* VentanaInicio::casillaDeReloj() {
@@ -216,9 +219,9 @@ QWidget* VentanaInicio::casillaDeReloj() {
     conservarSitio(*casilla);
     conservarSitio(*rotulo);
     rotulo->installEventFilter(this);
+    static_cast<QLabel*>(rotulo)->setWordWrap(true);
     fila->addWidget(casilla);
-    fila->addWidget(rotulo);
-    fila->addStretch();
+    fila->addWidget(rotulo, 1);
     return grupo;
 }
 

@@ -42,7 +42,7 @@ class VentanaInicio final : public QWidget {
     QWidget* titulos();
     QWidget* cuerpo();
     QLayout* columnaConfiguracion();
-    QLayout* filaDeBotones(Control& izquierdo, Control& derecho);
+    QWidget* filaDeBotones(Control& izquierdo, Control& derecho);
     QGridLayout* nuevaRejilla();
     QLayout* camposConfiguracion();
     void filaDeCampo(QGridLayout& rejilla, int fila, Control& rotulo, QWidget* campo);

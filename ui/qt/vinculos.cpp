@@ -15,6 +15,7 @@
 #include <QTimer>
 #include <QValidator>
 
+#include "ui/qt/boton_holgado.h"
 #include "ui/qt/campo_linea.h"
 #include "ui/qt/letras.h"
 #include "ui/qt/texto_qt.h"
@@ -276,25 +277,6 @@ class VinculoAdorno final : public Vinculo {
 
    private:
     void aplicarPropio(Que) override {}
-};
-
-// A button with air around its caption.
-class BotonHolgado final : public QPushButton {
-   public:
-    using QPushButton::QPushButton;
-
-    QSize sizeHint() const override {
-        const auto pista = QPushButton::sizeHint();
-        const int letra = fontMetrics().height();
-        return {pista.width() + letra, std::max(pista.height(), letra * 7 / 4)};
-    }
-    QSize minimumSizeHint() const override { return sizeHint(); }
-
-   protected:
-    // A key that is held presses once.
-    void keyPressEvent(QKeyEvent* suceso) override {
-        if (!suceso->isAutoRepeat()) QPushButton::keyPressEvent(suceso);
-    }
 };
 
 // A hairline that is as quiet in dark colours as in light ones.
