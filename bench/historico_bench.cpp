@@ -1,7 +1,8 @@
 // telvane-historico as a process on five million samples of a hundred stations: a night's image and a fresh
-// one against the tightest program and a plain script, a million samples exported against the decoder's own
-// writing, estado, bytes on disk, and a thousand overlapping images. Everything lies in memory (/dev/shm), so
-// that no disk is measured.
+// one against the tightest program and scripts, a million samples exported against the decoder's own writing,
+// estado, bytes on disk, a thousand overlapping images, and a night's image into a server against COPY.
+// Everything but the server lies in memory (/dev/shm), and the server syncs nothing, so that no disk is
+// measured.
 //   historico_bench FOLDER_OF_THE_SCRIPTS
 #include <sqlite3.h>
 #include <unistd.h>
@@ -20,6 +21,8 @@
 #include "data/conversion.h"
 #include "historico/archivo.h"
 #include "historico/destino.h"
+#include "tests/apoyo/carpeta_temporal.h"
+#include "tests/historico/servidor_postgres.h"
 
 namespace telvane::bench {
 
@@ -67,6 +70,8 @@ class Banco {
         medirExportar();
         medirEstado();
         medirMil();
+        medirPandas();
+        medirServidor();
     }
 
    private:
@@ -145,6 +150,19 @@ class Banco {
         std::printf("fresca: %.1f ms; directo %.1f ms, razón %.2f (meta <= 1.5)\n", n * 1e3, d * 1e3, n / d);
     }
 
+    // It takes more memory than any of ours, whose peak has been told by now.
+    void medirPandas() {
+        std::vector<double> nuestros, pandas;
+        for (int ronda = 0; ronda < kRondasLargas; ++ronda) {
+            const auto n = en("n" + std::to_string(ronda)), p = en("p" + std::to_string(ronda));
+            nuestros.push_back(correr({TELVANE_HISTORICO, "--en", n, "incorporar", en("fresca.rgt")}));
+            pandas.push_back(
+                correr({"/usr/bin/python3", guiones_ / "incorporar_pandas.py", p, en("fresca.rgt")}));
+        }
+        const double n = mediana(nuestros), p = mediana(pandas);
+        std::printf("fresca, pandas: %.0f ms, razón 1/%.0f (meta <= 1/15)\n", p * 1e3, p / n);
+    }
+
     // The same number of lines, from images in memory.
     double escribirElDecodificador(std::size_t lineas, const Bytes& imagen) {
         const auto inicio = Reloj::now();
@@ -206,6 +224,33 @@ class Banco {
         std::printf(
             "mil imágenes que se solapan: %.1f s, %.1f MiB, %.1f bytes por muestra con sus imágenes\n",
             segundos, bytes / 1048576, bytes / filas);
+    }
+
+    // A million samples of one station there, each of the two with a data base of its own.
+    static void medirServidor() {
+        auto& servidor = ServidorPostgres::unico();
+        const auto nuestra = servidor.baseVacia("nuestra");
+        const auto suya = servidor.url("suya");
+        Registrador registrador(kGrande, 11);
+        {
+            const auto almacen = abrirAlmacen(nuestra, Uso::incorporar, std::chrono::seconds(10), [] {});
+            Archivo archivo(*almacen);
+            for (std::size_t i = 0; i < kImagenesDeLaGrande; ++i) {
+                archivo.incorporar(registrador.tomar(kRanurasDeMuestras), {}, {});
+            }
+        }
+        servidor.ejecutar("postgres", "CREATE DATABASE suya TEMPLATE nuestra");
+        const CarpetaTemporal carpeta;
+        std::vector<double> nuestros, copias;
+        for (int ronda = 0; ronda < kRondas; ++ronda) {
+            guardar(carpeta / "noche.rgt", registrador.tomar(kDeUnaNoche));
+            nuestros.push_back(
+                correr({TELVANE_HISTORICO, "--en", nuestra, "incorporar", carpeta / "noche.rgt"}));
+            copias.push_back(correr({HISTORICO_COPIA, suya, carpeta / "noche.rgt"}));
+        }
+        const double n = mediana(nuestros), c = mediana(copias);
+        std::printf("noche, servidor: %.1f ms; COPY y ON CONFLICT %.1f ms, razón %.2f (meta <= 0.35)\n",
+                    n * 1e3, c * 1e3, n / c);
     }
 
     fs::path carpeta_;

@@ -52,6 +52,7 @@ BibliotecaPostgres::BibliotecaPostgres(const char* archivo)
       resultStatus(rutina<decltype(::PQresultStatus)>("PQresultStatus")),
       sendPrepare(rutina<decltype(::PQsendPrepare)>("PQsendPrepare")),
       sendQuery(rutina<decltype(::PQsendQuery)>("PQsendQuery")),
+      sendQueryParams(rutina<decltype(::PQsendQueryParams)>("PQsendQueryParams")),
       sendQueryPrepared(rutina<decltype(::PQsendQueryPrepared)>("PQsendQueryPrepared")),
       setNoticeProcessor(rutina<decltype(::PQsetNoticeProcessor)>("PQsetNoticeProcessor")),
       socket(rutina<decltype(::PQsocket)>("PQsocket")),

@@ -42,6 +42,7 @@ class BibliotecaPostgres {
     decltype(::PQresultStatus)* const resultStatus;
     decltype(::PQsendPrepare)* const sendPrepare;
     decltype(::PQsendQuery)* const sendQuery;
+    decltype(::PQsendQueryParams)* const sendQueryParams;
     decltype(::PQsendQueryPrepared)* const sendQueryPrepared;
     decltype(::PQsetNoticeProcessor)* const setNoticeProcessor;
     decltype(::PQsocket)* const socket;

@@ -228,15 +228,15 @@ void BasePostgres::ejecutar(const std::string& sql, Atencion atencion) {
 }
 
 ResultadoPostgres BasePostgres::consultar(const std::string& sql, const Parametros& parametros) {
-    const auto [lugar, nueva] = preparadas_.try_emplace(sql, fmt::format("t{}", preparadas_.size()));
-    const auto* nombre = lugar->second.c_str();
-    if (nueva) {
-        const auto preparada = recoger(
-            pq().sendPrepare(conexion_.get(), nombre, sql.c_str(), 0, nullptr) == 1, Atencion::ninguna);
-        if (pq().resultStatus(preparada.suyo()) != PGRES_COMMAND_OK) {
-            preparadas_.erase(lugar);
-            fallar(preparada.suyo());
-        }
+    // What is asked once takes one answer; what is asked again is prepared for the times that follow.
+    const auto [lugar, nueva] = preparadas_.try_emplace(sql);
+    if (!nueva && lugar->second.empty()) {
+        const auto nombre = fmt::format("t{}", ++cuantasPreparadas_);
+        const auto preparada =
+            recoger(pq().sendPrepare(conexion_.get(), nombre.c_str(), sql.c_str(), 0, nullptr) == 1,
+                    Atencion::ninguna);
+        if (pq().resultStatus(preparada.suyo()) != PGRES_COMMAND_OK) fallar(preparada.suyo());
+        lugar->second = nombre;
     }
     std::vector<const char*> valores;
     std::vector<int> largos;
@@ -247,9 +247,13 @@ ResultadoPostgres BasePostgres::consultar(const std::string& sql, const Parametr
         formatos.push_back(formato);
     }
     constexpr int kBinario = 1;
-    auto resultado =
-        recoger(pq().sendQueryPrepared(conexion_.get(), nombre, static_cast<int>(valores.size()),
-                                       valores.data(), largos.data(), formatos.data(), kBinario) == 1);
+    const auto cuantos = static_cast<int>(valores.size());
+    const int enviado =
+        nueva ? pq().sendQueryParams(conexion_.get(), sql.c_str(), cuantos, nullptr, valores.data(),
+                                     largos.data(), formatos.data(), kBinario)
+              : pq().sendQueryPrepared(conexion_.get(), lugar->second.c_str(), cuantos, valores.data(),
+                                       largos.data(), formatos.data(), kBinario);
+    auto resultado = recoger(enviado == 1);
     exigir(resultado.suyo());
     return resultado;
 }

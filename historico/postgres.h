@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -78,7 +79,7 @@ class BasePostgres {
 
     // Several statements without results, as one message.
     void ejecutar(const std::string& sql, Atencion atencion = Atencion::toda);
-    // Prepared at its first use.
+    // Prepared at its second use.
     ResultadoPostgres consultar(const std::string& sql, const Parametros& parametros = {});
     // COPY ... FROM STDIN (FORMAT binary): all of its bytes.
     void copiar(const std::string& sql, std::string_view bytes);
@@ -99,7 +100,9 @@ class BasePostgres {
     std::string nombre_;
     std::function<void()> atender_;
     std::unique_ptr<pg_conn, Cerrar> conexion_;
-    std::map<std::string, std::string> preparadas_;  // each text, and its name there
+    // Each text that was asked, and its name there once it is prepared.
+    std::map<std::string, std::string> preparadas_;
+    std::size_t cuantasPreparadas_ = 0;
 };
 
 // Whole numbers as the server has them, highest byte first.

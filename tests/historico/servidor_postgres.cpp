@@ -14,6 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Making a data base is half a second's work, on a machine that has nothing else to do.
+constexpr std::chrono::minutes kPlazoDelServidor{2};
+
 // The server refuses to run as root.
 std::vector<std::string> comoCualquiera(const std::vector<std::string>& orden, bool hijo) {
     std::vector<std::string> toda = {"/usr/bin/setpriv"};
@@ -58,7 +61,7 @@ ServidorPostgres::ServidorPostgres() {
     Proceso hacer(comoCualquiera({carpetaDeProgramas() / "initdb", "-D", carpeta_ / "datos", "-A", "trust",
                                   "-U", "telvane", "--no-sync", "-E", "UTF8", "--locale=C"},
                                  false));
-    if (hacer.terminar() != 0) throw std::runtime_error("initdb: " + hacer.errores());
+    if (hacer.terminar(kPlazoDelServidor) != 0) throw std::runtime_error("initdb: " + hacer.errores());
     arrancar();
 }
 
@@ -72,7 +75,8 @@ void ServidorPostgres::arrancar() {
                         "listen_addresses=", "-c", "unix_socket_directories=" + carpeta_.ruta().string(),
                         "-c", "fsync=off", "-c", "max_connections=40"},
                        true));
-    const bool listo = esperarA([&] { return PQstatus(conectar(url("postgres")).get()) == CONNECTION_OK; });
+    const bool listo = esperarA([&] { return PQstatus(conectar(url("postgres")).get()) == CONNECTION_OK; },
+                                kPlazoDelServidor);
     if (!listo) throw std::runtime_error("postgres: " + servidor_->errores());
 }
 
