@@ -105,7 +105,15 @@ flock 8
 publicador=$!
 procesos+=("$publicador")
 # It has looked at the lock, found it taken and gone to sleep.
-hasta 30 pgrep -P $publicador -x sleep >/dev/null || fallar "nadie espera al puerto"
+# shellcheck disable=SC2317
+duerme() {
+    local proceso
+    for proceso in /proc/[0-9]*; do
+        grep -qsx $'PPid:\t'"$publicador" "$proceso/status" && grep -qsx sleep "$proceso/comm" && return 0
+    done
+    return 1
+}
+hasta 30 duerme || fallar "nadie espera al puerto"
 [ -s "$raiz/publicado" ] && fallar "se publicó durante una descarga"
 exec 8>&-
 hasta 60 lecturas 2 || fallar "no llegan lecturas: $(cat "$raiz/errores" "$raiz/publicado")"
