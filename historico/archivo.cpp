@@ -120,12 +120,12 @@ Incorporacion tomar(Almacen& almacen, EstacionGuardada& estacion, ImagenNueva& i
     return {.estacion = {}, .nuevas = asimilada.nuevas, .conflictos = asimilada.conflictos};
 }
 
-// Of several for one image the least stays, so that their order makes no difference. Whether it was new.
+// Of several for one image the youngest stays, so that their order makes no difference. Whether it was new.
 bool anotar(Almacen& almacen, IdEstacion estacion, const Huella& imagen,
             const std::optional<FichaDescarga>& descarga) {
     if (!descarga) return false;
     const auto hay = almacen.descarga(estacion, imagen);
-    if (hay && *hay <= *descarga) return false;
+    if (hay && *hay >= *descarga) return false;
     almacen.guardarDescarga(estacion, imagen, *descarga);
     return true;
 }

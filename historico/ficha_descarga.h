@@ -21,7 +21,7 @@ struct FichaDescarga {
     std::int64_t reintentos = 0;      // attempts that broke off
     std::int64_t erroresDeLinea = 0;  // told by the line, over all attempts
 
-    // Of several for one image the least is kept, whatever the order in which they came.
+    // Of several for one image the youngest is kept, whatever the order in which they came.
     auto operator<=>(const FichaDescarga&) const = default;
 };
 

@@ -124,6 +124,27 @@ void revisarSitio(const Destino& destino, std::uint64_t bytes) {
     if (libres * disco.f_frsize < bytes) fallar(ENOSPC);
 }
 
+// The archive of many years, or any other data base of its kind: no output of ours ever takes its place.
+bool esBaseDeDatos(const fs::path& ruta) {
+    constexpr std::string_view kComienzo =
+        "SQLite\x20"
+        "format\x20"
+        "3";
+    const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    std::array<char, kComienzo.size()> bytes{};
+    return archivo() >= 0 && ::read(archivo(), bytes.data(), bytes.size()) == std::ssize(bytes) &&
+           std::string_view(bytes.data(), bytes.size()) == kComienzo;
+}
+
+// The files beside a data base hold what is not yet in it.
+bool esDeUnaBaseDeDatos(const fs::path& ruta) {
+    const auto nombre = ruta.string();
+    return std::ranges::any_of(
+        std::to_array<std::string_view>({"", "-wal", "-shm", "-journal"}), [&](std::string_view final) {
+            return nombre.ends_with(final) && esBaseDeDatos(nombre.substr(0, nombre.size() - final.size()));
+        });
+}
+
 // What stands there already. A file that may not be written is not replaced either, although the folder's
 // permission would allow it.
 void revisarPrevio(Destino& destino) {
@@ -137,6 +158,8 @@ void revisarPrevio(Destino& destino) {
     if (destino.nuevo) throw Fallo{motivoEscritura(EEXIST)};
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
+    if (esDeUnaBaseDeDatos(destino.ruta))
+        throw Fallo{"ahí está un archivo histórico u otra base de datos; dé otro nombre"};
     destino.previo = datos;
 }
 

@@ -53,8 +53,8 @@ struct Destino {
 
 // Throws ErrorGuardado with the file's name and the reason in Spanish where writing is refused or bound to
 // fail: a folder that is missing or closed, a file that may not be written or that would be replaced against
-// the rule, too little room, anything that is neither a regular file nor, where the rule lets it, a stream.
-// Writes nothing.
+// the rule, a data base (whatever its name), too little room, anything that is neither a regular file nor,
+// where the rule lets it, a stream. Writes nothing.
 Destino revisarDestino(const std::filesystem::path& ruta, const ReglaDestino& regla = {});
 
 // Whether both names stand for the same file, or would once it is there: links of either kind, "./" and the

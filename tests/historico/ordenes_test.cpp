@@ -540,6 +540,34 @@ TEST_F(Ordenes, APasswordIsInNoMessage) {
     EXPECT_EQ(s.codigo, 1);
     EXPECT_THAT(s.errores, HasSubstr("no se puede conectar"));
     EXPECT_EQ((r.errores + s.errores).find("secreta"), std::string::npos);
+    for (const auto* mal :
+         {"POSTGRESQL://yo:secreta@h/x", "postgresql:/yo:secreta@h/x", "host=h password=secreta"}) {
+        for (const auto& orden : {std::vector<std::string>{"copiar", "--a", mal}, {"--en", mal, "estado"}}) {
+            const auto t = correr(orden);
+            EXPECT_EQ(t.codigo, 1);
+            EXPECT_THAT(t.errores, HasSubstr("no se entiende la dirección")) << mal;
+            EXPECT_EQ(t.errores.find("secreta"), std::string::npos) << t.errores;
+        }
+    }
+}
+
+TEST_F(Ordenes, NoOutputTakesTheArchivesPlace) {
+    const auto base = imagen();
+    correr({"incorporar", base});
+    const std::string otro = carpeta / "otro.sqlite";
+    ASSERT_EQ(correr({"copiar", "--a", otro}).codigo, 0);
+    const std::vector<std::vector<std::string>> ordenes = {{"estado", "--copia", otro, "--prometheus", otro},
+                                                           {"estado", "--prometheus", otro},
+                                                           {"exportar", otro, "--estacion", "02080050"},
+                                                           {"informe", otro, "--imagen", base},
+                                                           {"informe", archivo(), "--imagen", base}};
+    for (const auto& orden : ordenes) {
+        const auto r = correr(orden);
+        EXPECT_NE(r.codigo, 0) << orden.front();
+        EXPECT_NE(r.errores, "") << orden.front();
+    }
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+    EXPECT_EQ(correr({"--en", otro, "comprobar"}).codigo, 0);
 }
 
 TEST(Contrasena, IsOverwrittenWhereverAnAddressHoldsIt) {

@@ -56,6 +56,17 @@ class DestinoDe : public ::testing::Test {
     const fs::path& carpeta_ = temporal_.ruta();
 };
 
+TEST_F(DestinoDe, ADataBaseIsNeverReplacedWhateverItsNameNorWhatStandsBesideIt) {
+    for (const auto* nombre : {"a.sqlite", "a.csv", "a.sqlite-wal", "a.sqlite-shm", "b-wal"}) poner(nombre);
+    std::ofstream(ruta("a.sqlite")) << "SQLite format 3" << std::string(85, '\0');
+    std::ofstream(ruta("datos.csv")) << "SQLite format 3" << std::string(85, '\0');
+    fs::create_symlink("a.sqlite", ruta("enlace.csv"));
+    for (const auto* nombre : {"a.sqlite", "datos.csv", "enlace.csv", "a.sqlite-wal", "a.sqlite-shm"})
+        EXPECT_THAT(negativa(ruta(nombre)), HasSubstr("base de datos; dé otro nombre")) << nombre;
+    for (const auto* nombre : {"a.csv", "b-wal", "nuevo.csv"})
+        EXPECT_EQ(negativa(ruta(nombre)), "") << nombre;
+}
+
 TEST_F(DestinoDe, UnaTuberiaSeEscribeDondeSeAdmiteYSiguesiendoTuberia) {
     ASSERT_EQ(::mkfifo(ruta("tubo").c_str(), 0600), 0);
     EXPECT_EQ(negativa(ruta("tubo")), "no se pudo guardar tubo: no es un archivo normal");
