@@ -169,8 +169,9 @@ Sellos Asimilacion::revisarParciales(const ImagenNueva& imagen) {
     if (!imagen.ficha.parcial()) {
         Sellos tocados;
         for (const auto& ficha : almacen_.parcialesSueltas(estacion_)) {
+            // One without samples has no vote to lose, whichever of the two came first.
             const bool puede =
-                !ficha.desde || (*ficha.desde >= *imagen.ficha.desde && *ficha.hasta <= *imagen.ficha.hasta);
+                ficha.desde && *ficha.desde >= *imagen.ficha.desde && *ficha.hasta <= *imagen.ficha.hasta;
             const auto* bytes = puede ? imagenes_.siSeLee(ficha.huella) : nullptr;
             if (!bytes || !contiene(imagen.bytes, *bytes)) continue;
             almacen_.marcarContenida(estacion_, ficha.huella, true);

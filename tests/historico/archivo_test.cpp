@@ -116,6 +116,16 @@ TEST_P(ArchivoPrueba, APartialImageHasNoVoteWhereAWholeOneContainsIt) {
     exigirComoElOraculo(*almacen, "02080050", {parcial, sana.bytes(), danada.bytes()});
 }
 
+TEST_P(ArchivoPrueba, APartialImageWithoutSamplesIsTheSameBeforeAndAfterAWholeOne) {
+    const auto entera = ImagenPrueba().serie(0, 0, 20).bytes();
+    const auto parcial = ImagenPrueba().bytes(100);
+    for (const auto& orden : {std::array{entera, parcial}, std::array{parcial, entera}}) {
+        const auto otro = almacenes.nuevo();
+        for (const auto& imagen : orden) Archivo(*otro).incorporar(imagen, {}, {});
+        EXPECT_THAT(Archivo(*otro).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
+    }
+}
+
 TEST_P(ArchivoPrueba, APartialImageOfEveryKindOfLengthIsTakenAsFarAsItReaches) {
     const auto entera = ImagenPrueba().serie(0, 0, 20);
     for (const std::size_t largo :
