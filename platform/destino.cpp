@@ -126,10 +126,7 @@ void revisarSitio(const Destino& destino, std::uint64_t bytes) {
 
 // The archive of many years, or any other data base of its kind: no output of ours ever takes its place.
 bool esBaseDeDatos(const fs::path& ruta) {
-    constexpr std::string_view kComienzo =
-        "SQLite\x20"
-        "format\x20"
-        "3";
+    constexpr std::string_view kComienzo{"SQLite format 3\0", 16};
     const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     std::array<char, kComienzo.size()> bytes{};
     return archivo() >= 0 && ::read(archivo(), bytes.data(), bytes.size()) == std::ssize(bytes) &&

@@ -1,6 +1,8 @@
 #include "tests/arquitectura/literales.h"
 
+#include <algorithm>
 #include <cctype>
+#include <charconv>
 
 namespace telvane::arquitectura {
 
@@ -26,9 +28,7 @@ class Lector {
             entreComillas('\'');
             return codigo('0');
         }
-        const char c = resto_.front();
-        resto_.remove_prefix(1);
-        codigo(c);
+        codigo(tomar());
     }
 
     void codigo(char c) {
@@ -61,18 +61,42 @@ class Lector {
 
     std::string entreComillas(char comilla) {
         std::string texto;
-        for (resto_.remove_prefix(1); !resto_.empty() && resto_.front() != comilla; resto_.remove_prefix(1)) {
+        for (resto_.remove_prefix(1); !resto_.empty() && resto_.front() != comilla;) {
             if (resto_.front() == '\\' && resto_.size() > 1) {
                 resto_.remove_prefix(1);
-                const bool esElMismo =
-                    std::string_view("\"\\'").find(resto_.front()) != std::string_view::npos;
-                texto += esElMismo ? resto_.front() : '\n';
+                texto += escape();
             } else {
-                texto += resto_.front();
+                texto += tomar();
             }
         }
         if (!resto_.empty()) resto_.remove_prefix(1);
         return texto;
+    }
+
+    // What follows a backslash. A number is the byte that it names; what moves the cursor counts as a line
+    // end.
+    char escape() {
+        if (resto_.front() == 'x') {
+            resto_.remove_prefix(1);
+            return numero(16, resto_.size());
+        }
+        if (resto_.front() >= '0' && resto_.front() <= '7') return numero(8, 3);
+        const char c = tomar();
+        return std::string_view("\"\\'").find(c) != std::string_view::npos ? c : '\n';
+    }
+
+    char numero(int base, std::size_t cifras) {
+        unsigned valor = 0;
+        const auto* desde = resto_.data();
+        const auto* fin = std::from_chars(desde, desde + std::min(cifras, resto_.size()), valor, base).ptr;
+        resto_.remove_prefix(static_cast<std::size_t>(fin - desde));
+        return static_cast<char>(valor);
+    }
+
+    char tomar() {
+        const char c = resto_.front();
+        resto_.remove_prefix(1);
+        return c;
     }
 
     std::string tomarHasta(std::string_view comienzo, std::string_view fin) {

@@ -139,6 +139,8 @@ struct Mensaje {
 std::vector<Mensaje> mensajesDe(const std::string& archivo, std::string_view fuente) {
     std::vector<Mensaje> mensajes;
     for (const auto& literal : leerLiterales(fuente)) {
+        // With a zero among them they are the bytes of a file.
+        if (literal.texto.find('\0') != std::string::npos) continue;
         if (llevaAOtraCosa(literal.contexto) || esSql(literal.texto)) continue;
         // One word is a message only where it is printed or said; elsewhere it is a name.
         const bool dicho = literal.contexto.find("imprimir(") != std::string::npos ||
@@ -195,6 +197,8 @@ TEST(Mensajes, TheReaderFindsATextWhereverItIsShown) {
     EXPECT_THAT(de("orden.bandera(x, \"--y\", \"Una ayuda\"); Control a{{.caption = \"Un rótulo\"}};"),
                 testing::IsEmpty());
     EXPECT_THAT(de("forma.Label1.caption = \"comienzo transmision\";"), ElementsAre("comienzo transmision"));
+    EXPECT_THAT(de("f(\"no\\x20queda\\040nada\"); constexpr std::string_view k{\"una marca\\0\", 10};"),
+                ElementsAre("no queda nada"));
 }
 
 }  // namespace
