@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "historico/textos_historico.h"
+#include "link/protocolo.h"
 #include "platform/archivo.h"
 #include "platform/texto_visible.h"
 
@@ -21,21 +23,50 @@ using nlohmann::json;
 
 // Many times what a download writes.
 constexpr std::size_t kMaximo = 65536;
-// More than any clock can be off.
+// More than a download can count.
 constexpr std::int64_t kMaximoEntero = 1'000'000'000'000;
+// The logger's years go from 2000 to 2099: no clock is further off.
+constexpr std::int64_t kMaximoDesfase = std::int64_t{100} * 366 * 24 * 3600;
+// As long as a path can be.
+constexpr std::size_t kMaximoDispositivo = 4096;
+// Clocks of two PCs differ by seconds; by more than this one of them is wrong.
+constexpr auto kDelantePermitido = std::chrono::hours(1);
 
-// "2026-11-20T17:04:09Z"
-std::optional<std::chrono::sys_seconds> leerUtc(std::string_view texto) {
+// "2026-11-20T17:04:09"
+std::optional<Instante> leerSegundo(std::string_view texto) {
     constexpr std::size_t kHastaMinuto = 16;
-    constexpr std::size_t kEntero = 20;
-    if (texto.size() != kEntero || texto[kHastaMinuto] != ':' || texto.back() != 'Z') return std::nullopt;
+    constexpr std::size_t kEntero = 19;
+    if (texto.size() != kEntero || texto[kHastaMinuto] != ':') return std::nullopt;
     const auto minuto = leerMomento(texto.substr(0, kHastaMinuto));
     int segundo = -1;
     const auto* inicio = texto.data() + kHastaMinuto + 1;
     const auto [fin, error] = std::from_chars(inicio, inicio + 2, segundo);
     const bool bien = minuto && error == std::errc() && fin == inicio + 2 && segundo >= 0 && segundo < 60;
     if (!bien) return std::nullopt;
-    return std::chrono::sys_seconds(minuto->time_since_epoch() + std::chrono::seconds(segundo));
+    return *minuto + std::chrono::seconds(segundo);
+}
+
+// The same with a Z behind it.
+std::optional<std::chrono::sys_seconds> leerUtc(std::string_view texto) {
+    if (!texto.ends_with('Z')) return std::nullopt;
+    const auto momento = leerSegundo(texto.substr(0, texto.size() - 1));
+    if (!momento) return std::nullopt;
+    return std::chrono::sys_seconds(momento->time_since_epoch());
+}
+
+// Of a name that stands twice one would have to guess which is meant.
+json leerObjeto(std::string_view contenido) {
+    std::set<std::string> vistos;
+    bool repetido = false;
+    const auto alLeer = [&](int profundidad, json::parse_event_t suceso, json& leido) {
+        if (suceso == json::parse_event_t::key && profundidad == 1)
+            repetido = !vistos.insert(leido.get<std::string>()).second || repetido;
+        return true;
+    };
+    auto ficha = json::parse(contenido, alLeer, false);
+    if (!ficha.is_object()) throw ErrorFicha("no es una ficha de descarga");
+    if (repetido) throw ErrorFicha("dice dos veces lo mismo");
+    return ficha;
 }
 
 const json& miembro(const json& ficha, const char* nombre) {
@@ -48,12 +79,13 @@ const json& miembro(const json& ficha, const char* nombre) {
     throw ErrorFicha(fmt::format("su \"{}\" no vale", nombre));
 }
 
-std::int64_t entero(const json& ficha, const char* nombre, std::int64_t minimo) {
+std::int64_t entero(const json& ficha, const char* nombre, std::int64_t minimo,
+                    std::int64_t maximo = kMaximoEntero) {
     const auto& valor = miembro(ficha, nombre);
     if (!valor.is_number_integer()) noVale(nombre);
     const bool cabe = !valor.is_number_unsigned() || valor.get<std::uint64_t>() <= kMaximoEntero;
     const auto numero = cabe ? valor.get<std::int64_t>() : minimo - 1;
-    if (numero < minimo || numero > kMaximoEntero) noVale(nombre);
+    if (numero < minimo || numero > maximo) noVale(nombre);
     return numero;
 }
 
@@ -69,50 +101,91 @@ bool logico(const json& ficha, const char* nombre) {
     return valor.get<bool>();
 }
 
-// It may stand beside another image than its own: files get other names.
-void exigirQueSeaDe(const json& ficha, const Huella& imagen) {
-    const auto suya = ficha.find("imagen");
-    if (suya == ficha.end() || *suya == textoDe(imagen)) return;
-    throw ErrorFicha("es de otra imagen");
+// A text that may be missing, or null where there was nothing to tell.
+std::optional<std::string> textoSiHay(const json& ficha, const char* nombre) {
+    const auto valor = ficha.find(nombre);
+    if (valor == ficha.end() || valor->is_null()) return std::nullopt;
+    return texto(ficha, nombre);
+}
+
+// It may stand beside another image than its own: files get other names. By its SHA-256 an image is known;
+// where that was not written, its file's name says which it was.
+void exigirQueSeaDe(const json& ficha, const ImagenConFicha& imagen) {
+    const auto huella = textoSiHay(ficha, "imagen");
+    const auto base = textoSiHay(ficha, "base");
+    const auto serie = textoSiHay(ficha, "serie");
+    const bool otra = huella ? *huella != textoDe(imagen.huella)
+                             : base && *base != sinControles(imagen.archivo.filename().string());
+    const bool otraSerie = imagen.serie && serie && *serie != *imagen.serie;
+    if (otra || otraSerie) throw ErrorFicha("es de otra imagen");
+}
+
+std::chrono::sys_seconds descargadaDe(const json& ficha, std::chrono::sys_seconds ahora) {
+    const auto descargada = leerUtc(texto(ficha, "descargada"));
+    // A PC that lost its clock begins in 1970.
+    if (!descargada || descargada->time_since_epoch() < kPrimerMomento.time_since_epoch())
+        noVale("descargada");
+    if (*descargada > ahora + kDelantePermitido)
+        throw ErrorFicha("su \"descargada\" está en el futuro: mire el reloj del equipo que la descargó");
+    return *descargada;
+}
+
+std::optional<std::int64_t> desfaseDe(const json& ficha) {
+    const auto reloj = textoSiHay(ficha, "reloj");
+    if (reloj && !leerSegundo(*reloj)) noVale("reloj");
+    if (miembro(ficha, "desfase_s").is_null()) {
+        // Of a clock that shows a time it is known how far it is off.
+        if (reloj) noVale("desfase_s");
+        return std::nullopt;
+    }
+    return entero(ficha, "desfase_s", -kMaximoDesfase, kMaximoDesfase);
+}
+
+std::string dispositivoDe(const json& ficha) {
+    auto dispositivo = texto(ficha, "dispositivo");
+    if (dispositivo.empty() || dispositivo.size() > kMaximoDispositivo) noVale("dispositivo");
+    return dispositivo;
+}
+
+FichaDescarga leerArchivoDe(const fs::path& nombre, const ImagenConFicha& imagen) {
+    const auto bytes = leerArchivo(nombre, kMaximo + 1);
+    if (bytes.size() > kMaximo) throw ErrorFicha("no es una ficha de descarga");
+    return leerFicha({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, imagen);
 }
 
 }  // namespace
 
-FichaDescarga leerFicha(std::string_view contenido, const Huella& imagen) {
-    const auto ficha = json::parse(contenido, nullptr, false);
-    if (!ficha.is_object()) throw ErrorFicha("no es una ficha de descarga");
+FichaDescarga leerFicha(std::string_view contenido, const ImagenConFicha& imagen) {
+    const auto ficha = leerObjeto(contenido);
     exigirQueSeaDe(ficha, imagen);
-    const auto descargada = leerUtc(texto(ficha, "descargada"));
-    if (!descargada) noVale("descargada");
-    FichaDescarga leida{.descargada = *descargada,
-                        .puerto = entero(ficha, "puerto", 0),
-                        .dispositivo = texto(ficha, "dispositivo"),
-                        .desfase = {},
-                        .verificada = logico(ficha, "verificada"),
-                        .reintentos = entero(ficha, "reintentos", 0),
-                        .erroresDeLinea = entero(ficha, "errores_de_linea", 0)};
-    if (!miembro(ficha, "desfase_s").is_null()) leida.desfase = entero(ficha, "desfase_s", -kMaximoEntero);
-    return leida;
+    return {.descargada = descargadaDe(ficha, imagen.ahora),
+            .puerto = entero(ficha, "puerto", 1, kUltimoPuerto),
+            .dispositivo = dispositivoDe(ficha),
+            .desfase = desfaseDe(ficha),
+            .verificada = logico(ficha, "verificada"),
+            .reintentos = entero(ficha, "reintentos", 0),
+            .erroresDeLinea = entero(ficha, "errores_de_linea", 0)};
 }
 
-std::optional<FichaDescarga> fichaJuntoA(const fs::path& base, const Huella& imagen) {
+FichaHallada fichaJuntoA(const ImagenConFicha& imagen) {
+    const auto& base = imagen.archivo;
     const std::array<fs::path, 2> nombres = {fs::path(base.string() + ".json"),
                                              fs::path(base).replace_extension(".json")};
+    FichaHallada hallada;
     for (const auto& nombre : nombres) {
         std::error_code sinMotivo;
         if (nombre == base || fs::symlink_status(nombre, sinMotivo).type() == fs::file_type::not_found)
             continue;
         try {
-            const auto bytes = leerArchivo(nombre, kMaximo + 1);
-            if (bytes.size() > kMaximo) throw ErrorFicha("no es una ficha de descarga");
-            return leerFicha({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, imagen);
+            hallada.ficha = leerArchivoDe(nombre, imagen);
+            break;
         } catch (const ErrorFicha& error) {
-            throw ErrorFicha(fmt::format("{}: {}", nombre.string(), error.what()));
+            hallada.defectos.push_back(fmt::format("{}: {}", nombre.string(), error.what()));
         } catch (const ErrorLectura& error) {
-            throw ErrorFicha(error.what());
+            hallada.defectos.emplace_back(error.what());
         }
     }
-    return std::nullopt;
+    return hallada;
 }
 
 }  // namespace telvane

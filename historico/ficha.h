@@ -2,10 +2,13 @@
 // keeps it with the image (Almacen::descargas); the image itself says nothing of this.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "historico/ficha_descarga.h"
 #include "historico/huella.h"
@@ -18,11 +21,23 @@ class ErrorFicha : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Throws ErrorFicha where the text is none, or is that of another image.
-FichaDescarga leerFicha(std::string_view texto, const Huella& imagen);
+// What a record has to agree with, and the UTC of this PC: no download is of tomorrow.
+struct ImagenConFicha {
+    std::filesystem::path archivo;
+    Huella huella{};
+    std::optional<std::string> serie;  // in its header
+    std::chrono::sys_seconds ahora{};
+};
 
-// The one that belongs to a base file: the first of "X.rgt.json" and "X.json" that is there. nullopt: none
-// is. Throws ErrorFicha with the file's name.
-std::optional<FichaDescarga> fichaJuntoA(const std::filesystem::path& base, const Huella& imagen);
+// Throws ErrorFicha where the text is none, or is that of another image.
+FichaDescarga leerFicha(std::string_view texto, const ImagenConFicha& imagen);
+
+// The one that belongs to a base file: the first of "X.rgt.json" and "X.json" that is one. defectos: why
+// another one is none, with its name.
+struct FichaHallada {
+    std::optional<FichaDescarga> ficha;
+    std::vector<std::string> defectos;
+};
+FichaHallada fichaJuntoA(const ImagenConFicha& imagen);
 
 }  // namespace telvane

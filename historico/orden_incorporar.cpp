@@ -138,13 +138,11 @@ class Tanda {
     // Without it the image counts as much.
     std::optional<FichaDescarga> fichaDe(const std::string& archivo, BytesImagen bytes) {
         if (archivo == kTuberia) return std::nullopt;
-        try {
-            return fichaJuntoA(archivo, huellaDe(bytes));
-        } catch (const ErrorFicha& error) {
+        auto hallada = fichaJuntoA({archivo, huellaDe(bytes), serieDe(bytes), contexto_.entorno.ahora()});
+        for (const auto& defecto : hallada.defectos)
             contexto_.consola.aviso(
-                fmt::format("{}; la imagen se incorpora sin ella", sinControles(error.what())));
-            return std::nullopt;
-        }
+                fmt::format("{}; la imagen se incorpora sin ella", sinControles(defecto)));
+        return std::move(hallada.ficha);
     }
 
     std::vector<std::uint8_t> leer(const std::string& archivo) {

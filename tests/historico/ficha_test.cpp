@@ -20,15 +20,26 @@ std::string ficha(const std::string& imagen = {}) {
            (imagen.empty() ? "" : ",\"imagen\":\"" + imagen + "\"") + "}\n";
 }
 
+// A day later, beside another file than its own.
+ImagenConFicha imagenConFicha() {
+    return {.archivo = "a.rgt",
+            .huella = {},
+            .serie = "02080050",
+            .ahora = std::chrono::sys_seconds(std::chrono::seconds(1795141023 + 86400))};
+}
+FichaDescarga leerla(const std::string& texto) {
+    return leerFicha(texto, imagenConFicha());
+}
+
 FichaDescarga leida(int segundos = 0) {
-    auto f = leerFicha(ficha(), {});
+    auto f = leerla(ficha());
     f.descargada += std::chrono::seconds(segundos);
     return f;
 }
 
 std::string motivoDe(const std::string& texto) {
     try {
-        static_cast<void>(leerFicha(texto, {}));
+        static_cast<void>(leerla(texto));
     } catch (const ErrorFicha& error) {
         return error.what();
     }
@@ -48,41 +59,109 @@ TEST(Ficha, SaysHowTheImageCame) {
     EXPECT_TRUE(f.verificada);
     EXPECT_EQ(f.reintentos, 1);
     EXPECT_EQ(f.erroresDeLinea, 2);
-    EXPECT_EQ(leerFicha(con(ficha(), "-75", "null"), {}).desfase, std::nullopt);
-    EXPECT_EQ(leerFicha(con(ficha(), "/dev/ttyUSB0", "/dev/\\u001b[2J"), {}).dispositivo, "/dev/[2J");
+    EXPECT_EQ(leerla(con(ficha(), "-75", "null")).desfase, std::nullopt);
+    EXPECT_EQ(leerla(con(ficha(), "/dev/ttyUSB0", "/dev/\\u001b[2J")).dispositivo, "/dev/[2J");
 }
 
 TEST(Ficha, OneThatIsNoneIsToldWithWhatIsWrong) {
     for (const auto* texto : {"", "{", "[]", "3", "null", "\xff"})
         EXPECT_EQ(motivoDe(texto), "no es una ficha de descarga") << texto;
     EXPECT_EQ(motivoDe(con(ficha(), "\"puerto\":3,", "")), "le falta \"puerto\"");
-    for (const auto& [que, por] : std::vector<std::pair<std::string, std::string>>{
-             {"-75", "1.5"}, {"-75", "\"-75\""}, {"-75", "18446744073709551615"}, {"-75", "-99999999999999"}})
+    for (const auto& [que, por] :
+         std::vector<std::pair<std::string, std::string>>{{"-75", "1.5"},
+                                                          {"-75", "\"-75\""},
+                                                          {"-75", "18446744073709551615"},
+                                                          {"-75", "-99999999999999"},
+                                                          {"-75", "4000000000"}})
         EXPECT_EQ(motivoDe(con(ficha(), que, por)), "su \"desfase_s\" no vale") << por;
-    for (const auto* momento : {"2026-11-20T02:17:03", "2026-11-31T02:17:03Z", "2026-11-20T02:17:60Z",
-                                "2026-11-20 02:17:03Z", "2026-11-20T02:17:-3Z", "2026-11-20T02:17: 3Z"})
+    for (const auto* momento :
+         {"2026-11-20T02:17:03", "2026-11-31T02:17:03Z", "2026-11-20T02:17:60Z", "2026-11-20 02:17:03Z",
+          "2026-11-20T02:17:-3Z", "2026-11-20T02:17: 3Z", "1970-01-01T00:00:09Z"})
         EXPECT_EQ(motivoDe(con(ficha(), "2026-11-20T02:17:03Z", momento)), "su \"descargada\" no vale")
             << momento;
     EXPECT_EQ(motivoDe(con(ficha(), "true", "1")), "su \"verificada\" no vale");
     EXPECT_EQ(motivoDe(con(ficha(), ":1,", ":-1,")), "su \"reintentos\" no vale");
     EXPECT_EQ(motivoDe(con(ficha(), "\"/dev/ttyUSB0\"", "7")), "su \"dispositivo\" no vale");
+    for (const auto* dispositivo : {"\"\"", "\"\\u0007\""})
+        EXPECT_EQ(motivoDe(con(ficha(), "\"/dev/ttyUSB0\"", dispositivo)), "su \"dispositivo\" no vale");
+    EXPECT_EQ(motivoDe(con(ficha(), "/dev/ttyUSB0", std::string(5000, 'x'))), "su \"dispositivo\" no vale");
+    for (const auto* puerto : {"0", "13", "\"COM1\"", "1.5"})
+        EXPECT_EQ(motivoDe(con(ficha(), ":3,", std::string(":") + puerto + ",")), "su \"puerto\" no vale");
+    EXPECT_EQ(motivoDe(con(ficha(), "\"02080050\"", "2080050")), "su \"serie\" no vale");
+}
+
+TEST(Ficha, OfWhatStandsTwiceNothingIsTaken) {
+    EXPECT_EQ(motivoDe(con(ficha(), "\"verificada\":true", "\"verificada\":true,\"verificada\":false")),
+              "dice dos veces lo mismo");
+    EXPECT_EQ(motivoDe(con(ficha(), "{", "{\"otro\":{\"puerto\":1},")), "") << "a name of something else";
+}
+
+TEST(Ficha, ItIsOfTheImageThatItNamesAndOfItsLogger) {
+    const auto conNombre = [](const std::string& base, const std::string& imagen = {}) {
+        return con(ficha(imagen), "{", "{\"base\":" + base + ",");
+    };
     EXPECT_EQ(motivoDe(ficha(std::string(64, 'a'))), "es de otra imagen");
     EXPECT_EQ(motivoDe(ficha(textoDe(Huella{}))), "");
+    EXPECT_EQ(motivoDe(con(ficha(textoDe(Huella{})), "02080050", "02080051")), "es de otra imagen");
+    EXPECT_EQ(motivoDe(con(ficha(), "02080050", "02080051")), "es de otra imagen");
+    EXPECT_EQ(motivoDe(conNombre("\"b.rgt\"")), "es de otra imagen");
+    EXPECT_EQ(motivoDe(conNombre("\"a.rgt\"")), "");
+    EXPECT_EQ(motivoDe(conNombre("null")), "");
+    EXPECT_EQ(motivoDe(conNombre("7")), "su \"base\" no vale");
+    EXPECT_EQ(motivoDe(conNombre("\"b.rgt\"", textoDe(Huella{}))), "") << "files get other names";
+    // A header without a number is of whom somebody says.
+    auto sinNumero = imagenConFicha();
+    sinNumero.serie.reset();
+    EXPECT_EQ(leerFicha(ficha(), sinNumero), leida());
+}
+
+TEST(Ficha, NoDownloadIsOfTomorrow) {
+    EXPECT_EQ(motivoDe(con(ficha(), "2026-11-20T02:17:03Z", "2026-11-21T03:17:03Z")), "");
+    EXPECT_EQ(motivoDe(con(ficha(), "2026-11-20T02:17:03Z", "2026-11-21T03:17:04Z")),
+              "su \"descargada\" está en el futuro: mire el reloj del equipo que la descargó");
+}
+
+TEST(Ficha, TheClockThatWasSeenIsATimeOrNone) {
+    const auto conReloj = [](const std::string& reloj) {
+        return con(ficha(), "{", "{\"reloj\":" + reloj + ",");
+    };
+    EXPECT_EQ(motivoDe(conReloj("\"2026-11-20T02:15:48\"")), "");
+    for (const auto* reloj : {"\"2026-11-31T02:15:48\"", "\"2026-11-20T02:15:48Z\"", "\"\"", "5"})
+        EXPECT_EQ(motivoDe(conReloj(reloj)), "su \"reloj\" no vale") << reloj;
+    EXPECT_EQ(motivoDe(con(conReloj("\"2026-11-20T02:15:48\""), "-75", "null")), "su \"desfase_s\" no vale");
+    EXPECT_EQ(motivoDe(con(conReloj("null"), "-75", "null")), "");
 }
 
 TEST(Ficha, StandsBesideItsBaseFileUnderEitherName) {
     const CarpetaTemporal carpeta;
-    const auto base = carpeta.ruta() / "a.rgt";
-    EXPECT_EQ(fichaJuntoA(base, {}), std::nullopt);
+    auto imagen = imagenConFicha();
+    imagen.archivo = carpeta.ruta() / "a.rgt";
+    EXPECT_EQ(fichaJuntoA(imagen).ficha, std::nullopt);
     std::ofstream(carpeta / "a.json") << ficha();
-    EXPECT_EQ(fichaJuntoA(base, {}), leida());
+    EXPECT_EQ(fichaJuntoA(imagen).ficha, leida());
     std::ofstream(carpeta / "a.rgt.json") << con(ficha(), "-75", "8");
-    EXPECT_EQ(fichaJuntoA(base, {})->desfase, 8);
+    EXPECT_EQ(fichaJuntoA(imagen).ficha->desfase, 8);
+    EXPECT_THAT(fichaJuntoA(imagen).defectos, testing::IsEmpty());
+}
+
+TEST(Ficha, OneThatIsBrokenDoesNotHideTheOther) {
+    const CarpetaTemporal carpeta;
+    auto imagen = imagenConFicha();
+    imagen.archivo = carpeta.ruta() / "a.rgt";
+    const auto motivo = testing::ElementsAre(HasSubstr("a.rgt.json"));
     std::ofstream(carpeta / "a.rgt.json") << std::string(70000, ' ') << ficha();
-    EXPECT_THROW(fichaJuntoA(base, {}), ErrorFicha);
+    EXPECT_EQ(fichaJuntoA(imagen).ficha, std::nullopt);
+    EXPECT_THAT(fichaJuntoA(imagen).defectos, motivo);
+    std::ofstream(carpeta / "a.json") << ficha();
+    EXPECT_EQ(fichaJuntoA(imagen).ficha, leida());
+    EXPECT_THAT(fichaJuntoA(imagen).defectos, motivo);
     std::filesystem::remove(carpeta / "a.rgt.json");
     std::filesystem::create_directory(carpeta / "a.rgt.json");
-    EXPECT_THROW(fichaJuntoA(base, {}), ErrorFicha);
+    EXPECT_EQ(fichaJuntoA(imagen).ficha, leida());
+    EXPECT_THAT(fichaJuntoA(imagen).defectos, motivo);
+    std::ofstream(carpeta / "a.json") << "{}";
+    EXPECT_EQ(fichaJuntoA(imagen).ficha, std::nullopt);
+    EXPECT_THAT(fichaJuntoA(imagen).defectos, testing::SizeIs(2));
 }
 
 class FichaGuardada : public testing::TestWithParam<Banco> {
