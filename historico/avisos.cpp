@@ -25,17 +25,17 @@ double enHoras(seconds cuanto) {
     return std::chrono::duration<double, hours::period>(cuanto).count();
 }
 
+std::string cuantos(std::int64_t n, std::string_view uno, std::string_view varios) {
+    return fmt::format("{} {}", n, n == 1 ? uno : varios);
+}
+
 // "95 segundos", "12 minutos", "3 horas", "4 días"
 std::string enPalabras(seconds cuanto) {
     const auto s = std::abs(cuanto.count());
-    if (s < 120) return fmt::format("{} segundos", s);
+    if (s < 120) return cuantos(s, "segundo", "segundos");
     if (s < 7200) return fmt::format("{} minutos", s / 60);
     if (s < 48 * 3600) return fmt::format("{} horas", s / 3600);
     return fmt::format("{} días", s / (24 * 3600));
-}
-
-std::string cuantos(std::int64_t n, std::string_view uno, std::string_view varios) {
-    return fmt::format("{} {}", n, n == 1 ? uno : varios);
 }
 
 // The newest of which it is known how it came.
@@ -52,8 +52,17 @@ seconds retrasoQueCuenta(const Llegadas& ultimas) {
     return ritmo + std::max<seconds>(ritmo / limites::kPartesDeRetraso, limites::kRetrasoMinimo);
 }
 
+// When somebody last reached it. A memory that is the same as the night before brings no new image, but the
+// record of its download.
+Incorporada ultimaNoticia(const Observada& o) {
+    auto ultima = o.estacion.resumen.incorporada;
+    for (const auto* descarga : descargasConocidas(o.ultimas))
+        ultima = std::max(ultima, descarga->descargada);
+    return ultima;
+}
+
 bool calla(const Observada& o, const Mirada& mirada) {
-    const seconds hace = mirada.ahora - o.estacion.resumen.incorporada;
+    const seconds hace = mirada.ahora - ultimaNoticia(o);
     return mirada.horasDeSilencio ? enHoras(hace) > *mirada.horasDeSilencio
                                   : hace > retrasoQueCuenta(o.ultimas);
 }
@@ -63,9 +72,11 @@ using Texto = std::optional<std::string>;
 
 Texto silencio(const Observada& o, const Mirada& mirada) {
     if (!calla(o, mirada)) return std::nullopt;
-    const auto& ultima = o.estacion.resumen.incorporada;
-    return fmt::format("sin imágenes desde hace {:.0f} horas, la última es de {}",
-                       enHoras(mirada.ahora - ultima), isoDe(ultima));
+    const auto ultima = ultimaNoticia(o);
+    const seconds hace = mirada.ahora - ultima;
+    const auto enteras = std::chrono::floor<hours>(hace).count();
+    return fmt::format("sin imágenes desde hace {}, la última es de {}",
+                       enteras > 0 ? cuantos(enteras, "hora", "horas") : enPalabras(hace), isoDe(ultima));
 }
 
 Texto relojDesviado(const Observada& o) {
@@ -160,7 +171,7 @@ Relevos relevosDe(const Flota& flota) {
 // Only of a station that is late: one name in two machines is no news while both are heard of.
 Texto otroRegistrador(const Observada& o, const Relevos& relevos, const Mirada& mirada) {
     const auto conocidas = descargasConocidas(o.ultimas);
-    const seconds hace = mirada.ahora - o.estacion.resumen.incorporada;
+    const seconds hace = mirada.ahora - ultimaNoticia(o);
     if (conocidas.empty() || hace <= ritmoDe(o.ultimas)) return std::nullopt;
     const auto& suya = *conocidas.back();
     const auto [primero, ultimo] = relevos.equal_range(suya.dispositivo);

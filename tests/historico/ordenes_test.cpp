@@ -109,6 +109,17 @@ TEST_F(Ordenes, SilenceEndsWithOneAndTellsTheStation) {
     EXPECT_THAT(r.salida, HasSubstr("\"intervalo\": 10"));
 }
 
+TEST_F(Ordenes, AShortSilenceIsToldInSmallerUnits) {
+    correr({"incorporar", imagen()});
+    const auto dicho = [&](std::chrono::seconds despues) {
+        ahora += despues;
+        return correr({"estado", "--silencio", "0"}).errores;
+    };
+    EXPECT_THAT(dicho(std::chrono::seconds(1)), HasSubstr("desde hace 1 segundo, la última"));
+    EXPECT_THAT(dicho(std::chrono::minutes(30)), HasSubstr("desde hace 30 minutos, la última"));
+    EXPECT_THAT(dicho(std::chrono::minutes(60)), HasSubstr("desde hace 1 hora, la última"));
+}
+
 // Of a partial image, whose station has fallen silent since.
 TEST_F(Ordenes, WarningsAreToldToPeopleAndProgramsAndEndWithOneWhereAskedFor) {
     const auto parcial = ImagenPrueba().texto(34, "A\"\\B").serie(0, 0, 50).bytes(10'000);
