@@ -169,7 +169,7 @@ void exigirUnSoloPuerto(const std::string& par, const std::string& dispositivo) 
 std::string tomarPar(std::string_view& resto) {
     std::size_t fin = 0;
     while (fin < resto.size() && !(blanco(resto[fin]) && largoDeNumero(resto.substr(fin + 1)) > 0)) ++fin;
-    const std::string par(sinBlancos(resto.substr(0, fin)));
+    std::string par(sinBlancos(resto.substr(0, fin)));
     resto = sinBlancos(resto.substr(fin));
     const auto numero = largoDeNumero(par);
     const auto dispositivo = par.substr(numero);
@@ -219,7 +219,7 @@ bool esOpcion(const std::string& palabra, std::string_view opcion) {
 
 class Lector {
    public:
-    Lector(const fs::path& archivo, ClaseAjustes clase) : archivo_(archivo), clase_(clase) {}
+    Lector(fs::path archivo, ClaseAjustes clase) : archivo_(std::move(archivo)), clase_(clase) {}
 
     AjustesDescarga leer() {
         if (deEstacion()) ponerNombreDeArchivo();

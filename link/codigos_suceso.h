@@ -1,10 +1,9 @@
 // What a serial channel says in its communication event; a port reports the line with the same codes.
 #pragma once
 
-namespace telvane {
-
 // CommEvent codes.
-namespace suceso {
+namespace telvane::suceso {
+
 inline constexpr int kNinguno = 0;
 inline constexpr int kEnviado = 1;
 inline constexpr int kRecibido = 2;
@@ -23,6 +22,5 @@ inline constexpr int kDesbordamiento = 1008;
 inline constexpr int kParidad = 1009;
 inline constexpr int kEnvioLleno = 1010;
 inline constexpr int kDcb = 1011;
-}  // namespace suceso
 
-}  // namespace telvane
+}  // namespace telvane::suceso
