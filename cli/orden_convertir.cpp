@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -68,28 +67,22 @@ std::vector<Par> pares(const Opciones& opciones, Formato formato) {
     return lista;
 }
 
-// No output is one of the inputs, or another output, by any name. The standard streams count as the files
-// that a shell put there.
+// What the outputs do not replace.
+ArchivosLeidos entradasDe(const EntornoConsola& entorno, const std::vector<Par>& lista) {
+    ArchivosLeidos entradas;
+    for (const auto& par : lista)
+        esEntradaEstandar(par.entrada) ? entradas.agregar(entorno.entrada)
+                                       : entradas.agregar(fs::path(par.entrada));
+    return entradas;
+}
+
+// All of them before the first is written: no output is one of the inputs, or another output, by any name.
 void revisarJuntas(const EntornoConsola& entorno, const std::vector<Par>& lista) {
-    std::set<std::string> entradas;
+    const auto entradas = entradasDe(entorno, lista);
     std::set<std::string> salidas;
     for (const auto& par : lista) {
-        const bool tuberia = esEntradaEstandar(par.entrada);
-        if (const auto suya =
-                tuberia ? identidad(entorno.entrada) : std::optional(identidad(fs::path(par.entrada))))
-            entradas.insert(*suya);
-    }
-    for (const auto& par : lista) {
-        const bool tuberia = esSalidaEstandar(par.salida);
-        const auto suya =
-            tuberia ? identidad(entorno.salida) : std::optional(identidad(fs::path(par.salida)));
-        if (!suya) continue;
-        if (entradas.contains(*suya)) {
-            throw ErrorCli(CodigoSalida::malUso,
-                           fmt::format("{} es una de las entradas",
-                                       tuberia ? "la salida de la orden" : nombreVisible(par.salida)));
-        }
-        if (!salidas.insert(*suya).second)
+        exigirQueNoSeLea(entorno, par.salida, entradas);
+        if (!salidas.insert(identidad(fs::path(par.salida))).second)
             throw ErrorCli(CodigoSalida::malUso,
                            fmt::format("dos entradas darían {}", nombreVisible(par.salida)));
     }

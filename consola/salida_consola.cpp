@@ -32,6 +32,16 @@ bool esSalidaEstandar(const std::string& nombre) {
                    nombre);
 }
 
+void exigirQueNoSeLea(const EntornoConsola& entorno, const std::string& salida,
+                      const ArchivosLeidos& leidos) {
+    try {
+        esSalidaEstandar(salida) ? leidos.exigirOtro(entorno.salida, "la salida de la orden")
+                                 : leidos.exigirOtro(salida);
+    } catch (const ErrorNombre& error) {
+        throw ErrorCli(CodigoSalida::malUso, error.what());
+    }
+}
+
 SalidaConsola::SalidaConsola(std::string nombre, ReglaDestino regla)
     : nombre_(std::move(nombre)), regla_(std::move(regla)), estandar_(esSalidaEstandar(nombre_)) {
     if (estandar_) return;
@@ -51,6 +61,7 @@ void SalidaConsola::escribir(EntornoConsola& entorno, Consola& consola, std::str
 
 EscrituraConsola::EscrituraConsola(const SalidaConsola& salida, EntornoConsola& entorno, Consola& consola)
     : salida_(salida), consola_(consola) {
+    if (salida.estandar()) exigirQueNoSeLea(entorno, salida.nombre_, salida.regla_.leidos);
     if (salida.archivo()) {
         auto regla = salida.regla_;
         regla.corriente = false;

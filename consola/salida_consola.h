@@ -16,6 +16,10 @@ namespace telvane {
 bool esEntradaEstandar(const std::string& nombre);
 bool esSalidaEstandar(const std::string& nombre);
 
+// What an output's name says against it alone: ErrorCli (malUso) where it is read for itself. The standard
+// output counts as the file that a shell put there.
+void exigirQueNoSeLea(const EntornoConsola& entorno, const std::string& salida, const ArchivosLeidos& leidos);
+
 class SalidaConsola {
    public:
     // Looks at the place before anything is done for it. Throws ErrorGuardado, and ErrorCli (malUso) where

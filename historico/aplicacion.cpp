@@ -16,11 +16,10 @@ std::unique_ptr<Almacen> ContextoHistorico::abrir(Uso uso) const {
 SalidaConsola ContextoHistorico::salida(const std::string& ruta, ReglaDestino regla, const Almacen* almacen,
                                         const std::optional<std::string>& limites) {
     if (almacen != nullptr) {
-        const auto suyos = almacen->archivos();
-        regla.leidos.insert(regla.leidos.end(), suyos.begin(), suyos.end());
-        if (const auto alLado = almacen->limitesAlLado(); !alLado.empty()) regla.leidos.push_back(alLado);
+        for (const auto& suyo : almacen->archivos()) regla.leidos.agregar(suyo);
+        if (const auto alLado = almacen->limitesAlLado(); !alLado.empty()) regla.leidos.agregar(alLado);
     }
-    if (limites) regla.leidos.emplace_back(*limites);
+    if (limites) regla.leidos.agregar(*limites);
     return {ruta, std::move(regla)};
 }
 

@@ -191,7 +191,7 @@ void informar(ContextoHistorico& contexto, const Opciones& opciones) {
     const auto periodo = periodoPedido(opciones);
     auto almacen = opciones.imagen ? nullptr : contexto.abrir(Uso::leer);
     auto regla = reglaDeTabla();
-    if (opciones.imagen) regla.leidos.emplace_back(*opciones.imagen);
+    if (opciones.imagen) regla.leidos.agregar(*opciones.imagen);
     const auto salida =
         ContextoHistorico::salida(opciones.salida, std::move(regla), almacen.get(), opciones.limites);
     const auto contado = opciones.imagen ? contarImagen(opciones, periodo)

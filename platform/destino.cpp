@@ -24,6 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kNoEsNormal = "no es un archivo normal";
+constexpr std::string_view kSeLee = "de ahí se lee lo que se guarda";
 
 // Inner failure: the reason on its way to the one place that names the file.
 struct Fallo {
@@ -176,8 +177,7 @@ void revisar(Destino& destino, const ReglaDestino& regla) {
     destino.ruta = seguirEnlaces(destino.pedido);
     revisarNombre(destino.pedido, regla.vedadas);
     revisarNombre(destino.ruta, regla.vedadas);
-    const auto suya = [&](const fs::path& leido) { return mismoArchivo(destino.pedido, leido); };
-    if (std::ranges::any_of(regla.leidos, suya)) throw Fallo{"de él se lee lo que se guarda", true};
+    regla.leidos.exigirOtro(destino.pedido);
     revisarPrevio(destino);
     // A descriptor's name under /proc leads to a file that may have no name any more.
     if (esta && S_ISREG(datos.st_mode) &&
@@ -199,6 +199,24 @@ ErrorGuardado noGuardado(const fs::path& ruta, std::string_view motivo) {
     return ErrorGuardado(fmt::format("no se pudo guardar {}: {}", nombre, motivo));
 }
 
+void ArchivosLeidos::agregar(const fs::path& ruta) {
+    identidades_.insert(identidad(ruta));
+}
+
+void ArchivosLeidos::agregar(int descriptor) {
+    if (auto suya = identidad(descriptor)) identidades_.insert(std::move(*suya));
+}
+
+void ArchivosLeidos::exigirOtro(const fs::path& salida) const {
+    if (!identidades_.empty() && identidades_.contains(identidad(salida)))
+        throw ErrorNombre(noGuardado(salida, kSeLee).what());
+}
+
+void ArchivosLeidos::exigirOtro(int descriptor, std::string_view nombre) const {
+    const auto suya = identidad(descriptor);
+    if (suya && identidades_.contains(*suya)) throw ErrorNombre(noGuardado(nombre, kSeLee).what());
+}
+
 fs::path Destino::carpeta() const {
     return carpetaDe(ruta);
 }
@@ -213,10 +231,6 @@ Destino revisarDestino(const fs::path& ruta, const ReglaDestino& regla) {
         throw error;
     }
     return destino;
-}
-
-bool mismoArchivo(const fs::path& a, const fs::path& b) {
-    return identidad(a) == identidad(b);
 }
 
 std::optional<std::string> identidad(int descriptor) {

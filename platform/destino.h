@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace telvane {
 
@@ -28,6 +28,24 @@ class ErrorNombre : public ErrorGuardado {
 // "no se pudo guardar x.csv: MOTIVO"
 ErrorGuardado noGuardado(const std::filesystem::path& ruta, std::string_view motivo);
 
+// The files that are read for an output, which never takes the place of one of them. They are known by what
+// they are and not by their names: links of either kind, "./" and the like make no difference. One that is
+// not there yet is known by its folder and name.
+class ArchivosLeidos {
+   public:
+    void agregar(const std::filesystem::path& ruta);
+    // Of descriptors only a regular file is one.
+    void agregar(int descriptor);
+
+    // Throws ErrorNombre where the output is one of them.
+    void exigirOtro(const std::filesystem::path& salida) const;
+    // The name stands in the message only.
+    void exigirOtro(int descriptor, std::string_view nombre) const;
+
+   private:
+    std::set<std::string> identidades_;
+};
+
 // What whoever saves knows of the file.
 struct ReglaDestino {
     bool nuevo = false;      // nothing may stand under its name yet
@@ -36,8 +54,7 @@ struct ReglaDestino {
     // and so is a link to one.
     std::span<const std::string_view> vedadas = {};
     std::uint64_t bytes = 0;  // that must find room; 0: nobody knows
-    // What is read for it, and is never replaced by it: refused by whatever name, also where it is not there.
-    std::vector<std::filesystem::path> leidos = {};
+    ArchivosLeidos leidos = {};
 };
 
 struct Destino {
@@ -57,11 +74,8 @@ struct Destino {
 // where the rule lets it, a stream. Writes nothing.
 Destino revisarDestino(const std::filesystem::path& ruta, const ReglaDestino& regla = {});
 
-// Whether both names stand for the same file, or would once it is there: links of either kind, "./" and the
-// like make no difference.
-bool mismoArchivo(const std::filesystem::path& a, const std::filesystem::path& b);
-// A text that is equal for two such names: of what is there, its place on the disk, of anything else the
-// folder's and the name.
+// A text that is equal for two names of the same file, also before it is there: of what is there, its place
+// on the disk, of anything else the folder's and the name.
 std::string identidad(const std::filesystem::path& ruta);
 // The same of the regular file behind an open descriptor; nothing for anything else.
 std::optional<std::string> identidad(int descriptor);

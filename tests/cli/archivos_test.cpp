@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "data/archivo_base.h"
+#include "platform/descriptor.h"
 #include "tests/apoyo/disco_chico.h"
 #include "tests/cli/cli_prueba.h"
 
@@ -130,11 +131,21 @@ TEST_F(Archivos, AnOutputIsNeverOneOfTheInputsByAnyName) {
          {carpeta / "a.bin", carpeta / "d/../a.bin", carpeta / "duro.csv", carpeta / "simbolico.csv"}) {
         const auto r = correr({"convertir", a, salida});
         EXPECT_EQ(r.codigo, CodigoSalida::malUso) << salida;
-        EXPECT_THAT(r.errores, HasSubstr("es una de las entradas"));
+        EXPECT_THAT(r.errores, HasSubstr("de ahí se lee lo que se guarda"));
     }
     // Of many, the output of one may be another one.
     const auto r = correr({"convertir", "--en", carpeta.ruta(), carpeta / "d/duro.rgt", a});
-    EXPECT_THAT(r.errores, HasSubstr("duro.csv es una de las entradas"));
+    EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar duro.csv: de ahí se lee lo que se guarda"));
+    EXPECT_TRUE(leerTodo(a) == imagen());
+}
+
+TEST_F(Archivos, TheOutputThatAShellAppendsToAnInputIsRefused) {
+    const auto a = poner("a.rgt", imagen());
+    const Descriptor abierto(::open(a.c_str(), O_RDWR | O_APPEND | O_CLOEXEC));
+    salidaAjena = abierto();
+    const auto r = correr({"convertir", a, "-"});
+    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+    EXPECT_THAT(r.errores, HasSubstr("la salida de la orden: de ahí se lee lo que se guarda"));
     EXPECT_TRUE(leerTodo(a) == imagen());
 }
 

@@ -191,22 +191,30 @@ TEST_F(DestinoDe, UnNombreVacioNoEsNinguno) {
     EXPECT_THAT(negativa(ruta("x/")), HasSubstr("no es una carpeta"));
 }
 
-TEST_F(DestinoDe, ElMismoArchivoPorCualquierNombre) {
+TEST_F(DestinoDe, WhatIsReadIsNeverReplacedByWhateverName) {
     poner("a");
     fs::create_directory(ruta("d"));
     fs::create_symlink("a", ruta("simbolico"));
     fs::create_hard_link(ruta("a"), ruta("duro"));
     fs::create_directory_symlink("d", ruta("otra"));
-    EXPECT_TRUE(mismoArchivo(ruta("a"), ruta("./d/../a")));
-    EXPECT_TRUE(mismoArchivo(ruta("a"), ruta("simbolico")));
-    EXPECT_TRUE(mismoArchivo(ruta("a"), ruta("duro")));
-    EXPECT_FALSE(mismoArchivo(ruta("a"), ruta("d")));
-    // Before they are there.
-    EXPECT_TRUE(mismoArchivo(ruta("d/x"), ruta("otra/x")));
     fs::create_symlink("d/x", ruta("aunNo"));
-    EXPECT_TRUE(mismoArchivo(ruta("d/x"), ruta("aunNo")));
-    EXPECT_FALSE(mismoArchivo(ruta("d/x"), ruta("d/X")));
-    EXPECT_FALSE(mismoArchivo(ruta("nada/x"), ruta("d/x")));
+    ReglaDestino regla;
+    for (const auto* leido : {"a", "d/x"}) regla.leidos.agregar(ruta(leido));
+    for (const auto* salida : {"a", "./d/../a", "simbolico", "duro", "d/x", "otra/x", "aunNo"})
+        EXPECT_THAT(negativa(ruta(salida), regla), EndsWith("de ahí se lee lo que se guarda")) << salida;
+    for (const auto* salida : {"b", "d/X", "otra/a"}) EXPECT_EQ(negativa(ruta(salida), regla), "") << salida;
+}
+
+TEST_F(DestinoDe, WhatIsReadFromADescriptorCountsIfItIsAFile) {
+    poner("a");
+    const Descriptor abierto(::open(ruta("a").c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor nulo(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    ReglaDestino regla;
+    for (const int descriptor : {abierto(), nulo(), -1}) regla.leidos.agregar(descriptor);
+    EXPECT_THAT(negativa(ruta("a"), regla), EndsWith("de ahí se lee lo que se guarda"));
+    EXPECT_THROW(regla.leidos.exigirOtro(abierto(), "la salida"), ErrorNombre);
+    EXPECT_NO_THROW(regla.leidos.exigirOtro(nulo(), "la salida"));
+    EXPECT_NO_THROW(regla.leidos.exigirOtro(-1, "la salida"));
 }
 
 TEST(ConSufijo, UnNombreDemasiadoLargoSeAcortaPorUnCaracterEntero) {
