@@ -119,7 +119,7 @@ std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) c
         if (!lleva || igual != std::string::npos || ++i == argumentos.size()) continue;
         if (argumentos[i].starts_with("--") || declarada(argumentos[i])) {
             return fmt::format("{}: falta su valor; uno que empieza por guion se escribe {}={}", nombre,
-                               nombre, sinControles(argumentos[i]));
+                               nombre, argumentos[i]);
         }
     }
     return {};
@@ -127,8 +127,11 @@ std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) c
 
 LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
     using Que = LineaLeida::Que;
-    if (const auto motivo = malPuestas(argumentos); !motivo.empty())
-        return {Que::malUso, fmt::format("{}\n({} --help)", motivo, nombre_)};
+    // What somebody typed may stand in the reason, which is one line.
+    const auto malUso = [&](const std::string& motivo) {
+        return LineaLeida{Que::malUso, fmt::format("{}\n({} --help)", sinControles(motivo), nombre_)};
+    };
+    if (const auto motivo = malPuestas(argumentos); !motivo.empty()) return malUso(motivo);
     for (auto* orden : app_->get_subcommands({})) {
         for (auto* opcion : orden->get_options()) opcion->group(kOpciones);
     }
@@ -141,8 +144,7 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
     } catch (const CLI::CallForVersion& version) {
         return {Que::terminar, fmt::format("{}\n", version.what())};
     } catch (const CLI::ParseError& error) {
-        const auto motivo = motivoDeUso(error.get_exit_code(), error.what());
-        return {Que::malUso, fmt::format("{}\n({} --help)", motivo, nombre_)};
+        return malUso(motivoDeUso(error.get_exit_code(), error.what()));
     }
     return {};
 }
@@ -162,7 +164,7 @@ std::string Argumentos::opcionesDeTodas() const {
 // The library's own texts are in English; those of our checks stand behind the option's name.
 std::string Argumentos::motivoDeUso(int codigo, const std::string& texto) const {
     const auto antesDe = [&](std::string_view marca) { return texto.substr(0, texto.find(marca)); };
-    const auto sobran = sinControles(fmt::format("{}", fmt::join(app_->remaining(true), " ")));
+    const auto sobran = fmt::format("{}", fmt::join(app_->remaining(true), " "));
     const bool faltaOrden = !app_->get_subcommands({}).empty() && app_->get_subcommands().empty();
     switch (static_cast<CLI::ExitCodes>(codigo)) {
         case CLI::ExitCodes::RequiredError:

@@ -106,7 +106,7 @@ void ProgramaSimulador::guardar() {
         guardarAtomico(*memoria_, linea_.maquina().imagen());
     } catch (const ErrorGuardado& error) {
         fmt::print(stderr, "telvane-sim: {}\n",
-                   lineasSinControles(fmt::format("{}: {}", memoria_->string(), error.what())));
+                   sinControles(fmt::format("{}: {}", memoria_->string(), error.what())));
     }
 }
 

@@ -143,7 +143,8 @@ void correr(const Opciones& opciones) {
     const int senales = abrirSenales();
     const auto memoria = opciones.memoria.empty() ? std::nullopt : std::optional<fs::path>(opciones.memoria);
     ProgramaSimulador programa(std::move(linea), opciones.enlace, memoria);
-    fmt::print("telvane-sim: registrador en {} ({})\n", opciones.enlace, programa.dispositivo());
+    fmt::print("telvane-sim: registrador en {} ({})\n", nombreVisible(opciones.enlace),
+               programa.dispositivo());
     std::fflush(stdout);
     programa.servir(senales);
     ::close(senales);
@@ -160,7 +161,7 @@ int main(int argc, char** argv) {
     declarar(argumentos, opciones);
     const auto leida = argumentos.leer({argv + (argc > 0), argv + argc});
     if (leida.que == LineaLeida::Que::malUso) {
-        fmt::print(stderr, "telvane-sim: {}\n", lineasSinControles(leida.texto));
+        fmt::print(stderr, "telvane-sim: {}\n", leida.texto);
         return kMalUso;
     }
     try {
@@ -171,7 +172,7 @@ int main(int argc, char** argv) {
         }
         return 0;
     } catch (const std::exception& error) {
-        fmt::print(stderr, "telvane-sim: {}\n", lineasSinControles(motivoDe(error)));
+        fmt::print(stderr, "telvane-sim: {}\n", sinControles(motivoDe(error)));
         return kFallo;
     }
 }

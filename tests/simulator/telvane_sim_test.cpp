@@ -93,6 +93,15 @@ TEST_F(TelvaneSim, TextFromOutsideGivesTheTerminalNoOrders) {
     exigirSinControles();
 }
 
+TEST_F(TelvaneSim, ALineEndInANameSplitsNoMessage) {
+    EXPECT_EQ(rechazado(orden({"--memoria", (temporal / "a\nb" / "m.rgt").string()})), 1);
+    EXPECT_THAT(queja, testing::MatchesRegex("[^\n]*/ab[^\n]*\n"));
+    EXPECT_EQ(rechazado({TELVANE_SIM, "--enlace", (temporal / "a\nb" / "x").string()}), 1);
+    EXPECT_THAT(queja, testing::MatchesRegex("[^\n]*/ab/x[^\n]*\n"));
+    EXPECT_EQ(rechazado(orden({"--fallo", "a\nb"})), 2);
+    EXPECT_THAT(queja, testing::MatchesRegex("[^\n]*\"ab\"[^\n]*\n\\(telvane-sim --help\\)\n"));
+}
+
 TEST_F(TelvaneSim, NoSobrescribeUnArchivo) {
     std::ofstream(enlace) << "valioso";
     EXPECT_EQ(rechazado(orden({})), 1);
