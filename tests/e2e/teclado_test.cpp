@@ -130,10 +130,13 @@ TEST_F(TecladoE2e, AHeldEnterAsksOnceAndAnswersNothing) {
     const auto enviar = raiz().buscar(kBoton, "Enviar configuracion");
     ASSERT_TRUE(enviar && ventanaConTeclado() && enviar->enfocar());
     ASSERT_TRUE(esperarA([&] { return enviar->enfocado(); }));
-    // Long enough for the keyboard to repeat it many times.
-    ASSERT_TRUE(xdotool({"keydown", "Return", "sleep", "2", "keyup", "Return"}));
+    ASSERT_TRUE(xdotool({"keydown", "Return"}));
     ASSERT_TRUE(hay(kBorrara)) << "not asked, or answered";
     ASSERT_TRUE(cajaConTeclado("Cancelar"));
+    // The display repeats a held key by its own clock, 660 ms after it went down and then every 40, and tells
+    // nobody but the window that has the keyboard. On a slow machine the question sees fewer of them: it is
+    // never answered for that.
+    ASSERT_TRUE(xdotool({"sleep", "1", "keyup", "Return"}));
     // Keys arrive in their order: once the next one has done its work, those have been heard.
     ASSERT_TRUE(tecla("Tab"));
     ASSERT_TRUE(cajaConTeclado("Aceptar")) << "the question is gone";
