@@ -1,44 +1,19 @@
 #!/usr/bin/env bash
 # One station, one file: the units as they are installed, and what they run, against simulated loggers.
 #   estaciones_test.sh BUILD_DIR CMAKE
-set -euo pipefail
-export LC_ALL=C.UTF-8 TZ=UTC
-construccion=$1 cmake=$2
-raiz=$(mktemp -d)
-simuladores=()
-# shellcheck disable=SC2317
-terminar() {
-    [ ${#simuladores[@]} -eq 0 ] || kill "${simuladores[@]}" 2>/dev/null || true
-    rm -rf "$raiz"
-}
-trap terminar EXIT
-fallos=0
-fallar() {
-    echo "FALLO: $*" >&2
-    fallos=$((fallos + 1))
-}
-
-for componente in telvane-cli telvane-historico; do
-    DESTDIR=$raiz "$cmake" --install "$construccion" --component $componente >>"$raiz/instalado.txt"
-done
-uno() { find "$raiz" -name "$1" -not -path "$raiz/datos/*"; }
-programas=$(dirname "$(uno telvane-cli | grep '/bin/')")
-PATH=$programas:$PATH
-export PATH
+# shellcheck source=tests/paquete/instalado.sh
+. "$(dirname "$0")/instalado.sh"
 guion=$(uno descarga-estacion)
 
 # The units: what they start is there, and they may do little else.
 for unidad in telvane-descarga telvane-descarga-red; do
-    servicio=$(uno "$unidad@.service")
-    sed -E "s#^ExecStart=/#ExecStart=$raiz/#" "$servicio" >"$raiz/$unidad@.service"
+    aqui <"$(uno "$unidad@.service")" >"$raiz/$unidad@.service"
     cp "$(uno "$unidad@.timer")" "$raiz/"
-    systemd-analyze verify --man=no "$raiz/$unidad@norte".{service,timer} >"$raiz/analisis.txt" 2>&1 || true
-    ! grep telvane "$raiz/analisis.txt" || fallar "systemd-analyze: $unidad"
-    systemd-analyze calendar "$(sed -n 's/^OnCalendar=//p' "$raiz/$unidad@.timer")" >/dev/null || fallar "OnCalendar"
+    entera "$raiz/$unidad@norte".{service,timer}
+    a_su_hora "$raiz/$unidad@.timer"
 done
 for servicio in telvane-descarga.service telvane-descarga@.service telvane-descarga-red@.service; do
-    systemd-analyze security --offline=true --threshold=20 "$(uno "$servicio" | grep /systemd/)" >"$raiz/analisis.txt" 2>&1 ||
-        fallar "$servicio: $(tail -n 1 "$raiz/analisis.txt")"
+    encerrado "$(uno "$servicio" | grep /systemd/)"
 done
 for servicio in telvane-descarga.service telvane-descarga@.service; do
     grep -qx PrivateNetwork=yes "$(uno "$servicio" | grep /systemd/)" || fallar "$servicio ve la red"
@@ -54,11 +29,6 @@ ajustar() {
     local nombre=$1
     shift
     printf '%s\n' "$@" >"$estaciones/$nombre.conf"
-}
-simular() {
-    telvane-sim --enlace "$raiz/$1" --baudios 0 >"$raiz/$1.txt" &
-    simuladores+=($!)
-    timeout 60 sh -c "until [ -s '$raiz/$1.txt' ]; do sleep 0.1; done"
 }
 # descargar NAME [VARIABLE=VALUE...]: exit status in $estado, standard error in $raiz/errores.
 descargar() {

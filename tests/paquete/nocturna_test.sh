@@ -2,34 +2,12 @@
 # The nightly download as it is installed: the very command lines of the unit and of the cron line, run against a
 # simulated logger.
 #   nocturna_test.sh BUILD_DIR CMAKE
-set -euo pipefail
-export LC_ALL=C.UTF-8
-construccion=$1 cmake=$2
-raiz=$(mktemp -d)
-simulador_PID=''
-# shellcheck disable=SC2317
-terminar() {
-    [ -z "${simulador_PID-}" ] || kill "$simulador_PID" 2>/dev/null || true
-    rm -rf "$raiz"
-}
-trap terminar EXIT
-fallos=0
-fallar() {
-    echo "FALLO: $*" >&2
-    fallos=$((fallos + 1))
-}
-
-DESTDIR=$raiz "$cmake" --install "$construccion" --component telvane-cli >"$raiz/instalado.txt"
-uno() { find "$raiz" -name "$1" -not -path "*/datos/*"; }
+# shellcheck source=tests/paquete/instalado.sh
+. "$(dirname "$0")/instalado.sh"
 unidad=$(uno telvane-descarga.service)
 temporizador=$(uno telvane-descarga.timer)
 cron=$(uno telvane-descarga.cron)
 ajustes=$(find "$raiz" -path '*/default/telvane-descarga')
-PATH=$(dirname "$(uno telvane-cli | grep '/bin/')"):$PATH
-export PATH
-
-# Paths of an installed file, below the folder it was installed in for the test.
-aqui() { sed -E "s#(^|[ =])/#\1$raiz/#g"; }
 orden_unidad=$(sed -n 's/^ExecStart=//p' "$unidad" | aqui)
 linea_cron=$(grep -E '^[0-9*]' "$cron")
 read -r _ _ _ _ _ usuario orden_cron <<<"$linea_cron"
@@ -37,13 +15,10 @@ orden_cron=$(aqui <<<"$orden_cron")
 [ "$usuario" = telvane ] || fallar "la línea de cron corre como $usuario"
 [ "$orden_cron" = "$orden_unidad" ] || fallar "la unidad y cron corren órdenes distintas"
 
-sed -E "s#^ExecStart=.*#ExecStart=$orden_unidad#" "$unidad" >"$raiz/telvane-descarga.service"
+aqui <"$unidad" >"$raiz/telvane-descarga.service"
 cp "$temporizador" "$raiz/"
-if ! systemd-analyze verify --man=no "$raiz"/telvane-descarga.{service,timer} >"$raiz/analisis.txt" 2>&1 ||
-    grep -q telvane "$raiz/analisis.txt"; then
-    fallar "systemd-analyze: $(cat "$raiz/analisis.txt")"
-fi
-systemd-analyze calendar "$(sed -n 's/^OnCalendar=//p' "$temporizador")" >/dev/null || fallar "OnCalendar"
+entera "$raiz"/telvane-descarga.{service,timer}
+a_su_hora "$temporizador"
 
 # Every setting is commented out: the installed file changes nothing.
 ! grep -vE '^(#|$)' "$ajustes" || fallar "los ajustes instalados no son solo comentarios"
@@ -51,15 +26,14 @@ systemd-analyze calendar "$(sed -n 's/^OnCalendar=//p' "$temporizador")" >/dev/n
 datos=$raiz/datos
 mkdir "$datos"
 ajustar() { printf '%s\n' "$@" >"$ajustes"; }
-coproc simulador { exec "$(uno telvane-sim | grep '/bin/')" --enlace "$raiz/COM1" --baudios 0; }
-read -r -t 30 _ <&"${simulador[0]}"
+simular COM1
 
 # correr FILE COMMAND...: exit status in $estado, standard error in FILE.
 correr() {
     local errores=$1
     shift
     estado=0
-    env -i PATH="$PATH" "$@" </dev/null >"$raiz/salida.txt" 2>"$errores" || estado=$?
+    env -i PATH="$PATH" TZ=UTC "$@" </dev/null >"$raiz/salida.txt" 2>"$errores" || estado=$?
 }
 # falla STATUS TEXT WHAT: the last run ended so, and said so.
 falla() {

@@ -2,50 +2,25 @@
 # Readings over MQTT and letters about warnings: the units as they are installed, and what they run, against a simulated
 # logger; the broker's program and the mail system's are scripts that write down what they are given.
 #   publicar_test.sh BUILD_DIR CMAKE
-set -euo pipefail
-export LC_ALL=C.UTF-8
-construccion=$1 cmake=$2
-raiz=$(mktemp -d)
-procesos=()
-# shellcheck disable=SC2317
-terminar() {
-    [ ${#procesos[@]} -eq 0 ] || kill "${procesos[@]}" 2>/dev/null || true
-    rm -rf "$raiz"
-}
-trap terminar EXIT
-fallos=0
-fallar() {
-    echo "FALLO: $*" >&2
-    fallos=$((fallos + 1))
-}
-
-for componente in telvane-cli telvane-historico; do
-    DESTDIR=$raiz "$cmake" --install "$construccion" --component $componente >>"$raiz/instalado.txt"
-done
-uno() { find "$raiz" -name "$1" -not -path "$raiz/datos/*"; }
-programas=$raiz/programas
-mkdir "$programas"
-PATH=$programas:$(dirname "$(uno telvane-cli | grep '/bin/')"):$PATH
-export PATH
+# shellcheck source=tests/paquete/instalado.sh
+. "$(dirname "$0")/instalado.sh"
+tapados=$raiz/tapados
+mkdir "$tapados"
+PATH=$tapados:$PATH
 publicar=$(uno publicar-en-linea)
 correo=$(uno correo-de-fallo)
 
 # The units: what they start is there, and they may do little else.
 for unidad in telvane-avisos.service telvane-avisos.timer telvane-correo@.service telvane-en-linea@.service; do
-    sed -E "s#^ExecStart=/#ExecStart=$raiz/#" "$(uno "$unidad")" >"$raiz/$unidad"
+    aqui <"$(uno "$unidad")" >"$raiz/$unidad"
 done
-systemd-analyze verify --man=no "$raiz"/telvane-avisos.{service,timer} "$raiz"/telvane-{correo,en-linea}@norte.service \
-    >"$raiz/analisis.txt" 2>&1 || true
-! grep telvane "$raiz/analisis.txt" || fallar "systemd-analyze: $(cat "$raiz/analisis.txt")"
-systemd-analyze calendar "$(sed -n 's/^OnCalendar=//p' "$raiz/telvane-avisos.timer")" >/dev/null || fallar "OnCalendar"
-for unidad in telvane-avisos.service telvane-correo@.service telvane-en-linea@.service; do
-    systemd-analyze security --offline=true --threshold=20 "$raiz/$unidad" >"$raiz/analisis.txt" 2>&1 ||
-        fallar "$unidad: $(tail -n 1 "$raiz/analisis.txt")"
-done
+entera "$raiz"/telvane-avisos.{service,timer} "$raiz"/telvane-{correo,en-linea}@norte.service
+a_su_hora "$raiz/telvane-avisos.timer"
+encerrado "$raiz"/telvane-{avisos,correo@,en-linea@}.service
 grep -qx 'OnFailure=telvane-correo@%n.service' "$raiz/telvane-avisos.service" || fallar "nadie recibe los avisos"
 
 # Topics and payloads as they come: "TOPIC PAYLOAD" a line. Retained ones are marked.
-cat >"$programas/mosquitto_pub" <<FIN
+cat >"$tapados/mosquitto_pub" <<FIN
 #!/bin/sh
 tema='' texto='' lineas=no marca=''
 while [ \$# -gt 0 ]; do
@@ -65,24 +40,12 @@ while IFS= read -r linea; do
     ! [ -e "$raiz/fin" ] || exit 1
 done
 FIN
-chmod +x "$programas/mosquitto_pub"
+chmod +x "$tapados/mosquitto_pub"
 : >"$raiz/publicado"
 
 export TELVANE_ESTACIONES=$raiz/estaciones TELVANE_ESTADO=$raiz/general XDG_CONFIG_HOME=$raiz/ajustes CADA=1
 mkdir "$TELVANE_ESTACIONES" "$TELVANE_ESTADO" "$XDG_CONFIG_HOME" "$raiz/datos"
-telvane-sim --enlace "$raiz/COM1" --baudios 0 >"$raiz/sim.txt" &
-procesos+=($!)
-# hasta SECONDS COMMAND...: until it succeeds.
-hasta() {
-    local quedan=$(($1 * 10))
-    shift
-    until "$@"; do
-        quedan=$((quedan - 1))
-        [ $quedan -gt 0 ] || return 1
-        sleep 0.1
-    done
-}
-hasta 30 test -e "$raiz/COM1" || fallar "telvane-sim no arranca"
+simular COM1
 printf '%s\n' "COM=1=$raiz/COM1" SERIE=02080050 "CARPETA=$raiz/datos" >"$TELVANE_ESTACIONES/norte.conf"
 printf '%s\n' "COM=1=$raiz/COM1" SERIE=02080051 "CARPETA=$raiz/datos" >"$TELVANE_ESTACIONES/sur.conf"
 
@@ -132,19 +95,19 @@ elif wait "$publicador"; then
 fi
 
 # The letter: to whom it goes, what it is about, and what the unit had said.
-cat >"$programas/sendmail" <<FIN
+cat >"$tapados/sendmail" <<FIN
 #!/bin/sh
 cat >"$raiz/carta"
 FIN
-cat >"$programas/systemctl" <<'FIN'
+cat >"$tapados/systemctl" <<'FIN'
 #!/bin/sh
 case $* in *InvocationID*) echo 0123abcd ;; *) echo Result=exit-code ;; esac
 FIN
-cat >"$programas/journalctl" <<'FIN'
+cat >"$tapados/journalctl" <<'FIN'
 #!/bin/sh
 case $* in *_SYSTEMD_INVOCATION_ID=0123abcd*) echo 'telvane-historico: estación 02080050: sin imágenes' ;; esac
 FIN
-chmod +x "$programas"/{sendmail,systemctl,journalctl}
+chmod +x "$tapados"/{sendmail,systemctl,journalctl}
 DESTINATARIO=operador@ejemplo.org "$correo" telvane-avisos.service
 grep -qx 'To: operador@ejemplo.org' "$raiz/carta" || fallar "carta: $(cat "$raiz/carta")"
 grep -q '^Subject: telvane-avisos.service en ' "$raiz/carta" || fallar "asunto"
