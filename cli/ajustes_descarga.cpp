@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "link/direccion_tcp.h"
 #include "link/mapa_com.h"
 #include "link/puerto_serie.h"
 #include "loggerconfig/pasos_serie.h"
@@ -27,7 +28,6 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kMaximo = 1U << 20U;
 constexpr std::string_view kBlancos = " \t";
-constexpr std::string_view kTcp = "tcp://";
 
 [[noreturn]] void mal(const std::string& que) {
     throw ErrorAjustes(que);
@@ -173,7 +173,7 @@ std::string tomarPar(std::string_view& resto) {
     resto = sinBlancos(resto.substr(fin));
     const auto numero = largoDeNumero(par);
     const auto dispositivo = par.substr(numero);
-    if (numero == 0 || !(dispositivo.starts_with('/') || dispositivo.starts_with(kTcp))) {
+    if (numero == 0 || !(dispositivo.starts_with('/') || esDireccionTcp(dispositivo))) {
         mal(fmt::format(
             "COM: \"{}\" no es NÚMERO=/DISPOSITIVO, por ejemplo 1=/dev/ttyUSB0; ¿falta una barra?", par));
     }
@@ -248,7 +248,7 @@ class Lector {
         try {
             paso();
         } catch (const ErrorAjustes& error) {
-            mal(fmt::format("{}, línea {}: {}", cual(), linea_, sinControles(error.what())));
+            mal(fmt::format("{}, línea {}: {}", cual(), linea_, sinContrasenas(sinControles(error.what()))));
         }
     }
 
@@ -395,8 +395,8 @@ std::string AjustesDescarga::dispositivo() const {
 }
 
 bool AjustesDescarga::red() const {
-    const bool puertoEnRed =
-        std::ranges::any_of(com, [](const auto& par) { return par.find("=tcp://") != std::string::npos; });
+    const bool puertoEnRed = std::ranges::any_of(
+        com, [](const auto& par) { return esDireccionTcp(std::string_view(par).substr(par.find('=') + 1)); });
     return puertoEnRed || esPostgres(archivo) || esPostgres(central);
 }
 

@@ -14,6 +14,7 @@
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
+#include "platform/contrasena.h"
 #include "platform/cp1252.h"
 #include "platform/guardado.h"
 #include "platform/motivos.h"
@@ -96,7 +97,7 @@ void Consola::resultado(std::string_view texto) {
 
 void Consola::aviso(std::string_view linea) {
     progreso("");
-    static_cast<void>(escribirTodo(entorno_.errores, lineasSinControles(linea) + '\n'));
+    static_cast<void>(escribirTodo(entorno_.errores, sinContrasenas(lineasSinControles(linea)) + '\n'));
 }
 
 std::size_t Consola::ancho() const {

@@ -153,10 +153,10 @@ QueHay queHay(const std::filesystem::path& ruta) {
         throw ErrorAlmacen(fmt::format("{}: no se puede abrir: {}", ruta.string(), motivoSistema(errno)));
     }
     if (S_ISDIR(datos.st_mode)) {
-        throw ErrorAlmacen(fmt::format("{}: es una carpeta: indique con --en un archivo", ruta.string()));
+        throw ErrorAlmacen(fmt::format("{}: es una carpeta: nombre un archivo", ruta.string()));
     }
     if (!S_ISREG(datos.st_mode)) {
-        throw ErrorAlmacen(fmt::format("{}: no es un archivo: indique otro con --en", ruta.string()));
+        throw ErrorAlmacen(fmt::format("{}: no es un archivo: nombre otro", ruta.string()));
     }
     return datos.st_size == 0 ? QueHay::vacio : QueHay::archivo;
 }

@@ -32,7 +32,8 @@ void declararOrdenes(Argumentos& argumentos, ContextoHistorico& contexto) {
         contexto.en,
         {.nombre = "--en",
          .valor = "DESTINO",
-         .ayuda = "El archivo histórico: un archivo SQLite, o postgresql://…; si falta, el del usuario"});
+         .ayuda = "El archivo histórico: un archivo SQLite, o postgresql://…; si falta, el del usuario",
+         .comprobar = motivoDestino});
     declararIncorporar(argumentos, contexto);
     declararEstado(argumentos, contexto);
     declararExportar(argumentos, contexto);

@@ -15,24 +15,21 @@ AlmacenSqlite::Opciones opcionesSqlite(std::chrono::milliseconds paciencia, std:
     return {.paciencia = paciencia, .atender = std::move(atender)};
 }
 
+}  // namespace
+
 // What was meant as an address is no file's name, and is not repeated: it may hold a password.
-void exigirNombre(const std::string& destino) {
-    if (destino == "-")
-        throw ErrorAlmacen("la entrada o la salida no sirven de archivo histórico: dé un nombre");
-    if (AlmacenPostgres::esDireccion(destino)) return;
+std::string motivoDestino(const std::string& destino) {
+    if (destino == "-") return "la entrada o la salida no sirven de archivo histórico: dé un nombre";
     const bool direccion = destino.find("://") != std::string::npos || destino.starts_with("postgres:/") ||
                            destino.starts_with("postgresql:/") ||
                            destino.find("password=") != std::string::npos;
-    if (direccion)
-        throw ErrorAlmacen(
-            "no se entiende la dirección de la base de datos: se escribe postgresql://USUARIO@SERVIDOR/BASE");
+    const bool bien = AlmacenPostgres::esDireccion(destino) ? BasePostgres::seEntiende(destino) : !direccion;
+    return bien ? "" : std::string(BasePostgres::kComoSeEscribe);
 }
-
-}  // namespace
 
 std::unique_ptr<Almacen> abrirAlmacen(const std::string& destino, Uso uso,
                                       std::chrono::milliseconds paciencia, std::function<void()> atender) {
-    exigirNombre(destino);
+    if (const auto motivo = motivoDestino(destino); !motivo.empty()) throw ErrorAlmacen(motivo);
     if (AlmacenPostgres::esDireccion(destino)) {
         return std::make_unique<AlmacenPostgres>(destino, uso == Uso::incorporar, paciencia,
                                                  std::move(atender));

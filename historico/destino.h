@@ -16,6 +16,9 @@ enum class Uso {
     incorporar  // makes it where there is none yet
 };
 
+// Why a text names no archive; empty: it may name one.
+std::string motivoDestino(const std::string& destino);
+
 // destino: a file, or postgresql://... atender: called while another program is waited for; what it throws
 // ends the wait. Throws ErrorAlmacen, and ErrorGuardado where no file can be made.
 std::unique_ptr<Almacen> abrirAlmacen(const std::string& destino, Uso uso,

@@ -52,6 +52,7 @@ void declararCopiar(Argumentos& argumentos, ContextoHistorico& contexto) {
     orden.opcion(opciones->destino, {.nombre = "--a",
                                      .valor = "DESTINO",
                                      .ayuda = "El otro: un archivo SQLite, o postgresql://…",
+                                     .comprobar = motivoDestino,
                                      .obligatoria = true});
     orden.opcion(opciones->estacion,
                  {.nombre = "--estacion", .valor = "CIFRAS", .ayuda = "Solo las de esta estación"});

@@ -118,7 +118,8 @@ void declararEstado(Argumentos& argumentos, ContextoHistorico& contexto) {
                                       .comprobar = motivoHoras});
     orden.opcion(opciones->copia, {.nombre = "--copia",
                                    .valor = "DESTINO",
-                                   .ayuda = "Avisa de las imágenes que no están en ese archivo histórico"});
+                                   .ayuda = "Avisa de las imágenes que no están en ese archivo histórico",
+                                   .comprobar = motivoDestino});
     orden.opcion(opciones->prometheus, {.nombre = "--prometheus",
                                         .valor = "ARCHIVO",
                                         .ayuda = "Lo escribe para la carpeta de un node exporter"});

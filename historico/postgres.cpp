@@ -1,8 +1,15 @@
 #include "historico/postgres.h"
 
 #include <poll.h>
+#include <pthread.h>
+#include <signal.h>
 
 #include <array>
+#include <charconv>
+#include <condition_variable>
+#include <mutex>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include <fmt/format.h>
@@ -21,19 +28,6 @@ struct Opciones {
 };
 using OpcionesDeUrl = std::unique_ptr<PQconninfoOption, Opciones>;
 
-OpcionesDeUrl leerUrl(const std::string& url) {
-    char* error = nullptr;
-    OpcionesDeUrl opciones(pq().conninfoParse(url.c_str(), &error));
-    // What libpq says of it quotes the address with all that is in it.
-    pq().freemem(error);
-    if (!opciones) {
-        throw ErrorAlmacen(
-            "no se entiende la dirección de la base de datos: se escribe "
-            "postgresql://USUARIO@SERVIDOR/BASE");
-    }
-    return opciones;
-}
-
 std::string valorDe(const OpcionesDeUrl& opciones, std::string_view clave) {
     for (const auto* o = opciones.get(); o->keyword != nullptr; ++o) {
         if (o->keyword == clave && o->val != nullptr) return o->val;
@@ -41,7 +35,34 @@ std::string valorDe(const OpcionesDeUrl& opciones, std::string_view clave) {
     return {};
 }
 
+// Ports of one or several servers; empty: the usual one.
+bool sonPuertos(std::string_view texto) {
+    while (!texto.empty()) {
+        const auto uno = texto.substr(0, texto.find(','));
+        std::uint16_t numero = 0;
+        const auto [fin, error] = std::from_chars(uno.data(), uno.data() + uno.size(), numero);
+        const bool bien = error == std::errc() && fin == uno.data() + uno.size() && numero != 0;
+        if (!uno.empty() && !bien) return false;
+        texto.remove_prefix(std::min(uno.size() + 1, texto.size()));
+    }
+    return true;
+}
+
+// Null: it cannot be understood. What libpq says of that quotes the address with all that is in it.
+OpcionesDeUrl leerUrl(const std::string& url) {
+    char* error = nullptr;
+    OpcionesDeUrl opciones(pq().conninfoParse(url.c_str(), &error));
+    pq().freemem(error);
+    if (!opciones) return opciones;
+    // A password with an "@" that is not written as %40 would be taken for a part of the server's name.
+    const bool bien = valorDe(opciones, "host").find('@') == std::string::npos &&
+                      valorDe(opciones, "dbname").find("password=") == std::string::npos &&
+                      sonPuertos(valorDe(opciones, "port"));
+    return bien ? std::move(opciones) : nullptr;
+}
+
 std::string sinContrasena(const OpcionesDeUrl& opciones) {
+    if (!opciones) throw ErrorAlmacen(std::string(BasePostgres::kComoSeEscribe));
     const auto usuario = valorDe(opciones, "user");
     const auto puerto = valorDe(opciones, "port");
     return fmt::format("postgresql://{}{}{}/{}", usuario.empty() ? "" : usuario + "@",
@@ -84,8 +105,73 @@ Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) 
     return {fmt::format("el servidor dice: {}", dicho)};
 }
 
+// All of them, for as long as it lives: threads that are begun meanwhile get none.
+class SenalesCerradas {
+   public:
+    SenalesCerradas() {
+        sigset_t todas;
+        ::sigfillset(&todas);
+        ::pthread_sigmask(SIG_SETMASK, &todas, &anteriores_);
+    }
+    SenalesCerradas(const SenalesCerradas&) = delete;
+    SenalesCerradas& operator=(const SenalesCerradas&) = delete;
+    ~SenalesCerradas() { ::pthread_sigmask(SIG_SETMASK, &anteriores_, nullptr); }
+
+   private:
+    sigset_t anteriores_{};
+};
+
 std::string primeraLinea(const std::string& texto) {
     return texto.substr(0, texto.find('\n'));
+}
+
+// What libpq says of a connection that failed is English, and of the server's own words in whatever language
+// that speaks: without a state that would tell them apart.
+struct DichoAlConectar {
+    std::string_view dice;
+    std::string_view quiereDecir;
+};
+constexpr std::string_view kSinAcceso =
+    "el servidor no acepta ese usuario o su contraseña: corrija el usuario de la dirección, o la línea de "
+    "~/.pgpass";
+constexpr std::string_view kSinBase =
+    "el servidor no tiene esa base de datos: corrija su nombre, o que quien lo administra la haga con "
+    "createdb";
+constexpr std::string_view kSinEntrada =
+    "el servidor no deja entrar ahí con ese usuario desde este equipo: pídalo a quien lo administra "
+    "(pg_hba.conf)";
+constexpr std::string_view kNoContesta = "no contesta: revise la dirección, la red y el cortafuegos";
+constexpr std::string_view kSinCamino =
+    "no hay camino de red hasta el servidor: revise la conexión de este equipo";
+constexpr std::string_view kSinServidor =
+    "nadie atiende ahí: revise la dirección y el puerto, y que el servidor esté en marcha";
+constexpr std::array<DichoAlConectar, 16> kDichosAlConectar = {
+    {{"authentication failed", kSinAcceso},
+     {"no password supplied", kSinAcceso},
+     {"pg_hba.conf", kSinEntrada},
+     {"permission denied for database", kSinEntrada},
+     {"role \"", kSinAcceso},
+     {"database \"", kSinBase},
+     {"starting up", "el servidor está arrancando: repita dentro de un momento"},
+     {"too many clients", "el servidor no admite más conexiones por ahora: repita dentro de un momento"},
+     {"could not translate host name", "no se encuentra la máquina: revise su nombre y la red"},
+     {"Connection refused", kSinServidor},
+     {"No such file or directory", kSinServidor},
+     {"timeout expired", kNoContesta},
+     {"Connection timed out", kNoContesta},
+     {"unreachable", kSinCamino},
+     {"No route to host", kSinCamino},
+     {"closed the connection", "cortó la conexión: revise que ahí atienda un servidor PostgreSQL"}}};
+
+std::string motivoDeConexion(const std::string& dicho) {
+    for (const auto& uno : kDichosAlConectar) {
+        if (dicho.find(uno.dice) != std::string::npos) return std::string(uno.quiereDecir);
+    }
+    constexpr std::string_view kAntes = "failed: ";
+    const auto linea = primeraLinea(dicho);
+    const auto desde = linea.find(kAntes);
+    return fmt::format("revise la dirección y el servidor, que dice: {}",
+                       desde == std::string::npos ? linea : linea.substr(desde + kAntes.size()));
 }
 
 }  // namespace
@@ -133,22 +219,61 @@ void BasePostgres::Cerrar::operator()(pg_conn* conexion) const {
     pq().finish(conexion);
 }
 
+bool BasePostgres::seEntiende(const std::string& url) {
+    return leerUrl(url) != nullptr;
+}
+
 BasePostgres::BasePostgres(const std::string& url, std::function<void()> atender)
     : url_(url), nombre_(sinContrasena(leerUrl(url))), atender_(std::move(atender)) {
     conectar();
 }
 BasePostgres::~BasePostgres() = default;
 
+// A connection that is being made, shared by who waits for it and the thread that makes it.
+struct BasePostgres::Intento {
+    std::mutex cerrojo;  // for what follows
+    std::condition_variable aviso;
+    bool hecho = false;
+    Conexion conexion;
+};
+
+// Looking for a server's name and trying one after the other can be broken off by nothing: a thread does it,
+// and who is interrupted leaves it behind.
+BasePostgres::Conexion BasePostgres::conectarAparte(std::function<pg_conn*()> conectarse) {
+    constexpr std::chrono::milliseconds kVistazo{20};
+    const auto intento = std::make_shared<Intento>();
+    {
+        // The program's signals are for the thread that waits.
+        const SenalesCerradas cerradas;
+        std::thread([intento, conectarse = std::move(conectarse)] {
+            Conexion conexion(conectarse());
+            const std::lock_guard guardia(intento->cerrojo);
+            intento->conexion = std::move(conexion);
+            intento->hecho = true;
+            intento->aviso.notify_all();
+        }).detach();
+    }
+    std::unique_lock guardia(intento->cerrojo);
+    while (!intento->aviso.wait_for(guardia, kVistazo, [&] { return intento->hecho; })) {
+        guardia.unlock();
+        if (atender_) atender_();
+        guardia.lock();
+    }
+    return std::move(intento->conexion);
+}
+
 void BasePostgres::conectar() {
     const auto opciones = leerUrl(url_);
-    const auto espera = valorDe(opciones, "connect_timeout");
+    const auto dicha = valorDe(opciones, "connect_timeout");
     // What the address says itself goes before the limits that it leaves open.
-    const std::array<const char*, 6> claves = {
-        "dbname",          "connect_timeout",           "tcp_user_timeout",
-        "client_encoding", "fallback_application_name", nullptr};
-    const std::array<const char*, 6> valores = {
-        url_.c_str(), espera.empty() ? "10" : espera.c_str(), "30000", "UTF8", "telvane-historico", nullptr};
-    conexion_.reset(pq().connectdbParams(claves.data(), valores.data(), 1));
+    conexion_ = conectarAparte([url = url_, espera = dicha.empty() ? std::string("10") : dicha] {
+        const std::array<const char*, 6> claves = {
+            "dbname",          "connect_timeout",           "tcp_user_timeout",
+            "client_encoding", "fallback_application_name", nullptr};
+        const std::array<const char*, 6> valores = {url.c_str(), espera.c_str(),      "30000",
+                                                    "UTF8",      "telvane-historico", nullptr};
+        return pq().connectdbParams(claves.data(), valores.data(), 1);
+    });
     preparadas_.clear();
     if (viva()) {
         pq().setNoticeProcessor(
@@ -156,7 +281,7 @@ void BasePostgres::conectar() {
         return;
     }
     throw ErrorAlmacen(fmt::format("{}: no se puede conectar: {}", nombre_,
-                                   primeraLinea(pq().errorMessage(conexion_.get()))));
+                                   motivoDeConexion(pq().errorMessage(conexion_.get()))));
 }
 
 bool BasePostgres::viva() const {

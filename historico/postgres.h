@@ -63,8 +63,13 @@ class BasePostgres {
     // Whether a signal may end the wait for the server.
     enum class Atencion { ninguna, toda };
 
-    // url: postgresql://...; its password is told to the server alone. atender: called while the server
-    // works; what it throws ends that. Throws ErrorAlmacen.
+    // What to tell of an address that is none.
+    static constexpr std::string_view kComoSeEscribe =
+        "no se entiende la dirección de la base de datos: se escribe postgresql://USUARIO@SERVIDOR/BASE";
+    static bool seEntiende(const std::string& url);
+
+    // url: postgresql://...; its password is told to the server alone. atender: called while the server is
+    // looked for and while it works; what it throws ends that. Throws ErrorAlmacen.
     explicit BasePostgres(const std::string& url, std::function<void()> atender = {});
     BasePostgres(const BasePostgres&) = delete;
     BasePostgres& operator=(const BasePostgres&) = delete;
@@ -88,7 +93,10 @@ class BasePostgres {
     struct Cerrar {
         void operator()(pg_conn* conexion) const;
     };
+    using Conexion = std::unique_ptr<pg_conn, Cerrar>;
+    struct Intento;
     void conectar();
+    Conexion conectarAparte(std::function<pg_conn*()> conectarse);
     // The answer to what was sent: the last of its parts, or where data are expected.
     ResultadoPostgres recoger(bool enviado, Atencion atencion = Atencion::toda);
     void esperar();
@@ -99,7 +107,7 @@ class BasePostgres {
     std::string url_;
     std::string nombre_;
     std::function<void()> atender_;
-    std::unique_ptr<pg_conn, Cerrar> conexion_;
+    Conexion conexion_;
     // Each text that was asked, and its name there once it is prepared.
     std::map<std::string, std::string> preparadas_;
     std::size_t cuantasPreparadas_ = 0;

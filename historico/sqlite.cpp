@@ -79,7 +79,7 @@ std::string BaseSqlite::motivo(int codigo) const {
                 "el disco falla: {}; lo que ya estaba sigue entero, repita cuando esté resuelto",
                 sistema != 0 ? motivoSistema(sistema) : sqlite3_errstr(codigo));
         case SQLITE_NOTADB:
-            return "no es un archivo histórico de Telvane: indique otro con --en";
+            return "no es un archivo histórico de Telvane: nombre otro";
         case SQLITE_ERROR:
             // Our own statements are right where all the tables are.
             return "le falta una parte: vea telvane-historico comprobar";

@@ -30,8 +30,15 @@ std::string DireccionTcp::texto() const {
     return maquina.find(':') == std::string::npos ? maquina + ':' + puerto : '[' + maquina + "]:" + puerto;
 }
 
+std::string DireccionTcp::completa() const {
+    return std::string(kEsquema) + texto();
+}
+
 bool esDireccionTcp(std::string_view texto) {
-    return texto.starts_with(kEsquema);
+    return texto.size() >= kEsquema.size() &&
+           std::equal(kEsquema.begin(), kEsquema.end(), texto.begin(), [](char debe, char c) {
+               return c == debe || (c >= 'A' && c <= 'Z' && c - 'A' + 'a' == debe);
+           });
 }
 
 std::optional<DireccionTcp> leerDireccionTcp(std::string_view texto) {

@@ -13,10 +13,12 @@ struct DireccionTcp {
 
     // "HOST:PORT", an IPv6 address in brackets again.
     std::string texto() const;
+    // "tcp://" before it.
+    std::string completa() const;
     bool operator==(const DireccionTcp&) const = default;
 };
 
-// Whether the text names a server and not a device of this machine.
+// Whether the text names a server and not a device of this machine; "TCP://" does as well.
 bool esDireccionTcp(std::string_view texto);
 
 // nullopt: not "tcp://HOST:PORT" ("tcp://[ADDRESS]:PORT" for IPv6), or a port outside 1 to 65535.

@@ -192,8 +192,40 @@ bool puedeUsarse(const fs::path& archivo) {
     return ::faccessat(AT_FDCWD, archivo.c_str(), R_OK | W_OK, AT_EACCESS) == 0;
 }
 
+// Whether a device's place holds what was meant as an address: of no file that is named so does a user stand
+// before its first folder.
+bool pareceDireccion(std::string_view dispositivo) {
+    return dispositivo.find("://") != std::string_view::npos ||
+           dispositivo.substr(0, dispositivo.find('/')).find('@') != std::string_view::npos;
+}
+
+// What stands before the "@" of an address may be a secret.
+std::string parVisible(const std::string& par) {
+    const auto arroba = par.rfind('@');
+    const auto igual = par.find('=');
+    const auto dispositivo = igual == std::string::npos ? 0 : igual + 1;
+    if (arroba == std::string::npos || !pareceDireccion(std::string_view(par).substr(dispositivo)))
+        return nombreVisible(par);
+    const auto esquema = par.find("://", dispositivo);
+    const auto desde = esquema < arroba ? esquema + 3 : dispositivo;
+    return nombreVisible(par.substr(0, desde) + "…" + par.substr(arroba));
+}
+
 [[noreturn]] void rehusarPar(const std::string& par, const std::string& que) {
-    throw ErrorPuerto(MotivoPuerto::lineaInvalida, fmt::format("--com {}: {}", nombreVisible(par), que));
+    throw ErrorPuerto(MotivoPuerto::lineaInvalida, fmt::format("--com {}: {}", parVisible(par), que));
+}
+
+// A device's path, or an address as it is always written. par: the pair that it stands in.
+fs::path dispositivoDelPar(const std::string& par, std::string_view donde) {
+    if (donde.empty()) rehusarPar(par, "falta el dispositivo");
+    const auto direccion = leerDireccionTcp(donde);
+    if (direccion) return direccion->completa();
+    if (pareceDireccion(donde)) {
+        rehusarPar(par,
+                   "se espera tcp://MÁQUINA:PUERTO, con el puerto de 1 a 65535, por ejemplo "
+                   "tcp://192.168.1.20:4001");
+    }
+    return donde;
 }
 
 }  // namespace
@@ -232,14 +264,8 @@ MapaCom MapaCom::fijo(const std::vector<std::string>& pares) {
         if (!numero || *numero < 1 || *numero > kUltimoPuerto) {
             rehusarPar(par, fmt::format("el número va de 1 a {}", kUltimoPuerto));
         }
-        if (igual + 1 == par.size()) rehusarPar(par, "falta el dispositivo");
-        if (const auto donde = std::string_view(par).substr(igual + 1);
-            esDireccionTcp(donde) && !leerDireccionTcp(donde)) {
-            rehusarPar(par,
-                       "se espera tcp://MÁQUINA:PUERTO, con el puerto de 1 a 65535, por ejemplo "
-                       "tcp://192.168.1.20:4001");
-        }
-        if (!mapa.dispositivos_.emplace(*numero, par.substr(igual + 1)).second) {
+        auto dispositivo = dispositivoDelPar(par, std::string_view(par).substr(igual + 1));
+        if (!mapa.dispositivos_.emplace(*numero, std::move(dispositivo)).second) {
             rehusarPar(par, fmt::format("el número {} ya tiene dispositivo", *numero));
         }
     }

@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "platform/contrasena.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -125,12 +126,14 @@ std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) c
     return {};
 }
 
+// What somebody typed may stand in it: it stays one line, and an address shows no secret.
+LineaLeida Argumentos::malUso(const std::string& motivo) const {
+    return {LineaLeida::Que::malUso,
+            fmt::format("{}\n({} --help)", sinContrasenas(sinControles(motivo)), nombre_)};
+}
+
 LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
     using Que = LineaLeida::Que;
-    // What somebody typed may stand in the reason, which is one line.
-    const auto malUso = [&](const std::string& motivo) {
-        return LineaLeida{Que::malUso, fmt::format("{}\n({} --help)", sinControles(motivo), nombre_)};
-    };
     if (const auto motivo = malPuestas(argumentos); !motivo.empty()) return malUso(motivo);
     for (auto* orden : app_->get_subcommands({})) {
         for (auto* opcion : orden->get_options()) opcion->group(kOpciones);

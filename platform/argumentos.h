@@ -71,6 +71,7 @@ class Argumentos {
    private:
     std::string malPuestas(const std::vector<std::string>& argumentos) const;
     std::string opcionesDeTodas() const;
+    LineaLeida malUso(const std::string& motivo) const;
     std::string motivoDeUso(int codigo, const std::string& texto) const;
 
     std::string nombre_;

@@ -1,8 +1,9 @@
-// A password that stands in the address of an archive.
+// A password that stands in an address.
 #pragma once
 
 #include <algorithm>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace telvane {
@@ -30,6 +31,32 @@ inline void ocultarContrasena(std::span<char> argumento) {
     constexpr std::string_view kClave = "password=";
     const auto clave = texto.find(kClave, inicio);
     if (clave != std::string_view::npos) tapar(clave + kClave.size(), texto.find('&', clave));
+}
+
+// A message as anybody may read it: in each address of it, what stands between "://USER:" and "@", and behind
+// "password=", is left out.
+inline std::string sinContrasenas(std::string_view mensaje) {
+    constexpr std::string_view kEsquema = "://";
+    constexpr std::string_view kClave = "password=";
+    constexpr std::string_view kFinal = " \t\n\"'";
+    constexpr std::string_view kEnSuLugar = "…";
+    std::string limpio(mensaje);
+    for (auto lugar = limpio.find(kEsquema); lugar != std::string::npos;
+         lugar = limpio.find(kEsquema, lugar)) {
+        lugar += kEsquema.size();
+        const auto fin = std::min(limpio.find_first_of(kFinal, lugar), limpio.size());
+        const auto puntos = limpio.find(':', lugar);
+        const auto arroba = limpio.rfind('@', fin);
+        if (puntos < fin && arroba != std::string::npos && puntos < arroba)
+            limpio.replace(puntos + 1, arroba - puntos - 1, kEnSuLugar);
+    }
+    for (auto lugar = limpio.find(kClave); lugar != std::string::npos; lugar = limpio.find(kClave, lugar)) {
+        lugar += kClave.size();
+        const auto fin =
+            std::min({limpio.find_first_of(kFinal, lugar), limpio.find('&', lugar), limpio.size()});
+        if (fin > lugar) limpio.replace(lugar, fin - lugar, kEnSuLugar);
+    }
+    return limpio;
 }
 
 }  // namespace telvane

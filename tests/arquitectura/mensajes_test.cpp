@@ -125,6 +125,19 @@ const std::set<std::string>& noSonMensajes() {
         "Acompañante de escritorio del registrador de una estación meteorológica automática",
         "El registrador desde la consola: buscarlo, leerlo, descargarlo y configurarlo",
         "El archivo histórico: las imágenes de muchas descargas y estaciones, durante años",
+        // By these words it is known what a library means.
+        "authentication failed",
+        "no password supplied",
+        "permission denied for database",
+        "starting up",
+        "too many clients",
+        "could not translate host name",
+        "Connection refused",
+        "No such file or directory",
+        "timeout expired",
+        "Connection timed out",
+        "No route to host",
+        "closed the connection",
     };
     return kTextos;
 }

@@ -123,6 +123,8 @@ TEST_F(Estaciones, WhatCannotBeIsToldWithItsFileAndLine) {
                 HasSubstr("línea 1: COM: \"1=dev/ttyUSB0\" no es NÚMERO=/DISPOSITIVO"));
     EXPECT_THAT(motivo("COM=13=/dev/ttyUSB0\n"), HasSubstr("el número va de 1 a 12"));
     EXPECT_THAT(motivo("COM=1=tcp://servidor\n"), HasSubstr("se espera tcp://MÁQUINA:PUERTO"));
+    for (const auto* com : {"COM=1=tcp://yo:secreta@s:4001\n", "COM=x=tcp://yo:secreta@s:4001\n"})
+        EXPECT_EQ(motivo(com).find("secreta"), std::string::npos) << motivo(com);
     EXPECT_THAT(motivo("COM=\"1=/dev/a 2=/dev/b\"\n"), HasSubstr("COM: una estación tiene un puerto"));
     EXPECT_THAT(motivo("COM=\"1=/dev/a COM2=/dev/b\"\n"), HasSubstr("parece haber dos puertos"));
     EXPECT_THAT(motivo(kPuertoUsb, "finca norte.conf"),

@@ -552,14 +552,29 @@ TEST_F(Ordenes, APasswordIsInNoMessage) {
     EXPECT_THAT(s.errores, HasSubstr("no se puede conectar"));
     EXPECT_EQ((r.errores + s.errores).find("secreta"), std::string::npos);
     for (const auto* mal :
-         {"POSTGRESQL://yo:secreta@h/x", "postgresql:/yo:secreta@h/x", "host=h password=secreta"}) {
-        for (const auto& orden : {std::vector<std::string>{"copiar", "--a", mal}, {"--en", mal, "estado"}}) {
+         {"POSTGRESQL://yo:secreta@h/x", "postgresql:/yo:secreta@h/x", "host=h password=secreta",
+          "postgresql://yo:a@secreta@h/x", "postgresql://yo:secreta@h:puerto/x",
+          "postgresql://yo:secreta@h:99999/x", "postgresql://h/x?no_hay=secreta",
+          "postgresql://h/password=secreta", "postgresql://yo:secreta@h/%"}) {
+        for (const auto& orden : {std::vector<std::string>{"copiar", "--a", mal},
+                                  {"estado", "--copia", mal},
+                                  {"--en", mal, "estado"}}) {
             const auto t = correr(orden);
-            EXPECT_EQ(t.codigo, 1);
-            EXPECT_THAT(t.errores, HasSubstr("no se entiende la dirección")) << mal;
+            EXPECT_EQ(t.codigo, 2);
+            EXPECT_THAT(t.errores, testing::ContainsRegex("--(en|a|copia): no se entiende la dirección"))
+                << mal;
             EXPECT_EQ(t.errores.find("secreta"), std::string::npos) << t.errores;
         }
     }
+}
+
+TEST_F(Ordenes, WhoIsNotReachedIsToldInSpanishWithWhatToDo) {
+    const auto r = correr({"--en", "postgresql://yo@/x?host=/no/hay", "estado"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_EQ(
+        r.errores,
+        "telvane-historico: postgresql://yo@/no/hay/x: no se puede conectar: nadie atiende ahí: revise la "
+        "dirección y el puerto, y que el servidor esté en marcha\n");
 }
 
 TEST_F(Ordenes, NoOutputTakesTheArchivesPlace) {

@@ -57,6 +57,18 @@ TEST(Servidor, PostgresqlThatGoesAwayInTheMiddleTakesNothing) {
     EXPECT_EQ(incorporar(almacen, 20).nuevas, 10);
 }
 
+TEST(Servidor, PostgresqlThatDoesNotLetInIsToldInSpanish) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto motivo = [&](const std::string& url) {
+        return motivoDe([&] { AlmacenPostgres(url, false, std::chrono::seconds(10)); });
+    };
+    EXPECT_THAT(motivo(servidor.url("no_hay")),
+                HasSubstr("no se puede conectar: el servidor no tiene esa base"));
+    const auto url = servidor.baseVacia("acceso");
+    EXPECT_THAT(motivo(url + (url.find('?') == std::string::npos ? "?" : "&") + "user=nadie_asi"),
+                HasSubstr("no se puede conectar: el servidor no acepta ese usuario"));
+}
+
 TEST(Servidor, PostgresqlTellsWhoHasNoRight) {
     auto& servidor = ServidorPostgres::unico();
     const auto url = servidor.baseVacia("permisos");

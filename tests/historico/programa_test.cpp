@@ -1,10 +1,15 @@
 // The built program: killed, at odds with the disk, and beside another one.
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
 #include <csignal>
 #include <fstream>
 
 #include <gtest/gtest.h>
 
 #include "historico/almacen_postgres.h"
+#include "platform/descriptor.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/disco_chico.h"
 #include "tests/apoyo/proceso.h"
@@ -86,6 +91,28 @@ TEST_F(Programa, AnInterruptEndsTheWaitForAServersLock) {
     proceso.senal(SIGINT);
     EXPECT_EQ(proceso.terminar(), 130) << proceso.errores();
     otro.abandonar();
+}
+
+// A server that takes the connection and never says a word.
+TEST_F(Programa, AnInterruptEndsTheWaitForAServerThatIsMute) {
+    const std::string mudo = carpeta / ".s.PGSQL.5432";
+    const Descriptor escucha(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un direccion{};
+    direccion.sun_family = AF_UNIX;
+    ASSERT_LT(mudo.size(), sizeof direccion.sun_path);
+    mudo.copy(direccion.sun_path, mudo.size());
+    ASSERT_EQ(::bind(escucha(), reinterpret_cast<const sockaddr*>(&direccion), sizeof direccion), 0);
+    ASSERT_EQ(::listen(escucha(), 1), 0);
+    for (const int senal : {SIGINT, SIGTERM}) {
+        Proceso proceso({TELVANE_HISTORICO, "--en",
+                         "postgresql://yo@/x?connect_timeout=600&host=" + carpeta.ruta().string(), "estado"});
+        pollfd llamada{escucha(), POLLIN, 0};
+        ASSERT_EQ(::poll(&llamada, 1, static_cast<int>(Proceso::kPlazo.count())), 1) << proceso.errores();
+        const Descriptor conexion(::accept4(escucha(), nullptr, nullptr, SOCK_CLOEXEC));
+        ASSERT_GE(conexion(), 0);
+        proceso.senal(senal);
+        EXPECT_EQ(proceso.terminar(), 130) << proceso.errores();
+    }
 }
 
 // It brings two dozen libraries along, which are most of a start.
