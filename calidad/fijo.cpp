@@ -24,21 +24,21 @@ void Fijo::cortar() {
     sabidas_ = despues_;
 }
 
-std::optional<Fijo::Posicion> Fijo::abierta() const {
-    if (tramos_.empty() || sabidas_ == despues_) return std::nullopt;
-    return std::max(sabidas_, tramos_.front().desde);
-}
-
 // Keeps the longest end of the stretch that goes together with the value.
 void Fijo::recortar(Millonesimas valor) {
     if (tramos_.empty() || (juntos(minimo_, valor) && juntos(maximo_, valor))) return;
-    auto primero = tramos_.end();
-    while (primero != tramos_.begin() && juntos(std::prev(primero)->valor, valor)) --primero;
-    tramos_.erase(tramos_.begin(), primero);
-    if (tramos_.empty()) return;
-    const auto [menor, mayor] = std::ranges::minmax(tramos_, {}, &Tramo::valor);
-    minimo_ = menor.valor;
-    maximo_ = mayor.valor;
+    auto primero = tramos_.size();
+    while (primero > 0 && juntos(tramos_[primero - 1].valor, valor)) --primero;
+    tramos_.pop_front(primero);
+    if (!tramos_.empty()) medirExtremos();
+}
+
+void Fijo::medirExtremos() {
+    minimo_ = maximo_ = tramos_.front().valor;
+    for (std::size_t i = 1; i < tramos_.size(); ++i) {
+        minimo_ = std::min(minimo_, tramos_[i].valor);
+        maximo_ = std::max(maximo_, tramos_[i].valor);
+    }
 }
 
 void Fijo::anotar(Posicion posicion, Instante instante, Millonesimas valor) {
@@ -62,7 +62,8 @@ void Fijo::anotar(Posicion posicion, Instante instante, Millonesimas valor) {
 const Fijo::Tramo* Fijo::comienzo(Instante instante) const {
     const bool basta = media_ == Media::indistinta || minimo_ > limite_.viento;
     if (media_ == Media::mayor && maximo_ <= limite_.viento) return nullptr;
-    for (const auto& tramo : tramos_) {
+    for (std::size_t i = 0; i < tramos_.size(); ++i) {
+        const auto& tramo = tramos_[i];
         if (instante - tramo.instante < limite_.dura) return nullptr;
         if (basta || suma_ > tramo.sumaAntes) return &tramo;
     }
@@ -78,10 +79,7 @@ void Fijo::soltarSobrante(Instante instante, Millonesimas valor) {
         menos = menos || tramos_.front().valor == minimo_ || tramos_.front().valor == maximo_;
         tramos_.pop_front();
     }
-    if (!menos) return;
-    const auto [menor, mayor] = std::ranges::minmax(tramos_, {}, &Tramo::valor);
-    minimo_ = menor.valor;
-    maximo_ = mayor.valor;
+    if (menos) medirExtremos();
 }
 
 std::optional<Fijo::Hallado> Fijo::agregar(Posicion posicion, Instante instante, Millonesimas valor) {

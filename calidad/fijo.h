@@ -2,11 +2,12 @@
 // and varies less than so much.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <deque>
 #include <optional>
 
 #include "calidad/limites.h"
+#include "platform/anillo.h"
 #include "serie_temporal/instante.h"
 
 namespace telvane {
@@ -40,7 +41,10 @@ class Fijo {
     // No stretch goes on over this place.
     void cortar();
     // The first position of which what follows decides whether it stands still; none where all are known.
-    std::optional<Posicion> abierta() const;
+    std::optional<Posicion> abierta() const {
+        if (tramos_.empty() || sabidas_ == despues_) return std::nullopt;
+        return std::max(sabidas_, tramos_.front().desde);
+    }
 
    private:
     // Neighbours of one value. sumaAntes: what the stretch's values before them are above the mean's limit.
@@ -58,11 +62,12 @@ class Fijo {
     void anotar(Posicion posicion, Instante instante, Millonesimas valor);
     const Tramo* comienzo(Instante instante) const;
     void soltarSobrante(Instante instante, Millonesimas valor);
+    void medirExtremos();
 
     LimiteFijo limite_;
     Amplitud amplitud_;
     Media media_;
-    std::deque<Tramo> tramos_;
+    Anillo<Tramo> tramos_;
     Millonesimas minimo_ = 0;
     Millonesimas maximo_ = 0;
     Millonesimas suma_ = 0;

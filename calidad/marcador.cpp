@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstdlib>
 #include <utility>
 
 #include "data/conversiones.h"
@@ -19,6 +21,18 @@ Millonesimas valorExacto(const Medidas& medidas, Canal canal) {
     return enMillonesimas(valorDe(medidas, canal), canal);
 }
 
+// The widest whole number of the channel within a limit: towards it from inside.
+std::int32_t haciaAbajo(Millonesimas limite, Millonesimas escala) {
+    const auto entero = limite / escala - (limite % escala < 0 ? 1 : 0);
+    return static_cast<std::int32_t>(std::clamp<Millonesimas>(entero, INT32_MIN, INT32_MAX));
+}
+std::int32_t haciaArriba(Millonesimas limite, Millonesimas escala) {
+    return -haciaAbajo(std::max(-limite, -Millonesimas{INT32_MAX} * escala), escala);
+}
+Millonesimas escalaDe(Canal canal) {
+    return enMillonesimas(1, canal);
+}
+
 // What a converter reads whose input hangs on one of its rails, and what an erased memory holds.
 template <std::int32_t (*convertir)(std::int32_t)>
 bool enUnTope(std::int32_t valor) {
@@ -33,6 +47,10 @@ Marcador::Marcador(const Limites& limites, std::function<void(const Juzgada&)> a
       alJuzgar_(std::move(alJuzgar)),
       ritmo_([this](const Paso& paso) { alSaberPaso(paso); }) {
     cadaCanal([&](Canal canal, std::size_t i) {
+        const auto& rango = limites_.rango[i];
+        topes_.menor[i] = rango ? haciaArriba(rango->desde, escalaDe(canal)) : INT32_MIN;
+        topes_.mayor[i] = rango ? haciaAbajo(rango->hasta, escalaDe(canal)) : INT32_MAX;
+        topes_.salto[i] = limites_.salto[i] ? haciaAbajo(*limites_.salto[i], escalaDe(canal)) : INT32_MAX;
         const auto& limite = limites_.fijo[i];
         if (!limite) return;
         const bool veleta = canal == Canal::dirViento;
@@ -82,19 +100,24 @@ void Marcador::juzgar(Juzgada& juzgada) {
     huecoDesdeVecina_ = false;
 }
 
-void Marcador::juzgarRango(Juzgada& juzgada) const {
+// Rain falls in the interval, the limit is one of a quarter of an hour.
+void Marcador::medirLluvia(int intervalo) {
+    constexpr auto kLluvia = static_cast<std::size_t>(Canal::lluvia);
+    topes_.intervalo = intervalo;
+    const auto& limite = limites_.rango[kLluvia];
+    if (!limite) return;
+    const auto escala = escalaDe(Canal::lluvia) * kTiempoDeLluvia;
+    topes_.menor[kLluvia] = haciaArriba(limite->desde * intervalo, escala);
+    topes_.mayor[kLluvia] = haciaAbajo(limite->hasta * intervalo, escala);
+}
+
+void Marcador::juzgarRango(Juzgada& juzgada) {
     const auto& medidas = juzgada.observacion.medidas;
+    if (juzgada.paso.intervalo != topes_.intervalo) medirLluvia(juzgada.paso.intervalo);
+    const auto valores = valoresDe(medidas);
     cadaCanal([&](Canal canal, std::size_t i) {
-        const auto& limite = limites_.rango[i];
-        if (!limite) return;
-        const auto valor = valorExacto(medidas, canal);
-        // Rain falls in the interval, the limit is one of a quarter of an hour.
-        const bool lluvia = canal == Canal::lluvia;
-        const Millonesimas tiempo = lluvia ? kTiempoDeLluvia : 1;
-        const Millonesimas parte = lluvia ? juzgada.paso.intervalo : 1;
-        if (valor * tiempo < limite->desde * parte || valor * tiempo > limite->hasta * parte) {
+        if (valores[i] < topes_.menor[i] || valores[i] > topes_.mayor[i])
             juzgada.marcas.poner(canal, Marca::rango);
-        }
     });
     if (enUnTope<conversiones::temperatura>(medidas.temperatura)) {
         juzgada.marcas.poner(Canal::temperatura, Marca::rango);
@@ -104,12 +127,10 @@ void Marcador::juzgarRango(Juzgada& juzgada) const {
 
 void Marcador::juzgarSalto(Juzgada& juzgada) const {
     if (!vecina_ || juzgada.observacion.instante - vecina_->instante > kVecindadDeSalto) return;
+    const auto valores = valoresDe(juzgada.observacion.medidas);
+    const auto suyos = valoresDe(vecina_->medidas);
     cadaCanal([&](Canal canal, std::size_t i) {
-        const auto& limite = limites_.salto[i];
-        if (!limite) return;
-        const auto diferencia =
-            valorExacto(juzgada.observacion.medidas, canal) - valorExacto(vecina_->medidas, canal);
-        if (diferencia > *limite || -diferencia > *limite) juzgada.marcas.poner(canal, Marca::salto);
+        if (std::abs(valores[i] - suyos[i]) > topes_.salto[i]) juzgada.marcas.poner(canal, Marca::salto);
     });
 }
 

@@ -11,8 +11,8 @@
 // in a queue of its own.
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -20,6 +20,7 @@
 #include "calidad/fijo.h"
 #include "calidad/limites.h"
 #include "calidad/marcas.h"
+#include "platform/anillo.h"
 #include "serie_temporal/observacion.h"
 #include "serie_temporal/ritmo.h"
 
@@ -52,18 +53,29 @@ class Marcador {
 
     void alSaberPaso(const Paso& paso);
     void juzgar(Juzgada& juzgada);
-    void juzgarRango(Juzgada& juzgada) const;
+    void juzgarRango(Juzgada& juzgada);
     void juzgarSalto(Juzgada& juzgada) const;
     void juzgarFijo(const Juzgada& juzgada);
     void soltar();
 
+    // The limits in the channels' own whole numbers, as far as a value may go; the widest where there is
+    // none.
+    struct Topes {
+        std::array<std::int32_t, kCanales> menor;
+        std::array<std::int32_t, kCanales> mayor;
+        std::array<std::int32_t, kCanales> salto;
+        int intervalo = 0;  // for which rain's stand
+    };
+    void medirLluvia(int intervalo);
+
     Limites limites_;
+    Topes topes_;
     std::function<void(const Juzgada&)> alJuzgar_;
     Ritmo ritmo_;
     std::vector<Detenido> detenidos_;
 
     // Held back: those from the front on, of which juzgadas_ have their own marks already.
-    std::deque<Juzgada> cola_;
+    Anillo<Juzgada> cola_;
     std::uint64_t primera_ = 0;  // position of the queue's front in the series
     std::size_t juzgadas_ = 0;
     std::optional<Observacion> vecina_;  // the last without a conflict

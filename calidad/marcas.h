@@ -29,27 +29,13 @@ inline constexpr std::array<std::string_view, kCanales> kNombresCanal = {
 // Decimals of each channel's whole numbers in Medidas.
 inline constexpr std::array<int, kCanales> kDecimalesCanal = {0, 1, 1, 1, 2, 1, 1, 2};
 
-// In Medidas' own unit.
+// In Medidas' own units, in the order of Canal.
+constexpr std::array<std::int32_t, kCanales> valoresDe(const Medidas& m) {
+    return {m.humedad,  m.temperatura, m.dirViento, m.velViento,
+            m.radSolar, m.presion,     m.lluvia,    m.evaporacion};
+}
 constexpr std::int32_t valorDe(const Medidas& m, Canal canal) {
-    switch (canal) {
-        case Canal::humedad:
-            return m.humedad;
-        case Canal::temperatura:
-            return m.temperatura;
-        case Canal::dirViento:
-            return m.dirViento;
-        case Canal::velViento:
-            return m.velViento;
-        case Canal::radSolar:
-            return m.radSolar;
-        case Canal::presion:
-            return m.presion;
-        case Canal::lluvia:
-            return m.lluvia;
-        case Canal::evaporacion:
-            return m.evaporacion;
-    }
-    return 0;
+    return valoresDe(m)[static_cast<std::size_t>(canal)];
 }
 
 enum class Marca : std::uint8_t {

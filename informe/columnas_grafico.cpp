@@ -5,13 +5,6 @@
 
 namespace telvane::informe {
 
-void Columna::agregar(std::int32_t valor) {
-    minimo = valores == 0 ? valor : std::min(minimo, valor);
-    maximo = valores == 0 ? valor : std::max(maximo, valor);
-    suma += valor;
-    ++valores;
-}
-
 void Columna::Marcados::agregar(std::int32_t valor) {
     minimo = hay ? std::min(minimo, valor) : valor;
     maximo = hay ? std::max(maximo, valor) : valor;
@@ -69,26 +62,37 @@ ColumnasGrafico::ColumnasGrafico(const Plazo& plazo)
     for (auto& canal : canales_) canal.resize(kColumnas);
 }
 
+std::size_t ColumnasGrafico::columnaDe(Instante momento) {
+    if (momento < fin_) return columna_;
+    columna_ = std::min(static_cast<std::size_t>(lugar(momento)), kColumnas - 1);
+    // No moment before it lies further right.
+    const auto dura = plazo_.dura().count();
+    fin_ = plazo_.desde + std::chrono::seconds(static_cast<std::int64_t>(columna_ + 1) * dura /
+                                               static_cast<std::int64_t>(kColumnas));
+    return columna_;
+}
+
 void ColumnasGrafico::agregar(const Juzgada& juzgada) {
     const auto& [observacion, marcas, paso] = juzgada;
-    const auto donde = lugar(observacion.instante);
-    const auto columna = std::min(static_cast<std::size_t>(donde), kColumnas - 1);
+    const auto columna = columnaDe(observacion.instante);
     if (paso.hueco && ultima_ && *ultima_ != observacion.instante) {
         const auto antes = lugar(*ultima_);
         if (static_cast<std::size_t>(antes) != columna) {
             cortadas_[columna] = true;
-            vacios_.push_back({.desde = antes, .hasta = donde});
+            vacios_.push_back({.desde = antes, .hasta = lugar(observacion.instante)});
         }
     }
     ultima_ = observacion.instante;
     if (observacion.conflicto) conflictos_[columna] = true;
     const bool limpia = !marcas.enAlgunCanal();
+    auto valores = valoresDe(observacion.medidas);
+    // Shown clockwise.
+    auto& direccion = valores[static_cast<std::size_t>(Canal::dirViento)];
+    direccion = (2 * 3600 - direccion) % 3600;
     for (std::size_t i = 0; i < kCanales; ++i) {
         const auto canal = static_cast<Canal>(i);
         auto& c = canales_[i][columna];
-        auto valor = valorDe(observacion.medidas, canal);
-        // Shown clockwise.
-        if (canal == Canal::dirViento) valor = (2 * 3600 - valor) % 3600;
+        const auto valor = valores[i];
         if (!limpia && marcas.tiene(canal)) {
             for (std::size_t m = 0; m < kMarcas; ++m) {
                 if (marcas.tiene(canal, static_cast<Marca>(m))) c.marcados[m].agregar(valor);

@@ -2,6 +2,7 @@
 // spike gets lost, however many samples there are.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bitset>
 #include <cstdint>
@@ -29,7 +30,12 @@ struct Columna {
     };
     std::array<Marcados, kMarcas> marcados;
 
-    void agregar(std::int32_t valor);
+    void agregar(std::int32_t valor) {
+        minimo = valores == 0 ? valor : std::min(minimo, valor);
+        maximo = valores == 0 ? valor : std::max(maximo, valor);
+        suma += valor;
+        ++valores;
+    }
 };
 
 class ColumnasGrafico {
@@ -67,6 +73,8 @@ class ColumnasGrafico {
     }
 
    private:
+    std::size_t columnaDe(Instante momento);
+
     Plazo plazo_;
     double dura_;
     std::array<std::vector<Columna>, kCanales> canales_;
@@ -75,6 +83,8 @@ class ColumnasGrafico {
     std::vector<bool> conflictos_;
     std::vector<Vacio> vacios_;
     std::optional<Instante> ultima_;
+    std::size_t columna_ = 0;  // of the last one, with the moment at which it ends
+    Instante fin_ = Instante::min();
 };
 
 }  // namespace telvane::informe

@@ -38,19 +38,6 @@ std::size_t claseDe(std::int32_t velocidad) {
     return clase;
 }
 
-void CuentaCanal::agregar(std::int32_t valor, Instante cuando) {
-    if (valores == 0 || valor < minimo) {
-        minimo = valor;
-        cuandoMinimo = cuando;
-    }
-    if (valores == 0 || valor > maximo) {
-        maximo = valor;
-        cuandoMaximo = cuando;
-    }
-    suma += valor;
-    ++valores;
-}
-
 void CuentaCanal::agregar(const CuentaCanal& otra) {
     for (std::size_t i = 0; i < kMarcas; ++i) marcados[i] += otra.marcados[i];
     if (otra.valores == 0) return;
@@ -77,6 +64,7 @@ void Cuentas::agregar(const Juzgada& juzgada, bool primeraDelSello) {
     }
     const bool limpia = !marcas.enAlgunCanal();
     if (!limpia) ++marcadas;
+    const auto valores = valoresDe(observacion.medidas);
     for (std::size_t i = 0; i < kCanales; ++i) {
         const auto canal = static_cast<Canal>(i);
         if (!limpia && marcas.tiene(canal)) {
@@ -85,7 +73,7 @@ void Cuentas::agregar(const Juzgada& juzgada, bool primeraDelSello) {
             }
             if (marcas.tiene(canal, Marca::rango)) continue;
         }
-        canales[i].agregar(valorDe(observacion.medidas, canal), observacion.instante);
+        canales[i].agregar(valores[i], observacion.instante);
     }
 
     const auto velocidad = observacion.medidas.velViento;

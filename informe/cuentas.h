@@ -54,7 +54,18 @@ struct CuentaCanal {
     std::array<std::uint32_t, kMarcas> marcados{};
 
     std::uint32_t fueraDeRango() const { return marcados[static_cast<std::size_t>(Marca::rango)]; }
-    void agregar(std::int32_t valor, Instante cuando);
+    void agregar(std::int32_t valor, Instante cuando) {
+        if (valores == 0 || valor < minimo) {
+            minimo = valor;
+            cuandoMinimo = cuando;
+        }
+        if (valores == 0 || valor > maximo) {
+            maximo = valor;
+            cuandoMaximo = cuando;
+        }
+        suma += valor;
+        ++valores;
+    }
     void agregar(const CuentaCanal& otra);
 };
 

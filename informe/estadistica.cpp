@@ -53,6 +53,15 @@ void Estadistica::cerrarHora() {
     valoresHora_ = 0;
 }
 
+void Estadistica::abrirHora(Instante momento) {
+    cerrarHora();
+    const auto comienzo = std::chrono::floor<hours>(momento);
+    const auto horas = (comienzo - dias_.front().comienzo) / hours(1);
+    diaActual_ = static_cast<std::size_t>(horas / 24);
+    horaActual_ = static_cast<std::size_t>(horas % 24);
+    finDeHora_ = comienzo + hours(1);
+}
+
 void Estadistica::agregar(const Juzgada& juzgada) {
     const auto momento = juzgada.observacion.instante;
     const bool primeraDelSello = ultima_ != momento;
@@ -64,20 +73,13 @@ void Estadistica::agregar(const Juzgada& juzgada) {
     } else if (primeraDelSello && juzgada.paso.hueco) {
         contarFaltan(*ultima_, momento, juzgada.paso.intervalo);
     }
-    const auto deDias = momento - dias_.front().comienzo;
-    const auto indice = static_cast<std::size_t>(deDias / days(1));
-    const auto hora = static_cast<std::size_t>(deDias % days(1) / hours(1));
-    if (indice != diaActual_ || hora != horaActual_) {
-        cerrarHora();
-        diaActual_ = indice;
-        horaActual_ = hora;
-    }
+    if (momento >= finDeHora_) abrirHora(momento);
     if (!juzgada.marcas.tiene(Canal::temperatura, Marca::rango)) {
         sumaHora_ += juzgada.observacion.medidas.temperatura;
         ++valoresHora_;
     }
-    dias_[indice].cuentas.agregar(juzgada, primeraDelSello);
-    if (!horas_.empty()) horas_[indice * 24 + hora].agregar(juzgada, primeraDelSello);
+    dias_[diaActual_].cuentas.agregar(juzgada, primeraDelSello);
+    if (!horas_.empty()) horas_[diaActual_ * 24 + horaActual_].agregar(juzgada, primeraDelSello);
 
     const auto& medidas = juzgada.observacion.medidas;
     const auto rumbo = rumboDe(medidas.crudoDirViento);

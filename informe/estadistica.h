@@ -63,6 +63,7 @@ class Estadistica {
     Dia& dia(Instante momento);
     void contarFaltan(Instante desde, Instante hasta, int intervalo);
     void cerrarHora();
+    void abrirHora(Instante momento);
 
     Plazo plazo_;
     std::vector<Dia> dias_;
@@ -76,6 +77,7 @@ class Estadistica {
     // The hour of the day under way.
     std::size_t diaActual_ = 0;
     std::size_t horaActual_ = 0;
+    Instante finDeHora_ = Instante::min();
     std::int64_t sumaHora_ = 0;
     std::int32_t valoresHora_ = 0;
 };

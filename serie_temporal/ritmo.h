@@ -6,9 +6,9 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
 
+#include "platform/anillo.h"
 #include "serie_temporal/instante.h"
 
 namespace telvane {
@@ -46,7 +46,7 @@ class Ritmo {
 
     std::function<void(const Paso&)> alSaber_;
     // From ten before the one that is next to come out to the newest.
-    std::deque<Instante> ventana_;
+    Anillo<Instante> ventana_;
     std::size_t siguiente_ = 0;  // which of them comes out next
     // The steps of the window, smallest first.
     std::array<std::int64_t, 2 * kVecinos> pasos_{};

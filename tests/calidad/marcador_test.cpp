@@ -100,6 +100,32 @@ INSTANTIATE_TEST_SUITE_P(
                     Borde{"pressure's lower rail", &Medidas::presion, conversiones::presion(1),
                           conversiones::presion(0), "presion:rango"}));
 
+// Limits may be finer than what the channel counts in, or wider than all that it can say.
+TEST(Marcador, ALimitBetweenTwoValuesPartsThem) {
+    Limites limites;
+    const auto poner = [&](Millonesimas desde, Millonesimas hasta) {
+        limites.rango[static_cast<std::size_t>(Canal::humedad)] = {desde, hasta};
+    };
+    const auto marca = [&](std::int32_t humedad) {
+        auto todas = serie(1);
+        todas[0].medidas.humedad = humedad;
+        return marcasDe(todas, limites)[0];
+    };
+    poner(-10 * kUnidad - 1, 20 * kUnidad + 1);
+    EXPECT_EQ(marca(-10), "");
+    EXPECT_EQ(marca(-11), "humedad:rango");
+    EXPECT_EQ(marca(20), "");
+    EXPECT_EQ(marca(21), "humedad:rango");
+    poner(-10 * kUnidad + 1, 20 * kUnidad - 1);
+    EXPECT_EQ(marca(-10), "humedad:rango");
+    EXPECT_EQ(marca(-9), "");
+    EXPECT_EQ(marca(19), "");
+    EXPECT_EQ(marca(20), "humedad:rango");
+    poner(-INT64_C(9'000'000'000) * kUnidad, INT64_C(9'000'000'000) * kUnidad);
+    EXPECT_EQ(marca(-70'000), "");
+    EXPECT_EQ(marca(70'000), "");
+}
+
 TEST(Marcador, TheConvertersOtherRailsAreRangoWhateverTheLimits) {
     auto limites = limitesUsuales();
     for (auto& rango : limites.rango)
