@@ -29,34 +29,49 @@ void agregarTramos(std::vector<ColumnasGrafico::TramoDeRumbos>& tramos, std::siz
     }
 }
 
-ColumnasGrafico::Rumbos porSectores(const ColumnasGrafico::Rumbos& rumbos) {
+ColumnasGrafico::Rumbos sectoresDe(const std::array<std::uint32_t, kRumbos>& veces) {
     ColumnasGrafico::Rumbos sectores;
-    for (std::size_t paso = 0; paso < kPasos; ++paso) {
-        if (rumbos[paso])
-            sectores.set((paso + kPasosDelSector / 2) / kPasosDelSector * kPasosDelSector % kPasos);
-    }
+    for (std::size_t r = 0; r < kRumbos; ++r) sectores.set(r * kPasosDelSector, veces[r] > 0);
     return sectores;
 }
 
 }  // namespace
 
-std::vector<ColumnasGrafico::TramoDeRumbos> ColumnasGrafico::tramosDeRumbos() const {
+std::optional<std::vector<ColumnasGrafico::TramoDeRumbos>> ColumnasGrafico::tramosDistintos() const {
     std::vector<TramoDeRumbos> tramos;
     for (std::size_t i = 0; i < rumbos_.size(); ++i) {
         if (rumbos_[i].any()) agregarTramos(tramos, i, rumbos_[i], 1);
     }
-    if (tramos.size() <= kTramosDistinguibles) return tramos;
-    tramos.clear();
+    if (tramos.size() > kTramosDistinguibles) return std::nullopt;
+    return tramos;
+}
+
+std::vector<ColumnasGrafico::TramoDeRumbos> ColumnasGrafico::tramosDeRumbos() const {
+    if (auto distintos = tramosDistintos()) return *distintos;
+    std::vector<TramoDeRumbos> tramos;
     for (std::size_t i = 0; i < rumbos_.size(); ++i) {
-        if (rumbos_[i].any()) agregarTramos(tramos, i, porSectores(rumbos_[i]), kPasosDelSector);
+        if (rumbos_[i].any()) agregarTramos(tramos, i, sectoresDe(vecesPorRumbo_[i]), kPasosDelSector);
     }
     return tramos;
+}
+
+std::vector<ColumnasGrafico::RumboDeColumna> ColumnasGrafico::dominantes() const {
+    std::vector<RumboDeColumna> todos;
+    for (std::size_t i = 0; i < rumbos_.size(); ++i) {
+        const auto& veces = vecesPorRumbo_[i];
+        const auto mayor = std::ranges::max_element(veces);
+        if (*mayor == 0) continue;
+        todos.push_back(
+            {.columna = i, .paso = static_cast<std::size_t>(mayor - veces.begin()) * kPasosDelSector});
+    }
+    return todos;
 }
 
 ColumnasGrafico::ColumnasGrafico(const Plazo& plazo)
     : plazo_(plazo),
       dura_(static_cast<double>(std::max<std::int64_t>(plazo.dura().count(), 1))),
       rumbos_(kColumnas),
+      vecesPorRumbo_(kColumnas),
       cortadas_(kColumnas),
       conflictos_(kColumnas) {
     for (auto& canal : canales_) canal.resize(kColumnas);
@@ -102,8 +117,10 @@ void ColumnasGrafico::agregar(const Juzgada& juzgada) {
         c.agregar(valor);
     }
     const auto crudo = observacion.medidas.crudoDirViento;
-    if (observacion.medidas.velViento >= kCalma && rumboDe(crudo))
-        rumbos_[columna].set((160U - crudo) % 160U);
+    const auto rumbo = rumboDe(crudo);
+    if (observacion.medidas.velViento < kCalma || !rumbo) return;
+    rumbos_[columna].set((160U - crudo) % 160U);
+    ++vecesPorRumbo_[columna][*rumbo];
 }
 
 }  // namespace telvane::informe

@@ -59,6 +59,14 @@ class ColumnasGrafico {
         std::size_t hasta = 0;  // included
     };
     std::vector<TramoDeRumbos> tramosDeRumbos() const;
+    // Whether they stand at the middles of their sectors; then they fill the chart, and only which one is the
+    // most frequent of a column says anything.
+    bool porSectores() const { return !tramosDistintos(); }
+    struct RumboDeColumna {
+        std::size_t columna = 0;
+        std::size_t paso = 0;
+    };
+    std::vector<RumboDeColumna> dominantes() const;
     // Stretches without samples, in columns; each is one column wide or wider, or goes over a column's end.
     struct Vacio {
         double desde = 0;
@@ -74,11 +82,13 @@ class ColumnasGrafico {
 
    private:
     std::size_t columnaDe(Instante momento);
+    std::optional<std::vector<TramoDeRumbos>> tramosDistintos() const;
 
     Plazo plazo_;
     double dura_;
     std::array<std::vector<Columna>, kCanales> canales_;
     std::vector<Rumbos> rumbos_;
+    std::vector<std::array<std::uint32_t, kRumbos>> vecesPorRumbo_;
     std::vector<bool> cortadas_;
     std::vector<bool> conflictos_;
     std::vector<Vacio> vacios_;

@@ -21,7 +21,7 @@ const std::array<Vector, 161>& vectores() {
         std::array<Vector, 161> tabla{};
         for (std::size_t crudo = 1; crudo < tabla.size(); ++crudo) {
             const double angulo =
-                gradosDesdeElNorte(static_cast<std::uint8_t>(crudo)) / 10.0 * std::numbers::pi / 180;
+                gradosDesdeElNorte(static_cast<std::uint8_t>(crudo)) * std::numbers::pi / 180;
             tabla[crudo] = {.norte = static_cast<std::int32_t>(std::lround(std::cos(angulo) * kMillonesimas)),
                             .este = static_cast<std::int32_t>(std::lround(std::sin(angulo) * kMillonesimas))};
         }

@@ -34,9 +34,9 @@ constexpr std::optional<std::size_t> rumboDe(std::uint8_t crudo) {
     const std::size_t haciaElOeste = (crudo + 5U) / 10U % kRumbos;
     return (kRumbos - haciaElOeste) % kRumbos;
 }
-// Tenths of a degree clockwise from north, 0 to 3600, of a byte that has a direction.
-constexpr std::int32_t gradosDesdeElNorte(std::uint8_t crudo) {
-    return (160 - crudo) * 45 / 2;
+// Degrees clockwise from north, 0 to below 360, of a byte that has a direction.
+constexpr double gradosDesdeElNorte(std::uint8_t crudo) {
+    return (160 - crudo) * 2.25;
 }
 
 // Classes of wind speed in the rose: from kCalma to the first, ..., above the last; tenths of km/h.

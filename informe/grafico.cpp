@@ -59,6 +59,7 @@ void dibujarBanda(std::string& svg, const std::vector<Columna>& columnas, const 
                   const Escala& escala) {
     Trazo banda;
     Trazo media;
+    Trazo solas;
     for (const auto& tramo : tramosDe(columnas, todas)) {
         const auto x = [](std::size_t i) { return static_cast<std::int64_t>(i); };
         const auto y = [&](std::int64_t valor) { return escala.lugar(valor, kAlto); };
@@ -72,13 +73,14 @@ void dibujarBanda(std::string& svg, const std::vector<Columna>& columnas, const 
             return y(std::llround(static_cast<double>(columnas[i].suma) / columnas[i].valores));
         };
         media.mover(x(tramo.front()), deMedia(tramo.front()));
-        if (tramo.size() == 1) media.hacia(x(tramo.front()), deMedia(tramo.front()));
+        if (tramo.size() == 1) solas.punto(x(tramo.front()), deMedia(tramo.front()));
         for (const auto i : tramo) {
             if (i != tramo.front()) media.hacia(x(i), deMedia(i));
         }
     }
     poner(svg, "banda", banda);
     poner(svg, "media", media);
+    poner(svg, "media sola", solas);
 }
 
 void dibujarDirecciones(std::string& svg, const ColumnasGrafico& todas) {
@@ -91,24 +93,42 @@ void dibujarDirecciones(std::string& svg, const ColumnasGrafico& todas) {
         puntos.mover(static_cast<std::int64_t>(tramo.columna), y(tramo.desde));
         puntos.hacia(static_cast<std::int64_t>(tramo.columna), y(tramo.hasta));
     }
-    poner(svg, "puntos", puntos);
+    poner(svg, todas.porSectores() ? "puntos tenues" : "puntos", puntos);
+    if (!todas.porSectores()) return;
+    Trazo dominantes;
+    for (const auto& uno : todas.dominantes())
+        dominantes.punto(static_cast<std::int64_t>(uno.columna), y(uno.paso));
+    poner(svg, "puntos", dominantes);
 }
 
-// Marked values stand where they are; those beyond the axis at its end.
+// Columns with a mark beyond which its shapes are drawn small, or they would hide what they mark.
+constexpr std::ptrdiff_t kMarcasDensas = 250;
+
+// Marked values stand where they are; those beyond the axis at its end. The worst are drawn last, over what
+// else their samples are marked.
 void dibujarMarcas(std::string& svg, const std::vector<Columna>& columnas, const Escala& escala) {
-    for (std::size_t m = 0; m < kMarcas; ++m) {
+    for (std::size_t m = kMarcas; m-- > 0;) {
         Trazo puntos;
+        const bool rango = m == static_cast<std::size_t>(Marca::rango);
+        const auto ponerUna = [&](std::int64_t x, std::int64_t y) {
+            puntos.punto(x, y);
+            // A square of no length is not drawn on paper.
+            if (rango) puntos.hacia(x + 1, y);
+        };
         for (std::size_t i = 0; i < columnas.size(); ++i) {
             const auto& marcados = columnas[i].marcados[m];
             if (!marcados.hay) continue;
             const auto x = static_cast<std::int64_t>(i);
             const auto abajo = escala.lugar(marcados.minimo, kAlto);
             const auto arriba = escala.lugar(marcados.maximo, kAlto);
-            puntos.punto(x, arriba);
-            if (abajo != arriba) puntos.punto(x, abajo);
+            ponerUna(x, arriba);
+            if (abajo != arriba) ponerUna(x, abajo);
         }
         if (puntos.vacio()) continue;
-        const auto clase = fmt::format("marca {}", kMarcasInformadas[m].id);
+        const bool densas = std::ranges::count_if(columnas, [&](const Columna& c) {
+                                return c.marcados[m].hay;
+                            }) > kMarcasDensas;
+        const auto clase = fmt::format("marca {}{}", kMarcasInformadas[m].id, densas ? " densa" : "");
         poner(svg, clase, puntos);
         // The inside of the ring.
         if (m == static_cast<std::size_t>(Marca::salto)) poner(svg, "marca dentro", puntos);
@@ -382,15 +402,14 @@ std::string rosaDeVientos(const Estadistica& estadistica, const std::string& alt
     return svg;
 }
 
-std::string lineaMinima(const std::vector<std::optional<std::int32_t>>& valores) {
-    std::int32_t minimo = INT32_MAX;
-    std::int32_t maximo = INT32_MIN;
-    for (const auto& v : valores) {
-        if (!v) continue;
-        minimo = std::min(minimo, *v);
-        maximo = std::max(maximo, *v);
-    }
-    if (minimo > maximo) return "";
+void Recorrido::agregar(std::int32_t valor) {
+    minimo = std::min(minimo, valor);
+    maximo = std::max(maximo, valor);
+}
+
+std::string lineaMinima(const std::vector<std::optional<std::int32_t>>& valores, const Recorrido& recorrido) {
+    const auto [minimo, maximo] = recorrido;
+    if (std::ranges::none_of(valores, [](const auto& v) { return v.has_value(); })) return "";
     constexpr std::int64_t kAltoLinea = 18;
     Trazo trazo;
     bool seguido = false;
@@ -463,6 +482,16 @@ void datosDeMarcas(std::string& json, const std::vector<Columna>& columnas) {
     }
 }
 
+void datosDeDominantes(std::string& json, const ColumnasGrafico& columnas) {
+    json += ",\"dominantes\":";
+    Lista l(json);
+    for (const auto& uno : columnas.dominantes()) {
+        l.agregar(uno.columna);
+        l.agregar(uno.paso);
+    }
+    l.cerrar();
+}
+
 }  // namespace
 
 std::string datosDeGraficos(const Estadistica& estadistica, const ColumnasGrafico& columnas,
@@ -476,6 +505,11 @@ std::string datosDeGraficos(const Estadistica& estadistica, const ColumnasGrafic
         vacios.agregar(std::max(std::llround(vacio.hasta), std::llround(vacio.desde) + 1));
     }
     vacios.cerrar();
+    json += ",\"conflictos\":";
+    Lista conflictos(json);
+    for (std::size_t i = 0; i < kColumnas; ++i)
+        if (columnas.conflictos()[i]) conflictos.agregar(i);
+    conflictos.cerrar();
     json += ",\"canales\":{";
     bool primero = true;
     for (const auto& canal : kCanalesInformados) {
@@ -504,6 +538,7 @@ std::string datosDeGraficos(const Estadistica& estadistica, const ColumnasGrafic
                 l.agregar(tramo.hasta);
             }
             l.cerrar();
+            if (columnas.porSectores()) datosDeDominantes(json, columnas);
         }
         datosDeMarcas(json, suyas);
         json += '}';

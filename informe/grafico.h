@@ -2,6 +2,8 @@
 // the page.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,8 +29,15 @@ std::string graficoDeCanal(const CanalInformado& canal, const Estadistica& estad
 // North up, east right. alternativo as above.
 std::string rosaDeVientos(const Estadistica& estadistica, const std::string& alternativo);
 
-// A small line without axes: one value a place, broken where there is none.
-std::string lineaMinima(const std::vector<std::optional<std::int32_t>>& valores);
+// From the least to the greatest of what is drawn on one scale.
+struct Recorrido {
+    std::int32_t minimo = INT32_MAX;
+    std::int32_t maximo = INT32_MIN;
+    void agregar(std::int32_t valor);
+};
+// A small line without axes: one value a place, broken where there is none. recorrido: of all the lines of a
+// table, so that a quiet day looks quiet.
+std::string lineaMinima(const std::vector<std::optional<std::int32_t>>& valores, const Recorrido& recorrido);
 
 // The same data for the scripts, as JSON.
 std::string datosDeGraficos(const Estadistica& estadistica, const ColumnasGrafico& columnas,

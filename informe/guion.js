@@ -37,7 +37,8 @@ function filas(c) {
       lista.push([x(c.x[i]), [c.a[i] / e, c.m[i] / e, c.b[i] / e]]);
     }
   } else if (c.puntos) {
-    for (i = 0; i < c.puntos.length; i += 3) for (j = c.puntos[i + 1]; j <= c.puntos[i + 2]; j++) lista.push([x(c.puntos[i]), j * 2.25]);
+    if (c.dominantes) for (i = 0; i < c.dominantes.length; i += 2) lista.push([x(c.dominantes[i]), c.dominantes[i + 1] * 2.25]);
+    else for (i = 0; i < c.puntos.length; i += 3) for (j = c.puntos[i + 1]; j <= c.puntos[i + 2]; j++) lista.push([x(c.puntos[i]), j * 2.25]);
   } else {
     for (i = 0, n = c.barras.length; i < n; i += 3) { suma += c.barras[i + 2]; lista.push([new Date(desde + (c.barras[i] + c.barras[i + 1]) * 500), c.barras[i + 2] / e, suma / e]); }
   }
@@ -47,28 +48,41 @@ function filas(c) {
 
 function dibujarMarcas(ctx, g, c) {
   var e = Math.pow(10, c.d), area = g.getArea();
-  ctx.save(); ctx.beginPath(); ctx.rect(area.x, area.y - 4, area.w, area.h + 8); ctx.clip();
-  [['rango', '--rango'], ['salto', '--salto'], ['fijo', '--fijo']].forEach(function (m) {
-    var l = c[m[0]] || [], i, p, y;
-    ctx.fillStyle = ctx.strokeStyle = color(m[1]);
+  ctx.save(); ctx.beginPath(); ctx.rect(area.x - 4, area.y - 4, area.w + 8, area.h + 8); ctx.clip();
+  // The worst last, over what else their samples are marked; where there are very many, small.
+  ['fijo', 'salto', 'rango'].forEach(function (m) {
+    var l = c[m] || [], i, p, y, k = l.length > 1000 ? 0.6 : 1;
+    ctx.fillStyle = ctx.strokeStyle = color('--' + m);
     for (i = 0; i < l.length; i += 2) {
-      p = g.toDomCoords(x(l[i]).getTime(), l[i + 1] / e); y = Math.max(area.y, Math.min(area.y + area.h, p[1]));
+      p = g.toDomCoords(x(l[i]).getTime(), l[i + 1] / e);
+      if (p[0] < area.x - 1 || p[0] > area.x + area.w + 1) continue;
+      y = p[1] < area.y ? area.y + 4 : p[1] > area.y + area.h ? area.y + area.h - 4 : p[1];
       ctx.beginPath();
-      if (m[0] === 'rango') ctx.fillRect(p[0] - 3, y - 3, 6, 6);
-      else if (m[0] === 'salto') { ctx.lineWidth = 2; ctx.arc(p[0], y, 3.5, 0, 7); ctx.stroke(); }
-      else { ctx.arc(p[0], y, 2.5, 0, 7); ctx.fill(); }
+      if (m === 'rango') ctx.fillRect(p[0] - 3 * k, y - 3 * k, 6 * k, 6 * k);
+      else if (m === 'salto') { ctx.lineWidth = 2 * k; ctx.arc(p[0], y, 3.5 * k, 0, 7); ctx.stroke(); }
+      else { ctx.arc(p[0], y, 2.5 * k, 0, 7); ctx.fill(); }
     }
   });
+  ctx.fillStyle = color('--rango');
+  d.conflictos.forEach(function (i) { ctx.fillRect(g.toDomXCoord(x(i).getTime()) - 1, area.y, 2, 9); });
   ctx.restore();
 }
 
-// Stretches without samples, as the drawings shade them.
-function sombrear(ctx, area, g) {
+// Stretches without samples, as the drawings shade them, and all directions of a long period.
+function sombrear(ctx, area, g, c) {
   ctx.fillStyle = color('--vacio');
   for (var i = 0; i < d.vacios.length; i += 2) {
     var a = Math.max(area.x, g.toDomXCoord(desde + d.vacios[i] * paso)), b = Math.min(area.x + area.w, g.toDomXCoord(desde + d.vacios[i + 1] * paso));
     if (b > a) ctx.fillRect(a, area.y, b - a, area.h);
   }
+  if (!c.dominantes) return;
+  ctx.save(); ctx.globalAlpha = 0.22; ctx.fillStyle = color('--direccion');
+  for (i = 0; i < c.puntos.length; i += 3) {
+    a = g.toDomXCoord(x(c.puntos[i] - 0.5).getTime()); b = g.toDomXCoord(x(c.puntos[i] + 0.5).getTime());
+    var arriba = g.toDomYCoord(c.puntos[i + 2] * 2.25), abajo = g.toDomYCoord(c.puntos[i + 1] * 2.25);
+    if (b >= area.x && a <= area.x + area.w) ctx.fillRect(a, arriba - 1, b - a, abajo - arriba + 2);
+  }
+  ctx.restore();
 }
 
 function barras(c) {
@@ -106,7 +120,7 @@ function leer(id, c, i, lugar) {
   if (!f) return;
   texto = momento(f[0].getTime()) + ': ';
   if (c.x) texto += 'mínimo ' + f[1][0].toFixed(c.d) + ', media ' + f[1][1].toFixed(c.d) + ', máximo ' + f[1][2].toFixed(c.d);
-  else if (c.puntos) texto += RUMBOS[Math.round(f[1] / 22.5) % 16] + ' (' + Math.round(f[1]) + 'º)';
+  else if (c.puntos) texto += (c.dominantes ? 'sobre todo ' : '') + RUMBOS[Math.ceil(f[1] / 22.5 - 0.5) % 16] + (c.dominantes ? '' : ' (' + Math.round(f[1]) + 'º)');
   else texto += f[1].toFixed(c.d) + ', total ' + f[2].toFixed(c.d);
   lugar.textContent = texto;
 }
@@ -124,23 +138,25 @@ function crear(id, ultimo) {
   var div = document.createElement('div'), lectura = document.createElement('p');
   div.className = 'dy'; lectura.className = 'lectura'; lectura.setAttribute('aria-live', 'off');
   div.setAttribute('role', 'img'); div.setAttribute('aria-label', lienzo.querySelector('svg').getAttribute('aria-label'));
-  div.style.height = ultimo ? '232px' : '180px';
+  div.style.height = ultimo ? '238px' : '186px';
   lienzo.appendChild(div); lienzo.parentNode.insertBefore(lectura, lienzo.nextSibling);
   c.filas = filas(c);
+  // Rows with and without a scale on the right lie one under the other, where there is room.
+  var estrecha = window.matchMedia('(max-width: 640px)').matches;
   var tinta = color('--tinta'), propio = color('--c', fila), suave = color('--suave');
   var o = {
     labels: c.barras ? ['t', 'barras', 'total'] : ['t', 'valor'], labelsUTC: true, legend: 'never', animatedZooms: false, customBars: !!c.x,
-    colors: c.barras ? [propio, tinta] : [propio], fillAlpha: 0.28, strokeWidth: 1.5, gridLineColor: color('--raya'), axisLineColor: color('--raya'), axisLabelFontSize: 12, highlightCircleSize: 3,
-    dateWindow: [desde, desde + d.dura * 1000], xRangePad: 0, rightGap: c.barras ? 0 : 10,
-    axes: { x: { axisLabelFormatter: rotuloDeTiempo, axisLabelWidth: 56, pixelsPerLabel: 58 }, y: { axisLabelWidth: 36, ticker: marcasDe(c.d) }, y2: { axisLabelWidth: 36, drawGrid: false, independentTicks: true, ticker: marcasDe(c.d) } },
-    underlayCallback: sombrear,
+    colors: c.barras ? [propio, tinta] : [propio], fillAlpha: 0.28, strokeWidth: 1.5, gridLineColor: color('--raya'), axisLineColor: color('--raya'), axisLabelFontSize: 12, xAxisHeight: 24, pointSize: 2, highlightCircleSize: 3,
+    dateWindow: [desde, desde + d.dura * 1000], xRangePad: 0, rightGap: c.barras ? 0 : estrecha ? 10 : 42,
+    axes: { x: { axisLabelFormatter: rotuloDeTiempo, axisLabelWidth: 56, pixelsPerLabel: estrecha ? 46 : 58 }, y: { axisLabelWidth: 36, ticker: marcasDe(c.d) }, y2: { axisLabelWidth: 36, drawGrid: false, independentTicks: true, ticker: marcasDe(c.d) } },
+    underlayCallback: function (ctx, area, g) { sombrear(ctx, area, g, c); },
     zoomCallback: function (a, b) { ajustarTodos([a, b]); },
     drawCallback: function (g, primera) { if (!primera) ajustarTodos(g.xAxisRange()); },
     highlightCallback: function (ev, fecha, puntos, i) { leer(id, c, i, lectura); },
     unhighlightCallback: function () { lectura.textContent = ''; },
     plugins: [{ activate: function () { return { didDrawChart: function (ev) { dibujarMarcas(ev.drawingContext, ev.dygraph, c); } }; }, toString: function () { return 'marcas'; }, destroy: function () {} }]
   };
-  if (c.puntos) { o.drawPoints = true; o.strokeWidth = 0; o.pointSize = 1.4; o.valueRange = [0, 360]; o.axes.y.ticker = function () { return [0, 90, 180, 270, 360].map(function (v) { return { v: v, label: 'NESON'[v / 90] }; }); }; }
+  if (c.puntos) { o.drawPoints = true; o.strokeWidth = 0; o.pointSize = 1.4; o.valueRange = [-5, 365]; o.axes.y.ticker = function () { return [0, 90, 180, 270, 360].map(function (v) { return { v: v, label: 'NESON'[v / 90] }; }); }; }
   if (c.barras) { o.series = { barras: { plotter: barras(c) }, total: { axis: 'y2', strokeWidth: 1.4 } }; o.includeZero = true; }
   if (id === 'viento' || id === 'radiacion') o.includeZero = true;
   if (ultimo) { o.showRangeSelector = true; o.rangeSelectorHeight = 44; o.rangeSelectorPlotStrokeColor = suave; o.rangeSelectorPlotFillColor = suave; o.rangeSelectorForegroundStrokeColor = suave; o.rangeSelectorBackgroundStrokeColor = suave; o.rangeSelectorAlpha = 0.75; }

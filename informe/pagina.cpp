@@ -50,7 +50,8 @@ void encabezado(std::string& html, const EstacionInformada& estacion, const Info
     html += "<header>\n";
     agregar(html, "<p class=programa>Telvane: informe de estación</p>\n<h1><bdi>{}</bdi></h1>\n",
             nombreEnPalabras(estacion));
-    agregar(html, "<p class=plazo>Muestras del {}</p>\n", plazoEnPalabras(informe.estadistica));
+    agregar(html, "<p class=plazo>Muestras del {} al {}</p>\n", fechaHora(*informe.estadistica.primera()),
+            fechaHora(*informe.estadistica.ultima()));
     html +=
         "<nav aria-label=\"Secciones\"><a href=\"#resumen\">Resumen</a> <a href=\"#graficos\">Gráficos</a> "
         "<a "
@@ -132,9 +133,13 @@ std::string enPalabras(const CanalInformado& canal, const Informe& informe) {
         const auto rumbo = e.todo().rumboDominante();
         texto +=
             rumbo ? fmt::format("Sopla sobre todo del {}.", kNombresRumbo[*rumbo]) : "Sin viento con rumbo.";
+        if (informe.columnas.porSectores())
+            texto += " Puntos fuertes: el rumbo más frecuente de cada columna; claros: los demás.";
     } else if (canal.dibujo == Dibujo::barras) {
         texto += fmt::format("Total {}, lo más en una muestra {} el {}.", valor(cuenta.suma),
                              valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
+    } else if (!canal.conMinimo) {
+        texto += fmt::format("Hasta {} el {}.", valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
     } else {
         texto += fmt::format("De {} el {} a {} el {}.", valor(cuenta.minimo), fechaHora(cuenta.cuandoMinimo),
                              valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
@@ -159,9 +164,9 @@ void leyenda(std::string& html) {
         agregar(
             html,
             "<li><svg class=clave viewBox=\"0 0 24 14\" aria-hidden=true><path class=\"marca {}\" d=\"M12 "
-            "7h0\"/>{}</svg> {} "
+            "7h{}\"/>{}</svg> {} "
             "({}): {}</li>\n",
-            marca.id,
+            marca.id, m == static_cast<std::size_t>(Marca::rango) ? "1" : "0",
             m == static_cast<std::size_t>(Marca::salto) ? "<path class=\"marca dentro\" d=\"M12 7h0\"/>" : "",
             marca.nombre, marca.forma, marca.explicacion);
     }

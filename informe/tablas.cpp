@@ -18,11 +18,11 @@ class Tabla {
    public:
     // What it is, for who cannot see it; clase: of the table.
     Tabla(std::string_view titulo, std::string_view clase) {
-        fmt::format_to(
-            std::back_inserter(html_),
-            "<div class=tabla role=region tabindex=0 aria-label=\"{0}\"><table class=\"{1}\"><caption>{0}"
-            "</caption>",
-            titulo, clase);
+        fmt::format_to(std::back_inserter(html_),
+                       "<div class=\"tabla {1}-filas\" role=region tabindex=0 aria-label=\"{0}\"><table "
+                       "class=\"{1}\"><caption>{0}"
+                       "</caption>",
+                       titulo, clase);
     }
     void cabecera(const std::vector<std::string>& nombres) {
         html_ += "<thead><tr>";
@@ -123,7 +123,7 @@ std::vector<std::string> nombresDeColumnas(const std::string& primera, bool evap
                                         "Temp.<small>ºC, media</small>",
                                         "mín.",
                                         "máx.",
-                                        "curso",
+                                        "curso<small>de la temp.</small>",
                                         "Humedad<small>%, media</small>",
                                         "mín.",
                                         "máx.",
@@ -175,21 +175,37 @@ void celdas(Tabla& tabla, const Fila& fila, bool evaporacion) {
     tabla.finFila();
 }
 
-std::string cursoDelDia(const Dia& dia) {
+std::string cursoDelDia(const Dia& dia, const Recorrido& recorrido) {
     std::vector<std::optional<std::int32_t>> valores(dia.horas.begin(), dia.horas.end());
-    return lineaMinima(valores);
+    return lineaMinima(valores, recorrido);
+}
+Recorrido recorridoDeLasHoras(const Estadistica& estadistica) {
+    Recorrido recorrido;
+    for (const auto& dia : estadistica.dias()) {
+        for (const auto& hora : dia.horas)
+            if (hora) recorrido.agregar(*hora);
+    }
+    return recorrido;
 }
 
-std::string cursoDelMes(const Estadistica& estadistica, const MesContado& mes) {
+std::optional<std::int32_t> mediaEnDecimas(const Dia& dia) {
+    const auto media = dia.cuentas.media(Canal::temperatura);
+    return media ? std::optional(static_cast<std::int32_t>(*media * 10)) : std::nullopt;
+}
+Recorrido recorridoDeLosDias(const Estadistica& estadistica) {
+    Recorrido recorrido;
+    for (const auto& dia : estadistica.dias())
+        if (const auto media = mediaEnDecimas(dia)) recorrido.agregar(*media);
+    return recorrido;
+}
+
+std::string cursoDelMes(const Estadistica& estadistica, const MesContado& mes, const Recorrido& recorrido) {
     std::vector<std::optional<std::int32_t>> valores(static_cast<std::size_t>(mes.mes.dias()));
     for (std::size_t i = 0; i < mes.dias; ++i) {
         const auto& dia = estadistica.dias()[mes.primero + i];
-        const auto media = dia.cuentas.media(Canal::temperatura);
-        if (!media) continue;
-        valores[static_cast<std::size_t>(fechaDe(dia.comienzo).dia - 1)] =
-            static_cast<std::int32_t>(*media * 10);
+        valores[static_cast<std::size_t>(fechaDe(dia.comienzo).dia - 1)] = mediaEnDecimas(dia);
     }
-    return lineaMinima(valores);
+    return lineaMinima(valores, recorrido);
 }
 
 bool nunca(Canal) {
@@ -235,12 +251,13 @@ std::string tablaDeExtremos(const Informe& informe, bool evaporacion) {
 std::string tablaDeMeses(const Informe& informe, bool evaporacion) {
     Tabla tabla("Los meses del período", "muchas");
     tabla.cabecera(nombresDeColumnas("Mes", evaporacion));
+    const auto recorrido = recorridoDeLosDias(informe.estadistica);
     for (const auto& mes : informe.estadistica.meses()) {
         tabla.fila(fechaDeMes(mes.mes));
         celdas(tabla,
                {.cuentas = mes.cuentas,
                 .cuando = diaYHora,
-                .linea = cursoDelMes(informe.estadistica, mes),
+                .linea = cursoDelMes(informe.estadistica, mes, recorrido),
                 .incompleta = [&](Canal canal) { return mes.incompleta(canal); },
                 .conAgujeros = [&](Canal canal) { return mes.conAgujeros(canal); }},
                evaporacion);
@@ -251,6 +268,7 @@ std::string tablaDeMeses(const Informe& informe, bool evaporacion) {
 std::string tablaDeDias(const Informe& informe, bool evaporacion) {
     Tabla tabla("Los días del período", "muchas");
     tabla.cabecera(nombresDeColumnas("Día", evaporacion));
+    const auto recorrido = recorridoDeLasHoras(informe.estadistica);
     const auto& plazo = informe.estadistica.plazo();
     for (const auto& dia : informe.estadistica.dias()) {
         tabla.fila(fecha(dia.comienzo));
@@ -258,7 +276,7 @@ std::string tablaDeDias(const Informe& informe, bool evaporacion) {
         celdas(tabla,
                {.cuentas = dia.cuentas,
                 .cuando = hora,
-                .linea = cursoDelDia(dia),
+                .linea = cursoDelDia(dia, recorrido),
                 .incompleta = nunca,
                 .conAgujeros = [&](Canal canal) { return !entero || dia.cuentas.conAgujeros(canal); }},
                evaporacion);

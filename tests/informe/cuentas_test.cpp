@@ -21,8 +21,7 @@ TEST(Rumbo, EachByteWithANameStandsWhereItsNameSays) {
         const auto rumbo = rumboDe(static_cast<std::uint8_t>(crudo));
         ASSERT_TRUE(rumbo) << crudo;
         EXPECT_EQ(kNombresRumbo[*rumbo], nombre) << crudo;
-        EXPECT_EQ(gradosDesdeElNorte(static_cast<std::uint8_t>(crudo)),
-                  static_cast<int>(*rumbo) * 225 % 3600);
+        EXPECT_EQ(gradosDesdeElNorte(static_cast<std::uint8_t>(crudo)), static_cast<double>(*rumbo) * 22.5);
     }
     EXPECT_EQ(conNombre, 16);
 }

@@ -95,6 +95,31 @@ TEST(ColumnasGrafico, DirectionsAreMergedAndFewHoweverManySamplesThereAre) {
     for (const auto& tramo : tramos) EXPECT_EQ(tramo.desde % 10, 0U);
 }
 
+// A year of one direction a column would be a green wall: the most frequent one stands out, by the name that
+// the rose gives it.
+TEST(ColumnasGrafico, WhereDirectionsFillTheChartTheMostFrequentOneStandsOut) {
+    EXPECT_FALSE(informeDe(serie(500)).columnas.porSectores());
+    auto muchas = serie(160'000, 1min);
+    for (std::size_t i = 0; i < muchas.size(); ++i) {
+        // A thousand columns of 160 samples: every direction once, and the column's own besides.
+        const auto propia = static_cast<std::uint8_t>(1 + i / 160 % 160);
+        muchas[i].medidas.crudoDirViento = i % 3 == 0 ? propia : static_cast<std::uint8_t>(1 + i * 7 % 160);
+    }
+    const auto informe = informeDe(muchas);
+    ASSERT_TRUE(informe.columnas.porSectores());
+    const auto dominantes = informe.columnas.dominantes();
+    ASSERT_EQ(dominantes.size(), kColumnas);
+    for (const auto& uno : dominantes) {
+        if (uno.columna % 160 == 0) continue;  // where two columns' samples meet
+        EXPECT_EQ(uno.paso, *rumboDe(static_cast<std::uint8_t>(1 + uno.columna % 160)) * 10) << uno.columna;
+    }
+    const auto direccion = graficoDeCanal(kCanalesInformados[4], informe.estadistica, informe.columnas, "x");
+    EXPECT_THAT(direccion, HasSubstr("class=\"puntos tenues\""));
+    EXPECT_THAT(direccion, HasSubstr("class=\"puntos\""));
+    EXPECT_THAT(datosDeGraficos(informe.estadistica, informe.columnas, false),
+                HasSubstr("\"dominantes\":[0,"));
+}
+
 TEST(Grafico, MarkedSamplesAreDrawnEachByItsShape) {
     auto todas = serie(500);
     todas[100].medidas.temperatura = 900;
@@ -105,6 +130,48 @@ TEST(Grafico, MarkedSamplesAreDrawnEachByItsShape) {
     const auto svg = graficoDeCanal(kCanalesInformados[0], informe.estadistica, informe.columnas, "x");
     for (const auto* clase : {"marca rango", "marca salto", "marca dentro", "marca fijo", "conflicto"})
         EXPECT_THAT(svg, HasSubstr(std::string("class=\"") + clase)) << clase;
+}
+
+TEST(Grafico, TheWorstMarkIsDrawnLastAndShowsOnPaper) {
+    auto todas = serie(500);
+    todas[100].medidas.temperatura = 900;  // a jump as well
+    const auto informe = informeDe(todas);
+    const auto svg = graficoDeCanal(kCanalesInformados[0], informe.estadistica, informe.columnas, "x");
+    const auto rango = svg.find("class=\"marca rango\"");
+    ASSERT_NE(rango, std::string::npos);
+    EXPECT_GT(rango, svg.find("class=\"marca salto\""));
+    EXPECT_THAT(svg.substr(rango, svg.find("/>", rango) - rango), HasSubstr("h0h1"));
+}
+
+TEST(Grafico, VeryManyMarksAreDrawnSmall) {
+    auto todas = serie(3000);
+    const auto svg = [&] {
+        const auto informe = informeDe(todas);
+        return graficoDeCanal(kCanalesInformados[0], informe.estadistica, informe.columnas, "x");
+    };
+    for (std::size_t i = 0; i < 300; i += 3) todas[i].medidas.temperatura = 900;
+    EXPECT_THAT(svg(), Not(HasSubstr("densa")));
+    for (std::size_t i = 0; i < 3000; i += 3) todas[i].medidas.temperatura = 900;
+    EXPECT_THAT(svg(), HasSubstr("marca rango densa"));
+}
+
+TEST(Grafico, TheScriptsDataTellTheConflicts) {
+    auto todas = serie(1000);
+    const auto datos = [&] {
+        const auto informe = informeDe(todas);
+        return datosDeGraficos(informe.estadistica, informe.columnas, false);
+    };
+    EXPECT_THAT(datos(), HasSubstr("\"conflictos\":[]"));
+    todas[0].conflicto = todas[999].conflicto = true;
+    EXPECT_THAT(datos(), HasSubstr("\"conflictos\":[0,999]"));
+}
+
+TEST(Grafico, LinesOfATableHaveOneScale) {
+    const Recorrido recorrido{.minimo = 0, .maximo = 180};
+    EXPECT_THAT(lineaMinima({90, 90, 90}, recorrido), HasSubstr("d=\"m0 9h0h3 3\""));
+    EXPECT_THAT(lineaMinima({0, 180}, recorrido), HasSubstr("d=\"m0 18h0l3-18\""));
+    EXPECT_EQ(lineaMinima({std::nullopt, std::nullopt}, recorrido), "");
+    EXPECT_THAT(lineaMinima({5, 5}, {.minimo = 5, .maximo = 5}), HasSubstr("d=\"m0 9"));
 }
 
 TEST(Grafico, TheRosesPetalsStandWhereTheirNamesSay) {

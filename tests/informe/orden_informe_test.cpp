@@ -133,7 +133,7 @@ TEST_F(OrdenInforme, TheSummaryIsTheMonthsText) {
     ASSERT_EQ(correr({"incorporar", ruta("una.rgt")}).estado, 0);
     const auto corrida = correr({"resumen", "--estacion", "02080050", "--mes", "2018-12"});
     EXPECT_EQ(corrida.estado, 0) << corrida.errores;
-    EXPECT_THAT(corrida.salida, HasSubstr("RESUMEN CLIMÁTICO DE diciembre DE 2018"));
+    EXPECT_THAT(corrida.salida, HasSubstr("Resumen climático de diciembre de 2018"));
     EXPECT_THAT(corrida.salida, HasSubstr("Muestras: 744 de 744 esperadas"));
     EXPECT_EQ(correr({"resumen", "--estacion", "02080050", "--mes", "2017-12"}).estado, 1);
     EXPECT_EQ(correr({"resumen", "--estacion", "02080050"}).estado, 2);

@@ -64,9 +64,12 @@ class EnElNavegador : public testing::Test {
     }
     std::filesystem::path guardar(bool guiones, const informe::EstacionInformada& e = estacion()) {
         static const auto kInforme = mesCompleto();
+        return guardar(guiones, e, kInforme);
+    }
+    std::filesystem::path guardar(bool guiones, const informe::EstacionInformada& e, const Informe& informe) {
         const auto ruta = carpeta_.ruta() / "informe.html";
         std::ofstream(ruta) << informe::pagina(
-            e, kInforme, {.guiones = guiones, .hecho = "21/11/2026 10:00", .version = "9.9"});
+            e, informe, {.guiones = guiones, .hecho = "21/11/2026 10:00", .version = "9.9"});
         return ruta;
     }
     CarpetaTemporal carpeta_;
@@ -97,7 +100,7 @@ TEST_F(EnElNavegador, ThePolicyHoldsAgainstWhateverWouldAsk) {
 TEST_F(EnElNavegador, NoWidthScrollsSideways) {
     Navegador navegador(PROGRAMA_CHROMIUM, {});
     for (const bool guiones : {false, true}) {
-        for (const int ancho : {360, 768, 1280, 3840}) {
+        for (const int ancho : {360, 768, 1280, 1600, 3840}) {
             navegador.pantalla({.ancho = ancho, .alto = 800});
             navegador.abrir(guardar(guiones));
             EXPECT_LE(navegador.valor("document.documentElement.scrollWidth").get<int>(), ancho) << guiones;
@@ -190,10 +193,9 @@ TEST_F(EnElNavegador, AxeFindsNothing) {
     std::ostringstream axe;
     axe << archivo.rdbuf();
     Navegador navegador(PROGRAMA_CHROMIUM, {});
-    // With the zoom in dark colours, the drawings in light ones.
-    for (const bool guiones : {false, true}) {
+    const auto buscar = [&](bool guiones, const Informe& informe) {
         navegador.pantalla({.oscura = guiones});
-        navegador.abrir(guardar(guiones));
+        navegador.abrir(guardar(guiones, estacion(), informe));
         navegador.valor(axe.str() + ";0");
         navegador.valor("document.querySelectorAll('details').forEach(d => d.open = true)");
         const auto hallado = navegador.valor(
@@ -201,7 +203,15 @@ TEST_F(EnElNavegador, AxeFindsNothing) {
             "3).map(n => n.html)"
             ".join(' | ')).join('\\n'))");
         EXPECT_EQ(hallado.get<std::string>(), "") << guiones;
-    }
+    };
+    // With the zoom in dark colours, the drawings in light ones.
+    for (const bool guiones : {false, true}) buscar(guiones, mesCompleto());
+    // One sample, years, nothing but doubtful values.
+    buscar(true, informe::informeDe(informe::serie(1)));
+    buscar(true, informe::informeDe(informe::serie(20'000, 1h)));
+    auto rota = informe::serie(50);
+    for (auto& o : rota) o.medidas = {.humedad = 900, .temperatura = -375, .velViento = -250, .presion = 881};
+    buscar(false, informe::informeDe(rota));
 }
 
 }  // namespace
