@@ -1,6 +1,6 @@
 // The way that most programs take an image into a PostgreSQL table: all of its samples by COPY into a
 // temporary table, and from there what is new by ON CONFLICT. The yardstick of telvane-historico incorporar.
-//   historico_copia URL IMAGE.rgt
+//   historico_copia URL IMAGE.rgt...
 #include <libpq-fe.h>
 
 #include <cstdio>
@@ -56,10 +56,8 @@ std::string leerImagen(const char* ruta) {
     return copia;
 }
 
-void incorporar(const char* url, const char* imagen) {
+void incorporar(const Conexion& base, const char* imagen) {
     const auto copia = leerImagen(imagen);
-    const Conexion base(PQconnectdb(url), PQfinish);
-    exigir(base, PQstatus(base.get()) == CONNECTION_OK);
     ejecutar(base, "BEGIN; CREATE TEMP TABLE nuevas(LIKE telvane.muestras) ON COMMIT DROP", PGRES_COMMAND_OK);
     ejecutar(base, "COPY nuevas FROM STDIN (FORMAT binary)", PGRES_COPY_IN);
     exigir(base, PQputCopyData(base.get(), copia.data(), static_cast<int>(copia.size())) == 1 &&
@@ -77,7 +75,10 @@ void incorporar(const char* url, const char* imagen) {
 }  // namespace telvane::bench
 
 int main(int argc, char** argv) {
-    if (argc != 3) return 2;
-    telvane::bench::incorporar(argv[1], argv[2]);
+    using namespace telvane::bench;
+    if (argc < 3) return 2;
+    const Conexion base(PQconnectdb(argv[1]), PQfinish);
+    exigir(base, PQstatus(base.get()) == CONNECTION_OK);
+    for (int i = 2; i < argc; ++i) incorporar(base, argv[i]);
     return 0;
 }

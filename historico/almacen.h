@@ -158,7 +158,10 @@ class Almacen {
     virtual std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) = 0;
     // Those that are packed against no other one.
     virtual std::vector<Huella> imagenesSolas(IdEstacion estacion) = 0;
-    virtual std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) = 0;
+    // The image and those that it is packed upon, each followed by its base: cuantas at most, and none where
+    // the image is not there.
+    using Cadena = std::vector<std::pair<Huella, ImagenGuardada>>;
+    virtual Cadena cadena(IdEstacion estacion, const Huella& huella, std::size_t cuantas) = 0;
     virtual void agregarImagen(IdEstacion estacion, const FichaImagen& ficha,
                                const ImagenGuardada& imagen) = 0;
     // How images came from their logger, of those of which that is known; in no order.

@@ -108,6 +108,10 @@ FichaDescarga descargaEn(const ResultadoPostgres& r, int fila, int desde) {
     return f;
 }
 
+bool esVieja(std::int64_t version) {
+    return version >= 0 && version < esquema_postgres::kVersion;
+}
+
 // A binary COPY: this, rows of fields with their lengths, and the end.
 constexpr std::string_view kComienzoDeCopia{"PGCOPY\n\377\r\n\0\0\0\0\0\0\0\0\0", 19};
 void agregarCampo(std::string& copia, std::span<const std::uint8_t> bytes) {
@@ -132,8 +136,9 @@ bool AlmacenPostgres::esDireccion(std::string_view destino) {
 AlmacenPostgres::AlmacenPostgres(const std::string& url, bool crear, std::chrono::milliseconds paciencia,
                                  std::function<void()> atender)
     : base_(url, std::move(atender)), paciencia_(paciencia) {
-    if (crear) ponerAlDia();
-    exigirTablas();
+    auto hay = version();
+    if (crear && esVieja(hay)) hay = ponerAlDia();
+    exigirTablas(hay);
 }
 
 std::int64_t AlmacenPostgres::version() {
@@ -144,18 +149,14 @@ std::int64_t AlmacenPostgres::version() {
     return r.filas() == 1 ? r.entero(0, 0) : -1;
 }
 
-void AlmacenPostgres::ponerAlDia() {
-    const auto vieja = [](std::int64_t version) {
-        return version >= 0 && version < esquema_postgres::kVersion;
-    };
-    if (!vieja(version())) return;
+std::int64_t AlmacenPostgres::ponerAlDia() {
     base_.ejecutar("BEGIN");
     try {
         // Two may begin at once: the second finds it done.
         base_.ejecutar(
             fmt::format("SET LOCAL lock_timeout={}; SELECT pg_advisory_xact_lock(hashtext('telvane'))",
                         paciencia_.count()));
-        if (const auto desde = version(); vieja(desde)) {
+        if (const auto desde = version(); esVieja(desde)) {
             if (desde == 0) {
                 base_.ejecutar(std::string(esquema_postgres::kTablas));
                 base_.ejecutar(std::string(esquema_postgres::kVista));
@@ -171,10 +172,10 @@ void AlmacenPostgres::ponerAlDia() {
         abandonar();
         throw;
     }
+    return version();
 }
 
-void AlmacenPostgres::exigirTablas() {
-    const auto cual = version();
+void AlmacenPostgres::exigirTablas(std::int64_t cual) const {
     if (cual == esquema_postgres::kVersion) return;
     if (cual == 0) {
         throw ErrorAlmacen(fmt::format(
@@ -320,21 +321,26 @@ std::vector<Huella> AlmacenPostgres::imagenesSolas(IdEstacion estacion) {
     return lista;
 }
 
-std::optional<ImagenGuardada> AlmacenPostgres::imagen(IdEstacion estacion, const Huella& huella) {
+// One question for all of them: a server is far away.
+Almacen::Cadena AlmacenPostgres::cadena(IdEstacion estacion, const Huella& huella, std::size_t cuantas) {
     const auto r = base_.consultar(
-        "SELECT i.bytes::bigint,c.base,c.profundidad::bigint,c.datos FROM telvane.imagenes i JOIN "
-        "telvane.contenidos c "
-        "ON c.estacion=i.estacion AND c.huella=i.huella WHERE i.estacion=$1 AND i.huella=$2",
-        Parametros().entero(estacion).bytes(huella));
-    if (r.filas() == 0) return std::nullopt;
-    ImagenGuardada imagen{.bytes = static_cast<std::size_t>(r.entero(0, 0)),
-                          .base = {},
-                          .profundidad = static_cast<int>(r.entero(0, 2)),
-                          .datos = {}};
-    if (!r.esNulo(0, 1)) imagen.base = arregloEn<32>(r, 0, 1);
-    const auto datos = r.bytes(0, 3);
-    imagen.datos.assign(datos.begin(), datos.end());
-    return imagen;
+        "WITH RECURSIVE cadena(lugar,huella,base) AS (SELECT 1::bigint,huella,base FROM telvane.contenidos "
+        "WHERE estacion=$1 AND huella=$2 UNION ALL SELECT a.lugar+1,c.huella,c.base FROM cadena a JOIN "
+        "telvane.contenidos c ON c.estacion=$1 AND c.huella=a.base WHERE a.lugar<$3) "
+        "SELECT a.huella,i.bytes::bigint,a.base,c.profundidad::bigint,c.datos FROM cadena a JOIN "
+        "telvane.imagenes i ON i.estacion=$1 AND i.huella=a.huella JOIN telvane.contenidos c ON "
+        "c.estacion=$1 AND c.huella=a.huella ORDER BY a.lugar",
+        Parametros().entero(estacion).bytes(huella).entero(static_cast<std::int64_t>(cuantas)));
+    Cadena cadena;
+    for (int i = 0; i < r.filas(); ++i) {
+        auto& [cual, guardada] = cadena.emplace_back(arregloEn<32>(r, i, 0), ImagenGuardada{});
+        guardada.bytes = static_cast<std::size_t>(r.entero(i, 1));
+        if (!r.esNulo(i, 2)) guardada.base = arregloEn<32>(r, i, 2);
+        guardada.profundidad = static_cast<int>(r.entero(i, 3));
+        const auto datos = r.bytes(i, 4);
+        guardada.datos.assign(datos.begin(), datos.end());
+    }
+    return cadena;
 }
 void AlmacenPostgres::agregarImagen(IdEstacion estacion, const FichaImagen& f, const ImagenGuardada& imagen) {
     static const std::string kSql = fmt::format(

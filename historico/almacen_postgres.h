@@ -35,7 +35,7 @@ class AlmacenPostgres final : public Almacen {
     std::map<IdEstacion, std::vector<Llegada>> ultimas(std::size_t cuantas) override;
     std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
     std::vector<Huella> imagenesSolas(IdEstacion estacion) override;
-    std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) override;
+    Cadena cadena(IdEstacion estacion, const Huella& huella, std::size_t cuantas) override;
     void agregarImagen(IdEstacion estacion, const FichaImagen& ficha, const ImagenGuardada& imagen) override;
     Descargas descargas(IdEstacion estacion) override;
     std::optional<FichaDescarga> descarga(IdEstacion estacion, const Huella& imagen) override;
@@ -71,8 +71,8 @@ class AlmacenPostgres final : public Almacen {
     // 0: there are no tables yet; -1: what there is does not say.
     std::int64_t version();
     // Makes the tables, or of an older version's those of now.
-    void ponerAlDia();
-    void exigirTablas();
+    std::int64_t ponerAlDia();
+    void exigirTablas(std::int64_t cual) const;
     std::vector<FichaImagen> fichasCon(const std::string& condicion, const Parametros& parametros);
     Descargas descargasCon(const std::string& condicion, const Parametros& parametros);
     std::vector<Instante> sellos(const std::string& sql, const Parametros& parametros);

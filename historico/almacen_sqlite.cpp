@@ -372,21 +372,24 @@ std::vector<Huella> AlmacenSqlite::imagenesSolas(IdEstacion estacion) {
     return lista;
 }
 
-std::optional<ImagenGuardada> AlmacenSqlite::imagen(IdEstacion estacion, const Huella& huella) {
-    std::optional<ImagenGuardada> hallada;
+Almacen::Cadena AlmacenSqlite::cadena(IdEstacion estacion, const Huella& huella, std::size_t cuantas) {
     auto& s = sentencia(
         "SELECT i.bytes,c.base,c.profundidad,c.datos FROM imagenes i JOIN contenidos c ON "
         "c.estacion=i.estacion AND "
         "c.huella=i.huella WHERE i.estacion=?1 AND i.huella=?2");
-    s.poner(1, estacion).poner(2, std::span(huella)).correr([&] {
-        hallada.emplace();
-        hallada->bytes = static_cast<std::size_t>(s.entero(0));
-        if (!s.esNulo(1)) hallada->base = huellaEn(s, 1);
-        hallada->profundidad = static_cast<int>(s.entero(2));
-        const auto datos = s.bytes(3);
-        hallada->datos.assign(datos.begin(), datos.end());
-    });
-    return hallada;
+    Cadena cadena;
+    for (std::optional<Huella> cual = huella; cual && cadena.size() < cuantas;) {
+        const auto buscada = *std::exchange(cual, std::nullopt);
+        s.poner(1, estacion).poner(2, std::span(buscada)).correr([&] {
+            auto& guardada = cadena.emplace_back(buscada, ImagenGuardada{}).second;
+            guardada.bytes = static_cast<std::size_t>(s.entero(0));
+            if (!s.esNulo(1)) cual = guardada.base = huellaEn(s, 1);
+            guardada.profundidad = static_cast<int>(s.entero(2));
+            const auto datos = s.bytes(3);
+            guardada.datos.assign(datos.begin(), datos.end());
+        });
+    }
+    return cadena;
 }
 
 void AlmacenSqlite::agregarImagen(IdEstacion estacion, const FichaImagen& f, const ImagenGuardada& imagen) {

@@ -52,7 +52,7 @@ class AlmacenSqlite final : public Almacen {
     std::map<IdEstacion, std::vector<Llegada>> ultimas(std::size_t cuantas) override;
     std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
     std::vector<Huella> imagenesSolas(IdEstacion estacion) override;
-    std::optional<ImagenGuardada> imagen(IdEstacion estacion, const Huella& huella) override;
+    Cadena cadena(IdEstacion estacion, const Huella& huella, std::size_t cuantas) override;
     void agregarImagen(IdEstacion estacion, const FichaImagen& ficha, const ImagenGuardada& imagen) override;
     Descargas descargas(IdEstacion estacion) override;
     std::optional<FichaDescarga> descarga(IdEstacion estacion, const Huella& imagen) override;

@@ -32,18 +32,22 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
                         "archivo desde su .rgt",
                         textoDe(huella), que));
     };
-    // Down to one that stands alone or is at hand, and up again.
-    std::vector<std::pair<Huella, ImagenGuardada>> pila;
+    // Down to one that stands alone or is at hand, and up again. As a rule the base is at hand; where it is
+    // not, all that is below it is needed.
+    constexpr std::size_t kDeUnaVez = 64;
+    Almacen::Cadena pila;
     const Abierta* abierta = nullptr;
     for (auto cual = huella; (abierta = buscar(cual)) == nullptr;) {
-        auto guardada = almacen_.imagen(estacion_, cual);
-        if (!guardada) throw danada("falta " + textoDe(cual));
-        const auto base = guardada->base;
-        const int antes = pila.empty() ? guardada->profundidad + 1 : pila.back().second.profundidad;
-        if (guardada->profundidad >= antes) throw danada("su cadena no termina");
-        pila.emplace_back(cual, std::move(*guardada));
-        if (!base) break;
-        cual = *base;
+        auto tramo = almacen_.cadena(estacion_, cual, pila.empty() ? 1 : kDeUnaVez);
+        if (tramo.empty() || tramo.front().first != cual) throw danada("falta " + textoDe(cual));
+        for (auto& [suya, guardada] : tramo) {
+            if (suya != cual) break;
+            const int antes = pila.empty() ? guardada.profundidad + 1 : pila.back().second.profundidad;
+            if (guardada.profundidad >= antes) throw danada("su cadena no termina");
+            cual = guardada.base.value_or(Huella{});
+            pila.emplace_back(suya, std::move(guardada));
+        }
+        if (!pila.back().second.base) break;
     }
     for (; !pila.empty(); pila.pop_back()) {
         const auto& [cual, guardada] = pila.back();

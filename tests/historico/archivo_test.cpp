@@ -214,7 +214,7 @@ TEST_P(ArchivoPrueba, AnImageIsPackedUponOneThatIsLikeIt) {
                                           .reloj(kInicio + std::chrono::minutes(desdeMinuto))
                                           .serie(0, desdeMinuto, cuantos)
                                           .bytes());
-        return almacen->imagen(almacen->estacion("02080050")->id, hecha.imagen).value();
+        return almacen->cadena(almacen->estacion("02080050")->id, hecha.imagen, 1).at(0).second;
     };
     EXPECT_FALSE(registrada(0, 8000).base);
     EXPECT_FALSE(registrada(100'000, 8000).base) << "nothing in it is the same";
