@@ -15,34 +15,10 @@ constexpr std::array<std::string_view, 12> kMeses = {"enero",      "febrero", "m
                                                      "mayo",       "junio",   "julio",     "agosto",
                                                      "septiembre", "octubre", "noviembre", "diciembre"};
 
-// The quotient that goes with a remainder of 0 or more.
-constexpr int dividir(int a, int b) {
-    return a / b - (a % b < 0 ? 1 : 0);
-}
-
-// The calendar repeats every 400 years, and a year that begins in March has its odd day at its end.
-constexpr int kDiasEra = 146097;
-constexpr int kDiasHasta1970 = 719468;  // from 0000-03-01
-
-// Days since 1970-01-01; mes 1 to 12, any day.
-constexpr int diasDesde1970(int anio, int mes, int dia) {
-    const int a = mes <= 2 ? anio - 1 : anio;
-    const int era = dividir(a, 400);
-    const int deEra = a - era * 400;
-    const int deAnio = (153 * (mes > 2 ? mes - 3 : mes + 9) + 2) / 5 + dia - 1;
-    return era * kDiasEra + deEra * 365 + deEra / 4 - deEra / 100 + deAnio - kDiasHasta1970;
-}
-
-constexpr Fecha fechaDeDias(int dias) {
-    const int desdeMarzo = dias + kDiasHasta1970;
-    const int era = dividir(desdeMarzo, kDiasEra);
-    const int d = desdeMarzo - era * kDiasEra;
-    const int anio = (d - d / 1460 + d / 36524 - d / (kDiasEra - 1)) / 365;
-    const int deAnio = d - (365 * anio + anio / 4 - anio / 100);
-    const int mes = (5 * deAnio + 2) / 153;
-    const int dia = deAnio - (153 * mes + 2) / 5 + 1;
-    const int civil = mes < 10 ? mes + 3 : mes - 9;
-    return {anio + era * 400 + (civil <= 2 ? 1 : 0), civil, dia};
+// A month or day beyond its range carries on.
+std::chrono::sys_days diaDe(int anio, int mes, int dia) {
+    using namespace std::chrono;
+    return sys_days((year(anio) / January + months(mes - 1)) / 1) + days(dia - 1);
 }
 
 std::chrono::seconds segundosEnteros(const FechaHora& momento) {
@@ -71,15 +47,15 @@ std::string horaLarga(const FechaHora& momento) {
 }
 
 std::string fechaLarga(const FechaHora& momento) {
-    const int dias = diasDesde1970(momento.anio, momento.mes, momento.dia);
-    const int semana = dias + 4 - dividir(dias + 4, 7) * 7;  // 1970 began on a Thursday
-    return fmt::format("{}, {} de {} de {}", kDias[static_cast<std::size_t>(semana)], momento.dia,
+    const std::chrono::weekday dia(diaDe(momento.anio, momento.mes, momento.dia));
+    return fmt::format("{}, {} de {} de {}", kDias[dia.c_encoding()], momento.dia,
                        kMeses[static_cast<std::size_t>(momento.mes - 1)], momento.anio);
 }
 
 Fecha fechaConAcarreo(int anio, int mes, int dia) {
-    const int anios = dividir(mes - 1, 12);
-    return fechaDeDias(diasDesde1970(anio + anios, mes - anios * 12, dia));
+    const std::chrono::year_month_day fecha(diaDe(anio, mes, dia));
+    return {static_cast<int>(fecha.year()), static_cast<int>(static_cast<unsigned>(fecha.month())),
+            static_cast<int>(static_cast<unsigned>(fecha.day()))};
 }
 
 }  // namespace telvane

@@ -27,10 +27,24 @@ TEST(Protocolo, TheLengthsAndWaits) {
     EXPECT_EQ(kBytesBloque, 64u);
     EXPECT_EQ(kBloquesMemoria, 4096u);
     EXPECT_EQ(kBytesMemoria, 262144u);
+    EXPECT_EQ(kUmbralByte, 1);
+    EXPECT_EQ(kUmbralBloque, 64);
+    EXPECT_EQ(kUmbralMarco, 31);
     EXPECT_EQ(kUmbralSonda, 21);
     EXPECT_EQ(kBaudios, 19200);
+    EXPECT_EQ(kUltimoPuerto, 12);
     EXPECT_EQ(kDespertar, std::chrono::milliseconds(2000));
     EXPECT_EQ(kEsperaRespuesta, std::chrono::seconds(1));
+    EXPECT_EQ(kEsperaMarco, std::chrono::seconds(2));
+    EXPECT_EQ(kEsperaSuceso, std::chrono::seconds(1));
+    EXPECT_EQ(kEsperaSonda, std::chrono::seconds(2));
+}
+
+TEST(Protocolo, TheReadingsStandWhereTheLoggerPutsThemInALiveFrame) {
+    const std::vector<std::size_t> lugares = {marco::kHumedad,   marco::kTemperatura, marco::kDirViento,
+                                              marco::kVelViento, marco::kRadSolar,    marco::kPresion,
+                                              marco::kLluvia,    marco::kEvaporacion};
+    EXPECT_EQ(lugares, (std::vector<std::size_t>{3, 5, 7, 8, 10, 12, 14, 16}));
 }
 
 TEST(Velocidades, EachHasTheSystemsCodeAndNoOtherNumberHasOne) {

@@ -134,6 +134,35 @@ TEST(MarcoEnLinea, TheUnusedBytesChangeNothing) {
     }
 }
 
+TEST(CanalesImposibles, AnAnalogueChannelEndsAtTenBitsAndTheDirectionAt360Degrees) {
+    EXPECT_EQ(canalesImposibles(Marco{}), 0u);
+    // One bit a channel, in the order of the frame; the others may say anything.
+    const std::array<std::pair<std::size_t, unsigned>, 8> canales = {{{marco::kHumedad, 3},
+                                                                      {marco::kTemperatura, 3},
+                                                                      {marco::kDirViento, 160},
+                                                                      {marco::kVelViento, 3},
+                                                                      {marco::kRadSolar, 3},
+                                                                      {marco::kPresion, 255},
+                                                                      {marco::kLluvia, 255},
+                                                                      {marco::kEvaporacion, 255}}};
+    for (std::size_t i = 0; i < canales.size(); ++i) {
+        const auto& [lugar, maximo] = canales[i];
+        for (unsigned byte = 0; byte < 256; ++byte) {
+            Marco bytes{};
+            bytes[lugar] = static_cast<std::uint8_t>(byte);
+            ASSERT_EQ(canalesImposibles(bytes), byte > maximo ? 1u << i : 0u) << lugar << ' ' << byte;
+        }
+    }
+}
+
+TEST(CanalesImposibles, SeveralAreToldTogether) {
+    Marco bytes{};
+    bytes.fill(0xFF);
+    EXPECT_EQ(canalesImposibles(bytes), 0b11111u);
+    bytes[marco::kDirViento] = 0;
+    EXPECT_EQ(canalesImposibles(bytes), 0b11011u);
+}
+
 TEST(MarcoEnLinea, WritesEightLines) {
     EXPECT_EQ(lineasMarco(textos(Marco{})),
               "[RH%]=-26%\r\nTemp[ºC]=-37.5ºC\r\nDir Viento [º]=0.0\r\nvel Viento [Km/h]=-25.0\r\n"

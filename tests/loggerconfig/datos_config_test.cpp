@@ -220,6 +220,34 @@ TEST(CamposDeLaForma, TienenLosAnchosDelRegistro) {
               2 * (registro_config::kUsuario - registro_config::kSerie));
 }
 
+TEST(DatosDeCabecera, TakesEveryFieldOfAnImage) {
+    auto bytes = cabecera(0x60, "Ana ");
+    bytes.resize(262144, 0x02);
+    const auto datos = datosDeCabecera(bytes);
+    EXPECT_EQ(datos.Nserie, "02080050");
+    EXPECT_EQ(datos[CampoTexto::usuario], rellenar("Ana", 30));
+    EXPECT_EQ(datos[CampoTexto::ubicacion], rellenar("Finca Norte", 35));
+    EXPECT_EQ(datos[CampoTexto::latitud], rellenar("34 S", 15));
+    EXPECT_EQ(datos[CampoTexto::longitud], rellenar("58 O", 15));
+    EXPECT_EQ(datos[CampoTexto::altitud], rellenar("25", 5));
+    EXPECT_EQ(datos.intervaloCodigo, 0x60);
+}
+
+TEST(TextoConfig, HasTheLinesOfARead) {
+    EXPECT_EQ(lineaSerie("02080050"), "Nro  : 02080050");
+    EXPECT_EQ(textoConfig(datosDeCabecera(cabecera(0x60))),
+              "Muestras cada 60 Minutos\r\n"
+              "Nro  : 02080050\r\n"
+              "Usuario: " +
+                  rellenar("Ana", 30) + "\r\nUbicacion: " + rellenar("Finca Norte", 35) +
+                  "\r\nLatitud: " + rellenar("34 S", 15) + "\r\nLongitud: " + rellenar("58 O", 15) +
+                  "\r\nAltitud: " + rellenar("25", 5) + "\r\n\r\n\r\n");
+    EXPECT_EQ(textoConfig(DatosConfig{}),
+              "Muestras cada  Minutos\r\nNro  : \r\nUsuario: \r\nUbicacion: \r\nLatitud: "
+              "\r\nLongitud: \r\nAltitud: \r\n\r\n\r\n")
+        << "an interval that is none of the six has no text";
+}
+
 TEST(Lectura, DiceQueParteDelRelojEsMala) {
     EXPECT_EQ(avisoDe(HitoLectura::horaMala), "hora mal");
     EXPECT_EQ(avisoDe(HitoLectura::fechaMala), "fecha mal");

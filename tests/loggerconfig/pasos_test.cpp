@@ -149,6 +149,34 @@ TEST(Reloj, ItsSlotsAreADate) {
     EXPECT_EQ(diaDeReloj({"", "", "", "", "", ""}).dia, 0);
 }
 
+TEST(RelojAceptado, EverySlotEndsAtItsBound) {
+    using Reloj = std::array<std::string, 6>;
+    EXPECT_TRUE(relojAceptado({"00", "00", "00", "00", "00", "00"}));
+    EXPECT_TRUE(relojAceptado({"23", "59", "58", "31", "12", "26"}));
+    // Days and months go further than the calendar.
+    const Reloj cotas = {"23", "59", "59", "59", "59", "64"};
+    EXPECT_TRUE(relojAceptado(cotas));
+    for (std::size_t parte = 0; parte < cotas.size(); ++parte) {
+        for (int valor = 0; valor < 100; ++valor) {
+            Reloj reloj = cotas;
+            reloj[parte] = {static_cast<char>('0' + valor / 10), static_cast<char>('0' + valor % 10)};
+            EXPECT_EQ(relojAceptado(reloj), reloj[parte] <= cotas[parte]) << parte << ' ' << valor;
+        }
+    }
+}
+
+TEST(RelojAceptado, ASlotIsTwoDecimalDigits) {
+    const std::array<std::string, 6> bueno = {"01", "01", "01", "01", "01", "01"};
+    ASSERT_TRUE(relojAceptado(bueno));
+    for (std::size_t parte = 0; parte < bueno.size(); ++parte) {
+        for (const char* malo : {"", "1", "001", "0:", ":0", "0/", "/0", " 1", "1A"}) {
+            auto reloj = bueno;
+            reloj[parte] = malo;
+            EXPECT_FALSE(relojAceptado(reloj)) << parte << ' ' << malo;
+        }
+    }
+}
+
 TEST(Rellenado, BlanksGoInFrontUpToTheWidth) {
     EXPECT_EQ(rellenado("12", 5), "   12");
     EXPECT_EQ(rellenado("12345", 5), "12345");

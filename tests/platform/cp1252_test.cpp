@@ -115,6 +115,8 @@ TEST(Cp1252, UnByteMalFormadoEsUnaPreguntaCadaUno) {
 TEST(Cp1252, LasFormasLargasYLosSustitutosSonMalFormados) {
     EXPECT_EQ(cp1252DeUtf8("\xC0\xAF"), "??") << "a slash written in two bytes is no slash";
     EXPECT_EQ(cp1252DeUtf8("\xE0\x80\xAF"), "???");
+    EXPECT_EQ(cp1252DeUtf8("\xE0\x9F\xBF"), "???") << "the last that two bytes can say";
+    EXPECT_EQ(cp1252DeUtf8("\xF0\x8F\xBF\xBF"), "????") << "the last that three bytes can say";
     EXPECT_EQ(cp1252DeUtf8("\xED\xA0\x80"), "???");
     EXPECT_EQ(cp1252DeUtf8("\xF4\x90\x80\x80"), "????");
 }
