@@ -47,8 +47,8 @@ std::string Progreso::barra(std::size_t hechos, double segundos) const {
         unidad_.bytes == 0
             ? std::string()
             : fmt::format("  {:.1f} kB/s", porSegundo * static_cast<double>(unidad_.bytes) / 1000.0);
-    const auto cifras = fmt::format("{:3} %  {}/{} {}{}  faltan {}", hechos * 100 / total_, hechos, total_,
-                                    unidad_.nombre, velocidad, minutos(faltan));
+    auto cifras = fmt::format("{:3} %  {}/{} {}{}  faltan {}", hechos * 100 / total_, hechos, total_,
+                              unidad_.nombre, velocidad, minutos(faltan));
     constexpr std::size_t kMarcas = 3;  // "[] "
     const auto ocupa = caracteres(cifras) + kMarcas;
     const auto sitio = consola_.ancho() > ocupa ? std::min(consola_.ancho() - ocupa, kCasillas) : 0;
