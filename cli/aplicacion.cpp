@@ -11,15 +11,7 @@ void declararOrdenes(Argumentos& argumentos, ContextoCli& contexto) {
         contexto.com, {.nombre = "--com",
                        .valor = "N=DISPOSITIVO",
                        .ayuda = "Puerto N (1 a 12) y su dispositivo; repetible. Sin ninguno, los presentes"});
-    declararPuertos(argumentos, contexto);
-    declararBuscar(argumentos, contexto);
-    declararConfiguracion(argumentos, contexto);
-    declararEnLinea(argumentos, contexto);
-    declararDescargar(argumentos, contexto);
-    declararConvertir(argumentos, contexto);
-    declararConfigurar(argumentos, contexto);
-    declararSerie(argumentos, contexto);
-    declararEstaciones(argumentos, contexto);
+    for (const auto declarar : kDeclaraciones) declarar(argumentos, contexto);
     argumentos.programa().pie(
         "Códigos de salida: 0 hecho, 1 fallo, 2 mal uso, 3 sin registrador, 130 interrumpido.");
 }

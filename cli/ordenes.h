@@ -1,6 +1,7 @@
 // The commands, one file each: what it is called, which options it has, and what it does.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <string>
 #include <vector>
@@ -30,5 +31,11 @@ void declararConvertir(Argumentos& argumentos, ContextoCli& contexto);
 void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto);
 void declararEstaciones(Argumentos& argumentos, ContextoCli& contexto);
 void declararSerie(Argumentos& argumentos, ContextoCli& contexto);
+
+// Each in its place in the help.
+inline constexpr std::array kDeclaraciones{
+    declararPuertos,   declararBuscar,     declararConfiguracion, declararEnLinea,    declararDescargar,
+    declararConvertir, declararConfigurar, declararSerie,         declararEstaciones,
+};
 
 }  // namespace telvane
