@@ -167,10 +167,10 @@ std::vector<Mensaje> mensajesDe(const std::string& archivo, std::string_view fue
 
 std::set<Mensaje> todosLosMensajes() {
     std::set<Mensaje> todos;
-    const auto fuentes =
-        leerFuentes(RAIZ_PROYECTO, {"platform", "sistema", "consola", "ui", "regional", "link", "live",
-                                    "loggerconfig", "data", "calidad", "app", "cli", "historico"});
-    for (const auto& [archivo, inclusiones] : fuentes) {
+    auto carpetas = carpetasConFuentes(RAIZ_PROYECTO);
+    // The simulator's messages have a chapter of their own; what the report says stands on its page.
+    for (const auto* otra : {"tests", "bench", "fuzz", "simulator", "informe"}) carpetas.erase(otra);
+    for (const auto& [archivo, inclusiones] : leerFuentes(RAIZ_PROYECTO, carpetas)) {
         if (archivosSinMensajes().contains(archivo)) continue;
         const auto suyos = mensajesDe(archivo, leerTodo(std::filesystem::path(RAIZ_PROYECTO) / archivo));
         todos.insert(suyos.begin(), suyos.end());

@@ -110,8 +110,8 @@ TEST_P(Exportacion, OfRisingStampsIsTheConversionByteForByte) {
         auto azar = azarCualquiera();
         const auto imagen = imagenQueSube(azar);
         const auto almacen = con(imagen);
-        for (const auto formato : {Formato::csv, Formato::xls, Formato::jsonl}) {
-            RC_ASSERT(exportada(*almacen, formato) == convertida(imagen, formato));
+        for (const auto& fila : kFormatos) {
+            RC_ASSERT(exportada(*almacen, fila.formato) == convertida(imagen, fila.formato));
         }
     }));
 }
@@ -121,8 +121,9 @@ TEST_P(Exportacion, OfAnyImageHasTheLinesOfTheConversion) {
         auto azar = azarCualquiera();
         const auto imagen = imagenCualquiera(azar);
         const auto almacen = con(imagen);
-        for (const auto formato : {Formato::csv, Formato::xls, Formato::jsonl}) {
-            RC_ASSERT(lineasDe(exportada(*almacen, formato)) == lineasDe(convertida(imagen, formato)));
+        for (const auto& fila : kFormatos) {
+            RC_ASSERT(lineasDe(exportada(*almacen, fila.formato)) ==
+                      lineasDe(convertida(imagen, fila.formato)));
         }
     }));
 }
