@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(RelojPrueba, CruzaLaMedianocheYElAnio) {
+TEST(RelojPrueba, CrossesMidnightAndTheYear) {
     RelojPrueba reloj;
     reloj.ponerHora({2026, 12, 31, 24h - 1s});
     reloj.dejarPasar(3s);
@@ -26,7 +26,7 @@ TEST(RelojPrueba, CruzaLaMedianocheYElAnio) {
     EXPECT_EQ(ahora.deDia, 2s);
 }
 
-TEST(RelojPrueba, SaltarNoMueveElMonotono) {
+TEST(RelojPrueba, AJumpLeavesTheMonotonicClock) {
     RelojPrueba reloj;
     const auto antes = reloj.monotono();
     reloj.saltar(-2h);
@@ -34,7 +34,7 @@ TEST(RelojPrueba, SaltarNoMueveElMonotono) {
     EXPECT_EQ(reloj.monotono(), antes);
 }
 
-TEST(BuclePrueba, EntregaPorVencimientoYElMismoInstanteEnOrdenDeArmado) {
+TEST(BuclePrueba, DeliversByDueTimeAndTheSameInstantInTheOrderOfArming) {
     BuclePrueba bucle;
     std::string orden;
     const auto c = bucle.alarma(2s, [&] { orden += 'c'; });
@@ -44,7 +44,7 @@ TEST(BuclePrueba, EntregaPorVencimientoYElMismoInstanteEnOrdenDeArmado) {
     EXPECT_EQ(orden, "abc");
 }
 
-TEST(BuclePrueba, AvanzarParaEnSuFinalAunqueNadaVenza) {
+TEST(BuclePrueba, AdvancingStopsAtItsEndAlthoughNothingFallsDue) {
     BuclePrueba bucle;
     const auto antes = bucle.reloj().monotono();
     bool llamada = false;
@@ -56,7 +56,7 @@ TEST(BuclePrueba, AvanzarParaEnSuFinalAunqueNadaVenza) {
     EXPECT_TRUE(llamada);
 }
 
-TEST(BuclePrueba, UnaAlarmaPuedeDestruirSuPropioAsidero) {
+TEST(BuclePrueba, AnAlarmMayDestroyItsOwnHandle) {
     BuclePrueba bucle;
     Bucle::Asidero asa;
     const std::string larga(64, 'x');
@@ -69,7 +69,7 @@ TEST(BuclePrueba, UnaAlarmaPuedeDestruirSuPropioAsidero) {
     EXPECT_EQ(vista, larga);
 }
 
-TEST(BuclePrueba, UnAsideroDestruidoNoLlama) {
+TEST(BuclePrueba, ADestroyedHandleCallsNobody) {
     BuclePrueba bucle;
     bool llamada = false;
     auto asa = bucle.alarma(1s, [&] { llamada = true; });
@@ -79,7 +79,7 @@ TEST(BuclePrueba, UnAsideroDestruidoNoLlama) {
     EXPECT_EQ(bucle.alarmasArmadas(), 0u);
 }
 
-TEST(BuclePrueba, UnAsideroPuedeSobrevivirAlBucle) {
+TEST(BuclePrueba, AHandleMayOutliveTheLoop) {
     Bucle::Asidero asa;
     {
         BuclePrueba bucle;
@@ -89,7 +89,7 @@ TEST(BuclePrueba, UnAsideroPuedeSobrevivirAlBucle) {
     EXPECT_EQ(asa, nullptr);
 }
 
-TEST(BuclePrueba, GirarSinQuePaseElTiempoEsUnFallo) {
+TEST(BuclePrueba, TurningWithoutTimePassingIsAFailure) {
     BuclePrueba bucle;
     Bucle::Asidero asa;
     std::function<void()> otra = [&] { asa = bucle.alarma(0s, [&] { otra(); }); };
@@ -97,7 +97,7 @@ TEST(BuclePrueba, GirarSinQuePaseElTiempoEsUnFallo) {
     EXPECT_THROW(bucle.correr(), std::logic_error);
 }
 
-TEST(BuclePrueba, UnaPausaRetieneLoProgramado) {
+TEST(BuclePrueba, APauseHoldsBackWhatIsScheduled) {
     BuclePrueba bucle;
     std::string orden;
     bucle.programar(1s, [&] { orden += "clic "; });
@@ -112,7 +112,7 @@ Tarea<> esperarUnRato(Esperas& esperas, const Reloj& reloj, bool& fin) {
     fin = true;
 }
 
-TEST(BuclePrueba, UnaEsperaQueCedeTerminaAlPasarSuLimite) {
+TEST(BuclePrueba, AYieldingWaitEndsOnceItsLimitHasPassed) {
     BuclePrueba bucle;
     Tareas tareas([](std::exception_ptr) { FAIL(); });
     Esperas esperas(bucle, bucle.reloj(), tareas);
@@ -126,7 +126,7 @@ TEST(BuclePrueba, UnaEsperaQueCedeTerminaAlPasarSuLimite) {
     EXPECT_LT(tardo, 5100ms);
 }
 
-TEST(DialogosPrueba, RespondeEnOrdenYAnotaLoMostrado) {
+TEST(DialogosPrueba, AnswersInOrderAndNotesWhatWasShown) {
     DialogosPrueba dialogos;
     dialogos.responder(Boton::cancelar, "uno");
     dialogos.responder(Boton::si);
@@ -137,7 +137,7 @@ TEST(DialogosPrueba, RespondeEnOrdenYAnotaLoMostrado) {
     EXPECT_EQ(dialogos.textos(), (std::vector<std::string>{"uno", "dos"}));
 }
 
-TEST(DialogosPrueba, UnMensajeQueNadieEsperaFalla) {
+TEST(DialogosPrueba, AMessageThatNobodyExpectsFails) {
     EXPECT_NONFATAL_FAILURE(
         {
             DialogosPrueba dialogos;
@@ -146,7 +146,7 @@ TEST(DialogosPrueba, UnMensajeQueNadieEsperaFalla) {
         "sorpresa");
 }
 
-TEST(DialogosPrueba, UnaRespuestaQueNadiePidioFalla) {
+TEST(DialogosPrueba, AnAnswerThatNobodyAskedForFails) {
     EXPECT_NONFATAL_FAILURE(
         {
             DialogosPrueba dialogos;
@@ -155,7 +155,7 @@ TEST(DialogosPrueba, UnaRespuestaQueNadiePidioFalla) {
         "never shown");
 }
 
-TEST(DialogosPrueba, UnMensajeAbiertoEsperaSuRespuesta) {
+TEST(DialogosPrueba, AnOpenMessageWaitsForItsAnswer) {
     DialogosPrueba dialogos;
     dialogos.dejarAbierto();
     std::optional<Boton> dado;
@@ -166,7 +166,7 @@ TEST(DialogosPrueba, UnMensajeAbiertoEsperaSuRespuesta) {
     EXPECT_EQ(dado, Boton::no);
 }
 
-TEST(DialogosPrueba, ElDialogoDeArchivoDaLaRutaOCancela) {
+TEST(DialogosPrueba, TheFileDialogGivesThePathOrCancels) {
     DialogosPrueba dialogos;
     dialogos.responderArchivo("datos.csv");
     dialogos.responderArchivo(std::nullopt);

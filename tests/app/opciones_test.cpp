@@ -9,21 +9,21 @@ namespace {
 
 using ::testing::HasSubstr;
 
-TEST(LineaDeOrdenesDeTelvane, SinArgumentosValenLosPuertosPresentesYElPerfilEstricto) {
+TEST(LineaDeOrdenesDeTelvane, WithoutArgumentsThePresentPortsAndTheStrictProfileHold) {
     const auto ordenes = leerOrdenes({});
     ASSERT_TRUE(ordenes.opciones.has_value());
     EXPECT_TRUE(ordenes.opciones->com.empty());
     EXPECT_EQ(ordenes.opciones->perfil, Perfil::estricto);
 }
 
-TEST(LineaDeOrdenesDeTelvane, ComSeRepite) {
+TEST(LineaDeOrdenesDeTelvane, ComMayBeRepeated) {
     const auto ordenes = leerOrdenes({"--com", "1=/dev/a", "--com=3=/dev/b", "--perfil", "ampliado"});
     ASSERT_TRUE(ordenes.opciones.has_value());
     EXPECT_EQ(ordenes.opciones->com, (std::vector<std::string>{"1=/dev/a", "3=/dev/b"}));
     EXPECT_EQ(ordenes.opciones->perfil, Perfil::ampliado);
 }
 
-TEST(LineaDeOrdenesDeTelvane, AyudaYVersionSalenPorLaSalidaYEnCastellano) {
+TEST(LineaDeOrdenesDeTelvane, HelpAndVersionGoToTheOutputInSpanish) {
     const auto ayuda = leerOrdenes({"--help"});
     EXPECT_FALSE(ayuda.opciones.has_value());
     EXPECT_EQ(ayuda.estado, 0);
@@ -36,7 +36,7 @@ TEST(LineaDeOrdenesDeTelvane, AyudaYVersionSalenPorLaSalidaYEnCastellano) {
     EXPECT_THAT(version.salida, ::testing::StartsWith("telvane 1.10"));
 }
 
-TEST(LineaDeOrdenesDeTelvane, LoQueSeEscribioNoMandaEnLaTerminal) {
+TEST(LineaDeOrdenesDeTelvane, WhatWasTypedGivesTheTerminalNoOrders) {
     EXPECT_THAT(leerOrdenes({"\x1b[2Jsuelto\x7f"}).error, HasSubstr("[2Jsuelto"));
     EXPECT_THAT(leerOrdenes({"\x1b[2Jsuelto\x7f"}).error,
                 ::testing::Not(::testing::AnyOf(HasSubstr("\x1b"), HasSubstr("\x7f"))));
@@ -44,7 +44,7 @@ TEST(LineaDeOrdenesDeTelvane, LoQueSeEscribioNoMandaEnLaTerminal) {
 
 class UsoIncorrecto : public ::testing::TestWithParam<std::vector<std::string>> {};
 
-TEST_P(UsoIncorrecto, SaleConDosYLoDiceEnCastellano) {
+TEST_P(UsoIncorrecto, EndsWithTwoAndSaysSoInSpanish) {
     const auto ordenes = leerOrdenes(GetParam());
     EXPECT_FALSE(ordenes.opciones.has_value());
     EXPECT_EQ(ordenes.estado, 2);

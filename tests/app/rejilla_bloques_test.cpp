@@ -206,7 +206,7 @@ void RejillaBloques::limpia() {
 
 class CadaBloque : public RejillaBloques, public ::testing::WithParamInterface<std::size_t> {};
 
-TEST_P(CadaBloque, Bloque) {
+TEST_P(CadaBloque, EveryFaultInEveryByte) {
     const auto bloque = GetParam();
     for (std::size_t lugar = 0; lugar < kBytesBloque; lugar += pasoDeRejilla(3)) {
         for (const auto& fallo : kFallosDeRejilla) {

@@ -58,7 +58,7 @@ std::vector<std::string> lineasSonda(std::size_t lugar, const FalloDeRejilla& fa
     return lineas;
 }
 
-TEST_F(Rejilla, Sonda) {
+TEST_F(Rejilla, EveryFaultInTheProbe) {
     for (std::size_t lugar = 0; lugar <= kUltimoMarco; ++lugar) {
         for (const auto& fallo : kFallosDeRejilla) {
             enReposo();
@@ -85,7 +85,7 @@ const Regla kReglasDespertar[] = {
     {0, kUltimoMarco, kCualquiera, &kLee},
 };
 
-TEST_F(Rejilla, Despertar) {
+TEST_F(Rejilla, EveryFaultInTheWakeUp) {
     for (std::size_t lugar = 0; lugar <= kUltimoMarco; ++lugar) {
         for (const auto& fallo : kFallosDeRejilla) {
             enReposo();
@@ -200,7 +200,7 @@ void RejillaLectura::rejilla() {
     }
 }
 
-TEST_F(RejillaLectura, Lectura) {
+TEST_F(RejillaLectura, EveryFaultInTheReading) {
     rejilla();
 }
 
@@ -210,11 +210,11 @@ class RejillaLecturaConElPasoDeLaLinea : public RejillaLectura {
     RejillaLecturaConElPasoDeLaLinea() : RejillaLectura(kBaudios) {}
 };
 
-TEST_F(RejillaLecturaConElPasoDeLaLinea, Lectura) {
+TEST_F(RejillaLecturaConElPasoDeLaLinea, EveryFaultInTheReading) {
     rejilla();
 }
 
-TEST_F(RejillaLectura, LecturaConTodoValor) {
+TEST_F(RejillaLectura, EveryValueInTheReading) {
     constexpr FalloDeRejilla kValor{"", kCambia, 0};
     for (std::size_t lugar = 0; lugar < kBytesLectura; lugar += pasoDeRejilla(20)) {
         for (unsigned valor = 0; valor < 256; ++valor) {
@@ -292,7 +292,7 @@ void RejillaEscritura::rejilla() {
     }
 }
 
-TEST_F(RejillaEscritura, Escritura) {
+TEST_F(RejillaEscritura, EveryFaultInTheWrite) {
     rejilla();
 }
 
@@ -302,11 +302,11 @@ class RejillaEscrituraConElPasoDeLaLinea : public RejillaEscritura {
     RejillaEscrituraConElPasoDeLaLinea() : RejillaEscritura(kBaudios) {}
 };
 
-TEST_F(RejillaEscrituraConElPasoDeLaLinea, Escritura) {
+TEST_F(RejillaEscrituraConElPasoDeLaLinea, EveryFaultInTheWrite) {
     rejilla();
 }
 
-TEST_F(RejillaEscritura, EscrituraSinRespuestaAnterior) {
+TEST_F(RejillaEscritura, EveryFaultInTheWriteWithoutAnEarlierAnswer) {
     for (const auto& fallo : kFallosDeRejilla) {
         enReposo();
         SCOPED_TRACE(armar("escritura", 0, fallo.texto));
@@ -317,7 +317,7 @@ TEST_F(RejillaEscritura, EscrituraSinRespuestaAnterior) {
     }
 }
 
-TEST_F(RejillaEscritura, EscrituraConTodoValor) {
+TEST_F(RejillaEscritura, EveryValueInTheWrite) {
     for (std::size_t lugar = 0; lugar < kBytesEscritura; lugar += pasoDeRejilla(20)) {
         for (unsigned valor = 0; valor < 256; ++valor) {
             if (valor == kApertura) continue;
@@ -380,7 +380,7 @@ void RejillaSerie::rejilla() {
     }
 }
 
-TEST_F(RejillaSerie, Serie) {
+TEST_F(RejillaSerie, EveryFaultInTheSerialNumber) {
     rejilla();
 }
 
@@ -390,11 +390,11 @@ class RejillaSerieConElPasoDeLaLinea : public RejillaSerie {
     RejillaSerieConElPasoDeLaLinea() : RejillaSerie(kBaudios) {}
 };
 
-TEST_F(RejillaSerieConElPasoDeLaLinea, Serie) {
+TEST_F(RejillaSerieConElPasoDeLaLinea, EveryFaultInTheSerialNumber) {
     rejilla();
 }
 
-TEST_F(RejillaSerie, SerieConTodoValor) {
+TEST_F(RejillaSerie, EveryValueInTheSerialNumber) {
     for (std::size_t lugar = 0; lugar < kBytesSerieEnviados; lugar += pasoDeRejilla(2)) {
         for (unsigned valor = 0; valor < 256; ++valor) {
             if (valor == kApertura) continue;
@@ -479,11 +479,11 @@ class RejillaEnLinea : public Rejilla {
     }
 };
 
-TEST_F(RejillaEnLinea, PrimerMarco) {
+TEST_F(RejillaEnLinea, EveryFaultInTheFirstFrame) {
     rejilla("en-linea:cuadro=0", kReglasPrimerMarco);
 }
 
-TEST_F(RejillaEnLinea, OtroMarco) {
+TEST_F(RejillaEnLinea, EveryFaultInALaterFrame) {
     rejilla("en-linea:cuadro=1", kReglasOtroMarco);
 }
 
@@ -539,7 +539,7 @@ class RejillaSaludo : public Rejilla {
     }
 };
 
-TEST_F(RejillaSaludo, Saludo) {
+TEST_F(RejillaSaludo, EveryFaultInTheHandshake) {
     for (std::size_t lugar = 0; lugar < 2; ++lugar) {
         for (const auto& fallo : kFallosDeRejilla) {
             enReposo();
@@ -553,7 +553,7 @@ TEST_F(RejillaSaludo, Saludo) {
     }
 }
 
-TEST_F(RejillaSaludo, SaludoConTodoValor) {
+TEST_F(RejillaSaludo, EveryValueInTheHandshake) {
     constexpr std::array<std::uint8_t, 2> kRespuestas = {kApertura, kSaludo};
     for (std::size_t lugar = 0; lugar < kRespuestas.size(); ++lugar) {
         for (unsigned valor = 0; valor < 256; ++valor) {

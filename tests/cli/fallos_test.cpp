@@ -229,7 +229,7 @@ class RejillaCli : public CliPrueba {
 
 class CadaOrden : public RejillaCli, public testing::WithParamInterface<Orden> {};
 
-TEST_P(CadaOrden, TodoFalloEnTodoByte) {
+TEST_P(CadaOrden, EveryFaultInEveryByte) {
     const auto& orden = GetParam();
     std::size_t inicio = 0;
     for (const auto& etapa : orden.etapas) {
@@ -294,7 +294,7 @@ std::string quejaDe(std::span<const std::uint8_t> ficha) {
 }
 
 // Wrong values that the other end cannot be told apart from right ones.
-TEST_F(RejillaCli, TodoValorEnTodoByteDeLaLectura) {
+TEST_F(RejillaCli, EveryValueInEveryByteOfTheReading) {
     constexpr std::size_t kAntes = 2 * kBytesMarco;
     for (std::size_t lugar = 0; lugar < kBytesLectura; lugar += pasoDeRejilla(30)) {
         for (unsigned valor = 0; valor < 256; ++valor) {
@@ -315,7 +315,7 @@ TEST_F(RejillaCli, TodoValorEnTodoByteDeLaLectura) {
     }
 }
 
-TEST_F(RejillaCli, TodoValorEnTodoByteDeLaSerie) {
+TEST_F(RejillaCli, EveryValueInEveryByteOfTheSerialNumber) {
     constexpr std::size_t kAntes = kBytesMarco + kBytesMarco + kBytesLectura + kBytesMarco;
     const std::vector<std::string> orden = {"serie", "02080050"};
     for (std::size_t lugar = 0; lugar < kBytesSerie; ++lugar) {
@@ -375,7 +375,7 @@ class RejillaDescarga : public RejillaCli {
     }
 };
 
-TEST_F(RejillaDescarga, Saludo) {
+TEST_F(RejillaDescarga, EveryFaultInTheHandshake) {
     const auto etapa = saludo();
     for (std::size_t lugar = 0; lugar < etapa.bytes; ++lugar) {
         for (const auto& fallo : kFallosDeRejilla) {
@@ -391,7 +391,7 @@ TEST_F(RejillaDescarga, Saludo) {
     }
 }
 
-TEST_F(RejillaDescarga, TodoValorEnElSaludo) {
+TEST_F(RejillaDescarga, EveryValueInTheHandshake) {
     constexpr std::array<std::uint8_t, 2> kRespuestas = {kApertura, kSaludo};
     for (std::size_t lugar = 0; lugar < kRespuestas.size(); ++lugar) {
         for (unsigned valor = 0; valor < 256; ++valor) {
@@ -421,7 +421,7 @@ class CadaBloque : public RejillaDescarga, public testing::WithParamInterface<st
     }
 };
 
-TEST_P(CadaBloque, TodoFalloEnTodoByte) {
+TEST_P(CadaBloque, EveryFaultInEveryByte) {
     for (std::size_t lugar = 0; lugar < kBytesBloque; lugar += pasoDeRejilla(63)) {
         for (const auto& fallo : kFallosDeRejilla) {
             SCOPED_TRACE(fmt::format("descarga:bloque={}:byte={}:{}", GetParam(), lugar, fallo.texto));

@@ -35,13 +35,13 @@ class Bloques : public ::testing::Test {
     BloquesTexto bloques_;
 };
 
-TEST_F(Bloques, LosBloquesDeLaCabeceraSeDecodificanYSeSueltan) {
+TEST_F(Bloques, TheHeadersBlocksAreDecodedAndDropped) {
     const auto recuento = decodificar(memoriaCon({0, 1, 5, 6}));
     EXPECT_EQ(bloques_.unidos(), lineaDe({}));
     EXPECT_EQ(recuento.escritas, 1u);
 }
 
-TEST_F(Bloques, CadaBuferTomaQuinientosBloques) {
+TEST_F(Bloques, EachBufferTakesFiveHundredBlocks) {
     decodificar(memoriaCon({6, 499, 500, 999, 1000, 4095}));
     EXPECT_EQ(lineasEn(bloques_.bufer(0)), 2u);
     EXPECT_EQ(lineasEn(bloques_.bufer(1)), 2u);
@@ -50,38 +50,38 @@ TEST_F(Bloques, CadaBuferTomaQuinientosBloques) {
     for (std::size_t i = 9; i < BloquesTexto::kBuferes; ++i) EXPECT_EQ(bloques_.bufer(i), "") << i;
 }
 
-TEST_F(Bloques, LosBloquesDesdeEl8000SeSueltan) {
+TEST_F(Bloques, BlocksFrom8000OnAreDropped) {
     const auto recuento = decodificar(memoriaCon({7500, 7999, 8000, 18000}), kUltimaDeTodas);
     EXPECT_EQ(lineasEn(bloques_.bufer(15)), 2u);
     EXPECT_EQ(lineasEn(bloques_.unidos()), 2u);
     EXPECT_EQ(recuento.escritas, 2u);
 }
 
-TEST_F(Bloques, UnUltimoBloqueFueraDeLaMemoriaNoSeLee) {
+TEST_F(Bloques, ALastBlockOutsideTheMemoryIsNotRead) {
     EXPECT_EQ(decodificar(memoriaCon({7}), kUltimaDeTodas + 1000).escritas, 1u);
     EXPECT_EQ(decodificar(memoriaCon({7}), -1).escritas, 0u);
     EXPECT_EQ(bloques_.unidos(), "");
 }
 
-TEST_F(Bloques, UnaSegundaCorridaReemplazaALaPrimera) {
+TEST_F(Bloques, ASecondRunReplacesTheFirst) {
     decodificar(memoriaCon({6, 7, 600}));
     decodificar(memoriaCon({8}));
     EXPECT_EQ(bloques_.unidos(), lineaDe({}));
 }
 
-TEST_F(Bloques, AntesDeLaPrimeraCorridaEstanVacios) {
+TEST_F(Bloques, BeforeTheFirstRunTheyAreEmpty) {
     EXPECT_EQ(bloques_.unidos(), "");
     EXPECT_EQ(bloques_.bufer(0), "");
 }
 
-TEST(BloquesEnteros, HayLugarParaLasMuestrasMasLargas) {
+TEST(BloquesEnteros, ThereIsRoomForTheLongestSamples) {
     constexpr std::size_t kMuestras = (8000 - 6) * 2;
     EXPECT_EQ(BloquesTexto::capacidad(Redaccion::linea), kMuestras * kLineaMaxima);
     EXPECT_EQ(BloquesTexto::capacidad(Redaccion::objeto), kMuestras * kObjetoMaximo);
 }
 
 // The end is longer than everything between: nothing of it stands where there is no room.
-TEST(BloquesEnteros, CabeceraYPieRodeanLasMuestras) {
+TEST(BloquesEnteros, HeaderAndFootSurroundTheSamples) {
     const std::string cabecera = "cabecera\r\n";
     for (const auto redaccion : {Redaccion::linea, Redaccion::objeto}) {
         const std::string pie(BloquesTexto::capacidad(Redaccion::objeto) * 2, 'p');
@@ -100,7 +100,7 @@ TEST(BloquesEnteros, CabeceraYPieRodeanLasMuestras) {
     }
 }
 
-TEST_F(Bloques, AvisaDeCadaBloqueUnaVezYEnOrden) {
+TEST_F(Bloques, TellsOfEachBlockOnceAndInOrder) {
     std::vector<std::int32_t> vistos;
     bloques_.decodificar(Memoria(), decodificador_, kUltimoBloque,
                          [&](std::int32_t n) { vistos.push_back(n); });
@@ -108,7 +108,7 @@ TEST_F(Bloques, AvisaDeCadaBloqueUnaVezYEnOrden) {
     for (std::size_t i = 0; i < vistos.size(); ++i) ASSERT_EQ(vistos[i], static_cast<std::int32_t>(i));
 }
 
-TEST_F(Bloques, LaBanderaPasaDeUnaCorridaALaSiguiente) {
+TEST_F(Bloques, TheFlagGoesFromOneRunToTheNext) {
     decodificar(Memoria(), 0);
     EXPECT_TRUE(decodificador_.registroValido());
     Memoria memoria;
@@ -117,7 +117,7 @@ TEST_F(Bloques, LaBanderaPasaDeUnaCorridaALaSiguiente) {
     EXPECT_EQ(decodificar(memoria).escritas, 2u);
 }
 
-TEST_F(Bloques, ElRecuentoSeparaVaciosDeDescartados) {
+TEST_F(Bloques, TheCountTellsEmptyOnesFromDroppedOnes) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 0, {});
     ponerRegistro(memoria.bloque(6), 1, {.sello = kSelloMalo});  // takes the first along
@@ -131,7 +131,7 @@ TEST_F(Bloques, ElRecuentoSeparaVaciosDeDescartados) {
     EXPECT_EQ(recuento.vacias, (4096u - 9u) * 2 + 1);
 }
 
-TEST_F(Bloques, ElRecuentoSabeCuantosValdrianEnElPerfilAmpliado) {
+TEST_F(Bloques, TheCountKnowsHowManyWouldHoldInTheExtendedProfile) {
     constexpr std::array<std::uint8_t, 6> kDeHoy = {0x10, 0x20, 0x30, 0x21, 0x11, 0x26};
     constexpr std::array<std::uint8_t, 6> kDia39 = {0x10, 0x20, 0x30, 0x39, 0x11, 0x26};
     Memoria memoria;
@@ -153,7 +153,7 @@ TEST_F(Bloques, ElRecuentoSabeCuantosValdrianEnElPerfilAmpliado) {
         << "what the line promised";
 }
 
-TEST_F(Bloques, LosVaciosMasAllaDeLaMemoriaDelRegistradorNoSeCuentan) {
+TEST_F(Bloques, EmptyOnesBeyondTheLoggersMemoryAreNotCounted) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(4096), 0, {.sello = kSelloMalo});
     const auto recuento = decodificar(memoria, kUltimaDeTodas);
@@ -161,7 +161,7 @@ TEST_F(Bloques, LosVaciosMasAllaDeLaMemoriaDelRegistradorNoSeCuentan) {
     EXPECT_EQ(recuento.descartadas, 1u);
 }
 
-TEST_F(Bloques, ElPerfilAmpliadoConservaElPrimeroYDescartaSoloElSegundo) {
+TEST_F(Bloques, TheExtendedProfileKeepsTheFirstAndDropsTheSecondOnly) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 0, {});
     ponerRegistro(memoria.bloque(6), 1, {.sello = kSelloMalo});
@@ -198,7 +198,7 @@ Memoria memoriaAlAzar(std::size_t bloques) {
 
 constexpr std::size_t kBloquesAlAzar = 24;
 
-RC_GTEST_PROP(ImagenAlAzar, ByteABytDaLoMismoQueBloqueABloque, (bool ampliado, bool evaporacion)) {
+RC_GTEST_PROP(ImagenAlAzar, ByteByByteGivesTheSameAsBlockByBlock, (bool ampliado, bool evaporacion)) {
     const auto memoria = memoriaAlAzar(kBloquesAlAzar);
     Decodificador porBytes(ampliado ? Perfil::ampliado : Perfil::estricto);
     porBytes.evaporacion(evaporacion);
@@ -219,7 +219,7 @@ RC_GTEST_PROP(ImagenAlAzar, ByteABytDaLoMismoQueBloqueABloque, (bool ampliado, b
     }
 }
 
-RC_GTEST_PROP(ImagenAlAzar, ElRecuentoSumaTodosLosRegistrosYSusLineas, (bool ampliado)) {
+RC_GTEST_PROP(ImagenAlAzar, TheCountAddsUpToAllRecordsAndItsLines, (bool ampliado)) {
     const auto memoria = memoriaAlAzar(kBloquesAlAzar);
     Decodificador decodificador(ampliado ? Perfil::ampliado : Perfil::estricto);
     BloquesTexto bloques;
@@ -230,7 +230,7 @@ RC_GTEST_PROP(ImagenAlAzar, ElRecuentoSumaTodosLosRegistrosYSusLineas, (bool amp
 }
 
 // What the archive takes of an image is what the extended profile writes.
-RC_GTEST_PROP(ImagenAlAzar, LosRegistrosUnoPorUnoSonLosDelPerfilAmpliado, (bool evaporacion)) {
+RC_GTEST_PROP(ImagenAlAzar, TheRecordsOneByOneAreThoseOfTheExtendedProfile, (bool evaporacion)) {
     const auto memoria = memoriaAlAzar(kBloquesAlAzar);
     Decodificador decodificador(Perfil::ampliado);
     decodificador.evaporacion(evaporacion);
@@ -244,7 +244,7 @@ RC_GTEST_PROP(ImagenAlAzar, LosRegistrosUnoPorUnoSonLosDelPerfilAmpliado, (bool 
     RC_ASSERT(texto == bloques.unidos());
 }
 
-RC_GTEST_PROP(ImagenAlAzar, CadaLineaTieneSusColumnasYSoloAscii, (bool evaporacion)) {
+RC_GTEST_PROP(ImagenAlAzar, EachLineHasItsColumnsAndAsciiOnly, (bool evaporacion)) {
     const auto memoria = memoriaAlAzar(kBloquesAlAzar);
     Decodificador decodificador;
     decodificador.evaporacion(evaporacion);

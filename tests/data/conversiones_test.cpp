@@ -73,7 +73,7 @@ class Conversiones : public ::testing::Test {
 constexpr unsigned kDosBytes = 65536;
 constexpr unsigned kUnByte = 256;
 
-TEST_F(Conversiones, HumedadDeTodoCrudoEsEntera) {
+TEST_F(Conversiones, HumidityOfEveryRawValueIsWhole) {
     for (unsigned crudo = 0; crudo < kDosBytes; ++crudo) {
         comprobar(leer({.humedad = static_cast<std::uint16_t>(crudo)}, 2), &Muestra::humedad,
                   (crudo * 0.004 - 0.82) * 32.25, 0, crudo);
@@ -81,7 +81,7 @@ TEST_F(Conversiones, HumedadDeTodoCrudoEsEntera) {
     }
 }
 
-TEST_F(Conversiones, TemperaturaDeTodoCrudoTieneDosDecimales) {
+TEST_F(Conversiones, TemperatureOfEveryRawValueHasTwoDecimals) {
     for (unsigned crudo = 0; crudo < kDosBytes; ++crudo) {
         comprobar(leer({.temperatura = static_cast<std::uint16_t>(crudo)}, 3), &Muestra::temperatura,
                   (crudo * 0.004 - 1.5) * 25, 2, crudo);
@@ -89,7 +89,7 @@ TEST_F(Conversiones, TemperaturaDeTodoCrudoTieneDosDecimales) {
     }
 }
 
-TEST_F(Conversiones, DireccionDelVientoDeTodoByteTieneUnDecimal) {
+TEST_F(Conversiones, WindDirectionOfEveryByteHasOneDecimal) {
     for (unsigned crudo = 0; crudo < kUnByte; ++crudo) {
         comprobar(leer({.viento = static_cast<std::uint8_t>(crudo)}, 4), &Muestra::dirViento, crudo * 2.25, 1,
                   crudo);
@@ -97,7 +97,7 @@ TEST_F(Conversiones, DireccionDelVientoDeTodoByteTieneUnDecimal) {
     }
 }
 
-TEST_F(Conversiones, VelocidadDelVientoDeTodoCrudoTieneUnDecimal) {
+TEST_F(Conversiones, WindSpeedOfEveryRawValueHasOneDecimal) {
     for (unsigned crudo = 0; crudo < kDosBytes; ++crudo) {
         comprobar(leer({.velViento = static_cast<std::uint16_t>(crudo)}, 6), &Muestra::velViento,
                   (crudo * 0.004 - 0.5) * 50, 1, crudo);
@@ -105,7 +105,7 @@ TEST_F(Conversiones, VelocidadDelVientoDeTodoCrudoTieneUnDecimal) {
     }
 }
 
-TEST_F(Conversiones, RadiacionDeTodoCrudoTieneDosDecimales) {
+TEST_F(Conversiones, RadiationOfEveryRawValueHasTwoDecimals) {
     for (unsigned crudo = 0; crudo < kDosBytes; ++crudo) {
         comprobar(leer({.radSolar = static_cast<std::uint16_t>(crudo)}, 7), &Muestra::radSolar,
                   crudo * 2.66 / 1000, 2, crudo);
@@ -113,7 +113,7 @@ TEST_F(Conversiones, RadiacionDeTodoCrudoTieneDosDecimales) {
     }
 }
 
-TEST_F(Conversiones, PresionDeTodoCrudoTieneUnDecimal) {
+TEST_F(Conversiones, PressureOfEveryRawValueHasOneDecimal) {
     for (unsigned crudo = 0; crudo < kDosBytes; ++crudo) {
         comprobar(leer({.presion = static_cast<std::uint16_t>(crudo)}, 8), &Muestra::presion,
                   (crudo + 98) * 0.899, 1, crudo);
@@ -121,7 +121,7 @@ TEST_F(Conversiones, PresionDeTodoCrudoTieneUnDecimal) {
     }
 }
 
-TEST_F(Conversiones, LluviaDeTodoByteTieneUnDecimal) {
+TEST_F(Conversiones, RainOfEveryByteHasOneDecimal) {
     for (unsigned crudo = 0; crudo < kUnByte; ++crudo) {
         comprobar(leer({.lluvia = static_cast<std::uint8_t>(crudo)}, 9), &Muestra::lluvia, crudo * 0.2, 1,
                   crudo);
@@ -129,7 +129,7 @@ TEST_F(Conversiones, LluviaDeTodoByteTieneUnDecimal) {
     }
 }
 
-TEST_F(Conversiones, EvaporacionDeTodoCrudoTieneDosDecimales) {
+TEST_F(Conversiones, EvaporationOfEveryRawValueHasTwoDecimals) {
     for (unsigned crudo = 0; crudo < kDosBytes; ++crudo) {
         comprobar(leer({.evaporacion = static_cast<std::uint16_t>(crudo)}, 10), &Muestra::evaporacion,
                   crudo * 0.01, 2, crudo);
@@ -137,7 +137,7 @@ TEST_F(Conversiones, EvaporacionDeTodoCrudoTieneDosDecimales) {
     }
 }
 
-TEST_F(Conversiones, LosCanalesAuxiliaresDeTodoCrudoQuedanEnLaMuestra) {
+TEST_F(Conversiones, TheAuxiliaryChannelsOfEveryRawValueStayInTheSample) {
     for (unsigned crudo = 0; crudo < kDosBytes; ++crudo) {
         const auto par = static_cast<std::uint16_t>(crudo);
         const auto muestra = leer({.auxiliar1 = par, .auxiliar2 = par}, 0).muestra;
@@ -146,33 +146,33 @@ TEST_F(Conversiones, LosCanalesAuxiliaresDeTodoCrudoQuedanEnLaMuestra) {
     }
 }
 
-TEST_F(Conversiones, LaMitadSeAlejaDeCeroEnElValorDecimal) {
+TEST_F(Conversiones, AHalfGoesAwayFromZeroInTheDecimalValue) {
     EXPECT_EQ(leer({.radSolar = 3250}, 7).texto, "8.65");
     EXPECT_EQ(leer({.presion = 52}, 8).texto, "134.9");
     EXPECT_EQ(leer({.viento = 1}, 4).texto, "2.3");
 }
 
-TEST_F(Conversiones, LoQueRedondeaACeroNoLlevaSigno) {
+TEST_F(Conversiones, WhatRoundsToZeroHasNoSign) {
     EXPECT_EQ(leer({.humedad = 205}, 2).texto, "0");
     EXPECT_EQ(leer({.humedad = 202}, 2).texto, "0") << "-0.387";
     EXPECT_EQ(leer({.temperatura = 375}, 3).texto, "0");
     EXPECT_EQ(leer({.velViento = 125}, 6).texto, "0");
 }
 
-TEST_F(Conversiones, LaHumedadNoSeRecortaACientoPorCiento) {
+TEST_F(Conversiones, HumidityIsNotCutAtAHundredPercent) {
     EXPECT_EQ(leer({.humedad = 980}, 2).texto, "100");
     EXPECT_EQ(leer({.humedad = 0}, 2).texto, "-26");
     EXPECT_EQ(leer({.humedad = 1023}, 2).texto, "106");
 }
 
-TEST_F(Conversiones, LosCerosFinalesNoSeEscriben) {
+TEST_F(Conversiones, TrailingZerosAreNotWritten) {
     EXPECT_EQ(leer({.temperatura = 590}, 3).texto, "21.5");
     EXPECT_EQ(leer({.lluvia = 0}, 9).texto, "0");
     EXPECT_EQ(leer({.evaporacion = 120}, 10).texto, "1.2");
     EXPECT_EQ(leer({.evaporacion = 5}, 10).texto, "0.05");
 }
 
-TEST_F(Conversiones, CadaByteDeLaRosaTieneSuNombreYNingunOtro) {
+TEST_F(Conversiones, EachByteOfTheCompassHasItsNameAndNoOther) {
     const std::array<const char*, 16> nombres = {"NNO", "NO", "ONO", "O", "OSO", "SO", "SSO", "S",
                                                  "SSE", "SE", "ESE", "E", "ENE", "NE", "NNE", "N"};
     for (unsigned crudo = 0; crudo < kUnByte; ++crudo) {
@@ -184,7 +184,7 @@ TEST_F(Conversiones, CadaByteDeLaRosaTieneSuNombreYNingunOtro) {
     }
 }
 
-TEST_F(Conversiones, ElByteCeroDelVientoNoTieneNombreYEl160EsElNorte) {
+TEST_F(Conversiones, WindByteZeroHasNoNameAnd160IsNorth) {
     const auto linea = [&](std::uint8_t crudo) {
         return leer({.viento = crudo}, 4).texto + " " + leer({.viento = crudo}, 5).texto;
     };

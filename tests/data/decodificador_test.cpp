@@ -18,7 +18,7 @@ std::string fechaYHora(const Sello& sello, Perfil perfil = Perfil::estricto) {
     return linea.substr(0, linea.empty() ? 0 : 19);
 }
 
-TEST(Linea, TieneDiezColumnasYTerminaEnCrLf) {
+TEST(Linea, HasTenColumnsAndEndsInCrLf) {
     EXPECT_EQ(lineaDe({.humedad = 700,
                        .temperatura = 590,
                        .viento = 40,
@@ -29,19 +29,19 @@ TEST(Linea, TieneDiezColumnasYTerminaEnCrLf) {
               "20/11/2018,17:04:09,64,21.5,90,O,13,0.85,100.7,0.6\r\n");
 }
 
-TEST(Linea, LaVarianteDeEvaporacionAgregaLaUndecima) {
+TEST(Linea, TheEvaporationVariantAddsTheEleventh) {
     auto decodificador = decodificadorEnMarcha();
     decodificador.evaporacion(true);
     EXPECT_EQ(darRegistro(decodificador, 0, {.evaporacion = 125}),
               "20/11/2018,17:04:09,0,0,0,---,0,0,88.1,0,1.25\r\n");
 }
 
-TEST(Linea, TemperaturaDeVoltioYMedioYVientoDeMedioVoltioSonCero) {
+TEST(Linea, TemperatureOfAVoltAndAHalfAndWindOfHalfAVoltAreZero) {
     EXPECT_EQ(lineaDe({.temperatura = 375, .velViento = 125}),
               "20/11/2018,17:04:09,0,0,0,---,0,0,88.1,0\r\n");
 }
 
-TEST(Linea, LosValoresMasLargosCabenEnLaLinea) {
+TEST(Linea, TheLongestValuesFitIntoTheLine) {
     auto decodificador = decodificadorEnMarcha();
     decodificador.evaporacion(true);
     EXPECT_EQ(darRegistro(decodificador, 0,
@@ -56,7 +56,7 @@ TEST(Linea, LosValoresMasLargosCabenEnLaLinea) {
               "20/11/2018,17:04:09,8428,6515.9,573.8,---,13081.8,174.32,59004.1,50.8,655.35\r\n");
 }
 
-TEST(Evaporacion, SinLaVarianteSusCamposConservanLoQueTenian) {
+TEST(Evaporacion, WithoutTheVariantItsFieldsKeepWhatTheyHad) {
     auto decodificador = decodificadorEnMarcha();
     decodificador.evaporacion(true);
     darRegistro(decodificador, 0, {.auxiliar2 = 150, .evaporacion = 125});
@@ -75,7 +75,7 @@ struct Cota {
 
 class SelloEstricto : public ::testing::TestWithParam<Cota> {};
 
-TEST_P(SelloEstricto, AdmiteExactamenteLosNibblesBajoSuCota) {
+TEST_P(SelloEstricto, TakesExactlyTheNibblesBelowTheirBound) {
     for (unsigned byte = 0; byte < 256; ++byte) {
         Sello sello = kSelloBueno;
         sello[GetParam().lugar] = static_cast<std::uint8_t>(byte);
@@ -89,19 +89,19 @@ INSTANTIATE_TEST_SUITE_P(cadaByte, SelloEstricto,
                          ::testing::Values(Cota{0, 3, true}, Cota{1, 6, true}, Cota{2, 6, true},
                                            Cota{3, 4, false}, Cota{4, 2, false}, Cota{5, 2, false}));
 
-TEST(SelloEstricto, AnioCeroEsMalo19Es2019Y20EsMalo) {
+TEST(SelloEstricto, YearZeroIsBad19Is2019And20IsBad) {
     EXPECT_EQ(fechaYHora({0, 0, 0, 0x01, 0x01, 0x00}), "");
     EXPECT_EQ(fechaYHora({0, 0, 0, 0x01, 0x01, 0x19}), "01/01/2019,00:00:00");
     EXPECT_EQ(fechaYHora({0, 0, 0, 0x01, 0x01, 0x20}), "");
 }
 
-TEST(SelloEstricto, LasHoras24A29SeMuestranModulo24ElMismoDia) {
+TEST(SelloEstricto, Hours24To29AreShownModulo24OnTheSameDay) {
     EXPECT_EQ(fechaYHora({0x23, 0x59, 0x59, 0x31, 0x12, 0x18}), "31/12/2018,23:59:59");
     EXPECT_EQ(fechaYHora({0x24, 0x00, 0x00, 0x31, 0x12, 0x18}), "31/12/2018,00:00:00");
     EXPECT_EQ(fechaYHora({0x29, 0x59, 0x00, 0x31, 0x12, 0x18}), "31/12/2018,05:59:00");
 }
 
-TEST(SelloEstricto, DiasYMesesDeMasPasanALaFecha) {
+TEST(SelloEstricto, ExcessDaysAndMonthsCarryIntoTheDate) {
     EXPECT_EQ(fechaYHora({0, 0, 0, 0x39, 0x19, 0x13}).substr(0, 10), "08/08/2014");
     EXPECT_EQ(fechaYHora({0, 0, 0, 0x30, 0x02, 0x18}).substr(0, 10), "02/03/2018");
     EXPECT_EQ(fechaYHora({0, 0, 0, 0x29, 0x02, 0x16}).substr(0, 10), "29/02/2016");
@@ -109,7 +109,7 @@ TEST(SelloEstricto, DiasYMesesDeMasPasanALaFecha) {
     EXPECT_EQ(fechaYHora({0, 0, 0, 0x39, 0x19, 0x19}).substr(0, 10), "08/08/2020");
 }
 
-TEST(SelloEstricto, TodaFechaBuenaEsLaDelCalendarioConAcarreo) {
+TEST(SelloEstricto, EveryGoodDateIsTheCalendarsWithCarry) {
     for (int anio = 1; anio < 20; ++anio) {
         for (int mes = 1; mes < 20; ++mes) {
             for (int dia = 1; dia < 40; ++dia) {
@@ -122,7 +122,7 @@ TEST(SelloEstricto, TodaFechaBuenaEsLaDelCalendarioConAcarreo) {
     }
 }
 
-TEST(SelloMalo, DejaLaMuestraEnElPrimeroDe1980ALasCero) {
+TEST(SelloMalo, LeavesTheSampleAtTheFirstOf1980AtZeroHours) {
     auto decodificador = decodificadorEnMarcha();
     darRegistro(decodificador, 0, {.sello = kSelloMalo, .temperatura = 590});
     const auto muestra = decodificador.muestra();
@@ -132,7 +132,7 @@ TEST(SelloMalo, DejaLaMuestraEnElPrimeroDe1980ALasCero) {
     EXPECT_EQ(muestra.temperatura, 21.5f) << "the sensors are decoded all the same";
 }
 
-TEST(SelloMalo, LaBanderaCaeAlTomarElAnioYVuelveAlFinDelRegistro) {
+TEST(SelloMalo, TheFlagFallsWithTheYearAndComesBackAtTheRecordsEnd) {
     auto decodificador = decodificadorEnMarcha();
     const auto bytes = RegistroPrueba{.sello = kSelloMalo}.bytes();
     for (int i = 0; i < 5; ++i) decodificador.proceso(i, bytes[static_cast<std::size_t>(i)]);
@@ -145,26 +145,26 @@ TEST(SelloMalo, LaBanderaCaeAlTomarElAnioYVuelveAlFinDelRegistro) {
     EXPECT_TRUE(decodificador.registroValido());
 }
 
-TEST(Bloque, UnSegundoRegistroMaloSeLlevaLaLineaDelPrimero) {
+TEST(Bloque, ABadSecondRecordTakesTheFirstsLineAlong) {
     auto decodificador = decodificadorEnMarcha();
     EXPECT_NE(darRegistro(decodificador, 0, {}), "");
     EXPECT_EQ(darRegistro(decodificador, 1, {.sello = kSelloMalo}), "");
 }
 
-TEST(Bloque, UnPrimerRegistroMaloDejaElSegundo) {
+TEST(Bloque, ABadFirstRecordLeavesTheSecond) {
     auto decodificador = decodificadorEnMarcha();
     EXPECT_EQ(darRegistro(decodificador, 0, {.sello = kSelloMalo}), "");
     EXPECT_EQ(darRegistro(decodificador, 1, {}), lineaDe({}));
 }
 
-TEST(Bloque, DosRegistrosBuenosDanDosLineasEnSuOrden) {
+TEST(Bloque, TwoGoodRecordsGiveTwoLinesInTheirOrder) {
     auto decodificador = decodificadorEnMarcha();
     darRegistro(decodificador, 0, {.lluvia = 5});
     EXPECT_EQ(darRegistro(decodificador, 1, {.lluvia = 10}),
               lineaDe({.lluvia = 5}) + lineaDe({.lluvia = 10}));
 }
 
-TEST(Arranque, ElPrimerRegistroNuncaSeEscribe) {
+TEST(Arranque, TheFirstRecordIsNeverWritten) {
     Decodificador decodificador;
     EXPECT_FALSE(decodificador.registroValido());
     EXPECT_EQ(darRegistro(decodificador, 0, {}), "");
@@ -173,14 +173,14 @@ TEST(Arranque, ElPrimerRegistroNuncaSeEscribe) {
     EXPECT_NE(darRegistro(decodificador, 1, {}), "");
 }
 
-TEST(Arranque, LaMuestraAntesDelPrimerRegistroEstaEnCero) {
+TEST(Arranque, TheSampleBeforeTheFirstRecordIsAtZero) {
     const auto muestra = Decodificador().muestra();
     EXPECT_EQ(muestra.humedad, 0.0f);
     EXPECT_EQ(muestra.fecha, (Fecha{1980, 1, 1}));
     EXPECT_FALSE(muestra.registroValido);
 }
 
-TEST(Posicion, FueraDe0A63NoSeDecodificaNada) {
+TEST(Posicion, Outside0To63NothingIsDecoded) {
     auto decodificador = decodificadorEnMarcha();
     for (const int posicion : {-1, 64, 95, 1 << 30, -(1 << 30)}) {
         EXPECT_FALSE(decodificador.proceso(posicion, 0x55)) << posicion;
@@ -190,14 +190,14 @@ TEST(Posicion, FueraDe0A63NoSeDecodificaNada) {
     EXPECT_TRUE(decodificador.proceso(63, 0));
 }
 
-TEST(MemoriaBorrada, NoDaLineasEnNingunPerfil) {
+TEST(MemoriaBorrada, GivesNoLinesInEitherProfile) {
     for (const auto perfil : {Perfil::estricto, Perfil::ampliado}) {
         EXPECT_EQ(fechaYHora(kSelloBorrado, perfil), "");
         EXPECT_EQ(fechaYHora(Sello{}, perfil), "");
     }
 }
 
-TEST(PerfilAmpliado, AdmiteLosAnios2000A2099) {
+TEST(PerfilAmpliado, TakesTheYears2000To2099) {
     EXPECT_EQ(fechaYHora({0x12, 0, 0, 0x01, 0x02, 0x00}, Perfil::ampliado), "01/02/2000,12:00:00");
     EXPECT_EQ(fechaYHora({0x12, 0, 0, 0x01, 0x02, 0x26}, Perfil::ampliado), "01/02/2026,12:00:00");
     EXPECT_EQ(fechaYHora({0x12, 0, 0, 0x01, 0x02, 0x99}, Perfil::ampliado), "01/02/2099,12:00:00");
@@ -205,7 +205,7 @@ TEST(PerfilAmpliado, AdmiteLosAnios2000A2099) {
     EXPECT_EQ(fechaYHora({0x12, 0, 0, 0x01, 0x02, 0xA0}, Perfil::ampliado), "");
 }
 
-TEST(PerfilAmpliado, AdmiteExactamenteLasFechasReales) {
+TEST(PerfilAmpliado, TakesExactlyTheRealDates) {
     for (unsigned anio = 0; anio < 256; ++anio) {
         for (unsigned mes = 0; mes < 256; ++mes) {
             for (const unsigned dia :
@@ -228,7 +228,7 @@ TEST(PerfilAmpliado, AdmiteExactamenteLasFechasReales) {
     }
 }
 
-TEST(PerfilAmpliado, AdmiteExactamenteLasHorasReales) {
+TEST(PerfilAmpliado, TakesExactlyTheRealTimes) {
     for (std::size_t lugar = 0; lugar < 3; ++lugar) {
         for (unsigned byte = 0; byte < 256; ++byte) {
             Sello sello = kSelloBueno;
@@ -239,20 +239,20 @@ TEST(PerfilAmpliado, AdmiteExactamenteLasHorasReales) {
     }
 }
 
-TEST(PerfilAmpliado, UnPrimerRegistroBuenoQuedaAunqueElSegundoSeaMalo) {
+TEST(PerfilAmpliado, AGoodFirstRecordStaysAlthoughTheSecondIsBad) {
     auto decodificador = decodificadorEnMarcha(Perfil::ampliado);
     darRegistro(decodificador, 0, {});
     EXPECT_EQ(darRegistro(decodificador, 1, {.sello = kSelloMalo}), lineaDe({}));
 }
 
-TEST(Recuento, SuTextoDistingueUnoDeVarios) {
+TEST(Recuento, ItsTextTellsOneFromMany) {
     EXPECT_EQ((Recuento{8178, 0, 0}).texto(),
               "8178 muestras escritas, 0 registros vacios, 0 descartados por fecha u hora incorrecta");
     EXPECT_EQ((Recuento{1, 1, 1}).texto(),
               "1 muestra escrita, 1 registro vacio, 1 descartado por fecha u hora incorrecta");
 }
 
-TEST(Recuento, NombraLaOpcionCuandoConEllaValeLaMayorParte) {
+TEST(Recuento, NamesTheOptionWhenMostWouldHoldWithIt) {
     EXPECT_EQ((Recuento{0, 2, 8178, 8178}).texto(),
               "0 muestras escritas, 2 registros vacios, 8178 descartados por fecha u hora incorrecta (8178 "
               "valen con "

@@ -80,7 +80,7 @@ std::string csv() {
     return std::string(archivo.bytes());
 }
 
-TEST(ImagenDorada, ElCsvDeUnaImagenEnteraEsElGuardado) {
+TEST(ImagenDorada, TheCsvOfAWholeImageIsTheKeptOne) {
     if (std::getenv("TELVANE_REHACER_DORADOS")) guardarAtomico(kDorado, csv());
     const auto guardado = leerTodo(kDorado);
     ASSERT_NE(guardado, "") << "missing: " << kDorado;

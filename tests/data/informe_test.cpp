@@ -18,7 +18,7 @@ using ::testing::StartsWith;
 const FechaHora kMomento{2004, 3, 7, 9h + 5min + 2s + 900ms};
 constexpr std::string_view kConfig = "Muestras cada 10 Minutos\r\nUbicacion: Peñón\r\n";
 
-TEST(EncabezadoCsv, TieneTituloMomentoLineaVaciaYConfiguracion) {
+TEST(EncabezadoCsv, HasTitleMomentAnEmptyLineAndTheConfiguration) {
     EXPECT_EQ(encabezadoCsv(kMomento, kConfig),
               " Equipo Registrador VELTRA \r\n"
               "proceso realizado el 07/03/2004  a las 09:05:02\r\n"
@@ -27,7 +27,7 @@ TEST(EncabezadoCsv, TieneTituloMomentoLineaVaciaYConfiguracion) {
               "Muestras cada 10 Minutos\r\nUbicacion: Peñón\r\n");
 }
 
-TEST(Columnas, SonDiezYOnceConEvaporacion) {
+TEST(Columnas, AreTenAndElevenWithEvaporation) {
     EXPECT_EQ(columnasCsv(false),
               "Fecha,Hora,RH[%],Temp[ºC],Dir Viento [º], Dir Viento (R) ,Vel Viento[km/h],Rad Solar [KW/m2],"
               "Pres. Atm [kPa],Plu parcial[mm]\r\n");
@@ -36,11 +36,11 @@ TEST(Columnas, SonDiezYOnceConEvaporacion) {
               "Pres. Atm [kPa],Plu parcial[mm],Eva parcial[mm]\r\n");
 }
 
-TEST(Columnas, LasDeLaPlanillaNombranCuatro) {
+TEST(Columnas, TheSpreadsheetsNameFour) {
     EXPECT_EQ(columnasXls(), "Fecha,Hora,Temperatura[ºC],Precipitacion[mm]\r\n");
 }
 
-TEST(InformeEventos, TieneFechaLargaConfiguracionYNingunEvento) {
+TEST(InformeEventos, HasTheLongDateTheConfigurationAndNoEvent) {
     EXPECT_EQ(informeEventos(kMomento, kConfig),
               "Registro de eventos y configuracion de equipo registrador  \r\n"
               "proceso realizado el domingo, 7 de marzo de 2004  a las 09:05:02\r\n"
@@ -51,18 +51,18 @@ TEST(InformeEventos, TieneFechaLargaConfiguracionYNingunEvento) {
               "Eventos producidos:\r\n");
 }
 
-TEST(NombreCsv, EsLaUbicacionSinBlancosExterioresYLaFechaSinCeros) {
+TEST(NombreCsv, IsTheLocationWithoutOuterBlanksAndTheDateWithoutZeros) {
     EXPECT_EQ(nombreCsv("Finca Norte", kMomento), "Finca Norte 7_3_2004");
     EXPECT_EQ(nombreCsv("  Finca Norte                        ", kMomento), "Finca Norte 7_3_2004");
     EXPECT_EQ(nombreCsv("Peñón", kMomento), "Peñón 7_3_2004");
 }
 
-TEST(NombreCsv, LaUbicacionNoEligeCarpeta) {
+TEST(NombreCsv, TheLocationChoosesNoFolder) {
     EXPECT_EQ(nombreCsv("../../etc/passwd", kMomento), "_._.._etc_passwd 7_3_2004");
     EXPECT_EQ(nombreCsv("/", kMomento), "_ 7_3_2004");
 }
 
-TEST(NombreCsv, NiNulNiControlesQuedan) {
+TEST(NombreCsv, NeitherNulNorControlsStay) {
     EXPECT_EQ(nombreCsv(std::string_view("a\0b\r\n\x7F"
                                          "c",
                                          7),
@@ -76,7 +76,7 @@ TEST(NombreCsv, NiNulNiControlesQuedan) {
     EXPECT_EQ(nombreCsv("a\xC2", kMomento), "a\xC2 7_3_2004");
 }
 
-TEST(NombreCsv, LoQueUnDialogoOUnSistemaDeArchivosTomaPorOtraCosaNoQueda) {
+TEST(NombreCsv, WhatADialogOrAFileSystemTakesForMoreDoesNotStay) {
     EXPECT_EQ(nombreCsv("Finca \"Norte\"", kMomento), "Finca _Norte_ 7_3_2004");
     EXPECT_EQ(nombreCsv("6\" pozo", kMomento), "6_ pozo 7_3_2004");
     EXPECT_EQ(nombreCsv("~nobody", kMomento), "_nobody 7_3_2004");
@@ -90,13 +90,13 @@ TEST(NombreCsv, LoQueUnDialogoOUnSistemaDeArchivosTomaPorOtraCosaNoQueda) {
         << "what means nothing there stays";
 }
 
-TEST(NombreCsv, SinUbicacionQuedaLaFechaYUnBlancoDuroEsUnBlanco) {
+TEST(NombreCsv, WithoutALocationTheDateStaysAndAHardBlankIsABlank) {
     EXPECT_EQ(nombreCsv("", kMomento), "7_3_2004");
     EXPECT_EQ(nombreCsv("     ", kMomento), "7_3_2004");
     EXPECT_EQ(nombreCsv("\u00A0 Finca\u00A0Norte \u00A0", kMomento), "Finca\u00A0Norte 7_3_2004");
 }
 
-TEST(NombreCsv, NingunByteDelRegistradorDejaUnaBarraOUnControl) {
+TEST(NombreCsv, NoByteOfTheLoggerLeavesASlashOrAControl) {
     for (unsigned byte = 0; byte < 256; ++byte) {
         const std::array<std::uint8_t, 3> crudo = {'a', static_cast<std::uint8_t>(byte), 'b'};
         const auto nombre = cp1252DeUtf8(nombreCsv(utf8DeCp1252(crudo), kMomento));
@@ -106,7 +106,7 @@ TEST(NombreCsv, NingunByteDelRegistradorDejaUnaBarraOUnControl) {
     }
 }
 
-TEST(ArchivoCsv, EsEncabezadoColumnasLineasYUnaLineaVacia) {
+TEST(ArchivoCsv, IsHeaderColumnsLinesAndAnEmptyLine) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 0, {});
     ponerRegistro(memoria.bloque(6), 1, {.lluvia = 5});
@@ -119,7 +119,7 @@ TEST(ArchivoCsv, EsEncabezadoColumnasLineasYUnaLineaVacia) {
     EXPECT_EQ(archivo.recuento.escritas, 2u);
 }
 
-TEST(ArchivoCsv, ElSignoDeGradosEsUnByteDeWindows1252) {
+TEST(ArchivoCsv, TheDegreeSignIsAByteOfWindows1252) {
     Decodificador decodificador;
     const auto archivo = archivoDatos(Formato::csv, Memoria(), decodificador, kUltimoBloque, kMomento, "");
     EXPECT_NE(archivo.bytes().find("Temp[\xBA"
@@ -127,14 +127,14 @@ TEST(ArchivoCsv, ElSignoDeGradosEsUnByteDeWindows1252) {
               std::string::npos);
 }
 
-TEST(ArchivoCsv, SinMuestrasConservaEncabezadoColumnasYFinal) {
+TEST(ArchivoCsv, WithoutSamplesItKeepsHeaderColumnsAndEnd) {
     Decodificador decodificador;
     const auto archivo =
         archivoDatos(Formato::csv, Memoria(), decodificador, kUltimoBloque, kMomento, kConfig);
     EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(encabezadoCsv(kMomento, kConfig) + columnasCsv(false) + "\r\n"));
 }
 
-TEST(ArchivoXls, LlevaCuatroNombresYLasDiezColumnas) {
+TEST(ArchivoXls, HasFourNamesAndTheTenColumns) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 1, {});
     Decodificador decodificador;
@@ -142,14 +142,14 @@ TEST(ArchivoXls, LlevaCuatroNombresYLasDiezColumnas) {
     EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(columnasXls()) + lineaDe({}) + "\r\n");
 }
 
-TEST(ArchivoXls, SinMuestrasTieneSoloLosNombresYLaLineaFinal) {
+TEST(ArchivoXls, WithoutSamplesItHasTheNamesAndTheLastLineOnly) {
     Decodificador decodificador;
     const auto archivo =
         archivoDatos(Formato::xls, Memoria(), decodificador, kUltimoBloque, kMomento, kConfig);
     EXPECT_EQ(archivo.bytes(), cp1252DeUtf8(columnasXls()) + "\r\n");
 }
 
-TEST(ArchivoJsonl, EsUnObjetoPorLineaYNadaMas) {
+TEST(ArchivoJsonl, IsOneObjectALineAndNothingElse) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 1, {.viento = 40});
     Decodificador decodificador;
@@ -159,7 +159,7 @@ TEST(ArchivoJsonl, EsUnObjetoPorLineaYNadaMas) {
 }
 
 // What the window shows and saves, and what the console tool writes.
-TEST(TextoDatos, EsElDelArchivo) {
+TEST(TextoDatos, IsTheFiles) {
     Memoria memoria;
     ponerRegistro(memoria.bloque(6), 1, {});
     for (const auto& suya : kFormatos) {
@@ -175,7 +175,7 @@ TEST(TextoDatos, EsElDelArchivo) {
     }
 }
 
-TEST(Formatos, CadaUnoSeLeePorSuNombreYSoloPorEl) {
+TEST(Formatos, EachIsReadByItsNameAndByThatOnly) {
     for (const auto& suya : kFormatos) EXPECT_EQ(leerFormato(suya.nombre()), suya.formato);
     for (const auto* otro : {"", "csv ", ".csv", "CSV", "json"}) EXPECT_EQ(leerFormato(otro), std::nullopt);
     EXPECT_EQ(nombresDeFormatos(), "csv, xls o jsonl");

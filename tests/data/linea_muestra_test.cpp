@@ -29,13 +29,13 @@ constexpr RegistroPrueba kLargo{.humedad = 65535,
                                 .lluvia = 254,
                                 .evaporacion = 65535};
 
-TEST(LineaMuestra, TieneLasColumnasDeLaVariante) {
+TEST(LineaMuestra, HasTheColumnsOfTheVariant) {
     EXPECT_EQ(lineaDe(kDelMedio.bytes(), false), "20/11/2018,17:04:09,64,21.5,90,O,13,0.85,100.7,0.6\r\n");
     EXPECT_EQ(lineaDe(kDelMedio.bytes(), true),
               "20/11/2018,17:04:09,64,21.5,90,O,13,0.85,100.7,0.6,1.25\r\n");
 }
 
-TEST(ObjetoMuestra, TieneLosMiembrosDeLaVariante) {
+TEST(ObjetoMuestra, HasTheMembersOfTheVariant) {
     EXPECT_EQ(objetoDe(kDelMedio.bytes(), false),
               R"({"hora":"2018-11-20T17:04:09","humedad":64,"temperatura":21.5,"dir_viento":90,)"
               R"("dir_viento_r":"O","vel_viento":13,"rad_solar":0.85,"presion":100.7,"lluvia":0.6})"
@@ -47,7 +47,7 @@ TEST(ObjetoMuestra, TieneLosMiembrosDeLaVariante) {
               "\n");
 }
 
-TEST(ObjetoMuestra, LosValoresMasLargosCaben) {
+TEST(ObjetoMuestra, TheLongestValuesFit) {
     EXPECT_EQ(objetoDe(kLargo.bytes(), true),
               R"({"hora":"2018-11-20T17:04:09","humedad":8428,"temperatura":6515.9,"dir_viento":292.5,)"
               R"("dir_viento_r":"ENE","vel_viento":13081.8,"rad_solar":174.32,"presion":59004.1,)"
@@ -55,12 +55,12 @@ TEST(ObjetoMuestra, LosValoresMasLargosCaben) {
               "\n");
 }
 
-TEST(ObjetoMuestra, UnSelloConAcarreoDaLaFechaReal) {
+TEST(ObjetoMuestra, AStampWithCarryGivesTheRealDate) {
     const auto objeto = objetoDe(RegistroPrueba{.sello = {0x29, 0, 0, 0x39, 0x19, 0x13}}.bytes(), false);
     EXPECT_EQ(objeto.substr(0, 30), R"({"hora":"2014-08-08T05:00:00",)");
 }
 
-TEST(UnaColumnaMas, SeEscribeEntreElUltimoValorYElFinal) {
+TEST(UnaColumnaMas, IsWrittenBetweenTheLastValueAndTheEnd) {
     std::array<char, kLineaMaxima + 32> sitio{};
     char* p = escribirColumnas(sitio.data(), kDelMedio.bytes(), false);
     p = cerrarLinea(escribirTexto(p, "hueco,"));
@@ -73,7 +73,7 @@ TEST(UnaColumnaMas, SeEscribeEntreElUltimoValorYElFinal) {
                                "\n"));
 }
 
-RC_GTEST_PROP(ObjetoMuestraAlAzar, SusValoresSonLosDeLaLinea, (bool evaporacion)) {
+RC_GTEST_PROP(ObjetoMuestraAlAzar, ItsValuesAreThoseOfTheLine, (bool evaporacion)) {
     auto bytes = *rc::gen::container<BytesMuestra>(rc::gen::arbitrary<std::uint8_t>());
     std::copy(kSelloBueno.begin(), kSelloBueno.end(), bytes.begin());
     // Names, braces and quotes aside, behind date and time.

@@ -191,7 +191,7 @@ class Finales : public FinalesBase, public ::testing::WithParamInterface<Caso> {
     using VentanaE2e::teclear;
 };
 
-TEST_P(Finales, ElProgramaTermina) {
+TEST_P(Finales, TheProgramEnds) {
     const auto& caso = GetParam();
     acaba(caso.fin, caso.momento.delante == Delante::soloCaja);
     EXPECT_EQ(programa_->terminar(kPronto), caso.fin == Fin::pantalla ? 1 : caso.momento.estado)

@@ -43,7 +43,7 @@ std::string rellenar(std::string_view texto, std::size_t ancho) {
     return std::string(texto) + std::string(ancho - texto.size(), ' ');
 }
 
-TEST(RegistroConfig, LosCamposEstanDondeLosPoneElRegistrador) {
+TEST(RegistroConfig, TheFieldsAreWhereTheLoggerPutsThem) {
     using namespace registro_config;
     const std::array<std::size_t, 10> lugares = {kSerie,   kUsuario,   kUbicacion, kLatitud, kLongitud,
                                                  kAltitud, kIntervalo, kReloj,     kFin,     kCabecera};
@@ -51,21 +51,21 @@ TEST(RegistroConfig, LosCamposEstanDondeLosPoneElRegistrador) {
     EXPECT_EQ(kAnchos, (std::array<int, 5>{30, 35, 15, 15, 5}));
 }
 
-TEST(RegistroConfig, LoQueNadieLeyoEstaVacio) {
+TEST(RegistroConfig, WhatNobodyReadIsEmpty) {
     const DatosConfig datos;
     EXPECT_EQ(datos.intervaloCodigo, 0);
     EXPECT_EQ(datos.Nserie, "");
     EXPECT_EQ(datos[CampoTexto::altitud], "");
 }
 
-TEST(Evaporacion, LaLlevanLosNumerosDesde2080000HastaAntesDe2080100) {
+TEST(Evaporacion, NumbersFrom2080000ToBefore2080100HaveIt) {
     EXPECT_TRUE(llevaEvaporacion(2080000.0f));
     EXPECT_TRUE(llevaEvaporacion(2080099.0f));
     EXPECT_FALSE(llevaEvaporacion(2080100.0f));
     EXPECT_FALSE(llevaEvaporacion(2079999.0f));
 }
 
-TEST(DigitosBcd, CadaByteDaSusDosNibblesMasElCero) {
+TEST(DigitosBcd, EachByteGivesItsTwoNibblesPlusTheZero) {
     for (unsigned byte = 0; byte < 256; ++byte) {
         const auto digitos = digitosBcd(static_cast<std::uint8_t>(byte));
         EXPECT_EQ(digitos[0], static_cast<char>('0' + byte / 16)) << byte;
@@ -73,19 +73,19 @@ TEST(DigitosBcd, CadaByteDaSusDosNibblesMasElCero) {
     }
 }
 
-TEST(DigitosBcd, UnNibbleMayorQueNueveDaElCaracterQueSigue) {
+TEST(DigitosBcd, ANibbleAboveNineGivesTheCharacterThatFollows) {
     EXPECT_EQ(digitosBcd(0x9A), (std::array<char, 2>{'9', ':'}));
     EXPECT_EQ(digitosBcd(0x1F), (std::array<char, 2>{'1', '?'}));
 }
 
-TEST(EmpacarBcd, EsLaInversaDeLosDigitos) {
+TEST(EmpacarBcd, IsTheInverseOfTheDigits) {
     for (int valor = 0; valor < 100; ++valor) {
         const auto digitos = digitosBcd(empacarBcd(valor));
         EXPECT_EQ((digitos[0] - '0') * 10 + digitos[1] - '0', valor);
     }
 }
 
-TEST(IndiceIntervalo, SoloSeisCodigosTienenUno) {
+TEST(IndiceIntervalo, OnlySixCodesHaveOne) {
     const std::vector<std::pair<unsigned, std::string>> codigos = {{0x01, "1"},  {0x05, "5"},  {0x10, "10"},
                                                                    {0x15, "15"}, {0x30, "30"}, {0x60, "60"}};
     std::size_t encontrados = 0;
@@ -103,7 +103,7 @@ TEST(IndiceIntervalo, SoloSeisCodigosTienenUno) {
     EXPECT_EQ(encontrados, codigos.size());
 }
 
-TEST(NumeroDeSerie, SonLosDigitosInicialesEnPrecisionSimple) {
+TEST(NumeroDeSerie, AreTheLeadingDigitsInSinglePrecision) {
     EXPECT_EQ(numeroDeSerie("02080050"), 2080050.0f);
     EXPECT_EQ(numeroDeSerie("99999999"), 100000000.0f);
     EXPECT_EQ(numeroDeSerie("0208005:"), 208005.0f);
@@ -114,7 +114,7 @@ TEST(NumeroDeSerie, SonLosDigitosInicialesEnPrecisionSimple) {
     EXPECT_EQ(numeroDeSerie(""), 0.0f);
 }
 
-TEST(Resumen, SieteLineasYDosVaciasConUnBlancoTrasLosDosPuntos) {
+TEST(Resumen, SevenLinesAndTwoEmptyOnesWithABlankBehindTheColon) {
     EXPECT_EQ(resumenTrasLectura("60", "Nro  : 12345678", {"Ana", "Finca", "34 S", "58 O", "25"}),
               "Muestras cada 60 Minutos\r\n"
               "Nro  : 12345678\r\n"
@@ -127,13 +127,13 @@ TEST(Resumen, SieteLineasYDosVaciasConUnBlancoTrasLosDosPuntos) {
               "\r\n");
 }
 
-TEST(Resumen, UnUsuarioEnBlancoConservaSusTreintaBlancos) {
+TEST(Resumen, ABlankUserKeepsItsThirtyBlanks) {
     const std::string blancos(30, ' ');
     EXPECT_NE(resumenTrasLectura("1", "", {blancos, "", "", "", ""}).find("Usuario: " + blancos + "\r\n"),
               std::string::npos);
 }
 
-TEST(Config, ElTextoDeLaCabeceraTieneSusPropiosRotulos) {
+TEST(Config, TheHeadersTextHasLabelsOfItsOwn) {
     EXPECT_EQ(leer(cabecera()).texto,
               "Numero de serie : 02080050\r\n"
               "Usuario:  " +
@@ -142,7 +142,7 @@ TEST(Config, ElTextoDeLaCabeceraTieneSusPropiosRotulos) {
                   "\r\n" + "Altitud :  " + rellenar("25", 5) + "\r\n" + "Muestras cada 10 Minutos\r\n");
 }
 
-TEST(Config, CadaLineaApareceConElUltimoByteDeSuCampo) {
+TEST(Config, EachLineAppearsWithTheLastByteOfItsField) {
     const auto bytes = cabecera();
     TextoDeCabecera texto;
     std::vector<std::size_t> finales;
@@ -155,7 +155,7 @@ TEST(Config, CadaLineaApareceConElUltimoByteDeSuCampo) {
     EXPECT_EQ(texto.recogido, "");
 }
 
-TEST(Config, DeUnaImagenEnteraSeLeeSuCabecera) {
+TEST(Config, OfAWholeImageTheHeaderIsRead) {
     auto bytes = cabecera();
     const auto esperado = leer(bytes);
     bytes.resize(262144, 0x02);
@@ -166,11 +166,11 @@ TEST(Config, DeUnaImagenEnteraSeLeeSuCabecera) {
     EXPECT_TRUE(leido.llevaEvaporacion());
 }
 
-TEST(Config, ElCodigo0x60DaSesentaMinutos) {
+TEST(Config, Code0x60GivesSixtyMinutes) {
     EXPECT_TRUE(leer(cabecera(0x60)).texto.ends_with("Muestras cada 60 Minutos\r\n"));
 }
 
-TEST(Config, UnCodigoDesconocidoDejaElIntervaloQueHabia) {
+TEST(Config, AnUnknownCodeLeavesTheIntervalAsItWas) {
     TextoDeCabecera texto;
     texto.intervalo = "15";
     texto.config(104, 0x20);
@@ -178,24 +178,24 @@ TEST(Config, UnCodigoDesconocidoDejaElIntervaloQueHabia) {
     EXPECT_EQ(texto.texto, "Muestras cada 15 Minutos\r\n");
 }
 
-TEST(Config, UnByteDeSerie0x9ADaNueveYDosPuntos) {
+TEST(Config, ASerialByte0x9AGivesNineAndAColon) {
     auto bytes = cabecera();
     bytes[0] = 0x9A;
     EXPECT_TRUE(leer(bytes).texto.starts_with("Numero de serie : 9:080050\r\n"));
 }
 
-TEST(Config, LosTextosSonDeWindows1252) {
+TEST(Config, TheTextsAreWindows1252) {
     EXPECT_NE(leer(cabecera(0x10, "Mu\xF1oz \x80")).texto.find("Usuario:  Muñoz €"), std::string::npos);
 }
 
-TEST(Config, SoloAgregaYNuncaBorraElTexto) {
+TEST(Config, AddsOnlyAndNeverErasesTheText) {
     TextoDeCabecera texto;
     texto.texto = "antes";
     texto.config(104, 0x01);
     EXPECT_EQ(texto.texto, "antesMuestras cada 1 Minutos\r\n");
 }
 
-TEST(Config, FueraDeLaCabeceraNoHaceNada) {
+TEST(Config, OutsideTheHeaderItDoesNothing) {
     TextoDeCabecera texto;
     EXPECT_TRUE(texto.config(431, 0x20));
     EXPECT_FALSE(texto.config(432, 0x20));
@@ -205,7 +205,7 @@ TEST(Config, FueraDeLaCabeceraNoHaceNada) {
 }
 
 // A field takes exactly what the record holds of it.
-TEST(CamposDeLaForma, TienenLosAnchosDelRegistro) {
+TEST(CamposDeLaForma, HaveTheRecordsWidths) {
     FormaInicio forma;
     const auto campos = forma.camposTexto();
     constexpr std::array<std::size_t, kAnchos.size() + 1> kLugares = {
@@ -248,7 +248,7 @@ TEST(TextoConfig, HasTheLinesOfARead) {
         << "an interval that is none of the six has no text";
 }
 
-TEST(Lectura, DiceQueParteDelRelojEsMala) {
+TEST(Lectura, SaysWhichPartOfTheClockIsBad) {
     EXPECT_EQ(avisoDe(HitoLectura::horaMala), "hora mal");
     EXPECT_EQ(avisoDe(HitoLectura::fechaMala), "fecha mal");
     EXPECT_EQ(avisoDe(HitoLectura::finFechaMala), "fecha mal");

@@ -15,12 +15,12 @@ std::vector<std::uint8_t> todosLosBytes() {
     return bytes;
 }
 
-TEST(Cp1252, CadaByteSobreviveLaIdaYVuelta) {
+TEST(Cp1252, EachByteSurvivesTheRoundTrip) {
     const auto bytes = todosLosBytes();
     EXPECT_EQ(cp1252DeUtf8(utf8DeCp1252(bytes)), std::string(bytes.begin(), bytes.end()));
 }
 
-TEST(Cp1252, CadaByteEsUnCaracter) {
+TEST(Cp1252, EachByteIsOneCharacter) {
     EXPECT_EQ(caracteres(utf8DeCp1252(todosLosBytes())), 256u);
 }
 
@@ -48,13 +48,13 @@ bool esSustituto(char32_t punto) {
     return punto / 0x800 == 0xD800 / 0x800;
 }
 
-TEST(Cp1252, LosBytesAltosSonLosDeWindows) {
+TEST(Cp1252, TheHighBytesAreThoseOfWindows) {
     std::string esperado;
     for (char32_t b = 0; b < 256; ++b) esperado += utf8(b >= 0x80 && b < 0xA0 ? kAltos[b - 0x80] : b);
     EXPECT_EQ(utf8DeCp1252(todosLosBytes()), esperado);
 }
 
-TEST(Cp1252, CadaPuntoTieneSuByteOUnaPregunta) {
+TEST(Cp1252, EachPointHasItsByteOrAQuestionMark) {
     for (char32_t punto = 0; punto < 0x120000; ++punto) {
         const auto texto = utf8(punto);
         const bool malo = esSustituto(punto) || punto > 0x10FFFF;
@@ -64,7 +64,7 @@ TEST(Cp1252, CadaPuntoTieneSuByteOUnaPregunta) {
     }
 }
 
-TEST(Cp1252, DosBytesSonUnCaracterSoloSiSeEscribenAsi) {
+TEST(Cp1252, TwoBytesAreOneCharacterOnlyIfWrittenSo) {
     for (unsigned a = 0; a < 256; ++a) {
         for (unsigned b = 0; b < 256; ++b) {
             const std::string texto = {static_cast<char>(a), static_cast<char>(b)};
@@ -78,13 +78,13 @@ TEST(Cp1252, DosBytesSonUnCaracterSoloSiSeEscribenAsi) {
     }
 }
 
-TEST(Cp1252, NingunPuntoEmpiezaPorLosUltimosBytes) {
+TEST(Cp1252, NoPointBeginsWithTheLastBytes) {
     for (unsigned b = 0xF8; b < 256; ++b) {
         EXPECT_EQ(cp1252DeUtf8(std::string{static_cast<char>(b)} + "\x90\x80\x80"), "????") << b;
     }
 }
 
-TEST(Cp1252, LosPrimerosCaracteresSeCuentanPorPuntos) {
+TEST(Cp1252, TheFirstCharactersAreCountedInPoints) {
     EXPECT_EQ(primerosCaracteres("Peñón", 0), "");
     EXPECT_EQ(primerosCaracteres("Peñón", 3), "Peñ");
     EXPECT_EQ(primerosCaracteres("Peñón", 4), "Peñó");
@@ -93,18 +93,18 @@ TEST(Cp1252, LosPrimerosCaracteresSeCuentanPorPuntos) {
     EXPECT_EQ(primerosCaracteres("", 2), "");
 }
 
-TEST(Cp1252, LosCincoBytesSinCaracterSonControlesDelMismoNumero) {
+TEST(Cp1252, TheFiveBytesWithoutACharacterAreControlsOfTheSameNumber) {
     const std::vector<std::uint8_t> bytes = {0x81, 0x8D, 0x8F, 0x90, 0x9D};
     EXPECT_EQ(utf8DeCp1252(bytes), "\xC2\x81\xC2\x8D\xC2\x8F\xC2\x90\xC2\x9D");
 }
 
-TEST(Cp1252, LoQueNoTieneLugarEsUnaPregunta) {
+TEST(Cp1252, WhatHasNoPlaceIsAQuestionMark) {
     EXPECT_EQ(cp1252DeUtf8("a\u0416b"), "a?b");
     EXPECT_EQ(cp1252DeUtf8("日本"), "??");
     EXPECT_EQ(cp1252DeUtf8("😀"), "?");
 }
 
-TEST(Cp1252, UnByteMalFormadoEsUnaPreguntaCadaUno) {
+TEST(Cp1252, EachMalformedByteIsAQuestionMark) {
     EXPECT_EQ(cp1252DeUtf8("a\xFF"
                            "b"),
               "a?b");
@@ -112,7 +112,7 @@ TEST(Cp1252, UnByteMalFormadoEsUnaPreguntaCadaUno) {
     EXPECT_EQ(cp1252DeUtf8("\xE2\x82z"), "??z");
 }
 
-TEST(Cp1252, LasFormasLargasYLosSustitutosSonMalFormados) {
+TEST(Cp1252, OverlongFormsAndSurrogatesAreMalformed) {
     EXPECT_EQ(cp1252DeUtf8("\xC0\xAF"), "??") << "a slash written in two bytes is no slash";
     EXPECT_EQ(cp1252DeUtf8("\xE0\x80\xAF"), "???");
     EXPECT_EQ(cp1252DeUtf8("\xE0\x9F\xBF"), "???") << "the last that two bytes can say";
@@ -121,7 +121,7 @@ TEST(Cp1252, LasFormasLargasYLosSustitutosSonMalFormados) {
     EXPECT_EQ(cp1252DeUtf8("\xF4\x90\x80\x80"), "????");
 }
 
-TEST(Cp1252, CaracteresCuentaPuntosYNoBytes) {
+TEST(Cp1252, CharactersCountPointsAndNotBytes) {
     EXPECT_EQ(caracteres(""), 0u);
     EXPECT_EQ(caracteres("Peñón"), 5u);
     EXPECT_EQ(caracteres("€"), 1u);

@@ -67,7 +67,7 @@ TEST_F(DestinoDe, ADataBaseIsNeverReplacedWhateverItsNameNorWhatStandsBesideIt) 
         EXPECT_EQ(negativa(ruta(nombre)), "") << nombre;
 }
 
-TEST_F(DestinoDe, UnaTuberiaSeEscribeDondeSeAdmiteYSiguesiendoTuberia) {
+TEST_F(DestinoDe, APipeIsWrittenToWhereItIsTakenAndStaysAPipe) {
     ASSERT_EQ(::mkfifo(ruta("tubo").c_str(), 0600), 0);
     EXPECT_EQ(negativa(ruta("tubo")), "no se pudo guardar tubo: no es un archivo normal");
     const auto destino = revisarDestino(ruta("tubo"), {.corriente = true});
@@ -79,7 +79,7 @@ TEST_F(DestinoDe, UnaTuberiaSeEscribeDondeSeAdmiteYSiguesiendoTuberia) {
     EXPECT_TRUE(fs::is_fifo(ruta("tubo")));
 }
 
-TEST_F(DestinoDe, SoloLosDispositivosQueTomanTexto) {
+TEST_F(DestinoDe, OnlyTheDevicesThatTakeText) {
     EXPECT_TRUE(revisarDestino("/dev/null", {.corriente = true}).corriente);
     EXPECT_NE(negativa("/dev/full", {.corriente = true}), "");
     EXPECT_NE(negativa("/dev/zero", {.corriente = true}), "");
@@ -91,7 +91,7 @@ TEST_F(DestinoDe, SoloLosDispositivosQueTomanTexto) {
     EXPECT_NE(negativa(ruta("disco"), {.corriente = true}), "");
 }
 
-TEST_F(DestinoDe, UnTerminalQueNoEsElNuestroSeNiega) {
+TEST_F(DestinoDe, ATerminalThatIsNotOursIsRefused) {
     const Descriptor maestro(::posix_openpt(O_RDWR | O_NOCTTY));
     ASSERT_EQ(::grantpt(maestro()), 0);
     ASSERT_EQ(::unlockpt(maestro()), 0);
@@ -99,7 +99,7 @@ TEST_F(DestinoDe, UnTerminalQueNoEsElNuestroSeNiega) {
 }
 
 // As a FIFO without a reader cannot be opened, so cannot a terminal that is none.
-TEST_F(DestinoDe, SoloUnaTuberiaEsperaASuLector) {
+TEST_F(DestinoDe, OnlyAPipeWaitsForItsReader) {
     EXPECT_EXIT(
         {
             ::setsid();
@@ -114,7 +114,7 @@ TEST_F(DestinoDe, SoloUnaTuberiaEsperaASuLector) {
         testing::ExitedWithCode(0), "");
 }
 
-TEST_F(DestinoDe, UnArchivoAbiertoEsElMismoQuePorSuNombre) {
+TEST_F(DestinoDe, AnOpenFileIsTheSameAsByItsName) {
     poner("a");
     poner("b");
     const Descriptor abierto(::open(ruta("a").c_str(), O_RDONLY | O_CLOEXEC));
@@ -124,7 +124,7 @@ TEST_F(DestinoDe, UnArchivoAbiertoEsElMismoQuePorSuNombre) {
     EXPECT_EQ(identidad(-1), std::nullopt);
 }
 
-TEST_F(DestinoDe, UnSocketSeNiega) {
+TEST_F(DestinoDe, ASocketIsRefused) {
     const Descriptor zocalo(::socket(AF_UNIX, SOCK_STREAM, 0));
     sockaddr_un direccion{};
     direccion.sun_family = AF_UNIX;
@@ -135,7 +135,7 @@ TEST_F(DestinoDe, UnSocketSeNiega) {
     EXPECT_THAT(negativa(ruta("zocalo"), {.corriente = true}), HasSubstr("no es un archivo normal"));
 }
 
-TEST_F(DestinoDe, UnNombreVedadoSeNiegaEscritoComoSeaYPorUnEnlace) {
+TEST_F(DestinoDe, AForbiddenNameIsRefusedHoweverWrittenAndThroughALink) {
     EXPECT_TRUE(porNombre(ruta("a.rgt")));
     EXPECT_TRUE(porNombre(ruta("a.RgT")));
     EXPECT_TRUE(porNombre(ruta(".rgt")));
@@ -148,7 +148,7 @@ TEST_F(DestinoDe, UnNombreVedadoSeNiegaEscritoComoSeaYPorUnEnlace) {
     EXPECT_TRUE(porNombre(ruta("otra.csv")));
 }
 
-TEST_F(DestinoDe, LoQueHaDeSerNuevoNoPuedeEstar) {
+TEST_F(DestinoDe, WhatIsToBeNewMayNotBeThere) {
     poner("x");
     EXPECT_EQ(negativa(ruta("x"), {.nuevo = true}), "no se pudo guardar x: ya existe. Dé otro nombre");
     fs::create_symlink("x", ruta("enlace"));
@@ -157,7 +157,7 @@ TEST_F(DestinoDe, LoQueHaDeSerNuevoNoPuedeEstar) {
     EXPECT_EQ(negativa(ruta("y"), {.nuevo = true}), "");
 }
 
-TEST_F(DestinoDe, LoQueNoCabeSeDiceAntes) {
+TEST_F(DestinoDe, WhatDoesNotFitIsToldBefore) {
     const DiscoChico disco(ruta("disco"));
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     EXPECT_EQ(negativa(ruta("disco/x"), {.bytes = 60'000}), "");
@@ -165,7 +165,7 @@ TEST_F(DestinoDe, LoQueNoCabeSeDiceAntes) {
               "no se pudo guardar x: no queda espacio en el disco");
 }
 
-TEST_F(DestinoDe, LoQueLaSesionNoPermiteSeDiceAntes) {
+TEST_F(DestinoDe, WhatTheSessionDoesNotAllowIsToldBefore) {
     rlimit antes{};
     ::getrlimit(RLIMIT_FSIZE, &antes);
     const rlimit limite{1000, antes.rlim_max};
@@ -175,7 +175,7 @@ TEST_F(DestinoDe, LoQueLaSesionNoPermiteSeDiceAntes) {
     ::setrlimit(RLIMIT_FSIZE, &antes);
 }
 
-TEST_F(DestinoDe, UnPuntoDeMontajeSeNiega) {
+TEST_F(DestinoDe, AMountPointIsRefused) {
     poner("de");
     poner("sobre");
     if (::mount(ruta("de").c_str(), ruta("sobre").c_str(), nullptr, MS_BIND, nullptr) != 0)
@@ -184,7 +184,7 @@ TEST_F(DestinoDe, UnPuntoDeMontajeSeNiega) {
     ::umount(ruta("sobre").c_str());
 }
 
-TEST_F(DestinoDe, UnNombreVacioNoEsNinguno) {
+TEST_F(DestinoDe, AnEmptyNameIsNone) {
     EXPECT_THAT(negativa(""), EndsWith("falta el nombre"));
     EXPECT_THAT(negativa(ruta("nada/")), HasSubstr("no existe la carpeta"));
     poner("x");
@@ -217,7 +217,7 @@ TEST_F(DestinoDe, WhatIsReadFromADescriptorCountsIfItIsAFile) {
     EXPECT_NO_THROW(regla.leidos.exigirOtro(-1, "la salida"));
 }
 
-TEST(ConSufijo, UnNombreDemasiadoLargoSeAcortaPorUnCaracterEntero) {
+TEST(ConSufijo, ANameThatIsTooLongIsCutAtAWholeCharacter) {
     EXPECT_EQ(conSufijo("a/b", ".parcial"), fs::path("a/b.parcial"));
     const std::string largo(NAME_MAX, 'n');
     EXPECT_EQ(conSufijo(largo, ".parcial").string(), std::string(NAME_MAX - 8, 'n') + ".parcial");

@@ -48,7 +48,7 @@ class GuardadoJuntos : public ::testing::Test {
     std::vector<std::string> motivos_;
 };
 
-TEST_F(GuardadoJuntos, NingunoTieneSuNombreHastaQueTodosEstanEnElDisco) {
+TEST_F(GuardadoJuntos, NoneHasItsNameUntilAllAreOnTheDisk) {
     std::ofstream(ruta("a")) << "viejo";
     agregar(ruta("a"), "nuevo");
     agregar(ruta("b"), "otro");
@@ -62,7 +62,7 @@ TEST_F(GuardadoJuntos, NingunoTieneSuNombreHastaQueTodosEstanEnElDisco) {
     EXPECT_EQ(entradas(temporal_.ruta()), 2U);
 }
 
-TEST_F(GuardadoJuntos, LosQueEsperanTienenUnLimite) {
+TEST_F(GuardadoJuntos, ThoseThatWaitHaveALimit) {
     constexpr int kMuchos = 300;
     std::size_t masTemporales = 0;
     for (int i = 0; i < kMuchos; ++i) {
@@ -76,7 +76,7 @@ TEST_F(GuardadoJuntos, LosQueEsperanTienenUnLimite) {
     EXPECT_EQ(entradas(temporal_.ruta()), static_cast<std::size_t>(kMuchos));
 }
 
-TEST_F(GuardadoJuntos, UnoQueFallaEnMedioSeDiceYLosDemasSeGuardan) {
+TEST_F(GuardadoJuntos, OneThatFailsInTheMiddleIsToldAndTheOthersAreSaved) {
     fs::create_directory(ruta("2"));
     for (int i = 0; i < 5; ++i) agregar(ruta(std::to_string(i)), "x");
     EXPECT_EQ(mal_, 1);
@@ -87,7 +87,7 @@ TEST_F(GuardadoJuntos, UnoQueFallaEnMedioSeDiceYLosDemasSeGuardan) {
     EXPECT_EQ(entradas(temporal_.ruta()), 5U);
 }
 
-TEST_F(GuardadoJuntos, UnDiscoQueSeLlenaPierdeLosQueNoCabenYNingunoDeLosViejos) {
+TEST_F(GuardadoJuntos, ADiskThatFillsLosesThoseThatDoNotFitAndNoneOfTheOldOnes) {
     const DiscoChico disco(ruta("disco"), "256k");
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     for (int i = 0; i < 4; ++i) std::ofstream(ruta("disco") / std::to_string(i)) << "viejo";
@@ -107,7 +107,7 @@ TEST_F(GuardadoJuntos, UnDiscoQueSeLlenaPierdeLosQueNoCabenYNingunoDeLosViejos) 
     EXPECT_EQ(entradas(ruta("disco")), 4U);
 }
 
-TEST_F(GuardadoJuntos, DeVariosHilosATodasPartes) {
+TEST_F(GuardadoJuntos, FromSeveralThreadsToEverywhere) {
     const DiscoChico disco(ruta("disco"), "4m");
     if (!disco.montado()) fs::create_directories(ruta("disco"));
     {
@@ -127,7 +127,7 @@ TEST_F(GuardadoJuntos, DeVariosHilosATodasPartes) {
     EXPECT_EQ(entradas(temporal_.ruta()), 201U);
 }
 
-TEST_F(GuardadoJuntos, LoQueNadieTerminaNoDejaNada) {
+TEST_F(GuardadoJuntos, WhatNobodyFinishesLeavesNothing) {
     {
         GuardadoEnTanda otro;
         otro.agregar(ruta("a"), "nuevo", {}, [](const std::string&) {});

@@ -67,20 +67,20 @@ class Guardado : public ::testing::Test {
     ::_exit(otro && dicho == motivo ? 0 : 1);
 }
 
-TEST_F(Guardado, CreaElArchivoConSusBytes) {
+TEST_F(Guardado, CreatesTheFileWithItsBytes) {
     const std::string bytes("a\0b\r\n\xFF", 6);
     guardarAtomico(ruta("x.csv"), bytes);
     EXPECT_EQ(leer(ruta("x.csv")), bytes);
     EXPECT_EQ(entradas(), 1u);
 }
 
-TEST_F(Guardado, UnArchivoVacioTambienSeGuarda) {
+TEST_F(Guardado, AnEmptyFileIsSavedAsWell) {
     guardarAtomico(ruta("x.csv"), "viejo");
     guardarAtomico(ruta("x.csv"), "");
     EXPECT_EQ(leer(ruta("x.csv")), "");
 }
 
-TEST_F(Guardado, ReemplazaElContenidoYConservaElModo) {
+TEST_F(Guardado, ReplacesTheContentAndKeepsTheMode) {
     guardarAtomico(ruta("x.csv"), "viejo y largo");
     fs::permissions(ruta("x.csv"), fs::perms(0640));
     guardarAtomico(ruta("x.csv"), "nuevo");
@@ -89,7 +89,7 @@ TEST_F(Guardado, ReemplazaElContenidoYConservaElModo) {
     EXPECT_EQ(entradas(), 1u);
 }
 
-TEST_F(Guardado, ReemplazarConservaElDuenio) {
+TEST_F(Guardado, ReplacingKeepsTheOwner) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root gives files away";
     guardarAtomico(ruta("x.csv"), "viejo");
     ASSERT_EQ(::chown(ruta("x.csv").c_str(), 1234, 4321), 0);
@@ -103,7 +103,7 @@ TEST_F(Guardado, ReemplazarConservaElDuenio) {
 }
 
 // What the old group might do, ours may not do for that.
-TEST_F(Guardado, DondeElGrupoNoSeConservaElNuevoPuedeLoQueTodos) {
+TEST_F(Guardado, WhereTheGroupIsNotKeptTheNewOneMayWhatEverybodyMay) {
     if (::geteuid() != 0) GTEST_SKIP() << "the file must be another user's";
     guardarAtomico(ruta("x.csv"), "viejo");
     ASSERT_EQ(::chown(ruta("x.csv").c_str(), 1234, 4321), 0);
@@ -114,7 +114,7 @@ TEST_F(Guardado, DondeElGrupoNoSeConservaElNuevoPuedeLoQueTodos) {
     EXPECT_EQ(modoDe(ruta("x.csv")), mode_t{0666});
 }
 
-TEST_F(Guardado, UnArchivoQueHaDeSerNuevoNoReemplazaANinguno) {
+TEST_F(Guardado, AFileThatIsToBeNewReplacesNone) {
     guardarAtomico(ruta("x.rgt"), "viejo", {.nuevo = true});
     EXPECT_THROW(guardarAtomico(ruta("x.rgt"), "nuevo", {.nuevo = true}), ErrorGuardado);
     // It appears while the new one is being written.
@@ -126,7 +126,7 @@ TEST_F(Guardado, UnArchivoQueHaDeSerNuevoNoReemplazaANinguno) {
     EXPECT_EQ(leer(ruta("y.rgt")), "de otro");
 }
 
-TEST_F(Guardado, UnArchivoNuevoSigueLaMascaraDelUsuario) {
+TEST_F(Guardado, ANewFileFollowsTheUsersMask) {
     const auto antes = ::umask(027);
     guardarAtomico(ruta("x.csv"), "nuevo");
     const auto despues = ::umask(antes);
@@ -134,7 +134,7 @@ TEST_F(Guardado, UnArchivoNuevoSigueLaMascaraDelUsuario) {
     EXPECT_EQ(despues, mode_t{027}) << "the mask is left as it was";
 }
 
-TEST_F(Guardado, UnEnlaceSeEscribeDondeApunta) {
+TEST_F(Guardado, ALinkIsWrittenWhereItPoints) {
     fs::create_directory(ruta("otra"));
     guardarAtomico(ruta("otra/x.csv"), "viejo");
     fs::create_symlink("otra/x.csv", ruta("enlace"));
@@ -145,43 +145,43 @@ TEST_F(Guardado, UnEnlaceSeEscribeDondeApunta) {
     EXPECT_TRUE(fs::is_symlink(ruta("enlace2")));
 }
 
-TEST_F(Guardado, UnEnlaceSinDestinoLoCrea) {
+TEST_F(Guardado, ALinkWithoutATargetCreatesIt) {
     fs::create_symlink(ruta("x.csv"), ruta("enlace"));
     guardarAtomico(ruta("enlace"), "nuevo");
     EXPECT_FALSE(fs::is_symlink(ruta("x.csv")));
     EXPECT_EQ(leer(ruta("x.csv")), "nuevo");
 }
 
-TEST_F(Guardado, UnEnlaceQueSeMuerdeLaColaSeNiega) {
+TEST_F(Guardado, ALinkThatBitesItsTailIsRefused) {
     fs::create_symlink("b", ruta("a"));
     fs::create_symlink("a", ruta("b"));
     EXPECT_EQ(negativa(ruta("a")), "no se pudo guardar a: demasiados enlaces seguidos");
 }
 
-TEST_F(Guardado, UnaCarpetaSeNiega) {
+TEST_F(Guardado, AFolderIsRefused) {
     fs::create_directory(ruta("datos"));
     EXPECT_EQ(negativa(ruta("datos")), "no se pudo guardar datos: es una carpeta");
     EXPECT_EQ(entradas(), 1u);
 }
 
-TEST_F(Guardado, LoQueNoEsUnArchivoNormalSeNiegaYQuedaComoEstaba) {
+TEST_F(Guardado, WhatIsNoRegularFileIsRefusedAndStaysAsItWas) {
     ASSERT_EQ(::mkfifo(ruta("tubo").c_str(), 0600), 0);
     EXPECT_EQ(negativa(ruta("tubo")), "no se pudo guardar tubo: no es un archivo normal");
     EXPECT_TRUE(fs::is_fifo(ruta("tubo")));
     EXPECT_EQ(negativa("/dev/null"), "no se pudo guardar null: no es un archivo normal");
 }
 
-TEST_F(Guardado, UnaCarpetaQueNoExisteSeNiega) {
+TEST_F(Guardado, AFolderThatIsNotThereIsRefused) {
     EXPECT_EQ(negativa(ruta("nada/x.csv")),
               "no se pudo guardar x.csv: no existe la carpeta " + ruta("nada").string());
 }
 
-TEST_F(Guardado, UnaCarpetaQueEsUnArchivoSeNiega) {
+TEST_F(Guardado, AFolderThatIsAFileIsRefused) {
     guardarAtomico(ruta("x"), "viejo");
     EXPECT_EQ(negativa(ruta("x/y.csv")), "no se pudo guardar y.csv: una parte de la ruta no es una carpeta");
 }
 
-TEST_F(Guardado, UnNombreDelMayorLargoCabeYUnoMasLargoSeNiega) {
+TEST_F(Guardado, ANameOfTheGreatestLengthFitsAndALongerOneIsRefused) {
     const std::string largo(255, 'n');
     guardarAtomico(ruta(largo), "nuevo");
     EXPECT_EQ(leer(ruta(largo)), "nuevo");
@@ -189,7 +189,7 @@ TEST_F(Guardado, UnNombreDelMayorLargoCabeYUnoMasLargoSeNiega) {
     EXPECT_EQ(entradas(), 1u);
 }
 
-TEST_F(Guardado, UnArchivoProtegidoContraEscrituraSeNiegaAunqueLaCarpetaNoLoEste) {
+TEST_F(Guardado, AWriteProtectedFileIsRefusedAlthoughItsFolderIsNot) {
     guardarAtomico(ruta("x.csv"), "viejo");
     fs::permissions(ruta("x.csv"), fs::perms(0444));
     fs::permissions(carpeta_, fs::perms(0777));
@@ -199,7 +199,7 @@ TEST_F(Guardado, UnArchivoProtegidoContraEscrituraSeNiegaAunqueLaCarpetaNoLoEste
     EXPECT_EQ(entradas(), 1u);
 }
 
-TEST_F(Guardado, UnaCarpetaProtegidaContraEscrituraSeNiega) {
+TEST_F(Guardado, AWriteProtectedFolderIsRefused) {
     guardarAtomico(ruta("x.csv"), "viejo");
     fs::permissions(ruta("x.csv"), fs::perms(0666));
     fs::permissions(carpeta_, fs::perms(0555));
@@ -230,7 +230,7 @@ class LimiteDeArchivo {
     void (*senial_)(int) = nullptr;
 };
 
-TEST_F(Guardado, UnaEscrituraQueFallaAMitadDejaElArchivoViejoYNingunTemporal) {
+TEST_F(Guardado, AWriteThatFailsHalfwayLeavesTheOldFileAndNoTemporaryOne) {
     guardarAtomico(ruta("x.csv"), "viejo");
     std::string motivo;
     {
@@ -242,7 +242,7 @@ TEST_F(Guardado, UnaEscrituraQueFallaAMitadDejaElArchivoViejoYNingunTemporal) {
     EXPECT_EQ(entradas(), 1u);
 }
 
-TEST_F(Guardado, UnDiscoLlenoDejaElArchivoViejoYNingunTemporal) {
+TEST_F(Guardado, AFullDiskLeavesTheOldFileAndNoTemporaryOne) {
     const DiscoChico disco(ruta("disco"));
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     guardarAtomico(ruta("disco/x.csv"), "viejo");
@@ -252,7 +252,7 @@ TEST_F(Guardado, UnDiscoLlenoDejaElArchivoViejoYNingunTemporal) {
     EXPECT_EQ(std::distance(fs::directory_iterator(ruta("disco")), fs::directory_iterator()), 1);
 }
 
-TEST_F(Guardado, UnDiscoDeSoloLecturaSeNiegaYQuedaComoEstaba) {
+TEST_F(Guardado, AReadOnlyDiskIsRefusedAndStaysAsItWas) {
     const DiscoChico disco(ruta("disco"));
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     guardarAtomico(ruta("disco/x.csv"), "viejo");

@@ -21,7 +21,7 @@ TEST(Motivos, SpeakSpanishWhoeverThrows) {
     EXPECT_EQ(motivoDe(error), "/a/b: no hay permiso");
 }
 
-TEST(MotivoSistema, LosErroresDeArchivosYPuertosTienenSuFrase) {
+TEST(MotivoSistema, ErrorsOfFilesAndPortsHaveTheirPhrase) {
     for (const int numero :
          {EACCES, EAGAIN, EBUSY,  EDQUOT, EFBIG,   EINVAL, EIO,   EISDIR, ELOOP, EMFILE, ENAMETOOLONG,
           ENODEV, ENOENT, ENOMEM, ENOSPC, ENOTDIR, ENOTTY, ENXIO, EPERM,  EROFS, ETXTBSY}) {
@@ -30,7 +30,7 @@ TEST(MotivoSistema, LosErroresDeArchivosYPuertosTienenSuFrase) {
     EXPECT_EQ(motivoSistema(ENOSPC), "no queda espacio en el disco");
 }
 
-TEST(MotivoSistema, LosDemasDanSuNumero) {
+TEST(MotivoSistema, TheOthersGiveTheirNumber) {
     EXPECT_EQ(motivoSistema(9999), "error 9999 del sistema");
     EXPECT_EQ(motivoSistema(0), "error 0 del sistema");
 }

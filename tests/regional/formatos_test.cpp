@@ -9,36 +9,36 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(FechaCorta, EsDiaMesAnioConCeros) {
+TEST(FechaCorta, IsDayMonthYearWithZeros) {
     EXPECT_EQ(fechaCorta(2026, 11, 20), "20/11/2026");
     EXPECT_EQ(fechaCorta(FechaHora{2004, 3, 7, 0s}), "07/03/2004");
     EXPECT_EQ(fechaCorta(987, 1, 2), "02/01/0987");
 }
 
-TEST(HoraLarga, TieneVeinticuatroHorasYCeros) {
+TEST(HoraLarga, HasTwentyFourHoursAndZeros) {
     EXPECT_EQ(horaLarga(0s), "00:00:00");
     EXPECT_EQ(horaLarga(17h + 4min + 9s), "17:04:09");
     EXPECT_EQ(horaLarga(86399s), "23:59:59");
 }
 
-TEST(HoraLarga, SeTomaModuloUnDia) {
+TEST(HoraLarga, IsTakenModuloOneDay) {
     EXPECT_EQ(horaLarga(86400s), "00:00:00");
     EXPECT_EQ(horaLarga(29h), "05:00:00");
     EXPECT_EQ(horaLarga(-1s), "23:59:59");
 }
 
-TEST(HoraLarga, LasFraccionesDeSegundoNoRedondean) {
+TEST(HoraLarga, FractionsOfASecondDoNotRound) {
     EXPECT_EQ(horaLarga(FechaHora{2026, 11, 20, 23h + 59min + 59s + 999ms}), "23:59:59");
 }
 
-TEST(FechaLarga, NombraDiaYMesEnEspaniol) {
+TEST(FechaLarga, NamesDayAndMonthInSpanish) {
     EXPECT_EQ(fechaLarga(FechaHora{2026, 11, 20, 0s}), "viernes, 20 de noviembre de 2026");
     EXPECT_EQ(fechaLarga(FechaHora{1970, 1, 1, 0s}), "jueves, 1 de enero de 1970");
     EXPECT_EQ(fechaLarga(FechaHora{1969, 12, 31, 0s}), "miércoles, 31 de diciembre de 1969");
     EXPECT_EQ(fechaLarga(FechaHora{2000, 2, 29, 0s}), "martes, 29 de febrero de 2000");
 }
 
-TEST(FechaLarga, LosSieteDiasSeSiguen) {
+TEST(FechaLarga, TheSevenDaysFollowEachOther) {
     const std::array<std::string, 7> dias = {"lunes",   "martes", "miércoles", "jueves",
                                              "viernes", "sábado", "domingo"};
     for (int i = 0; i < 70; ++i) {
@@ -48,7 +48,7 @@ TEST(FechaLarga, LosSieteDiasSeSiguen) {
     }
 }
 
-TEST(FechaLarga, LosDoceMeses) {
+TEST(FechaLarga, HasTheTwelveMonths) {
     const std::array<std::string, 12> meses = {"enero",      "febrero", "marzo",     "abril",
                                                "mayo",       "junio",   "julio",     "agosto",
                                                "septiembre", "octubre", "noviembre", "diciembre"};
@@ -59,7 +59,7 @@ TEST(FechaLarga, LosDoceMeses) {
     }
 }
 
-TEST(Acarreo, DiasYMesesDeMasPasanALaFecha) {
+TEST(Acarreo, ExcessDaysAndMonthsCarryIntoTheDate) {
     EXPECT_EQ(fechaConAcarreo(2013, 19, 39), (Fecha{2014, 8, 8}));
     EXPECT_EQ(fechaConAcarreo(2019, 12, 32), (Fecha{2020, 1, 1}));
     EXPECT_EQ(fechaConAcarreo(2019, 13, 1), (Fecha{2020, 1, 1}));
@@ -69,7 +69,7 @@ TEST(Acarreo, DiasYMesesDeMasPasanALaFecha) {
     EXPECT_EQ(fechaConAcarreo(2019, 0, 1), (Fecha{2018, 12, 1}));
 }
 
-TEST(Acarreo, LosMesesDeMasYDeMenosSonDeOtroAnio) {
+TEST(Acarreo, ExcessAndMissingMonthsAreOfAnotherYear) {
     for (int anio = 1996; anio <= 2005; ++anio) {
         for (int mes = 1; mes <= 12; ++mes) {
             for (int vueltas = -9; vueltas <= 9; ++vueltas) {
@@ -79,7 +79,7 @@ TEST(Acarreo, LosMesesDeMasYDeMenosSonDeOtroAnio) {
     }
 }
 
-TEST(Acarreo, RecorreElCalendarioDiaPorDia) {
+TEST(Acarreo, GoesThroughTheCalendarDayByDay) {
     const auto bisiesto = [](int a) { return a % 4 == 0 && (a % 100 != 0 || a % 400 == 0); };
     Fecha esperada{-410, 1, 1};
     for (int n = 0; esperada.anio < 2410; ++n) {

@@ -41,7 +41,7 @@ class Imagen : public testing::TestWithParam<std::uint32_t> {
     static constexpr std::size_t kRegistros = 8178;
 };
 
-TEST_P(Imagen, LlenaLaMemoriaConUnRegistroPorHora) {
+TEST_P(Imagen, FillsTheMemoryWithARecordAnHour) {
     ASSERT_EQ(bytes.size(), kBytesMemoria);
     ASSERT_EQ(kInicioRegistros + kRegistros * registro_muestra::kBytes, kBytesMemoria);
     const auto primera = segundosCiviles({2018, 11, 20, 0ns});
@@ -55,7 +55,7 @@ TEST_P(Imagen, LlenaLaMemoriaConUnRegistroPorHora) {
     EXPECT_EQ(ultima.mes, 10);
 }
 
-TEST_P(Imagen, TieneLecturasCreibles) {
+TEST_P(Imagen, HasPlausibleReadings) {
     for (std::size_t i = 0; i < kRegistros; ++i) {
         const Lectura leido(registro(i));
         ASSERT_TRUE(leido.humedad > 5 && leido.humedad < 100.5) << i << ' ' << leido.humedad;
@@ -69,7 +69,7 @@ TEST_P(Imagen, TieneLecturasCreibles) {
     }
 }
 
-TEST_P(Imagen, TieneEstacionesDiaYNocheYLluvia) {
+TEST_P(Imagen, HasSeasonsDayAndNightAndRain) {
     double enero = 0, julio = 0, mediodia = 0, medianoche = 0, lluvia = 0, evaporacion = 0;
     int rumbos = 0;
     for (std::size_t i = 0; i < kRegistros; ++i) {
@@ -93,7 +93,7 @@ TEST_P(Imagen, TieneEstacionesDiaYNocheYLluvia) {
     EXPECT_LT(rumbos, static_cast<int>(kRegistros));
 }
 
-TEST_P(Imagen, LaCabeceraEsElRegistroYLuegoNada) {
+TEST_P(Imagen, TheHeaderIsTheRecordAndThenNothing) {
     for (auto i = registro_config::kFin; i < kInicioRegistros; ++i) ASSERT_EQ(bytes[i], 0xFF) << i;
     EXPECT_EQ(bytes[registro_config::kIntervalo], 0x60);
     EXPECT_EQ(bytes[registro_config::kSerie], 0x02);
@@ -102,12 +102,12 @@ TEST_P(Imagen, LaCabeceraEsElRegistroYLuegoNada) {
 
 INSTANTIATE_TEST_SUITE_P(DeVariasSemillas, Imagen, testing::Values(1u, 2u, 77u, 4'000'000'000u));
 
-TEST(Clima, ElMismoNumeroDaLaMismaMemoriaYOtroDaOtra) {
+TEST(Clima, TheSameNumberGivesTheSameMemoryAndAnotherAnother) {
     EXPECT_EQ(memoriaSimulada(Clima(5)), memoriaSimulada(Clima(5)));
     EXPECT_NE(memoriaSimulada(Clima(5)), memoriaSimulada(Clima(6)));
 }
 
-TEST(Clima, ElMarcoEnLineaDiceLoMismoQueElTiempo) {
+TEST(Clima, TheLiveFrameSaysTheSameAsTheWeather) {
     const Clima clima(3);
     for (int hora = 0; hora < 24 * 30; ++hora) {
         const auto tiempo = clima.en(segundosCiviles({2026, 1, 1, 0ns}) + std::chrono::hours(hora));
@@ -124,7 +124,7 @@ TEST(Clima, ElMarcoEnLineaDiceLoMismoQueElTiempo) {
     }
 }
 
-RC_GTEST_PROP(RelojBcd, TodaFechaDelSigloVuelveIgual, ()) {
+RC_GTEST_PROP(RelojBcd, EveryDateOfTheCenturyComesBackTheSame, ()) {
     const auto desde = segundosCiviles({2000, 1, 1, 0ns});
     const auto hasta = segundosCiviles({2100, 1, 1, 0ns});
     const auto momento =
@@ -133,7 +133,7 @@ RC_GTEST_PROP(RelojBcd, TodaFechaDelSigloVuelveIgual, ()) {
     RC_ASSERT(segundosCiviles(vuelta) == momento);
 }
 
-TEST(RelojBcd, LoQueNoEsFechaSigueComoElCalendario) {
+TEST(RelojBcd, WhatIsNoDateGoesOnAsTheCalendar) {
     const std::array<std::uint8_t, 6> bytes = {0x24, 0x60, 0x00, 0x32, 0x12, 0x18};
     const auto fecha = fechaHoraBcd(bytes);
     EXPECT_EQ(fecha.anio, 2019);

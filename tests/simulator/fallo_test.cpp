@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Bytes = std::vector<std::uint8_t>;
 
-TEST(Fallo, LeeElEjemploDeLaAyuda) {
+TEST(Fallo, ReadsTheExampleOfTheHelp) {
     const auto fallo = Fallo::leer("descarga:bloque=2047:byte=12:cortar");
     EXPECT_EQ(fallo.operacion, Fallo::Operacion::descarga);
     EXPECT_EQ(fallo.clase, Fallo::Clase::cortar);
@@ -25,7 +25,7 @@ TEST(Fallo, LeeElEjemploDeLaAyuda) {
     EXPECT_THAT(std::string(kAyudaFallo), testing::HasSubstr("descarga:bloque=2047:byte=12:cortar"));
 }
 
-TEST(Fallo, LeeValoresYVeces) {
+TEST(Fallo, ReadsValuesAndTimes) {
     EXPECT_EQ(Fallo::leer("lectura:byte=5:cambiar=fF").valor, 0xFFu);
     EXPECT_EQ(Fallo::leer("lectura:byte=5:demora=250").valor, 250u);
     EXPECT_EQ(Fallo::leer("serie:vez=3:perder").vez, 3u);
@@ -33,7 +33,7 @@ TEST(Fallo, LeeValoresYVeces) {
     EXPECT_EQ(Fallo::leer("en-linea:cuadro=4:byte=30:doblar").cuadro, 4u);
 }
 
-TEST(Fallo, SabeQueLoDelPropioPuertoNoPasaPorUnPseudoterminal) {
+TEST(Fallo, KnowsThatWhatIsOfThePortItselfDoesNotPassAPseudoTerminal) {
     for (const auto* texto : {"lectura:suceso=1004", "lectura:error-lectura", "lectura:error-escritura",
                               "lectura:escritura-corta"}) {
         EXPECT_TRUE(Fallo::leer(texto).enElPc()) << texto;
@@ -45,7 +45,7 @@ TEST(Fallo, SabeQueLoDelPropioPuertoNoPasaPorUnPseudoterminal) {
 
 class FalloMalEscrito : public testing::TestWithParam<const char*> {};
 
-TEST_P(FalloMalEscrito, SeRechaza) {
+TEST_P(FalloMalEscrito, IsRefused) {
     EXPECT_THROW(Fallo::leer(GetParam()), std::invalid_argument);
 }
 
@@ -83,7 +83,7 @@ struct Oyente {
     std::chrono::nanoseconds ahora{1h};
 };
 
-TEST(PlanDeFallos, ElSilencioDuraHastaElFinDelIntercambio) {
+TEST(PlanDeFallos, SilenceLastsToTheEndOfTheExchange) {
     Oyente pc("lectura:byte=1:silencio");
     EXPECT_THAT(pc.enviar(kApertura), ElementsAre(kApertura));
     EXPECT_THAT(pc.enviar(kLeerConfig), IsEmpty());
@@ -94,7 +94,7 @@ TEST(PlanDeFallos, ElSilencioDuraHastaElFinDelIntercambio) {
     EXPECT_THAT(pc.enviar(kLeerConfig), ElementsAre(kApertura));
 }
 
-TEST(PlanDeFallos, CadaFalloHaceLoSuyo) {
+TEST(PlanDeFallos, EachFaultDoesItsOwn) {
     EXPECT_THAT(Oyente("lectura:cambiar=7E").enviar(kApertura), ElementsAre(0x7E));
     EXPECT_THAT(Oyente("lectura:invertir").enviar(kApertura), ElementsAre(0xAA));
     EXPECT_THAT(Oyente("serie:insertar=2").enviar(kApertura), ElementsAre(kApertura, 0, 0));
@@ -103,7 +103,7 @@ TEST(PlanDeFallos, CadaFalloHaceLoSuyo) {
     EXPECT_THAT(Oyente("descarga:demora=60").enviar(kApertura), IsEmpty());
 }
 
-TEST(PlanDeFallos, UnByteDeUnBloqueSePierdeYElSiguienteBloqueLlegaEntero) {
+TEST(PlanDeFallos, AByteOfABlockIsLostAndTheNextBlockComesWhole) {
     Oyente pc("descarga:bloque=1:byte=63:perder");
     pc.enviar(kApertura);
     pc.enviar(kSaludo);
@@ -112,7 +112,7 @@ TEST(PlanDeFallos, UnByteDeUnBloqueSePierdeYElSiguienteBloqueLlegaEntero) {
     EXPECT_EQ(pc.enviar(kApertura).size(), 64u);
 }
 
-TEST(PlanDeFallos, LaSondaEsLaPrimeraRespuestaYLosCuadrosLasSeguidas) {
+TEST(PlanDeFallos, TheProbeIsTheFirstAnswerAndTheFramesThoseInARow) {
     Oyente sonda("sonda:vez=2:silencio");
     EXPECT_EQ(sonda.enviar(kSonda).size(), 31u);
     EXPECT_EQ(sonda.enviar(kSonda).size(), 31u);
@@ -126,7 +126,7 @@ TEST(PlanDeFallos, LaSondaEsLaPrimeraRespuestaYLosCuadrosLasSeguidas) {
     EXPECT_EQ(enLinea.enviar(kSonda).size(), 31u);
 }
 
-TEST(PlanDeFallos, SiempreEsCadaVez) {
+TEST(PlanDeFallos, AlwaysIsEveryTime) {
     Oyente pc("sonda:siempre:silencio");
     for (int i = 0; i < 3; ++i) {
         EXPECT_THAT(pc.enviar(kSonda), IsEmpty());
@@ -134,7 +134,7 @@ TEST(PlanDeFallos, SiempreEsCadaVez) {
     }
 }
 
-TEST(PlanDeFallos, UnCableCortadoNoLlevaNadaHastaReponerlo) {
+TEST(PlanDeFallos, ACutCableCarriesNothingUntilItIsMended) {
     Oyente pc("lectura:byte=1:cortar");
     pc.enviar(kApertura);
     EXPECT_THAT(pc.enviar(kLeerConfig), IsEmpty());
@@ -144,13 +144,13 @@ TEST(PlanDeFallos, UnCableCortadoNoLlevaNadaHastaReponerlo) {
     EXPECT_EQ(pc.enviar(kSonda).size(), 31u);
 }
 
-TEST(PlanDeFallos, UnPuertoColgadoLoDiceTrasLoQueYaIba) {
+TEST(PlanDeFallos, AHungUpPortSaysSoAfterWhatWasOnItsWay) {
     Oyente pc("sonda:byte=3:colgar");
     EXPECT_EQ(pc.enviar(kSonda).size(), 3u);
     EXPECT_TRUE(pc.linea.colgada());
 }
 
-TEST(LineaSimulada, A19200BaudiosCadaByteTardaLoSuyo) {
+TEST(LineaSimulada, At19200BaudEachByteTakesItsTime) {
     LineaSimulada linea(MaquinaRegistrador(), kBaudios);
     const auto porByte = std::chrono::nanoseconds(520'833);
     linea.enviar(kSonda, 1s);

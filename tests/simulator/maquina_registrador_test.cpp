@@ -15,7 +15,7 @@ using testing::Each;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-TEST(MaquinaRegistrador, LaSondaRecibeUnMarcoYSigueEnReposo) {
+TEST(MaquinaRegistrador, TheProbeGetsAFrameAndTheLoggerStaysAtRest) {
     MaquinaRegistrador maquina;
     Cliente pc(maquina);
     EXPECT_THAT(pc.enviar(kSonda), SizeIs(kBytesMarco));
@@ -23,7 +23,7 @@ TEST(MaquinaRegistrador, LaSondaRecibeUnMarcoYSigueEnReposo) {
     EXPECT_THAT(pc.enviar(kSonda), SizeIs(kBytesMarco));
 }
 
-TEST(MaquinaRegistrador, EnReposoSoloOyeLaSondaYLaApertura) {
+TEST(MaquinaRegistrador, AtRestItHearsTheProbeAndTheOpeningOnly) {
     for (int byte = 0; byte < 256; ++byte) {
         MaquinaRegistrador maquina;
         const auto respuesta = Cliente(maquina).enviar(static_cast<std::uint8_t>(byte));
@@ -32,7 +32,7 @@ TEST(MaquinaRegistrador, EnReposoSoloOyeLaSondaYLaApertura) {
     }
 }
 
-TEST(MaquinaRegistrador, SoloCuatroBytesEligenUnIntercambio) {
+TEST(MaquinaRegistrador, OnlyFourBytesSelectAnExchange) {
     for (int byte = 0; byte < 256; ++byte) {
         MaquinaRegistrador maquina;
         Cliente pc(maquina);
@@ -45,7 +45,7 @@ TEST(MaquinaRegistrador, SoloCuatroBytesEligenUnIntercambio) {
     }
 }
 
-TEST(MaquinaRegistrador, UnaLecturaDaElRegistroConElRelojDeAhora) {
+TEST(MaquinaRegistrador, AReadingGivesTheRecordWithTheClockOfNow) {
     MaquinaRegistrador maquina;
     Cliente pc(maquina);
     maquina.ponerReloj({2026, 2, 28, 23h + 59min + 59s}, pc.ahora());
@@ -59,7 +59,7 @@ TEST(MaquinaRegistrador, UnaLecturaDaElRegistroConElRelojDeAhora) {
     EXPECT_EQ(maquina.intercambio(), Intercambio::reposo);
 }
 
-TEST(MaquinaRegistrador, LaLecturaSigueConCualquierEco) {
+TEST(MaquinaRegistrador, TheReadingGoesOnWithAnyEcho) {
     MaquinaRegistrador maquina;
     Cliente pc(maquina);
     pc.enviar(kApertura);
@@ -76,7 +76,7 @@ TEST(MaquinaRegistrador, LaLecturaSigueConCualquierEco) {
     EXPECT_EQ(maquina.intercambio(), Intercambio::reposo);
 }
 
-TEST(MaquinaRegistrador, LaLecturaEmpiezaSoloConElByteDeApertura) {
+TEST(MaquinaRegistrador, TheReadingBeginsWithTheOpeningByteOnly) {
     MaquinaRegistrador maquina;
     Cliente pc(maquina);
     pc.enviar(kApertura);
@@ -85,7 +85,7 @@ TEST(MaquinaRegistrador, LaLecturaEmpiezaSoloConElByteDeApertura) {
     EXPECT_EQ(maquina.intercambio(), Intercambio::reposo);
 }
 
-TEST(MaquinaRegistrador, UnaEscrituraRecibe108BytesYLaLecturaLaMuestra) {
+TEST(MaquinaRegistrador, AWriteGets108BytesAndTheReadingShowsIt) {
     MaquinaRegistrador maquina(memoriaSimulada(Clima(1)));
     Cliente pc(maquina);
     const auto mensaje = mensajeDePrueba();
@@ -99,7 +99,7 @@ TEST(MaquinaRegistrador, UnaEscrituraRecibe108BytesYLaLecturaLaMuestra) {
     EXPECT_EQ(maquina.intervaloCodigo(), 0x30);
 }
 
-TEST(MaquinaRegistrador, UnaEscrituraBorraLasMuestrasYPoneElRelojEnMarcha) {
+TEST(MaquinaRegistrador, AWriteErasesTheSamplesAndStartsTheClock) {
     MaquinaRegistrador maquina(memoriaSimulada(Clima(1)));
     Cliente pc(maquina);
     pc.escribirConfig(mensajeDePrueba());
@@ -111,7 +111,7 @@ TEST(MaquinaRegistrador, UnaEscrituraBorraLasMuestrasYPoneElRelojEnMarcha) {
     EXPECT_EQ(reloj.deDia, 1s);
 }
 
-TEST(MaquinaRegistrador, UnaEscrituraIncompletaNoCambiaNada) {
+TEST(MaquinaRegistrador, AnUnfinishedWriteChangesNothing) {
     MaquinaRegistrador maquina(memoriaSimulada(Clima(1)));
     const auto antes = maquina.imagen();
     Cliente pc(maquina);
@@ -123,7 +123,7 @@ TEST(MaquinaRegistrador, UnaEscrituraIncompletaNoCambiaNada) {
     EXPECT_EQ(maquina.cambios(), 0u);
 }
 
-TEST(MaquinaRegistrador, ElNumeroDeSerieSeGuardaConLaRepeticionDelCuartoByte) {
+TEST(MaquinaRegistrador, TheSerialNumberIsKeptWithTheFourthByteOnceMore) {
     MaquinaRegistrador maquina;
     Cliente pc(maquina);
     EXPECT_EQ(pc.escribirSerie({0x20, 0x80, 0x05, 0x12, 0x12}), 6u);
@@ -132,7 +132,7 @@ TEST(MaquinaRegistrador, ElNumeroDeSerieSeGuardaConLaRepeticionDelCuartoByte) {
     EXPECT_EQ(maquina.intercambio(), Intercambio::reposo);
 }
 
-TEST(MaquinaRegistrador, UnaRepeticionDistintaNoGuardaElNumeroDeSerie) {
+TEST(MaquinaRegistrador, ADifferentRepetitionKeepsNoSerialNumber) {
     MaquinaRegistrador maquina;
     Cliente pc(maquina);
     pc.escribirSerie({0x20, 0x80, 0x05, 0x12, 0x13});
@@ -140,14 +140,14 @@ TEST(MaquinaRegistrador, UnaRepeticionDistintaNoGuardaElNumeroDeSerie) {
     EXPECT_EQ(maquina.cambios(), 0u);
 }
 
-TEST(MaquinaRegistrador, ElNumeroDeSerieNoBorraLasMuestras) {
+TEST(MaquinaRegistrador, TheSerialNumberErasesNoSamples) {
     MaquinaRegistrador maquina(memoriaSimulada(Clima(1)));
     const Bytes antes(maquina.imagen().begin() + 4, maquina.imagen().end());
     Cliente(maquina).escribirSerie({0x20, 0x80, 0x05, 0x12, 0x12});
     EXPECT_EQ(Bytes(maquina.imagen().begin() + 4, maquina.imagen().end()), antes);
 }
 
-TEST(MaquinaRegistrador, LaDescargaEsLaImagenYTerminaConElUltimoAcuse) {
+TEST(MaquinaRegistrador, TheDownloadIsTheImageAndEndsWithTheLastAcknowledge) {
     MaquinaRegistrador maquina(memoriaSimulada(Clima(7)));
     Cliente pc(maquina);
     EXPECT_EQ(pc.descargar(), maquina.imagen());
@@ -155,7 +155,7 @@ TEST(MaquinaRegistrador, LaDescargaEsLaImagenYTerminaConElUltimoAcuse) {
     EXPECT_THAT(pc.enviar(kSonda), SizeIs(kBytesMarco));
 }
 
-TEST(MaquinaRegistrador, UnAcuseEquivocadoTerminaLaDescargaSinRespuesta) {
+TEST(MaquinaRegistrador, AWrongAcknowledgeEndsTheDownloadWithoutAnAnswer) {
     MaquinaRegistrador maquina;
     Cliente pc(maquina);
     pc.enviar(kApertura);
@@ -172,7 +172,7 @@ struct Abierto {
 
 class TrasUnSilencio : public testing::TestWithParam<Abierto> {};
 
-TEST_P(TrasUnSilencio, DeMasDeSegundoYMedioElRegistradorEstaEnReposo) {
+TEST_P(TrasUnSilencio, OfMoreThanASecondAndAHalfTheLoggerIsAtRest) {
     MaquinaRegistrador maquina;
     Cliente pc(maquina);
     for (const auto byte : GetParam().bytes) pc.enviar(byte);
@@ -181,7 +181,7 @@ TEST_P(TrasUnSilencio, DeMasDeSegundoYMedioElRegistradorEstaEnReposo) {
     EXPECT_THAT(pc.enviar(kSonda), SizeIs(kBytesMarco));
 }
 
-TEST_P(TrasUnSilencio, DeSegundoYMedioElIntercambioSigue) {
+TEST_P(TrasUnSilencio, OfASecondAndAHalfTheExchangeGoesOn) {
     MaquinaRegistrador maquina;
     Cliente pc(maquina);
     for (const auto byte : GetParam().bytes) pc.enviar(byte);
@@ -198,14 +198,14 @@ INSTANTIATE_TEST_SUITE_P(EnCadaIntercambio, TrasUnSilencio,
                                          Abierto{"serie", {0x55, 0x64, 0x20}}),
                          [](const auto& caso) { return std::string(caso.param.nombre); });
 
-TEST(MaquinaRegistrador, ElSilencioSeCuentaDesdeElFinDeSuRespuesta) {
+TEST(MaquinaRegistrador, SilenceIsCountedFromTheEndOfItsAnswer) {
     MaquinaRegistrador maquina;
     maquina.recibir(kApertura, 10s);
     maquina.terminoDeEnviar(14s);
     EXPECT_THAT(maquina.recibir(kLeerConfig, 15s), SizeIs(1));
 }
 
-TEST(MaquinaRegistrador, UnaImagenSinNumeroDeSerieRecibeLaConfiguracionDeFabrica) {
+TEST(MaquinaRegistrador, AnImageWithoutASerialNumberGetsTheDefaultConfiguration) {
     const MaquinaRegistrador maquina(Bytes{});
     EXPECT_THAT(maquina.imagen(), SizeIs(kBytesMemoria));
     EXPECT_EQ(maquina.serie(), "02080050");
@@ -213,7 +213,7 @@ TEST(MaquinaRegistrador, UnaImagenSinNumeroDeSerieRecibeLaConfiguracionDeFabrica
     EXPECT_EQ(maquina.texto(CampoTexto::altitud), "  827");
 }
 
-TEST(MaquinaRegistrador, UnaImagenConservaSuPropiaCabecera) {
+TEST(MaquinaRegistrador, AnImageKeepsItsOwnHeader) {
     ConfiguracionSimulada config;
     config.serie = "12345678";
     config.textos[0] = "Señor Núñez";
@@ -222,7 +222,7 @@ TEST(MaquinaRegistrador, UnaImagenConservaSuPropiaCabecera) {
     EXPECT_EQ(maquina.texto(CampoTexto::usuario), "Señor Núñez" + std::string(19, ' '));
 }
 
-TEST(MaquinaRegistrador, UnaCopiaSigueSuPropioCamino) {
+TEST(MaquinaRegistrador, ACopyGoesItsOwnWay) {
     MaquinaRegistrador original;
     Cliente(original).enviar(kApertura);
     auto copia = original;

@@ -58,7 +58,7 @@ class PuertosSimuladosAlPaso : public ConPuertos {
 
 using PuertosSimuladosPrueba = ConPuertos;
 
-TEST_F(PuertosSimuladosPrueba, SoloExistenLosNumerosDados) {
+TEST_F(PuertosSimuladosPrueba, OnlyTheGivenNumbersExist) {
     puertos.agregar(2);
     puertos.conectar(3);
     EXPECT_FALSE(puertos.existe(1));
@@ -67,7 +67,7 @@ TEST_F(PuertosSimuladosPrueba, SoloExistenLosNumerosDados) {
     EXPECT_EQ(motivo([&] { abrir(1); }), MotivoPuerto::noExiste);
 }
 
-TEST_F(PuertosSimuladosPrueba, UnPuertoSinRegistradorCalla) {
+TEST_F(PuertosSimuladosPrueba, APortWithoutALoggerIsSilent) {
     puertos.agregar(2);
     abrir(2);
     escribir(kSonda);
@@ -77,7 +77,7 @@ TEST_F(PuertosSimuladosPrueba, UnPuertoSinRegistradorCalla) {
     EXPECT_THAT(puertos.escritos(2), ElementsAre(kSonda));
 }
 
-TEST_F(PuertosSimuladosPrueba, SinRitmoLaRespuestaLlegaEnteraEnElGiroSiguiente) {
+TEST_F(PuertosSimuladosPrueba, UnpacedTheAnswerComesWholeInTheNextTurn) {
     puertos.conectar(3);
     abrir();
     puerto->umbral(31);
@@ -88,7 +88,7 @@ TEST_F(PuertosSimuladosPrueba, SinRitmoLaRespuestaLlegaEnteraEnElGiroSiguiente) 
     EXPECT_THAT(leer(), SizeIs(31));
 }
 
-TEST_F(PuertosSimuladosPrueba, ElUmbralNoDespiertaAntes) {
+TEST_F(PuertosSimuladosPrueba, TheThresholdDoesNotWakeEarlier) {
     puertos.conectar(3);
     abrir();
     puerto->umbral(32);
@@ -100,7 +100,7 @@ TEST_F(PuertosSimuladosPrueba, ElUmbralNoDespiertaAntes) {
     EXPECT_EQ(despertado, 1);
 }
 
-TEST_F(PuertosSimuladosPrueba, LoQueNadieLeeNoDespiertaOtraVez) {
+TEST_F(PuertosSimuladosPrueba, WhatNobodyReadsDoesNotWakeAgain) {
     puertos.conectar(3);
     abrir();
     escribir(kSonda);
@@ -111,7 +111,7 @@ TEST_F(PuertosSimuladosPrueba, LoQueNadieLeeNoDespiertaOtraVez) {
     EXPECT_EQ(despertado, 2);
 }
 
-TEST_F(PuertosSimuladosPrueba, LoQueQuedaTrasLeerAlgoDespiertaOtraVez) {
+TEST_F(PuertosSimuladosPrueba, WhatIsLeftAfterReadingSomethingWakesAgain) {
     puertos.conectar(3);
     abrir();
     alDespertar = [&] { leer(10); };
@@ -121,7 +121,7 @@ TEST_F(PuertosSimuladosPrueba, LoQueQuedaTrasLeerAlgoDespiertaOtraVez) {
     EXPECT_THAT(leer(), IsEmpty());
 }
 
-TEST_F(PuertosSimuladosPrueba, AbrirDescartaLoQueEsperaba) {
+TEST_F(PuertosSimuladosPrueba, OpeningDiscardsWhatWaited) {
     puertos.conectar(3);
     abrir();
     escribir(kSonda);
@@ -134,7 +134,7 @@ TEST_F(PuertosSimuladosPrueba, AbrirDescartaLoQueEsperaba) {
     EXPECT_EQ(puertos.aperturas(3), 2u);
 }
 
-TEST_F(PuertosSimuladosPrueba, UnPuertoAbiertoEstaOcupado) {
+TEST_F(PuertosSimuladosPrueba, AnOpenPortIsBusy) {
     puertos.conectar(3);
     abrir();
     EXPECT_EQ(motivo([&] { abrir(); }), MotivoPuerto::ocupado);
@@ -144,7 +144,7 @@ TEST_F(PuertosSimuladosPrueba, UnPuertoAbiertoEstaOcupado) {
     EXPECT_TRUE(puertos.abierto(3));
 }
 
-TEST_F(PuertosSimuladosPrueba, UnPuertoPuedeRehusarAbrirse) {
+TEST_F(PuertosSimuladosPrueba, APortMayRefuseToOpen) {
     puertos.conectar(3);
     puertos.rehusar(3, MotivoPuerto::sinPermiso);
     EXPECT_EQ(motivo([&] { abrir(); }), MotivoPuerto::sinPermiso);
@@ -153,7 +153,7 @@ TEST_F(PuertosSimuladosPrueba, UnPuertoPuedeRehusarAbrirse) {
     EXPECT_NE(puerto, nullptr);
 }
 
-TEST_F(PuertosSimuladosPrueba, ConOtrosAjustesElRegistradorNoEntiende) {
+TEST_F(PuertosSimuladosPrueba, WithOtherSettingsTheLoggerUnderstandsNothing) {
     puertos.conectar(3);
     puerto = puertos.abrir(3, {9600, 'n', 8, 1, false, false}, [] {});
     escribir(kSonda);
@@ -161,7 +161,7 @@ TEST_F(PuertosSimuladosPrueba, ConOtrosAjustesElRegistradorNoEntiende) {
     EXPECT_THAT(leer(), IsEmpty());
 }
 
-TEST_F(PuertosSimuladosPrueba, UnaPausaRetieneElAvisoPeroNoAlRegistrador) {
+TEST_F(PuertosSimuladosPrueba, APauseHoldsBackTheNoticeButNotTheLogger) {
     puertos.conectar(3);
     abrir();
     escribir(kSonda);
@@ -173,7 +173,7 @@ TEST_F(PuertosSimuladosPrueba, UnaPausaRetieneElAvisoPeroNoAlRegistrador) {
     EXPECT_EQ(alTerminar, 31u);
 }
 
-TEST_F(PuertosSimuladosPrueba, ElDuenoPuedeCerrarElPuertoAlDespertar) {
+TEST_F(PuertosSimuladosPrueba, TheOwnerMayCloseThePortWhenWoken) {
     puertos.conectar(3);
     abrir();
     alDespertar = [&] { puerto.reset(); };
@@ -183,7 +183,7 @@ TEST_F(PuertosSimuladosPrueba, ElDuenoPuedeCerrarElPuertoAlDespertar) {
     EXPECT_FALSE(puertos.abierto(3));
 }
 
-TEST_F(PuertosSimuladosPrueba, UnaDescargaEnteraEsLaImagen) {
+TEST_F(PuertosSimuladosPrueba, AWholeDownloadIsTheImage) {
     puertos.conectar(3, MaquinaRegistrador(memoriaSimulada(Clima(1))));
     abrir();
     Bytes imagen;
@@ -204,7 +204,7 @@ TEST_F(PuertosSimuladosPrueba, UnaDescargaEnteraEsLaImagen) {
     EXPECT_EQ(puertos.escritos(3).size(), 3u + kBloquesMemoria);
 }
 
-TEST_F(PuertosSimuladosAlPaso, UnaDescargaTardaLoQueLaLinea) {
+TEST_F(PuertosSimuladosAlPaso, ADownloadTakesAsLongAsTheLine) {
     puertos.conectar(3);
     abrir();
     std::size_t recibidos = 0;
@@ -221,7 +221,7 @@ TEST_F(PuertosSimuladosAlPaso, UnaDescargaTardaLoQueLaLinea) {
     EXPECT_EQ(bucle.reloj().monotono() - inicio, (4 + 4096 * 65 + 1) * porByte);
 }
 
-TEST_F(PuertosSimuladosAlPaso, ElUmbralDespiertaConElByteQueLoCompleta) {
+TEST_F(PuertosSimuladosAlPaso, TheThresholdWakesWithTheByteThatCompletesIt) {
     puertos.conectar(3);
     abrir();
     puerto->umbral(21);
@@ -232,7 +232,7 @@ TEST_F(PuertosSimuladosAlPaso, ElUmbralDespiertaConElByteQueLoCompleta) {
     EXPECT_THAT(leer(), SizeIs(21));
 }
 
-TEST_F(PuertosSimuladosPrueba, ElManipuladorVeCadaByteConSuLugarYDecide) {
+TEST_F(PuertosSimuladosPrueba, TheTamperingSeesEachByteWithItsPlaceAndDecides) {
     puertos.conectar(3);
     std::vector<std::size_t> numeros;
     puertos.manipular(3, [&](const ByteSaliente& b) {
@@ -254,7 +254,7 @@ TEST_F(PuertosSimuladosPrueba, ElManipuladorVeCadaByteConSuLugarYDecide) {
     EXPECT_THAT(puertos.emitidos(3), ElementsAre(kApertura, 1, 2, 3));
 }
 
-TEST_F(PuertosSimuladosPrueba, UnPuertoColgadoDespiertaYLoDiceSiempre) {
+TEST_F(PuertosSimuladosPrueba, AHungUpPortWakesAndAlwaysSaysSo) {
     puertos.conectar(3);
     abrir();
     puerto->umbral(64);
@@ -281,7 +281,7 @@ TEST_F(PuertosSimuladosPrueba, UnPuertoColgadoDespiertaYLoDiceSiempre) {
     EXPECT_THAT(leer(), SizeIs(31));
 }
 
-TEST_F(PuertosSimuladosPrueba, UnErrorDeLecturaLlegaEnSuLugarYUnaVez) {
+TEST_F(PuertosSimuladosPrueba, AReadErrorComesInItsPlaceAndOnce) {
     puertos.conectar(3);
     abrir();
     puerto->umbral(64);
@@ -298,7 +298,7 @@ TEST_F(PuertosSimuladosPrueba, UnErrorDeLecturaLlegaEnSuLugarYUnaVez) {
     EXPECT_THAT(leer(), SizeIs(26));
 }
 
-TEST_F(PuertosSimuladosPrueba, UnErrorDeEscrituraFallaUnaVez) {
+TEST_F(PuertosSimuladosPrueba, AWriteErrorFailsOnce) {
     puertos.conectar(3);
     abrir();
     puertos.fallarEscritura(3);
@@ -307,7 +307,7 @@ TEST_F(PuertosSimuladosPrueba, UnErrorDeEscrituraFallaUnaVez) {
     EXPECT_THAT(puertos.escritos(3), ElementsAre(kSonda));
 }
 
-TEST_F(PuertosSimuladosPrueba, UnaEscrituraCortaPasaSuMitadYFallaUnaVez) {
+TEST_F(PuertosSimuladosPrueba, AShortWritePassesItsHalfAndFailsOnce) {
     puertos.conectar(3);
     abrir();
     puertos.manipular(3, PlanDeFallos({Fallo::leer("sonda:escritura-corta")}));
@@ -319,7 +319,7 @@ TEST_F(PuertosSimuladosPrueba, UnaEscrituraCortaPasaSuMitadYFallaUnaVez) {
     EXPECT_THAT(puertos.escritos(3), SizeIs(4));
 }
 
-TEST_F(PuertosSimuladosPrueba, LosSucesosDeLineaDespiertanSoloAQuienLosVigila) {
+TEST_F(PuertosSimuladosPrueba, LineEventsWakeOnlyWhoWatchesThem) {
     puertos.conectar(3);
     abrir();
     puertos.suceder(3, 1004);
@@ -334,7 +334,7 @@ TEST_F(PuertosSimuladosPrueba, LosSucesosDeLineaDespiertanSoloAQuienLosVigila) {
     EXPECT_THAT(puerto->sucesosDeLinea(), IsEmpty());
 }
 
-TEST_F(PuertosSimuladosPrueba, LoInyectadoLlegaSinPedirlo) {
+TEST_F(PuertosSimuladosPrueba, WhatIsInjectedComesUnasked) {
     puertos.conectar(3);
     abrir();
     puertos.inyectar(3, Bytes{9, 8});
@@ -343,7 +343,7 @@ TEST_F(PuertosSimuladosPrueba, LoInyectadoLlegaSinPedirlo) {
     EXPECT_THAT(leer(), ElementsAre(9, 8));
 }
 
-TEST_F(PuertosSimuladosPrueba, RecuerdaLasLineasDeSalida) {
+TEST_F(PuertosSimuladosPrueba, RemembersTheOutputLines) {
     puertos.conectar(3);
     abrir();
     puerto->dtr(true);

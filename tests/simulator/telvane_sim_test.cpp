@@ -70,7 +70,7 @@ class TelvaneSim : public testing::Test {
 
 class AlTerminar : public TelvaneSim, public testing::WithParamInterface<int> {};
 
-TEST_P(AlTerminar, RespondeALaSondaYQuitaElEnlaceConLaSenal) {
+TEST_P(AlTerminar, AnswersTheProbeAndTakesTheLinkAwayOnTheSignal) {
     const auto proceso = arrancar({});
     PuertoCrudo puerto(enlace);
     ASSERT_TRUE(puerto.abierto());
@@ -102,14 +102,14 @@ TEST_F(TelvaneSim, ALineEndInANameSplitsNoMessage) {
     EXPECT_THAT(queja, testing::MatchesRegex("[^\n]*\"ab\"[^\n]*\n\\(telvane-sim --help\\)\n"));
 }
 
-TEST_F(TelvaneSim, NoSobrescribeUnArchivo) {
+TEST_F(TelvaneSim, OverwritesNoFile) {
     std::ofstream(enlace) << "valioso";
     EXPECT_EQ(rechazado(orden({})), 1);
     EXPECT_THAT(queja, HasSubstr("no es un enlace"));
     EXPECT_EQ(contenido(enlace).size(), 7u);
 }
 
-TEST_F(TelvaneSim, NoQuitaElEnlaceDeOtroRegistrador) {
+TEST_F(TelvaneSim, TakesNoOtherLoggersLinkAway) {
     const auto primero = arrancar({"--baudios", "0"});
     EXPECT_EQ(rechazado(orden({})), 1);
     EXPECT_THAT(queja, HasSubstr("otro telvane-sim atiende"));
@@ -118,7 +118,7 @@ TEST_F(TelvaneSim, NoQuitaElEnlaceDeOtroRegistrador) {
     EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
 }
 
-TEST_F(TelvaneSim, ReemplazaUnEnlaceQueNoLlevaANada) {
+TEST_F(TelvaneSim, ReplacesALinkThatLeadsNowhere) {
     fs::create_symlink(carpeta / "nada", enlace);
     const auto proceso = arrancar({"--baudios", "0"});
     PuertoCrudo puerto(enlace);
@@ -126,7 +126,7 @@ TEST_F(TelvaneSim, ReemplazaUnEnlaceQueNoLlevaANada) {
 }
 
 // The number of a killed one's terminal goes to whoever asks next.
-TEST_F(TelvaneSim, TrasUnaMuerteViolentaVuelveASuEnlace) {
+TEST_F(TelvaneSim, AfterAViolentDeathItComesBackToItsLink) {
     for (int i = 0; i < 3; ++i) {
         const auto proceso = arrancar({"--baudios", "0"});
         proceso->senal(SIGKILL);
@@ -139,7 +139,7 @@ TEST_F(TelvaneSim, TrasUnaMuerteViolentaVuelveASuEnlace) {
     EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
 }
 
-TEST_F(TelvaneSim, ReemplazaElEnlaceAUnTerminalQueNingunoAtiende) {
+TEST_F(TelvaneSim, ReplacesTheLinkToATerminalThatNobodyServes) {
     const int ajeno = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_GE(ajeno, 0);
     fs::create_symlink(::ptsname(ajeno), enlace);
@@ -148,13 +148,13 @@ TEST_F(TelvaneSim, ReemplazaElEnlaceAUnTerminalQueNingunoAtiende) {
     ::close(ajeno);
 }
 
-TEST_F(TelvaneSim, NoReemplazaUnEnlaceAOtroDispositivo) {
+TEST_F(TelvaneSim, ReplacesNoLinkToAnotherDevice) {
     fs::create_symlink("/dev/null", enlace);
     EXPECT_EQ(rechazado(orden({})), 1);
     EXPECT_THAT(queja, HasSubstr("ya lleva a otro dispositivo o archivo: bórrelo o dé otro nombre"));
 }
 
-TEST_F(TelvaneSim, AguantaUnaInundacionConMemoriaAcotadaYDespuesResponde) {
+TEST_F(TelvaneSim, StandsAFloodInBoundedMemoryAndAnswersAfterwards) {
     const auto proceso = arrancar({});
     const auto paginas = [&] {
         std::size_t total = 0;
@@ -180,13 +180,13 @@ TEST_F(TelvaneSim, AguantaUnaInundacionConMemoriaAcotadaYDespuesResponde) {
     }));
 }
 
-TEST_F(TelvaneSim, UnEnlaceEnUnaCarpetaQueNoExisteEsUnFallo) {
+TEST_F(TelvaneSim, ALinkInAFolderThatIsNotThereIsAFailure) {
     enlace = carpeta / "no" / "hay";
     EXPECT_EQ(rechazado(orden({})), 1);
     EXPECT_THAT(queja, HasSubstr("no se pudo crear"));
 }
 
-TEST_F(TelvaneSim, ElMalUsoSaleConDos) {
+TEST_F(TelvaneSim, WrongUsageEndsWithTwo) {
     EXPECT_EQ(rechazado({TELVANE_SIM}), 2);
     EXPECT_THAT(queja, HasSubstr("falta --enlace"));
     EXPECT_EQ(rechazado(orden({"--serie", "123"})), 2);
@@ -204,14 +204,14 @@ TEST_F(TelvaneSim, ElMalUsoSaleConDos) {
     EXPECT_FALSE(hayEnlace(enlace));
 }
 
-TEST_F(TelvaneSim, LaAyudaExplicaLosFallosYSaleConCero) {
+TEST_F(TelvaneSim, TheHelpExplainsTheFaultsAndEndsWithZero) {
     Proceso proceso({TELVANE_SIM, "--help"});
     EXPECT_EQ(proceso.terminar(), 0);
     EXPECT_THAT(proceso.salida(), HasSubstr("Uso: telvane-sim"));
     EXPECT_THAT(proceso.salida(), HasSubstr("descarga:bloque=2047:byte=12:cortar"));
 }
 
-TEST_F(TelvaneSim, SirveAUnoTrasOtro) {
+TEST_F(TelvaneSim, ServesOneAfterTheOther) {
     const auto proceso = arrancar({"--baudios", "0"});
     for (int i = 0; i < 3; ++i) {
         PuertoCrudo puerto(enlace);
@@ -220,7 +220,7 @@ TEST_F(TelvaneSim, SirveAUnoTrasOtro) {
     }
 }
 
-TEST_F(TelvaneSim, GuardaLoQueSeLeEscribe) {
+TEST_F(TelvaneSim, KeepsWhatIsWrittenToIt) {
     const auto memoria = carpeta / "base.rgt";
     {
         const auto proceso =
@@ -252,14 +252,14 @@ TEST_F(TelvaneSim, GuardaLoQueSeLeEscribe) {
     EXPECT_LE(registro[registro_config::kReloj], 0x23);
 }
 
-TEST_F(TelvaneSim, UnaMemoriaDemasiadoLargaSeRechaza) {
+TEST_F(TelvaneSim, AMemoryThatIsTooLongIsRefused) {
     const auto memoria = carpeta / "larga.rgt";
     std::ofstream(memoria) << std::string(kBytesMemoria + 1, '\0');
     EXPECT_EQ(rechazado(orden({"--memoria", memoria.string()})), 1);
     EXPECT_FALSE(hayEnlace(enlace));
 }
 
-TEST_F(TelvaneSim, LaDescargaSinRitmoEsLaMemoria) {
+TEST_F(TelvaneSim, TheUnpacedDownloadIsTheMemory) {
     const auto memoria = carpeta / "base.rgt";
     const auto proceso = arrancar({"--baudios", "0", "--memoria", memoria.string(), "--semilla", "42"});
     PuertoCrudo puerto(enlace);
@@ -278,7 +278,7 @@ TEST_F(TelvaneSim, LaDescargaSinRitmoEsLaMemoria) {
 
 // Only the lower bound: how much later a loaded machine is says nothing about the program. The program makes
 // up for at most 2.1 ms of its own delay, so the whole cannot be shorter than the line's by more than that.
-TEST_F(TelvaneSim, A19200BaudiosNoEsMasRapidoQueLaLinea) {
+TEST_F(TelvaneSim, At19200BaudItIsNoFasterThanTheLine) {
     constexpr int kBloques = 20;
     const auto proceso = arrancar({});
     PuertoCrudo puerto(enlace);
@@ -292,7 +292,7 @@ TEST_F(TelvaneSim, A19200BaudiosNoEsMasRapidoQueLaLinea) {
     EXPECT_GE(std::chrono::steady_clock::now() - inicio, kBloques * 65 * 520'833ns - 2200us);
 }
 
-TEST_F(TelvaneSim, UnFalloSeCumpleUnaVezYLuegoTodoVaBien) {
+TEST_F(TelvaneSim, AFaultHappensOnceAndThenAllIsWell) {
     const auto proceso = arrancar({"--baudios", "0", "--fallo", "sonda:byte=20:silencio"});
     PuertoCrudo puerto(enlace);
     puerto.escribir(kSonda);
@@ -304,7 +304,7 @@ TEST_F(TelvaneSim, UnFalloSeCumpleUnaVezYLuegoTodoVaBien) {
     EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco));
 }
 
-TEST_F(TelvaneSim, UnPuertoColgadoDesapareceYVuelve) {
+TEST_F(TelvaneSim, AHungUpPortDisappearsAndComesBack) {
     const auto proceso = arrancar({"--baudios", "0", "--fallo", "sonda:byte=5:colgar"});
     {
         PuertoCrudo puerto(enlace);

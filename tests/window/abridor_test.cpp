@@ -42,7 +42,7 @@ class AbridorDelEscritorio : public ::testing::Test {
     std::string caminos_;
 };
 
-TEST_F(AbridorDelEscritorio, RecibeLaRutaEnteraComoUnSoloArgumento) {
+TEST_F(AbridorDelEscritorio, GetsTheWholePathAsOneArgument) {
     hay("printf '%s|%s' \"$#\" \"$1\" >" + huella().string() + ".a; /bin/mv " + huella().string() + ".a " +
         huella().string());
     Abridor abridor(bucle, reloj);
@@ -54,7 +54,7 @@ TEST_F(AbridorDelEscritorio, RecibeLaRutaEnteraComoUnSoloArgumento) {
     EXPECT_EQ(escrito, "1|" + ruta.string());
 }
 
-TEST_F(AbridorDelEscritorio, UnFracasoSeDiceUnaVez) {
+TEST_F(AbridorDelEscritorio, AFailureIsToldOnce) {
     hay("exit 4");
     Abridor abridor(bucle, reloj);
     abridor.abrir("/tmp/a.CSV", [&] { ++fallos; });
@@ -64,7 +64,7 @@ TEST_F(AbridorDelEscritorio, UnFracasoSeDiceUnaVez) {
     EXPECT_EQ(fallos, 1);
 }
 
-TEST_F(AbridorDelEscritorio, LoAbiertoNoEsUnFracaso) {
+TEST_F(AbridorDelEscritorio, WhatOpenedIsNoFailure) {
     hay("case $1 in */b.CSV) exit 3 ;; esac; echo a >" + huella().string());
     Abridor abridor(bucle, reloj);
     bool otro = false;
@@ -99,7 +99,7 @@ TEST_F(AbridorDelEscritorio, AFailureAfterAMinuteIsTheOpenedProgramsOwn) {
     }
 }
 
-TEST_F(AbridorDelEscritorio, SinProgramaSeDiceEnElActo) {
+TEST_F(AbridorDelEscritorio, WithoutAProgramItIsToldAtOnce) {
     Abridor abridor(bucle, reloj);
     abridor.abrir("/tmp/a.CSV", [&] { ++fallos; });
     EXPECT_EQ(fallos, 1);

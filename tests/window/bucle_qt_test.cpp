@@ -39,7 +39,7 @@ class BucleDeQt : public ::testing::Test {
     BucleQt bucle;
 };
 
-TEST_F(BucleDeQt, UnaAlarmaLlegaUnaVezYNuncaAntes) {
+TEST_F(BucleDeQt, AnAlarmComesOnceAndNeverEarly) {
     int veces = 0;
     const auto antes = std::chrono::steady_clock::now();
     const auto alarma = bucle.alarma(20ms, [&] { ++veces; });
@@ -49,14 +49,14 @@ TEST_F(BucleDeQt, UnaAlarmaLlegaUnaVezYNuncaAntes) {
     EXPECT_EQ(veces, 1);
 }
 
-TEST_F(BucleDeQt, UnaAlarmaSoltadaNoLlega) {
+TEST_F(BucleDeQt, ADroppedAlarmDoesNotCome) {
     bool llego = false;
     bucle.alarma(1ms, [&] { llego = true; }).reset();
     pasar(20ms);
     EXPECT_FALSE(llego);
 }
 
-TEST_F(BucleDeQt, UnaAlarmaPuedeSoltarseASiMisma) {
+TEST_F(BucleDeQt, AnAlarmMayDropItself) {
     Bucle::Asidero alarma;
     std::string texto(100, 'x');
     std::size_t largo = 0;
@@ -67,7 +67,7 @@ TEST_F(BucleDeQt, UnaAlarmaPuedeSoltarseASiMisma) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return largo == texto.size(); }));
 }
 
-TEST_F(BucleDeQt, UnDescriptorConBytesLlamaHastaQueSeLeen) {
+TEST_F(BucleDeQt, ADescriptorWithBytesCallsUntilTheyAreRead) {
     int veces = 0;
     const auto vigilancia = bucle.vigilarLectura(tubo[0], [&] {
         ++veces;
@@ -78,7 +78,7 @@ TEST_F(BucleDeQt, UnDescriptorConBytesLlamaHastaQueSeLeen) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return veces == 2; }));
 }
 
-TEST_F(BucleDeQt, UnaVigilanciaPuedeSoltarseASiMisma) {
+TEST_F(BucleDeQt, AWatchMayDropItself) {
     Bucle::Asidero vigilancia;
     int veces = 0;
     vigilancia = bucle.vigilarLectura(tubo[0], [&] {
@@ -91,7 +91,7 @@ TEST_F(BucleDeQt, UnaVigilanciaPuedeSoltarseASiMisma) {
     EXPECT_EQ(veces, 1) << "los bytes siguen ahí, la vigilancia no";
 }
 
-TEST_F(BucleDeQt, UnaPausaRetieneLosSucesosYLosEntregaDespues) {
+TEST_F(BucleDeQt, APauseHoldsTheEventsBackAndDeliversThemAfterwards) {
     std::string orden;
     const auto vigilancia = bucle.vigilarLectura(tubo[0], [&] {
         leer();
@@ -104,7 +104,7 @@ TEST_F(BucleDeQt, UnaPausaRetieneLosSucesosYLosEntregaDespues) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return orden == std::string("pd"); }));
 }
 
-TEST_F(BucleDeQt, DetenidoNoEntregaNadaMas) {
+TEST_F(BucleDeQt, OnceStoppedItDeliversNothingMore) {
     bool llego = false;
     const auto alarma = bucle.alarma(1ms, [&] { llego = true; });
     bucle.detener();

@@ -57,7 +57,7 @@ class Cajas : public ::testing::Test {
     std::optional<Boton> respuesta;
 };
 
-TEST_F(Cajas, ElTextoSaleLlanoConSusBlancosYSaltos) {
+TEST_F(Cajas, TheTextIsShownPlainWithItsBlanksAndLineEnds) {
     auto& caja = preguntar(Mensaje(" <b>a</b> \r\nb\rc  "));
     EXPECT_EQ(texto(caja.windowTitle()), "Telvane");
     EXPECT_EQ(caja.textFormat(), Qt::PlainText);
@@ -69,7 +69,7 @@ TEST_F(Cajas, ElTextoSaleLlanoConSusBlancosYSaltos) {
     cerrada();
 }
 
-TEST_F(Cajas, LosBotonesDicenLoMismoSinTraduccionInstalada) {
+TEST_F(Cajas, TheButtonsSayTheSameWithoutAnInstalledTranslation) {
     auto& si = preguntar(Mensaje("x", Botones::siNo));
     EXPECT_EQ(botones(si), (Lista{"Sí", "No"}));
     si.buttons().front()->click();
@@ -84,7 +84,7 @@ TEST_F(Cajas, LosBotonesDicenLoMismoSinTraduccionInstalada) {
     cerrada();
 }
 
-TEST_F(Cajas, IntroDaLaRespuestaPorDefecto) {
+TEST_F(Cajas, EnterGivesTheDefaultAnswer) {
     auto& caja =
         preguntar(Mensaje("x", Botones::aceptarCancelar, Icono::exclamacion).conPorDefecto(Boton::cancelar));
     EXPECT_EQ(texto(caja.defaultButton()->text()), "Cancelar");
@@ -101,7 +101,7 @@ void soltar(QWidget& en, Qt::Key tecla) {
     QTest::simulateEvent(en.windowHandle(), false, tecla, Qt::NoModifier, QStringLiteral("\r"), false);
 }
 
-TEST_F(Cajas, UnaTeclaQueYaEstabaPulsadaNoContesta) {
+TEST_F(Cajas, AKeyThatWasAlreadyDownAnswersNothing) {
     auto& caja = preguntar(Mensaje("x", Botones::siNo));
     for (const auto tecla : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Escape}) {
         teclear(caja, tecla, true);
@@ -113,7 +113,7 @@ TEST_F(Cajas, UnaTeclaQueYaEstabaPulsadaNoContesta) {
     cerrada();
 }
 
-TEST_F(Cajas, ElSegundoDeDosGolpesSeguidosNoContestaLoQueAparecioEntreEllos) {
+TEST_F(Cajas, TheSecondOfTwoQuickStrokesDoesNotAnswerWhatAppearedBetweenThem) {
     auto& primera = preguntar(Mensaje("x", Botones::siNo));
     teclear(primera, Qt::Key_Return);
     ASSERT_EQ(respuesta, Boton::si);
@@ -129,7 +129,7 @@ TEST_F(Cajas, ElSegundoDeDosGolpesSeguidosNoContestaLoQueAparecioEntreEllos) {
     cerrada();
 }
 
-TEST_F(VentanaSuelta, TrasUnaCajaElTecladoEsDeLoQueEstaEnCurso) {
+TEST_F(VentanaSuelta, AfterABoxTheKeyboardIsOfWhatIsUnderWay) {
     BucleQt bucle;
     const RelojSistema reloj;
     DialogosQt dialogos(bucle, reloj);
@@ -144,7 +144,7 @@ TEST_F(VentanaSuelta, TrasUnaCajaElTecladoEsDeLoQueEstaEnCurso) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &enCurso; }));
 }
 
-TEST_F(Cajas, CerrarLaCajaEsSuRespuestaNegativa) {
+TEST_F(Cajas, ClosingTheBoxIsItsNegativeAnswer) {
     QTest::keyClick(&preguntar(Mensaje("x", Botones::siNo)), Qt::Key_Escape);
     EXPECT_EQ(respuesta, Boton::no);
     cerrada();
@@ -156,7 +156,7 @@ TEST_F(Cajas, CerrarLaCajaEsSuRespuestaNegativa) {
     cerrada();
 }
 
-TEST_F(Cajas, NadaEsperaMientrasLaCajaEstaAbierta) {
+TEST_F(Cajas, NothingWaitsWhileTheBoxIsOpen) {
     auto& caja = preguntar(Mensaje("x"));
     EXPECT_FALSE(respuesta.has_value());
     EXPECT_TRUE(caja.isModal());
@@ -164,7 +164,7 @@ TEST_F(Cajas, NadaEsperaMientrasLaCajaEstaAbierta) {
     cerrada();
 }
 
-TEST_F(Cajas, UnaPausaRetieneLaRespuesta) {
+TEST_F(Cajas, APauseHoldsTheAnswerBack) {
     auto& caja = preguntar(Mensaje("x"));
     bucle.pausar(std::chrono::milliseconds(30), [] {});
     caja.close();
@@ -174,7 +174,7 @@ TEST_F(Cajas, UnaPausaRetieneLaRespuesta) {
     cerrada();
 }
 
-TEST_F(VentanaSuelta, LaPrimeraPreguntaEsperaALaVentana) {
+TEST_F(VentanaSuelta, TheFirstQuestionWaitsForTheWindow) {
     FormaInicio otra;
     VentanaInicio nueva(otra, hecho.usuario());
     BucleQt bucle;
@@ -216,7 +216,7 @@ class Archivos : public ::testing::Test {
     std::vector<Ruta> elegido;
 };
 
-TEST_F(Archivos, GuardarProponeElNombreYAnadeLaExtension) {
+TEST_F(Archivos, SavingProposesTheNameAndAddsTheEnding) {
     auto& dialogo = pedir(csv);
     EXPECT_EQ(dialogo.acceptMode(), QFileDialog::AcceptSave);
     EXPECT_TRUE(dialogo.windowTitle().endsWith("C:\\Mis Documentos\\"));
@@ -228,7 +228,7 @@ TEST_F(Archivos, GuardarProponeElNombreYAnadeLaExtension) {
     EXPECT_EQ(elegido[0], carpeta.ruta() / "datos.CSV");
 }
 
-TEST_F(Archivos, UnNombreConPuntoNoSeQuedaSinExtension) {
+TEST_F(Archivos, ANameWithADotIsNotLeftWithoutAnEnding) {
     auto peticion = csv;
     peticion.nombre = "Est. Norte 7_3_2004";
     auto& dialogo = pedir(peticion);
@@ -236,7 +236,7 @@ TEST_F(Archivos, UnNombreConPuntoNoSeQuedaSinExtension) {
     dialogo.reject();
 }
 
-TEST_F(Archivos, LoQueSeProponeEsLoQueSeGuarda) {
+TEST_F(Archivos, WhatIsProposedIsWhatIsSaved) {
     const FechaHora momento{2004, 3, 7, {}};
     for (const auto* ubicacion : {"Finca \"Norte\"", "6\" pozo", "\"~nobody\"", "~nobody", "~", "../x", "-rf",
                                   ".x", "Est. 3", "$HOME", "%41 #1 ?x=1"}) {
@@ -251,7 +251,7 @@ TEST_F(Archivos, LoQueSeProponeEsLoQueSeGuarda) {
     }
 }
 
-TEST_F(Archivos, UnNombreEscritoRecibeSuExtension) {
+TEST_F(Archivos, ATypedNameGetsItsEnding) {
     const std::vector<std::pair<QString, std::string>> casos = {
         {"Est. Norte", "Est. Norte.CSV"}, {"v1.2", "v1.2.CSV"},          {"datos.csv", "datos.csv"},
         {"datos.CSV", "datos.CSV"},       {"datos.", "datos.CSV"},       {"datos.txt", "datos.txt.CSV"},
@@ -266,7 +266,7 @@ TEST_F(Archivos, UnNombreEscritoRecibeSuExtension) {
     }
 }
 
-TEST_F(Archivos, ElNombreDeUnaCarpetaEntraEnElla) {
+TEST_F(Archivos, AFoldersNameGoesIntoIt) {
     std::filesystem::create_directory(carpeta.ruta() / "sub.dir");
     auto& dialogo = pedir(csv);
     escribirNombre(dialogo, "sub.dir");
@@ -275,12 +275,12 @@ TEST_F(Archivos, ElNombreDeUnaCarpetaEntraEnElla) {
     dialogo.reject();
 }
 
-TEST_F(Archivos, CancelarNoEligeNada) {
+TEST_F(Archivos, CancellingChoosesNothing) {
     pedir(csv).reject();
     EXPECT_EQ(elegido, std::vector<Ruta>{std::nullopt});
 }
 
-TEST_F(Archivos, AbrirPideUnArchivoQueExista) {
+TEST_F(Archivos, OpeningAsksForAFileThatIsThere) {
     std::ofstream(carpeta.ruta() / "base.rgt") << "x";
     auto& dialogo = pedir({.guardar = false,
                            .filtro = "datos base (*.rgt)|*.rgt",
@@ -293,7 +293,7 @@ TEST_F(Archivos, AbrirPideUnArchivoQueExista) {
     EXPECT_EQ(elegido[0], carpeta.ruta() / "base.rgt");
 }
 
-TEST_F(Archivos, ElNombreTieneSitioTambienConLetrasGrandes) {
+TEST_F(Archivos, TheNameHasRoomWithLargeLettersAsWell) {
     const auto antes = QApplication::font();
     auto grandes = antes;
     grandes.setPointSize(20);
@@ -312,7 +312,7 @@ TEST_F(Archivos, ElNombreTieneSitioTambienConLetrasGrandes) {
     QApplication::setFont(antes);
 }
 
-TEST_F(Archivos, SeAbreEnLaCarpetaDeDocumentosDelUsuario) {
+TEST_F(Archivos, OpensInTheUsersDocumentsFolder) {
     dialogos.archivo(csv, [](const Ruta&) {});
     auto* dialogo = abierto<QFileDialog>();
     ASSERT_NE(dialogo, nullptr);

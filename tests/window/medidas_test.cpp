@@ -64,12 +64,12 @@ void entraEn(VentanaInicio& ventana, const FormaInicio& forma, QSize pantalla) {
     }
 }
 
-TEST_F(VentanaSuelta, EnUnaPantallaChicaSeAlcanzaTodo) {
+TEST_F(VentanaSuelta, OnASmallScreenEverythingIsReached) {
     entraEn(ventana, forma, kPantallaChica);
     entraEn(ventana, forma, kPantallaDoble);
 }
 
-TEST(Medidas, ConLetrasDeVeintePuntosNadaSeCorta) {
+TEST(Medidas, WithLettersOfTwentyPointsNothingIsCut) {
     const Letras grandes(kPuntosGrandes);
     FormaInicio forma;
     UsuarioPrueba hecho;
@@ -96,7 +96,7 @@ TEST(Medidas, WithLettersOfTwentyPointsASmallScreenScrollsDownwardsOnly) {
     }
 }
 
-TEST(Medidas, LaVentanaNaceConSuMarcoDentroDeLaPantalla) {
+TEST(Medidas, TheWindowIsBornWithItsFrameInsideTheScreen) {
     const Letras grandes(kPuntosGrandes);
     FormaInicio forma;
     UsuarioPrueba hecho;
@@ -106,7 +106,7 @@ TEST(Medidas, LaVentanaNaceConSuMarcoDentroDeLaPantalla) {
     EXPECT_LE(ventana.height(), sitio.height());
 }
 
-TEST(Medidas, LosCoeficientesSeDeslizanDondeNoCaben) {
+TEST(Medidas, TheCoefficientsScrollWhereTheyDoNotFit) {
     FormaCoef forma;
     UsuarioPrueba hecho;
     VentanaCoef ventana(forma, hecho.usuario(), nullptr);
@@ -122,7 +122,7 @@ TEST(Medidas, LosCoeficientesSeDeslizanDondeNoCaben) {
         << "where there is room, all of it shows";
 }
 
-TEST(Medidas, LaFilaSeParteDondeNoCabe) {
+TEST(Medidas, TheRowBreaksWhereItDoesNotFit) {
     QWidget ventana;
     ventana.resize(800, 100);
     FilaPartible fila(&ventana);
@@ -141,7 +141,7 @@ TEST(Medidas, LaFilaSeParteDondeNoCabe) {
     EXPECT_GE(uno->width(), uno->minimumSizeHint().width());
 }
 
-TEST(Letra, LaDelDisenoDondeEstaYEscalaYSiNoLaDelEscritorio) {
+TEST(Letra, TheDesignsWhereItIsThereAndScalesElseTheDesktops) {
     const auto escritorio = QApplication::font();
     EXPECT_EQ(letraDeDiseno(QStringLiteral("No Such Face"), escritorio), escritorio);
     QString otra;

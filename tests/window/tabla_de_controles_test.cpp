@@ -124,7 +124,7 @@ class TablaDeControles : public VentanaAlArrancar, public ::testing::WithParamIn
     }
 };
 
-TEST_P(TablaDeControles, EsComoDiceLaTabla) {
+TEST_P(TablaDeControles, IsAsTheTableSays) {
     auto* mio = widget();
     ASSERT_NE(mio, nullptr);
     EXPECT_TRUE(esDeSuClase(mio, fila().clase));
@@ -138,14 +138,14 @@ TEST_P(TablaDeControles, EsComoDiceLaTabla) {
     }
 }
 
-TEST_P(TablaDeControles, SeLlamaAsiParaLaTecnologiaDeAsistencia) {
+TEST_P(TablaDeControles, HasThatNameForAssistiveTechnology) {
     auto* accesible = QAccessible::queryAccessibleInterface(widget());
     ASSERT_NE(accesible, nullptr);
     EXPECT_EQ(texto(accesible->text(QAccessible::Name)), fila().accesible);
     EXPECT_EQ(texto(accesible->text(QAccessible::Description)), fila().hint);
 }
 
-TEST_F(VentanaAlArrancar, LoQueElControlNoTomaNoQuedaALaVista) {
+TEST_F(VentanaAlArrancar, WhatTheControlDoesNotTakeDoesNotStayInSight) {
     auto* campo = ventana.findChild<QLineEdit*>(QStringLiteral("Text2"));
     ASSERT_NE(campo, nullptr);
     forma.Text2.text = "Ana";
@@ -155,7 +155,7 @@ TEST_F(VentanaAlArrancar, LoQueElControlNoTomaNoQuedaALaVista) {
     EXPECT_EQ(forma.Text2.text(), "Ana");
 }
 
-TEST_F(VentanaAlArrancar, CadaCampoAdmiteLosCaracteresDeSuAncho) {
+TEST_F(VentanaAlArrancar, EachFieldTakesTheCharactersOfItsWidth) {
     for (auto* control : forma.camposTexto()) control->locked = false;
     for (const auto& fila : kTabla) {
         if (fila.maxLength == 0) continue;
@@ -169,7 +169,7 @@ TEST_F(VentanaAlArrancar, CadaCampoAdmiteLosCaracteresDeSuAncho) {
 INSTANTIATE_TEST_SUITE_P(inicio, TablaDeControles, ::testing::Range(std::size_t{0}, kTabla.size()),
                          [](const auto& caso) { return std::string(kTabla[caso.param].nombre); });
 
-TEST_F(VentanaAlArrancar, TodoControlConSuperficieEstaEnLaTabla) {
+TEST_F(VentanaAlArrancar, EveryControlWithASurfaceIsInTheTable) {
     for (const auto* control : forma.controles()) {
         if (ventana.widget(*control) == nullptr) continue;
         const bool esta = std::any_of(kTabla.begin(), kTabla.end(),
@@ -178,14 +178,14 @@ TEST_F(VentanaAlArrancar, TodoControlConSuperficieEstaEnLaTabla) {
     }
 }
 
-TEST_F(VentanaAlArrancar, LosControlesSinSuperficieNoTienenWidget) {
+TEST_F(VentanaAlArrancar, ControlsWithoutASurfaceHaveNoWidget) {
     for (const auto* control :
          {&forma.CommonDialog1, &forma.MSComm1, &forma.MSComm6, &forma.Timer1, &forma.Timer4}) {
         EXPECT_EQ(ventana.widget(*control), nullptr) << control->nombre();
     }
 }
 
-TEST_F(VentanaAlArrancar, ElTituloEsElCaptionDeLaForma) {
+TEST_F(VentanaAlArrancar, TheTitleIsTheFormsCaption) {
     EXPECT_EQ(texto(ventana.windowTitle()), "Telvane de VELTRA v1.10");
     EXPECT_EQ(texto(ventana.objectName()), "inicio");
 }

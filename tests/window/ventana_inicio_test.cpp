@@ -18,13 +18,13 @@ void soloVisible(FormaInicio& forma, Control& cual) {
     QApplication::processEvents();
 }
 
-TEST_F(VentanaSuelta, LasOpcionesOcultasNoDejanHueco) {
+TEST_F(VentanaSuelta, HiddenOptionsLeaveNoGap) {
     const auto primera = de<QWidget>(forma.Option1).pos();
     soloVisible(forma, forma.Option5);
     EXPECT_EQ(de<QWidget>(forma.Option5).pos(), primera);
 }
 
-TEST_F(VentanaSuelta, OcultarOpcionesNoMueveLoDemas) {
+TEST_F(VentanaSuelta, HidingOptionsMovesNothingElse) {
     const auto donde = [&] {
         std::vector<QPoint> lugares;
         for (auto* control :
@@ -38,7 +38,7 @@ TEST_F(VentanaSuelta, OcultarOpcionesNoMueveLoDemas) {
     EXPECT_EQ(donde(), antes);
 }
 
-TEST_F(VentanaSuelta, MostrarLaLecturaEnLineaNoMueveNada) {
+TEST_F(VentanaSuelta, ShowingTheLiveReadingMovesNothing) {
     const auto antes = de<QWidget>(forma.Command4).mapTo(&ventana, QPoint(0, 0));
     const auto hojas = de<QWidget>(forma.RichTextBox1).size();
     forma.Text60.visible = true;
@@ -47,7 +47,7 @@ TEST_F(VentanaSuelta, MostrarLaLecturaEnLineaNoMueveNada) {
     EXPECT_EQ(de<QWidget>(forma.RichTextBox1).size(), hojas);
 }
 
-TEST_F(VentanaSuelta, LasOchoLineasEnLineaCabenSinDesplazar) {
+TEST_F(VentanaSuelta, TheEightLiveLinesFitWithoutScrolling) {
     forma.Text60.visible = true;
     forma.Text60.text = "1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n8\r\n";
     QApplication::processEvents();
@@ -56,7 +56,7 @@ TEST_F(VentanaSuelta, LasOchoLineasEnLineaCabenSinDesplazar) {
     EXPECT_GE(vista.viewport()->height(), 8 * vista.fontMetrics().lineSpacing());
 }
 
-TEST_F(VentanaSuelta, TodoSeVeEnMilVeinticuatroPorSetecientos) {
+TEST_F(VentanaSuelta, EverythingIsSeenInTenTwentyFourBySevenHundred) {
     forma.Text60.visible = true;
     // What a title bar and a border leave.
     ventana.resize(1024, 668);
@@ -71,7 +71,7 @@ TEST_F(VentanaSuelta, TodoSeVeEnMilVeinticuatroPorSetecientos) {
     }
 }
 
-TEST_F(VentanaSuelta, ConLetraGrandeLosPanelesSePonenUnoBajoOtro) {
+TEST_F(VentanaSuelta, WithLargeLettersThePanelsStandOneBelowTheOther) {
     const auto original = QApplication::font();
     auto grande = original;
     grande.setPointSizeF(original.pointSizeF() * 1.8);
@@ -88,7 +88,7 @@ TEST_F(VentanaSuelta, ConLetraGrandeLosPanelesSePonenUnoBajoOtro) {
     EXPECT_TRUE(debajo);
 }
 
-TEST_F(VentanaSuelta, EnUnaPantallaAnchaUnBotonSigueSiendoUnBoton) {
+TEST_F(VentanaSuelta, OnAWideScreenAButtonIsStillAButton) {
     ventana.resize(1920, 1050);
     QApplication::processEvents();
     const auto hojas = de<QWidget>(forma.RichTextBox1).width();
@@ -102,7 +102,7 @@ TEST_F(VentanaSuelta, EnUnaPantallaAnchaUnBotonSigueSiendoUnBoton) {
     EXPECT_EQ(de<QWidget>(forma.Command13).width(), de<QWidget>(forma.Text60).width());
 }
 
-TEST_F(VentanaSuelta, UnCampoQueSoloSeLeeNoQuedaSeleccionado) {
+TEST_F(VentanaSuelta, AReadOnlyFieldDoesNotStaySelected) {
     auto& campo = de<QLineEdit>(forma.Text2);
     forma.Text2.text = "INTA";
     forma.Text2.locked = true;
@@ -114,11 +114,11 @@ TEST_F(VentanaSuelta, UnCampoQueSoloSeLeeNoQuedaSeleccionado) {
     EXPECT_EQ(texto(campo.selectedText()), "INTA");
 }
 
-TEST_F(VentanaSuelta, UnLectorDePantallaLaTomaPorUnaVentana) {
+TEST_F(VentanaSuelta, AScreenReaderTakesItForAWindow) {
     EXPECT_EQ(QAccessible::queryAccessibleInterface(&ventana)->role(), QAccessible::Window);
 }
 
-TEST_F(VentanaSuelta, ElTabuladorSigueALaVista) {
+TEST_F(VentanaSuelta, TabFollowsTheEye) {
     for (auto* control : {&forma.Text60, &forma.Check1}) control->visible = true;
     forma.Option1.value = 1;
     auto* primero = &de<QWidget>(forma.Command1);
@@ -158,7 +158,7 @@ TEST_F(VentanaSuelta, ElTabuladorSigueALaVista) {
     EXPECT_EQ(orden, esperado);
 }
 
-TEST_F(VentanaSuelta, LaHojaEscritaLaUltimaQuedaALaVista) {
+TEST_F(VentanaSuelta, ThePageWrittenLastStaysInSight) {
     auto* hojas = ventana.findChild<QTabWidget*>();
     forma.RichTextBox1.text = "datos";
     forma.RichTextBox2.text = "informe";
@@ -169,7 +169,7 @@ TEST_F(VentanaSuelta, LaHojaEscritaLaUltimaQuedaALaVista) {
     EXPECT_EQ(texto(hojas->tabText(1)), "Informe");
 }
 
-TEST_F(VentanaSuelta, LoImpresoSaleEnLaFranjaConLoNuevoAbajo) {
+TEST_F(VentanaSuelta, WhatIsPrintedStandsInTheStripTheNewestBelow) {
     auto* franja = dynamic_cast<VistaLineas*>(ventana.findChild<QWidget*>("Diagnostico"));
     ASSERT_NE(franja, nullptr);
     for (int i = 0; i < 20; ++i) forma.imprimir("<b>" + std::to_string(i) + "</b>");
@@ -184,13 +184,13 @@ TEST_F(VentanaSuelta, LoImpresoSaleEnLaFranjaConLoNuevoAbajo) {
     QApplication::clipboard();
 }
 
-TEST_F(VentanaSuelta, CerrarPorElMarcoEsPulsarSalirYNoCierraNada) {
+TEST_F(VentanaSuelta, ClosingByTheFrameIsPressingSalirAndClosesNothing) {
     ventana.close();
     EXPECT_EQ(hecho.pulsados, std::vector<std::string>{"salir"});
     EXPECT_TRUE(ventana.isVisible());
 }
 
-TEST_F(VentanaSuelta, ElRotuloDeLaCasillaLaPulsa) {
+TEST_F(VentanaSuelta, TheCheckBoxesLabelPressesIt) {
     forma.Check1.visible = true;
     forma.Label3.visible = true;
     QApplication::processEvents();
@@ -198,7 +198,7 @@ TEST_F(VentanaSuelta, ElRotuloDeLaCasillaLaPulsa) {
     EXPECT_EQ(hecho.pulsados, std::vector<std::string>{"Check1"});
 }
 
-TEST_F(VentanaSuelta, LaConexionEstablecidaSeLeeComoTexto) {
+TEST_F(VentanaSuelta, TheEstablishedConnectionIsReadAsText) {
     auto& boton = de<QPushButton>(forma.Command1);
     EXPECT_FALSE(boton.isFlat());
     forma.Command1.enabled = false;
@@ -207,14 +207,14 @@ TEST_F(VentanaSuelta, LaConexionEstablecidaSeLeeComoTexto) {
               boton.palette().color(QPalette::Active, QPalette::WindowText));
 }
 
-TEST_F(VentanaSuelta, LaAccionTrasElPrimerCuadroCorreConLaVentanaPintada) {
+TEST_F(VentanaSuelta, TheActionAfterTheFirstFrameRunsWithTheWindowPainted) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return ventana.enPantalla(); }));
     bool corrio = false;
     ventana.trasPrimerCuadro([&] { corrio = true; });
     EXPECT_TRUE(corrio);
 }
 
-TEST(VentanaSinMostrar, ApareceCuandoSeMuestraSuForma) {
+TEST(VentanaSinMostrar, AppearsWhenItsFormIsShown) {
     FormaInicio forma;
     UsuarioPrueba hecho;
     VentanaInicio ventana(forma, hecho.usuario());

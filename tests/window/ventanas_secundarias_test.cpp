@@ -23,7 +23,7 @@ class Progreso : public ::testing::Test {
     QProgressBar& barra = *dialogo.findChild<QProgressBar*>("ProgressBar1");
 };
 
-TEST_F(Progreso, TieneSusTresControles) {
+TEST_F(Progreso, HasItsThreeControls) {
     EXPECT_EQ(texto(dialogo.windowTitle()), "Estado de Comunicacion");
     EXPECT_FALSE(dialogo.isModal());
     auto* cancelar = dialogo.findChild<QPushButton*>("Command45");
@@ -32,7 +32,7 @@ TEST_F(Progreso, TieneSusTresControles) {
     EXPECT_EQ(texto(dialogo.findChild<QLabel*>("Label1")->text()), "00:00:00");
 }
 
-TEST_F(Progreso, LaBarraAlcanzaElValorDelControl) {
+TEST_F(Progreso, TheBarReachesTheControlsValue) {
     forma.mostrarConBarra(4098);
     for (int i = 0; i <= 2049; ++i) forma.ProgressBar1.value = i;
     EXPECT_LT(barra.value(), 2049) << "miles de pasos en un cuadro se pintan una vez";
@@ -40,11 +40,11 @@ TEST_F(Progreso, LaBarraAlcanzaElValorDelControl) {
     EXPECT_EQ(barra.maximum(), 4098);
 }
 
-TEST_F(Progreso, SinMaximoNoHayAnimacion) {
+TEST_F(Progreso, WithoutAMaximumNothingMoves) {
     EXPECT_GT(barra.maximum(), barra.minimum());
 }
 
-TEST_F(Progreso, CerrarloEsPulsarSuBoton) {
+TEST_F(Progreso, ClosingItIsPressingItsButton) {
     dialogo.show();
     dialogo.close();
     QTest::keyClick(&dialogo, Qt::Key_Escape);
@@ -52,12 +52,12 @@ TEST_F(Progreso, CerrarloEsPulsarSuBoton) {
     EXPECT_TRUE(dialogo.isVisible()) << "solo su forma lo quita de la pantalla";
 }
 
-TEST_F(Progreso, ElTituloCambiaConLaForma) {
+TEST_F(Progreso, TheTitleChangesWithTheForm) {
     forma.caption("Generacion de Archivo");
     EXPECT_EQ(texto(dialogo.windowTitle()), "Generacion de Archivo");
 }
 
-TEST(AparicionDeVentanas, LaVentanaEstaMientrasLaFormaSeMuestra) {
+TEST(AparicionDeVentanas, TheWindowIsThereWhileTheFormIsShown) {
     FormaProgress forma;
     UsuarioPrueba hecho;
     Aparicion aparicion(forma,
@@ -74,7 +74,7 @@ TEST(AparicionDeVentanas, LaVentanaEstaMientrasLaFormaSeMuestra) {
     EXPECT_EQ(aparicion.ventana(), nullptr);
 }
 
-TEST(AparicionDeVentanas, LoQueVieneYSeVaEnUnSucesoNoParpadea) {
+TEST(AparicionDeVentanas, WhatComesAndGoesWithinOneEventDoesNotFlicker) {
     FormaProgress forma;
     int hechas = 0;
     const Aparicion aparicion(forma, [&] {
@@ -87,7 +87,7 @@ TEST(AparicionDeVentanas, LoQueVieneYSeVaEnUnSucesoNoParpadea) {
     EXPECT_EQ(hechas, 0);
 }
 
-TEST(Presenta, MuestraSuImagenYSoloSuFormaLaCierra) {
+TEST(Presenta, ShowsItsPictureAndOnlyItsFormClosesIt) {
     FormaPresenta forma;
     QWidget principal;
     principal.resize(800, 600);
@@ -103,7 +103,7 @@ TEST(Presenta, MuestraSuImagenYSoloSuFormaLaCierra) {
     EXPECT_TRUE(presenta.geometry().contains(centro));
 }
 
-TEST_F(Progreso, IntroNoCancelaYElBotonSeAlcanzaConElTabulador) {
+TEST_F(Progreso, EnterCancelsNothingAndTabReachesTheButton) {
     dialogo.show();
     QApplication::setActiveWindow(&dialogo);
     ASSERT_TRUE(QTest::qWaitForWindowActive(&dialogo));
@@ -125,7 +125,7 @@ TEST_F(Progreso, IntroNoCancelaYElBotonSeAlcanzaConElTabulador) {
     EXPECT_EQ(hecho.pulsados, (Lista{"Command45", "Command45"}));
 }
 
-TEST(AparicionDeVentana, MostrarDeNuevoLaTraeMinimizadaOTapada) {
+TEST(AparicionDeVentana, ShowingAgainBringsItBackMinimisedOrCovered) {
     FormaCoef forma;
     UsuarioPrueba hecho;
     const Aparicion aparicion(forma,
@@ -147,7 +147,7 @@ class Coeficientes : public ::testing::Test {
     VentanaCoef ventana{forma, hecho.usuario(), nullptr};
 };
 
-TEST_F(Coeficientes, TieneTreintaYDosCamposConSuNombrePorTexto) {
+TEST_F(Coeficientes, HasThirtyTwoFieldsWithTheirNameAsText) {
     EXPECT_EQ(texto(ventana.windowTitle()), "coeficientes");
     for (int i = 1; i <= 32; ++i) {
         const auto nombre = QStringLiteral("Text%1").arg(i);
@@ -160,7 +160,7 @@ TEST_F(Coeficientes, TieneTreintaYDosCamposConSuNombrePorTexto) {
     EXPECT_EQ(ventana.findChildren<QLabel*>("Label3").size(), 8);
 }
 
-TEST_F(Coeficientes, DosCamposPorFilaEnElOrdenDeLasFilas) {
+TEST_F(Coeficientes, TwoFieldsARowInTheOrderOfTheRows) {
     ventana.show();
     QApplication::processEvents();
     const auto lugar = [&](int i) {
@@ -171,7 +171,7 @@ TEST_F(Coeficientes, DosCamposPorFilaEnElOrdenDeLasFilas) {
     for (int i = 3; i <= 32; i += 2) EXPECT_GT(lugar(i).y(), lugar(i - 2).y()) << i;
 }
 
-TEST_F(Coeficientes, CerrarlaEsPulsarSalir) {
+TEST_F(Coeficientes, ClosingItIsPressingSalir) {
     ventana.show();
     ventana.close();
     QTest::keyClick(&ventana, Qt::Key_Escape);

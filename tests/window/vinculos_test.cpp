@@ -19,7 +19,7 @@ namespace {
 
 using Lista = std::vector<std::string>;
 
-TEST_F(VentanaSuelta, LosCambiosDeUnControlLleganASuWidget) {
+TEST_F(VentanaSuelta, TheChangesOfAControlReachItsWidget) {
     forma.Command4.caption = "PARAR";
     EXPECT_EQ(de<QPushButton>(forma.Command4).text(), "PARAR");
     forma.Command4.enabled = false;
@@ -36,7 +36,7 @@ TEST_F(VentanaSuelta, LosCambiosDeUnControlLleganASuWidget) {
     EXPECT_TRUE(de<QRadioButton>(forma.Option3).isChecked());
 }
 
-TEST_F(VentanaSuelta, LoQueEscribeUnProgramaNoCuentaComoEdicion) {
+TEST_F(VentanaSuelta, WhatAProgramWritesDoesNotCountAsEditing) {
     forma.Text2.text = "uno";
     forma.fecha1.text = "20/11/2026";
     forma.Option2.value = 1;
@@ -46,7 +46,7 @@ TEST_F(VentanaSuelta, LoQueEscribeUnProgramaNoCuentaComoEdicion) {
     EXPECT_EQ(forma.fecha1.text(), "20/11/2026");
 }
 
-TEST_F(VentanaSuelta, UnRotuloMuestraElMarcadoComoTexto) {
+TEST_F(VentanaSuelta, ALabelShowsMarkupAsText) {
     forma.Label4.caption = "Nro  : <b>1</b>&x";
     auto& rotulo = de<QLabel>(forma.Label4);
     EXPECT_EQ(rotulo.textFormat(), Qt::PlainText);
@@ -54,7 +54,7 @@ TEST_F(VentanaSuelta, UnRotuloMuestraElMarcadoComoTexto) {
     EXPECT_EQ(rotulo.buddy(), nullptr) << "con un campo asociado, & sería un atajo";
 }
 
-TEST_F(VentanaSuelta, ElAmpersandDeUnCaptionNoEsUnAtajo) {
+TEST_F(VentanaSuelta, TheAmpersandOfACaptionIsNoShortcut) {
     forma.Command4.caption = "A & B";
     auto& boton = de<QPushButton>(forma.Command4);
     EXPECT_EQ(boton.text(), "A && B");
@@ -62,26 +62,26 @@ TEST_F(VentanaSuelta, ElAmpersandDeUnCaptionNoEsUnAtajo) {
     EXPECT_EQ(boton.accessibleName(), "A & B");
 }
 
-TEST_F(VentanaSuelta, UnTextoDelRegistradorSeMuestraByteABite) {
+TEST_F(VentanaSuelta, ATextOfTheLoggerIsShownByteByByte) {
     const std::string raro("a\0<i>\xc2\x81\xc3\xb1", 9);
     forma.Text2.text = raro;
     EXPECT_EQ(de<QLineEdit>(forma.Text2).text().toStdString(), raro);
     EXPECT_EQ(forma.Text2.text(), raro);
 }
 
-TEST_F(VentanaSuelta, EscribirEnUnCampoLlegaAlControl) {
+TEST_F(VentanaSuelta, TypingIntoAFieldReachesTheControl) {
     QTest::keyClicks(&de<QLineEdit>(forma.Text4), "33 S");
     EXPECT_EQ(forma.Text4.text(), "33 S");
     EXPECT_EQ(hecho.cambiados.back(), "Text4=33 S");
 }
 
-TEST_F(VentanaSuelta, UnCampoBloqueadoNoSeEscribe) {
+TEST_F(VentanaSuelta, ALockedFieldIsNotWritten) {
     forma.Text4.locked = true;
     QTest::keyClicks(&de<QLineEdit>(forma.Text4), "33");
     EXPECT_TRUE(hecho.cambiados.empty());
 }
 
-TEST_F(VentanaSuelta, UnCampoBloqueadoTieneElFondoDeLaVentana) {
+TEST_F(VentanaSuelta, ALockedFieldHasTheWindowsBackground) {
     auto& campo = de<QLineEdit>(forma.Text4);
     const auto libre = campo.palette().color(QPalette::Base);
     forma.Text4.locked = true;
@@ -90,7 +90,7 @@ TEST_F(VentanaSuelta, UnCampoBloqueadoTieneElFondoDeLaVentana) {
     EXPECT_EQ(campo.palette().color(QPalette::Base), libre);
 }
 
-TEST_F(VentanaSuelta, UnCampoBloqueadoSigueLosColoresDelEscritorio) {
+TEST_F(VentanaSuelta, ALockedFieldFollowsTheDesktopsColours) {
     forma.Text4.locked = true;
     const auto claros = QApplication::palette();
     QPalette oscuros(QColor(40, 42, 45));
@@ -104,7 +104,7 @@ TEST_F(VentanaSuelta, UnCampoBloqueadoSigueLosColoresDelEscritorio) {
     EXPECT_NE(fondo, de<QLineEdit>(forma.Text4).palette().color(QPalette::Base));
 }
 
-TEST_F(VentanaSuelta, LosBlancosDeLosLadosNoOcupanElAncho) {
+TEST_F(VentanaSuelta, OuterBlanksTakeNoWidth) {
     forma.Text7.text = "   12";
     auto& campo = de<QLineEdit>(forma.Text7);
     campo.end(false);
@@ -112,7 +112,7 @@ TEST_F(VentanaSuelta, LosBlancosDeLosLadosNoOcupanElAncho) {
     EXPECT_EQ(forma.Text7.text(), "   12345");
 }
 
-TEST_F(VentanaSuelta, UnAnchoSeCuentaEnCaracteresYNoEnBytes) {
+TEST_F(VentanaSuelta, AWidthIsCountedInCharactersAndNotInBytes) {
     auto& campo = de<QLineEdit>(forma.Text7);
     campo.insert(QStringLiteral("ñandúes"));
     EXPECT_EQ(texto(campo.text()), "ñandú");
@@ -125,7 +125,7 @@ void pegar(QLineEdit& campo, const QString& texto) {
     QTest::keyClick(&campo, Qt::Key_V, Qt::ControlModifier);
 }
 
-TEST_F(VentanaSuelta, DeUnTextoPegadoSeTomaLoQueCabe) {
+TEST_F(VentanaSuelta, OfAPastedTextWhatFitsIsTaken) {
     auto& campo = de<QLineEdit>(forma.Text7);
     pegar(campo, QStringLiteral("   1234567   "));
     EXPECT_EQ(forma.Text7.text(), "   12345");
@@ -134,7 +134,7 @@ TEST_F(VentanaSuelta, DeUnTextoPegadoSeTomaLoQueCabe) {
     EXPECT_EQ(campo.cursorPosition(), 8);
 }
 
-TEST_F(VentanaSuelta, LoPegadoEnMedioConservaLoQueHabia) {
+TEST_F(VentanaSuelta, WhatIsPastedInTheMiddleKeepsWhatWasThere) {
     forma.Text7.text = "1289";
     auto& campo = de<QLineEdit>(forma.Text7);
     campo.setFocus();
@@ -149,13 +149,13 @@ TEST_F(VentanaSuelta, LoPegadoEnMedioConservaLoQueHabia) {
     EXPECT_EQ(forma.Text7.text(), "1ab89");
 }
 
-TEST_F(VentanaSuelta, UnCaracterDeDosMitadesNoSeParte) {
+TEST_F(VentanaSuelta, ACharacterOfTwoHalvesIsNotSplit) {
     auto& campo = de<QLineEdit>(forma.Text7);
     pegar(campo, QString::fromUtf8("1234\xF0\x9F\x8C\xA7\xF0\x9F\x8C\xA7"));
     EXPECT_EQ(forma.Text7.text(), "1234\xF0\x9F\x8C\xA7");
 }
 
-TEST_F(VentanaSuelta, UnFinDeLineaPegadoNoEsIntroNiLlegaAlCampo) {
+TEST_F(VentanaSuelta, APastedLineEndIsNoEnterAndDoesNotReachTheField) {
     std::vector<int> teclas;
     forma.Text10.alTeclear = [&](int& tecla) {
         teclas.push_back(tecla);
@@ -169,7 +169,7 @@ TEST_F(VentanaSuelta, UnFinDeLineaPegadoNoEsIntroNiLlegaAlCampo) {
     EXPECT_EQ(forma.Text2.text(), "unodos");
 }
 
-TEST_F(VentanaSuelta, BorrarNoTocaLoQueMandoElRegistrador) {
+TEST_F(VentanaSuelta, ErasingDoesNotTouchWhatTheLoggerSent) {
     forma.Text7.text =
         "x\x01"
         "abc";
@@ -182,7 +182,7 @@ TEST_F(VentanaSuelta, BorrarNoTocaLoQueMandoElRegistrador) {
               "abc");
 }
 
-TEST_F(VentanaSuelta, UnCampoRellenoTomaLoQueSeEscribeAlFinal) {
+TEST_F(VentanaSuelta, APaddedFieldTakesWhatIsTypedAtItsEnd) {
     auto& campo = de<QLineEdit>(forma.Text3);
     campo.setFocus();
     for (const auto& [relleno, queda] :
@@ -203,7 +203,7 @@ TEST_F(VentanaSuelta, UnCampoRellenoTomaLoQueSeEscribeAlFinal) {
     EXPECT_EQ(forma.Text3.text(), std::string(35, 'x')) << "full of text";
 }
 
-TEST_F(VentanaSuelta, LoQueEscribeUnaAyudaTecnicaCuentaComoEdicion) {
+TEST_F(VentanaSuelta, WhatAssistiveTechnologyWritesCountsAsEditing) {
     const auto escribir = [](QLineEdit& campo, const QString& nuevo) {
         auto* accesible = QAccessible::queryAccessibleInterface(&campo);
         accesible->editableTextInterface()->replaceText(0, static_cast<int>(campo.text().size()), nuevo);
@@ -220,7 +220,7 @@ TEST_F(VentanaSuelta, LoQueEscribeUnaAyudaTecnicaCuentaComoEdicion) {
     EXPECT_EQ(texto(de<QLineEdit>(forma.Text4).text()), "34 S");
 }
 
-TEST_F(VentanaSuelta, LaHoraSeEscribeSobreSuMascara) {
+TEST_F(VentanaSuelta, TheTimeIsTypedOverItsMask) {
     auto& campo = de<QLineEdit>(forma.MaskEdBox2);
     campo.setFocus();
     campo.home(false);
@@ -231,7 +231,7 @@ TEST_F(VentanaSuelta, LaHoraSeEscribeSobreSuMascara) {
     EXPECT_EQ(forma.MaskEdBox2.text(), "14:58:45");
 }
 
-TEST_F(VentanaSuelta, ElRelojQueCorreNoMueveElCursorDeQuienEscribe) {
+TEST_F(VentanaSuelta, TheRunningClockDoesNotMoveTheTypistsCursor) {
     forma.MaskEdBox2.text = "10:00:00";
     auto& campo = de<QLineEdit>(forma.MaskEdBox2);
     campo.setFocus();
@@ -240,14 +240,14 @@ TEST_F(VentanaSuelta, ElRelojQueCorreNoMueveElCursorDeQuienEscribe) {
     EXPECT_EQ(campo.cursorPosition(), 3);
 }
 
-TEST_F(VentanaSuelta, DejarUnCampoSeAvisaUnaVez) {
+TEST_F(VentanaSuelta, LeavingAFieldIsToldOnce) {
     de<QLineEdit>(forma.MaskEdBox2).setFocus();
     hecho.salidos.clear();
     QTest::keyClick(&de<QLineEdit>(forma.MaskEdBox2), Qt::Key_Tab);
     EXPECT_EQ(hecho.salidos, Lista{"MaskEdBox2"});
 }
 
-TEST_F(VentanaSuelta, CambiarDeVentanaNoEsDejarElCampo) {
+TEST_F(VentanaSuelta, ChangingWindowsIsNotLeavingTheField) {
     auto& campo = de<QLineEdit>(forma.MaskEdBox2);
     campo.setFocus();
     hecho.salidos.clear();
@@ -256,11 +256,11 @@ TEST_F(VentanaSuelta, CambiarDeVentanaNoEsDejarElCampo) {
     EXPECT_TRUE(hecho.salidos.empty());
 }
 
-TEST_F(VentanaSuelta, AlArrancarElTecladoNoEstaEnUnBoton) {
+TEST_F(VentanaSuelta, AtTheStartTheKeyboardIsOnNoButton) {
     EXPECT_EQ(ventana.focusWidget(), &de<QLineEdit>(forma.Text2));
 }
 
-TEST_F(VentanaSuelta, LoQueSeCierraDejaElTecladoDondeNadaEmpiezaYLoRecobra) {
+TEST_F(VentanaSuelta, WhatClosesLeavesTheKeyboardWhereNothingStartsAndGetsItBack) {
     forma.Text10.alTeclear = [](int&) {};
     struct Caso {
         Control* cerrado;
@@ -286,7 +286,7 @@ TEST_F(VentanaSuelta, LoQueSeCierraDejaElTecladoDondeNadaEmpiezaYLoRecobra) {
     EXPECT_EQ(ventana.focusWidget(), ventana.widget(forma.RichTextBox1));
 }
 
-TEST_F(VentanaSuelta, QuienSeFueAOtroSitioSeQuedaAlli) {
+TEST_F(VentanaSuelta, WhoWentElsewhereStaysThere) {
     ventana.widget(forma.Command13)->setFocus();
     forma.Command13.enabled = false;
     ventana.widget(forma.salir)->setFocus();
@@ -294,7 +294,7 @@ TEST_F(VentanaSuelta, QuienSeFueAOtroSitioSeQuedaAlli) {
     EXPECT_EQ(ventana.focusWidget(), ventana.widget(forma.salir));
 }
 
-TEST_F(VentanaSuelta, UnaTeclaMantenidaPulsaUnaVez) {
+TEST_F(VentanaSuelta, AHeldKeyPressesOnce) {
     const auto golpe = [](QWidget* en, Qt::Key tecla, bool repetida) {
         QKeyEvent pulsada(QEvent::KeyPress, tecla, Qt::NoModifier, QStringLiteral("\r"), repetida);
         QApplication::sendEvent(en, &pulsada);
@@ -311,7 +311,7 @@ TEST_F(VentanaSuelta, UnaTeclaMantenidaPulsaUnaVez) {
     EXPECT_EQ(intros, 1);
 }
 
-TEST_F(VentanaSuelta, LasTeclasDelNumeroDeSeriePasanPorSuFiltro) {
+TEST_F(VentanaSuelta, TheSerialNumbersKeysPassItsFilter) {
     std::vector<int> teclas;
     forma.Text10.alTeclear = [&](int& tecla) {
         teclas.push_back(tecla);
@@ -327,7 +327,7 @@ TEST_F(VentanaSuelta, LasTeclasDelNumeroDeSeriePasanPorSuFiltro) {
     EXPECT_EQ(teclas.back(), 13);
 }
 
-TEST_F(VentanaSuelta, LoPegadoEnElNumeroDeSeriePasaPorElMismoFiltro) {
+TEST_F(VentanaSuelta, WhatIsPastedIntoTheSerialNumberPassesTheSameFilter) {
     forma.Text10.alTeclear = [](int& tecla) {
         if (tecla < '0' || tecla > '9') tecla = 0;
     };
@@ -338,7 +338,7 @@ TEST_F(VentanaSuelta, LoPegadoEnElNumeroDeSeriePasaPorElMismoFiltro) {
     EXPECT_EQ(texto(campo.text()), "2080");
 }
 
-TEST_F(VentanaSuelta, UnaOpcionSeMarcaCuandoElControlLoDice) {
+TEST_F(VentanaSuelta, AnOptionIsMarkedWhenTheControlSaysSo) {
     auto& opcion = de<QRadioButton>(forma.Option2);
     QTest::mouseClick(&opcion, Qt::LeftButton);
     EXPECT_EQ(hecho.pulsados, Lista{"Option2"});
@@ -349,7 +349,7 @@ TEST_F(VentanaSuelta, UnaOpcionSeMarcaCuandoElControlLoDice) {
     EXPECT_FALSE(opcion.isChecked()) << "ninguna puede estar marcada";
 }
 
-TEST_F(VentanaSuelta, LasFlechasEligenLaOpcionVecina) {
+TEST_F(VentanaSuelta, TheArrowsChooseTheNeighbouringOption) {
     forma.Option1.value = 1;
     auto& primera = de<QRadioButton>(forma.Option1);
     primera.setFocus();
@@ -360,7 +360,7 @@ TEST_F(VentanaSuelta, LasFlechasEligenLaOpcionVecina) {
     EXPECT_FALSE(hecho.pulsados.empty());
 }
 
-TEST_F(VentanaSuelta, SinNingunaMarcadaElTecladoLlegaALasOpciones) {
+TEST_F(VentanaSuelta, WithNoneMarkedTheKeyboardReachesTheOptions) {
     de<QLineEdit>(forma.Text7).setFocus();
     QTest::keyClick(ventana.focusWidget(), Qt::Key_Tab);
     EXPECT_EQ(ventana.focusWidget(), ventana.widget(forma.Option1));
@@ -368,19 +368,19 @@ TEST_F(VentanaSuelta, SinNingunaMarcadaElTecladoLlegaALasOpciones) {
     EXPECT_EQ(hecho.pulsados, Lista{"Option1"});
 }
 
-TEST_F(VentanaSuelta, IntroPulsaElBotonQueTieneElFoco) {
+TEST_F(VentanaSuelta, EnterPressesTheButtonThatHasTheFocus) {
     QTest::keyClick(&de<QPushButton>(forma.Command5), Qt::Key_Return);
     QTest::keyClick(&de<QPushButton>(forma.Command5), Qt::Key_Space);
     EXPECT_EQ(hecho.pulsados, (Lista{"Command5", "Command5"}));
 }
 
-TEST_F(VentanaSuelta, UnBotonApagadoNoSePulsa) {
+TEST_F(VentanaSuelta, ADisabledButtonIsNotPressed) {
     forma.Command5.enabled = false;
     QTest::mouseClick(&de<QPushButton>(forma.Command5), Qt::LeftButton);
     EXPECT_TRUE(hecho.pulsados.empty());
 }
 
-TEST_F(VentanaSuelta, LoQueUnLectorDePantallaMarcaCuentaComoUnClic) {
+TEST_F(VentanaSuelta, WhatAScreenReaderMarksCountsAsAClick) {
     auto* accion = QAccessible::queryAccessibleInterface(&de<QRadioButton>(forma.Option5))->actionInterface();
     ASSERT_NE(accion, nullptr);
     accion->doAction(accion->actionNames().constFirst());

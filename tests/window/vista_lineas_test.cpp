@@ -34,7 +34,7 @@ class Vista : public ::testing::Test {
     VistaLineas vista{nullptr};
 };
 
-TEST_F(Vista, LosTresFinesDeLineaValen) {
+TEST_F(Vista, TheThreeLineEndsAllCount) {
     vista.texto("uno\r\ndos\ntres\rcuatro\r\n\r\nseis");
     ASSERT_EQ(vista.lineas(), 6);
     EXPECT_EQ(vista.linea(1).toStdString(), "dos");
@@ -44,14 +44,14 @@ TEST_F(Vista, LosTresFinesDeLineaValen) {
     EXPECT_EQ(vista.linea(5).toStdString(), "seis");
 }
 
-TEST_F(Vista, UnTextoVacioNoTieneLineas) {
+TEST_F(Vista, AnEmptyTextHasNoLines) {
     vista.texto("algo");
     vista.texto("");
     EXPECT_EQ(vista.lineas(), 0);
     EXPECT_EQ(vista.verticalScrollBar()->maximum(), 0);
 }
 
-TEST_F(Vista, NueveMilLineasSePonenEnElActo) {
+TEST_F(Vista, NineThousandLinesAreSetAtOnce) {
     const auto texto = nueveMilLineas();
     const auto antes = std::chrono::steady_clock::now();
     vista.texto(texto);
@@ -61,7 +61,7 @@ TEST_F(Vista, NueveMilLineasSePonenEnElActo) {
     EXPECT_LT(tardo, std::chrono::milliseconds(500));
 }
 
-TEST_F(Vista, NueveMilLineasCuestanUnDesplazamientoCadaUna) {
+TEST_F(Vista, NineThousandLinesCostOneScrollEach) {
     const auto texto = nueveMilLineas();
     vista.texto("x");
     vista.repaint();
@@ -73,12 +73,12 @@ TEST_F(Vista, NueveMilLineasCuestanUnDesplazamientoCadaUna) {
     EXPECT_LT(despues, antes + 9000 * sizeof(std::uint32_t) + 100'000);
 }
 
-TEST_F(Vista, ElMarcadoEsTexto) {
+TEST_F(Vista, MarkupIsText) {
     vista.texto("<b>x</b>\n");
     EXPECT_EQ(vista.linea(0).toStdString(), "<b>x</b>");
 }
 
-TEST_F(Vista, UnTextoNuevoSeVeDesdeElPrincipio) {
+TEST_F(Vista, ANewTextIsSeenFromItsBeginning) {
     const auto texto = nueveMilLineas();
     vista.texto(texto);
     vista.verticalScrollBar()->setValue(4000);
@@ -86,7 +86,7 @@ TEST_F(Vista, UnTextoNuevoSeVeDesdeElPrincipio) {
     EXPECT_EQ(vista.verticalScrollBar()->value(), 0);
 }
 
-TEST_F(Vista, SiguiendoElFinalSeVeLoUltimo) {
+TEST_F(Vista, FollowingTheEndTheLatestIsSeen) {
     vista.seguirElFinal(true);
     const auto texto = nueveMilLineas();
     vista.texto(texto);
@@ -94,14 +94,14 @@ TEST_F(Vista, SiguiendoElFinalSeVeLoUltimo) {
     EXPECT_GT(vista.verticalScrollBar()->maximum(), 8900);
 }
 
-TEST_F(Vista, LasLineasSeCopian) {
+TEST_F(Vista, TheLinesAreCopied) {
     vista.texto("uno\r\ndos\r\ntres\r\n");
     QTest::keyClick(&vista, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(&vista, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "uno\ndos\ntres\n");
 }
 
-TEST_F(Vista, UnaVistaNoSeleccionableNoCopiaNada) {
+TEST_F(Vista, AViewThatCannotBeSelectedCopiesNothing) {
     QApplication::clipboard()->setText("lo de antes");
     vista.seleccionable(false);
     vista.texto("uno\r\n");
@@ -110,7 +110,7 @@ TEST_F(Vista, UnaVistaNoSeleccionableNoCopiaNada) {
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "lo de antes");
 }
 
-TEST_F(Vista, ElTecladoLlegaAlPrincipioYAlFinal) {
+TEST_F(Vista, TheKeyboardReachesBeginningAndEnd) {
     const auto texto = nueveMilLineas();
     vista.texto(texto);
     QTest::keyClick(&vista, Qt::Key_End);
@@ -121,7 +121,7 @@ TEST_F(Vista, ElTecladoLlegaAlPrincipioYAlFinal) {
     EXPECT_GT(vista.verticalScrollBar()->value(), 1);
 }
 
-TEST_F(Vista, UnLectorDePantallaLeeElTexto) {
+TEST_F(Vista, AScreenReaderReadsTheText) {
     vista.texto("uno\r\ndos\r\n");
     auto* accesible = QAccessible::queryAccessibleInterface(&vista);
     ASSERT_NE(accesible, nullptr);
