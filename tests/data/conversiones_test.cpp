@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "data/medidas.h"
 #include "tests/data/registro_prueba.h"
 
 namespace telvane {
@@ -191,6 +192,14 @@ TEST_F(Conversiones, WindByteZeroHasNoNameAnd160IsNorth) {
     EXPECT_EQ(linea(0), "0 ---");
     EXPECT_EQ(linea(160), "360 N");
     EXPECT_EQ(linea(14), "31.5 ---");
+}
+
+TEST(Medidas, WhatNoRecordSaidIsZero) {
+    const Medidas m;
+    EXPECT_EQ(m.crudoDirViento, 0);
+    for (const auto valor : {m.humedad, m.temperatura, m.dirViento, m.velViento, m.radSolar, m.presion,
+                             m.lluvia, m.evaporacion, m.auxiliar1, m.auxiliar2})
+        EXPECT_EQ(valor, 0);
 }
 
 }  // namespace
