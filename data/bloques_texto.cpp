@@ -35,9 +35,8 @@ template <typename Escribir>
     };
     const auto recuento = recorrerMuestras(
         memoria, decodificador, ultimoBloque,
-        [&] [[gnu::always_inline]] (BytesMuestraConst registro) {
-            fin = escribir(fin, registro, evaporacion);
-        },
+        [&](BytesMuestraConst registro)
+            __attribute__((always_inline)) { fin = escribir(fin, registro, evaporacion); },
         [&](std::int32_t numero) {
             if (numero == ultimoDelBufer && bufer < kBuferes) cerrarBufer();
             if (alBloque) alBloque(numero);

@@ -105,7 +105,7 @@ std::string nombreCsv(std::string_view ubicacion, const FechaHora& momento) {
         nombre += mal > 0 ? '_' : resto.front();
         resto.remove_prefix(mal > 0 ? mal : 1);
     }
-    const auto fecha = fmt::format("{}_{}_{}", momento.dia, momento.mes, momento.anio);
+    auto fecha = fmt::format("{}_{}_{}", momento.dia, momento.mes, momento.anio);
     if (nombre.empty()) return fecha;
     if (kEspecialesAlComienzo.find(nombre.front()) != std::string_view::npos) nombre.front() = '_';
     return fmt::format("{} {}", nombre, fecha);
