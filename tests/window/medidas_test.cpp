@@ -96,6 +96,25 @@ TEST(Medidas, WithLettersOfTwentyPointsASmallScreenScrollsDownwardsOnly) {
     }
 }
 
+TEST(Medidas, TheLabelsOfAllFieldsEndAtTheSamePlace) {
+    for (const int puntos : {9, kPuntosGrandes}) {
+        const Letras letras(puntos);
+        FormaInicio forma;
+        UsuarioPrueba hecho;
+        VentanaInicio ventana(forma, hecho.usuario());
+        forma.mostrar();
+        ventana.resize(kPantallaChica - kMarcoDeVentana);
+        QApplication::processEvents();
+        const auto fin = [&](const Control& rotulo) {
+            const auto& widget = *ventana.widget(rotulo);
+            return widget.mapTo(&ventana, widget.rect().topRight()).x();
+        };
+        for (const auto* rotulo :
+             {&forma.Label5, &forma.Label6, &forma.Label7, &forma.Label8, &forma.Label13, &forma.Label1})
+            EXPECT_EQ(fin(*rotulo), fin(forma.Label2)) << rotulo->nombre() << " at " << puntos << " points";
+    }
+}
+
 TEST(Medidas, TheWindowIsBornWithItsFrameInsideTheScreen) {
     const Letras grandes(kPuntosGrandes);
     FormaInicio forma;

@@ -53,6 +53,18 @@ void conservarSitio(QWidget& widget) {
     widget.setSizePolicy(politica);
 }
 
+// Labels of both end at the same place, however wide the letters make one of them.
+void alinearRotulos(QGridLayout& una, QGridLayout& otra) {
+    int ancho = std::max(una.columnMinimumWidth(0), otra.columnMinimumWidth(0));
+    for (const auto* rejilla : {&una, &otra}) {
+        for (int fila = 0; fila < rejilla->rowCount(); ++fila) {
+            if (const auto* rotulo = rejilla->itemAtPosition(fila, 0))
+                ancho = std::max(ancho, rotulo->minimumSize().width());
+        }
+    }
+    for (auto* rejilla : {&una, &otra}) rejilla->setColumnMinimumWidth(0, ancho);
+}
+
 template <class Disposicion>
 Disposicion* sinMargen(Disposicion* disposicion) {
     disposicion->setContentsMargins(0, 0, 0, 0);
@@ -132,13 +144,15 @@ QLayout* VentanaInicio::columnaConfiguracion() {
     auto* columna = new QVBoxLayout;
     columna->addWidget(encabezado(forma_.Label11, forma_.Line2));
     columna->addWidget(filaDeBotones(forma_.configuracion, forma_.Command2));
-    columna->addLayout(camposConfiguracion());
+    auto* campos = camposConfiguracion();
+    columna->addLayout(campos);
     columna->addWidget(filaDeBotones(forma_.Command3, forma_.Command5));
     columna->addSpacing(2 * kEntreSecciones);
     // A service of its own, away from the fields that are sent together.
     auto* serie = nuevaRejilla();
     filaDeCampo(*serie, 0, forma_.Label1, crear(forma_.Text10));
     columna->addLayout(serie);
+    alinearRotulos(*campos, *serie);
     columna->addStretch();
     return columna;
 }
@@ -160,7 +174,7 @@ QGridLayout* VentanaInicio::nuevaRejilla() {
     return rejilla;
 }
 
-QLayout* VentanaInicio::camposConfiguracion() {
+QGridLayout* VentanaInicio::camposConfiguracion() {
     auto* rejilla = nuevaRejilla();
     int fila = 0;
     rejilla->addWidget(crear(forma_.Label4), fila++, 1);

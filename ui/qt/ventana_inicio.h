@@ -44,7 +44,7 @@ class VentanaInicio final : public QWidget {
     QLayout* columnaConfiguracion();
     QWidget* filaDeBotones(Control& izquierdo, Control& derecho);
     QGridLayout* nuevaRejilla();
-    QLayout* camposConfiguracion();
+    QGridLayout* camposConfiguracion();
     void filaDeCampo(QGridLayout& rejilla, int fila, Control& rotulo, QWidget* campo);
     QWidget* opcionesDeIntervalo();
     QWidget* rotuloPropio(const Control& campo);
