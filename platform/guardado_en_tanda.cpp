@@ -101,21 +101,21 @@ void GuardadoEnTanda::colocar(Tanda tanda) {
     }
     std::vector<std::string> motivos;
     std::map<std::filesystem::path, int> carpetas;
-    for (auto& [archivo, disco, listo] : tanda.archivos) {
+    for (auto& uno : tanda.archivos) {
         motivos.push_back(motivoDe([&] {
             // Which of its files a disk could not write, each of them tells.
-            if (conFallo.contains(disco)) archivo.sincronizar();
-            archivo.colocar();
-            carpetas.try_emplace(archivo.destino().carpeta(), 0);
+            if (conFallo.contains(uno.disco)) uno.archivo.sincronizar();
+            uno.archivo.colocar();
+            carpetas.try_emplace(uno.archivo.destino().carpeta(), 0);
         }));
     }
     for (auto& [carpeta, motivo] : carpetas) motivo = sincronizarCarpeta(carpeta);
     for (std::size_t i = 0; i < motivos.size(); ++i) {
-        const auto& [archivo, disco, listo] = tanda.archivos[i];
+        const auto& uno = tanda.archivos[i];
         if (motivos[i].empty())
-            motivos[i] =
-                motivoDe([&] { exigirNombre(archivo.destino(), carpetas.at(archivo.destino().carpeta())); });
-        listo(motivos[i]);
+            motivos[i] = motivoDe(
+                [&] { exigirNombre(uno.archivo.destino(), carpetas.at(uno.archivo.destino().carpeta())); });
+        uno.alTerminar(motivos[i]);
     }
 }
 
