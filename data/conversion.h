@@ -30,8 +30,9 @@ class Conversor {
 
     // Where an image is read to, kAlcance bytes.
     std::span<std::uint8_t> destino() { return memoria_.primeros(kAlcance / kBytesBloque); }
-    // bytes: how many of them the image has; missing ones count as 0. momento: the time that the file tells
-    // as its own. jsonl: one object a line, UTF-8; the other formats are Windows-1252.
+    // bytes: how many of them the image has; missing ones count as 0, and so does a record that is cut.
+    // momento: the time that the file tells as its own. jsonl: one object a line, UTF-8; the other formats
+    // are Windows-1252.
     ArchivoDatos convertir(std::size_t bytes, Formato formato, Perfil perfil, const FechaHora& momento,
                            const OrigenConfig& origen = {});
     // The same for an image that stands elsewhere.

@@ -112,6 +112,8 @@ TEST_F(Convertir, AShortImageIsConvertedAndTold) {
     const auto r = correr({"convertir", carpeta / "a.rgt", "-"});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho);
     EXPECT_THAT(r.errores, HasSubstr("hay 10000 bytes de los 262144"));
+    // A record that is cut is none: it would show values that nobody measured.
+    imagen.resize(9984);
     EXPECT_EQ(r.salida, comoLaVentana());
 }
 

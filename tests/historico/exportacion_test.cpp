@@ -128,5 +128,16 @@ TEST_P(Exportacion, OfAnyImageHasTheLinesOfTheConversion) {
     }));
 }
 
+TEST_P(Exportacion, OfAnImageThatIsCutHasTheLinesOfTheConversion) {
+    const auto entera = ImagenPrueba().serie(0, 0, 50).bytes();
+    for (const std::size_t largo : {4, 383, 384, 385, 415, 416, 1000, 1023}) {
+        const std::vector<std::uint8_t> imagen(entera.begin(),
+                                               entera.begin() + static_cast<std::ptrdiff_t>(largo));
+        const auto almacen = con(imagen);
+        EXPECT_EQ(lineasDe(exportada(*almacen, Formato::csv)), lineasDe(convertida(imagen, Formato::csv)))
+            << largo;
+    }
+}
+
 }  // namespace
 }  // namespace telvane
