@@ -217,6 +217,11 @@ bool esOpcion(const std::string& palabra, std::string_view opcion) {
     return palabra == opcion || palabra.starts_with(std::string(opcion) + "=");
 }
 
+bool soloDeNombre(const std::string& texto) {
+    constexpr std::string_view kValen = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
+    return texto.find_first_not_of(kValen) == std::string::npos;
+}
+
 class Lector {
    public:
     Lector(fs::path archivo, ClaseAjustes clase) : archivo_(std::move(archivo)), clase_(clase) {}
@@ -235,6 +240,8 @@ class Lector {
             falta("falta COM, el puerto de la estación: COM=1=/dev/ttyUSB0");
         if (!ajustes_.central.empty() && ajustes_.sinArchivo)
             falta("CENTRAL copia lo que hay en ARCHIVO: quite CENTRAL, o ponga un archivo en ARCHIVO");
+        if (!ajustes_.como.empty() && ajustes_.sinArchivo)
+            falta("COMO es su nombre en ARCHIVO: quite COMO, o ponga un archivo en ARCHIVO");
         return std::move(ajustes_);
     }
 
@@ -262,11 +269,7 @@ class Lector {
 
     void ponerNombreDeArchivo() {
         ajustes_.nombre = archivo_.stem().string();
-        constexpr std::string_view kValen =
-            "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
-        const bool bien =
-            !ajustes_.nombre.empty() && ajustes_.nombre.find_first_not_of(kValen) == std::string::npos;
-        if (!bien)
+        if (ajustes_.nombre.empty() || !soloDeNombre(ajustes_.nombre))
             falta("el nombre de la estación es el del archivo, de letras sin tilde, cifras, - y _: cámbielo");
     }
 
@@ -293,6 +296,7 @@ class Lector {
                                                                {"PERFIL", &Lector::perfil},
                                                                {"OPCIONES", &Lector::opciones}};
         static const std::map<std::string, Puesta> kDeEstacion = {{"SERIE", &Lector::serie},
+                                                                  {"COMO", &Lector::como},
                                                                   {"ARCHIVO", &Lector::archivo},
                                                                   {"CENTRAL", &Lector::central},
                                                                   {"HASTA", &Lector::hasta}};
@@ -302,9 +306,10 @@ class Lector {
             mal(fmt::format("no hay un ajuste \"{}\": son COM, CARPETA, NOMBRE, PERFIL y OPCIONES", nombre));
         }
         if (const auto una = kDeEstacion.find(nombre); una != kDeEstacion.end()) return una->second;
-        mal(fmt::format(
-            "no hay un ajuste \"{}\": son COM, SERIE, CARPETA, ARCHIVO, CENTRAL, PERFIL, HASTA y OPCIONES",
-            nombre));
+        mal(
+            fmt::format("no hay un ajuste \"{}\": son COM, SERIE, COMO, CARPETA, ARCHIVO, CENTRAL, PERFIL, "
+                        "HASTA y OPCIONES",
+                        nombre));
     }
 
     void poner(const std::string& nombre, std::string_view escrito) {
@@ -339,6 +344,13 @@ class Lector {
         if (const auto motivo = motivoSerie(valor); !motivo.empty())
             mal(fmt::format("SERIE: \"{}\" no vale: {}", valor, motivo));
         ajustes_.serie = std::move(valor);
+    }
+    void como(std::string valor) {
+        constexpr std::size_t kMasLargo = 64;
+        if (valor.empty() || valor.size() > kMasLargo || !soloDeNombre(valor))
+            mal(fmt::format("COMO: \"{}\" no vale: es de letras sin tilde, cifras, - y _, {} como mucho",
+                            valor, kMasLargo));
+        ajustes_.como = std::move(valor);
     }
     void archivo(std::string valor) {
         ajustes_.sinArchivo = valor.empty();

@@ -20,6 +20,7 @@ struct AjustesDescarga {
     std::string nombre = "estacion";  // what file names begin with; the station's
     std::vector<std::string> com;     // "N=DEVICE"; of a station exactly one
     std::string serie;                // 8 digits; empty: whichever logger answers
+    std::string como;                 // name beside it in the archive, where two loggers bear one number
     std::string carpeta;              // empty: the default one
     std::string archivo;              // archive; empty: the default one
     bool sinArchivo = false;          // the images go into none

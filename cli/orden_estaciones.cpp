@@ -15,6 +15,7 @@
 #include "cli/textos_cli.h"
 #include "consola/codigos_salida.h"
 #include "platform/contrasena.h"
+#include "platform/motivos.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -25,7 +26,7 @@ namespace fs = std::filesystem;
 using nlohmann::ordered_json;
 
 struct Opciones {
-    std::string en = TELVANE_CARPETA_ESTACIONES;
+    std::optional<std::string> en;
     std::string valores;
     bool nocturna = false;
     bool json = false;
@@ -67,7 +68,8 @@ std::string ultimaImagen(const AjustesDescarga& ajustes) {
     return ultima;
 }
 
-std::vector<fs::path> archivosDe(const fs::path& carpeta) {
+// pedida: somebody named it.
+std::vector<fs::path> archivosDe(const fs::path& carpeta, bool pedida) {
     std::vector<fs::path> archivos;
     std::error_code motivo;
     fs::directory_iterator lugar(carpeta, motivo);
@@ -76,9 +78,14 @@ std::vector<fs::path> archivosDe(const fs::path& carpeta) {
         if (ruta.extension() == ".conf" && !ruta.filename().string().starts_with('.'))
             archivos.push_back(ruta);
     }
-    if (motivo && motivo != std::errc::no_such_file_or_directory)
+    if (motivo == std::errc::permission_denied)
         throw ErrorCli(CodigoSalida::fallo, fmt::format("no se puede leer la carpeta {}: repita con sudo",
                                                         nombreVisible(carpeta)));
+    // Before the first station the usual one may not be there.
+    if (motivo && (pedida || motivo != std::errc::no_such_file_or_directory))
+        throw ErrorCli(CodigoSalida::fallo,
+                       fmt::format("no se puede leer la carpeta {}: {}", nombreVisible(carpeta),
+                                   motivoSistema(motivo.value())));
     std::ranges::sort(archivos);
     return archivos;
 }
@@ -127,6 +134,7 @@ ordered_json objeto(const Estacion& estacion) {
     const auto& a = *estacion.ajustes;
     json["com"] = a.com.front();
     json["serie"] = oNulo(a.serie);
+    json["como"] = oNulo(a.como);
     json["carpeta"] = carpetaDe(a);
     json["archivo"] = oNulo(sinContrasena(archivoDe(a)));
     json["central"] = oNulo(sinContrasena(a.central));
@@ -160,6 +168,7 @@ std::string linea(const Estacion& estacion) {
     const auto& a = *estacion.ajustes;
     std::string texto = fmt::format("{}: COM{}", a.nombre, a.com.front());
     if (!a.serie.empty()) texto += fmt::format(", registrador {}", a.serie);
+    if (!a.como.empty()) texto += fmt::format(", como {}", a.como);
     if (estacion.ejecuciones) texto += comoFue(*estacion.ejecuciones) + cuandoToca(estacion);
     if (!estacion.ultimaImagen.empty()) texto += fmt::format(", última imagen {}", estacion.ultimaImagen);
     return sinControles(texto) + "\n";
@@ -168,12 +177,14 @@ std::string linea(const Estacion& estacion) {
 void listar(ContextoCli& contexto, const Opciones& opciones) {
     auto& consola = contexto.consola;
     std::vector<Estacion> estaciones;
-    for (const auto& archivo : archivosDe(opciones.en)) estaciones.push_back(leerEstacion(archivo));
+    const fs::path carpeta = opciones.en.value_or(TELVANE_CARPETA_ESTACIONES);
+    for (const auto& archivo : archivosDe(carpeta, opciones.en.has_value()))
+        estaciones.push_back(leerEstacion(archivo));
     if (estaciones.empty())
         consola.aviso(
             fmt::format("no hay archivos de estación (.conf) en {}: haga uno con el ejemplo de "
                         "/usr/share/doc/telvane-cli/examples/estacion.conf",
-                        nombreVisible(opciones.en)));
+                        nombreVisible(carpeta)));
     if (!preguntarCuando(contexto.entorno, estaciones))
         consola.aviso("aquí no corre systemd: no se sabe cuándo fue la última vez ni cuándo será la próxima");
     std::string texto;
@@ -219,6 +230,7 @@ void darValores(ContextoCli& contexto, const Opciones& opciones) {
     if (!opciones.nocturna) {
         dar("DISPOSITIVO", a.dispositivo());
         dar("SERIE", a.serie);
+        dar("COMO", a.como);
         dar("ARCHIVO", archivoDe(a));
         dar("ARCHIVO_PEDIDO", a.archivo.empty() && a.central.empty() ? "" : "si");
         dar("CENTRAL", a.central);

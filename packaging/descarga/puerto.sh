@@ -1,6 +1,6 @@
 # shellcheck shell=sh
-# A port belongs to one program at a time, by whatever name it is called. Read by descarga-estacion and
-# publicar-en-linea.
+# A port belongs to one program at a time, by whatever name it is called. Read by descarga-estacion, descarga-nocturna
+# and publicar-en-linea.
 
 # cerrojo_de_puerto FOLDER DEVICE: the file that is locked for it.
 cerrojo_de_puerto() {

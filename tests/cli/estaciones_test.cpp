@@ -96,11 +96,10 @@ TEST_F(Estaciones, AFileSaysOneStation) {
 
 TEST_F(Estaciones, WhatCannotBeIsToldWithItsFileAndLine) {
     const auto tras = [&](const std::string& linea) { return motivo(kPuertoUsb + linea + "\n"); };
-    EXPECT_EQ(
-        tras("CARPTEA=/x"),
-        carpeta /
-            "norte.conf, línea 2: no hay un ajuste \"CARPTEA\": son COM, SERIE, CARPETA, ARCHIVO, CENTRAL, "
-            "PERFIL, HASTA y OPCIONES");
+    EXPECT_EQ(tras("CARPTEA=/x"), carpeta /
+                                      "norte.conf, línea 2: no hay un ajuste \"CARPTEA\": son COM, SERIE, "
+                                      "COMO, CARPETA, ARCHIVO, CENTRAL, "
+                                      "PERFIL, HASTA y OPCIONES");
     EXPECT_THAT(tras("NOMBRE=sur"), HasSubstr("no hay un ajuste \"NOMBRE\""));
     EXPECT_THAT(tras("norte"), HasSubstr("línea 2: se espera NOMBRE=valor"));
     EXPECT_THAT(tras("SERIE=02080050\r"), HasSubstr("línea 2: termina en CR LF"));
@@ -110,6 +109,9 @@ TEST_F(Estaciones, WhatCannotBeIsToldWithItsFileAndLine) {
     EXPECT_THAT(tras("COM=2=/dev/ttyUSB1"),
                 HasSubstr("línea 2: COM ya está en la línea 1: deje una de las dos"));
     EXPECT_THAT(tras("SERIE=2080050"), HasSubstr("SERIE: \"2080050\" no vale: "));
+    for (const auto& como : {std::string("ñ"), std::string("a/b"), std::string(), std::string(65, 'a')})
+        EXPECT_THAT(tras("COMO=" + como), HasSubstr("COMO: \"" + como + "\" no vale: ")) << como;
+    EXPECT_THAT(tras("ARCHIVO=\nCOMO=sur"), HasSubstr("norte.conf: COMO es su nombre en ARCHIVO"));
     EXPECT_THAT(tras("CARPETA=srv/datos"), HasSubstr("CARPETA: \"srv/datos\" no empieza por /"));
     EXPECT_THAT(tras("CENTRAL=servidor/x"), HasSubstr("CENTRAL: no empieza por / ni por postgresql://"));
     EXPECT_THAT(tras("ARCHIVO=\nCENTRAL=/x"), HasSubstr("norte.conf: CENTRAL copia lo que hay en ARCHIVO"));
@@ -219,10 +221,20 @@ TEST_F(Estaciones, SystemdTellsTheLastAndTheNextRun) {
     EXPECT_TRUE(json[3]["ultima"].is_null());
 }
 
-TEST_F(Estaciones, AFolderThatIsNotThereHoldsNone) {
+TEST_F(Estaciones, AFolderMayHoldNone) {
+    std::filesystem::create_directory(carpeta / "no");
     const auto r = correr({"estaciones", "--en", carpeta / "no"});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho);
     EXPECT_THAT(r.errores, HasSubstr("no hay archivos de estación (.conf)"));
+}
+
+TEST_F(Estaciones, AFolderThatWasNamedAndIsNoneIsAFailure) {
+    for (const auto& mala : std::vector<std::string>{carpeta / "no-hay", poner("a.conf", kPuertoUsb)}) {
+        const auto r = correr({"estaciones", "--en", mala});
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_THAT(r.errores, HasSubstr("no se puede leer la carpeta " + mala + ": "));
+        EXPECT_EQ(r.errores.find("sudo"), std::string::npos);
+    }
 }
 
 TEST_F(Estaciones, TheValuesAreForWhoeverDownloads) {

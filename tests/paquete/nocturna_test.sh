@@ -146,6 +146,18 @@ correr "$raiz/errores" sh -c "$orden_cron"
 exec 8>&-
 falla 75 'no ha terminado' solape
 
+# A station's own download may have the port.
+mkdir -p "$raiz/general/.puertos"
+exec 8>"$raiz/general/.puertos/$(readlink -f "$raiz/COM1" | tr -c '[:alnum:].:\n-' _)"
+flock 8
+correr "$raiz/errores" TELVANE_ESTADO="$raiz/general" TELVANE_PLAZO=0 sh -c "$orden_cron"
+falla 75 'el puerto es de otra descarga' "puerto de una estación"
+exec 8>&-
+ajustar "COM=1=$raiz/COM1" "CARPETA=$datos" NOMBRE=libre
+correr "$raiz/errores" TELVANE_ESTADO="$raiz/general" TELVANE_PLAZO=0 sh -c "$orden_cron"
+[ $estado -eq 0 ] || fallar "puerto libre: $estado $(cat "$raiz/errores")"
+bajados libre
+
 ajustar "COM=1=$raiz/COM1" "CARPETA=$raiz/no/hay"
 correr "$raiz/errores" sh -c "$orden_cron"
 falla 1 "no se puede escribir en $raiz/no/hay" carpeta
