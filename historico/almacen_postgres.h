@@ -68,6 +68,7 @@ class AlmacenPostgres final : public Almacen {
     };
     static std::vector<Parte> partes();
     std::vector<Parte> partesPorReponer();
+    bool vistaEsLaNuestra();
     // 0: there are no tables yet; -1: what there is does not say.
     std::int64_t version();
     // Makes the tables, or of an older version's those of now.

@@ -99,10 +99,10 @@ std::vector<std::tuple<Instante, BytesMuestra, std::size_t, Huella>> testigosDe(
 }  // namespace
 
 std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function<void()>& alAvanzar) {
-    Lectura lectura(almacen_);
     auto defectos = almacen_.partesQueFaltan();
     // Nothing more can be asked of it.
     if (!defectos.empty()) return defectos;
+    Lectura lectura(almacen_);
     defectos = almacen_.sinEstacion();
     std::ranges::move(almacen_.defectos(), std::back_inserter(defectos));
     Archivo deNuevo(prueba);

@@ -135,7 +135,19 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
     ASSERT_THAT(defectos(), testing::IsEmpty());
     for (const std::string cambio :
          {"DROP TABLE telvane.testigos CASCADE", "DROP TABLE telvane.muestras CASCADE",
-          "DROP VIEW telvane.lecturas", "DROP INDEX telvane.imagenes_parciales",
+          "DROP VIEW telvane.lecturas",
+          "CREATE OR REPLACE VIEW telvane.lecturas AS SELECT e.nombre AS estacion, m.hora AS hora, 1 AS "
+          "humedad_pct, "
+          "NULL::double precision AS temperatura_c, NULL::double precision AS viento_grados, 'N' AS "
+          "viento_rumbo, "
+          "NULL::double precision AS viento_desde_grados, NULL::double precision AS viento_kmh, NULL::double "
+          "precision "
+          "AS radiacion_kw_m2, NULL::double precision AS presion_kpa, NULL::double precision AS lluvia_mm, "
+          "NULL::double "
+          "precision AS evaporacion_mm, false AS conflicto FROM telvane.muestras m JOIN telvane.estaciones e "
+          "ON "
+          "e.id=m.estacion",
+          "ALTER VIEW telvane.lecturas RENAME COLUMN hora TO cuando", "DROP INDEX telvane.imagenes_parciales",
           "INSERT INTO telvane.muestras SELECT 9,hora,registro,cuenta FROM telvane.muestras",
           "INSERT INTO telvane.testigos VALUES(9,'2025-03-01','x',1,'y')"}) {
         servidor.ejecutar("partes", "SET client_min_messages=error; " + cambio);
