@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -139,6 +140,7 @@ LimitesPorEstacion LimitesPorEstacion::leer(std::string_view texto, const std::s
     if (texto.starts_with(kMarcaUtf8)) texto.remove_prefix(kMarcaUtf8.size());
     LimitesPorEstacion todos;
     Limites* actual = nullptr;
+    std::map<std::pair<const Limites*, std::string>, std::size_t> vistas;
     for (std::size_t numeroDeLinea = 1; !texto.empty(); ++numeroDeLinea) {
         const auto fin = std::min(texto.find('\n'), texto.size());
         const auto linea = recortado(texto.substr(0, fin), kBlancos);
@@ -152,8 +154,13 @@ LimitesPorEstacion LimitesPorEstacion::leer(std::string_view texto, const std::s
             const auto igual = linea.find('=');
             if (igual == std::string_view::npos) throw ErrorDeLinea("se espera nombre = valores");
             if (actual == nullptr) throw ErrorDeLinea("falta la estación, como [02080050]");
-            leerLimite(*actual, recortado(linea.substr(0, igual), kBlancos),
-                       palabras(linea.substr(igual + 1)));
+            const auto clave = recortado(linea.substr(0, igual), kBlancos);
+            leerLimite(*actual, clave, palabras(linea.substr(igual + 1)));
+            const auto [antes, nueva] =
+                vistas.try_emplace(std::pair(actual, std::string(clave)), numeroDeLinea);
+            if (!nueva)
+                throw ErrorDeLinea(
+                    fmt::format("{} ya está en la línea {}: deje una de las dos", clave, antes->second));
         } catch (const ErrorDeLinea& error) {
             throw ErrorLimites(fmt::format("{}: línea {}: {}", archivo, numeroDeLinea, error.what()));
         }

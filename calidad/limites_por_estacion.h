@@ -16,12 +16,13 @@
 #include <string_view>
 
 #include "calidad/limites.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
 class ErrorLimites : public std::runtime_error {
    public:
-    using std::runtime_error::runtime_error;
+    explicit ErrorLimites(const std::string& que) : std::runtime_error(sinControles(que)) {}
 };
 
 class LimitesPorEstacion {

@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+#include <fmt/format.h>
+
 #include "cli/argumentos.h"
 #include "cli/descubrimiento.h"
 #include "cli/lectura_firme.h"
@@ -18,7 +20,7 @@ namespace {
 
 struct Opciones {
     std::string cuenta;
-    std::string cada = "1";
+    std::string cada;
     bool json = false;
     bool descubrimiento = false;
 };
@@ -31,11 +33,20 @@ void mostrarDescubrimiento(ContextoCli& contexto) {
     contexto.consola.resultado(descubrimientoJson(lectura.datos));
 }
 
+// What tells readings has nothing to say of sensors.
+void rehusarConDescubrimiento(const Opciones& opciones) {
+    const auto sobra = !opciones.cuenta.empty() ? "--cuenta"
+                       : !opciones.cada.empty() ? "--cada"
+                       : opciones.json          ? "--json"
+                                                : "";
+    if (*sobra != '\0')
+        throw ErrorCli(CodigoSalida::malUso, fmt::format("--descubrimiento no da lecturas: quite {}", sobra));
+}
+
 void mostrarEnLinea(ContextoCli& contexto, const Opciones& opciones) {
     contexto.consola.exigirSalida();
     if (opciones.descubrimiento) {
-        if (!opciones.cuenta.empty())
-            throw ErrorCli(CodigoSalida::malUso, "--descubrimiento no lee nada: quite --cuenta");
+        rehusarConDescubrimiento(opciones);
         mostrarDescubrimiento(contexto);
         return;
     }
@@ -44,11 +55,12 @@ void mostrarEnLinea(ContextoCli& contexto, const Opciones& opciones) {
     RegistradorCli::EnLinea enLinea(sesion.registrador());
     const bool sinFin = opciones.cuenta.empty();
     const int cuenta = leerEntero(opciones.cuenta);
+    const std::chrono::seconds cada(opciones.cada.empty() ? 1 : leerEntero(opciones.cada));
     const auto& reloj = contexto.entorno.reloj;
     auto toca = reloj.monotono();
     for (int i = 0; sinFin || i < cuenta; ++i) {
         // From request to request, whatever an answer takes; one that is late is not caught up with.
-        if (i > 0) toca = std::max(toca + std::chrono::seconds(leerEntero(opciones.cada)), reloj.monotono());
+        if (i > 0) toca = std::max(toca + cada, reloj.monotono());
         if (i > 0) enLinea.pausar(toca - reloj.monotono());
         const auto marco = decodificarMarco(enLinea.pedir());
         contexto.consola.resultado(opciones.json ? marcoJson(marco, contexto.entorno.reloj.ahora())

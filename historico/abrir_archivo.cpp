@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -29,7 +30,8 @@ void abrirConElEscritorio(const std::string& ruta) {
     if (error != 0) {
         throw ErrorCli(
             CodigoSalida::fallo,
-            fmt::format("{} está guardado, pero no se pudo abrir: falta xdg-open (paquete xdg-utils)", ruta));
+            fmt::format("{} está guardado, pero no se pudo abrir: falta xdg-open (paquete xdg-utils)",
+                        nombreVisible(ruta)));
     }
 }
 

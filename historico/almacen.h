@@ -24,18 +24,19 @@
 #include "historico/huella.h"
 #include "historico/imagen.h"
 #include "historico/votacion.h"
+#include "platform/texto_visible.h"
 #include "serie_temporal/instante.h"
 
 namespace telvane {
 
-// In Spanish, with what to do. Never holds a password.
+// In Spanish, with what to do, on one line whatever it names. Never holds a password.
 class ErrorAlmacen : public std::runtime_error {
    public:
     // pasajera: the same may succeed at once on a new connection. agotada: somebody else holds the store, and
     // waiting for him has taken all the time there is.
     enum class Clase { otra, pasajera, agotada };
     explicit ErrorAlmacen(const std::string& que, Clase clase = Clase::otra)
-        : std::runtime_error(que), clase_(clase) {}
+        : std::runtime_error(sinControles(que)), clase_(clase) {}
     Clase clase() const { return clase_; }
 
    private:
@@ -199,7 +200,7 @@ class Almacen {
     virtual void corregirEstacion(const EstacionGuardada& estacion) = 0;
     virtual void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) = 0;
 
-    // The parts of the store that are missing or not what they must be, a line each.
+    // The parts of the store that are missing or not what they must be, a line each. Outside a transaction.
     virtual std::vector<std::string> partesQueFaltan() { return {}; }
     // Makes those of them anew that hold nothing that cannot be derived, and takes away what belongs to no
     // station. Throws ErrorAlmacen where another one is missing.

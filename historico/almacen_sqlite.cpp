@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -161,6 +162,25 @@ QueHay queHay(const std::filesystem::path& ruta) {
     return datos.st_size == 0 ? QueHay::vacio : QueHay::archivo;
 }
 
+// A writer that was killed before its first commit leaves a log with a beginning and nothing behind it. Who
+// may not write beside it tries in vain to make sense of that, for ten seconds; who writes just now is soon
+// further.
+bool quedoAMedias(const std::filesystem::path& ruta, const std::function<void()>& atender) {
+    constexpr int kVistazos = 15;
+    constexpr int kVistazoMs = 20;
+    constexpr std::uintmax_t kSoloElComienzo = 32;
+    std::error_code sinMotivo;
+    const auto real = std::filesystem::weakly_canonical(ruta, sinMotivo).string();
+    for (int i = 0; i < kVistazos; ++i) {
+        const auto largo = std::filesystem::file_size(real + "-wal", sinMotivo);
+        if (sinMotivo || largo != kSoloElComienzo || ::access((real + "-shm").c_str(), W_OK) == 0)
+            return false;
+        if (atender) atender();
+        sqlite3_sleep(kVistazoMs);
+    }
+    return true;
+}
+
 [[noreturn]] void noHayArchivo(const std::filesystem::path& ruta) {
     throw ErrorAlmacen(
         fmt::format("{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
@@ -175,8 +195,11 @@ AlmacenSqlite::AlmacenSqlite(const std::filesystem::path& ruta, BaseSqlite::Acce
 std::unique_ptr<AlmacenSqlite> AlmacenSqlite::abrirParaLeer(const std::filesystem::path& ruta,
                                                             Opciones opciones) {
     if (queHay(ruta) != QueHay::archivo) noHayArchivo(ruta);
+    if (quedoAMedias(ruta, opciones.atender))
+        throw ErrorAlmacen(fmt::format("{}: {}", ruta.string(), BaseSqlite::kAMedias));
     std::unique_ptr<AlmacenSqlite> almacen(
         new AlmacenSqlite(ruta, BaseSqlite::Acceso::lectura, std::move(opciones)));
+    if (almacen->deNadie()) noHayArchivo(ruta);
     almacen->exigirVersion();
     return almacen;
 }
@@ -209,12 +232,16 @@ std::vector<std::filesystem::path> AlmacenSqlite::archivos() const {
     return suyos;
 }
 
+// Begun, and nothing made in it yet.
+bool AlmacenSqlite::deNadie() {
+    return base_.numero("PRAGMA application_id") == 0 && base_.numero("PRAGMA user_version") == 0 &&
+           base_.numero("SELECT count(*) FROM sqlite_master") == 0;
+}
+
 void AlmacenSqlite::prepararEscritura(bool crear) {
     // Of another program nothing is touched.
-    const bool deNadie = base_.numero("PRAGMA application_id") == 0 &&
-                         base_.numero("PRAGMA user_version") == 0 &&
-                         base_.numero("SELECT count(*) FROM sqlite_master") == 0;
-    if (!deNadie) {
+    const bool sinHacer = deNadie();
+    if (!sinHacer) {
         const auto version = base_.numero("PRAGMA user_version");
         if (base_.numero("PRAGMA application_id") != esquema::kDeTelvane || version >= versionDeAhora()) {
             exigirVersion();
@@ -224,7 +251,7 @@ void AlmacenSqlite::prepararEscritura(bool crear) {
         noHayArchivo(base_.ruta());
     }
     base_.ejecutar("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA journal_size_limit=1048576");
-    if (deNadie) {
+    if (sinHacer) {
         crearTablas();
     } else if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora()) {
         migrar(version);

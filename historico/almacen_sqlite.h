@@ -34,7 +34,7 @@ class AlmacenSqlite final : public Almacen {
     // Seen by nobody else and gone with it.
     static std::unique_ptr<AlmacenSqlite> temporal();
 
-    std::string nombre() const override { return base_.ruta().string(); }
+    std::string nombre() const override { return nombreVisible(base_.ruta()); }
     std::filesystem::path limitesAlLado() const override {
         return base_.ruta().parent_path() / "calidad.ini";
     }
@@ -87,6 +87,7 @@ class AlmacenSqlite final : public Almacen {
     };
     std::vector<Parte> partes() const;
     std::vector<Parte> partesPorReponer() const;
+    bool deNadie();
     void prepararEscritura(bool crear);
     void crearTablas();
     void migrar(std::int64_t desde);

@@ -29,12 +29,14 @@ class Tablero {
         alEscribir_(bytes);
     }
     void muestra(BytesMuestraConst registro) {
+        ++muestras_;
         char* p = lugar(kObjetoMaximo);
         p = redaccion_ == Redaccion::objeto ? escribirObjeto(p, registro, evaporacion_)
                                             : escribirLinea(p, registro, evaporacion_);
         usado_ = static_cast<std::size_t>(p - trozo_.data());
     }
     void muestra(BytesMuestraConst registro, const Marcas& marcas) {
+        ++muestras_;
         const auto lista = marcas.lista();
         std::string columna;
         for (const auto& marca : lista) {
@@ -56,6 +58,7 @@ class Tablero {
         }
         usado_ = static_cast<std::size_t>(p - trozo_.data());
     }
+    std::size_t muestras() const { return muestras_; }
     void soltar() {
         if (usado_ > 0) alEscribir_({trozo_.data(), usado_});
         usado_ = 0;
@@ -74,6 +77,7 @@ class Tablero {
     const AlEscribir& alEscribir_;
     std::string trozo_;
     std::size_t usado_ = 0;
+    std::size_t muestras_ = 0;
 };
 
 std::string cabezaDe(const EstacionGuardada& estacion, const PeticionTabla& peticion) {
@@ -122,8 +126,8 @@ void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, cons
 
 }  // namespace
 
-void escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
-                   const std::function<void(std::string_view)>& alEscribir) {
+std::size_t escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
+                          const std::function<void(std::string_view)>& alEscribir) {
     Tablero tablero(fila(peticion.formato).redaccion, estacion.evaporacion, alEscribir);
     tablero.texto(cabezaDe(estacion, peticion));
     if (peticion.calidad) {
@@ -133,6 +137,7 @@ void escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const Pet
                          [&](const MuestraArchivada& m) { tablero.muestra(m.registro); });
     }
     tablero.texto(fila(peticion.formato).pie);
+    return tablero.muestras();
 }
 
 }  // namespace telvane

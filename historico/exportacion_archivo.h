@@ -21,8 +21,9 @@ struct PeticionTabla {
     FechaHora momento;               // that the file tells as its own
 };
 
-// alEscribir gets the file's bytes piece by piece, and may end it with an exception.
-void escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
-                   const std::function<void(std::string_view)>& alEscribir);
+// How many samples there are. alEscribir gets the file's bytes piece by piece, and may end it with an
+// exception.
+std::size_t escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
+                          const std::function<void(std::string_view)>& alEscribir);
 
 }  // namespace telvane

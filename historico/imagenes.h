@@ -13,7 +13,7 @@ namespace telvane {
 // An image that is not taken, or not there, or damaged; the text says why and what to do.
 class ErrorImagen : public std::runtime_error {
    public:
-    using std::runtime_error::runtime_error;
+    explicit ErrorImagen(const std::string& que) : std::runtime_error(sinControles(que)) {}
 };
 
 // Keeps a few of them: an image is packed against one that was looked at just before, as a rule.

@@ -12,6 +12,7 @@
 #include "historico/ordenes.h"
 #include "historico/textos_historico.h"
 #include "platform/archivo.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -50,6 +51,16 @@ Periodo periodoDe(const Opciones& opciones) {
     return periodo;
 }
 
+// A name that says something else than what the file holds.
+void decirFormato(Consola& consola, const Opciones& opciones) {
+    const auto final = std::filesystem::path(opciones.salida).extension();
+    if (opciones.formato || final.empty() || formatoDelNombre(opciones.salida)) return;
+    consola.aviso(
+        fmt::format("{}: se escribe como csv; los nombres de otro formato terminan en .xls o .jsonl, o dé "
+                    "--formato",
+                    nombreVisible(opciones.salida)));
+}
+
 void exportar(ContextoHistorico& contexto, const Opciones& opciones) {
     PeticionTabla peticion{.formato = formatoDe(opciones),
                            .periodo = periodoDe(opciones),
@@ -59,21 +70,26 @@ void exportar(ContextoHistorico& contexto, const Opciones& opciones) {
     if (opciones.calidad && peticion.formato == Formato::xls) {
         throw ErrorCli(CodigoSalida::malUso, "--calidad no cabe en un xls: pida csv o jsonl");
     }
+    if (opciones.limites && !opciones.calidad)
+        throw ErrorCli(CodigoSalida::malUso, "--limites es para las marcas: añada --calidad, o quítelo");
     const auto almacen = contexto.abrir(Uso::leer);
     const auto salida =
         ContextoHistorico::salida(opciones.salida, reglaDeTabla(), almacen.get(), opciones.limites);
     Lectura lectura(*almacen);
     const auto estacion = lectura.estacion(opciones.estacion);
+    if (salida.archivo()) decirFormato(contexto.consola, opciones);
     if (opciones.calidad) {
         const auto limites = leerLimites(opciones.limites, almacen->limitesAlLado());
         peticion.calidad = limites.de(estacion.nombre);
     }
     EscrituraConsola escritura(salida, contexto.entorno, contexto.consola);
-    escribirTabla(lectura, estacion, peticion, [&](std::string_view bytes) {
+    const auto muestras = escribirTabla(lectura, estacion, peticion, [&](std::string_view bytes) {
         contexto.atender();
         escritura.escribir(bytes);
     });
     escritura.terminar();
+    if (muestras == 0)
+        contexto.consola.aviso("no hay muestras en el período pedido: la tabla no lleva ninguna");
 }
 
 }  // namespace

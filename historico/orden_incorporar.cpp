@@ -33,8 +33,9 @@ struct Opciones {
 
 std::string motivoNombre(const std::string& texto) {
     constexpr std::string_view kValen = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
-    const bool bien = !texto.empty() && texto.find_first_not_of(kValen) == std::string::npos;
-    return bien ? "" : "debe ser de letras, cifras, - y _";
+    constexpr std::size_t kMasLargo = 64;
+    const bool bien = texto.size() <= kMasLargo && texto.find_first_not_of(kValen) == std::string::npos;
+    return bien ? "" : fmt::format("debe ser de letras, cifras, - y _, {} como mucho", kMasLargo);
 }
 
 bool esArchivoBase(const fs::path& ruta) {

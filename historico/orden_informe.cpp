@@ -17,6 +17,7 @@
 #include "informe/texto_html.h"
 #include "loggerconfig/datos_config.h"
 #include "platform/archivo.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -141,8 +142,8 @@ Contado contarImagen(const Opciones& opciones, const Periodo& periodo) {
     // A byte more than an image tells a file that is none.
     const auto bytes = leerArchivo(*opciones.imagen, kBytesMemoria + 1);
     if (bytes.size() > kBytesMemoria) {
-        throw ErrorCli(CodigoSalida::fallo,
-                       fmt::format("{}: es más largo que una imagen de memoria", *opciones.imagen));
+        throw ErrorCli(CodigoSalida::fallo, fmt::format("{}: es más largo que una imagen de memoria",
+                                                        nombreVisible(*opciones.imagen)));
     }
     const auto ranuras = ranurasDe(bytes);
     const auto filas = filasDe(ranuras);

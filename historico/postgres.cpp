@@ -224,7 +224,7 @@ bool BasePostgres::seEntiende(const std::string& url) {
 }
 
 BasePostgres::BasePostgres(const std::string& url, std::function<void()> atender)
-    : url_(url), nombre_(sinContrasena(leerUrl(url))), atender_(std::move(atender)) {
+    : url_(url), nombre_(sinControles(sinContrasena(leerUrl(url)))), atender_(std::move(atender)) {
     conectar();
 }
 BasePostgres::~BasePostgres() = default;

@@ -53,8 +53,7 @@ std::string BaseSqlite::motivo(int codigo) const {
     // Who may only read cannot tidy up after a writer that was killed.
     if (codigo == SQLITE_PROTOCOL || codigo == SQLITE_READONLY_RECOVERY ||
         codigo == SQLITE_READONLY_CANTINIT) {
-        return "un corte lo dejó a medias y aquí falta permiso para reponerlo: lo repone el próximo "
-               "incorporar";
+        return std::string(kAMedias);
     }
     switch (codigo & kSoloCodigo) {
         case SQLITE_BUSY:

@@ -22,6 +22,10 @@ class BaseSqlite {
    public:
     enum class Acceso { lectura, escritura };
 
+    // Of what a writer that was killed has left, to who may not write.
+    static constexpr std::string_view kAMedias =
+        "un corte lo dejó a medias y aquí falta permiso para reponerlo: lo repone el próximo incorporar";
+
     // ruta: empty for a temporary one that nobody else sees. paciencia: how long to wait for whoever holds a
     // lock. atender is called meanwhile; what it throws ends the wait. Throws ErrorAlmacen.
     BaseSqlite(const std::filesystem::path& ruta, Acceso acceso, std::chrono::milliseconds paciencia,

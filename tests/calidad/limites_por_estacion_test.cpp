@@ -55,6 +55,9 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair{"[02080050]\ntemperatura.rnago = 1 2", "línea 2: nombre desconocido: temperatura.rnago"},
         std::pair{"[02080050]\ntemperatura = 1 2", "línea 2: nombre desconocido: temperatura"},
         std::pair{"[02080050]\ndir_viento.salto = 1", "línea 2: nombre desconocido: dir_viento.salto"},
+        std::pair{"[02080050]\ntemperatura.salto = 1\n[02080051]\ntemperatura.salto = 1\n[02080050]\n"
+                  "temperatura.salto=2",
+                  "línea 6: temperatura.salto ya está en la línea 2: deje una de las dos"},
         std::pair{"temperatura.salto = 1", "línea 1: falta la estación, como [02080050]"},
         std::pair{"[2080050]", "línea 1: se espera una estación entre corchetes, como [02080050]"},
         std::pair{"[02080050/]", "línea 1: se espera una estación entre corchetes, como [02080050]"},

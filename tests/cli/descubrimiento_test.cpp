@@ -94,9 +94,14 @@ TEST_F(Descubrimiento, TheReadingIsTakenTwiceAndADamagedOneDoesNotCount) {
 }
 
 TEST_F(Descubrimiento, ReadingsAreNotCountedWhereNoneAreTaken) {
-    const auto r = correr({"en-linea", "--descubrimiento", "--cuenta", "2"});
-    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
-    EXPECT_THAT(r.errores, HasSubstr("quite --cuenta"));
+    for (const auto& sobra :
+         std::vector<std::vector<std::string>>{{"--cuenta", "2"}, {"--cada", "1"}, {"--json"}}) {
+        std::vector<std::string> orden{"en-linea", "--descubrimiento"};
+        orden.insert(orden.end(), sobra.begin(), sobra.end());
+        const auto r = correr(orden);
+        EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+        EXPECT_THAT(r.errores, HasSubstr("quite " + sobra.front()));
+    }
 }
 
 }  // namespace

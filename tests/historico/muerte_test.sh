@@ -46,6 +46,27 @@ leerSinPermiso() {
     fi
 }
 
+# Killed in its very first commit: who may not write is told at once. (SQLite alone would try for ten seconds.)
+primerCorte() {
+    local cual nuevo=$carpeta/nuevo.sqlite codigo
+    for cual in 1 2 3 4 5 6 7 8; do
+        rm -f "$nuevo"*
+        strace -f -o "$carpeta/strace" -e trace=fdatasync -e "inject=fdatasync:signal=KILL:when=$cual" \
+            "$programa" --en "$nuevo" incorporar "$primera" >"$carpeta/dicho" 2>&1 || true
+        [ "$(stat -c %s "$nuevo-wal" 2>/dev/null)" != 32 ] || break
+    done
+    [ "$(stat -c %s "$nuevo-wal")" = 32 ] || quejarse "ningún corte deja el registro recién empezado"
+    codigo=0
+    if [ "$(id -u)" -ne 0 ]; then chmod a-w "$carpeta" "$nuevo"*; fi
+    lector timeout 9 "$programa" --en "$nuevo" estado >"$carpeta/leido" 2>"$carpeta/dicho" || codigo=$?
+    if [ "$(id -u)" -ne 0 ]; then chmod u+w "$carpeta" "$nuevo"*; fi
+    [ $codigo -eq 1 ] || quejarse "primer corte: $codigo $(cat "$carpeta/dicho")"
+    grep -q "el próximo incorporar" "$carpeta/dicho" || quejarse "primer corte: $(cat "$carpeta/dicho")"
+    "$programa" --en "$nuevo" incorporar "$primera" >/dev/null
+    rm -f "$nuevo"*
+}
+[ -n "$migracion" ] || primerCorte
+
 probados=0
 # probar CALL INJECTION N: true while the program came to the Nth such call.
 probar() {

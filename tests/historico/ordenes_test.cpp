@@ -577,6 +577,69 @@ TEST_F(Ordenes, WhoIsNotReachedIsToldInSpanishWithWhatToDo) {
         "dirección y el puerto, y que el servidor esté en marcha\n");
 }
 
+TEST_F(Ordenes, AMessageIsOneLineWhateverItNames) {
+    correr({"incorporar", imagen()});
+    const std::string limites = carpeta / "a\nb.ini";
+    std::ofstream(limites) << "x";
+    const auto larga = guardar("c\nd.rgt", std::vector<std::uint8_t>(kBytesMemoria + 1));
+    for (const auto& orden : std::vector<std::vector<std::string>>{
+             {"exportar", "-", "--estacion", "a\nb"},
+             {"--en", carpeta / "a\nb", "estado"},
+             {"--en", carpeta.ruta().string() + "\n", "estado"},
+             {"--en", "postgresql:///a%0Ab?host=/no/hay", "estado"},
+             {"copiar", "--a", carpeta / "no\nhay" / "h.sqlite"},
+             {"exportar", "-", "--estacion", "02080050", "--calidad", "--limites", limites},
+             {"informe", "-", "--imagen", larga},
+             {"incorporar", carpeta / "e\nf.rgt"}}) {
+        const auto r = correr(orden);
+        EXPECT_EQ(r.codigo, 1) << r.errores;
+        // Of several files the last line is the sum.
+        EXPECT_EQ(std::count(r.errores.begin(), r.errores.end(), '\n'), orden.front() == "incorporar" ? 2 : 1)
+            << r.errores;
+    }
+}
+
+TEST_F(Ordenes, ATableMayBeEmptyAndAReportMayNot) {
+    correr({"incorporar", imagen()});
+    const std::vector<std::string> periodo = {"--estacion", "02080050", "--desde", "2090-01-01"};
+    const auto con = [&](std::vector<std::string> orden) {
+        orden.insert(orden.end(), periodo.begin(), periodo.end());
+        return correr(orden);
+    };
+    auto r = con({"exportar", carpeta / "t.csv"});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_THAT(r.errores, HasSubstr("no hay muestras en el período pedido"));
+    EXPECT_TRUE(std::filesystem::exists(carpeta / "t.csv"));
+    r = con({"informe", carpeta / "t.html"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_FALSE(std::filesystem::exists(carpeta / "t.html"));
+    EXPECT_EQ(correr({"resumen", "--estacion", "02080050", "--mes", "2090-01"}).codigo, 1);
+}
+
+TEST_F(Ordenes, WhatIsAskedForAndMakesNoDifferenceIsTold) {
+    correr({"incorporar", imagen()});
+    const std::vector<std::string> exportar = {"exportar", "-", "--estacion", "02080050"};
+    auto conLimites = exportar;
+    conLimites.insert(conLimites.end(), {"--limites", carpeta / "calidad.ini"});
+    const auto r = correr(conLimites);
+    EXPECT_EQ(r.codigo, 2);
+    EXPECT_THAT(r.errores, HasSubstr("añada --calidad"));
+    EXPECT_EQ(correr({"incorporar", imagen(), "--como", std::string(65, 'a')}).codigo, 2);
+    auto otroNombre = exportar;
+    otroNombre[1] = carpeta / "q.pdf";
+    EXPECT_THAT(correr(otroNombre).errores, HasSubstr("q.pdf: se escribe como csv"));
+    otroNombre.insert(otroNombre.end(), {"--formato", "csv"});
+    EXPECT_EQ(correr(otroNombre).errores, "");
+}
+
+TEST_F(Ordenes, AnArchiveThatWasOnlyBegunIsNoneYet) {
+    sql("PRAGMA journal_mode=WAL; CREATE TABLE a(b); DROP TABLE a");
+    const auto r = correr({"estado"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores, HasSubstr("no hay archivo histórico todavía"));
+    EXPECT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+}
+
 TEST_F(Ordenes, NoOutputTakesTheArchivesPlace) {
     const auto base = imagen();
     correr({"incorporar", base});
