@@ -7,7 +7,8 @@ cd "$raiz"
 # shellcheck source=cmake/dependencias.sh
 . cmake/dependencias.sh
 
-aspectos=(normal oscuro justa justa-oscuro pequena pequena-oscuro uno-y-medio doble doble-justa letra-grande letra-enorme maximizada)
+aspectos=(normal oscuro justa justa-oscuro pequena pequena-oscuro uno-y-medio doble doble-justa letra-grande letra-enorme
+    enorme-pequena-oscuro doble-justa-oscuro maximizada)
 
 # maximizar CLASS: the window manager gives the program's main window the whole screen.
 maximizar() {
@@ -28,15 +29,15 @@ mirar() {
     local tamano=1280x1024 colores=()
     export QT_SCALE_FACTOR=1
     case $1 in
-    *oscuro) colores=(oscuro) ;;
     uno-y-medio) tamano=1920x1536 QT_SCALE_FACTOR=1.5 ;;
     doble) tamano=2560x2048 QT_SCALE_FACTOR=2 ;;
-    doble-justa) QT_SCALE_FACTOR=2 ;;
+    *doble-justa*) QT_SCALE_FACTOR=2 ;;
     letra-grande) export QT_FONT_DPI=144 ;;
-    letra-enorme) export QT_FONT_DPI=213 ;; # 20 points instead of 9
     maximizada) tamano=1920x1080 ;;
     esac
-    case $1 in justa*) tamano=1024x700 ;; pequena*) tamano=800x600 ;; esac
+    case $1 in *oscuro) colores=(oscuro) ;; esac
+    case $1 in *enorme*) export QT_FONT_DPI=213 ;; esac # 20 points instead of 9
+    case $1 in justa*) tamano=1024x700 ;; *pequena*) tamano=800x600 ;; esac
     montar_escritorio "$tamano"
     if [ "$1" = maximizada ]; then maximizar telvane; fi
     local carpeta=build/capturas/$1
