@@ -80,12 +80,14 @@ ErrorCli sinMuestras() {
     return {CodigoSalida::fallo, "no hay muestras en el período pedido"};
 }
 
-// The period with its ends where the samples have theirs.
+// The period with its ends where the samples have theirs, and none beyond what a logger can stamp: a page has
+// a row for each of its months.
 Plazo cerrar(const Periodo& periodo, const std::optional<Instante>& primera,
              const std::optional<Instante>& ultima) {
     if (!primera || !ultima) throw sinMuestras();
-    const Plazo plazo{.desde = periodo.desde.value_or(*primera),
-                      .hasta = periodo.hasta.value_or(*ultima + std::chrono::seconds(1))};
+    const Plazo plazo{
+        .desde = std::max(periodo.desde.value_or(*primera), kPrimerMomento),
+        .hasta = std::min(periodo.hasta.value_or(*ultima + std::chrono::seconds(1)), kUltimoMomento)};
     if (plazo.desde > *ultima || plazo.hasta <= *primera) throw sinMuestras();
     return plazo;
 }

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/cp1252.h"
 #include "simulator/memoria_simulada.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/proceso.h"
@@ -88,6 +89,64 @@ TEST_F(OrdenInforme, APeriodWithoutSamplesWritesNothing) {
     guardar("vacia.rgt", memoriaVacia({}, {}));
     EXPECT_EQ(correr({"informe", ruta("a.html"), "--imagen", ruta("vacia.rgt")}).estado, 1);
     EXPECT_FALSE(hay("a.html"));
+}
+
+TEST_F(OrdenInforme, APeriodOfTenThousandYearsIsTheLoggersCentury) {
+    EXPECT_EQ(correr({"informe", ruta("a.html"), "--imagen", ruta("una.rgt"), "--desde", "0000-01-01",
+                      "--hasta", "9999-12-31", "--sin-guiones"})
+                  .estado,
+              0);
+    EXPECT_LT(std::filesystem::file_size(ruta("a.html")), 1'200'000U);
+    EXPECT_THAT(leer("a.html"), HasSubstr("<tr><th scope=row>ene 2000"));
+    EXPECT_THAT(leer("a.html"), HasSubstr("<tr><th scope=row>dic 2099"));
+}
+
+// A reader that comes and goes, an old page, a folder: what a save may find in its place.
+TEST_F(OrdenInforme, AnOldPageStaysUntilTheNewOneIsWhole) {
+    std::ofstream(carpeta_ / "vieja.html") << "vieja";
+    std::filesystem::create_symlink("vieja.html", carpeta_ / "enlace.html");
+    EXPECT_EQ(
+        correr({"informe", ruta("enlace.html"), "--imagen", ruta("una.rgt"), "--mes", "2017-01"}).estado, 1);
+    EXPECT_EQ(leer("vieja.html"), "vieja");
+    EXPECT_EQ(correr({"informe", ruta("enlace.html"), "--imagen", ruta("una.rgt")}).estado, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(carpeta_ / "enlace.html"));
+    EXPECT_THAT(leer("vieja.html"), testing::EndsWith("</html>\n"));
+    std::filesystem::create_directory(carpeta_ / "carpeta");
+    for (const auto& [salida, motivo] :
+         {std::pair{ruta("carpeta"), "es una carpeta"}, {ruta("no/hay.html"), "no existe la carpeta"}}) {
+        const auto corrida = correr({"informe", salida, "--imagen", ruta("una.rgt")});
+        EXPECT_EQ(corrida.estado, 1);
+        EXPECT_THAT(corrida.errores, HasSubstr(motivo));
+    }
+}
+
+// What a header may hold, as it stands in an image: every byte there is, in pieces as long as the fields.
+TEST_F(OrdenInforme, NoByteOfAHeaderActsOrMakesTheSummaryWider) {
+    constexpr std::size_t kTextos = 4;
+    constexpr std::size_t kAnchoTextos = 65;
+    for (const std::string texto :
+         {"<script>alert(1)</script>", "\"><img src=x onerror=alert(1)>", "' autofocus x='",
+          "\x01\x1B[31m\x07\x85\x7F", "\xE2\x80\xAE\xED\xA0\x80", "%s{}{0}", "\x81\x8D\x8F\x90\x9D\xA0\xAD",
+          "MMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMM"}) {
+        auto bytes = memoriaSimulada(Clima(3));
+        for (std::size_t i = 0; i < kAnchoTextos; ++i)
+            bytes[kTextos + i] = static_cast<std::uint8_t>(texto[i % texto.size()]);
+        guardar("hostil.rgt", bytes);
+        std::filesystem::remove(carpeta_ / "h.sqlite");
+        ASSERT_EQ(correr({"incorporar", ruta("hostil.rgt")}).estado, 0);
+        EXPECT_EQ(correr({"informe", ruta("h.html"), "--estacion", "02080050", "--sin-guiones"}).estado, 0);
+        const auto html = leer("h.html");
+        EXPECT_THAT(html, Not(HasSubstr("<script")));
+        EXPECT_THAT(html, Not(HasSubstr("<img")));
+        EXPECT_THAT(html, Not(HasSubstr("autofocus x='")));
+        const auto resumen = correr({"resumen", "--estacion", "02080050", "--mes", "2018-12"});
+        EXPECT_EQ(resumen.estado, 0) << resumen.errores;
+        std::istringstream lineas(resumen.salida);
+        for (std::string linea; std::getline(lineas, linea);) EXPECT_LE(caracteres(linea), 80U) << linea;
+        for (const auto& texto8 : {html, resumen.salida}) {
+            for (const unsigned char c : texto8) ASSERT_TRUE((c >= 0x20 && c != 0x7F) || c == '\n');
+        }
+    }
 }
 
 TEST_F(OrdenInforme, WhatDoesNotGoTogetherIsWrongUsage) {
