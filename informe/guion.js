@@ -4,6 +4,8 @@
 var dato = document.getElementById('datos');
 if (!dato || typeof Dygraph === 'undefined') return;
 var d = JSON.parse(dato.textContent), ids = Object.keys(d.canales), graficos = [], desde = d.desde * 1000, paso = d.dura / d.columnas * 1000;
+// What all charts show, those that are still to be made too.
+var rango = [desde, desde + d.dura * 1000];
 var MESES = ['ene', 'feb', 'mar', 'abr', 'may', 'jun', 'jul', 'ago', 'sep', 'oct', 'nov', 'dic'];
 var RUMBOS = ['N', 'NNE', 'NE', 'ENE', 'E', 'ESE', 'SE', 'SSE', 'S', 'SSO', 'SO', 'OSO', 'O', 'ONO', 'NO', 'NNO'];
 function dos(n) { return (n < 10 ? '0' : '') + n; }
@@ -98,7 +100,7 @@ function barras(c) {
 }
 
 function rotuloDeTiempo(f, grano, opciones) {
-  var t = new Date(f.getTime ? f.getTime() : f), h = t.getUTCHours(), m = t.getUTCMinutes(), rango = graficos.length ? graficos[0].g.xAxisRange() : [desde, desde + d.dura * 1000];
+  var t = new Date(f.getTime ? f.getTime() : f), h = t.getUTCHours(), m = t.getUTCMinutes();
   if (h || m) return dos(h) + ':' + dos(m);
   if (rango[1] - rango[0] > 3 * 366 * 864e5) return String(t.getUTCFullYear());
   if (rango[1] - rango[0] > 120 * 864e5) return MESES[t.getUTCMonth()] + (t.getUTCMonth() ? '' : ' ' + t.getUTCFullYear());
@@ -116,7 +118,7 @@ function marcasDe(decimales) {
 }
 
 function leer(id, c, i, lugar) {
-  var e = Math.pow(10, c.d), texto = '', f = graficos[0] && c.filas[i];
+  var e = Math.pow(10, c.d), texto = '', f = c.filas[i];
   if (!f) return;
   texto = momento(f[0].getTime()) + ': ';
   if (c.x) texto += 'mínimo ' + f[1][0].toFixed(c.d) + ', media ' + f[1][1].toFixed(c.d) + ', máximo ' + f[1][2].toFixed(c.d);
@@ -126,20 +128,23 @@ function leer(id, c, i, lugar) {
 }
 
 var ajustando = false;
-function ajustarTodos(rango) {
+function ajustarTodos(nuevo) {
   if (ajustando) return;
   ajustando = true;
+  rango = nuevo.slice();
   graficos.forEach(function (o) { var r = o.g.xAxisRange(); if (r[0] !== rango[0] || r[1] !== rango[1]) o.g.updateOptions({ dateWindow: rango.slice() }); });
   ajustando = false;
 }
 
-function crear(id, ultimo) {
-  var c = d.canales[id], lienzo = document.querySelector('[data-canal="' + id + '"]'), fila = lienzo.parentNode;
+function lienzoDe(id) { return document.querySelector('[data-canal="' + id + '"]'); }
+
+function crear(id) {
+  var c = d.canales[id], lienzo = lienzoDe(id), fila = lienzo.parentNode, ultimo = id === ids[ids.length - 1];
   var div = document.createElement('div'), lectura = document.createElement('p');
   div.className = 'dy'; lectura.className = 'lectura'; lectura.setAttribute('aria-live', 'off');
   div.setAttribute('role', 'img'); div.setAttribute('aria-label', lienzo.querySelector('svg').getAttribute('aria-label'));
   div.style.height = ultimo ? '238px' : '186px';
-  lienzo.appendChild(div); lienzo.parentNode.insertBefore(lectura, lienzo.nextSibling);
+  lienzo.classList.add('vivo'); lienzo.appendChild(div); lienzo.parentNode.insertBefore(lectura, lienzo.nextSibling);
   c.filas = filas(c);
   // Rows with and without a scale on the right lie one under the other, where there is room.
   var estrecha = window.matchMedia('(max-width: 640px)').matches;
@@ -147,7 +152,7 @@ function crear(id, ultimo) {
   var o = {
     labels: c.barras ? ['t', 'barras', 'total'] : ['t', 'valor'], labelsUTC: true, legend: 'never', animatedZooms: false, customBars: !!c.x,
     colors: c.barras ? [propio, tinta] : [propio], fillAlpha: 0.28, strokeWidth: 1.5, gridLineColor: color('--raya'), axisLineColor: color('--raya'), axisLabelFontSize: 12, xAxisHeight: 24, pointSize: 2, highlightCircleSize: 3,
-    dateWindow: [desde, desde + d.dura * 1000], xRangePad: 0, rightGap: c.barras ? 0 : estrecha ? 10 : 42,
+    dateWindow: rango.slice(), xRangePad: 0, rightGap: c.barras ? 0 : estrecha ? 10 : 42,
     axes: { x: { axisLabelFormatter: rotuloDeTiempo, axisLabelWidth: 56, pixelsPerLabel: estrecha ? 46 : 58 }, y: { axisLabelWidth: 36, ticker: marcasDe(c.d) }, y2: { axisLabelWidth: 36, drawGrid: false, independentTicks: true, ticker: marcasDe(c.d) } },
     underlayCallback: function (ctx, area, g) { sombrear(ctx, area, g, c); },
     zoomCallback: function (a, b) { ajustarTodos([a, b]); },
@@ -160,11 +165,16 @@ function crear(id, ultimo) {
   if (c.barras) { o.series = { barras: { plotter: barras(c) }, total: { axis: 'y2', strokeWidth: 1.4 } }; o.includeZero = true; }
   if (id === 'viento' || id === 'radiacion') o.includeZero = true;
   if (ultimo) { o.showRangeSelector = true; o.rangeSelectorHeight = 44; o.rangeSelectorPlotStrokeColor = suave; o.rangeSelectorPlotFillColor = suave; o.rangeSelectorForegroundStrokeColor = suave; o.rangeSelectorBackgroundStrokeColor = suave; o.rangeSelectorAlpha = 0.75; }
-  graficos.push({ g: new Dygraph(div, c.filas, o), id: id, div: div });
+  try {
+    graficos.push({ g: new Dygraph(div, c.filas, o), id: id, div: div });
+  } catch (e) {
+    lienzo.classList.remove('vivo');
+    throw e;
+  }
 }
 
 function mover(escala, corre) {
-  var r = graficos[0].g.xAxisRange(), fin = desde + d.dura * 1000, ancho = Math.min((r[1] - r[0]) * escala, fin - desde), a = (r[0] + r[1] - ancho) / 2 + corre * ancho;
+  var r = rango, fin = desde + d.dura * 1000, ancho = Math.min((r[1] - r[0]) * escala, fin - desde), a = (r[0] + r[1] - ancho) / 2 + corre * ancho;
   ancho = Math.max(ancho, Math.min(6 * paso, fin - desde));
   a = Math.max(desde, Math.min(fin - ancho, a));
   ajustarTodos([a, a + ancho]);
@@ -184,23 +194,25 @@ function mandos() {
   aviso.setAttribute('role', 'status'); aviso.className = 'lectura'; lugar.appendChild(aviso);
 }
 
-function empezar() {
-  document.documentElement.classList.add('vivo');
-  ids.forEach(function (id, i) { crear(id, i === ids.length - 1); });
-  mandos();
+// Each is made when it comes near: a page whose drawings nobody has scrolled to yet opens at once.
+function alAcercarse() {
+  if (typeof IntersectionObserver === 'undefined') { ids.forEach(crear); return; }
+  var vigia = new IntersectionObserver(function (entradas) {
+    entradas.forEach(function (e) {
+      if (!e.isIntersecting) return;
+      vigia.unobserve(e.target);
+      crear(e.target.getAttribute('data-canal'));
+    });
+  }, { rootMargin: '300px' });
+  ids.forEach(function (id) { vigia.observe(lienzoDe(id)); });
 }
 function recolorear() {
-  var rango = graficos[0].g.xAxisRange();
+  var hechos = graficos.map(function (o) { return o.id; });
   graficos.forEach(function (o) { o.g.destroy(); var p = o.div.parentNode.nextSibling; p.parentNode.removeChild(p); o.div.parentNode.removeChild(o.div); });
   graficos = [];
-  ids.forEach(function (id, i) { crear(id, i === ids.length - 1); });
-  ajustarTodos(rango);
+  hechos.forEach(crear);
 }
-try {
-  empezar();
-  window.matchMedia('(prefers-color-scheme: dark)').addEventListener('change', recolorear);
-} catch (e) {
-  document.documentElement.classList.remove('vivo');
-  throw e;
-}
+mandos();
+alAcercarse();
+window.matchMedia('(prefers-color-scheme: dark)').addEventListener('change', recolorear);
 })();

@@ -57,6 +57,11 @@ informe::EstacionInformada estacion(const std::string& ubicacion = "Finca Norte"
     return e;
 }
 
+// Scrolls to each chart until it is made.
+constexpr const char* kVerTodo =
+    "(async () => { for (const e of document.querySelectorAll('.lienzo')) { e.scrollIntoView();"
+    " while (!e.querySelector('canvas')) await new Promise(r => setTimeout(r, 5)); } })()";
+
 class EnElNavegador : public testing::Test {
    protected:
     void SetUp() override {
@@ -79,7 +84,8 @@ TEST_F(EnElNavegador, NothingLeavesThePageAndNothingIsRefused) {
     for (const bool guiones : {false, true}) {
         Navegador navegador(PROGRAMA_CHROMIUM, {});
         navegador.abrir(guardar(guiones));
-        // The zoom's pictures and styles are made here too.
+        // The zoom's pictures and styles are made here too, each when its chart comes near.
+        if (guiones) navegador.valor(kVerTodo);
         const auto lienzos = navegador.valor("document.querySelectorAll('canvas').length").get<int>();
         EXPECT_GE(lienzos, guiones ? 16 : 0);
         EXPECT_THAT(navegador.pedidos(), IsEmpty());
@@ -129,6 +135,20 @@ TEST_F(EnElNavegador, TheKeyboardReachesEveryControlAndZoomsAllCharts) {
     navegador.tecla("Enter", 13);
     EXPECT_THAT(navegador.valor("document.querySelector('[role=status]').textContent").get<std::string>(),
                 testing::MatchesRegex("..\\/11\\/2018 ..:.. a ..\\/11\\/2018 ..:.."));
+}
+
+TEST_F(EnElNavegador, AChartThatComesIntoViewLaterShowsWhatTheOthersShow) {
+    Navegador navegador(PROGRAMA_CHROMIUM, {});
+    navegador.abrir(guardar(true));
+    EXPECT_LT(navegador.valor("document.querySelectorAll('.lienzo.vivo').length").get<int>(), 8);
+    navegador.valor("[...document.querySelectorAll('button')].find(b => b.textContent == 'Acercar').click()");
+    navegador.valor(kVerTodo);
+    const auto ejes = navegador.valor(
+        "[...document.querySelectorAll('.dy')].map(e => [...e.querySelectorAll('.dygraph-axis-label-x')]"
+        ".map(r => r.textContent)[1])");
+    ASSERT_EQ(ejes.size(), 8U);
+    for (const auto& eje : ejes) EXPECT_EQ(eje, ejes[0]);
+    EXPECT_THAT(navegador.quejas(), IsEmpty());
 }
 
 TEST_F(EnElNavegador, AnyTextOfALoggerIsText) {
@@ -196,6 +216,7 @@ TEST_F(EnElNavegador, AxeFindsNothing) {
     const auto buscar = [&](bool guiones, const Informe& informe) {
         navegador.pantalla({.oscura = guiones});
         navegador.abrir(guardar(guiones, estacion(), informe));
+        if (guiones) navegador.valor(kVerTodo);
         navegador.valor(axe.str() + ";0");
         navegador.valor("document.querySelectorAll('details').forEach(d => d.open = true)");
         const auto hallado = navegador.valor(
