@@ -1,5 +1,7 @@
 #include "data/decodificador.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -64,6 +66,13 @@ TEST(Evaporacion, WithoutTheVariantItsFieldsKeepWhatTheyHad) {
     darRegistro(decodificador, 1, {.auxiliar2 = 999, .evaporacion = 999});
     EXPECT_EQ(decodificador.muestra().auxiliar2, 1.5f);
     EXPECT_EQ(decodificador.muestra().evaporacion, 1.25f);
+}
+
+TEST(Evaporacion, WithoutTheVariantItsFieldsAreZeroFromTheStart) {
+    Decodificador decodificador;
+    darRegistro(decodificador, 0, {.auxiliar2 = 150, .evaporacion = 125});
+    EXPECT_EQ(decodificador.muestra().auxiliar2, 0.0f);
+    EXPECT_EQ(decodificador.muestra().evaporacion, 0.0f);
 }
 
 // Bounds of each byte of the stamp in the strict profile, nibble by nibble.
@@ -164,6 +173,28 @@ TEST(Bloque, TwoGoodRecordsGiveTwoLinesInTheirOrder) {
               lineaDe({.lluvia = 5}) + lineaDe({.lluvia = 10}));
 }
 
+// Its lines, as the bytes in turn give them, and its records at once.
+TEST(Bloque, AtOnceItGivesTheRecordsOfItsLines) {
+    const RegistroPrueba bueno, malo{.sello = kSelloMalo};
+    for (const auto perfil : {Perfil::estricto, Perfil::ampliado}) {
+        for (unsigned caso = 0; caso < 8; ++caso) {
+            const bool enMarcha = (caso & 1) != 0, primero = (caso & 2) != 0, segundo = (caso & 4) != 0;
+            auto porBytes = enMarcha ? decodificadorEnMarcha(perfil) : Decodificador(perfil);
+            auto deUnaVez = porBytes;
+            darRegistro(porBytes, 0, primero ? bueno : malo);
+            const auto lineas = darRegistro(porBytes, 1, segundo ? bueno : malo);
+
+            std::array<std::uint8_t, kBytesBloque> bloque{};
+            std::ranges::copy((primero ? bueno : malo).bytes(), bloque.begin());
+            std::ranges::copy((segundo ? bueno : malo).bytes(), bloque.begin() + registro_muestra::kBytes);
+            const auto buenos = deUnaVez.procesoBloque(bloque);
+            EXPECT_EQ(buenos.cuantos(), std::ranges::count(lineas, '\n')) << caso;
+            EXPECT_EQ(buenos.segundo, segundo) << caso;
+            EXPECT_EQ(deUnaVez.registroValido(), porBytes.registroValido()) << caso;
+        }
+    }
+}
+
 TEST(Arranque, TheFirstRecordIsNeverWritten) {
     Decodificador decodificador;
     EXPECT_FALSE(decodificador.registroValido());
@@ -243,6 +274,11 @@ TEST(PerfilAmpliado, AGoodFirstRecordStaysAlthoughTheSecondIsBad) {
     auto decodificador = decodificadorEnMarcha(Perfil::ampliado);
     darRegistro(decodificador, 0, {});
     EXPECT_EQ(darRegistro(decodificador, 1, {.sello = kSelloMalo}), lineaDe({}));
+}
+
+TEST(Recuento, BeginsAtZero) {
+    const Recuento r;
+    EXPECT_EQ(r.escritas + r.vacias + r.descartadas + r.valenAmpliado, 0u);
 }
 
 TEST(Recuento, ItsTextTellsOneFromMany) {
