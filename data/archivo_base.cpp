@@ -22,7 +22,7 @@ constexpr std::string_view kFiltro = "datos base (*.rgt)|*.rgt";
 constexpr std::string_view kCarpeta = "C:\\mis Documentos\\";
 // Of base files, of downloads that are not whole, and of those that were set aside.
 constexpr std::array<std::string_view, 3> kTerminaciones = {".rgt", ".parcial", ".anterior"};
-constexpr std::string_view kExito = "El archivo se proceso con exito";
+constexpr std::string_view kProcesado = "El archivo se proceso con exito";
 
 }  // namespace
 
@@ -88,7 +88,7 @@ Tarea<> ArchivoBase::importar() {
         } catch (const ErrorLectura& error) {
             forma.imprimir(error.what());
         }
-        if (cargado) co_await enlace_.avisar(kExito);
+        if (cargado) co_await enlace_.avisar(kProcesado);
     }
     if (cargado) {
         forma.Command33.enabled = true;

@@ -29,7 +29,7 @@ namespace telvane {
 
 namespace {
 
-using Reloj = std::chrono::steady_clock;
+using Cronometro = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kPlazoEscritura{1};
 // A dead peer is given up after some 25 s of silence, or 15 s with bytes under way.
@@ -86,7 +86,7 @@ void preparar(int descriptor) {
 }
 
 // 0, or the reason.
-int conectar(int descriptor, const addrinfo& destino, Reloj::time_point final) {
+int conectar(int descriptor, const addrinfo& destino, Cronometro::time_point final) {
     if (::connect(descriptor, destino.ai_addr, destino.ai_addrlen) == 0) return 0;
     if (errno != EINPROGRESS) return errno;
     if (!esperarSitio(descriptor, final)) return ETIMEDOUT;
@@ -100,7 +100,7 @@ using Direcciones = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
 
 // One address after the other; one that is silent leaves time for those behind it.
 Descriptor conectarConAlguna(const Direcciones& direcciones, int& error) {
-    const auto final = Reloj::now() + ConexionTcp::kPlazo;
+    const auto final = Cronometro::now() + ConexionTcp::kPlazo;
     int quedan = 0;
     for (const auto* d = direcciones.get(); d; d = d->ai_next) ++quedan;
     for (const auto* d = direcciones.get(); d; d = d->ai_next, --quedan) {
@@ -111,7 +111,7 @@ Descriptor conectarConAlguna(const Direcciones& direcciones, int& error) {
             continue;
         }
         preparar(descriptor());
-        const auto ahora = Reloj::now();
+        const auto ahora = Cronometro::now();
         error = conectar(descriptor(), *d, ahora + (final - ahora) / quedan);
         if (error == 0) return descriptor;
     }
@@ -230,7 +230,7 @@ void ConexionTcp::escribir(std::span<const std::uint8_t> bytes) {
             return;
         }
     }
-    const auto final = Reloj::now() + kPlazoEscritura;
+    const auto final = Cronometro::now() + kPlazoEscritura;
     while (!bytes.empty()) {
         const auto n = ::send(socket(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (n >= 0) {

@@ -19,10 +19,10 @@ namespace telvane {
 
 namespace {
 
-using Reloj = std::chrono::steady_clock;
+using Cronometro = std::chrono::steady_clock;
 
-int milisegundosHasta(Reloj::time_point fin) {
-    const auto falta = std::chrono::ceil<std::chrono::milliseconds>(fin - Reloj::now()).count();
+int milisegundosHasta(Cronometro::time_point fin) {
+    const auto falta = std::chrono::ceil<std::chrono::milliseconds>(fin - Cronometro::now()).count();
     return static_cast<int>(std::max<std::int64_t>(falta, 0));
 }
 
@@ -113,7 +113,7 @@ bool Proceso::lineaEntera() const {
 }
 
 // Reads what comes until a whole line is there or, if asked, the program and both its outputs have ended.
-bool Proceso::atender(Reloj::time_point fin, bool hastaElFinal) {
+bool Proceso::atender(Cronometro::time_point fin, bool hastaElFinal) {
     for (;;) {
         if (!hastaElFinal && lineaEntera()) return true;
         const bool callado = salida_.descriptor < 0 && (!hastaElFinal || errores_.descriptor < 0);
@@ -135,7 +135,7 @@ bool Proceso::atender(Reloj::time_point fin, bool hastaElFinal) {
 }
 
 std::optional<std::string> Proceso::linea(Plazo plazo) {
-    if (!atender(Reloj::now() + plazo, false)) return std::nullopt;
+    if (!atender(Cronometro::now() + plazo, false)) return std::nullopt;
     const auto final = salida_.texto.find('\n');
     auto linea = salida_.texto.substr(0, final);
     salida_.texto.erase(0, final + 1);
@@ -147,17 +147,17 @@ void Proceso::senal(int numero) {
 }
 
 std::optional<int> Proceso::terminar(Plazo plazo) {
-    if (!atender(Reloj::now() + plazo, true)) return std::nullopt;
+    if (!atender(Cronometro::now() + plazo, true)) return std::nullopt;
     return estado_;
 }
 
 bool esperarA(const std::function<bool()>& condicion, std::chrono::milliseconds plazo) {
-    constexpr Reloj::duration kPausa = std::chrono::milliseconds(5);
-    const auto fin = Reloj::now() + plazo;
+    constexpr Cronometro::duration kPausa = std::chrono::milliseconds(5);
+    const auto fin = Cronometro::now() + plazo;
     while (true) {
-        const auto antes = Reloj::now();
+        const auto antes = Cronometro::now();
         if (condicion()) return true;
-        const auto ahora = Reloj::now();
+        const auto ahora = Cronometro::now();
         if (ahora > fin) return false;
         // Looking may be work for both sides: at most half of the time goes into it.
         std::this_thread::sleep_for(std::max(kPausa, ahora - antes));

@@ -69,7 +69,7 @@ const Intercambiador kEscrituraTrasOtra = {"escrituraTrasOtra",
 const Intercambiador kLectura = {"lectura", [](SinRespuesta& t) { t.pulsar(t.forma.configuracion); }, kNoHay};
 const Intercambiador kEnLinea = {"enLinea", [](SinRespuesta& t) { t.pulsar(t.forma.Command4); }, kNoHay};
 
-std::string nombreDe(const testing::TestParamInfo<Intercambiador>& caso) {
+std::string nombreDelIntercambio(const testing::TestParamInfo<Intercambiador>& caso) {
     return caso.param.nombre;
 }
 
@@ -101,7 +101,7 @@ TEST_P(SinPuerto, AFailedSearchLeavesNoPortAndNothingIsSent) {
 INSTANTIATE_TEST_SUITE_P(Cada, SinPuerto,
                          testing::Values(kDescarga, kSerie, kEscritura, kEscrituraTrasOtra, kLectura,
                                          kEnLinea),
-                         nombreDe);
+                         nombreDelIntercambio);
 
 using PuertoPerdido = SinRespuesta;
 
@@ -115,7 +115,7 @@ TEST_P(PuertoPerdido, APortThatCannotBeHadIsALoggerThatDoesNotAnswer) {
 INSTANTIATE_TEST_SUITE_P(Cada, PuertoPerdido,
                          testing::Values(kDescarga, kSerie, kEscritura, kEscrituraTrasOtra, kLectura,
                                          kEnLinea),
-                         nombreDe);
+                         nombreDelIntercambio);
 
 using Tardio = SinRespuesta;
 
@@ -142,7 +142,7 @@ TEST_P(Tardio, WhatComesAfterTheLimitStartsNothingBehindTheMessage) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Cada, Tardio, testing::Values(kDescarga, kSerie, kEscritura, kLectura, kEnLinea),
-                         nombreDe);
+                         nombreDelIntercambio);
 
 }  // namespace
 }  // namespace telvane

@@ -17,11 +17,11 @@ struct Punto {
     bool corte = false;  // before it
 };
 
-constexpr Instante kInicio{0s};
+constexpr Instante kOrigen{0s};
 
 std::vector<bool> hallados(Fijo fijo, const std::vector<Punto>& puntos, bool comprobarAbierta = true) {
     std::vector<bool> fijos(puntos.size());
-    Instante momento = kInicio;
+    Instante momento = kOrigen;
     for (std::size_t i = 0; i < puntos.size(); ++i) {
         const auto antes = fijo.abierta().value_or(i);
         if (puntos[i].corte) fijo.cortar();
@@ -105,7 +105,7 @@ TEST(Fijo, WhatStandsStillForYearsIsKeptAsOneValue) {
         Fijo fijo(limite, Fijo::Amplitud::menor, media);
         std::uint64_t marcadas = 0;
         for (std::uint64_t i = 0; i < 200'000; ++i) {
-            if (const auto h = fijo.agregar(i, kInicio + i * 10min, 50)) marcadas += h->hasta - h->desde + 1;
+            if (const auto h = fijo.agregar(i, kOrigen + i * 10min, 50)) marcadas += h->hasta - h->desde + 1;
             ASSERT_LE(i - fijo.abierta().value_or(i), 72U);
         }
         EXPECT_EQ(marcadas, 200'000U);

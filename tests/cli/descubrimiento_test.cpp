@@ -11,14 +11,13 @@
 namespace telvane {
 namespace {
 
-using nlohmann::json;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
-std::vector<json> objetos(const std::string& texto) {
-    std::vector<json> lista;
+std::vector<nlohmann::json> objetos(const std::string& texto) {
+    std::vector<nlohmann::json> lista;
     std::istringstream lineas(texto);
-    for (std::string linea; std::getline(lineas, linea);) lista.push_back(json::parse(linea));
+    for (std::string linea; std::getline(lineas, linea);) lista.push_back(nlohmann::json::parse(linea));
     return lista;
 }
 
@@ -35,14 +34,14 @@ TEST_F(Descubrimiento, EachSensorIsOneLineThatNamesAMemberOfTheReadings) {
     const auto r = correr({"en-linea", "--descubrimiento"});
     ASSERT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
     EXPECT_FALSE(puertos.abierto(kPuerto));
-    const auto lectura = json::parse(correr({"en-linea", "--cuenta", "1", "--json"}).salida);
+    const auto lectura = nlohmann::json::parse(correr({"en-linea", "--cuenta", "1", "--json"}).salida);
     std::set<std::string> ids;
     for (const auto& sensor : objetos(r.salida)) {
         SCOPED_TRACE(sensor.dump());
         EXPECT_THAT(sensor["unique_id"].get<std::string>(), MatchesRegex("telvane_02080050_[a-z_]+"));
         ids.insert(sensor["unique_id"]);
         EXPECT_EQ(sensor["state_topic"], "telvane/02080050/lecturas");
-        EXPECT_EQ(sensor["device"]["identifiers"], json({"telvane_02080050"}));
+        EXPECT_EQ(sensor["device"]["identifiers"], nlohmann::json({"telvane_02080050"}));
         EXPECT_TRUE(sensor["unit_of_measurement"].is_string());
         EXPECT_TRUE(sensor["name"].is_string());
         const auto plantilla = sensor["value_template"].get<std::string>();

@@ -11,14 +11,12 @@
 namespace telvane {
 namespace {
 
-using Imagenes = std::vector<std::vector<std::uint8_t>>;
-
 class ArchivoPrueba : public testing::TestWithParam<Banco> {
    protected:
     Incorporacion incorporar(const std::vector<std::uint8_t>& bytes, const Archivo::Destino& destino = {}) {
         return archivo.incorporar(bytes, destino, {"prueba", Incorporada(std::chrono::seconds(1))});
     }
-    void todas(const Imagenes& imagenes) {
+    void todas(const std::vector<std::vector<std::uint8_t>>& imagenes) {
         for (const auto& imagen : imagenes) incorporar(imagen);
     }
     std::vector<std::pair<int, bool>> variantesDe(int minuto) {
@@ -67,7 +65,7 @@ TEST_P(ArchivoPrueba, OfASpoiltByteTheTwoThatAgreeWin) {
 
 TEST_P(ArchivoPrueba, TheGreaterBytesWinWithMoreImages) {
     const auto base = ImagenPrueba().serie(0, 0, 20);
-    Imagenes tres;
+    std::vector<std::vector<std::uint8_t>> tres;
     for (int i = 0; i < 3; ++i) {
         auto una = base;
         una.reloj(kInicio + std::chrono::hours(i)).poner(5, registroDeMinuto(50, i == 0 ? 0 : 7));

@@ -15,16 +15,12 @@
 
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/disco_chico.h"
+#include "tests/apoyo/leer_todo.h"
 
 namespace telvane {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string leer(const fs::path& ruta) {
-    std::ifstream archivo(ruta, std::ios::binary);
-    return {std::istreambuf_iterator<char>(archivo), std::istreambuf_iterator<char>()};
-}
 
 class GuardadoJuntos : public ::testing::Test {
    protected:
@@ -52,12 +48,12 @@ TEST_F(GuardadoJuntos, NoneHasItsNameUntilAllAreOnTheDisk) {
     std::ofstream(ruta("a")) << "viejo";
     agregar(ruta("a"), "nuevo");
     agregar(ruta("b"), "otro");
-    EXPECT_EQ(leer(ruta("a")), "viejo");
+    EXPECT_EQ(leerTodo(ruta("a")), "viejo");
     EXPECT_FALSE(fs::exists(ruta("b")));
     EXPECT_EQ(bien_, 0);
     guardado_.terminar();
-    EXPECT_EQ(leer(ruta("a")), "nuevo");
-    EXPECT_EQ(leer(ruta("b")), "otro");
+    EXPECT_EQ(leerTodo(ruta("a")), "nuevo");
+    EXPECT_EQ(leerTodo(ruta("b")), "otro");
     EXPECT_EQ(bien_, 2);
     EXPECT_EQ(entradas(temporal_.ruta()), 2U);
 }
@@ -99,7 +95,7 @@ TEST_F(GuardadoJuntos, ADiskThatFillsLosesThoseThatDoNotFitAndNoneOfTheOldOnes) 
     EXPECT_GE(mal_, 1);
     int nuevos = 0;
     for (int i = 0; i < 4; ++i) {
-        const auto queda = leer(ruta("disco") / std::to_string(i));
+        const auto queda = leerTodo(ruta("disco") / std::to_string(i));
         EXPECT_TRUE(queda == "viejo" || queda == mucho);
         nuevos += queda == mucho ? 1 : 0;
     }

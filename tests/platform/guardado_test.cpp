@@ -15,16 +15,12 @@
 
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/disco_chico.h"
+#include "tests/apoyo/leer_todo.h"
 
 namespace telvane {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string leer(const fs::path& ruta) {
-    std::ifstream archivo(ruta, std::ios::binary);
-    return {std::istreambuf_iterator<char>(archivo), std::istreambuf_iterator<char>()};
-}
 
 mode_t modoDe(const fs::path& ruta) {
     struct stat datos {};
@@ -70,21 +66,21 @@ class Guardado : public ::testing::Test {
 TEST_F(Guardado, CreatesTheFileWithItsBytes) {
     const std::string bytes("a\0b\r\n\xFF", 6);
     guardarAtomico(ruta("x.csv"), bytes);
-    EXPECT_EQ(leer(ruta("x.csv")), bytes);
+    EXPECT_EQ(leerTodo(ruta("x.csv")), bytes);
     EXPECT_EQ(entradas(), 1u);
 }
 
 TEST_F(Guardado, AnEmptyFileIsSavedAsWell) {
     guardarAtomico(ruta("x.csv"), "viejo");
     guardarAtomico(ruta("x.csv"), "");
-    EXPECT_EQ(leer(ruta("x.csv")), "");
+    EXPECT_EQ(leerTodo(ruta("x.csv")), "");
 }
 
 TEST_F(Guardado, ReplacesTheContentAndKeepsTheMode) {
     guardarAtomico(ruta("x.csv"), "viejo y largo");
     fs::permissions(ruta("x.csv"), fs::perms(0640));
     guardarAtomico(ruta("x.csv"), "nuevo");
-    EXPECT_EQ(leer(ruta("x.csv")), "nuevo");
+    EXPECT_EQ(leerTodo(ruta("x.csv")), "nuevo");
     EXPECT_EQ(modoDe(ruta("x.csv")), mode_t{0640});
     EXPECT_EQ(entradas(), 1u);
 }
@@ -110,7 +106,7 @@ TEST_F(Guardado, WhereTheGroupIsNotKeptTheNewOneMayWhatEverybodyMay) {
     ASSERT_EQ(::chmod(ruta("x.csv").c_str(), 02676), 0);
     fs::permissions(carpeta_, fs::perms(0777));
     EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), ""), ::testing::ExitedWithCode(0), "");
-    EXPECT_EQ(leer(ruta("x.csv")), "nuevo");
+    EXPECT_EQ(leerTodo(ruta("x.csv")), "nuevo");
     EXPECT_EQ(modoDe(ruta("x.csv")), mode_t{0666});
 }
 
@@ -122,8 +118,8 @@ TEST_F(Guardado, AFileThatIsToBeNewReplacesNone) {
     pendiente.escribir(comoBytes("nuevo"));
     guardarAtomico(ruta("y.rgt"), "de otro");
     EXPECT_THROW(pendiente.colocar(), ErrorGuardado);
-    EXPECT_EQ(leer(ruta("x.rgt")), "viejo");
-    EXPECT_EQ(leer(ruta("y.rgt")), "de otro");
+    EXPECT_EQ(leerTodo(ruta("x.rgt")), "viejo");
+    EXPECT_EQ(leerTodo(ruta("y.rgt")), "de otro");
 }
 
 TEST_F(Guardado, ANewFileFollowsTheUsersMask) {
@@ -140,7 +136,7 @@ TEST_F(Guardado, ALinkIsWrittenWhereItPoints) {
     fs::create_symlink("otra/x.csv", ruta("enlace"));
     fs::create_symlink("enlace", ruta("enlace2"));
     guardarAtomico(ruta("enlace2"), "nuevo");
-    EXPECT_EQ(leer(ruta("otra/x.csv")), "nuevo");
+    EXPECT_EQ(leerTodo(ruta("otra/x.csv")), "nuevo");
     EXPECT_TRUE(fs::is_symlink(ruta("enlace")));
     EXPECT_TRUE(fs::is_symlink(ruta("enlace2")));
 }
@@ -149,7 +145,7 @@ TEST_F(Guardado, ALinkWithoutATargetCreatesIt) {
     fs::create_symlink(ruta("x.csv"), ruta("enlace"));
     guardarAtomico(ruta("enlace"), "nuevo");
     EXPECT_FALSE(fs::is_symlink(ruta("x.csv")));
-    EXPECT_EQ(leer(ruta("x.csv")), "nuevo");
+    EXPECT_EQ(leerTodo(ruta("x.csv")), "nuevo");
 }
 
 TEST_F(Guardado, ALinkThatBitesItsTailIsRefused) {
@@ -184,7 +180,7 @@ TEST_F(Guardado, AFolderThatIsAFileIsRefused) {
 TEST_F(Guardado, ANameOfTheGreatestLengthFitsAndALongerOneIsRefused) {
     const std::string largo(255, 'n');
     guardarAtomico(ruta(largo), "nuevo");
-    EXPECT_EQ(leer(ruta(largo)), "nuevo");
+    EXPECT_EQ(leerTodo(ruta(largo)), "nuevo");
     EXPECT_EQ(negativa(ruta(largo + "n")), "no se pudo guardar " + largo + "n: el nombre es demasiado largo");
     EXPECT_EQ(entradas(), 1u);
 }
@@ -195,7 +191,7 @@ TEST_F(Guardado, AWriteProtectedFileIsRefusedAlthoughItsFolderIsNot) {
     fs::permissions(carpeta_, fs::perms(0777));
     EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), "no se pudo guardar x.csv: no hay permiso"),
                 ::testing::ExitedWithCode(0), "");
-    EXPECT_EQ(leer(ruta("x.csv")), "viejo");
+    EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
     EXPECT_EQ(entradas(), 1u);
 }
 
@@ -205,7 +201,7 @@ TEST_F(Guardado, AWriteProtectedFolderIsRefused) {
     fs::permissions(carpeta_, fs::perms(0555));
     EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), "no se pudo guardar x.csv: no hay permiso"),
                 ::testing::ExitedWithCode(0), "");
-    EXPECT_EQ(leer(ruta("x.csv")), "viejo");
+    EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
     fs::permissions(carpeta_, fs::perms(0755));
 }
 
@@ -238,7 +234,7 @@ TEST_F(Guardado, AWriteThatFailsHalfwayLeavesTheOldFileAndNoTemporaryOne) {
         motivo = negativa(ruta("x.csv"), std::string(100000, 'x'));
     }
     EXPECT_EQ(motivo, "no se pudo guardar x.csv: pasa del tamaño que permite la sesión (ulimit -f)");
-    EXPECT_EQ(leer(ruta("x.csv")), "viejo");
+    EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
     EXPECT_EQ(entradas(), 1u);
 }
 
@@ -248,7 +244,7 @@ TEST_F(Guardado, AFullDiskLeavesTheOldFileAndNoTemporaryOne) {
     guardarAtomico(ruta("disco/x.csv"), "viejo");
     EXPECT_EQ(negativa(ruta("disco/x.csv"), std::string(100000, 'x')),
               "no se pudo guardar x.csv: no queda espacio en el disco");
-    EXPECT_EQ(leer(ruta("disco/x.csv")), "viejo");
+    EXPECT_EQ(leerTodo(ruta("disco/x.csv")), "viejo");
     EXPECT_EQ(std::distance(fs::directory_iterator(ruta("disco")), fs::directory_iterator()), 1);
 }
 
@@ -259,7 +255,7 @@ TEST_F(Guardado, AReadOnlyDiskIsRefusedAndStaysAsItWas) {
     ASSERT_TRUE(disco.soloLectura());
     EXPECT_EQ(negativa(ruta("disco/x.csv")), "no se pudo guardar x.csv: el disco es de solo lectura");
     EXPECT_EQ(negativa(ruta("disco/otro.csv")), "no se pudo guardar otro.csv: el disco es de solo lectura");
-    EXPECT_EQ(leer(ruta("disco/x.csv")), "viejo");
+    EXPECT_EQ(leerTodo(ruta("disco/x.csv")), "viejo");
 }
 
 }  // namespace
