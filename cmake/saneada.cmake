@@ -5,7 +5,8 @@ option(TELVANE_SANEADA "Sanitized twins of the core and of its tests" OFF)
 set(saneadores -fsanitize=address,undefined -fno-sanitize-recover=all)
 
 if(TELVANE_SANEADA)
-  set(opciones_saneadas -O1 -g1 -UNDEBUG ${saneadores} -fno-omit-frame-pointer)
+  # What there is to warn of is told once, of the objects that are delivered.
+  set(opciones_saneadas -O1 -g1 -UNDEBUG ${saneadores} -fno-omit-frame-pointer -w)
   if(TELVANE_PRECOMPILAR)
     telvane_precompilado(telvane_precompilado_saneado ${telvane_cabeceras})
     target_compile_options(telvane_precompilado_saneado PRIVATE ${opciones_saneadas})
@@ -37,6 +38,10 @@ function(telvane_gemela_de_capa capa)
   target_compile_options(${capa}_saneada PRIVATE ${opciones_saneadas})
   target_link_libraries(${capa}_saneada PUBLIC ${enlaza})
   telvane_precompilar(${capa}_saneada telvane_precompilado_saneado)
+  telvane_juntar(${capa}_saneada)
+  # Every command has Opciones of its own, each store its statements, and a Paso of the archive is not one of the link.
+  list(FILTER SOURCES INCLUDE REGEX "^(orden_|almacen_|lectura\\.)")
+  set_source_files_properties(${SOURCES} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 
 # telvane_con_gemela(layer): what telvane_capa() says of each.
