@@ -96,11 +96,16 @@ TEST(Servidor, PostgresqlThatAnotherWritesToIsLeftAtOnceByWhoIsInterrupted) {
     auto& servidor = ServidorPostgres::unico();
     const auto url = servidor.baseVacia("interrumpida");
     AlmacenPostgres una(url, true, std::chrono::seconds(1));
-    AlmacenPostgres otra(url, true, std::chrono::minutes(5), [] { throw Interrumpido(); });
+    bool interrumpir = false;  // a busy server is waited for before that as well
+    AlmacenPostgres otra(url, true, std::chrono::minutes(5), [&] {
+        if (interrumpir) throw Interrumpido();
+    });
     una.empezar(Almacen::Modo::escritura);
     const auto inicio = std::chrono::steady_clock::now();
+    interrumpir = true;
     EXPECT_THROW(otra.empezar(Almacen::Modo::escritura), Interrumpido);
     EXPECT_LT(std::chrono::steady_clock::now() - inicio, std::chrono::minutes(1));
+    interrumpir = false;
     una.abandonar();
     otra.abandonar();
 }
