@@ -61,6 +61,10 @@ TEST_F(Bloques, ALastBlockOutsideTheMemoryIsNotRead) {
     EXPECT_EQ(decodificar(memoriaCon({7}), kUltimaDeTodas + 1000).escritas, 1u);
     EXPECT_EQ(decodificar(memoriaCon({7}), -1).escritas, 0u);
     EXPECT_EQ(bloques_.unidos(), "");
+
+    std::size_t vistos = 0;
+    bloques_.decodificar(Memoria(), decodificador_, kUltimaDeTodas + 1000, [&](std::int32_t) { ++vistos; });
+    EXPECT_EQ(vistos, Memoria::kBloques);
 }
 
 TEST_F(Bloques, ASecondRunReplacesTheFirst) {
@@ -242,6 +246,26 @@ RC_GTEST_PROP(ImagenAlAzar, TheRecordsOneByOneAreThoseOfTheExtendedProfile, (boo
         texto += lineaDe(registro, evaporacion);
     });
     RC_ASSERT(texto == bloques.unidos());
+}
+
+TEST(Registros, OfAnImageOfAnyLengthThoseThatAreWholeAndNoneBeyondTheMemory) {
+    const auto registro = RegistroPrueba{}.bytes();
+    std::vector<std::uint8_t> imagen;
+    for (std::size_t ranura = 0; ranura < 8200; ++ranura)
+        imagen.insert(imagen.end(), registro.begin(), registro.end());
+    const std::size_t largos[] = {0,         1,         12 * 32,   13 * 32 - 1,
+                                  13 * 32,   14 * 32,   8191 * 32, 8192 * 32 - 1,
+                                  8192 * 32, 8193 * 32, 8200 * 32};
+    for (const auto largo : largos) {
+        // Of its own length, so that a read beyond it is seen.
+        const std::vector<std::uint8_t> suya(imagen.begin(),
+                                             imagen.begin() + static_cast<std::ptrdiff_t>(largo));
+        std::vector<std::size_t> ranuras;
+        recorrerRegistros(suya, [&](std::size_t ranura, BytesMuestraConst) { ranuras.push_back(ranura); });
+        const auto fin = std::min<std::size_t>(largo / 32, 8192);
+        ASSERT_EQ(ranuras.size(), fin > 12 ? fin - 12 : 0) << largo;
+        for (std::size_t i = 0; i < ranuras.size(); ++i) ASSERT_EQ(ranuras[i], 12 + i) << largo;
+    }
 }
 
 RC_GTEST_PROP(ImagenAlAzar, EachLineHasItsColumnsAndAsciiOnly, (bool evaporacion)) {
