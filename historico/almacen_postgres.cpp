@@ -296,10 +296,10 @@ std::map<IdEstacion, std::vector<Llegada>> AlmacenPostgres::ultimas(std::size_t 
                                              .entero(static_cast<std::int64_t>(cuantas))
                                              .entero(seconds(limites_aviso::kRelojFuturo).count()));
     constexpr int kTrasLaFicha = 10;
-    constexpr int kEstacion = 17;
+    constexpr int kIdEstacion = 17;
     std::map<IdEstacion, std::vector<Llegada>> ultimas;
     for (int i = 0; i < r.filas(); ++i) {
-        auto& suyas = ultimas[static_cast<IdEstacion>(r.entero(i, kEstacion))];
+        auto& suyas = ultimas[static_cast<IdEstacion>(r.entero(i, kIdEstacion))];
         auto& llegada = suyas.emplace_back(Llegada{.imagen = fichaEn(r, i), .descarga = {}});
         if (!r.esNulo(i, kTrasLaFicha)) llegada.descarga = descargaEn(r, i, kTrasLaFicha);
     }

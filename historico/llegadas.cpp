@@ -30,9 +30,10 @@ void ordenarLlegadas(Llegadas& llegadas) {
         return std::tuple(l.momento(), l.imagen.reloj, l.imagen.huella);
     };
     std::ranges::sort(llegadas, {}, lugar);
-    const auto repetidas =
-        std::ranges::unique(llegadas, {}, [](const Llegada& l) { return l.imagen.huella; });
-    llegadas.erase(repetidas.begin(), repetidas.end());
+    const auto repetidas = std::unique(
+        llegadas.begin(), llegadas.end(),
+        [](const Llegada& una, const Llegada& otra) { return una.imagen.huella == otra.imagen.huella; });
+    llegadas.erase(repetidas, llegadas.end());
     if (llegadas.size() > limites::kUltimas)
         llegadas.erase(llegadas.begin(), llegadas.end() - static_cast<std::ptrdiff_t>(limites::kUltimas));
 }
