@@ -16,6 +16,9 @@ namespace {
 // Connecting, and finding the name before it.
 constexpr auto kEsperaConexion = 2 * ConexionTcp::kPlazo;
 
+// No logger has as much to say that nobody asked for; what comes beyond is nobody's.
+constexpr std::size_t kCabe = 65536;
+
 }  // namespace
 
 LineaRegistrador::LineaRegistrador(EntornoCli& entorno, Puertos& puertos, int numero)
@@ -35,7 +38,7 @@ bool LineaRegistrador::esperarBytes(std::size_t cuantos, Bucle::Duracion plazo) 
     return esperar(
         entorno_,
         [&] {
-            if (entrada_.esperan() < cuantos) entrada_.llenar(*puerto_);
+            if (entrada_.esperan() < cuantos) entrada_.llenar(*puerto_, kCabe);
             if (entrada_.esperan() >= cuantos) return true;
             // One wake-up once the missing ones are here. Counted anew after each reading: the system does
             // not count those that it has handed over.
@@ -53,7 +56,7 @@ void LineaRegistrador::pausar(Bucle::Duracion duracion) {
 }
 
 std::size_t LineaRegistrador::esperan() {
-    entrada_.llenar(*puerto_);
+    entrada_.llenar(*puerto_, kCabe);
     return entrada_.esperan();
 }
 

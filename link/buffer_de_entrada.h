@@ -14,6 +14,10 @@ class BufferDeEntrada {
    public:
     static constexpr std::size_t kSinCota = std::numeric_limits<std::size_t>::max();
 
+    // The most that is taken over at once: a line that never stops would keep its reader for ever.
+    static constexpr std::size_t kTrozo = 4096;
+    static constexpr std::size_t kTrozosDeUnaVez = 64;
+
     // Takes over what the system holds, up to this many bytes in all; those beyond are lost. Throws
     // ErrorPuerto, and keeps what came before it.
     void llenar(PuertoSerie& puerto, std::size_t cota = kSinCota);

@@ -26,8 +26,10 @@ class PuertoDado final : public PuertoSerie {
    public:
     void llegan(const Bytes& bytes) { esperan_.insert(esperan_.end(), bytes.begin(), bytes.end()); }
     void irse() { fue_ = true; }
+    void noParar() { sinFin_ = true; }
 
     std::size_t leer(std::span<std::uint8_t> destino) override {
+        if (sinFin_) return destino.size();
         if (esperan_.empty() && fue_) throw ErrorPuerto(MotivoPuerto::desaparecido, "se fue");
         const auto n = std::min(destino.size(), esperan_.size());
         const auto fin = esperan_.begin() + static_cast<std::ptrdiff_t>(n);
@@ -47,6 +49,7 @@ class PuertoDado final : public PuertoSerie {
    private:
     std::deque<std::uint8_t> esperan_;
     bool fue_ = false;
+    bool sinFin_ = false;
 };
 
 TEST(BufferDeEntrada, GivesTheBytesInTheirOrderAndCountsThoseThatWait) {
@@ -76,6 +79,18 @@ TEST(BufferDeEntrada, TakesOverAllThatTheSystemHoldsHoweverMuch) {
         buffer.llenar(puerto);
         EXPECT_EQ(buffer.tomar(cuantos + 1), seguidos(cuantos)) << cuantos;
     }
+}
+
+TEST(BufferDeEntrada, ALineThatNeverStopsDoesNotKeepItsReader) {
+    PuertoDado puerto;
+    puerto.noParar();
+    BufferDeEntrada buffer;
+    buffer.llenar(puerto);
+    EXPECT_EQ(buffer.esperan(), BufferDeEntrada::kTrozo * BufferDeEntrada::kTrozosDeUnaVez);
+    buffer.vaciar();
+    for (int i = 0; i < 3; ++i) buffer.llenar(puerto, 1000);
+    EXPECT_EQ(buffer.esperan(), 1000u);
+    EXPECT_TRUE(buffer.desbordado());
 }
 
 TEST(BufferDeEntrada, WhatIsBeyondTheBoundIsLostAndToldOnce) {
