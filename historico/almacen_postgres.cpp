@@ -108,6 +108,14 @@ FichaDescarga descargaEn(const ResultadoPostgres& r, int fila, int desde) {
     return f;
 }
 
+template <typename Leer>
+auto deCadaFila(const ResultadoPostgres& r, Leer leer) {
+    std::vector<decltype(leer(0))> lista;
+    lista.reserve(static_cast<std::size_t>(r.filas()));
+    for (int i = 0; i < r.filas(); ++i) lista.push_back(leer(i));
+    return lista;
+}
+
 bool esVieja(std::int64_t version) {
     return version >= 0 && version < esquema_postgres::kVersion;
 }
@@ -224,10 +232,8 @@ void AlmacenPostgres::abandonar() noexcept {
 }
 
 std::vector<EstacionGuardada> AlmacenPostgres::estaciones() {
-    std::vector<EstacionGuardada> lista;
     const auto r = base_.consultar(kEstacion + "ORDER BY nombre");
-    for (int i = 0; i < r.filas(); ++i) lista.push_back(estacionEn(r, i));
-    return lista;
+    return deCadaFila(r, [&](int i) { return estacionEn(r, i); });
 }
 std::optional<EstacionGuardada> AlmacenPostgres::estacion(const std::string& nombre) {
     const auto r = base_.consultar(kEstacion + "WHERE nombre=$1", Parametros().texto(nombre));
@@ -270,9 +276,7 @@ std::vector<FichaImagen> AlmacenPostgres::fichasCon(const std::string& condicion
         "FROM telvane.imagenes WHERE estacion=$1" +
             condicion + " ORDER BY reloj NULLS FIRST,huella",
         parametros);
-    std::vector<FichaImagen> lista;
-    for (int i = 0; i < r.filas(); ++i) lista.push_back(fichaEn(r, i));
-    return lista;
+    return deCadaFila(r, [&](int i) { return fichaEn(r, i); });
 }
 std::vector<FichaImagen> AlmacenPostgres::fichas(IdEstacion estacion) {
     return fichasCon("", Parametros().entero(estacion));
@@ -316,9 +320,7 @@ std::optional<FichaImagen> AlmacenPostgres::ficha(IdEstacion estacion, const Hue
 std::vector<Huella> AlmacenPostgres::imagenesSolas(IdEstacion estacion) {
     const auto r = base_.consultar("SELECT huella FROM telvane.contenidos WHERE estacion=$1 AND base IS NULL",
                                    Parametros().entero(estacion));
-    std::vector<Huella> lista;
-    for (int i = 0; i < r.filas(); ++i) lista.push_back(arregloEn<32>(r, i, 0));
-    return lista;
+    return deCadaFila(r, [&](int i) { return arregloEn<32>(r, i, 0); });
 }
 
 // One question for all of them: a server is far away.
@@ -447,10 +449,8 @@ std::int64_t AlmacenPostgres::contarFilas(IdEstacion estacion, Instante desde, I
 }
 
 std::vector<Instante> AlmacenPostgres::sellos(const std::string& sql, const Parametros& parametros) {
-    std::vector<Instante> lista;
     const auto r = base_.consultar(sql, parametros);
-    for (int i = 0; i < r.filas(); ++i) lista.push_back(instanteDeMicros(r.entero(i, 0)));
-    return lista;
+    return deCadaFila(r, [&](int i) { return instanteDeMicros(r.entero(i, 0)); });
 }
 std::vector<Instante> AlmacenPostgres::sellosAntes(IdEstacion estacion, Instante de, std::size_t cuantos) {
     static const std::string kSql = fmt::format(
@@ -505,15 +505,13 @@ std::vector<Testigo> AlmacenPostgres::testigos(IdEstacion estacion, Instante des
         sinZona(2), sinZona(3));
     const auto r = base_.consultar(
         kSql, Parametros().entero(estacion).entero(segundosDe(desde)).entero(segundosDe(hasta)));
-    std::vector<Testigo> lista;
-    for (int i = 0; i < r.filas(); ++i) {
-        lista.push_back({.instante = instanteDeMicros(r.entero(i, 0)),
-                         .registro = arregloEn<32>(r, i, 1),
-                         .ranura = static_cast<std::size_t>(r.entero(i, 2)),
-                         .imagen = arregloEn<32>(r, i, 3),
-                         .vota = !r.logico(i, 4)});
-    }
-    return lista;
+    return deCadaFila(r, [&](int i) {
+        return Testigo{.instante = instanteDeMicros(r.entero(i, 0)),
+                       .registro = arregloEn<32>(r, i, 1),
+                       .ranura = static_cast<std::size_t>(r.entero(i, 2)),
+                       .imagen = arregloEn<32>(r, i, 3),
+                       .vota = !r.logico(i, 4)};
+    });
 }
 std::int64_t AlmacenPostgres::conflictosDeMas(IdEstacion estacion, const FichaImagen& imagen,
                                               const Huella& otra) {
@@ -581,7 +579,9 @@ std::vector<AlmacenPostgres::Parte> AlmacenPostgres::partes() {
     std::istringstream texto(todo);
     for (std::string sentencia; std::getline(texto, sentencia, ';');) {
         std::istringstream palabras(sentencia);
-        std::string verbo, clase, nombre;
+        std::string verbo;
+        std::string clase;
+        std::string nombre;
         palabras >> verbo >> clase >> nombre;
         if (nombre == "IF") palabras >> nombre >> nombre >> nombre;
         if (verbo != "CREATE" || clase == "SCHEMA") continue;

@@ -99,8 +99,8 @@ class AlmacenSqlite final : public Almacen {
 
     // Prepared once, under its own text.
     Sentencia& sentencia(std::string_view sql);
-    std::vector<FichaImagen> leerFichas(Sentencia& consulta);
-    Descargas leerDescargas(Sentencia& consulta);
+    std::vector<FichaImagen> leerFichas(Sentencia& s);
+    Descargas leerDescargas(Sentencia& s);
 
     Opciones opciones_;
     BaseSqlite base_;

@@ -86,12 +86,13 @@ void exigirQueConcuerde(Almacen& almacen, const EstacionGuardada& estacion, cons
     if (tratoCon(*estacion.resumen.masNueva) == Trato::concuerdan) return;
     bool discrepa = false;
     auto fichas = almacen.fichas(estacion.id);
-    for (auto ficha = fichas.rbegin(); ficha != fichas.rend(); ++ficha) {
+    std::ranges::reverse(fichas);
+    for (const auto& ficha : fichas) {
         // Stamps that cannot be equal tell nothing.
         const bool seCruzan =
-            ficha->desde && *ficha->desde <= *imagen.ficha.hasta && *ficha->hasta >= *imagen.ficha.desde;
+            ficha.desde && *ficha.desde <= *imagen.ficha.hasta && *ficha.hasta >= *imagen.ficha.desde;
         if (!seCruzan) continue;
-        const auto trato = tratoCon(ficha->huella);
+        const auto trato = tratoCon(ficha.huella);
         if (trato == Trato::concuerdan) return;
         discrepa = discrepa || trato == Trato::discrepan;
     }

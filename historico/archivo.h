@@ -53,7 +53,7 @@ class Archivo {
         std::size_t copiadas = 0;
         std::vector<std::string> fallos;  // images that cannot be read there, a line each
     };
-    Copia copiarDe(Archivo& otro, const std::optional<std::string>& estacion,
+    Copia copiarDe(Archivo& otro, const std::optional<std::string>& cual,
                    const std::function<void()>& alAvanzar);
 
     // What is not as it should be, a line each. prueba: an empty store, for what the images decode to.

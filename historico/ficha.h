@@ -30,7 +30,7 @@ struct ImagenConFicha {
 };
 
 // Throws ErrorFicha where the text is none, or is that of another image.
-FichaDescarga leerFicha(std::string_view texto, const ImagenConFicha& imagen);
+FichaDescarga leerFicha(std::string_view contenido, const ImagenConFicha& imagen);
 
 // The one that belongs to a base file: the first of "X.rgt.json" and "X.json" that is one. defectos: why
 // another one is none, with its name.

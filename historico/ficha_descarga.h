@@ -22,7 +22,8 @@ struct FichaDescarga {
     std::int64_t erroresDeLinea = 0;  // told by the line, over all attempts
 
     // Of several for one image the youngest is kept, whatever the order in which they came.
-    auto operator<=>(const FichaDescarga&) const = default;
+    auto operator<=>(const FichaDescarga&) const =
+        default;  // NOLINT(modernize-use-nullptr): what it is made of
 };
 
 }  // namespace telvane

@@ -107,7 +107,7 @@ Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const Opci
     auto& estacion = contado.estacion;
     estacion.nombre = guardada.nombre;
     estacion.evaporacion = guardada.evaporacion;
-    informe::leerCabecera(estacion, lectura.cabecera(guardada));
+    informe::leerCabecera(estacion, Lectura::cabecera(guardada));
     for (const auto& ficha : lectura.imagenes(guardada)) {
         // What a period shows comes from the images that reach into it.
         if (!ficha.desde || *ficha.hasta < plazo.desde || *ficha.desde >= plazo.hasta) continue;

@@ -31,9 +31,9 @@ BaseSqlite::BaseSqlite(const std::filesystem::path& ruta, Acceso acceso, std::ch
     const int codigo =
         sqlite3_open_v2(entera.c_str(), &base_, modo | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
     if (codigo != SQLITE_OK) {
-        const auto error = ErrorAlmacen(fmt::format("{}: {}", ruta.string(), motivo(codigo)));
+        const auto que = fmt::format("{}: {}", ruta.string(), motivo(codigo));
         sqlite3_close(base_);
-        throw error;
+        throw ErrorAlmacen(que);
     }
     sqlite3_busy_handler(
         base_,

@@ -68,10 +68,9 @@ struct Medida {
 };
 
 Valor desfaseDe(const Observada& o) {
-    for (auto llegada = o.ultimas.rbegin(); llegada != o.ultimas.rend(); ++llegada) {
-        if (llegada->descarga) return llegada->descarga->desfase;
-    }
-    return std::nullopt;
+    const auto llegada = std::find_if(o.ultimas.rbegin(), o.ultimas.rend(),
+                                      [](const Llegada& una) { return una.descarga.has_value(); });
+    return llegada == o.ultimas.rend() ? std::nullopt : Valor(llegada->descarga->desfase);
 }
 
 std::optional<PronosticoMemoria> pronosticoDe(const Observada& o, const DatosDeEstacion& datos) {

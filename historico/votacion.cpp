@@ -48,6 +48,7 @@ std::vector<Veredicto> votar(const std::vector<Testigo>& testigos) {
         if (!nuevo && quienes.size() > votos.at(*lugar->second).size()) lugar->second = &registro;
     }
     std::vector<Veredicto> veredictos;
+    veredictos.reserve(votos.size());
     for (const auto& [registro, quienes] : votos) {
         veredictos.push_back({registro, elegido.at(grupos.de(numero.at(registro))) == &registro});
     }

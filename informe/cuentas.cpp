@@ -58,7 +58,7 @@ void Cuentas::agregar(const Juzgada& juzgada, bool primeraDelSello) {
     ++muestras;
     if (primeraDelSello) {
         ++sellos;
-        segundos += paso.intervalo * 60;
+        segundos += std::int64_t{paso.intervalo} * 60;
         if (paso.hueco) ++huecos;
         if (observacion.conflicto) ++conflictos;
     }

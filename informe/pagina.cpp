@@ -27,7 +27,7 @@ std::string plazoEnPalabras(const Estadistica& e) {
 }
 
 std::string nombreEnPalabras(const EstacionInformada& estacion) {
-    const auto lugar = deRegistrador(estacion[CampoTexto::ubicacion]);
+    auto lugar = deRegistrador(estacion[CampoTexto::ubicacion]);
     if (!lugar.empty()) return lugar;
     return estacion.nombre.empty() ? "Estación sin nombre" : "Estación " + deRegistrador(estacion.nombre);
 }
