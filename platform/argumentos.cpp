@@ -93,19 +93,38 @@ OrdenDeLinea Argumentos::orden(const std::string& nombre, const std::string& ayu
     return OrdenDeLinea(*nueva);
 }
 
+const CLI::Option* Argumentos::declarada(const std::string& nombre) const {
+    if (const auto* opcion = app_->get_option_no_throw(nombre)) return opcion;
+    for (const auto* orden : app_->get_subcommands([](const CLI::App*) { return true; })) {
+        if (const auto* opcion = orden->get_option_no_throw(nombre)) return opcion;
+    }
+    return nullptr;
+}
+
+// Behind "--" every word is a name. The library forgets that when it stands behind a command's first name, so
+// the names before it go behind it as well.
+std::vector<std::string> Argumentos::conNombresDetras(const std::vector<std::string>& argumentos) const {
+    const auto marca = std::ranges::find(argumentos, "--");
+    bool conOrden = app_->get_subcommands({}).empty();
+    if (marca == argumentos.end() || conOrden) return argumentos;
+    std::vector<std::string> delante;
+    std::vector<std::string> nombres;
+    for (auto una = argumentos.begin(); una != marca; ++una) {
+        const bool nombre = *una == "-" || !una->starts_with('-');
+        (nombre && conOrden ? nombres : delante).push_back(*una);
+        conOrden = conOrden || nombre;
+        const auto* opcion = nombre ? nullptr : declarada(*una);
+        if (opcion && opcion->get_items_expected_max() > 0 && una + 1 != marca) delante.push_back(*++una);
+    }
+    delante.emplace_back("--");
+    delante.insert(delante.end(), nombres.begin(), nombres.end());
+    delante.insert(delante.end(), marca + 1, argumentos.end());
+    return delante;
+}
+
 // The library takes the word behind an option for its value, whatever it reads; here one that begins like an
 // option is one, and the value before it is missing. Each option stands once, unless it keeps every value.
 std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) const {
-    std::vector<const CLI::App*> partes = {app_.get()};
-    for (const auto* orden : app_->get_subcommands([](const CLI::App*) { return true; })) {
-        partes.push_back(orden);
-    }
-    const auto declarada = [&](const std::string& nombre) -> const CLI::Option* {
-        for (const auto* parte : partes) {
-            if (const auto* opcion = parte->get_option_no_throw(nombre)) return opcion;
-        }
-        return nullptr;
-    };
     std::set<std::string> vistas;
     for (std::size_t i = 0; i < argumentos.size() && argumentos[i] != "--"; ++i) {
         const auto igual = argumentos[i].find('=');
@@ -139,6 +158,7 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
         for (auto* opcion : orden->get_options()) opcion->group(kOpciones);
     }
     try {
+        argumentos = conNombresDetras(argumentos);
         // The library takes them from the end.
         std::reverse(argumentos.begin(), argumentos.end());
         app_->parse(std::move(argumentos));

@@ -10,7 +10,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+}  // namespace CLI
 
 namespace telvane {
 
@@ -69,6 +70,9 @@ class Argumentos {
     LineaLeida leer(std::vector<std::string> argumentos);
 
    private:
+    // By the program or any of its commands.
+    const CLI::Option* declarada(const std::string& nombre) const;
+    std::vector<std::string> conNombresDetras(const std::vector<std::string>& argumentos) const;
     std::string malPuestas(const std::vector<std::string>& argumentos) const;
     std::string opcionesDeTodas() const;
     LineaLeida malUso(const std::string& motivo) const;
