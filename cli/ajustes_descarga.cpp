@@ -11,12 +11,14 @@
 
 #include <fmt/format.h>
 
+#include "cli/ordenes.h"
 #include "link/direccion_tcp.h"
 #include "link/mapa_com.h"
 #include "link/puerto_serie.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
 #include "platform/contrasena.h"
+#include "platform/palabra_de_consola.h"
 #include "platform/recorte.h"
 #include "platform/texto_visible.h"
 
@@ -185,7 +187,7 @@ std::vector<std::string> leerCom(std::string_view valor) {
     std::vector<std::string> pares;
     for (auto resto = sinBlancos(valor); !resto.empty();) pares.push_back(tomarPar(resto));
     try {
-        if (!pares.empty()) static_cast<void>(MapaCom::fijo(pares));
+        if (!pares.empty()) static_cast<void>(MapaCom::fijo(pares, "COM:"));
     } catch (const ErrorPuerto& error) {
         mal(error.what());
     }
@@ -366,7 +368,8 @@ class Lector {
         ajustes_.opciones = palabras(valor);
         for (const auto& palabra : ajustes_.opciones) {
             if (esOpcion(palabra, "--base") || esOpcion(palabra, "--csv"))
-                mal(fmt::format("OPCIONES: {} no vale aquí: los nombres salen de CARPETA y NOMBRE", palabra));
+                mal(fmt::format("OPCIONES: {} no vale aquí: los nombres salen de CARPETA y {}", palabra,
+                                deEstacion() ? "del de este archivo" : "NOMBRE"));
             if (esOpcion(palabra, "--com"))
                 mal(fmt::format("OPCIONES: {} no vale aquí: escriba COM=", palabra));
             if (deEstacion() && (esOpcion(palabra, "--ficha") || esOpcion(palabra, "--reemplazar")))
@@ -376,6 +379,9 @@ class Lector {
                 mal(fmt::format("OPCIONES: {} no vale aquí: escriba SERIE=", palabra));
             if (esOpcion(palabra, "--perfil")) ajustes_.perfil.clear();
         }
+        // One that the download does not understand would be told at night, when nobody looks.
+        if (const auto motivo = motivoOpcionesDescargar(ajustes_.opciones); !motivo.empty())
+            mal(fmt::format("OPCIONES: {} (telvane-cli descargar --help)", motivo));
     }
 
     // A password is nobody else's.
@@ -388,7 +394,7 @@ class Lector {
             mal(fmt::format(
                 "lleva una contraseña y todos pueden leer el archivo: sudo chown root:telvane {0} "
                 "&& sudo chmod 0640 {0}",
-                archivo_.string()));
+                palabraDeConsola(fs::absolute(archivo_).string())));
         }
         return valor;
     }

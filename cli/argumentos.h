@@ -4,9 +4,15 @@
 
 #include <string>
 
+#include "consola/codigos_salida.h"
 #include "consola/enteros.h"
 
 namespace telvane {
+
+// Throws ErrorCli (malUso): for options that do not go together.
+inline void exigirUso(bool bien, const std::string& que) {
+    if (!bien) throw ErrorCli(CodigoSalida::malUso, que);
+}
 
 std::string motivoSegundos(const std::string& texto);    // 1 to 3600
 std::string motivoCuenta(const std::string& texto);      // 1 to 1000000000

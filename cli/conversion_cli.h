@@ -23,7 +23,7 @@ struct Convertido {
     std::string aviso;
 };
 
-// The image's first bytes stand where the converter reads them.
+// The image's first bytes stand where the converter reads them. Throws ErrorCli where there are none.
 Convertido convertirImagen(Conversor& conversor, const TrabajoDeConversion& trabajo, std::size_t bytes);
 
 }  // namespace telvane

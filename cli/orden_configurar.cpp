@@ -83,10 +83,6 @@ std::string motivoHora(const std::string& texto) {
     return leerHora(texto) ? "" : "debe ser hh:mm:ss";
 }
 
-void exigirUso(bool bien, const std::string& que) {
-    if (!bien) throw ErrorCli(CodigoSalida::malUso, que);
-}
-
 FechaHora conAnioValido(const FechaHora& momento) {
     if (enRango(momento.anio)) return momento;
     throw ErrorCli(

@@ -1,4 +1,5 @@
 // telvane-cli descargar
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -6,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -162,40 +164,57 @@ void descargar(ContextoCli& contexto, const Opciones& opciones) {
     escribirCsv(contexto, salidas, opciones.perfil, imagen);
 }
 
+void declararOpciones(OrdenDeLinea& orden, Opciones& opciones) {
+    orden.opcion(opciones.base, {.nombre = "--base",
+                                 .valor = "ARCHIVO",
+                                 .ayuda = "Archivo base (.rgt) que se escribe; - es la salida",
+                                 .obligatoria = true});
+    orden.opcion(opciones.csv, {.nombre = "--csv",
+                                .valor = "ARCHIVO",
+                                .ayuda = "Además, los datos como archivo CSV; - es la salida"});
+    orden.opcion(opciones.ficha, {.nombre = "--ficha",
+                                  .valor = "ARCHIVO",
+                                  .ayuda = "Además, cuándo, de dónde y cómo se descargó, como JSON; - es la "
+                                           "salida"});
+    orden.opcion(opciones.serie, {.nombre = "--serie",
+                                  .valor = "CIFRAS",
+                                  .ayuda = "Número de serie, 8 cifras: otro registrador se rechaza",
+                                  .comprobar = motivoSerie});
+    orden.bandera(opciones.reemplazar, "--reemplazar", "El archivo base puede ser uno que ya existe");
+    orden.bandera(opciones.verificar, "--verificar", "Descarga dos veces y compara");
+    orden.opcion(opciones.espera, {.nombre = "--espera",
+                                   .valor = "S",
+                                   .ayuda = "Segundos sin respuesta que se toleran; 5 si falta",
+                                   .comprobar = motivoSegundos});
+    orden.opcion(opciones.reintentos, {.nombre = "--reintentos",
+                                       .valor = "N",
+                                       .ayuda = "Veces que se vuelve a empezar tras un fallo; 2 si falta",
+                                       .comprobar = motivoReintentos});
+    orden.opcion(opciones.perfil, {.nombre = "--perfil",
+                                   .valor = "PERFIL",
+                                   .ayuda = "Fechas que valen en el CSV: estricto (2001 a 2019) o ampliado",
+                                   .comprobar = motivoPerfil});
+}
+
 }  // namespace
+
+std::string motivoOpcionesDescargar(const std::vector<std::string>& palabras) {
+    if (std::ranges::find(palabras, "--") != palabras.end()) return "-- no vale aquí";
+    Argumentos linea("telvane-cli", "", "");
+    Opciones opciones;
+    auto programa = linea.programa();
+    declararOpciones(programa, opciones);
+    std::vector<std::string> argumentos = {"--base=x"};
+    argumentos.insert(argumentos.end(), palabras.begin(), palabras.end());
+    const auto leida = linea.leer(std::move(argumentos));
+    if (leida.que == LineaLeida::Que::terminar) return "--help y --version no descargan nada: quítelas";
+    return leida.texto.substr(0, leida.texto.find('\n'));
+}
 
 void declararDescargar(Argumentos& argumentos, ContextoCli& contexto) {
     auto orden = argumentos.orden("descargar", "Descarga la memoria del registrador a un archivo base");
     const auto opciones = std::make_shared<Opciones>();
-    orden.opcion(opciones->base, {.nombre = "--base",
-                                  .valor = "ARCHIVO",
-                                  .ayuda = "Archivo base (.rgt) que se escribe; - es la salida",
-                                  .obligatoria = true});
-    orden.opcion(opciones->csv, {.nombre = "--csv",
-                                 .valor = "ARCHIVO",
-                                 .ayuda = "Además, los datos como archivo CSV; - es la salida"});
-    orden.opcion(opciones->ficha, {.nombre = "--ficha",
-                                   .valor = "ARCHIVO",
-                                   .ayuda = "Además, cuándo, de dónde y cómo se descargó, como JSON; - es la "
-                                            "salida"});
-    orden.opcion(opciones->serie, {.nombre = "--serie",
-                                   .valor = "CIFRAS",
-                                   .ayuda = "Número de serie, 8 cifras: otro registrador se rechaza",
-                                   .comprobar = motivoSerie});
-    orden.bandera(opciones->reemplazar, "--reemplazar", "El archivo base puede ser uno que ya existe");
-    orden.bandera(opciones->verificar, "--verificar", "Descarga dos veces y compara");
-    orden.opcion(opciones->espera, {.nombre = "--espera",
-                                    .valor = "S",
-                                    .ayuda = "Segundos sin respuesta que se toleran; 5 si falta",
-                                    .comprobar = motivoSegundos});
-    orden.opcion(opciones->reintentos, {.nombre = "--reintentos",
-                                        .valor = "N",
-                                        .ayuda = "Veces que se vuelve a empezar tras un fallo; 2 si falta",
-                                        .comprobar = motivoReintentos});
-    orden.opcion(opciones->perfil, {.nombre = "--perfil",
-                                    .valor = "PERFIL",
-                                    .ayuda = "Fechas que valen en el CSV: estricto (2001 a 2019) o ampliado",
-                                    .comprobar = motivoPerfil});
+    declararOpciones(orden, *opciones);
     orden.pie(
         "Cada bloque llega al disco en cuanto se recibe, en ARCHIVO.parcial, que toma su nombre al "
         "completarse. Si se\n"

@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/ajustes_descarga.h"
+#include "cli/argumentos.h"
 #include "cli/ejecuciones.h"
 #include "cli/ordenes.h"
 #include "cli/textos_cli.h"
@@ -240,6 +241,14 @@ void darValores(ContextoCli& contexto, const Opciones& opciones) {
     contexto.consola.resultado(texto);
 }
 
+// What one of the two things that the command does would not look at.
+void exigirQueVayanJuntas(const Opciones& opciones) {
+    const bool valores = !opciones.valores.empty();
+    exigirUso(valores || !opciones.nocturna, "--nocturna va con --valores ARCHIVO");
+    exigirUso(!valores || !opciones.json, "--valores no va con --json");
+    exigirUso(!valores || !opciones.en, "--valores no va con --en");
+}
+
 }  // namespace
 
 void declararEstaciones(Argumentos& argumentos, ContextoCli& contexto) {
@@ -256,6 +265,7 @@ void declararEstaciones(Argumentos& argumentos, ContextoCli& contexto) {
                   "El de --valores es el de la descarga de una sola estación");
     orden.alElegir([&contexto, opciones] {
         contexto.orden = [&contexto, opciones] {
+            exigirQueVayanJuntas(*opciones);
             opciones->valores.empty() ? listar(contexto, *opciones) : darValores(contexto, *opciones);
         };
     });

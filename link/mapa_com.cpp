@@ -211,12 +211,19 @@ std::string parVisible(const std::string& par) {
     return nombreVisible(par.substr(0, desde) + "…" + par.substr(arroba));
 }
 
-[[noreturn]] void rehusarPar(const std::string& par, const std::string& que) {
-    throw ErrorPuerto(MotivoPuerto::lineaInvalida, fmt::format("--com {}: {}", parVisible(par), que));
+// One "N=DEVICE", and what stands before it in a message.
+struct ParDicho {
+    const std::string& texto;
+    std::string_view opcion;
+};
+
+[[noreturn]] void rehusarPar(const ParDicho& par, const std::string& que) {
+    throw ErrorPuerto(MotivoPuerto::lineaInvalida,
+                      fmt::format("{} {}: {}", par.opcion, parVisible(par.texto), que));
 }
 
 // A device's path, or an address as it is always written. par: the pair that it stands in.
-fs::path dispositivoDelPar(const std::string& par, std::string_view donde) {
+fs::path dispositivoDelPar(const ParDicho& par, std::string_view donde) {
     if (donde.empty()) rehusarPar(par, "falta el dispositivo");
     const auto direccion = leerDireccionTcp(donde);
     if (direccion) return direccion->completa();
@@ -254,17 +261,18 @@ MapaCom MapaCom::automatico(RaicesSistema raices) {
     return mapa;
 }
 
-MapaCom MapaCom::fijo(const std::vector<std::string>& pares) {
+MapaCom MapaCom::fijo(const std::vector<std::string>& pares, std::string_view opcion) {
     MapaCom mapa;
-    for (const auto& par : pares) {
-        const auto igual = par.find('=');
+    for (const auto& texto : pares) {
+        const ParDicho par{texto, opcion};
+        const auto igual = texto.find('=');
         if (igual == std::string::npos)
             rehusarPar(par, "se espera NÚMERO=DISPOSITIVO, por ejemplo 1=/dev/ttyUSB0");
-        const auto numero = leerNumero<int>(std::string_view(par).substr(0, igual));
+        const auto numero = leerNumero<int>(std::string_view(texto).substr(0, igual));
         if (!numero || *numero < 1 || *numero > kUltimoPuerto) {
             rehusarPar(par, fmt::format("el número va de 1 a {}", kUltimoPuerto));
         }
-        auto dispositivo = dispositivoDelPar(par, std::string_view(par).substr(igual + 1));
+        auto dispositivo = dispositivoDelPar(par, std::string_view(texto).substr(igual + 1));
         if (!mapa.dispositivos_.emplace(*numero, std::move(dispositivo)).second) {
             rehusarPar(par, fmt::format("el número {} ya tiene dispositivo", *numero));
         }

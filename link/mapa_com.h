@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "link/puerto_serie.h"
@@ -31,8 +32,8 @@ class MapaCom {
     // where it was.
     static MapaCom automatico(RaicesSistema raices = {});
     // pares: "N=DEVICE" or "N=tcp://HOST:PORT", N 1 to 12, each once. Numbers not given do not exist. Throws
-    // ErrorPuerto (lineaInvalida).
-    static MapaCom fijo(const std::vector<std::string>& pares);
+    // ErrorPuerto (lineaInvalida), which names what they stood in.
+    static MapaCom fijo(const std::vector<std::string>& pares, std::string_view opcion = "--com");
     // fijo when there are pairs, automatico otherwise.
     static MapaCom deOpciones(const std::vector<std::string>& pares, RaicesSistema raices = {}) {
         return pares.empty() ? automatico(std::move(raices)) : fijo(pares);

@@ -56,6 +56,36 @@ TEST_F(Convertir, TheFormatIsTheOutputsOrTheOneAskedFor) {
     EXPECT_EQ(leerTodo(carpeta / "sin_final"), comoLaVentana());
 }
 
+TEST_F(Convertir, AnEmptyImageIsAFailureAndItsOutputStaysAsItWas) {
+    guardar("vacio.rgt", {});
+    std::ofstream(carpeta / "v.csv") << "antes";
+    for (const auto& cual : {(carpeta / "vacio.rgt").string(), std::string("-")}) {
+        const auto r = correr({"convertir", cual, carpeta / "v.csv"});
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo) << cual;
+        EXPECT_THAT(r.errores, HasSubstr("el archivo base está vacío")) << cual;
+        EXPECT_EQ(leerTodo(carpeta / "v.csv"), "antes") << cual;
+    }
+}
+
+TEST_F(Convertir, BehindTwoDashesEveryWordIsAName) {
+    const auto antes = std::filesystem::current_path();
+    std::filesystem::current_path(carpeta.ruta());
+    const std::vector<std::vector<std::string>> lineas = {
+        {"convertir", "a.rgt", "--", "--x.csv"},
+        {"convertir", "--", "a.rgt", "--x.csv"},
+        {"convertir", "--perfil", "ampliado", "a.rgt", "--formato=csv", "--", "--x.csv"},
+        {"--com", "1=/dev/x", "convertir", "a.rgt", "--", "--x.csv"}};
+    for (const auto& linea : lineas) {
+        std::filesystem::remove("--x.csv");
+        const auto r = correr(linea);
+        EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+        EXPECT_TRUE(std::filesystem::exists("--x.csv"));
+    }
+    EXPECT_EQ(correr({"convertir", "a.rgt", "--", "--perfil=ampliado", "b.csv"}).codigo,
+              CodigoSalida::malUso);
+    std::filesystem::current_path(antes);
+}
+
 TEST_F(Convertir, PipesAtBothEnds) {
     entrada.llenar(comoTexto(imagen));
     const auto r = correr({"convertir", "-", "-"});
@@ -115,13 +145,6 @@ TEST_F(Convertir, AShortImageIsConvertedAndTold) {
     // A record that is cut is none: it would show values that nobody measured.
     imagen.resize(9984);
     EXPECT_EQ(r.salida, comoLaVentana());
-}
-
-TEST_F(Convertir, AnEmptyImageGivesAFileWithoutSamples) {
-    imagen.clear();
-    guardar("a.rgt", imagen);
-    EXPECT_EQ(correr({"convertir", carpeta / "a.rgt", carpeta / "a.csv"}).codigo, CodigoSalida::hecho);
-    EXPECT_THAT(leerTodo(carpeta / "a.csv"), StartsWith(" Equipo Registrador VELTRA"));
 }
 
 TEST_F(Convertir, AnInputThatCannotBeReadIsAFailureWithItsReason) {

@@ -133,6 +133,76 @@ TEST_F(Estaciones, WhatCannotBeIsToldWithItsFileAndLine) {
                 HasSubstr("el nombre de la estación es el del archivo"));
 }
 
+TEST_F(Estaciones, OptionsThatTheDownloadDoesNotUnderstandAreToldBeforeTheNight) {
+    for (const auto& [opciones, que] : std::vector<std::pair<std::string, std::string>>{
+             {"--noexiste", "no se entiende \"--noexiste\""},
+             {"suelto", "no se entiende \"suelto\""},
+             {"--bas=x", "no se entiende \"--bas=x\""},
+             {"--help", "--help y --version no descargan nada"},
+             {"-h", "--help y --version no descargan nada"},
+             {"--version", "--help y --version no descargan nada"},
+             {"--perfil=zz", "--perfil: "},
+             {"--espera=0", "--espera: "},
+             {"--espera", "--espera: falta su valor"},
+             {"--espera --verificar", "--espera: falta su valor"},
+             {"--reintentos 99999", "--reintentos: "},
+             {"--verificar --verificar", "--verificar se dio dos veces"},
+             {"--verificar -- x", "-- no vale aquí"}}) {
+        const auto ajustes = kPuertoUsb + std::string("OPCIONES=\"") + opciones + "\"\n";
+        EXPECT_THAT(motivo(ajustes), HasSubstr("norte.conf, línea 2: OPCIONES: " + que)) << opciones;
+        EXPECT_THAT(motivo(ajustes), Not(HasSubstr("--base"))) << opciones;
+        EXPECT_THROW(leerAjustes(poner("ajustes", ajustes), ClaseAjustes::nocturna), ErrorAjustes)
+            << opciones;
+        EXPECT_EQ(listar().codigo, CodigoSalida::fallo) << opciones;
+    }
+    EXPECT_EQ(motivo(kPuertoUsb +
+                     std::string("OPCIONES='--verificar --espera 9 --reintentos=0 --perfil estricto'\n")),
+              "");
+}
+
+TEST_F(Estaciones, AHintSpeaksOfWhatStandsInTheFile) {
+    const auto conBase = std::string(kPuertoUsb) + "OPCIONES='--base x'\n";
+    EXPECT_THAT(motivo(conBase), HasSubstr("los nombres salen de CARPETA y del de este archivo"));
+    try {
+        leerAjustes(poner("ajustes", conBase), ClaseAjustes::nocturna);
+        ADD_FAILURE();
+    } catch (const ErrorAjustes& error) {
+        EXPECT_THAT(error.what(), HasSubstr("los nombres salen de CARPETA y NOMBRE"));
+    }
+    EXPECT_THAT(motivo("COM=13=/dev/x\n"), HasSubstr("línea 1: COM: 13=/dev/x: el número va de 1 a 12"));
+    EXPECT_THAT(motivo("COM=1=tcp://servidor\n"), HasSubstr("línea 1: COM: 1=tcp://servidor: se espera"));
+}
+
+TEST_F(Estaciones, ARemedyCanBePastedIntoAShell) {
+    const auto lugar = carpeta / "l'a b";
+    std::filesystem::create_directory(lugar);
+    const auto archivo =
+        poner("l'a b/norte.conf", std::string(kPuertoUsb) + "CENTRAL=postgresql://yo:secreta@s/x\n");
+    ASSERT_EQ(::chmod(archivo.c_str(), 0644), 0);
+    const auto citado = "'" + carpeta.ruta().string() + "/l'\\''a b/norte.conf'";
+    const auto remedio = "sudo chown root:telvane " + citado + " && sudo chmod 0640 " + citado;
+    EXPECT_THAT(correr({"estaciones", "--valores", archivo}).errores, HasSubstr(remedio));
+    const auto relativo = std::filesystem::relative(archivo).string();
+    EXPECT_THAT(correr({"estaciones", "--valores", relativo}).errores,
+                HasSubstr("norte.conf' && sudo chmod 0640 '/"));
+}
+
+TEST_F(Estaciones, WhatWouldNotBeLookedAtIsRefused) {
+    const auto archivo = poner("norte.conf", kPuertoUsb);
+    const std::string lugar = carpeta.ruta().string();
+    for (const auto& mas : std::vector<std::vector<std::string>>{{"--json", "--valores", archivo},
+                                                                 {"--en", lugar, "--valores", archivo},
+                                                                 {"--nocturna"},
+                                                                 {"--nocturna", "--json"}}) {
+        auto linea = mas;
+        linea.insert(linea.begin(), "estaciones");
+        const auto r = correr(linea);
+        EXPECT_EQ(r.codigo, CodigoSalida::malUso) << mas.back();
+        EXPECT_THAT(r.errores, HasSubstr("--valores")) << mas.back();
+        EXPECT_THAT(r.salida, IsEmpty()) << mas.back();
+    }
+}
+
 TEST_F(Estaciones, APasswordThatAllCanReadIsRefusedAndNeverShown) {
     const std::string texto = std::string(kPuertoUsb) + "CENTRAL=postgresql://yo:secreta@s/x\n";
     const auto archivo = poner("norte.conf", texto);
