@@ -207,6 +207,10 @@ class Almacen {
     virtual void reponer() {}
     // What belongs to no station, a line each.
     virtual std::vector<std::string> sinEstacion() = 0;
+    // Images of which what they hold is there, and nothing else is known.
+    virtual std::int64_t imagenesPerdidas(IdEstacion estacion) = 0;
+    // Votes of images that are not there.
+    virtual std::int64_t testigosPerdidos(IdEstacion estacion) = 0;
     // What is wrong with the store itself, a line each.
     virtual std::vector<std::string> defectos() = 0;
 };

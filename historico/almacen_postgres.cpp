@@ -369,7 +369,8 @@ void AlmacenPostgres::agregarImagen(IdEstacion estacion, const FichaImagen& f, c
         c.nulo();
     }
     base_.consultar(
-        "INSERT INTO telvane.contenidos(estacion,huella,base,profundidad,datos) VALUES($1,$2,$3,$4,$5)",
+        "INSERT INTO telvane.contenidos(estacion,huella,base,profundidad,datos) VALUES($1,$2,$3,$4,$5) ON "
+        "CONFLICT DO NOTHING",
         c.entero(imagen.profundidad).bytes(imagen.datos));
 }
 AlmacenPostgres::Descargas AlmacenPostgres::descargasCon(const std::string& condicion,
@@ -673,6 +674,22 @@ std::vector<std::string> AlmacenPostgres::sinEstacion() {
         if (cuantas > 0) lista.push_back(fmt::format("{} de una estación que no está: {}", que, cuantas));
     }
     return lista;
+}
+
+std::int64_t AlmacenPostgres::imagenesPerdidas(IdEstacion estacion) {
+    return contarSinImagen("contenidos", "huella", estacion);
+}
+std::int64_t AlmacenPostgres::testigosPerdidos(IdEstacion estacion) {
+    return contarSinImagen("testigos", "imagen", estacion);
+}
+std::int64_t AlmacenPostgres::contarSinImagen(std::string_view tabla, std::string_view columna,
+                                              IdEstacion estacion) {
+    return base_
+        .consultar(fmt::format(
+            "SELECT count(*) FROM telvane.{0} t WHERE t.estacion={2} AND NOT EXISTS (SELECT 1 FROM "
+            "telvane.imagenes i WHERE i.estacion=t.estacion AND i.huella=t.{1})",
+            tabla, columna, estacion))
+        .entero(0, 0);
 }
 
 std::vector<std::string> AlmacenPostgres::defectos() {

@@ -57,9 +57,13 @@ class AlmacenPostgres final : public Almacen {
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
     std::vector<std::string> sinEstacion() override;
+    std::int64_t imagenesPerdidas(IdEstacion estacion) override;
+    std::int64_t testigosPerdidos(IdEstacion estacion) override;
     std::vector<std::string> defectos() override;
 
    private:
+    // Rows of the station whose image is not there.
+    std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna, IdEstacion estacion);
     // A table, index or view, and how it is made.
     struct Parte {
         std::string clase;

@@ -431,8 +431,9 @@ void AlmacenSqlite::agregarImagen(IdEstacion estacion, const FichaImagen& f, con
     s.poner(7, f.incorporada.time_since_epoch().count()).poner(8, f.origen);
     s.poner(9, f.muestras).poner(10, f.retrocesos).correr();
 
-    auto& c =
-        sentencia("INSERT INTO contenidos(estacion,huella,base,profundidad,datos) VALUES(?1,?2,?3,?4,?5)");
+    auto& c = sentencia(
+        "INSERT INTO contenidos(estacion,huella,base,profundidad,datos) VALUES(?1,?2,?3,?4,?5) ON CONFLICT "
+        "DO NOTHING");
     c.poner(1, estacion).poner(2, std::span(f.huella)).poner(4, imagen.profundidad);
     if (imagen.base) {
         c.poner(3, std::span<const std::uint8_t>(*imagen.base));
@@ -703,6 +704,20 @@ std::vector<std::string> AlmacenSqlite::sinEstacion() {
         if (cuantas > 0) lista.push_back(fmt::format("{} de una estación que no está: {}", que, cuantas));
     }
     return lista;
+}
+
+std::int64_t AlmacenSqlite::imagenesPerdidas(IdEstacion estacion) {
+    return contarSinImagen("contenidos", "huella", estacion);
+}
+std::int64_t AlmacenSqlite::testigosPerdidos(IdEstacion estacion) {
+    return contarSinImagen("testigos", "imagen", estacion);
+}
+std::int64_t AlmacenSqlite::contarSinImagen(std::string_view tabla, std::string_view columna,
+                                            IdEstacion estacion) {
+    return base_.numero(fmt::format(
+        "SELECT count(*) FROM {0} t WHERE t.estacion={2} AND NOT EXISTS (SELECT 1 FROM imagenes i WHERE "
+        "i.estacion=t.estacion AND i.huella=t.{1})",
+        tabla, columna, estacion));
 }
 
 std::vector<std::string> AlmacenSqlite::defectos() {

@@ -207,6 +207,9 @@ bool Archivo::rehacerUna(const std::string& nombre, const std::function<void()>&
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     auto estacion = almacen_.estacion(nombre);
     if (!estacion) return true;
+    // Their samples would go with what is derived, and nobody could say from where they came.
+    if (const auto perdidas = almacen_.imagenesPerdidas(estacion->id); perdidas > 0)
+        throw ErrorImagen(avisoDePerdidas(perdidas));
     almacen_.vaciarDerivado(estacion->id);
     estacion->resumen = {};
     Imagenes imagenes(almacen_, estacion->id);
@@ -293,6 +296,13 @@ void Archivo::copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha
     Imagenes imagenes(almacen_, estacion.id);
     tomar(almacen_, estacion, imagen, imagenes);
     transaccion.confirmar();
+}
+
+std::string avisoDePerdidas(std::int64_t cuantas) {
+    return fmt::format(
+        "de {} de sus imágenes queda el contenido y nada más: incorpore otra vez sus .rgt y repita "
+        "rehacer, o recupere su copia",
+        cuantas);
 }
 
 ErrorImagen sinEstacion(const std::string& nombre) {

@@ -73,5 +73,7 @@ class Archivo {
 
 // What to tell whoever names a station that the archive does not know.
 ErrorImagen sinEstacion(const std::string& nombre);
+// What to do about images that only their contents are left of.
+std::string avisoDePerdidas(std::int64_t cuantas);
 
 }  // namespace telvane

@@ -118,6 +118,8 @@ std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function
         };
         Imagenes imagenes(almacen_, estacion.id);
         Lineas danadas;
+        if (const auto perdidas = almacen_.imagenesPerdidas(estacion.id); perdidas > 0)
+            danadas.push_back(avisoDePerdidas(perdidas));
         for (const auto& ficha : lectura.imagenes(estacion)) {
             alAvanzar();
             try {
@@ -135,8 +137,12 @@ std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function
         // Without all of them nobody knows what the samples must be.
         if (!danadas.empty()) continue;
         Lineas suyos;
+        if (const auto votos = almacen_.testigosPerdidos(estacion.id); votos > 0)
+            suyos.push_back(fmt::format("testigos de una imagen que no está: {}", votos));
         const auto debe = prueba.estacion(estacion.nombre);
-        if (debe) {
+        if (!debe) {
+            suyos.emplace_back("no tiene ninguna imagen");
+        } else {
             compararEstaciones(estacion, *debe, suyos);
             compararResumenes(estacion.resumen, debe->resumen, suyos);
             compararFichas(lectura.imagenes(estacion), prueba.fichas(debe->id), suyos);

@@ -98,6 +98,9 @@ Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) 
         return {fmt::format("a una tabla partida le falta la parte de esta estación: hágala y repita ({})",
                             dicho)};
     }
+    if (estado == "23505") {
+        return {fmt::format("lo que hay en él se contradice: vea telvane-historico comprobar ({})", dicho)};
+    }
     if (clase == "53") {
         return {fmt::format(
             "al servidor le faltan recursos, quizá espacio en el disco: libérelos y repita ({})", dicho)};

@@ -28,6 +28,10 @@ BaseSqlite::BaseSqlite(const std::filesystem::path& ruta, Acceso acceso, std::ch
         acceso == Acceso::lectura ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
     // A whole path is a file's: to SQLite some names are addresses, or its memory.
     const auto entera = ruta.empty() ? ruta : std::filesystem::absolute(ruta);
+    // To SQLite a file of one byte is empty.
+    std::error_code sinMedida;
+    if (std::filesystem::file_size(entera, sinMedida) == 1)
+        throw ErrorAlmacen(fmt::format("{}: {}", ruta.string(), motivo(SQLITE_NOTADB)));
     const int codigo =
         sqlite3_open_v2(entera.c_str(), &base_, modo | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
     if (codigo != SQLITE_OK) {
@@ -59,6 +63,8 @@ std::string BaseSqlite::motivo(int codigo) const {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
             return "otro programa escribe en él: repita cuando termine";
+        case SQLITE_CONSTRAINT:
+            return "lo que hay en él se contradice: vea telvane-historico comprobar";
         case SQLITE_FULL:
             return "no queda espacio en el disco: libere espacio y repita; lo que ya estaba sigue entero";
         case SQLITE_READONLY:

@@ -477,6 +477,39 @@ TEST_F(Ordenes, WhateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
     EXPECT_THAT(r.errores, HasSubstr("imágenes de una estación que no está: 2"));
 }
 
+// What the samples came from may be lost; they themselves are not thrown after it.
+TEST_F(Ordenes, ImagesOfWhichOnlyTheContentsAreLeftAreToldAndComeBack) {
+    const auto base = imagen();
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    const auto antes = correr({"exportar", "-", "--estacion", "02080050"}).salida;
+    sql("DELETE FROM imagenes");
+    auto r = correr({"comprobar"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.salida, HasSubstr("de 1 de sus imágenes queda el contenido y nada más"));
+    r = correr({"rehacer"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores, HasSubstr("incorpore otra vez sus .rgt"));
+    EXPECT_EQ(correr({"incorporar", base}).codigo, 0);
+    EXPECT_EQ(correr({"rehacer"}).codigo, 0);
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_EQ(correr({"exportar", "-", "--estacion", "02080050"}).salida, antes);
+}
+
+TEST_F(Ordenes, VotesOfAnImageThatIsNotThereAreTold) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    sql("INSERT INTO testigos SELECT estacion,hora,x'00',1,x'00' FROM muestras LIMIT 3");
+    EXPECT_THAT(correr({"comprobar"}).salida, HasSubstr("testigos de una imagen que no está: 3"));
+    EXPECT_EQ(correr({"rehacer"}).codigo, 0);
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+}
+
+TEST_F(Ordenes, AFileOfOneByteIsNoArchive) {
+    const auto suyo = guardar("uno", {0x78});
+    EXPECT_THAT(correr({"--en", suyo, "incorporar", imagen()}).errores,
+                HasSubstr("no es un archivo histórico de Telvane"));
+    EXPECT_EQ(std::filesystem::file_size(suyo), 1u);
+}
+
 TEST_F(Ordenes, RehacerTellsAStationThatDoesNotBearItsName) {
     ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
     sql("UPDATE estaciones SET nombre='12345678', serie='12345678'");

@@ -161,6 +161,13 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
         EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
         EXPECT_EQ(retrato(almacen), antes) << cambio;
     }
+    servidor.ejecutar("partes", "DELETE FROM telvane.imagenes");
+    EXPECT_THAT(defectos(), testing::Contains(HasSubstr("de 1 de sus imágenes queda el contenido")));
+    EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::Contains(HasSubstr("queda el contenido")));
+    EXPECT_EQ(incorporar(almacen, 10).muestras, 10);
+    EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty());
+    EXPECT_THAT(defectos(), testing::IsEmpty());
+
     servidor.ejecutar("partes", "DELETE FROM telvane.estaciones");
     EXPECT_THAT(Archivo(almacen).rehacer([] {}),
                 testing::ElementsAre("imágenes de una estación que no está: 1"));
