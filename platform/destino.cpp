@@ -196,7 +196,8 @@ std::string lugar(const struct stat& datos) {
 
 ErrorGuardado noGuardado(const fs::path& ruta, std::string_view motivo) {
     const auto nombre = nombreVisible(ruta.has_filename() ? ruta.filename() : ruta);
-    return ErrorGuardado(fmt::format("no se pudo guardar {}: {}", nombre, motivo));
+    ErrorGuardado error(fmt::format("no se pudo guardar {}: {}", nombre, motivo));
+    return error;
 }
 
 void ArchivosLeidos::agregar(const fs::path& ruta) {
@@ -226,9 +227,8 @@ Destino revisarDestino(const fs::path& ruta, const ReglaDestino& regla) {
     try {
         revisar(destino, regla);
     } catch (const Fallo& fallo) {
-        const auto error = noGuardado(ruta, fallo.motivo);
-        if (fallo.porNombre) throw ErrorNombre(error.what());
-        throw error;
+        if (fallo.porNombre) throw ErrorNombre(noGuardado(ruta, fallo.motivo).what());
+        throw noGuardado(ruta, fallo.motivo);
     }
     return destino;
 }

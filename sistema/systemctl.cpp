@@ -28,6 +28,7 @@ std::string leerTodo(int descriptor) {
 // Its standard output is the descriptor, its complaints are nobody's.
 std::optional<pid_t> empezar(std::vector<std::string>& palabras, int salida) {
     std::vector<char*> argumentos;
+    argumentos.reserve(palabras.size() + 1);
     for (auto& palabra : palabras) argumentos.push_back(palabra.data());
     argumentos.push_back(nullptr);
     posix_spawn_file_actions_t acciones;

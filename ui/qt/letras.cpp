@@ -1,6 +1,7 @@
 #include "ui/qt/letras.h"
 
 #include <QFontDatabase>
+#include <QStringList>
 
 namespace telvane {
 
