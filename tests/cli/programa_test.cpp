@@ -104,7 +104,8 @@ TEST_P(ConFlujosCerrados, NothingHangsAndNothingIsWrittenWhereItDoesNotBelong) {
         .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
     EXPECT_EQ(porShell(cierres(), {"convertir", base, tabla}), 0);
     const auto bytes = fs::file_size(tabla);
-    EXPECT_EQ(porShell(cierres(), {"convertir", "-", tabla}), cerrado(1) ? 1 : 0);
+    const auto entrada = cerrado(1) ? std::string() : " <'" + base + "'";
+    EXPECT_EQ(porShell(cierres() + entrada, {"convertir", "-", tabla}), cerrado(1) ? 1 : 0);
     if (cerrado(1)) {
         EXPECT_EQ(fs::file_size(tabla), bytes) << "the old table stays";
     }
