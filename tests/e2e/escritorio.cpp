@@ -1,5 +1,7 @@
 #include "tests/e2e/escritorio.h"
 
+#include <unistd.h>
+
 #include <stdexcept>
 
 namespace telvane {
@@ -27,9 +29,13 @@ Escritorio::Escritorio() {
                 // fails on one that is just going. The window's tests in process look for leaks.
                 "ASAN_OPTIONS=detect_leaks=0"};
 
-    // The server chooses a free display and says which.
-    pantalla_ = std::make_unique<Proceso>(std::vector<std::string>{
-        PROGRAMA_XVFB, "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", "1280x1024x24"});
+    // A display that no other test has: servers that choose one themselves take no lock, and one that ends
+    // takes away the socket of the one that has just chosen the same. It says when it can be reached.
+    constexpr int kPrimera = 1000;
+    constexpr int kPantallas = 30000;
+    pantalla_ = std::make_unique<Proceso>(
+        std::vector<std::string>{PROGRAMA_XVFB, ":" + std::to_string(kPrimera + ::getpid() % kPantallas),
+                                 "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", "1280x1024x24"});
     nombrePantalla_ = ":" + esperarDireccion(*pantalla_, "Xvfb");
     entorno_.push_back("DISPLAY=" + nombrePantalla_);
     sesion_ = std::make_unique<Proceso>(
