@@ -145,6 +145,20 @@ std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) c
     return {};
 }
 
+// "--base=" says that the value is empty; the library would take the next word for it.
+std::vector<std::string> Argumentos::conVaciosAparte(const std::vector<std::string>& argumentos) const {
+    std::vector<std::string> todos;
+    const auto marca = std::ranges::find(argumentos, "--");
+    for (auto una = argumentos.begin(); una != marca; ++una) {
+        const auto nombre = una->substr(0, una->find('='));
+        const bool vacio = nombre.starts_with('-') && *una == nombre + "=" && declarada(nombre);
+        todos.push_back(vacio ? nombre : *una);
+        if (vacio) todos.emplace_back();
+    }
+    todos.insert(todos.end(), marca, argumentos.end());
+    return todos;
+}
+
 // What somebody typed may stand in it: it stays one line, and an address shows no secret.
 LineaLeida Argumentos::malUso(const std::string& motivo) const {
     return {LineaLeida::Que::malUso,
@@ -158,7 +172,7 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
         for (auto* opcion : orden->get_options()) opcion->group(kOpciones);
     }
     try {
-        argumentos = conNombresDetras(argumentos);
+        argumentos = conNombresDetras(conVaciosAparte(argumentos));
         // The library takes them from the end.
         std::reverse(argumentos.begin(), argumentos.end());
         app_->parse(std::move(argumentos));

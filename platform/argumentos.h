@@ -72,6 +72,7 @@ class Argumentos {
    private:
     // By the program or any of its commands.
     const CLI::Option* declarada(const std::string& nombre) const;
+    std::vector<std::string> conVaciosAparte(const std::vector<std::string>& argumentos) const;
     std::vector<std::string> conNombresDetras(const std::vector<std::string>& argumentos) const;
     std::string malPuestas(const std::vector<std::string>& argumentos) const;
     std::string opcionesDeTodas() const;
