@@ -98,9 +98,7 @@ bool relojAceptado(const std::array<std::string, 6>& reloj) {
         const auto& ranura = reloj[parte];
         const bool cifras = ranura.size() == 2 && std::all_of(ranura.begin(), ranura.end(),
                                                               [](char c) { return c >= '0' && c <= '9'; });
-        // Of decimal digits, packed values and their numbers sort alike.
-        const int limite = kLimitesReloj[parte] / 16 * 10 + kLimitesReloj[parte] % 16;
-        if (!cifras || numero(ranura) > limite) return false;
+        if (!cifras || empacarBcd(numero(ranura)) > kLimitesReloj[parte]) return false;
     }
     return true;
 }
