@@ -24,7 +24,7 @@ Tarea<> Exportacion::generargt() {
     const auto momento = enlace_.reloj.ahora();
     const auto textoConfig = elegirConfiguracion();
     forma.RichTextBox2.text = encabezadoCsv(momento, textoConfig);
-    decodificar();
+    const auto recuento = decodificar();
     forma.Command1.enabled = true;
     mostrarDatos(Formato::csv, momento, textoConfig);
 
@@ -32,7 +32,7 @@ Tarea<> Exportacion::generargt() {
                              .filtro = std::string(fila(Formato::csv).filtro),
                              .carpeta = std::string(textos::kCarpetaDocumentos),
                              .nombre = nombreCsv(forma.Text3.text(), momento)};
-    if (co_await guardar(std::move(peticion), forma.RichTextBox1.text())) {
+    if (co_await guardar(std::move(peticion), forma.RichTextBox1.text(), recuento)) {
         const auto abrir = co_await preguntar(enlace_.dialogos, Mensaje(kAbrir, Botones::siNo));
         if (abrir == Boton::si) {
             enlace_.dialogos.abrirDocumento(guardado_, [&forma, archivo = guardado_.filename().string()] {
@@ -48,7 +48,7 @@ Tarea<> Exportacion::exportarEventos() {
     bloquear();
     const auto momento = enlace_.reloj.ahora();
     const auto textoConfig = elegirConfiguracion();
-    decodificar();
+    const auto recuento = decodificar();
     progress_.Command45.visible = true;
     forma.Command1.enabled = true;
     mostrarDatos(Formato::xls, momento, textoConfig);
@@ -57,7 +57,7 @@ Tarea<> Exportacion::exportarEventos() {
                              .filtro = std::string(fila(Formato::xls).filtro),
                              .carpeta = std::string(textos::kCarpetaDocumentos),
                              .nombre = std::string(kNombreXls)};
-    co_await guardar(std::move(peticion), forma.RichTextBox1.text());
+    co_await guardar(std::move(peticion), forma.RichTextBox1.text(), recuento);
     liberar();
 }
 
@@ -78,15 +78,15 @@ std::string Exportacion::elegirConfiguracion() {
     return std::move(config.texto);
 }
 
-void Exportacion::decodificar() {
+Recuento Exportacion::decodificar() {
     progress_.caption("Generacion de Archivo");
     progress_.mostrarConBarra(datos_.ultimoBloque);
     const auto recuento =
         datos_.bloquesTexto.decodificar(datos_.memoria, datos_.decodificador, datos_.ultimoBloque,
                                         [&](std::int32_t bloque) { progress_.ProgressBar1.value = bloque; });
-    enlace_.forma.imprimir(recuento.texto());
     progress_.caption("Generacion");
     progress_.descargar();
+    return recuento;
 }
 
 void Exportacion::mostrarDatos(Formato formato, const FechaHora& momento, std::string_view textoConfig) {
@@ -95,7 +95,7 @@ void Exportacion::mostrarDatos(Formato formato, const FechaHora& momento, std::s
                    datos_.bloquesTexto);
 }
 
-Tarea<bool> Exportacion::guardar(PeticionArchivo peticion, const std::string& texto) {
+Tarea<bool> Exportacion::guardar(PeticionArchivo peticion, const std::string& texto, Recuento recuento) {
     const auto ruta = co_await elegirArchivo(enlace_.dialogos, std::move(peticion));
     if (!ruta) co_return false;
     try {
@@ -105,6 +105,7 @@ Tarea<bool> Exportacion::guardar(PeticionArchivo peticion, const std::string& te
         co_return false;
     }
     guardado_ = *ruta;
+    enlace_.forma.imprimir(recuento.texto());
     co_return true;
 }
 

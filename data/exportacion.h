@@ -28,10 +28,11 @@ class Exportacion {
     void liberar();
     // The configuration text that the file gets; sets the decoder's variant.
     std::string elegirConfiguracion();
-    void decodificar();
+    Recuento decodificar();
     // The whole file's text, after its run, in RichTextBox1.
     void mostrarDatos(Formato formato, const FechaHora& momento, std::string_view textoConfig);
-    Tarea<bool> guardar(PeticionArchivo peticion, const std::string& texto);
+    // Tells what was written once it is.
+    Tarea<bool> guardar(PeticionArchivo peticion, const std::string& texto, Recuento recuento);
 
     Enlace& enlace_;
     const EstadoConfig& config_;

@@ -1,6 +1,8 @@
 // The CSV export after a download, and the events and spreadsheet export.
 #include <fstream>
 
+#include <gmock/gmock.h>
+
 #include "data/informe.h"
 #include "platform/cp1252.h"
 #include "tests/app/banco.h"
@@ -9,6 +11,9 @@ namespace telvane {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::Each;
+using testing::HasSubstr;
+using testing::Not;
 
 class Exportar : public Banco {
    protected:
@@ -91,6 +96,8 @@ TEST_F(Exportar, ProposesTheLocationAndTheDateAndKeepsThePathOut) {
 TEST_F(Exportar, ACancelledDialogWritesNothingAndAsksNothing) {
     conectar();
     descargarHasta(std::nullopt);
+    EXPECT_TRUE(lineas().back().starts_with("archivo base: "))
+        << "no sample was written: " << lineas().back();
     EXPECT_EQ(dialogos.textos().back(), "La descarga de datos se realizó con exito") << "no question follows";
     EXPECT_TRUE(dialogos.documentos().empty());
     for (const auto& entrada : std::filesystem::recursive_directory_iterator(carpeta.ruta())) {
@@ -114,8 +121,9 @@ TEST_F(Exportar, AFailedSavePrintsTheReasonAndLeavesTheOldFile) {
     std::filesystem::create_directory(carpeta.ruta() / "carpeta.CSV");
     for (const auto& mala : {carpeta.ruta() / "carpeta.CSV", ruta / "datos.CSV"}) {
         descargarHasta(mala);
-        EXPECT_TRUE(lineas().back().starts_with("no se pudo guardar " + mala.filename().string()))
+        EXPECT_TRUE(lineas().back().starts_with("no se pudo guardar " + mala.string() + ": "))
             << lineas().back();
+        EXPECT_THAT(lineas(), Each(Not(HasSubstr("escritas"))));
         EXPECT_TRUE(forma.Command13.enabled());
         EXPECT_TRUE(dialogos.documentos().empty());
         EXPECT_EQ(contenido(ruta), "viejo");
