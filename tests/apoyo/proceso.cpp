@@ -74,8 +74,17 @@ Proceso::Proceso(const std::vector<std::string>& orden, const std::vector<std::s
     ::posix_spawn_file_actions_adddup2(&acciones, errores[1], STDERR_FILENO);
     auto argumentos = orden;
     auto variables = entornoCon(entorno);
-    const int error = ::posix_spawn(&pid_, orden.front().c_str(), &acciones, nullptr,
+    // A suite that was started by nohup or in the background ignores some, and its children would with it.
+    sigset_t senales;
+    ::sigemptyset(&senales);
+    for (const int senal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) ::sigaddset(&senales, senal);
+    posix_spawnattr_t rasgos;
+    ::posix_spawnattr_init(&rasgos);
+    ::posix_spawnattr_setsigdefault(&rasgos, &senales);
+    ::posix_spawnattr_setflags(&rasgos, POSIX_SPAWN_SETSIGDEF);
+    const int error = ::posix_spawn(&pid_, orden.front().c_str(), &acciones, &rasgos,
                                     punteros(argumentos).data(), punteros(variables).data());
+    ::posix_spawnattr_destroy(&rasgos);
     ::posix_spawn_file_actions_destroy(&acciones);
     cerrar(salida[1]);
     cerrar(errores[1]);

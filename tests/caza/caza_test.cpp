@@ -147,7 +147,7 @@ class Leyes {
     bool pudoReemplazar(const std::string& nombre) const {
         if (nombra("--base", nombre)) return corrida_.lleva("--reemplazar");
         if (esBase(nombre)) return false;
-        if (nombra("--csv", nombre)) return true;
+        if (nombra("--csv", nombre) || nombra("--ficha", nombre)) return true;
         if (corrida_.orden() != "convertir") return false;
         const auto carpeta = corrida_.valorDe("--en");
         if (!carpeta.empty()) return nombre.starts_with(carpeta + "/");
@@ -181,7 +181,7 @@ class Leyes {
     }
     void cumpleLoQueDice() {
         if (!hecho() || corrida_.lleva("--help")) return;
-        for (const auto* opcion : {"--base", "--csv"}) {
+        for (const auto* opcion : {"--base", "--csv", "--ficha"}) {
             const auto valor = corrida_.valorDe(opcion);
             if (!valor.empty() && valor != "-" && !valor.starts_with("/dev/")) estaEntero(valor);
         }
