@@ -195,8 +195,7 @@ std::string lugar(const struct stat& datos) {
 }  // namespace
 
 ErrorGuardado noGuardado(const fs::path& ruta, std::string_view motivo) {
-    const auto nombre = nombreVisible(ruta.has_filename() ? ruta.filename() : ruta);
-    ErrorGuardado error(fmt::format("no se pudo guardar {}: {}", nombre, motivo));
+    ErrorGuardado error(fmt::format("no se pudo guardar {}: {}", nombreVisible(ruta), motivo));
     return error;
 }
 

@@ -25,7 +25,7 @@ class ErrorNombre : public ErrorGuardado {
     using ErrorGuardado::ErrorGuardado;
 };
 
-// "no se pudo guardar x.csv: MOTIVO"
+// "no se pudo guardar carpeta/x.csv: MOTIVO": the name as it was given, or nobody knows which x.csv
 ErrorGuardado noGuardado(const std::filesystem::path& ruta, std::string_view motivo);
 
 // The files that are read for an output, which never takes the place of one of them. They are known by what

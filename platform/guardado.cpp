@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -116,7 +117,7 @@ int sincronizarCarpeta(const fs::path& carpeta) {
 void exigirNombre(const Destino& destino, int motivo) {
     if (motivo == 0) return;
     throw ErrorGuardado(fmt::format("{} quedó escrito, pero el disco no lo confirma: {}",
-                                    destino.pedido.filename().string(), motivoEscritura(motivo)));
+                                    nombreVisible(destino.pedido), motivoEscritura(motivo)));
 }
 
 ArchivoPendiente::ArchivoPendiente(Destino destino)

@@ -57,7 +57,8 @@ TEST_F(Archivos, ABackupNeverReplacesWhatIsThere) {
     poner("antes.rgt");
     const auto r =
         correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", carpeta / "antes.rgt"});
-    esperarRehusado(r, CodigoSalida::fallo, "no se pudo guardar antes.rgt: ya existe. Dé otro nombre");
+    esperarRehusado(r, CodigoSalida::fallo,
+                    noGuardado(carpeta / "antes.rgt", "ya existe. Dé otro nombre").what());
     EXPECT_EQ(leerTodo(carpeta / "antes.rgt"), "viejo");
 }
 
@@ -90,7 +91,7 @@ TEST_F(Archivos, ABaseFileThatAppearsMeanwhileStaysAndTheDownloadIsKept) {
     });
     const auto r = descargar();
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar a.rgt: ya existe"));
+    EXPECT_THAT(r.errores, HasSubstr(noGuardado(carpeta / "a.rgt", "ya existe").what()));
     EXPECT_THAT(r.errores, HasSubstr("quedan 4096 de 4096 bloques"));
     EXPECT_EQ(leerTodo(carpeta / "a.rgt"), "viejo");
     EXPECT_TRUE(parcial() == imagen());
@@ -135,7 +136,8 @@ TEST_F(Archivos, AnOutputIsNeverOneOfTheInputsByAnyName) {
     }
     // Of many, the output of one may be another one.
     const auto r = correr({"convertir", "--en", carpeta.ruta(), carpeta / "d/duro.rgt", a});
-    EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar duro.csv: de ahí se lee lo que se guarda"));
+    EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar " + carpeta.ruta().string() +
+                                     "/duro.csv: de ahí se lee lo que se guarda"));
     EXPECT_TRUE(leerTodo(a) == imagen());
 }
 
@@ -167,16 +169,16 @@ TEST_F(Archivos, TwoOutputsAreTwoFiles) {
 
 TEST_F(Archivos, WhatCanBeKnownIsToldBeforeTheLoggerHearsAnything) {
     esperarRehusado(correr({"descargar", "--base", carpeta / "no/a.rgt"}), CodigoSalida::fallo,
-                    "no se pudo guardar a.rgt: no existe la carpeta");
+                    noGuardado(carpeta / "no/a.rgt", "no existe la carpeta").what());
     esperarRehusado(correr({"descargar", "--base", carpeta / "a.rgt", "--csv", carpeta / "no/a.csv"}),
-                    CodigoSalida::fallo, "no se pudo guardar a.csv: no existe la carpeta");
+                    CodigoSalida::fallo, noGuardado(carpeta / "no/a.csv", "no existe la carpeta").what());
     esperarRehusado(correr({"descargar", "--base", carpeta.ruta()}), CodigoSalida::fallo, "es una carpeta");
     // Replacing is no way out where there is no file.
     EXPECT_THAT(correr({"descargar", "--base", carpeta.ruta()}).errores, Not(HasSubstr("--reemplazar")));
     const DiscoChico disco(carpeta / "disco");
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     esperarRehusado(correr({"descargar", "--base", carpeta / "disco/a.rgt"}), CodigoSalida::fallo,
-                    "no se pudo guardar a.rgt: no queda espacio en el disco");
+                    noGuardado(carpeta / "disco/a.rgt", "no queda espacio en el disco").what());
     ASSERT_TRUE(disco.soloLectura());
     esperarRehusado(correr({"descargar", "--base", carpeta / "disco/a.rgt"}), CodigoSalida::fallo,
                     "el disco es de solo lectura");
@@ -234,7 +236,7 @@ TEST_F(NoEsArchivo, ADeviceIsNotReplaced) {
     ASSERT_EQ(::mknod(lleno.c_str(), S_IFCHR | 0666, makedev(1, 7)), 0);
     const auto r = correr({"descargar", "--base", nulo, "--csv", lleno});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar lleno: no es un archivo normal"));
+    EXPECT_THAT(r.errores, HasSubstr(noGuardado(lleno, "no es un archivo normal").what()));
     EXPECT_THAT(r.errores, Not(HasSubstr("se descarga la memoria"))) << "known before the logger is asked";
 }
 
@@ -340,9 +342,9 @@ TEST_F(Parcial, WhatIsNoFileInItsPlaceIsToldBeforeTheSearch) {
     const auto ruta = carpeta / "a.rgt.parcial";
     for (const auto& estorbo : estorbos) {
         estorbo.poner(ruta);
-        const auto dicho = fmt::format(
-            "no se pudo guardar a.rgt.parcial: {}. Quítelo de ahí, o dé otro nombre al archivo base",
-            estorbo.dicho);
+        const auto dicho =
+            fmt::format("no se pudo guardar {}: {}. Quítelo de ahí, o dé otro nombre al archivo base",
+                        ruta.string(), estorbo.dicho);
         esperarRehusado(descargar(), CodigoSalida::fallo, dicho);
         esperarRehusado(
             correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", carpeta / "a.rgt"}),
@@ -356,7 +358,7 @@ TEST_F(Parcial, ALinkInItsPlaceIsNotFollowed) {
     fs::create_symlink("ajeno", carpeta / "a.rgt.parcial");
     const auto r = descargar();
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar a.rgt.parcial: es un enlace"));
+    EXPECT_THAT(r.errores, HasSubstr(noGuardado(carpeta / "a.rgt.parcial", "es un enlace").what()));
     EXPECT_EQ(leerTodo(carpeta / "ajeno"), "valioso");
 }
 

@@ -69,7 +69,7 @@ TEST_F(DestinoDe, ADataBaseIsNeverReplacedWhateverItsNameNorWhatStandsBesideIt) 
 
 TEST_F(DestinoDe, APipeIsWrittenToWhereItIsTakenAndStaysAPipe) {
     ASSERT_EQ(::mkfifo(ruta("tubo").c_str(), 0600), 0);
-    EXPECT_EQ(negativa(ruta("tubo")), "no se pudo guardar tubo: no es un archivo normal");
+    EXPECT_EQ(negativa(ruta("tubo")), noGuardado(ruta("tubo"), "no es un archivo normal").what());
     const auto destino = revisarDestino(ruta("tubo"), {.corriente = true});
     EXPECT_TRUE(destino.corriente);
     EXPECT_EQ(abrirCorriente(destino), -1) << "nobody reads yet";
@@ -107,7 +107,7 @@ TEST_F(DestinoDe, OnlyAPipeWaitsForItsReader) {
             try {
                 abrirCorriente({.pedido = "/dev/tty", .ruta = "/dev/tty", .corriente = true});
             } catch (const ErrorGuardado&) {
-                ::_exit(motivo == "no se pudo guardar tty: el dispositivo no existe" ? 0 : 2);
+                ::_exit(motivo == "no se pudo guardar /dev/tty: el dispositivo no existe" ? 0 : 2);
             }
             ::_exit(1);
         },
@@ -150,10 +150,11 @@ TEST_F(DestinoDe, AForbiddenNameIsRefusedHoweverWrittenAndThroughALink) {
 
 TEST_F(DestinoDe, WhatIsToBeNewMayNotBeThere) {
     poner("x");
-    EXPECT_EQ(negativa(ruta("x"), {.nuevo = true}), "no se pudo guardar x: ya existe. Dé otro nombre");
+    EXPECT_EQ(negativa(ruta("x"), {.nuevo = true}),
+              noGuardado(ruta("x"), "ya existe. Dé otro nombre").what());
     fs::create_symlink("x", ruta("enlace"));
     EXPECT_EQ(negativa(ruta("enlace"), {.nuevo = true}),
-              "no se pudo guardar enlace: ya existe. Dé otro nombre");
+              noGuardado(ruta("enlace"), "ya existe. Dé otro nombre").what());
     EXPECT_EQ(negativa(ruta("y"), {.nuevo = true}), "");
 }
 
@@ -162,7 +163,7 @@ TEST_F(DestinoDe, WhatDoesNotFitIsToldBefore) {
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     EXPECT_EQ(negativa(ruta("disco/x"), {.bytes = 60'000}), "");
     EXPECT_EQ(negativa(ruta("disco/x"), {.bytes = 70'000}),
-              "no se pudo guardar x: no queda espacio en el disco");
+              noGuardado(ruta("disco/x"), "no queda espacio en el disco").what());
 }
 
 TEST_F(DestinoDe, WhatTheSessionDoesNotAllowIsToldBefore) {
@@ -180,7 +181,7 @@ TEST_F(DestinoDe, AMountPointIsRefused) {
     poner("sobre");
     if (::mount(ruta("de").c_str(), ruta("sobre").c_str(), nullptr, MS_BIND, nullptr) != 0)
         GTEST_SKIP() << "mounting is not permitted here";
-    EXPECT_EQ(negativa(ruta("sobre")), "no se pudo guardar sobre: es un punto de montaje");
+    EXPECT_EQ(negativa(ruta("sobre")), noGuardado(ruta("sobre"), "es un punto de montaje").what());
     ::umount(ruta("sobre").c_str());
 }
 

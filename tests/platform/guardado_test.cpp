@@ -151,37 +151,39 @@ TEST_F(Guardado, ALinkWithoutATargetCreatesIt) {
 TEST_F(Guardado, ALinkThatBitesItsTailIsRefused) {
     fs::create_symlink("b", ruta("a"));
     fs::create_symlink("a", ruta("b"));
-    EXPECT_EQ(negativa(ruta("a")), "no se pudo guardar a: demasiados enlaces seguidos");
+    EXPECT_EQ(negativa(ruta("a")), noGuardado(ruta("a"), "demasiados enlaces seguidos").what());
 }
 
 TEST_F(Guardado, AFolderIsRefused) {
     fs::create_directory(ruta("datos"));
-    EXPECT_EQ(negativa(ruta("datos")), "no se pudo guardar datos: es una carpeta");
+    EXPECT_EQ(negativa(ruta("datos")), noGuardado(ruta("datos"), "es una carpeta").what());
     EXPECT_EQ(entradas(), 1u);
 }
 
 TEST_F(Guardado, WhatIsNoRegularFileIsRefusedAndStaysAsItWas) {
     ASSERT_EQ(::mkfifo(ruta("tubo").c_str(), 0600), 0);
-    EXPECT_EQ(negativa(ruta("tubo")), "no se pudo guardar tubo: no es un archivo normal");
+    EXPECT_EQ(negativa(ruta("tubo")), noGuardado(ruta("tubo"), "no es un archivo normal").what());
     EXPECT_TRUE(fs::is_fifo(ruta("tubo")));
-    EXPECT_EQ(negativa("/dev/null"), "no se pudo guardar null: no es un archivo normal");
+    EXPECT_EQ(negativa("/dev/null"), "no se pudo guardar /dev/null: no es un archivo normal");
 }
 
 TEST_F(Guardado, AFolderThatIsNotThereIsRefused) {
     EXPECT_EQ(negativa(ruta("nada/x.csv")),
-              "no se pudo guardar x.csv: no existe la carpeta " + ruta("nada").string());
+              noGuardado(ruta("nada/x.csv"), "no existe la carpeta " + ruta("nada").string()).what());
 }
 
 TEST_F(Guardado, AFolderThatIsAFileIsRefused) {
     guardarAtomico(ruta("x"), "viejo");
-    EXPECT_EQ(negativa(ruta("x/y.csv")), "no se pudo guardar y.csv: una parte de la ruta no es una carpeta");
+    EXPECT_EQ(negativa(ruta("x/y.csv")),
+              noGuardado(ruta("x/y.csv"), "una parte de la ruta no es una carpeta").what());
 }
 
 TEST_F(Guardado, ANameOfTheGreatestLengthFitsAndALongerOneIsRefused) {
     const std::string largo(255, 'n');
     guardarAtomico(ruta(largo), "nuevo");
     EXPECT_EQ(leerTodo(ruta(largo)), "nuevo");
-    EXPECT_EQ(negativa(ruta(largo + "n")), "no se pudo guardar " + largo + "n: el nombre es demasiado largo");
+    EXPECT_EQ(negativa(ruta(largo + "n")),
+              noGuardado(ruta(largo + "n"), "el nombre es demasiado largo").what());
     EXPECT_EQ(entradas(), 1u);
 }
 
@@ -189,7 +191,7 @@ TEST_F(Guardado, AWriteProtectedFileIsRefusedAlthoughItsFolderIsNot) {
     guardarAtomico(ruta("x.csv"), "viejo");
     fs::permissions(ruta("x.csv"), fs::perms(0444));
     fs::permissions(carpeta_, fs::perms(0777));
-    EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), "no se pudo guardar x.csv: no hay permiso"),
+    EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), noGuardado(ruta("x.csv"), "no hay permiso").what()),
                 ::testing::ExitedWithCode(0), "");
     EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
     EXPECT_EQ(entradas(), 1u);
@@ -199,7 +201,7 @@ TEST_F(Guardado, AWriteProtectedFolderIsRefused) {
     guardarAtomico(ruta("x.csv"), "viejo");
     fs::permissions(ruta("x.csv"), fs::perms(0666));
     fs::permissions(carpeta_, fs::perms(0555));
-    EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), "no se pudo guardar x.csv: no hay permiso"),
+    EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), noGuardado(ruta("x.csv"), "no hay permiso").what()),
                 ::testing::ExitedWithCode(0), "");
     EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
     fs::permissions(carpeta_, fs::perms(0755));
@@ -233,7 +235,7 @@ TEST_F(Guardado, AWriteThatFailsHalfwayLeavesTheOldFileAndNoTemporaryOne) {
         const LimiteDeArchivo limite(4096);
         motivo = negativa(ruta("x.csv"), std::string(100000, 'x'));
     }
-    EXPECT_EQ(motivo, "no se pudo guardar x.csv: pasa del tamaño que permite la sesión (ulimit -f)");
+    EXPECT_EQ(motivo, noGuardado(ruta("x.csv"), "pasa del tamaño que permite la sesión (ulimit -f)").what());
     EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
     EXPECT_EQ(entradas(), 1u);
 }
@@ -243,7 +245,7 @@ TEST_F(Guardado, AFullDiskLeavesTheOldFileAndNoTemporaryOne) {
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     guardarAtomico(ruta("disco/x.csv"), "viejo");
     EXPECT_EQ(negativa(ruta("disco/x.csv"), std::string(100000, 'x')),
-              "no se pudo guardar x.csv: no queda espacio en el disco");
+              noGuardado(ruta("disco/x.csv"), "no queda espacio en el disco").what());
     EXPECT_EQ(leerTodo(ruta("disco/x.csv")), "viejo");
     EXPECT_EQ(std::distance(fs::directory_iterator(ruta("disco")), fs::directory_iterator()), 1);
 }
@@ -253,8 +255,10 @@ TEST_F(Guardado, AReadOnlyDiskIsRefusedAndStaysAsItWas) {
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     guardarAtomico(ruta("disco/x.csv"), "viejo");
     ASSERT_TRUE(disco.soloLectura());
-    EXPECT_EQ(negativa(ruta("disco/x.csv")), "no se pudo guardar x.csv: el disco es de solo lectura");
-    EXPECT_EQ(negativa(ruta("disco/otro.csv")), "no se pudo guardar otro.csv: el disco es de solo lectura");
+    EXPECT_EQ(negativa(ruta("disco/x.csv")),
+              noGuardado(ruta("disco/x.csv"), "el disco es de solo lectura").what());
+    EXPECT_EQ(negativa(ruta("disco/otro.csv")),
+              noGuardado(ruta("disco/otro.csv"), "el disco es de solo lectura").what());
     EXPECT_EQ(leerTodo(ruta("disco/x.csv")), "viejo");
 }
 
