@@ -343,7 +343,7 @@ class Lector {
         if (!ajustes_.perfil.empty()) ajustes_.perfil = std::move(valor);
     }
     void serie(std::string valor) {
-        if (const auto motivo = motivoSerie(valor); !motivo.empty())
+        if (const auto motivo = motivoSerieMostrada(valor); !motivo.empty())
             mal(fmt::format("SERIE: \"{}\" no vale: {}", valor, motivo));
         ajustes_.serie = std::move(valor);
     }

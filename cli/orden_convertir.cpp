@@ -147,7 +147,7 @@ void declararConvertir(Argumentos& argumentos, ContextoCli& contexto) {
     orden.opcion(opciones->serie, {.nombre = "--serie",
                                    .valor = "CIFRAS",
                                    .ayuda = "Número de serie, 8 cifras; si falta, el de la imagen",
-                                   .comprobar = motivoSerie});
+                                   .comprobar = motivoSerieMostrada});
     orden.opcion(opciones->perfil, {.nombre = "--perfil",
                                     .valor = "PERFIL",
                                     .ayuda = "Fechas que valen: estricto (2001 a 2019) o ampliado",

@@ -179,7 +179,7 @@ void declararOpciones(OrdenDeLinea& orden, Opciones& opciones) {
     orden.opcion(opciones.serie, {.nombre = "--serie",
                                   .valor = "CIFRAS",
                                   .ayuda = "Número de serie, 8 cifras: otro registrador se rechaza",
-                                  .comprobar = motivoSerie});
+                                  .comprobar = motivoSerieMostrada});
     orden.bandera(opciones.reemplazar, "--reemplazar", "El archivo base puede ser uno que ya existe");
     orden.bandera(opciones.verificar, "--verificar", "Descarga dos veces y compara");
     orden.opcion(opciones.espera, {.nombre = "--espera",

@@ -17,9 +17,22 @@ SerieEmpacada empacarSerie(std::string_view digitos) {
     return serie;
 }
 
-std::string motivoSerie(const std::string& texto) {
-    const bool cifras = std::all_of(texto.begin(), texto.end(), [](char c) { return c >= '0' && c <= '9'; });
+namespace {
+
+std::string motivoHasta(char ultima, const std::string& texto) {
+    const bool cifras =
+        std::all_of(texto.begin(), texto.end(), [&](char c) { return c >= '0' && c <= ultima; });
     return cifras && texto.size() == 8 ? "" : "el número de serie tiene 8 cifras, ceros incluidos";
+}
+
+}  // namespace
+
+std::string motivoSerie(const std::string& texto) {
+    return motivoHasta('9', texto);
+}
+std::string motivoSerieMostrada(const std::string& texto) {
+    constexpr char kDelNibbleMayor = '0' + 15;
+    return motivoHasta(kDelNibbleMayor, texto);
 }
 
 Paso<HitoEnvio> pasoSerie(std::int32_t contador, const SerieEmpacada& serie) {

@@ -99,6 +99,13 @@ TEST_F(Convertir, ASerialNumberSelectsTheVariantAndStandsInTheHeader) {
     EXPECT_THAT(r.salida, testing::Not(HasSubstr("Eva parcial")));
 }
 
+TEST_F(Convertir, ASerialNumberWithNibblesAboveNineIsGivenAsItIsShown) {
+    const auto r = correr({"convertir", "--serie", "02080:5?", carpeta / "a.rgt", "-"});
+    EXPECT_THAT(r.salida, HasSubstr("Numero de serie : 02080:5?\r\n"));
+    EXPECT_EQ(correr({"convertir", "--serie", "02080A5F", carpeta / "a.rgt", "-"}).codigo,
+              CodigoSalida::malUso);
+}
+
 TEST_F(Convertir, TheWiderProfileIsAskedFor) {
     // A first record of 2024.
     imagen[kInicioRegistros + 5] = 0x24;

@@ -258,6 +258,11 @@ TEST(EmpacarSerie, TwoDigitsAByteAndZerosBehindAShortEntry) {
 TEST(MotivoSerie, EightDigitsAndNothingElse) {
     EXPECT_EQ(motivoSerie("00000000"), "");
     EXPECT_EQ(motivoSerie("99999999"), "");
+    EXPECT_NE(motivoSerie("0208:05?"), "") << "a logger is given digits";
+    EXPECT_EQ(motivoSerieMostrada("0208:05?"), "");
+    EXPECT_EQ(motivoSerieMostrada("00000000"), "");
+    for (const auto* malo : {"0208005", "020800500", "0208005A", "0208005a", "0208005@", "0208005/"})
+        EXPECT_EQ(motivoSerieMostrada(malo), "el número de serie tiene 8 cifras, ceros incluidos") << malo;
     for (const auto* malo : {"", "1234567", "123456789", "1234567x", "/1234567", ":1234567", " 2080051"}) {
         EXPECT_EQ(motivoSerie(malo), "el número de serie tiene 8 cifras, ceros incluidos") << malo;
     }
