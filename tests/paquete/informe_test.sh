@@ -35,6 +35,17 @@ abre() {
     [ "$abierto" = "$esperado" ] || fallar "se abrió $abierto, no $esperado"
     wait $! && estado=0 || estado=$?
 }
+# The same of the report and of a text that says what is not in it, whichever comes first.
+abreLosDos() {
+    local uno otro
+    rm "$carpeta/cache/telvane/informe.html"
+    sh "$raiz/packaging/escritorio/telvane-informe" &
+    read -r -t 60 -u 7 uno && read -r -t 60 -u 7 otro || fallar "no se abrieron los dos"
+    [ "$(printf '%s\n' "$uno" "$otro" | sort | xargs)" = \
+        "$carpeta/cache/telvane/informe.html $carpeta/cache/telvane/informe.txt" ] || fallar "se abrieron $uno y $otro"
+    wait $! || fallar "con un archivo que no entra: $?"
+    grep -q '02080077' "$carpeta/cache/telvane/informe.html"
+}
 
 abre informe.txt
 [ $estado -eq 1 ] || fallar "sin descargas: $estado"
@@ -58,6 +69,37 @@ abre informe.html
 [ $estado -eq 0 ] || fallar "desde el menú: $estado"
 grep -q '02080077' "$carpeta/cache/telvane/informe.html"
 [ -e "$carpeta/datos/telvane/historico.sqlite" ] || fallar "lo descargado no se incorporó"
+
+# The file that the window left last shows nothing: what is there is shown, and that it is not of that file.
+touch "$carpeta/datos/telvane/rota.rgt"
+touch -d '2019-11-20' "$carpeta/datos/telvane/02080077_20191120_170409.rgt"
+abreLosDos
+grep -q 'El archivo más nuevo, rota.rgt, no .*: el informe es de la estación 02080077' "$carpeta/cache/telvane/informe.txt"
+# The same of one that cannot even go in.
+: >"$carpeta/datos/telvane/rota.rgt"
+abreLosDos
+grep -q 'rota.rgt: el archivo base está vacío' "$carpeta/cache/telvane/informe.txt"
+grep -q 'El archivo más nuevo, rota.rgt, no .*: el informe es de la estación 02080077' "$carpeta/cache/telvane/informe.txt"
+
+# None of them can: the archive has what went in before.
+rm "$carpeta/datos/telvane/02080077_20191120_170409.rgt"
+abreLosDos
+
+# No files, but an archive.
+rm "$carpeta/datos/telvane/rota.rgt" "$carpeta/cache/telvane/informe.html"
+abre informe.html
+[ $estado -eq 0 ] || fallar "sin archivos: $estado"
+grep -q '02080077' "$carpeta/cache/telvane/informe.html"
+
+# Whatever a file is called.
+(
+    cd "$carpeta"
+    cp una.rgt ./--x.rgt
+    rm "$carpeta/cache/telvane/informe.html"
+    abre informe.html --x.rgt
+    [ $estado -eq 0 ] || fallar "con un nombre de guiones: $estado"
+)
+grep -q '02080077' "$carpeta/cache/telvane/informe.html"
 
 echo basura >"$carpeta/rota.rgt"
 abre informe.txt "$carpeta/rota.rgt"
