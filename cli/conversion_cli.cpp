@@ -5,12 +5,12 @@
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
+#include "data/archivo_base.h"
 
 namespace telvane {
 
 Convertido convertirImagen(Conversor& conversor, const TrabajoDeConversion& trabajo, std::size_t bytes) {
-    if (bytes == 0)
-        throw ErrorCli(CodigoSalida::fallo, "el archivo base está vacío: descárguelo de nuevo, o dé otro");
+    if (bytes == 0) throw ErrorCli(CodigoSalida::fallo, std::string(kBaseVacia));
     auto archivo =
         conversor.convertir(bytes, trabajo.formato, trabajo.perfil, trabajo.momento, trabajo.origen);
     auto aviso = archivo.recuento.texto();

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "data/estado_datos.h"
 #include "link/enlace.h"
@@ -34,6 +35,8 @@ class ArchivoBase {
     const Edicion& edicion_;
 };
 
+// What to tell of a base file without a byte.
+inline constexpr std::string_view kBaseVacia = "el archivo base está vacío: descárguelo de nuevo, o dé otro";
 // Where a memory image may be written: it is a new file, for a logger's bytes are never replaced unless
 // somebody asks for it.
 ReglaDestino reglaDeBase(bool reemplazar = false);

@@ -86,52 +86,52 @@ using E = const EstadoEstacion&;
 using D = const DatosDeEstacion&;
 constexpr std::array kMedidas = {
     Medida{.nombre = "muestras",
-           .ayuda = "Samples that count",
+           .ayuda = "Muestras que cuentan",
            .valor = [](E e, D) -> Valor { return resumenDe(e).muestras; }},
     Medida{.nombre = "imagenes",
-           .ayuda = "Memory images",
+           .ayuda = "Imágenes de la memoria",
            .valor = [](E e, D) -> Valor { return resumenDe(e).imagenes; }},
     Medida{.nombre = "huecos",
-           .ayuda = "Gaps among the stamps",
+           .ayuda = "Huecos entre las muestras",
            .valor = [](E e, D) -> Valor { return resumenDe(e).huecos; }},
     Medida{.nombre = "conflictos",
-           .ayuda = "Stamps in conflict",
+           .ayuda = "Horas con muestras en conflicto",
            .valor = [](E e, D) -> Valor { return resumenDe(e).conflictos; }},
     Medida{.nombre = "intervalo_minutos",
-           .ayuda = "Sampling interval of the newest image",
+           .ayuda = "Intervalo de muestreo de la imagen más nueva, en minutos",
            .valor = [](E, D d) -> Valor { return d.intervalo ? Valor(*d.intervalo) : Valor(); }},
     Medida{.nombre = "incorporada_segundos",
-           .ayuda = "When the last image was taken, seconds since 1970 UTC",
+           .ayuda = "Cuándo se incorporó la última imagen, en segundos desde 1970 UTC",
            .valor = [](E e, D) -> Valor { return resumenDe(e).incorporada.time_since_epoch().count(); }},
     Medida{.nombre = "desde_segundos",
-           .ayuda = "First stamp, local time of the logger as seconds since 1970",
+           .ayuda = "Primera muestra, en la hora del registrador, en segundos desde 1970",
            .valor = [](E e, D) { return segundosDe(resumenDe(e).desde); }},
     Medida{.nombre = "hasta_segundos",
-           .ayuda = "Last stamp, local time of the logger as seconds since 1970",
+           .ayuda = "Última muestra, en la hora del registrador, en segundos desde 1970",
            .valor = [](E e, D) { return segundosDe(resumenDe(e).hasta); }},
     Medida{.nombre = "desfase_segundos",
-           .ayuda = "Clock of the logger minus that of the machine that downloaded it last",
+           .ayuda = "Reloj del registrador menos el del equipo que lo descargó por última vez, en segundos",
            .valor = [](E e, D) { return desfaseDe(e.observada); }},
     Medida{.nombre = "memoria_libre_muestras",
-           .ayuda = "Places left in the memory of the newest whole image",
+           .ayuda = "Muestras que aún caben en la memoria, según su última imagen entera",
            .valor = [](E e, D d) -> Valor {
                const auto p = pronosticoDe(e.observada, d);
                return p ? Valor(p->libres) : Valor();
            }},
     Medida{.nombre = "memoria_plazo_segundos",
-           .ayuda = "How long the memory does without a download, from the last sample on",
+           .ayuda = "Cuánto aguanta la memoria sin una descarga desde la última muestra, en segundos",
            .valor = [](E e, D d) -> Valor {
                const auto p = pronosticoDe(e.observada, d);
                return p ? Valor(std::chrono::seconds(p->plazo).count()) : Valor();
            }},
     Medida{.nombre = "sin_copiar_imagenes",
-           .ayuda = "Images that the other archive lacks",
+           .ayuda = "Imágenes que le faltan al otro archivo histórico",
            .valor = [](E e, D) { return e.observada.sinCopiar; }},
 };
 
 // Of a station with a label more: which one.
 constexpr Medida kAviso = {
-    .nombre = "aviso", .ayuda = "Whether the station has this warning", .valor = nullptr};
+    .nombre = "aviso", .ayuda = "Si la estación tiene este aviso: 1 si lo tiene, 0 si no", .valor = nullptr};
 
 void encabezar(std::string& texto, std::string_view nombre, std::string_view ayuda) {
     texto +=
