@@ -50,6 +50,14 @@ inline constexpr Instante kUltimoMomento = std::chrono::local_days{std::chrono::
 using IdEstacion = std::int32_t;
 using Incorporada = std::chrono::sys_seconds;  // UTC
 
+// When an image came follows from nothing else. What somebody wrote in its place and is no moment of an
+// archive counts as the first of them, the one of nobody.
+inline constexpr Incorporada kPrimeraIncorporada{};
+inline constexpr Incorporada kUltimaIncorporada = std::chrono::sys_days{std::chrono::year{2100} / 1 / 1};
+constexpr Incorporada incorporadaDe(Incorporada dicha) {
+    return dicha >= kPrimeraIncorporada && dicha <= kUltimaIncorporada ? dicha : kPrimeraIncorporada;
+}
+
 // What is known of a station without looking at its samples.
 struct ResumenEstacion {
     std::optional<Huella> masNueva;  // its newest image
@@ -123,6 +131,9 @@ inline constexpr std::array<TablaConEstacion, 4> kTablasConEstacion = {{{"imagen
                                                                         {"muestras", "muestras"},
                                                                         {"testigos", "testigos"},
                                                                         {"descargas", "descargas"}}};
+
+inline constexpr std::array<TablaConEstacion, 2> kTablasConIncorporada = {
+    {{"estaciones", "estaciones"}, {"imagenes", "imágenes"}}};
 
 class Almacen {
    public:
@@ -207,12 +218,25 @@ class Almacen {
     virtual void reponer() {}
     // What belongs to no station, a line each.
     virtual std::vector<std::string> sinEstacion() = 0;
-    // Images of which what they hold is there, and nothing else is known.
-    virtual std::int64_t imagenesPerdidas(IdEstacion estacion) = 0;
+    // Images of which what they hold is there, packed, and nothing else is known.
+    std::int64_t imagenesPerdidas(IdEstacion estacion) {
+        return contarSinImagen("contenidos", "huella", estacion);
+    }
+    using Perdidas = std::vector<std::pair<Huella, std::vector<std::uint8_t>>>;
+    virtual Perdidas perdidas(IdEstacion estacion) = 0;
     // Votes of images that are not there.
-    virtual std::int64_t testigosPerdidos(IdEstacion estacion) = 0;
+    std::int64_t testigosPerdidos(IdEstacion estacion) {
+        return contarSinImagen("testigos", "imagen", estacion);
+    }
+    // In how many rows of a table the time of incorporation is none.
+    virtual std::int64_t contarSinMomento(std::string_view tabla) = 0;
     // What is wrong with the store itself, a line each.
     virtual std::vector<std::string> defectos() = 0;
+
+   private:
+    // Rows of the station whose image, named by the column, is not there.
+    virtual std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna,
+                                         IdEstacion estacion) = 0;
 };
 
 // Whatever ends it but confirmar leaves the store as it was.

@@ -42,8 +42,8 @@ std::optional<Instante> momentoEn(const ResultadoPostgres& r, int fila, int colu
     if (r.esNulo(fila, columna)) return std::nullopt;
     return instanteDeMicros(r.entero(fila, columna));
 }
-Incorporada incorporadaEn(const ResultadoPostgres& r, int fila, int columna) {
-    return Incorporada(instanteDeMicros(r.entero(fila, columna)).time_since_epoch());
+std::chrono::sys_seconds utcEn(const ResultadoPostgres& r, int fila, int columna) {
+    return std::chrono::sys_seconds(instanteDeMicros(r.entero(fila, columna)).time_since_epoch());
 }
 
 template <std::size_t N>
@@ -79,7 +79,7 @@ EstacionGuardada estacionEn(const ResultadoPostgres& r, int fila) {
     e.resumen.conflictos = r.entero(fila, 9);
     e.resumen.desde = momentoEn(r, fila, 10);
     e.resumen.hasta = momentoEn(r, fila, 11);
-    e.resumen.incorporada = incorporadaEn(r, fila, 12);
+    e.resumen.incorporada = incorporadaDe(utcEn(r, fila, 12));
     return e;
 }
 
@@ -89,7 +89,7 @@ FichaImagen fichaEn(const ResultadoPostgres& r, int fila) {
             .reloj = momentoEn(r, fila, 2),
             .desde = momentoEn(r, fila, 3),
             .hasta = momentoEn(r, fila, 4),
-            .incorporada = incorporadaEn(r, fila, 5),
+            .incorporada = incorporadaDe(utcEn(r, fila, 5)),
             .origen = r.texto(fila, 6),
             .muestras = r.entero(fila, 7),
             .retrocesos = r.entero(fila, 8),
@@ -97,7 +97,7 @@ FichaImagen fichaEn(const ResultadoPostgres& r, int fila) {
 }
 // From the column given on.
 FichaDescarga descargaEn(const ResultadoPostgres& r, int fila, int desde) {
-    FichaDescarga f{.descargada = incorporadaEn(r, fila, desde),
+    FichaDescarga f{.descargada = utcEn(r, fila, desde),
                     .puerto = r.entero(fila, desde + 1),
                     .dispositivo = r.texto(fila, desde + 2),
                     .desfase = {},
@@ -150,11 +150,14 @@ AlmacenPostgres::AlmacenPostgres(const std::string& url, bool crear, std::chrono
 }
 
 std::int64_t AlmacenPostgres::version() {
-    const auto hay = base_.consultar("SELECT 1::bigint FROM pg_catalog.pg_namespace WHERE nspname='telvane'");
-    if (hay.filas() == 0) return 0;
+    // A schema without anything in it is what whoever administers the server makes for somebody.
+    const auto hay = base_.consultar(
+        "SELECT EXISTS(SELECT 1 FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON "
+        "n.oid=c.relnamespace WHERE n.nspname='telvane'),to_regclass('telvane.esquema') IS NOT NULL");
+    if (!hay.logico(0, 0)) return kSinTablas;
+    if (!hay.logico(0, 1)) return kNoLoDice;
     const auto r = base_.consultar("SELECT version::bigint FROM telvane.esquema");
-    // One row says it; anything else is of nobody we know.
-    return r.filas() == 1 ? r.entero(0, 0) : -1;
+    return r.filas() == 1 && r.entero(0, 0) > 0 ? r.entero(0, 0) : kNoLoDice;
 }
 
 std::int64_t AlmacenPostgres::ponerAlDia() {
@@ -165,13 +168,16 @@ std::int64_t AlmacenPostgres::ponerAlDia() {
             fmt::format("SET LOCAL lock_timeout={}; SELECT pg_advisory_xact_lock(hashtext('telvane'))",
                         paciencia_.count()));
         if (const auto desde = version(); esVieja(desde)) {
-            if (desde == 0) {
+            if (desde == kSinTablas) {
+                if (base_.consultar("SELECT to_regnamespace('telvane') IS NULL").logico(0, 0))
+                    base_.ejecutar("CREATE SCHEMA telvane");
                 base_.ejecutar(std::string(esquema_postgres::kTablas));
                 base_.ejecutar(std::string(esquema_postgres::kVista));
                 base_.ejecutar("INSERT INTO telvane.esquema VALUES(1)");
             }
             const std::span pasos(esquema_postgres::kMigraciones);
-            for (const auto paso : pasos.subspan(static_cast<std::size_t>(desde == 0 ? 0 : desde - 1)))
+            for (const auto paso :
+                 pasos.subspan(static_cast<std::size_t>(desde == kSinTablas ? 0 : desde - 1)))
                 base_.ejecutar(std::string(paso));
             base_.ejecutar(fmt::format("UPDATE telvane.esquema SET version={}", esquema_postgres::kVersion));
         }
@@ -184,19 +190,27 @@ std::int64_t AlmacenPostgres::ponerAlDia() {
 }
 
 void AlmacenPostgres::exigirTablas(std::int64_t cual) const {
-    if (cual == esquema_postgres::kVersion) return;
-    if (cual == 0) {
+    constexpr auto kAhora = esquema_postgres::kVersion;
+    if (cual == kAhora) return;
+    if (cual == kSinTablas) {
         throw ErrorAlmacen(fmt::format(
             "{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
             nombre()));
     }
-    if (cual > 0 && cual < esquema_postgres::kVersion) {
+    if (cual == kNoLoDice) {
+        throw ErrorAlmacen(fmt::format(
+            "{}: no dice de qué versión es, en su tabla telvane.esquema: recupere su copia, o haga otro "
+            "archivo con los .rgt guardados",
+            nombre()));
+    }
+    if (cual < kAhora) {
         throw ErrorAlmacen(fmt::format(
             "{}: es de una versión anterior ({}): la pone al día el próximo incorporar", nombre(), cual));
     }
     throw ErrorAlmacen(
-        fmt::format("{}: es de otra versión que la de este programa ({}): actualice telvane-historico",
-                    nombre(), esquema_postgres::kVersion));
+        fmt::format("{}: es de una versión más nueva ({}) que la de este programa ({}): actualice "
+                    "telvane-historico",
+                    nombre(), cual, kAhora));
 }
 
 void AlmacenPostgres::empezar(Modo modo) {
@@ -561,15 +575,16 @@ void AlmacenPostgres::corregirEstacion(const EstacionGuardada& e) {
 }
 void AlmacenPostgres::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
     static const std::string kSql = fmt::format(
-        "UPDATE telvane.imagenes SET reloj={},desde={},hasta={},muestras=$6,retrocesos=$7 WHERE estacion=$1 "
-        "AND huella=$2",
+        "UPDATE telvane.imagenes SET reloj={},desde={},hasta={},muestras=$6,retrocesos=$7,"
+        "incorporada=to_timestamp($8::bigint) WHERE estacion=$1 AND huella=$2",
         sinZona(3), sinZona(4), sinZona(5));
     Parametros p;
     p.entero(estacion).bytes(f.huella);
     poner(p, f.reloj);
     poner(p, f.desde);
     poner(p, f.hasta);
-    base_.consultar(kSql, p.entero(f.muestras).entero(f.retrocesos));
+    base_.consultar(
+        kSql, p.entero(f.muestras).entero(f.retrocesos).entero(f.incorporada.time_since_epoch().count()));
 }
 
 // What the statements of the schema make, in their order.
@@ -585,7 +600,7 @@ std::vector<AlmacenPostgres::Parte> AlmacenPostgres::partes() {
         std::string nombre;
         palabras >> verbo >> clase >> nombre;
         if (nombre == "IF") palabras >> nombre >> nombre >> nombre;
-        if (verbo != "CREATE" || clase == "SCHEMA") continue;
+        if (verbo != "CREATE") continue;
         constexpr std::string_view kEsquema = "telvane.";
         if (nombre.starts_with(kEsquema)) nombre.erase(0, kEsquema.size());
         lista.push_back({clase, nombre.substr(0, nombre.find('(')), sentencia});
@@ -676,11 +691,23 @@ std::vector<std::string> AlmacenPostgres::sinEstacion() {
     return lista;
 }
 
-std::int64_t AlmacenPostgres::imagenesPerdidas(IdEstacion estacion) {
-    return contarSinImagen("contenidos", "huella", estacion);
+Almacen::Perdidas AlmacenPostgres::perdidas(IdEstacion estacion) {
+    const auto r = base_.consultar(
+        "SELECT huella,datos FROM telvane.contenidos c WHERE estacion=$1 AND NOT EXISTS (SELECT 1 FROM "
+        "telvane.imagenes i WHERE i.estacion=c.estacion AND i.huella=c.huella)",
+        Parametros().entero(estacion));
+    return deCadaFila(r, [&](int i) {
+        const auto datos = r.bytes(i, 1);
+        return std::pair(arregloEn<32>(r, i, 0), std::vector(datos.begin(), datos.end()));
+    });
 }
-std::int64_t AlmacenPostgres::testigosPerdidos(IdEstacion estacion) {
-    return contarSinImagen("testigos", "imagen", estacion);
+std::int64_t AlmacenPostgres::contarSinMomento(std::string_view tabla) {
+    return base_
+        .consultar(fmt::format("SELECT count(*) FROM telvane.{} WHERE incorporada NOT BETWEEN "
+                               "to_timestamp({}) AND to_timestamp({})",
+                               tabla, kPrimeraIncorporada.time_since_epoch().count(),
+                               kUltimaIncorporada.time_since_epoch().count()))
+        .entero(0, 0);
 }
 std::int64_t AlmacenPostgres::contarSinImagen(std::string_view tabla, std::string_view columna,
                                               IdEstacion estacion) {

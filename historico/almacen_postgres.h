@@ -57,13 +57,13 @@ class AlmacenPostgres final : public Almacen {
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
     std::vector<std::string> sinEstacion() override;
-    std::int64_t imagenesPerdidas(IdEstacion estacion) override;
-    std::int64_t testigosPerdidos(IdEstacion estacion) override;
+    Perdidas perdidas(IdEstacion estacion) override;
+    std::int64_t contarSinMomento(std::string_view tabla) override;
     std::vector<std::string> defectos() override;
 
    private:
-    // Rows of the station whose image is not there.
-    std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna, IdEstacion estacion);
+    std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna,
+                                 IdEstacion estacion) override;
     // A table, index or view, and how it is made.
     struct Parte {
         std::string clase;
@@ -73,7 +73,9 @@ class AlmacenPostgres final : public Almacen {
     static std::vector<Parte> partes();
     std::vector<Parte> partesPorReponer();
     bool vistaEsLaNuestra();
-    // 0: there are no tables yet; -1: what there is does not say.
+    static constexpr std::int64_t kSinTablas = 0;
+    static constexpr std::int64_t kNoLoDice = -1;
+    // Or one of these two.
     std::int64_t version();
     // Makes the tables, or of an older version's those of now.
     std::int64_t ponerAlDia();

@@ -83,7 +83,7 @@ EstacionGuardada estacionEn(const Sentencia& s) {
     e.resumen.conflictos = s.entero(8);
     e.resumen.desde = opcional(s, 9);
     e.resumen.hasta = opcional(s, 10);
-    e.resumen.incorporada = Incorporada(seconds(s.entero(11)));
+    e.resumen.incorporada = incorporadaDe(Incorporada(seconds(s.entero(11))));
     const auto cabecera = s.bytes(12);
     e.resumen.cabecera.assign(cabecera.begin(), cabecera.end());
     return e;
@@ -113,7 +113,7 @@ FichaImagen fichaEn(const Sentencia& s) {
             .reloj = opcional(s, 2),
             .desde = opcional(s, 3),
             .hasta = opcional(s, 4),
-            .incorporada = Incorporada(seconds(s.entero(5))),
+            .incorporada = incorporadaDe(Incorporada(seconds(s.entero(5)))),
             .origen = s.texto(6),
             .muestras = s.entero(7),
             .retrocesos = s.entero(8),
@@ -638,13 +638,14 @@ void AlmacenSqlite::corregirEstacion(const EstacionGuardada& e) {
 
 void AlmacenSqlite::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
     auto& s = sentencia(
-        "UPDATE imagenes SET reloj=?3,desde=?4,hasta=?5,muestras=?6,retrocesos=?7 WHERE estacion=?1 AND "
-        "huella=?2");
+        "UPDATE imagenes SET reloj=?3,desde=?4,hasta=?5,muestras=?6,retrocesos=?7,incorporada=?8 WHERE "
+        "estacion=?1 AND huella=?2");
     s.poner(1, estacion).poner(2, std::span(f.huella));
     ponerOpcional(s, 3, f.reloj);
     ponerOpcional(s, 4, f.desde);
     ponerOpcional(s, 5, f.hasta);
-    s.poner(6, f.muestras).poner(7, f.retrocesos).correr();
+    s.poner(6, f.muestras).poner(7, f.retrocesos);
+    s.poner(8, f.incorporada.time_since_epoch().count()).correr();
 }
 
 std::vector<AlmacenSqlite::Parte> AlmacenSqlite::partes() const {
@@ -706,11 +707,24 @@ std::vector<std::string> AlmacenSqlite::sinEstacion() {
     return lista;
 }
 
-std::int64_t AlmacenSqlite::imagenesPerdidas(IdEstacion estacion) {
-    return contarSinImagen("contenidos", "huella", estacion);
+Almacen::Perdidas AlmacenSqlite::perdidas(IdEstacion estacion) {
+    Perdidas lista;
+    auto& s = sentencia(
+        "SELECT huella,datos FROM contenidos c WHERE estacion=?1 AND NOT EXISTS (SELECT 1 FROM imagenes i "
+        "WHERE "
+        "i.estacion=c.estacion AND i.huella=c.huella)");
+    s.poner(1, estacion).correr([&] {
+        const auto datos = s.bytes(1);
+        lista.emplace_back(huellaEn(s, 0), std::vector(datos.begin(), datos.end()));
+    });
+    return lista;
 }
-std::int64_t AlmacenSqlite::testigosPerdidos(IdEstacion estacion) {
-    return contarSinImagen("testigos", "imagen", estacion);
+std::int64_t AlmacenSqlite::contarSinMomento(std::string_view tabla) {
+    return base_.numero(
+        fmt::format("SELECT count(*) FROM {} WHERE typeof(incorporada)<>'integer' OR incorporada NOT BETWEEN "
+                    "{} AND {}",
+                    tabla, kPrimeraIncorporada.time_since_epoch().count(),
+                    kUltimaIncorporada.time_since_epoch().count()));
 }
 std::int64_t AlmacenSqlite::contarSinImagen(std::string_view tabla, std::string_view columna,
                                             IdEstacion estacion) {

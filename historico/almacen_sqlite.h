@@ -74,13 +74,13 @@ class AlmacenSqlite final : public Almacen {
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
     std::vector<std::string> sinEstacion() override;
-    std::int64_t imagenesPerdidas(IdEstacion estacion) override;
-    std::int64_t testigosPerdidos(IdEstacion estacion) override;
+    Perdidas perdidas(IdEstacion estacion) override;
+    std::int64_t contarSinMomento(std::string_view tabla) override;
     std::vector<std::string> defectos() override;
 
    private:
-    // Rows of the station whose image is not there.
-    std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna, IdEstacion estacion);
+    std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna,
+                                 IdEstacion estacion) override;
     AlmacenSqlite(const std::filesystem::path& ruta, BaseSqlite::Acceso acceso, Opciones opciones);
 
     // A table, index or view, and how it is made.

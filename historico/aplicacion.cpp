@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include <fmt/format.h>
+
 #include "consola/codigos_salida.h"
 
 namespace telvane {
@@ -25,6 +27,21 @@ SalidaConsola ContextoHistorico::salida(const std::string& ruta, ReglaDestino re
 
 void ContextoHistorico::atender() const {
     if (entorno.senal != 0 || entorno.senalEnEspera()) interrumpir();
+}
+
+void Relato::decir(std::string_view texto) {
+    if (!motivo_.empty()) return;
+    try {
+        consola_.resultado(texto);
+    } catch (const ErrorCli& error) {
+        if (error.codigo() != CodigoSalida::fallo) throw;
+        motivo_ = error.what();
+    }
+}
+
+void Relato::terminar(std::string fallo, std::string_view remedio) const {
+    if (!motivo_.empty()) fallo += fmt::format("{}{}; {}", fallo.empty() ? "" : "; ", motivo_, remedio);
+    if (!fallo.empty()) throw ErrorCli(CodigoSalida::fallo, fallo);
 }
 
 void declararOrdenes(Argumentos& argumentos, ContextoHistorico& contexto) {

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "data/archivo_base.h"
 #include "historico/asimilacion.h"
 #include "historico/compresion.h"
 #include "historico/lectura.h"
@@ -64,6 +65,18 @@ void tomarNota(ResumenEstacion& resumen, const ImagenNueva& imagen,
     }
     ++resumen.imagenes;
     resumen.incorporada = std::max(resumen.incorporada, ficha.incorporada);
+}
+
+// Of an image whose row is lost, what it holds is the image: only when and from where it came is not known.
+void reponerPerdidas(Almacen& almacen, IdEstacion estacion) {
+    for (const auto& [huella, datos] : almacen.perdidas(estacion)) {
+        FichaImagen ficha;
+        ficha.huella = huella;
+        // What it says of itself is read once it is there. A length that is none shows then.
+        ficha.bytes = std::min(largoDe(datos), kBytesMemoria);
+        ficha.incorporada = kPrimeraIncorporada;
+        almacen.agregarImagen(estacion, ficha, {});
+    }
 }
 
 // In the order of the clocks that the images have, not of those that are kept beside them.
@@ -159,6 +172,7 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
         throw ErrorImagen(fmt::format(
             "mide más que una imagen de la memoria, {} bytes: no es un archivo base", kBytesMemoria));
     }
+    if (bytes.empty()) throw ErrorImagen(std::string(kBaseVacia));
     const auto serie = serieQueVale(bytes, destino.serie);
     const auto nombre = destino.como ? fmt::format("{}/{}", serie, *destino.como) : serie;
     const auto huella = huellaDe(bytes);
@@ -207,9 +221,7 @@ bool Archivo::rehacerUna(const std::string& nombre, const std::function<void()>&
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     auto estacion = almacen_.estacion(nombre);
     if (!estacion) return true;
-    // Their samples would go with what is derived, and nobody could say from where they came.
-    if (const auto perdidas = almacen_.imagenesPerdidas(estacion->id); perdidas > 0)
-        throw ErrorImagen(avisoDePerdidas(perdidas));
+    reponerPerdidas(almacen_, estacion->id);
     almacen_.vaciarDerivado(estacion->id);
     estacion->resumen = {};
     Imagenes imagenes(almacen_, estacion->id);
@@ -299,10 +311,8 @@ void Archivo::copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha
 }
 
 std::string avisoDePerdidas(std::int64_t cuantas) {
-    return fmt::format(
-        "de {} de sus imágenes queda el contenido y nada más: incorpore otra vez sus .rgt y repita "
-        "rehacer, o recupere su copia",
-        cuantas);
+    return fmt::format("de {} de sus imágenes queda el contenido y nada más: repóngalas con rehacer",
+                       cuantas);
 }
 
 ErrorImagen sinEstacion(const std::string& nombre) {

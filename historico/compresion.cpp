@@ -40,6 +40,11 @@ std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes, std::sp
     return datos;
 }
 
+std::size_t largoDe(std::span<const std::uint8_t> datos) {
+    const auto largo = ZSTD_getFrameContentSize(datos.data(), datos.size());
+    return largo == ZSTD_CONTENTSIZE_UNKNOWN || largo == ZSTD_CONTENTSIZE_ERROR ? 0 : largo;
+}
+
 Descompresor::Descompresor() : contexto_(ZSTD_createDCtx()) {
     if (!contexto_) throw std::bad_alloc();
 }

@@ -22,6 +22,9 @@ class ErrorCompresion : public std::runtime_error {
 std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes,
                                     std::span<const std::uint8_t> base = {});
 
+// How many bytes were packed, as what came of them says; 0 where it does not.
+std::size_t largoDe(std::span<const std::uint8_t> datos);
+
 // For one image after the other.
 class Descompresor {
    public:

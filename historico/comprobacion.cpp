@@ -62,7 +62,7 @@ void compararResumenes(const ResumenEstacion& hay, const ResumenEstacion& debe, 
     comparar("huecos", hay.huecos, debe.huecos);
     comparar("conflictos", hay.conflictos, debe.conflictos);
     const bool igual = hay.desde == debe.desde && hay.hasta == debe.hasta && hay.masNueva == debe.masNueva &&
-                       hay.cabecera == debe.cabecera;
+                       hay.cabecera == debe.cabecera && hay.incorporada == debe.incorporada;
     if (!igual) defectos.emplace_back("el resumen no es el de sus imágenes");
 }
 
@@ -105,6 +105,10 @@ std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function
     Lectura lectura(almacen_);
     defectos = almacen_.sinEstacion();
     std::ranges::move(almacen_.defectos(), std::back_inserter(defectos));
+    for (const auto& [tabla, que] : kTablasConIncorporada) {
+        if (const auto cuantas = almacen_.contarSinMomento(tabla); cuantas > 0)
+            defectos.push_back(fmt::format("{} cuya incorporada no es un momento: {}", que, cuantas));
+    }
     Archivo deNuevo(prueba);
     for (const auto& estacion : lectura.estaciones()) {
         const auto decir = [&](const Lineas& lineas) {

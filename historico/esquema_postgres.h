@@ -9,9 +9,9 @@
 
 namespace telvane::esquema_postgres {
 
-// Moments of the logger have no zone. A sample is kept as its bytes, which are also its order.
+// In their schema, which may have been made for whoever may make none. Moments of the logger have no zone. A
+// sample is kept as its bytes, which are also its order.
 inline constexpr std::string_view kTablas = R"(
-CREATE SCHEMA telvane;
 CREATE TABLE telvane.esquema(version integer NOT NULL);
 CREATE TABLE telvane.estaciones(
   id integer PRIMARY KEY,

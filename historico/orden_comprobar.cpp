@@ -1,7 +1,6 @@
 // telvane-historico comprobar
 #include <fmt/format.h>
 
-#include "consola/codigos_salida.h"
 #include "historico/almacen_sqlite.h"
 #include "historico/ordenes.h"
 
@@ -13,9 +12,11 @@ void comprobar(ContextoHistorico& contexto) {
     const auto almacen = contexto.abrir(Uso::leer);
     const auto prueba = AlmacenSqlite::temporal();
     const auto defectos = Archivo(*almacen).comprobar(*prueba, [&] { contexto.atender(); });
-    for (const auto& defecto : defectos) contexto.consola.resultado(defecto + "\n");
-    if (!defectos.empty()) throw ErrorCli(CodigoSalida::fallo, fmt::format("defectos: {}", defectos.size()));
-    contexto.consola.resultado("El archivo está entero.\n");
+    Relato relato(contexto.consola);
+    for (const auto& defecto : defectos) relato.decir(defecto + "\n");
+    if (defectos.empty()) relato.decir("El archivo está entero.\n");
+    relato.terminar(defectos.empty() ? "" : fmt::format("defectos: {}", defectos.size()),
+                    "abra la salida, por ejemplo con >archivo, y repita");
 }
 
 }  // namespace

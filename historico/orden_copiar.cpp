@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 
-#include "consola/codigos_salida.h"
 #include "historico/ordenes.h"
 
 namespace telvane {
@@ -23,14 +22,18 @@ bool hayQueCopiar(Almacen& origen, const std::optional<std::string>& cual) {
     return !lectura.estaciones().empty();
 }
 
-std::string copiadas(std::size_t cuantas) {
-    return fmt::format("Imágenes copiadas: {}\n", cuantas);
+// sinCopiar: of how many images it failed.
+void terminar(Consola& consola, std::size_t copiadas, std::size_t sinCopiar) {
+    Relato relato(consola);
+    relato.decir(fmt::format("Imágenes copiadas: {}\n", copiadas));
+    relato.terminar(sinCopiar == 0 ? "" : fmt::format("imágenes sin copiar: {}", sinCopiar),
+                    fmt::format("imágenes copiadas: {}, ya están en el otro archivo", copiadas));
 }
 
 void copiar(ContextoHistorico& contexto, const Opciones& opciones) {
     const auto origen = contexto.abrir(Uso::leer);
     if (!hayQueCopiar(*origen, opciones.estacion)) {
-        contexto.consola.resultado(copiadas(0));
+        terminar(contexto.consola, 0, 0);
         return;
     }
     const auto destino = abrirAlmacen(opciones.destino, Uso::incorporar, contexto.entorno.paciencia,
@@ -38,10 +41,7 @@ void copiar(ContextoHistorico& contexto, const Opciones& opciones) {
     Archivo suyo(*origen);
     const auto copia = Archivo(*destino).copiarDe(suyo, opciones.estacion, [&] { contexto.atender(); });
     for (const auto& fallo : copia.fallos) contexto.consola.aviso(fallo);
-    contexto.consola.resultado(copiadas(copia.copiadas));
-    if (!copia.fallos.empty()) {
-        throw ErrorCli(CodigoSalida::fallo, fmt::format("imágenes sin copiar: {}", copia.fallos.size()));
-    }
+    terminar(contexto.consola, copia.copiadas, copia.fallos.size());
 }
 
 }  // namespace

@@ -93,10 +93,20 @@ class Tanda {
         : contexto_(contexto),
           opciones_(opciones),
           almacen_(contexto.abrir(Uso::incorporar)),
-          archivo_(*almacen_) {}
+          archivo_(*almacen_),
+          relato_(contexto.consola) {}
 
-    // How many files failed; each was told.
-    std::size_t correr(const std::vector<std::string>& archivos) {
+    // Throws ErrorCli where a file failed, each of which was told, or could not be told of.
+    void correr(const std::vector<std::string>& archivos) {
+        const auto fallidos = todos(archivos);
+        relato_.terminar(
+            fallidos == 0 ? "" : fmt::format("{} de {} archivos sin incorporar", fallidos, archivos.size()),
+            "lo incorporado está dentro: véalo con telvane-historico imagenes");
+    }
+
+   private:
+    // How many failed.
+    std::size_t todos(const std::vector<std::string>& archivos) {
         Progreso progreso(contexto_.consola, contexto_.entorno.reloj, archivos.size(), {"archivos"});
         std::size_t fallidos = 0;
         for (std::size_t i = 0; i < archivos.size(); ++i) {
@@ -107,14 +117,13 @@ class Tanda {
         return fallidos;
     }
 
-   private:
     bool una(const std::string& archivo) {
         try {
             const auto bytes = leer(archivo);
             const auto hecha =
                 archivo_.incorporar(bytes, {opciones_.serie, opciones_.como},
                                     {archivo, contexto_.entorno.ahora(), fichaDe(archivo, bytes)});
-            contexto_.consola.resultado(opciones_.json ? objeto(archivo, hecha) : linea(archivo, hecha));
+            relato_.decir(opciones_.json ? objeto(archivo, hecha) : linea(archivo, hecha));
             if (hecha.parcial) {
                 contexto_.consola.aviso(fmt::format("{}: imagen parcial, {} bytes de {}",
                                                     sinControles(archivo), bytes.size(), kBytesMemoria));
@@ -157,15 +166,12 @@ class Tanda {
     const Opciones& opciones_;
     std::unique_ptr<Almacen> almacen_;
     Archivo archivo_;
+    Relato relato_;
 };
 
 void incorporar(ContextoHistorico& contexto, const Opciones& opciones) {
     const auto archivos = expandir(opciones.archivos);
-    const auto fallidos = Tanda(contexto, opciones).correr(archivos);
-    if (fallidos > 0) {
-        throw ErrorCli(CodigoSalida::fallo,
-                       fmt::format("{} de {} archivos sin incorporar", fallidos, archivos.size()));
-    }
+    Tanda(contexto, opciones).correr(archivos);
     if (archivos.empty()) contexto.consola.aviso("no hay archivos .rgt que incorporar");
 }
 
@@ -181,7 +187,7 @@ void declararIncorporar(Argumentos& argumentos, ContextoHistorico& contexto) {
     orden.opcion(opciones->serie, {.nombre = "--serie",
                                    .valor = "CIFRAS",
                                    .ayuda = "Número de serie, 8 cifras, de una imagen que no lo lleva",
-                                   .comprobar = motivoSerie});
+                                   .comprobar = motivoSerieMostrada});
     orden.opcion(opciones->como, {.nombre = "--como",
                                   .valor = "NOMBRE",
                                   .ayuda = "Otro registrador con el mismo número: la estación SERIE/NOMBRE",

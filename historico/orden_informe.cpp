@@ -147,6 +147,9 @@ Contado contarImagen(const Opciones& opciones, const Periodo& periodo) {
         throw ErrorCli(CodigoSalida::fallo, fmt::format("{}: es más largo que una imagen de memoria",
                                                         nombreVisible(*opciones.imagen)));
     }
+    if (bytes.empty())
+        throw ErrorCli(CodigoSalida::fallo,
+                       fmt::format("{}: {}", nombreVisible(*opciones.imagen), kBaseVacia));
     const auto ranuras = ranurasDe(bytes);
     const auto filas = filasDe(ranuras);
     const auto plazo = cerrar(periodo, filas.empty() ? std::nullopt : std::optional(filas.front().instante),

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "calidad/limites_por_estacion.h"
 #include "consola/aplicacion_consola.h"
@@ -43,6 +44,21 @@ struct ContextoHistorico {
                                 const std::optional<std::string>& limites = {});
     // The signals that came meanwhile, between two steps of a long work. Throws ErrorCli (interrumpido).
     void atender() const;
+};
+
+// What a work tells as it goes. The work comes first: once nobody takes what it tells, it goes on in silence.
+class Relato {
+   public:
+    explicit Relato(Consola& consola) : consola_(consola) {}
+    // Throws ErrorCli (interrumpido).
+    void decir(std::string_view texto);
+    // fallo: what went wrong with the work itself; empty: nothing. remedio: what to do about what was not
+    // told. Throws ErrorCli (fallo) where there is something of either kind.
+    void terminar(std::string fallo, std::string_view remedio) const;
+
+   private:
+    Consola& consola_;
+    std::string motivo_;  // why not
 };
 
 // The limits of the quality marks: of the file that was asked for, or of the one beside the archive where

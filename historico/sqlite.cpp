@@ -86,8 +86,13 @@ std::string BaseSqlite::motivo(int codigo) const {
         case SQLITE_NOTADB:
             return "no es un archivo histórico de Telvane: nombre otro";
         case SQLITE_ERROR:
-            // Our own statements are right where all the tables are.
-            return "le falta una parte: vea telvane-historico comprobar";
+            // Our own statements are right where all of it is there.
+            return std::string_view(sqlite3_errmsg(base_)).find("column") == std::string_view::npos
+                       ? "le falta una parte: vea telvane-historico comprobar"
+                       : fmt::format(
+                             "a una tabla le falta una columna: recupere su copia, o haga otro archivo "
+                             "con los .rgt guardados ({})",
+                             sqlite3_errmsg(base_));
         case SQLITE_CORRUPT:
             return "está dañado: recupere su copia, o haga otro archivo con los .rgt guardados";
         default:

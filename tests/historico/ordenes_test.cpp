@@ -33,6 +33,10 @@ class Ordenes : public testing::Test {
 
     Resultado correr(std::vector<std::string> argumentos) {
         const int salida = ::memfd_create("salida", MFD_CLOEXEC);
+        const auto [codigo, errores] = correrEn(salida, std::move(argumentos));
+        return {codigo, leer(salida), errores};
+    }
+    std::pair<int, std::string> correrEn(int salida, std::vector<std::string> argumentos) {
         const int errores = ::memfd_create("errores", MFD_CLOEXEC);
         EntornoHistorico entorno{
             {.bucle = bucle,
@@ -45,7 +49,7 @@ class Ordenes : public testing::Test {
         entorno.senalEnEspera = senalEnEspera;
         if (argumentos.front() != "--en") argumentos.insert(argumentos.begin(), {"--en", archivo()});
         const int codigo = correrHistorico(argumentos, entorno);
-        return {codigo, leer(salida), leer(errores)};
+        return {codigo, leer(errores)};
     }
     std::string archivo() const { return carpeta / "h.sqlite"; }
     std::string guardar(const std::string& nombre, const std::vector<std::uint8_t>& bytes) {
@@ -97,6 +101,32 @@ TEST_F(Ordenes, AFileLongerThanAnImageIsRefused) {
     auto larga = ImagenPrueba().bytes();
     larga.push_back(0);
     EXPECT_EQ(correr({"incorporar", guardar("l.rgt", larga)}).codigo, 1);
+}
+
+TEST_F(Ordenes, ANumberWithNibblesAboveNineIsRepeatedAsItIsShown) {
+    const auto base = guardar("n.rgt", ImagenPrueba("02080:5?").serie(0, 0, 50).bytes());
+    for (const auto* cual : {"02080:5?", "02080A5F"}) {
+        const bool mostrado = std::string_view(cual) == "02080:5?";
+        EXPECT_EQ(correr({"incorporar", base, "--serie", cual}).codigo, mostrado ? 0 : 2) << cual;
+    }
+    EXPECT_THAT(correr({"incorporar", base, "--serie", "02080:50"}).errores,
+                HasSubstr("la imagen es del registrador 02080:5?, no del 02080:50: quite --serie"));
+    EXPECT_THAT(correr({"estado"}).salida, HasSubstr("Estación 02080:5?\n"));
+    EXPECT_EQ(correr({"exportar", "-", "--estacion", "02080:5?"}).codigo, 0);
+}
+
+TEST_F(Ordenes, AnEmptyFileIsNoImageWhateverNumberItIsGiven) {
+    const auto vacio = guardar("v.rgt", {});
+    auto borrada = ImagenPrueba().serie(0, 0, 50).bytes();
+    std::fill_n(borrada.begin(), 4, std::uint8_t{0xFF});
+    const auto sinNumero = guardar("s.rgt", borrada);
+    const auto r = correr({"incorporar", vacio, sinNumero, "--serie", "02080050"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores, HasSubstr("v.rgt: el archivo base está vacío: descárguelo de nuevo, o dé otro\n"));
+    EXPECT_THAT(r.errores, HasSubstr("1 de 2 archivos sin incorporar"));
+    EXPECT_EQ(r.salida, sinNumero + ": estación 02080050, 50 muestras, 50 nuevas, 0 en conflicto\n");
+    EXPECT_THAT(correr({"informe", carpeta / "i.html", "--imagen", vacio}).errores,
+                HasSubstr("el archivo base está vacío"));
 }
 
 TEST_F(Ordenes, SilenceEndsWithOneAndTellsTheStation) {
@@ -159,6 +189,20 @@ TEST_F(Ordenes, WarningsAreToldToPeopleAndProgramsAndEndWithOneWhereAskedFor) {
     std::istringstream lineas(r.salida);
     for (std::string linea; std::getline(lineas, linea);)
         EXPECT_TRUE(std::regex_match(linea, kLinea)) << linea;
+}
+
+TEST_F(Ordenes, WhatANodeExporterIsToldIsExplainedInSpanish) {
+    correr({"incorporar", imagen()});
+    std::istringstream lineas(correr({"estado", "--prometheus", "-"}).salida);
+    const std::regex ingles("\\b(the|of|that|when|how|which|images|samples|last|first|station)\\b",
+                            std::regex::icase);
+    std::size_t explicadas = 0;
+    for (std::string linea; std::getline(lineas, linea);) {
+        if (!linea.starts_with("# HELP ")) continue;
+        EXPECT_FALSE(std::regex_search(linea, ingles)) << linea;
+        ++explicadas;
+    }
+    EXPECT_EQ(explicadas, 13U);
 }
 
 TEST_F(Ordenes, AStationThatIsWellEndsWithZero) {
@@ -454,12 +498,26 @@ TEST_F(Ordenes, WhateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
     ASSERT_EQ(correr({"incorporar", a, b}).codigo, 0);
     ASSERT_EQ(correr({"comprobar"}).codigo, 0);
     for (const std::string cambio :
-         {"UPDATE testigos SET ranura=ranura+1", "DELETE FROM testigos", "DROP TABLE testigos",
-          "DROP TABLE muestras", "DROP VIEW lecturas", "DROP INDEX imagenes_parciales",
+         {"UPDATE testigos SET ranura=ranura+1",
+          "DELETE FROM testigos",
+          "DROP TABLE testigos",
+          "DROP TABLE muestras",
+          "DROP VIEW lecturas",
+          "DROP INDEX imagenes_parciales",
           "DROP VIEW lecturas; CREATE VIEW lecturas AS SELECT 1 AS hora",
-          "UPDATE estaciones SET evaporacion=1-evaporacion", "UPDATE estaciones SET serie='12345678'",
-          "UPDATE imagenes SET retrocesos=7", "UPDATE imagenes SET muestras=7", "UPDATE imagenes SET reloj=7",
-          "UPDATE imagenes SET contenida=1", "UPDATE estaciones SET huecos=7",
+          "UPDATE estaciones SET evaporacion=1-evaporacion",
+          "UPDATE estaciones SET serie='12345678'",
+          "UPDATE imagenes SET retrocesos=7",
+          "UPDATE imagenes SET muestras=7",
+          "UPDATE imagenes SET reloj=7",
+          "UPDATE imagenes SET contenida=1",
+          "UPDATE estaciones SET huecos=7",
+          "UPDATE estaciones SET incorporada=7",
+          "UPDATE estaciones SET incorporada='basura'",
+          "UPDATE imagenes SET incorporada=7",
+          "UPDATE imagenes SET incorporada='basura'",
+          "UPDATE imagenes SET incorporada=-1; UPDATE estaciones SET incorporada=-1",
+          "UPDATE imagenes SET incorporada=1e18; UPDATE estaciones SET incorporada=1e18",
           "INSERT INTO muestras SELECT "
           "9,hora,auxiliar1,humedad,temperatura,viento,velocidad,radiacion,presion,"
           "lluvia,libre,auxiliar2,evaporacion,resto,cuenta FROM muestras"}) {
@@ -480,19 +538,25 @@ TEST_F(Ordenes, WhateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
 // What the samples came from may be lost; they themselves are not thrown after it.
 TEST_F(Ordenes, ImagesOfWhichOnlyTheContentsAreLeftAreToldAndComeBack) {
     const auto base = imagen();
-    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    const auto corta = guardar("b.rgt", ImagenPrueba().serie(0, 0, 60).bytes(10'000));
+    ASSERT_EQ(correr({"incorporar", base, corta}).codigo, 0);
     const auto antes = correr({"exportar", "-", "--estacion", "02080050"}).salida;
     sql("DELETE FROM imagenes");
-    auto r = correr({"comprobar"});
+    const auto r = correr({"comprobar"});
     EXPECT_EQ(r.codigo, 1);
-    EXPECT_THAT(r.salida, HasSubstr("de 1 de sus imágenes queda el contenido y nada más"));
-    r = correr({"rehacer"});
-    EXPECT_EQ(r.codigo, 1);
-    EXPECT_THAT(r.errores, HasSubstr("incorpore otra vez sus .rgt"));
-    EXPECT_EQ(correr({"incorporar", base}).codigo, 0);
+    EXPECT_THAT(r.salida, HasSubstr("de 2 de sus imágenes queda el contenido y nada más"));
     EXPECT_EQ(correr({"rehacer"}).codigo, 0);
     EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
     EXPECT_EQ(correr({"exportar", "-", "--estacion", "02080050"}).salida, antes);
+    // When it came is known to nobody any more.
+    EXPECT_THAT(correr({"imagenes"}).salida, HasSubstr("incorporada 1970-01-01T00:00:00Z"));
+    EXPECT_THAT(correr({"incorporar", base}).salida, HasSubstr("50 muestras, 0 nuevas"));
+
+    // What is lost for good takes no sample along.
+    sql("DELETE FROM imagenes; UPDATE contenidos SET datos=zeroblob(100) WHERE base IS NULL");
+    EXPECT_THAT(correr({"rehacer"}).errores,
+                HasSubstr("está dañada en el archivo: no se puede descomprimir"));
+    EXPECT_THAT(correr({"estado"}).salida, HasSubstr("Muestras:    60"));
 }
 
 TEST_F(Ordenes, VotesOfAnImageThatIsNotThereAreTold) {
@@ -517,6 +581,36 @@ TEST_F(Ordenes, RehacerTellsAStationThatDoesNotBearItsName) {
     EXPECT_EQ(r.codigo, 1);
     EXPECT_THAT(r.errores, HasSubstr("estación 12345678: su nombre no es el de su número de serie"));
     EXPECT_THAT(correr({"estado"}).salida, HasSubstr("Muestras:    50")) << "it is made anew all the same";
+}
+
+// The work is what was asked for; that nobody hears of it is told once it is done.
+TEST_F(Ordenes, WhoCannotTellItsWorkDoesItAllTheSame) {
+    const auto a = imagen();
+    const auto b = guardar("b.rgt", ImagenPrueba().serie(0, 0, 60).bytes());
+    const auto c = guardar("c.rgt", ImagenPrueba().serie(0, 0, 70).bytes());
+    const int llena = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    constexpr int kCerrada = -1;
+    for (const int salida : {llena, kCerrada}) {
+        auto [codigo, errores] = correrEn(salida, {"incorporar", a, carpeta / "no.rgt", b, c});
+        EXPECT_EQ(codigo, 1);
+        EXPECT_THAT(errores, HasSubstr("1 de 4 archivos sin incorporar; no se pudo escribir en la salida: "));
+        EXPECT_THAT(errores,
+                    HasSubstr("; lo incorporado está dentro: véalo con telvane-historico imagenes\n"));
+        EXPECT_THAT(correr({"estado"}).salida, HasSubstr("Muestras:    70"));
+
+        const auto otro = (carpeta / ("otro" + std::to_string(salida))).string();
+        std::tie(codigo, errores) = correrEn(salida, {"copiar", "--a", otro});
+        EXPECT_EQ(codigo, 1);
+        EXPECT_THAT(errores, HasSubstr("; imágenes copiadas: 3, ya están en el otro archivo"));
+        EXPECT_THAT(correr({"--en", otro, "estado"}).salida, HasSubstr("Imágenes:    3"));
+
+        std::tie(codigo, errores) = correrEn(salida, {"comprobar"});
+        EXPECT_EQ(codigo, 1);
+        EXPECT_THAT(errores, HasSubstr("; abra la salida, por ejemplo con >archivo, y repita"));
+        EXPECT_EQ(correrEn(salida, {"rehacer"}).first, 0) << "it has nothing to tell";
+        std::filesystem::remove(archivo());
+    }
+    ::close(llena);
 }
 
 TEST_F(Ordenes, ATruncatedArchiveIsToldAndLeftAsItIs) {

@@ -154,7 +154,12 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
           "e.id=m.estacion",
           "ALTER VIEW telvane.lecturas RENAME COLUMN hora TO cuando", "DROP INDEX telvane.imagenes_parciales",
           "INSERT INTO telvane.muestras SELECT 9,hora,registro,cuenta FROM telvane.muestras",
-          "INSERT INTO telvane.testigos VALUES(9,'2025-03-01','x',1,'y')"}) {
+          "INSERT INTO telvane.testigos VALUES(9,'2025-03-01','x',1,'y')",
+          "UPDATE telvane.estaciones SET incorporada='2020-01-01'",
+          "UPDATE telvane.imagenes SET incorporada='2020-01-01'",
+          "UPDATE telvane.imagenes SET incorporada='infinity'; UPDATE telvane.estaciones SET "
+          "incorporada='infinity'",
+          "UPDATE telvane.imagenes SET incorporada='4000-01-01 BC'"}) {
         servidor.ejecutar("partes", "SET client_min_messages=error; " + cambio);
         EXPECT_THAT(defectos(), testing::Not(testing::IsEmpty())) << cambio;
         EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty()) << cambio;
@@ -163,10 +168,9 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
     }
     servidor.ejecutar("partes", "DELETE FROM telvane.imagenes");
     EXPECT_THAT(defectos(), testing::Contains(HasSubstr("de 1 de sus imágenes queda el contenido")));
-    EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::Contains(HasSubstr("queda el contenido")));
-    EXPECT_EQ(incorporar(almacen, 10).muestras, 10);
     EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty());
     EXPECT_THAT(defectos(), testing::IsEmpty());
+    EXPECT_EQ(retrato(almacen), antes);
 
     servidor.ejecutar("partes", "DELETE FROM telvane.estaciones");
     EXPECT_THAT(Archivo(almacen).rehacer([] {}),
@@ -174,6 +178,47 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
     servidor.ejecutar("partes", "DROP TABLE telvane.contenidos");
     EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }),
                 HasSubstr("falta contenidos, que de las imágenes no se obtiene"));
+}
+
+TEST(Servidor, PostgresqlThatLacksATableIsToldInSpanishWithWhatToDo) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto estropeada = [&](const std::string& cambio) {
+        const auto url = servidor.baseVacia("rota");
+        incorporar(*std::make_unique<AlmacenPostgres>(url, true, std::chrono::seconds(1)), 10);
+        servidor.ejecutar("rota", "SET client_min_messages=error; " + cambio);
+        return motivoDe([&] {
+            AlmacenPostgres almacen(url, true, std::chrono::seconds(1));
+            incorporar(almacen, 20);
+        });
+    };
+    for (const std::string tabla : {"muestras", "imagenes", "estaciones", "contenidos"}) {
+        const auto motivo = estropeada("DROP TABLE telvane." + tabla + " CASCADE");
+        EXPECT_THAT(motivo, HasSubstr("le falta una parte: vea telvane-historico comprobar")) << tabla;
+    }
+    EXPECT_THAT(estropeada("ALTER TABLE telvane.imagenes DROP COLUMN retrocesos"),
+                HasSubstr("a una tabla le falta una columna: recupere su copia"));
+    for (const std::string cambio :
+         {"DELETE FROM telvane.esquema", "DROP TABLE telvane.esquema", "UPDATE telvane.esquema SET version=0",
+          "INSERT INTO telvane.esquema VALUES(1)"})
+        EXPECT_THAT(estropeada(cambio), HasSubstr("no dice de qué versión es")) << cambio;
+    EXPECT_THAT(estropeada("UPDATE telvane.esquema SET version=99"),
+                HasSubstr("es de una versión más nueva (99) que la de este programa"));
+}
+
+// Whoever may make no schema is given one.
+TEST(Servidor, PostgresqlWithAnEmptySchemaIsNoArchiveYet) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("ajena");
+    servidor.ejecutar(
+        "ajena",
+        "REVOKE CREATE ON DATABASE ajena FROM PUBLIC; CREATE ROLE archivera LOGIN; CREATE SCHEMA "
+        "telvane AUTHORIZATION archivera");
+    const auto suya = servidor.url("ajena", "archivera");
+    EXPECT_THAT(motivoDe([&] { AlmacenPostgres(suya, false, std::chrono::seconds(1)); }),
+                HasSubstr("no hay archivo histórico todavía"));
+    AlmacenPostgres almacen(suya, true, std::chrono::seconds(1));
+    EXPECT_EQ(incorporar(almacen, 10).nuevas, 10);
+    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
 }
 
 TEST(Servidor, PostgresqlWhoseTableLacksAStationsPartIsTold) {

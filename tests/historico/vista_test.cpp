@@ -55,6 +55,14 @@ void comparar(const Fila& fila, Columna&& columna) {
         ASSERT_EQ(std::stod(columna(static_cast<int>(i))), valores[i]) << "column " << i;
     }
     ASSERT_EQ(columna(9), columnas::nombreViento(m.crudoDirViento));
+    // By its degrees a reader leaves out the bytes that have no direction, as the report does.
+    const auto grados = std::stod(columna(2));
+    const bool conRumbo = grados > 0 && grados <= 360;
+    ASSERT_EQ(conRumbo, m.crudoDirViento >= 1 && m.crudoDirViento <= 160);
+    constexpr double kRedondeo = 0.051;
+    if (conRumbo) {
+        ASSERT_NEAR(std::stod(columna(8)), (160 - m.crudoDirViento) * 2.25, kRedondeo);
+    }
     ASSERT_EQ(columna(10), "02080050");
 }
 
