@@ -428,12 +428,13 @@ void AlmacenPostgres::marcarContenida(IdEstacion estacion, const Huella& huella,
 }
 
 void AlmacenPostgres::filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) {
-    // Page by page, each from the key where the one before it ended.
+    // Page by page, each from the key where the one before it ended. Column by column: a comparison of rows
+    // is none that a server sends on to where a foreign partition is, and it would fetch all up to here anew.
     constexpr int kPorPagina = 5000;
     static const std::string kSql = fmt::format(
-        "SELECT hora,registro,cuenta FROM telvane.muestras WHERE estacion=$1 AND (hora,registro)>({},$3) AND "
-        "hora<={} "
-        "ORDER BY hora,registro LIMIT {}",
+        "SELECT hora,registro,cuenta FROM telvane.muestras WHERE estacion=$1 AND hora BETWEEN {0} AND {1} "
+        "AND "
+        "(hora>{0} OR registro>$3) ORDER BY hora,registro LIMIT {2}",
         sinZona(2), sinZona(4), kPorPagina);
     Instante ultimo = desde;
     BytesMuestra registro{};

@@ -27,6 +27,9 @@ class ServidorPostgres {
     void ejecutar(const std::string& base, const std::string& sql);
     std::string url(const std::string& base, const std::string& usuario = "telvane") const;
 
+    // Where its socket is.
+    std::string carpeta() const { return carpeta_.ruta().string(); }
+
     // Whether a statement waits for a lock there.
     bool alguienEspera(const std::string& base);
 
