@@ -5,10 +5,13 @@
 // - A value marked `rango` enters no extreme, mean or sum; how many is counted. `salto` and `fijo` enter.
 // - Of equal extremes the first one counts.
 // - Wind has a direction from 1.8 km/h on (0.5 m/s, WMO-No. 8, Volume I, chapter 5); below it is calm.
-// - The mean direction is that of the mean wind vector (WMO-No. 8, Volume I, chapter 5): each direction
-// weighs as
-//   much as its wind. The prevailing one is the sector with most samples; of equal ones the first from north
-//   to east.
+// - What counts samples counts all of them: the rose, the calms and the prevailing sector, which is the one
+// with
+//   most samples; of equal ones the first from north to east. A speed marked `rango` stands where it says.
+// - What weighs them does not: the mean direction is that of the mean wind vector (WMO-No. 8, Volume I,
+// chapter
+//   5), where each direction weighs as much as its wind, and one whose speed is marked `rango` nothing.
+// - A stamp is expected once, and is there once, however many records of it count.
 // - A month's mean is incomplete when more than 3 of its days in a row, or more than 5 in all, have no value
 //   (WMO-No. 1203, Guidelines on the Calculation of Climate Normals).
 #pragma once
@@ -93,7 +96,7 @@ struct Cuentas {
     void agregar(const Juzgada& juzgada, bool primeraDelSello);
     void agregar(const Cuentas& otras);
 
-    std::uint32_t esperadas() const { return muestras + faltan; }
+    std::uint32_t esperadas() const { return sellos + faltan; }
     bool conAgujeros(Canal canal) const { return faltan > 0 || (*this)[canal].fueraDeRango() > 0; }
     // In the channel's unit.
     std::optional<double> media(Canal canal) const;

@@ -58,6 +58,8 @@ std::int64_t Escala::lugar(std::int64_t valor, std::int64_t alto) const {
 }
 
 Escala escalaPara(std::int64_t minimo, std::int64_t maximo) {
+    // What never moves runs through the middle.
+    if (minimo == maximo && minimo != 0) return {.desde = minimo - 1, .hasta = minimo + 1, .paso = 1};
     constexpr std::array<std::int64_t, 3> kPasos = {1, 2, 5};
     for (std::int64_t potencia = 1;; potencia *= 10) {
         for (const auto uno : kPasos) {

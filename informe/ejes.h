@@ -19,7 +19,7 @@ struct Escala {
     std::int64_t lugar(std::int64_t valor, std::int64_t alto) const;
     int divisiones() const { return static_cast<int>((hasta - desde) / paso); }
 };
-// Holds both values; two to five divisions of 1, 2 or 5.
+// Holds both values; two to five divisions of 1, 2 or 5. A single value but 0 in its middle.
 Escala escalaPara(std::int64_t minimo, std::int64_t maximo);
 
 struct MarcaDeTiempo {

@@ -133,6 +133,7 @@ function ajustarTodos(nuevo) {
   ajustando = true;
   rango = nuevo.slice();
   graficos.forEach(function (o) { var r = o.g.xAxisRange(); if (r[0] !== rango[0] || r[1] !== rango[1]) o.g.updateOptions({ dateWindow: rango.slice() }); });
+  topes.forEach(mostrarTope);
   ajustando = false;
 }
 
@@ -162,9 +163,11 @@ function crear(id) {
     plugins: [{ activate: function () { return { didDrawChart: function (ev) { dibujarMarcas(ev.drawingContext, ev.dygraph, c); } }; }, toString: function () { return 'marcas'; }, destroy: function () {} }]
   };
   if (c.puntos) { o.drawPoints = true; o.strokeWidth = 0; o.pointSize = 1.4; o.valueRange = [-5, 365]; o.axes.y.ticker = function () { return [0, 90, 180, 270, 360].map(function (v) { return { v: v, label: 'NESON'[v / 90] }; }); }; }
-  if (c.barras) { o.series = { barras: { plotter: barras(c) }, total: { axis: 'y2', strokeWidth: 1.4 } }; o.includeZero = true; }
+  // What never moves runs through the middle, as in the drawings.
   if (id === 'viento' || id === 'radiacion') o.includeZero = true;
-  if (ultimo) { o.showRangeSelector = true; o.rangeSelectorHeight = 44; o.rangeSelectorPlotStrokeColor = suave; o.rangeSelectorPlotFillColor = suave; o.rangeSelectorForegroundStrokeColor = suave; o.rangeSelectorBackgroundStrokeColor = suave; o.rangeSelectorAlpha = 0.75; }
+  else if (c.x && c.x.length) { var bajo = Math.min.apply(null, c.a), alto = Math.max.apply(null, c.b); if (bajo === alto && bajo) o.valueRange = [(bajo - 1) / Math.pow(10, c.d), (bajo + 1) / Math.pow(10, c.d)]; }
+  if (c.barras) { o.series = { barras: { plotter: barras(c) }, total: { axis: 'y2', strokeWidth: 1.4 } }; o.includeZero = true; }
+  if (ultimo) { o.showRangeSelector = true; o.rangeSelectorHeight = 44; o.rangeSelectorPlotStrokeColor = suave; o.rangeSelectorPlotFillColor = o.rangeSelectorPlotFillGradientColor = color('--vacio'); o.rangeSelectorForegroundStrokeColor = suave; o.rangeSelectorBackgroundStrokeColor = suave; o.rangeSelectorAlpha = 0.75; }
   try {
     graficos.push({ g: new Dygraph(div, c.filas, o), id: id, div: div });
   } catch (e) {
@@ -178,8 +181,33 @@ function mover(escala, corre) {
   ancho = Math.max(ancho, Math.min(6 * paso, fin - desde));
   a = Math.max(desde, Math.min(fin - ancho, a));
   ajustarTodos([a, a + ancho]);
-  aviso.textContent = momento(a) + ' a ' + momento(a + ancho);
+  decirRango();
 }
+
+// What the handles below the last chart do with the mouse, each for itself: where the charts begin and end.
+var topes = [];
+function mostrarTope(tope, cual) {
+  tope.value = Math.round((rango[cual] - desde) / paso);
+  tope.setAttribute('aria-valuetext', momento(rango[cual]));
+}
+function crearTope(nombre, cual) {
+  var rotulo = document.createElement('label'), tope = document.createElement('input');
+  tope.type = 'range'; tope.min = 0; tope.max = d.columnas; tope.step = 1;
+  tope.addEventListener('input', function () {
+    var nuevo = rango.slice(), hueco = Math.min(6, d.columnas), v = +tope.value;
+    v = cual ? Math.max(v, hueco) : Math.min(v, d.columnas - hueco);
+    nuevo[cual] = desde + v * paso;
+    // It pushes the other one before it.
+    if (cual) nuevo[0] = Math.min(nuevo[0], nuevo[1] - hueco * paso); else nuevo[1] = Math.max(nuevo[1], nuevo[0] + hueco * paso);
+    ajustarTodos(nuevo);
+    decirRango();
+  });
+  rotulo.appendChild(document.createTextNode(nombre)); rotulo.appendChild(tope);
+  topes.push(tope);
+  mostrarTope(tope, cual);
+  return rotulo;
+}
+function decirRango() { aviso.textContent = momento(rango[0]) + ' a ' + momento(rango[1]); }
 
 var aviso = document.createElement('span');
 function mandos() {
@@ -191,6 +219,7 @@ function mandos() {
     b.addEventListener('click', function () { mover(m[1], m[2]); });
     lugar.appendChild(b);
   });
+  lugar.appendChild(crearTope('Desde', 0)); lugar.appendChild(crearTope('Hasta', 1));
   aviso.setAttribute('role', 'status'); aviso.className = 'lectura'; lugar.appendChild(aviso);
 }
 

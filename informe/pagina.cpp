@@ -71,6 +71,7 @@ void ficha(std::string& html, std::string_view clase, std::string_view nombre, c
 std::string deHasta(const Cuentas& c, Canal canal) {
     const auto& cuenta = c[canal];
     if (cuenta.valores == 0) return "sin valores";
+    if (cuenta.minimo == cuenta.maximo) return "siempre";
     return fmt::format("{} a {}", numero(std::int64_t{cuenta.minimo}, decimalesDe(canal)),
                        numero(std::int64_t{cuenta.maximo}, decimalesDe(canal)));
 }
@@ -110,7 +111,9 @@ void resumen(std::string& html, const EstacionInformada& estacion, const Informe
     const auto cuenta = [&](std::string_view nombre, const std::string& valor) {
         agregar(html, "<div><dt>{}</dt><dd>{}</dd></div>\n", nombre, valor);
     };
-    cuenta("Muestras", fmt::format("{} de {} esperadas", c.muestras, c.esperadas()));
+    const auto repetidas = c.muestras - c.sellos;
+    cuenta("Muestras", fmt::format("{} de {} esperadas{}", c.sellos, c.esperadas(),
+                                   repetidas == 0 ? "" : fmt::format(", y {} más en conflicto", repetidas)));
     // Each sample stands for its interval: the last one reaches beyond its own stamp.
     cuenta("Horas con datos", numero(static_cast<double>(c.segundos) / 3600, 1));
     cuenta("Huecos", std::to_string(c.huecos));
@@ -135,9 +138,13 @@ std::string enPalabras(const CanalInformado& canal, const Informe& informe) {
             rumbo ? fmt::format("Sopla sobre todo del {}.", kNombresRumbo[*rumbo]) : "Sin viento con rumbo.";
         if (informe.columnas.porSectores())
             texto += " Puntos fuertes: el rumbo más frecuente de cada columna; claros: los demás.";
+    } else if (canal.dibujo == Dibujo::barras && cuenta.maximo == 0) {
+        texto += fmt::format("Total {}.", valor(0));
     } else if (canal.dibujo == Dibujo::barras) {
         texto += fmt::format("Total {}, lo más en una muestra {} el {}.", valor(cuenta.suma),
                              valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
+    } else if (cuenta.minimo == cuenta.maximo) {
+        texto += fmt::format("Siempre {}.", valor(cuenta.maximo));
     } else if (!canal.conMinimo) {
         texto += fmt::format("Hasta {} el {}.", valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
     } else {
@@ -203,13 +210,19 @@ void rosa(std::string& html, const Informe& informe) {
     const auto& c = informe.estadistica.todo();
     const auto rumbo = c.rumboDominante();
     const auto direccion = c.direccionMedia();
+    const auto dudosas = c[Canal::velViento].fueraDeRango();
     const auto palabras = fmt::format(
         "Rosa de los vientos: de dónde sopla. {} Calma, menos de 1.8 km/h: {} muestras; sin rumbo: {}; en "
-        "total {}.",
+        "total {}.{}",
         rumbo ? fmt::format("Sobre todo del {}, {} muestras; dirección media del vector {}º.",
                             kNombresRumbo[*rumbo], c.rumbos[*rumbo], direccion ? numero(*direccion, 0) : "–")
               : "Ninguna muestra con viento y rumbo.",
-        c.calmas, c.sinRumbo, c.muestras);
+        c.calmas, c.sinRumbo, c.muestras,
+        dudosas == 0
+            ? ""
+            : fmt::format(" De {} de ellas la velocidad está fuera de rango: la dirección media no las "
+                          "cuenta.",
+                          dudosas));
     agregar(html,
             "<section id=rosa aria-labelledby=t-rosa>\n<h2 id=t-rosa>Rosa de los vientos</h2>\n<figure "
             "class=rosa>\n{}\n"
@@ -264,8 +277,9 @@ void calidad(std::string& html, const EstacionInformada& estacion, const Informe
             "total de lluvia, cuando le "
             "falta cualquier muestra. La dirección media es la del vector medio del viento; el rumbo "
             "dominante, el de más muestras "
-            "desde 1.8 km/h. Las esperadas son las muestras y las que faltan según el intervalo "
-            "vigente.</p>\n</section>\n",
+            "desde 1.8 km/h, como en la rosa, que cuenta todas. Las esperadas son las horas con muestra y "
+            "las que "
+            "faltan según el intervalo vigente; dos registros de una misma hora son una.</p>\n</section>\n",
             tablaDeMarcas(informe, estacion.evaporacion));
 }
 

@@ -128,7 +128,7 @@ std::string resumenDelMes(const EstacionInformada& estacion, const Informe& info
     agregarLinea(texto, "");
     agregarLinea(texto,
                  fmt::format("Muestras: {} de {} esperadas;  huecos: {};  conflictos: {};  marcadas: {}",
-                             c.muestras, c.esperadas(), c.huecos, c.conflictos, c.marcadas));
+                             c.sellos, c.esperadas(), c.huecos, c.conflictos, c.marcadas));
     std::uint32_t fuera = 0;
     for (const auto& canal : c.canales) fuera += canal.fueraDeRango();
     if (fuera > 0) {

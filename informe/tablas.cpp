@@ -167,7 +167,7 @@ void celdas(Tabla& tabla, const Fila& fila, bool evaporacion) {
         tabla.celda(suma(c, canal, fila.conAgujeros(canal)));
         tabla.celda(maximo(c, canal, fila.cuando));
     }
-    tabla.celda(fmt::format("{}<i>de {}</i>", c.muestras, c.esperadas()));
+    tabla.celda(fmt::format("{}<i>de {}</i>", c.sellos, c.esperadas()));
     tabla.celda(numero(static_cast<double>(c.segundos) / 3600, 1));
     tabla.celda(std::to_string(c.huecos));
     tabla.celda(std::to_string(c.conflictos));

@@ -83,6 +83,30 @@ TEST(Cuentas, TheMeanDirectionIsThatOfTheVectors) {
         << "the stronger wind weighs more";
 }
 
+TEST(Cuentas, ASpeedOutOfRangeIsCountedWhereItSaysAndWeighsNothing) {
+    auto tres = serie(3);
+    tres[0].medidas.crudoDirViento = 80;
+    tres[1].medidas.crudoDirViento = tres[2].medidas.crudoDirViento = 40;
+    tres[1].medidas.velViento = tres[2].medidas.velViento = 5000;
+    const auto informe = informeDe(tres);
+    const auto& c = informe.estadistica.todo();
+    EXPECT_EQ(kNombresRumbo[*c.rumboDominante()], "O") << "the sector that the rose shows";
+    EXPECT_EQ(informe.estadistica.rosa()[*c.rumboDominante()][kClases - 1], 2U);
+    EXPECT_NEAR(*c.direccionMedia(), 180.0, 0.01);
+    EXPECT_EQ(c[Canal::velViento].valores, 1U);
+}
+
+TEST(Cuentas, AStampIsExpectedOnceHoweverManyRecordsOfItCount) {
+    auto todas = serie(20);
+    todas.insert(todas.begin() + 10, todas[10]);
+    todas[10].conflicto = todas[11].conflicto = true;
+    const auto c = informeDe(todas).estadistica.todo();
+    EXPECT_EQ(c.muestras, 21U);
+    EXPECT_EQ(c.sellos, 20U);
+    EXPECT_EQ(c.esperadas(), 20U);
+    EXPECT_EQ(c.conflictos, 1U);
+}
+
 TEST(Cuentas, RangoStaysOutAndSaltoAndFijoEnter) {
     auto todas = serie(100);
     todas[50].medidas.temperatura = 900;  // no such weather

@@ -40,6 +40,11 @@ TEST(Ejes, AreRoundAndHoldTheValues) {
     }
 }
 
+TEST(Ejes, WhatNeverMovesRunsThroughTheMiddle) {
+    for (const auto valor : {926, -7}) EXPECT_EQ(escalaPara(valor, valor).lugar(valor, 1500), 750) << valor;
+    EXPECT_EQ(escalaPara(0, 0).desde, 0) << "rain and wind are measured from nothing";
+}
+
 TEST(Ejes, TimesAreFewWhateverThePeriod) {
     for (const auto dura :
          {1h, 24h, 72h, 14 * 24h, 31 * 24h, 70 * 24h, 366 * 24h, 10 * 366 * 24h, 99 * 366 * 24h}) {

@@ -63,6 +63,15 @@ TEST(Pagina, AsksForNothingFromOutside) {
     }
 }
 
+TEST(Pagina, AQuietMonthIsToldInItsOwnWords) {
+    auto quieto = serie(300);
+    for (auto& o : quieto) o.medidas.presion = 908;
+    const auto html = paginaDe(estacionBuena(), false, informeDe(quieto));
+    EXPECT_THAT(html, HasSubstr("22/11/2018 01:50. Siempre 90.8."));
+    EXPECT_THAT(html, HasSubstr("kPa</span><small>siempre</small>"));
+    EXPECT_THAT(html, HasSubstr("22/11/2018 01:50. Total 0.0.</p>")) << "no drop has a time";
+}
+
 TEST(Pagina, WithoutScriptsThereIsNone) {
     EXPECT_THAT(paginaDe(estacionBuena(), false), Not(HasSubstr("<script")));
     EXPECT_THAT(paginaDe(estacionBuena(), true), HasSubstr("Dygraph"));

@@ -118,7 +118,7 @@ TEST_F(EnElNavegador, TheKeyboardReachesEveryControlAndZoomsAllCharts) {
     Navegador navegador(PROGRAMA_CHROMIUM, {});
     navegador.abrir(guardar(true));
     const auto controles =
-        navegador.valor("document.querySelectorAll('a[href],button,summary,[tabindex=\"0\"]').length")
+        navegador.valor("document.querySelectorAll('a[href],button,input,summary,[tabindex=\"0\"]').length")
             .get<int>();
     navegador.valor(
         "window.vistos = new Set(); document.addEventListener('focusin', e => vistos.add(e.target))");
@@ -127,7 +127,7 @@ TEST_F(EnElNavegador, TheKeyboardReachesEveryControlAndZoomsAllCharts) {
     const auto alcanzables =
         navegador
             .valor(
-                "[...document.querySelectorAll('a[href],button,summary,[tabindex=\"0\"]')]"
+                "[...document.querySelectorAll('a[href],button,input,summary,[tabindex=\"0\"]')]"
                 ".filter(e => e.checkVisibility()).length")
             .get<int>();
     EXPECT_EQ(navegador.valor("vistos.size").get<int>(), alcanzables);
@@ -135,6 +135,37 @@ TEST_F(EnElNavegador, TheKeyboardReachesEveryControlAndZoomsAllCharts) {
     navegador.tecla("Enter", 13);
     EXPECT_THAT(navegador.valor("document.querySelector('[role=status]').textContent").get<std::string>(),
                 testing::MatchesRegex("..\\/11\\/2018 ..:.. a ..\\/11\\/2018 ..:.."));
+}
+
+TEST_F(EnElNavegador, TheKeyboardChoosesWhereTheChartsBeginAndEnd) {
+    Navegador navegador(PROGRAMA_CHROMIUM, {});
+    navegador.abrir(guardar(true));
+    navegador.valor(kVerTodo);
+    const auto dicho = [&] {
+        return navegador.valor("document.querySelector('[role=status]').textContent").get<std::string>();
+    };
+    const auto enfocar = [&](const std::string& nombre) {
+        navegador.valor("[...document.querySelectorAll('label')].find(l => l.textContent == '" + nombre +
+                        "').querySelector('input').focus()");
+        EXPECT_NE(navegador.valor("getComputedStyle(document.activeElement).outlineStyle"), "none");
+    };
+    // A thousandth of the period each.
+    enfocar("Desde");
+    for (int i = 0; i < 10; ++i) navegador.tecla("ArrowRight", 39);
+    EXPECT_EQ(dicho(), "01/11/2018 07:11 a 30/11/2018 23:50");
+    EXPECT_EQ(navegador.valor("document.activeElement.getAttribute('aria-valuetext')"), "01/11/2018 07:11");
+    enfocar("Hasta");
+    navegador.tecla("Home", 36);
+    EXPECT_THAT(dicho(), testing::StartsWith("01/11/2018 00:00 a ")) << "one end pushes the other before it";
+    navegador.tecla("End", 35);
+    EXPECT_EQ(dicho(), "01/11/2018 00:00 a 30/11/2018 23:50");
+    enfocar("Desde");
+    navegador.tecla("End", 35);
+    EXPECT_EQ(navegador.valor("[...document.querySelectorAll('.dy')].every(e => /^30 nov$/.test("
+                              "e.querySelector('.dygraph-axis-label-x').textContent) || /:/.test("
+                              "e.querySelector('.dygraph-axis-label-x').textContent))"),
+              true);
+    EXPECT_THAT(navegador.quejas(), IsEmpty());
 }
 
 TEST_F(EnElNavegador, AChartThatComesIntoViewLaterShowsWhatTheOthersShow) {
