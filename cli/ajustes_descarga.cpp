@@ -42,15 +42,9 @@ bool cifra(char c) {
     return c >= '0' && c <= '9';
 }
 
-std::string_view sinBlancos(std::string_view texto) {
-    const auto desde = texto.find_first_not_of(kBlancos);
-    if (desde == std::string_view::npos) return {};
-    return texto.substr(desde, texto.find_last_not_of(kBlancos) + 1 - desde);
-}
-
 std::vector<std::string> palabras(std::string_view texto) {
     std::vector<std::string> lista;
-    while (!(texto = sinBlancos(texto)).empty()) {
+    while (!(texto = recortado(texto, kBlancos)).empty()) {
         const auto fin = std::min(texto.find_first_of(kBlancos), texto.size());
         lista.emplace_back(texto.substr(0, fin));
         texto.remove_prefix(fin);
@@ -128,7 +122,7 @@ class Valor {
         if (c == '$' || c == '`') mal(fmt::format("{} no vale: los ajustes se leen, no se ejecutan", c));
     }
     void exigirFinal() const {
-        const auto sobra = sinBlancos(resto_);
+        const auto sobra = recortado(resto_, kBlancos);
         if (!sobra.empty() && sobra.front() != '#')
             mal(fmt::format("hay un blanco sin comillas: escriba {}=\"...\"", nombre_));
     }
@@ -171,8 +165,8 @@ void exigirUnSoloPuerto(const std::string& par, const std::string& dispositivo) 
 std::string tomarPar(std::string_view& resto) {
     std::size_t fin = 0;
     while (fin < resto.size() && !(blanco(resto[fin]) && largoDeNumero(resto.substr(fin + 1)) > 0)) ++fin;
-    std::string par(sinBlancos(resto.substr(0, fin)));
-    resto = sinBlancos(resto.substr(fin));
+    std::string par(recortado(resto.substr(0, fin), kBlancos));
+    resto = recortado(resto.substr(fin), kBlancos);
     const auto numero = largoDeNumero(par);
     const auto dispositivo = par.substr(numero);
     if (numero == 0 || !(dispositivo.starts_with('/') || esDireccionTcp(dispositivo))) {
@@ -185,7 +179,7 @@ std::string tomarPar(std::string_view& resto) {
 
 std::vector<std::string> leerCom(std::string_view valor) {
     std::vector<std::string> pares;
-    for (auto resto = sinBlancos(valor); !resto.empty();) pares.push_back(tomarPar(resto));
+    for (auto resto = recortado(valor, kBlancos); !resto.empty();) pares.push_back(tomarPar(resto));
     try {
         if (!pares.empty()) static_cast<void>(MapaCom::fijo(pares, "COM:"));
     } catch (const ErrorPuerto& error) {
@@ -238,6 +232,9 @@ class Lector {
             conLinea([&] { tomarLinea(resto.substr(0, fin)); });
             resto.remove_prefix(std::min(fin + 1, resto.size()));
         }
+        const bool suyo =
+            std::ranges::any_of(ajustes_.opciones, [](const auto& una) { return esOpcion(una, "--perfil"); });
+        if (suyo) ajustes_.perfil.clear();
         if (deEstacion() && ajustes_.com.empty())
             falta("falta COM, el puerto de la estación: COM=1=/dev/ttyUSB0");
         if (!ajustes_.central.empty() && ajustes_.sinArchivo)
@@ -282,7 +279,7 @@ class Lector {
             mal("empieza con una marca invisible (BOM): guarde el archivo como UTF-8 sin ella");
         if (texto.find('\r') != std::string_view::npos)
             mal("termina en CR LF: guarde el archivo con finales de línea de Unix");
-        texto = sinBlancos(texto);
+        texto = recortado(texto, kBlancos);
         if (texto.empty() || texto.front() == '#') return;
         const auto igual = texto.find('=');
         if (igual == std::string_view::npos) mal("se espera NOMBRE=valor");
@@ -340,7 +337,7 @@ class Lector {
     void perfil(std::string valor) {
         if (valor != "ampliado" && valor != "estricto")
             mal(fmt::format("PERFIL: \"{}\" no vale: es ampliado o estricto", valor));
-        if (!ajustes_.perfil.empty()) ajustes_.perfil = std::move(valor);
+        ajustes_.perfil = std::move(valor);
     }
     void serie(std::string valor) {
         if (const auto motivo = motivoSerieMostrada(valor); !motivo.empty())
@@ -363,7 +360,8 @@ class Lector {
     }
     void hasta(std::string valor) { ajustes_.hasta = comoHora(std::move(valor)); }
 
-    // What the settings say themselves is not for the options; a profile there counts instead of PERFIL.
+    // What the settings say themselves is not for the options; a profile in the last of them counts instead
+    // of PERFIL.
     void opciones(std::string valor) {
         ajustes_.opciones = palabras(valor);
         for (const auto& palabra : ajustes_.opciones) {
@@ -377,7 +375,6 @@ class Lector {
                                 palabra));
             if (deEstacion() && esOpcion(palabra, "--serie"))
                 mal(fmt::format("OPCIONES: {} no vale aquí: escriba SERIE=", palabra));
-            if (esOpcion(palabra, "--perfil")) ajustes_.perfil.clear();
         }
         // One that the download does not understand would be told at night, when nobody looks.
         if (const auto motivo = motivoOpcionesDescargar(ajustes_.opciones); !motivo.empty())

@@ -327,6 +327,9 @@ TEST_F(Estaciones, ASingleStationsSettingsMayBeEmptyAndTheLastOfTwoCounts) {
     EXPECT_EQ(leer("NOMBRE=sur\nNOMBRE=norte\n").nombre, "norte");
     EXPECT_THAT(leer("COM=\"1=/dev/a 2=/dev/b\"\n").com, ElementsAre("1=/dev/a", "2=/dev/b"));
     EXPECT_EQ(leer("OPCIONES='--perfil estricto'\nPERFIL=ampliado\n").perfil, "");
+    EXPECT_EQ(leer("OPCIONES='--perfil ampliado'\nOPCIONES='--verificar'\n").perfil, "ampliado");
+    EXPECT_EQ(leer("OPCIONES='--perfil estricto'\nPERFIL=estricto\nOPCIONES=\n").perfil, "estricto");
+    EXPECT_EQ(leer("PERFIL=estricto\nPERFIL=ampliado\n").perfil, "ampliado");
     EXPECT_THROW(leer("SERIE=02080050\n"), ErrorAjustes);
 }
 
