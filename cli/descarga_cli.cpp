@@ -46,6 +46,14 @@ std::size_t firmes(std::size_t desde) {
     return std::min(kRegistro, registro_config::kReloj - desde);
 }
 
+// The image's own number counts.
+void decirOtraSerie(Consola& consola, const std::string& leida, std::span<const std::uint8_t> imagen) {
+    const auto propia = leerCabecera(imagen).digitosSerie;
+    if (propia == leida) return;
+    consola.aviso(fmt::format(
+        "La configuración leída dice Nro {} y la memoria, Nro {}: vale el de la memoria.", leida, propia));
+}
+
 class Descargador {
    public:
     Descargador(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
@@ -65,6 +73,7 @@ class Descargador {
     void recibir(RegistradorCli::Bloque bloque);
     void leerHastaQueValga();
     std::exception_ptr intentar();
+    std::exception_ptr exigirSerie() const;
     std::exception_ptr cotejar() const;
     void decirResto();
 
@@ -110,10 +119,12 @@ void Descargador::leerHastaQueValga() {
     Reintentos reintentos(entorno_, consola_, peticion_.reintentos);
     while (true) {
         auto fallo = intentar();
-        if (!fallo) fallo = cotejar();
+        // What bears another number is compared with nothing.
+        const auto deOtro = fallo ? nullptr : exigirSerie();
+        if (!fallo) fallo = deOtro ? deOtro : cotejar();
         const bool segunda = anterior_.size() == kBytesMemoria;
         if (!fallo && (segunda || !peticion_.verificar)) return;
-        if (imagen_.size() >= anterior_.size()) anterior_ = imagen_;
+        if (!deOtro && imagen_.size() >= anterior_.size()) anterior_ = imagen_;
         if (!fallo) {
             consola_.aviso("Segunda lectura, para comparar.");
             continue;
@@ -142,6 +153,17 @@ std::exception_ptr Descargador::intentar() {
     return nullptr;
 }
 
+// Null: the image is the logger's that was asked for.
+std::exception_ptr Descargador::exigirSerie() const {
+    const auto propia = leerCabecera(imagen_).digitosSerie;
+    if (peticion_.serie.empty() || peticion_.serie == propia) return nullptr;
+    return std::make_exception_ptr(ErrorIntercambio(
+        CodigoSalida::fallo,
+        fmt::format("la memoria descargada lleva el Nro {}, no el {}: revise los cables, o el número de "
+                    "--serie, y repita",
+                    propia, peticion_.serie)));
+}
+
 // Null: nothing contradicts the attempts before.
 std::exception_ptr Descargador::cotejar() const {
     const auto bloque = primeraDiferencia(anterior_, imagen_);
@@ -164,13 +186,6 @@ ImagenDescargada descargarImagen(EntornoCli& entorno, Consola& consola, Registra
     const auto despierta =
         entorno.inhibidor ? entorno.inhibidor->inhibir(std::string(textos::kPorQueDespierta)) : nullptr;
     return Descargador(entorno, consola, registrador, peticion).correr();
-}
-
-void decirOtraSerie(Consola& consola, const std::string& leida, std::span<const std::uint8_t> imagen) {
-    const auto propia = leerCabecera(imagen).digitosSerie;
-    if (propia == leida) return;
-    consola.aviso(fmt::format(
-        "La configuración leída dice Nro {} y la memoria, Nro {}: vale el de la memoria.", leida, propia));
 }
 
 void decirOtraCabecera(Consola& consola, const DatosConfig& leida, std::span<const std::uint8_t> imagen) {

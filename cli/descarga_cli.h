@@ -20,6 +20,7 @@ struct PeticionDescarga {
     std::optional<Destino> base;  // none: the image is only returned
     bool verificar = false;       // downloads again until two images agree
     int reintentos = 2;           // attempts beyond those that are needed
+    std::string serie;            // 8 digits that the image must bear; empty: any
 };
 
 struct ImagenDescargada {
@@ -28,15 +29,15 @@ struct ImagenDescargada {
 };
 
 // Downloads the memory, telling its progress. Each block is on the disk as it comes (see ArchivoParcial). An
-// attempt that breaks off starts again from the first block; where two images overlap they are compared,
+// attempt that breaks off starts again from the first block, and so does one whose image bears another
+// serial number than was asked for; where two images overlap they are compared,
 // because the line carries no checksum. When it ends in an exception, the user has
 // been told what is left in the partial file.
 ImagenDescargada descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
                                  const PeticionDescarga& peticion);
 
-// Tells when the configuration that was read says another serial number: the image's own counts.
-void decirOtraSerie(Consola& consola, const std::string& leida, std::span<const std::uint8_t> imagen);
-// The same of the number, the texts and the interval.
+// Tells when the configuration that was read says another serial number, other texts or another interval: the
+// image's own count.
 void decirOtraCabecera(Consola& consola, const DatosConfig& leida, std::span<const std::uint8_t> imagen);
 
 // The first block in which two images of one logger contradict each other, as far as both reach. No

@@ -5,15 +5,16 @@
 namespace telvane {
 
 std::string estadoDelEnvio(std::size_t enviados, std::size_t total, const std::string& quePasa,
-                           const std::string& comprobar) {
-    if (enviados == 0)
-        return fmt::format("No se envió nada: {} siguen como estaban. Repita la orden.", quePasa);
+                           const std::string& comprobar, const std::string& repetir) {
+    if (enviados == 0) {
+        return fmt::format("No se envió nada: {} siguen como estaban. Para intentarlo otra vez, {}.", quePasa,
+                           repetir);
+    }
     if (enviados < total) {
         return fmt::format(
             "Se enviaron {} de {} bytes, y el registrador no cambia nada hasta el último: {} deben seguir "
-            "como "
-            "estaban. Compruébelo con \"telvane-cli configuracion\" y repita la orden.",
-            enviados, total, quePasa);
+            "como estaban. Compruébelo con \"telvane-cli configuracion\" y {}.",
+            enviados, total, quePasa, repetir);
     }
     return fmt::format("Se envió todo y no se pudo confirmar. {}", comprobar);
 }

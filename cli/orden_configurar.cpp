@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,7 @@
 #include "loggerconfig/pasos_escritura.h"
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
+#include "platform/palabra_de_consola.h"
 #include "platform/recorte.h"
 #include "platform/texto_visible.h"
 #include "regional/fecha_texto.h"
@@ -64,6 +66,7 @@ struct Opciones {
     bool relojPc = false;
     bool borrarMemoria = false;
     bool sinRespaldo = false;
+    bool sinVerificar = false;
 };
 
 std::string motivoIntervalo(const std::string& texto) {
@@ -119,6 +122,8 @@ void revisar(const Opciones& opciones) {
     exigirUso(opciones.respaldo.empty() || !esSalidaEstandar(opciones.respaldo),
               "--respaldo necesita un archivo: la salida no guarda nada");
     exigirUso(opciones.respaldo.empty() || !opciones.sinRespaldo, "--respaldo no va con --sin-respaldo");
+    exigirUso(!opciones.sinVerificar || !opciones.sinRespaldo,
+              "--sin-verificar no va con --sin-respaldo: sin respaldo no hay qué verificar");
     revisarTextos(opciones);
 }
 
@@ -138,6 +143,8 @@ class Configurador {
     Destino destinoDeRespaldo() const;
     std::filesystem::path rutaDeRespaldo() const;
     void respaldar();
+    void exigirSuMemoria(std::span<const std::uint8_t> imagen) const;
+    std::string comoRepetir() const;
     std::string mensaje();
     void escribir();
     [[noreturn]] void fallar(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) const;
@@ -259,12 +266,34 @@ Destino Configurador::destinoDeRespaldo() const {
 void Configurador::respaldar() {
     PeticionDescarga peticion;
     peticion.base = destinoDeRespaldo();
+    // Once the logger has erased it this is the only copy, and the line carries no checksum.
+    peticion.verificar = !opciones_.sinVerificar;
     contexto_.consola.aviso("Se descarga la memoria antes de borrarla.");
     const auto imagen =
         descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), peticion).bytes;
-    decirOtraSerie(contexto_.consola, actual_.Nserie, imagen);
     respaldo_ = peticion.base->pedido;
     contexto_.consola.aviso(fmt::format("Respaldo: {}", nombreVisible(respaldo_)));
+    exigirSuMemoria(imagen);
+}
+
+// The configuration that is about to be written was read from whoever bears the one number; what would be
+// erased bears the other.
+void Configurador::exigirSuMemoria(std::span<const std::uint8_t> imagen) const {
+    const auto propia = leerCabecera(imagen).digitosSerie;
+    if (propia == actual_.Nserie) return;
+    throw ErrorCli(
+        CodigoSalida::fallo,
+        fmt::format("la configuración leída dice Nro {} y la memoria, Nro {}: no se envía ni se borra nada. "
+                    "Revise el cable y {}; si vuelven a no coincidir, guarde el respaldo y use "
+                    "--sin-respaldo.\n{}",
+                    actual_.Nserie, propia, comoRepetir(), dondeEstaElRespaldo()));
+}
+
+// A backup is never replaced: the same order needs another name for the next one.
+std::string Configurador::comoRepetir() const {
+    if (opciones_.respaldo.empty() || respaldo_.empty()) return "repita la orden";
+    return fmt::format("repita la orden con --respaldo {} (un respaldo no se reemplaza)",
+                       sinControles(palabraDeConsola(rutaLibre(respaldo_).string())));
 }
 
 std::string Configurador::mensaje() {
@@ -305,7 +334,8 @@ void Configurador::fallar(CodigoSalida codigo, const std::string& motivo, std::s
     const auto estado = estadoDelEnvio(enviados, kBytesMensajeConfig, "la configuración y la memoria",
                                        "Dé la memoria por borrada; mire con \"telvane-cli configuracion\" si "
                                        "quedó como quería y, si no, vuelva "
-                                       "a configurar con --sin-respaldo.");
+                                       "a configurar con --sin-respaldo.",
+                                       comoRepetir());
     throw ErrorCli(codigo, fmt::format("{}\n{}\n{}", motivo, estado, dondeEstaElRespaldo()));
 }
 
@@ -338,7 +368,8 @@ void Configurador::comprobarEscrito() {
     throw ErrorCli(
         CodigoSalida::fallo,
         fmt::format("lo leído después no es lo enviado ({}). {}\n{}", fmt::join(distinto, ", "),
-                    intacta ? "El registrador no la tomó, y su memoria debe seguir ahí: repita la orden."
+                    intacta ? fmt::format("El registrador no la tomó, y su memoria debe seguir ahí: {}.",
+                                          comoRepetir())
                             : "Dé la memoria por borrada, y vuelva a configurar con --sin-respaldo.",
                     dondeEstaElRespaldo()));
 }
@@ -366,10 +397,12 @@ void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto) {
         argumentos.orden("configurar", "Cambia la configuración del registrador, que borra sus datos");
     const auto opciones = std::make_shared<Opciones>();
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
-        orden.opcion(opciones->textos[i], {.nombre = kCampos[i].opcion,
-                                           .valor = "TEXTO",
-                                           .ayuda = fmt::format("Hasta {} caracteres", kAnchos[i]),
-                                           .vacia = true});
+        orden.opcion(
+            opciones->textos[i],
+            {.nombre = kCampos[i].opcion,
+             .valor = "TEXTO",
+             .ayuda = fmt::format("Hasta {} caracteres; \" \" lo borra", kAnchos[i]),
+             .enLugarDeVacia = fmt::format("para borrarlo dé un blanco, {} \" \"", kCampos[i].opcion)});
     }
     orden.opcion(opciones->intervalo, {.nombre = "--intervalo",
                                        .valor = "MINUTOS",
@@ -388,6 +421,8 @@ void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto) {
         opciones->respaldo,
         {.nombre = "--respaldo", .valor = "ARCHIVO", .ayuda = "Archivo base para la memoria que se borra"});
     orden.bandera(opciones->sinRespaldo, "--sin-respaldo", "No descarga la memoria antes de borrarla");
+    orden.bandera(opciones->sinVerificar, "--sin-verificar",
+                  "La descarga antes de borrarla una sola vez, sin comparar");
     orden.pie(
         "Sin --respaldo, la memoria se guarda en la carpeta de datos del usuario (~/.local/share/telvane).");
     orden.alElegir([&contexto, opciones] {

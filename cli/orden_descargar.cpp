@@ -142,6 +142,7 @@ void descargar(ContextoCli& contexto, const Opciones& opciones) {
     if (base.archivo()) peticion.base = base.destino();
     peticion.verificar = opciones.verificar;
     peticion.reintentos = leerEntero(opciones.reintentos);
+    peticion.serie = opciones.serie;
     const auto descarga = descargarImagen(contexto.entorno, consola, registrador, peticion);
     const auto& imagen = descarga.bytes;
     decirOtraCabecera(consola, datos, imagen);

@@ -23,7 +23,8 @@ constexpr int kLecturasDeVuelta = 3;
     const auto estado = estadoDelEnvio(
         enviados, RegistradorCli::kBytesSerieEnviados, "el número y la memoria",
         "La memoria sigue como estaba; mire con \"telvane-cli configuracion\" qué número tiene, y "
-        "repita la orden si no es el que quería.");
+        "repita la orden si no es el que quería.",
+        "repita la orden");
     throw ErrorCli(codigo, fmt::format("{}\n{}", motivo, estado));
 }
 
@@ -57,7 +58,10 @@ void leerDeVuelta(RegistradorCli& registrador, const std::string& cifras) {
     }
     throw ErrorCli(
         CodigoSalida::fallo,
-        fmt::format("el registrador tiene ahora el número {}, no {}: vuelva a escribirlo", ahora, cifras));
+        fmt::format("lo leído después es el número {}, no {}. Escribir el número no borra nada: la "
+                    "memoria sigue como estaba. Mire con \"telvane-cli configuracion\" qué número "
+                    "tiene y, si no es el que quería, repita la orden",
+                    ahora, cifras));
 }
 
 void escribirSerie(ContextoCli& contexto, const std::string& cifras) {

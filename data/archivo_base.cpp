@@ -44,16 +44,20 @@ ReglaDestino reglaDeTabla() {
     return {.vedadas = kTerminaciones};
 }
 
-// The clock may go back, and a second is long enough for two.
-std::filesystem::path rutaBaseLibre(const std::filesystem::path& carpeta, const std::string& digitosSerie,
-                                    const FechaHora& momento) {
-    const auto primera = carpeta / nombreArchivoBase(digitosSerie, momento);
+std::filesystem::path rutaLibre(const std::filesystem::path& primera) {
     auto ruta = primera;
     std::error_code error;
     for (int vez = 2; std::filesystem::exists(std::filesystem::symlink_status(ruta, error)); ++vez) {
-        ruta = carpeta / fmt::format("{}_{}.rgt", primera.stem().string(), vez);
+        ruta.replace_filename(
+            fmt::format("{}_{}{}", primera.stem().string(), vez, primera.extension().string()));
     }
     return ruta;
+}
+
+// The clock may go back, and a second is long enough for two.
+std::filesystem::path rutaBaseLibre(const std::filesystem::path& carpeta, const std::string& digitosSerie,
+                                    const FechaHora& momento) {
+    return rutaLibre(carpeta / nombreArchivoBase(digitosSerie, momento));
 }
 
 void ArchivoBase::guardarDescarga() {

@@ -44,7 +44,9 @@ ReglaDestino reglaDeBase(bool reemplazar = false);
 // file or of a part of one.
 ReglaDestino reglaDeTabla();
 
-// A name in the folder, made of the one below, under which nothing stands yet.
+// The name, or "<name>_2.rgt" and so on: under which nothing stands yet.
+std::filesystem::path rutaLibre(const std::filesystem::path& primera);
+// One in the folder, made of the name below.
 std::filesystem::path rutaBaseLibre(const std::filesystem::path& carpeta, const std::string& digitosSerie,
                                     const FechaHora& momento);
 // "<serial>_<yyyymmdd>_<hhmmss>.rgt", without path parts whatever the serial number holds.

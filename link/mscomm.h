@@ -42,7 +42,7 @@ class MSComm {
     MSComm& operator=(const MSComm&) = delete;
     ~MSComm();
 
-    // Port number, 1 to kUltimoPuerto; a number without a port is refused. Assigning another number closes the channel.
+    // Port number, 1 to 12; a number without a port is refused. Assigning another number closes the channel.
     // Each assignment and each opening starts with CommEvent 0.
     void CommPort(int numero);
     int CommPort() const { return commPort_; }

@@ -23,8 +23,8 @@ constexpr std::size_t kAnchoDeNombres = 28;
 void completar(CLI::Option& nueva, const OpcionDeLinea& opcion) {
     nueva.required(opcion.obligatoria);
     if (!opcion.valor.empty()) nueva.type_name(opcion.valor);
-    const auto revisar = [comprobar = opcion.comprobar, vacia = opcion.vacia](std::string& texto) {
-        if (texto.empty() && !vacia) return std::string("no puede estar vacío");
+    const auto revisar = [comprobar = opcion.comprobar, otra = opcion.enLugarDeVacia](std::string& texto) {
+        if (texto.empty()) return fmt::format("no puede estar vacío{}{}", otra.empty() ? "" : "; ", otra);
         return comprobar ? comprobar(texto) : std::string();
     };
     nueva.check(CLI::Validator(revisar, ""));

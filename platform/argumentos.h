@@ -22,8 +22,8 @@ struct OpcionDeLinea {
     // Empty when the value will do, otherwise why not.
     std::function<std::string(const std::string&)> comprobar = {};
     bool obligatoria = false;
-    // An empty text is a value, too; otherwise it is refused like a missing one.
-    bool vacia = false;
+    // An empty text is no value; told with it, where something else says what an empty one would.
+    std::string enLugarDeVacia = {};
 };
 
 // A program or one of its commands. What receives a value outlives the reading of the line.

@@ -30,6 +30,16 @@ class Dudas : public CliPrueba {
             return Efecto::pasar(este ? static_cast<std::uint8_t>(saliente.byte ^ mascara) : saliente.byte);
         });
     }
+    // One byte of the memory, in the given download of this command or in all of them (0).
+    void danarDescarga(std::size_t vez, std::size_t lugar, std::uint8_t mascara) {
+        descargas = 0;
+        puertos.manipular(kPuerto, [=, this](const ByteSaliente& saliente) {
+            if (saliente.intercambio != Intercambio::descarga) return Efecto::pasar(saliente.byte);
+            if (saliente.indice == 1) ++descargas;
+            const bool este = (vez == 0 || vez == descargas) && saliente.indice == kAcuses + lugar;
+            return Efecto::pasar(este ? static_cast<std::uint8_t>(saliente.byte ^ mascara) : saliente.byte);
+        });
+    }
     FechaHora reloj() { return puertos.maquina(kPuerto).reloj(bucle.reloj().monotono()); }
     static std::size_t veces(const std::string& texto, const std::string& que) {
         std::size_t cuantas = 0;
@@ -44,9 +54,67 @@ class Dudas : public CliPrueba {
             return efecto;
         });
     }
+
+    std::size_t descargas = 0;  // as danarDescarga counts them
 };
 
 // --- configurar
+
+class Respaldo : public Dudas {
+   protected:
+    Resultado configurar(const std::string& nombre, const std::vector<std::string>& mas = {}) {
+        std::vector<std::string> todos = {"configurar", "--altitud",      "555",
+                                          "--respaldo", carpeta / nombre, "--borrar-memoria"};
+        todos.insert(todos.end(), mas.begin(), mas.end());
+        return correr(todos);
+    }
+    std::vector<std::uint8_t> imagen_ = puertos.maquina(kPuerto).imagen();
+};
+
+class RespaldoDanado : public Respaldo, public testing::WithParamInterface<std::size_t> {};
+
+TEST_P(RespaldoDanado, TheOnlyCopyIsReadTwiceBeforeTheLoggerErasesItsMemory) {
+    danarDescarga(GetParam(), 100 * kBytesBloque + 12, 0xFF);
+    const auto r = configurar("antes.rgt");
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("el bloque 100 no coincide con la lectura anterior"));
+    EXPECT_TRUE(leerTodo(carpeta / "antes.rgt") == comoTexto(imagen_));
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lectura, RespaldoDanado, testing::Values(1U, 2U));
+
+TEST_F(Respaldo, OneReadingIsTakenWhereSomebodyAsksForIt) {
+    danarDescarga(2, 0, 0xFF);
+    const auto r = configurar("antes.rgt", {"--sin-verificar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(descargas, 1U);
+    EXPECT_TRUE(leerTodo(carpeta / "antes.rgt") == comoTexto(imagen_));
+}
+
+TEST_F(Respaldo, ANumberThatTheLineDamagedOnceStandsInNoBackup) {
+    danarDescarga(1, registro_config::kSerie, 0xFF);
+    const auto r = configurar("antes.rgt");
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_TRUE(leerTodo(carpeta / "antes.rgt") == comoTexto(imagen_));
+}
+
+TEST_F(Respaldo, AMemoryThatBearsAnotherNumberIsNotErased) {
+    danarDescarga(0, registro_config::kSerie, 0x30);
+    for (const auto& mas : {std::vector<std::string>{}, {"--sin-verificar"}}) {
+        const auto nombre = mas.empty() ? "un respaldo.rgt" : "otro.rgt";
+        const auto r = configurar(nombre, mas);
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_THAT(r.errores, HasSubstr("dice Nro 02080050 y la memoria, Nro 32080050: no se envía ni se "
+                                         "borra nada"));
+        EXPECT_THAT(r.errores, HasSubstr("El respaldo de la memoria está en"));
+        EXPECT_EQ(leerTodo(carpeta / nombre).size(), kBytesMemoria);
+        EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+    }
+    EXPECT_THAT(configurar("tercero de.rgt").errores,
+                HasSubstr("repita la orden con --respaldo '" + (carpeta / "tercero de_2.rgt").string() +
+                          "' (un respaldo no se reemplaza)"));
+}
 
 TEST_F(Dudas, AYearDamagedOnceIsNotSetAsTheLoggersClock) {
     for (const std::size_t vez : {1u, 2u}) {
@@ -125,7 +193,7 @@ TEST_F(Demorada, OnlyATimeKeepsTheLoggersDate) {
     EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
     // Given at 23:59 of the 19th; the backup ended on the 20th of the old clock.
     EXPECT_EQ(reloj().dia, 19);
-    EXPECT_LT(reloj().deDia, 10h + 4min);
+    EXPECT_LT(reloj().deDia, 10h + 6min);
 }
 
 TEST_F(Dudas, ThePcsClockIsTakenWhenItIsSent) {
@@ -173,6 +241,12 @@ TEST_F(Dudas, NothingSentSaysThatTheMemoryIsThere) {
     EXPECT_THAT(r.errores, HasSubstr("No se envió nada: la configuración y la memoria siguen como estaban."));
     EXPECT_THAT(r.errores, HasSubstr("El respaldo de la memoria está en " + respaldo));
     EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+    // The order that is named works.
+    const auto otro = (carpeta / "antes_2.rgt").string();
+    EXPECT_THAT(r.errores, HasSubstr("repita la orden con --respaldo " + otro + " (un respaldo"));
+    puertos.manipular(kPuerto, {});
+    EXPECT_EQ(correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", otro}).codigo,
+              CodigoSalida::hecho);
 }
 
 TEST_F(Dudas, PartlySentSaysHowMuchAndWhatToDo) {
@@ -255,6 +329,29 @@ TEST_F(Dudas, TheImagesOwnSerialNumberDecidesTheColumns) {
     const auto csv = leerTodo(carpeta / "a.csv");
     EXPECT_THAT(csv, HasSubstr(",Eva parcial[mm]\r\n"));
     EXPECT_THAT(csv, HasSubstr("Nro  : 02080050\r\n"));
+}
+
+TEST_F(Dudas, AnImageWithAnotherNumberThanWasAskedForIsABrokenDownload) {
+    const auto imagen = puertos.maquina(kPuerto).imagen();
+    danarDescarga(1, registro_config::kSerie, 0x30);
+    const auto r =
+        correr({"descargar", "--base", carpeta / "a.rgt", "--serie", "02080050", "--reintentos", "1"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("la memoria descargada lleva el Nro 32080050, no el 02080050"));
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == comoTexto(imagen));
+}
+
+TEST_F(Dudas, AnImageThatKeepsBearingAnotherNumberTakesNoNameAndIsKept) {
+    danarDescarga(0, registro_config::kSerie, 0x30);
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--csv", carpeta / "a.csv", "--ficha",
+                           carpeta / "a.json", "--serie", "02080050", "--reintentos", "1"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_EQ(descargas, 2U);
+    EXPECT_THAT(r.errores, HasSubstr("la memoria descargada lleva el Nro 32080050, no el 02080050"));
+    EXPECT_THAT(r.errores, HasSubstr("quedan 4096 de 4096 bloques"));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), testing::ElementsAre("a.rgt.parcial"));
+    // Whoever asks for no number gets it.
+    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt"}).codigo, CodigoSalida::hecho);
 }
 
 TEST_F(Dudas, TheImagesOwnTextsAndIntervalStandInTheTable) {

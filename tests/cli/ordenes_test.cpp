@@ -97,6 +97,8 @@ INSTANTIATE_TEST_SUITE_P(
         CasoUso{{"configurar", "--hora", "25:00:00"}, "--hora: debe ser"},
         CasoUso{{"configurar", "--hora", "10:00:00", "--reloj-pc"}, "--reloj-pc no va con"},
         CasoUso{{"configurar", "--reloj-pc", "--respaldo", "x", "--sin-respaldo"}, "--respaldo no va con"},
+        CasoUso{{"configurar", "--reloj-pc", "--sin-verificar", "--sin-respaldo"},
+                "--sin-verificar no va con"},
         CasoUso{{"configurar", "--altitud", "123456"}, "--altitud: caben 5 caracteres"},
         CasoUso{{"configurar", "--usuario", "日本"}, "--usuario: hay un carácter"},
         // What begins like an option is one, and no value of the option before it.
@@ -313,7 +315,12 @@ TEST_F(Ordenes, ASerialNumberThatDidNotStayIsAFailure) {
         const bool cifra = saliente.intercambio == Intercambio::lectura && saliente.indice == 2;
         return Efecto::pasar(cifra ? 0x77 : saliente.byte);
     });
-    EXPECT_EQ(correr({"serie", "20800512"}).codigo, CodigoSalida::fallo);
+    const auto r = correr({"serie", "20800512"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("lo leído después es el número 77800512, no 20800512. Escribir el "
+                                     "número no borra nada: la memoria sigue como estaba. Mire con "
+                                     "\"telvane-cli configuracion\" qué número tiene y, si no es el que "
+                                     "quería, repita la orden\n"));
 }
 
 // --- configurar
@@ -404,7 +411,30 @@ TEST_F(Ordenes, WhatReadsBackDifferentIsAFailure) {
     });
     const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores, HasSubstr("Ubicacion"));
+    EXPECT_THAT(r.errores, HasSubstr("lo leído después no es lo enviado (Ubicacion). Dé la memoria por "
+                                     "borrada, y vuelva a configurar con --sin-respaldo.\n"
+                                     "No hay respaldo de la memoria: se pidió --sin-respaldo.\n"));
+}
+
+TEST_F(Ordenes, ABlankClearsAText) {
+    const auto r = correr({"configurar", "--usuario", " ", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(puertos.maquina(kPuerto).texto(CampoTexto::usuario), std::string(30, ' '));
+}
+
+// A variable that nobody set must not cost the memory.
+TEST_F(Ordenes, AnEmptyTextIsNoValue) {
+    for (const std::string opcion : {"--usuario", "--ubicacion", "--latitud", "--longitud", "--altitud"}) {
+        for (const auto& linea : {std::vector<std::string>{opcion, ""}, {opcion + "="}}) {
+            std::vector<std::string> todos = {"configurar", "--borrar-memoria", "--sin-respaldo"};
+            todos.insert(todos.end(), linea.begin(), linea.end());
+            const auto r = correr(todos);
+            EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+            EXPECT_THAT(r.errores, HasSubstr(opcion + ": no puede estar vacío; para borrarlo dé un blanco, " +
+                                             opcion + " \" \""));
+        }
+    }
+    EXPECT_EQ(puertos.aperturas(kPuerto), 0U);
 }
 
 // --- puertos
