@@ -258,9 +258,13 @@ std::filesystem::path Configurador::rutaDeRespaldo() const {
 
 // Only a file keeps a copy that can be found again.
 Destino Configurador::destinoDeRespaldo() const {
-    auto destino = revisarDestino(rutaDeRespaldo(), reglaDeBase());
-    ArchivoParcial::revisar(destino);
-    return destino;
+    try {
+        auto destino = revisarDestino(rutaDeRespaldo(), reglaDeBase());
+        ArchivoParcial::revisar(destino);
+        return destino;
+    } catch (const ErrorNombre& error) {
+        throw ErrorCli(CodigoSalida::malUso, error.what());
+    }
 }
 
 void Configurador::respaldar() {

@@ -46,6 +46,8 @@ struct Opciones {
 SalidaConsola salidaBase(const Opciones& opciones) {
     try {
         return {opciones.base, reglaDeBase(opciones.reemplazar)};
+    } catch (const ErrorNombre&) {
+        throw;
     } catch (const ErrorGuardado& error) {
         if (opciones.reemplazar || !std::filesystem::is_regular_file(opciones.base)) throw;
         throw ErrorGuardado(fmt::format("{}, o --reemplazar", error.what()));

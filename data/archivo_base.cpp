@@ -37,7 +37,9 @@ std::string nombreArchivoBase(const std::string& digitosSerie, const FechaHora& 
 }
 
 ReglaDestino reglaDeBase(bool reemplazar) {
-    return {.nuevo = !reemplazar, .bytes = kBytesMemoria};
+    // The next download under the shorter name would take it for its own part, and end it.
+    static constexpr auto kPartes = std::span(kTerminaciones).last<2>();
+    return {.nuevo = !reemplazar, .vedadas = kPartes, .bytes = kBytesMemoria};
 }
 
 ReglaDestino reglaDeTabla() {

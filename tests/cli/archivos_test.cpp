@@ -107,6 +107,20 @@ TEST_F(Archivos, TheNameOfABackupIsFreeAlsoWithinOneSecond) {
               "02080050_20261121_020000_3.rgt");
 }
 
+// The next download of a.rgt would take it for its own part, and end it.
+TEST_F(Archivos, ABaseFileNeverTakesTheNameOfAPartOfOne) {
+    for (const std::string nombre : {"a.rgt.parcial", "a.rgt.parcial.anterior", "nuevo.PARCIAL"}) {
+        const auto ruta = poner(nombre);
+        const std::vector<std::string> ordenes[] = {
+            {"descargar", "--base", ruta},
+            {"descargar", "--base", ruta, "--reemplazar"},
+            {"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", ruta}};
+        for (const auto& orden : ordenes)
+            esperarRehusado(correr(orden), CodigoSalida::malUso, "son de otra clase de archivo\n");
+        EXPECT_EQ(leerTodo(ruta), "viejo");
+    }
+}
+
 TEST_F(Archivos, ATableNeverTakesTheNameOfABaseFile) {
     const auto a = poner("a.rgt", imagen()).string();
     const auto b = poner("b.rgt").string();
