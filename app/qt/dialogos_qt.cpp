@@ -1,5 +1,6 @@
 #include "app/qt/dialogos_qt.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 #include <vector>
@@ -8,7 +9,9 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFontInfo>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
@@ -177,6 +180,34 @@ std::optional<std::filesystem::path> elegido(const QFileDialog& dialogo, int res
     return std::filesystem::path(QFile::encodeName(archivos.front()).toStdString());
 }
 
+// The toolkit breaks a box's lines at half the screen, cuts what has no blank to break at, and lets a long
+// text push the buttons off a small one.
+void acomodar(QMessageBox& caja) {
+    auto* texto = caja.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+    const auto* pantalla = caja.screen();
+    if (texto == nullptr || pantalla == nullptr) return;
+    // Beside the text, and above and below it.
+    const auto resto = caja.sizeHint() - texto->sizeHint();
+    // The toolkit lets no box be wider on a large screen.
+    const int ancho = pantalla->availableSize().width();
+    const QSize maximo(ancho <= 1024 ? ancho : std::min(ancho - 480, 1000),
+                       pantalla->availableSize().height());
+    constexpr int kIntentos = 8;
+    constexpr double kMenor = 0.9;
+    for (int i = 0; i < kIntentos; ++i) {
+        texto->setWordWrap(false);
+        const int cabe =
+            std::min(texto->sizeHint().width(), maximo.width() - kMarcoDeVentana.width() - resto.width());
+        texto->setMinimumWidth(cabe);
+        texto->setWordWrap(true);
+        if (texto->heightForWidth(cabe) + resto.height() <= maximo.height() - kMarcoDeVentana.height())
+            return;
+        auto letra = texto->font();
+        letra.setPointSizeF(QFontInfo(letra).pointSizeF() * kMenor);
+        texto->setFont(letra);
+    }
+}
+
 }  // namespace
 
 QMessageBox* nuevaCaja(const Mensaje& mensaje, QWidget* padre) {
@@ -196,6 +227,7 @@ QMessageBox* nuevaCaja(const Mensaje& mensaje, QWidget* padre) {
         }
     }
     caja->setEscapeButton(boton);
+    acomodar(*caja);
     return caja;
 }
 

@@ -8,7 +8,7 @@ cd "$raiz"
 . cmake/dependencias.sh
 
 aspectos=(normal oscuro justa justa-oscuro pequena pequena-oscuro uno-y-medio doble doble-justa letra-grande letra-enorme
-    enorme-pequena-oscuro doble-justa-oscuro maximizada)
+    enorme-pequena-oscuro doble-justa-oscuro doble-justa-enorme maximizada)
 
 # maximizar CLASS: the window manager gives the program's main window the whole screen.
 maximizar() {

@@ -7,9 +7,12 @@
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScopeGuard>
+#include <QScreen>
 #include <QStandardPaths>
 #include <QTreeView>
 
@@ -67,6 +70,32 @@ TEST_F(Cajas, TheTextIsShownPlainWithItsBlanksAndLineEnds) {
     caja.buttons().front()->click();
     EXPECT_EQ(respuesta, Boton::aceptar);
     cerrada();
+}
+
+TEST_F(Cajas, WithLargeLettersNothingIsCutAndTheButtonsStandOnTheScreen) {
+    const auto antes = QApplication::font();
+    const auto vuelve = qScopeGuard([&] { QApplication::setFont(antes); });
+    auto grandes = antes;
+    grandes.setPixelSize(27);
+    QApplication::setFont(grandes);
+    std::string largo;
+    for (int i = 0; i < 30; ++i) largo += "Separador de Miles Monetario: \r";
+    for (const auto& dicho : {std::string("No Hay\r\n        servicio.tecnico@veltra.example     "), largo}) {
+        auto& caja = preguntar(Mensaje(dicho, Botones::aceptarCancelar, Icono::exclamacion));
+        const auto* dentro = caja.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+        ASSERT_NE(dentro, nullptr);
+        const auto entera = dentro->fontMetrics().boundingRect(QRect(), Qt::AlignLeft, caja.text());
+        EXPECT_GE(dentro->width(), entera.width());
+        EXPECT_GE(dentro->height(), entera.height());
+        const auto pantalla = caja.screen()->availableSize();
+        EXPECT_LE(caja.width(), pantalla.width());
+        EXPECT_LE(caja.height(), pantalla.height());
+        for (const auto* boton : caja.buttons())
+            EXPECT_TRUE(caja.rect().contains(QRect(boton->mapTo(&caja, QPoint()), boton->size())))
+                << texto(boton->text());
+        caja.buttons().front()->click();
+        cerrada();
+    }
 }
 
 TEST_F(Cajas, TheButtonsSayTheSameWithoutAnInstalledTranslation) {

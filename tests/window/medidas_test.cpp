@@ -160,6 +160,26 @@ TEST(Medidas, TheRowBreaksWhereItDoesNotFit) {
     EXPECT_GE(uno->width(), uno->minimumSizeHint().width());
 }
 
+TEST(Letra, IsAsLargeAsTheScreenHasRoomForItsWindows) {
+    auto grande = QApplication::font();
+    grande.setPixelSize(27);  // 20 points at 96 dots an inch
+    const auto alto = [&](const QSize& pantalla) {
+        return QFontInfo(letraQueCabe(grande, pantalla)).pixelSize();
+    };
+    EXPECT_EQ(alto({1280, 1024}), 27);
+    EXPECT_EQ(alto({800, 600}), 27);
+    EXPECT_EQ(alto({640, 512}), 22) << "1280x1024 with everything doubled";
+    EXPECT_EQ(alto({100, 100}), 6);
+    // Large letters may also come as a screen with fewer dots.
+    auto normal = QApplication::font();
+    normal.setPixelSize(12);
+    EXPECT_EQ(letraQueCabe(normal, {640, 512}), normal);
+    EXPECT_EQ(QFontInfo(letraQueCabe(normal, {288, 231})).pixelSize(), 7);
+    auto enPuntos = QApplication::font();
+    enPuntos.setPointSizeF(30);
+    EXPECT_LT(letraQueCabe(enPuntos, {640, 512}).pointSizeF(), 25);
+}
+
 TEST(Letra, TheDesignsWhereItIsThereAndScalesElseTheDesktops) {
     const auto escritorio = QApplication::font();
     EXPECT_EQ(letraDeDiseno(QStringLiteral("No Such Face"), escritorio), escritorio);

@@ -1,15 +1,27 @@
 #include "ui/qt/franja_diagnostico.h"
 
+#include <QScreen>
+
 namespace telvane {
 
 namespace {
 
 constexpr int kFilas = 3;
+// A line, and the bar to move along it, where the screen has few lines.
+constexpr int kFilasEnPantallaChica = 2;
+constexpr int kLineasDePantallaChica = 22;
+
+int filasPara(const QWidget& ventana) {
+    const auto* pantalla = ventana.screen();
+    const bool chica = pantalla != nullptr && pantalla->availableSize().height() <
+                                                  kLineasDePantallaChica * ventana.fontMetrics().height();
+    return chica ? kFilasEnPantallaChica : kFilas;
+}
 
 }  // namespace
 
 FranjaDiagnostico::FranjaDiagnostico(const Formulario& forma, QWidget* padre)
-    : VistaLineas(padre, kFilas), forma_(forma) {
+    : VistaLineas(padre, filasPara(*padre)), forma_(forma) {
     setObjectName(QStringLiteral("Diagnostico"));
     setAccessibleName(objectName());
     setFrameShape(QFrame::NoFrame);

@@ -8,6 +8,7 @@
 #include <QScreen>
 
 #include "ui/qt/cuerpo_deslizable.h"
+#include "ui/qt/fila_partible.h"
 #include "ui/qt/letras.h"
 #include "ui/qt/medida_pantalla.h"
 #include "ui/qt/texto_qt.h"
@@ -41,7 +42,7 @@ VentanaCoef::VentanaCoef(FormaCoef& forma, Usuario usuario, QWidget* principal)
     campos->agregar(rejilla, 1);
     todo->addWidget(campos, 1);
     todo->addSpacing(kEntreBloques);
-    todo->addLayout(botones());
+    todo->addWidget(botones());
     if (principal != nullptr) centrar(*principal);
 }
 
@@ -80,15 +81,16 @@ int VentanaCoef::bloque(QGridLayout& rejilla, int fila, Control& titulo,
     return fila;
 }
 
-QLayout* VentanaCoef::botones() {
-    auto* fila = new QHBoxLayout;
-    fila->setSpacing(6);
-    fila->addWidget(rotulo(forma_.Label5));
-    fila->addStretch();
+QWidget* VentanaCoef::botones() {
+    auto* partida = new FilaPartible(this);
+    auto& fila = partida->fila();
+    fila.setSpacing(6);
+    fila.addWidget(rotulo(forma_.Label5));
+    fila.addStretch();
     for (auto* control : {&forma_.Command2, &forma_.Command3, &forma_.Command1}) {
-        fila->addWidget(vinculos_.crear(*control, this));
+        fila.addWidget(vinculos_.crear(*control, partida));
     }
-    return fila;
+    return partida;
 }
 
 void VentanaCoef::closeEvent(QCloseEvent* suceso) {

@@ -24,7 +24,7 @@ class VentanaCoef final : public QWidget {
     // Adds the rows of one block from fila and campo on; the next free row comes back.
     int bloque(QGridLayout& rejilla, int fila, Control& titulo,
                const std::vector<std::unique_ptr<Control>>& rotulos, std::size_t campo);
-    QLayout* botones();
+    QWidget* botones();
     QWidget* rotulo(Control& control);
 
     FormaCoef& forma_;
