@@ -377,6 +377,25 @@ TEST_F(TurnoDe, APortThatGoesAwayPrintsItsLineOnce) {
     EXPECT_EQ(veces("el dispositivo desapareció"), 1u);
 }
 
+TEST_F(TurnoDe, AfterAPortWentAwayInLiveModeTheNextOperationOffersTheSearch) {
+    conectar();
+    pulsar(forma.Command4);
+    pasar(1s);
+    puertos.colgar(1);
+    pasar(1min);
+    EXPECT_EQ(forma.Command1.caption(), " Conexion en COM 1  @ 19200 bps ")
+        << "as with a logger that falls silent";
+    EXPECT_FALSE(forma.Command1.enabled());
+    pulsar(forma.Command4);
+    EXPECT_TRUE(forma.Command13.enabled());
+    EXPECT_FALSE(forma.Command33.enabled()) << "as after every live run";
+    dialogos.responder(Boton::aceptar, kNoHay);
+    pulsar(forma.Command4);
+    terminar();
+    EXPECT_EQ(forma.Command1.caption(), " Conectar con Registrador ? ");
+    EXPECT_TRUE(forma.Command1.enabled());
+}
+
 TEST_F(TurnoDe, ASearchGivesTheFieldOfAStalledNumberBackWhateverItsEnd) {
     for (const bool declinada : {true, false}) {
         if (forma.Label4.caption().empty()) conectar();
