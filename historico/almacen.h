@@ -216,6 +216,9 @@ class Almacen {
     // Makes those of them anew that hold nothing that cannot be derived, and takes away what belongs to no
     // station. Throws ErrorAlmacen where another one is missing.
     virtual void reponer() {}
+    // What is no part of the store and stands in its tables all the same, a line each: nobody knows what it
+    // does to them.
+    virtual std::vector<std::string> sobras() { return {}; }
     // What belongs to no station, a line each.
     virtual std::vector<std::string> sinEstacion() = 0;
     // Images of which what they hold is there, packed, and nothing else is known.

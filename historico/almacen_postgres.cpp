@@ -639,18 +639,82 @@ std::vector<AlmacenPostgres::Parte> AlmacenPostgres::partesPorReponer() {
     for (int i = 0; i < r.filas(); ++i) hay.insert(r.texto(i, 0));
     auto deben = partes();
     std::erase_if(deben, [&](const Parte& parte) {
+        if (parte.clase == "TABLE") return true;
         return hay.contains(parte.nombre) && (parte.clase != "VIEW" || vistaEsLaNuestra());
     });
     return deben;
 }
 
+Tablas AlmacenPostgres::tablasDebidas() {
+    std::string sql(esquema_postgres::kTablas);
+    for (const auto paso : esquema_postgres::kMigraciones) sql += paso;
+    return leerTablas(sql);
+}
+
+Tablas AlmacenPostgres::tablas() {
+    const auto r = base_.consultar(
+        "SELECT c.relname::text,a.attname::text,format_type(a.atttypid,a.atttypmod),a.attnotnull,"
+        "c.relkind='f' OR EXISTS(SELECT 1 FROM pg_catalog.pg_inherits h JOIN pg_catalog.pg_class p ON "
+        "p.oid=h.inhrelid WHERE h.inhparent=c.oid AND p.relkind='f') FROM pg_catalog.pg_class c JOIN "
+        "pg_catalog.pg_attribute a ON a.attrelid=c.oid AND a.attnum>0 AND NOT a.attisdropped WHERE "
+        "c.relnamespace=to_regnamespace('telvane') AND c.relkind IN ('r','p','f') ORDER BY "
+        "c.relname,a.attnum");
+    Tablas tablas;
+    for (int i = 0; i < r.filas(); ++i) {
+        if (tablas.empty() || tablas.back().nombre != r.texto(i, 0))
+            tablas.push_back(
+                {.nombre = r.texto(i, 0), .columnas = {}, .claves = {}, .ajena = r.logico(i, 4)});
+        tablas.back().columnas.push_back(
+            {.nombre = r.texto(i, 1), .tipo = r.texto(i, 2), .obligatoria = r.logico(i, 3)});
+    }
+    leerClaves(tablas);
+    return tablas;
+}
+
+void AlmacenPostgres::leerClaves(Tablas& tablas) {
+    const auto r = base_.consultar(
+        "SELECT c.relname::text,i.indexrelid::bigint,a.attname::text FROM pg_catalog.pg_index i JOIN "
+        "pg_catalog.pg_class c ON c.oid=i.indrelid CROSS JOIN LATERAL unnest(i.indkey::int2[]) WITH "
+        "ORDINALITY "
+        "k(columna,lugar) JOIN pg_catalog.pg_attribute a ON a.attrelid=c.oid AND a.attnum=k.columna WHERE "
+        "c.relnamespace=to_regnamespace('telvane') AND c.relkind IN ('r','p') AND i.indisunique AND "
+        "i.indisvalid "
+        "AND k.lugar<=i.indnkeyatts ORDER BY 1,i.indisprimary DESC,2,k.lugar");
+    std::int64_t anterior = 0;
+    for (int i = 0; i < r.filas(); ++i) {
+        auto& claves = std::ranges::find(tablas, r.texto(i, 0), &Tabla::nombre)->claves;
+        if (std::exchange(anterior, r.entero(i, 1)) != r.entero(i, 1)) claves.emplace_back();
+        claves.back().push_back(r.texto(i, 2));
+    }
+}
+
+namespace {
+
+bool seRepone(const Falta& falta) {
+    switch (falta.clase) {
+        case Falta::Clase::tabla:
+            return seObtiene(falta.tabla);
+        case Falta::Clase::columna:
+            return seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre);
+        case Falta::Clase::forma:
+            return falta.soloNulos || seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre);
+        default:
+            return true;
+    }
+}
+
+}  // namespace
+
 std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
     base_.ejecutar("BEGIN");
     std::vector<std::string> lista;
     try {
-        for (const auto& parte : partesPorReponer()) {
-            lista.push_back(fmt::format("falta {}, o no es como este programa lo hace: repóngalo con rehacer",
-                                        parte.nombre));
+        for (const auto& falta : faltasDe(tablasDebidas(), tablas()))
+            lista.push_back(fmt::format("{}: {}", textoDe(falta), seRepone(falta) ? kReponer : kRecuperar));
+        // Of a table that is not there nothing else is either.
+        for (const auto& parte : lista.empty() ? partesPorReponer() : std::vector<Parte>()) {
+            lista.push_back(
+                fmt::format("falta {}, o no es como este programa lo hace: {}", parte.nombre, kReponer));
         }
     } catch (const ErrorAlmacen&) {
         abandonar();
@@ -660,14 +724,104 @@ std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
     return lista;
 }
 
+// Other tables and views are whoever's; what hangs on ours changes what they hold. What refuses rows may
+// refuse them from whoever is to bring them.
+std::vector<std::string> AlmacenPostgres::sobras() {
+    const auto deben = tablasDebidas();
+    auto lista = sobrasDe(deben, tablas());
+    const auto r = base_.consultar(
+        "SELECT c.relname::text,o.que,o.nombre,o.orden FROM pg_catalog.pg_class c JOIN (SELECT tgrelid AS "
+        "tabla,'un disparador' AS que,tgname::text AS nombre,'DROP TRIGGER' AS orden FROM "
+        "pg_catalog.pg_trigger "
+        "WHERE NOT tgisinternal AND tgparentid=0 UNION ALL SELECT ev_class,'una regla',rulename::text,'DROP "
+        "RULE' "
+        "FROM pg_catalog.pg_rewrite WHERE rulename<>'_RETURN' UNION ALL SELECT conrelid,'una "
+        "condición',conname::text,'DROP CONSTRAINT' FROM pg_catalog.pg_constraint WHERE contype IN "
+        "('c','f','x')) o ON o.tabla=c.oid WHERE c.relnamespace=to_regnamespace('telvane') ORDER BY 1,3");
+    for (int i = 0; i < r.filas(); ++i) {
+        const auto tabla = r.texto(i, 0);
+        if (buscarTabla(deben, tabla) == nullptr && tabla != "lecturas") continue;
+        lista.push_back(
+            fmt::format("{} tiene {} que no es de este programa, {}: que quien administra el "
+                        "servidor lo quite ({})",
+                        tabla, r.texto(i, 1), r.texto(i, 2), r.texto(i, 3)));
+    }
+    return lista;
+}
+
+// Of a table that the images fill again nothing needs to stay.
+void AlmacenPostgres::reponerForma(const Falta& falta) {
+    const auto tabla = "telvane." + falta.tabla;
+    const auto& columna = falta.columna;
+    const bool seSabe = seObtiene(falta.tabla) || seObtiene(falta.tabla, columna.nombre);
+    if (falta.soloNulos) {
+        if (columna.obligatoria && seSabe)
+            base_.ejecutar(fmt::format("UPDATE {0} SET {1}={2} WHERE {1} IS NULL", tabla, columna.nombre,
+                                       valorDeRelleno(columna.tipo)));
+        base_.ejecutar(fmt::format("ALTER TABLE {} ALTER {} {} NOT NULL", tabla, columna.nombre,
+                                   columna.obligatoria ? "SET" : "DROP"));
+        return;
+    }
+    const bool deLaClave = seObtiene(falta.tabla) && !seObtiene(falta.tabla, columna.nombre);
+    if (deLaClave) base_.ejecutar("DELETE FROM " + tabla);
+    if (falta.clase == Falta::Clase::forma)
+        base_.ejecutar(fmt::format("DROP VIEW IF EXISTS telvane.lecturas; ALTER TABLE {} DROP COLUMN {}",
+                                   tabla, columna.nombre));
+    base_.ejecutar(agregarColumna(tabla, columna));
+}
+
+void AlmacenPostgres::reponerClave(const Falta& falta) {
+    const auto columnas = textoDe(falta.clave);
+    const auto repetidas = [&] {
+        return base_
+            .consultar(fmt::format("SELECT EXISTS(SELECT 1 FROM telvane.{} GROUP BY {} HAVING count(*)>1)",
+                                   falta.tabla, columnas))
+            .logico(0, 0);
+    };
+    // Of two rows that say the same one is enough; the samples count anew.
+    if (repetidas()) {
+        base_.ejecutar(fmt::format(
+            "DELETE FROM telvane.{0} WHERE (tableoid,ctid) IN (SELECT f.tabla,f.lugar FROM (SELECT "
+            "t.tableoid "
+            "AS tabla,t.ctid AS lugar,row_number() OVER (PARTITION BY {1}{2}) AS vez FROM telvane.{0} t) f "
+            "WHERE f.vez>1)",
+            falta.tabla, columnas, seObtiene(falta.tabla) ? "" : ",t"));
+    }
+    if (repetidas()) {
+        throw ErrorAlmacen(fmt::format("{}: {}, y tiene filas que se contradicen: {}", nombre(),
+                                       textoDe(falta), kRecuperar));
+    }
+    const auto deben = tablasDebidas();
+    const bool primaria = buscarTabla(deben, falta.tabla)->claves.front() == falta.clave;
+    base_.ejecutar(fmt::format("ALTER TABLE telvane.{} ADD {}({})", falta.tabla,
+                               primaria ? "PRIMARY KEY" : "UNIQUE", columnas));
+}
+
+void AlmacenPostgres::reponerTablas() {
+    const auto faltas = faltasDe(tablasDebidas(), tablas());
+    for (const auto& falta : faltas) {
+        if (!seRepone(falta))
+            throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(falta), kRecuperar));
+    }
+    for (const auto& parte : partes()) {
+        const bool falta = parte.clase == "TABLE" && std::ranges::any_of(faltas, [&](const Falta& una) {
+                               return una.clase == Falta::Clase::tabla && una.tabla == parte.nombre;
+                           });
+        if (falta) base_.ejecutar(parte.sql);
+    }
+    for (const auto& falta : faltas) {
+        if (falta.clase == Falta::Clase::columna || falta.clase == Falta::Clase::forma) reponerForma(falta);
+    }
+    // A column takes along the keys that it stands in.
+    for (const auto& falta : faltasDe(tablasDebidas(), tablas())) {
+        if (falta.clase == Falta::Clase::clave) reponerClave(falta);
+    }
+}
+
 void AlmacenPostgres::reponer() {
     Transaccion transaccion(*this, Modo::escritura);
+    reponerTablas();
     for (const auto& parte : partesPorReponer()) {
-        if (parte.clase == "TABLE" && parte.nombre != "muestras" && parte.nombre != "testigos") {
-            throw ErrorAlmacen(
-                fmt::format("{}: falta {}, que de las imágenes no se obtiene: recupere su copia", nombre(),
-                            parte.nombre));
-        }
         if (parte.clase == "VIEW") base_.ejecutar("DROP VIEW IF EXISTS telvane." + parte.nombre);
         base_.ejecutar(parte.sql);
     }

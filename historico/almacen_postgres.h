@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "historico/almacen.h"
+#include "historico/esquema.h"
 #include "historico/postgres.h"
 
 namespace telvane {
@@ -56,6 +57,7 @@ class AlmacenPostgres final : public Almacen {
     void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) override;
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
+    std::vector<std::string> sobras() override;
     std::vector<std::string> sinEstacion() override;
     Perdidas perdidas(IdEstacion estacion) override;
     std::int64_t contarSinMomento(std::string_view tabla) override;
@@ -71,7 +73,14 @@ class AlmacenPostgres final : public Almacen {
         std::string sql;
     };
     static std::vector<Parte> partes();
+    // Views and indexes.
     std::vector<Parte> partesPorReponer();
+    static Tablas tablasDebidas();
+    Tablas tablas();
+    void leerClaves(Tablas& tablas);
+    void reponerTablas();
+    void reponerForma(const Falta& falta);
+    void reponerClave(const Falta& falta);
     bool vistaEsLaNuestra();
     static constexpr std::int64_t kSinTablas = 0;
     static constexpr std::int64_t kNoLoDice = -1;

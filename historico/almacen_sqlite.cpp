@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <set>
 #include <utility>
 
 #include <fmt/format.h>
@@ -656,38 +658,127 @@ std::vector<AlmacenSqlite::Parte> AlmacenSqlite::partes() const {
     return lista;
 }
 
-// Tables grow columns from version to version; the rest is word for word what this program makes.
+// Word for word what this program makes.
 std::vector<AlmacenSqlite::Parte> AlmacenSqlite::partesPorReponer() const {
     const auto hay = partes();
     auto deben = temporal()->partes();
     std::erase_if(deben, [&](const Parte& debe) {
-        return std::ranges::any_of(hay, [&](const Parte& una) {
-            return una.clase == debe.clase && una.nombre == debe.nombre &&
-                   (una.clase == "table" || una.sql == debe.sql);
-        });
+        return debe.clase == "table" || std::ranges::any_of(hay, [&](const Parte& una) {
+                   return una.clase == debe.clase && una.nombre == debe.nombre && una.sql == debe.sql;
+               });
     });
     return deben;
 }
 
+Tablas AlmacenSqlite::tablasDebidas() const {
+    std::string sql(esquema::kTablas);
+    for (const auto migracion : opciones_.migraciones) sql += migracion;
+    return leerTablas(sql);
+}
+
+Tablas AlmacenSqlite::tablas() const {
+    Tablas tablas;
+    Sentencia s(base_,
+                "SELECT m.name,c.name,c.type,c.\"notnull\" OR c.pk>0,c.pk FROM sqlite_master m JOIN "
+                "pragma_table_xinfo(m.name) c WHERE m.type='table' ORDER BY m.name,c.cid");
+    s.correr([&] {
+        if (tablas.empty() || tablas.back().nombre != s.texto(0)) tablas.push_back({.nombre = s.texto(0)});
+        auto& tabla = tablas.back();
+        tabla.columnas.push_back({.nombre = s.texto(1), .tipo = s.texto(2), .obligatoria = s.entero(3) != 0});
+        const auto lugar = static_cast<std::size_t>(s.entero(4));
+        if (lugar == 0) return;
+        if (tabla.claves.empty()) tabla.claves.emplace_back();
+        auto& clave = tabla.claves.front();
+        clave.resize(std::max(clave.size(), lugar));
+        clave[lugar - 1] = s.texto(1);
+    });
+    Sentencia k(
+        base_,
+        "SELECT m.name,i.name,k.name FROM sqlite_master m JOIN pragma_index_list(m.name) i JOIN "
+        "pragma_index_info(i.name) k WHERE m.type='table' AND i.\"unique\" AND i.origin<>'pk' AND NOT "
+        "i.partial ORDER BY m.name,i.name,k.seqno");
+    std::string anterior;
+    k.correr([&] {
+        auto& claves = std::ranges::find(tablas, k.texto(0), &Tabla::nombre)->claves;
+        if (std::exchange(anterior, k.texto(1)) != k.texto(1)) claves.emplace_back();
+        claves.back().push_back(k.texto(2));
+    });
+    return tablas;
+}
+
+namespace {
+
+// A key cannot be given back to a table that is there.
+bool seRepone(const Falta& falta) {
+    if (seObtiene(falta.tabla)) return true;
+    return falta.clase == Falta::Clase::columna && seObtiene(falta.tabla, falta.columna.nombre);
+}
+
+}  // namespace
+
 std::vector<std::string> AlmacenSqlite::partesQueFaltan() {
     std::vector<std::string> lista;
+    for (const auto& falta : faltasDe(tablasDebidas(), tablas()))
+        lista.push_back(fmt::format("{}: {}", textoDe(falta), seRepone(falta) ? kReponer : kRecuperar));
+    // Of a table that is not there nothing else is either.
+    if (!lista.empty()) return lista;
     for (const auto& parte : partesPorReponer()) {
         lista.push_back(
-            fmt::format("falta {}, o no es como este programa lo hace: repóngalo con rehacer", parte.nombre));
+            fmt::format("falta {}, o no es como este programa lo hace: {}", parte.nombre, kReponer));
     }
     return lista;
 }
 
+std::vector<std::string> AlmacenSqlite::sobras() {
+    const auto deben = tablasDebidas();
+    auto lista = sobrasDe(deben, tablas());
+    std::ranges::move(objetosAjenos(deben), std::back_inserter(lista));
+    return lista;
+}
+
+// Other tables and views are whoever's; what hangs on ours changes what they hold.
+std::vector<std::string> AlmacenSqlite::objetosAjenos(const Tablas& deben) const {
+    std::vector<std::string> lista;
+    Sentencia s(
+        base_,
+        "SELECT type,name,tbl_name FROM sqlite_master m WHERE type='trigger' OR (type='index' AND "
+        "EXISTS(SELECT 1 FROM pragma_index_list(m.tbl_name) i WHERE i.name=m.name AND i.\"unique\" AND "
+        "i.partial)) ORDER BY name");
+    s.correr([&] {
+        const auto tabla = s.texto(2);
+        if (buscarTabla(deben, tabla) == nullptr && tabla != "lecturas") return;
+        const bool disparador = s.texto(0) == "trigger";
+        lista.push_back(fmt::format("{} tiene un {} que no es de este programa, {}: quítelo con DROP {} {}",
+                                    tabla, disparador ? "disparador" : "índice", s.texto(1),
+                                    disparador ? "TRIGGER" : "INDEX", s.texto(1)));
+    });
+    return lista;
+}
+
+void AlmacenSqlite::reponerTablas() {
+    const auto faltas = faltasDe(tablasDebidas(), tablas());
+    std::set<std::string> deNuevo;
+    for (const auto& falta : faltas) {
+        if (!seRepone(falta))
+            throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(falta), kRecuperar));
+        if (falta.clase != Falta::Clase::columna || !seObtiene(falta.tabla, falta.columna.nombre))
+            deNuevo.insert(falta.tabla);
+    }
+    for (const auto& parte : temporal()->partes()) {
+        if (!deNuevo.contains(parte.nombre)) continue;
+        base_.ejecutar("DROP TABLE IF EXISTS " + parte.nombre);
+        base_.ejecutar(parte.sql);
+    }
+    for (const auto& falta : faltas) {
+        if (!deNuevo.contains(falta.tabla)) base_.ejecutar(agregarColumna(falta.tabla, falta.columna));
+    }
+}
+
 void AlmacenSqlite::reponer() {
     Transaccion transaccion(*this, Modo::escritura);
+    reponerTablas();
     for (const auto& parte : partesPorReponer()) {
-        if (parte.clase == "table" && parte.nombre != "muestras" && parte.nombre != "testigos") {
-            throw ErrorAlmacen(
-                fmt::format("{}: falta {}, que de las imágenes no se obtiene: recupere su copia", nombre(),
-                            parte.nombre));
-        }
-        if (parte.clase == "view") base_.ejecutar("DROP VIEW IF EXISTS " + parte.nombre);
-        if (parte.clase == "index") base_.ejecutar("DROP INDEX IF EXISTS " + parte.nombre);
+        base_.ejecutar(fmt::format("DROP {} IF EXISTS {}", parte.clase, parte.nombre));
         base_.ejecutar(parte.sql);
     }
     base_.ejecutar(

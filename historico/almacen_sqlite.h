@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "historico/almacen.h"
+#include "historico/esquema.h"
 #include "historico/esquema_sqlite.h"
 #include "historico/sqlite.h"
 
@@ -73,6 +74,7 @@ class AlmacenSqlite final : public Almacen {
     void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) override;
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
+    std::vector<std::string> sobras() override;
     std::vector<std::string> sinEstacion() override;
     Perdidas perdidas(IdEstacion estacion) override;
     std::int64_t contarSinMomento(std::string_view tabla) override;
@@ -90,7 +92,12 @@ class AlmacenSqlite final : public Almacen {
         std::string sql;
     };
     std::vector<Parte> partes() const;
+    // Views and indexes.
     std::vector<Parte> partesPorReponer() const;
+    Tablas tablas() const;
+    Tablas tablasDebidas() const;
+    std::vector<std::string> objetosAjenos(const Tablas& deben) const;
+    void reponerTablas();
     bool deNadie();
     void prepararEscritura(bool crear);
     void crearTablas();

@@ -1,6 +1,7 @@
 #include "historico/archivo.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 
 #include <fmt/format.h>
@@ -205,6 +206,7 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
 std::vector<std::string> Archivo::rehacer(const std::function<void()>& alAvanzar) {
     almacen_.reponer();
     auto fallos = almacen_.sinEstacion();
+    std::ranges::move(almacen_.sobras(), std::back_inserter(fallos));
     for (const auto& estacion : Lectura(almacen_).estaciones()) {
         try {
             if (rehacerUna(estacion.nombre, alAvanzar)) continue;

@@ -103,7 +103,8 @@ std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function
     // Nothing more can be asked of it.
     if (!defectos.empty()) return defectos;
     Lectura lectura(almacen_);
-    defectos = almacen_.sinEstacion();
+    defectos = almacen_.sobras();
+    std::ranges::move(almacen_.sinEstacion(), std::back_inserter(defectos));
     std::ranges::move(almacen_.defectos(), std::back_inserter(defectos));
     for (const auto& [tabla, que] : kTablasConIncorporada) {
         if (const auto cuantas = almacen_.contarSinMomento(tabla); cuantas > 0)

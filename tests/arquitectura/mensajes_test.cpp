@@ -89,10 +89,11 @@ bool llevaAOtraCosa(const std::string& contexto) {
 
 // Statements of a data base, and lines for a monitor.
 bool esSql(std::string_view texto) {
-    constexpr std::array<std::string_view, 21> kComienzos{
-        "ORDER BY ", "WITH RECURSIVE ", " ORDER BY ", "WHERE ",  "(to_timestamp(", "# HELP ", "SELECT ",
-        "INSERT ",   "UPDATE ",         "DELETE ",    "DROP ",   "CREATE ",        "BEGIN",   "COPY ",
-        "ROLLBACK",  "COMMIT",          "PRAGMA ",    "VACUUM ", "SET ",           " AND ",   "SAVEPOINT "};
+    constexpr std::array<std::string_view, 24> kComienzos{
+        "ORDER BY ", "WITH RECURSIVE ", " ORDER BY ", "WHERE ",  "(to_timestamp(", "# HELP ",
+        "SELECT ",   "INSERT ",         "UPDATE ",    "DELETE ", "DROP ",          "CREATE ",
+        "BEGIN",     "COPY ",           "ROLLBACK",   "COMMIT",  "PRAGMA ",        "VACUUM ",
+        "SET ",      " AND ",           "SAVEPOINT ", "ALTER ",  "PRIMARY KEY",    "NOT NULL"};
     while (texto.starts_with('\n')) texto.remove_prefix(1);
     return std::ranges::any_of(kComienzos, [&](auto comienzo) { return texto.starts_with(comienzo); });
 }

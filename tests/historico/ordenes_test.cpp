@@ -535,6 +535,110 @@ TEST_F(Ordenes, WhateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
     EXPECT_THAT(r.errores, HasSubstr("imágenes de una estación que no está: 2"));
 }
 
+// A remedy that is told has to work.
+TEST_F(Ordenes, AColumnThatIsLostIsNamedWithItsTableAndPutBackWhereTheImagesTellIt) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    const auto antes = correr({"exportar", "-", "--estacion", "02080050"}).salida;
+    const auto estado = correr({"estado", "--json"}).salida;
+    struct Caso {
+        std::string cambio;
+        std::string falta;
+    };
+    for (
+        const auto& [cambio, falta] : std::vector<Caso>{
+            {"ALTER TABLE estaciones DROP COLUMN huecos", "a la tabla estaciones le falta la columna huecos"},
+            {"ALTER TABLE estaciones DROP COLUMN cabecera",
+             "la tabla estaciones le falta la columna cabecera"},
+            {"DROP VIEW lecturas; ALTER TABLE estaciones DROP COLUMN evaporacion",
+             "a la tabla estaciones le falta la columna evaporacion"},
+            {"ALTER TABLE imagenes DROP COLUMN retrocesos",
+             "la tabla imagenes le falta la columna retrocesos"},
+            {"DROP INDEX imagenes_por_reloj; ALTER TABLE imagenes DROP COLUMN reloj",
+             "a la tabla imagenes le falta la columna reloj"},
+            {"ALTER TABLE contenidos DROP COLUMN profundidad",
+             "a la tabla contenidos le falta la columna profundidad"},
+            {"DROP VIEW lecturas; ALTER TABLE muestras DROP COLUMN cuenta",
+             "a la tabla muestras le falta la columna cuenta"},
+            {"DROP VIEW lecturas; DROP TABLE muestras; CREATE TABLE muestras(estacion INTEGER, hora INTEGER)",
+             "a la tabla muestras le falta la columna humedad"},
+            {"DROP TABLE testigos; CREATE TABLE testigos(estacion INTEGER NOT NULL, hora INTEGER NOT NULL, "
+             "registro BLOB NOT NULL, ranura INTEGER NOT NULL, imagen BLOB NOT NULL)",
+             "a la tabla testigos le falta su clave (estacion,hora,registro,ranura,imagen)"}}) {
+        sql(cambio);
+        const auto r = correr({"comprobar"});
+        EXPECT_EQ(r.codigo, 1) << cambio;
+        EXPECT_THAT(r.salida, HasSubstr(falta)) << cambio;
+        EXPECT_THAT(r.salida, HasSubstr(": repóngalo con rehacer\n")) << cambio;
+        EXPECT_EQ(correr({"rehacer"}).codigo, 0) << cambio;
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n") << cambio;
+        EXPECT_EQ(correr({"exportar", "-", "--estacion", "02080050"}).salida, antes) << cambio;
+        EXPECT_EQ(correr({"estado", "--json"}).salida, estado) << cambio;
+    }
+}
+
+TEST_F(Ordenes, AColumnThatNothingTellsAgainIsNamedAndNoCommandSendsInACircle) {
+    const auto base = imagen();
+    struct Caso {
+        std::string cambio;
+        std::string falta;
+    };
+    for (const auto& [cambio, falta] : std::vector<Caso>{
+             {"ALTER TABLE descargas DROP COLUMN puerto", "a la tabla descargas le falta la columna puerto"},
+             {"ALTER TABLE descargas RENAME COLUMN puerto TO p",
+              "a la tabla descargas le falta la columna puerto"},
+             {"ALTER TABLE imagenes DROP COLUMN origen", "a la tabla imagenes le falta la columna origen"},
+             {"DROP VIEW lecturas; ALTER TABLE estaciones DROP COLUMN serie",
+              "a la tabla estaciones le falta la columna serie"},
+             {"ALTER TABLE contenidos DROP COLUMN base", "a la tabla contenidos le falta la columna base"},
+             {"DROP TABLE contenidos", "falta la tabla contenidos"}}) {
+        ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+        sql(cambio);
+        const auto todo = falta + ": recupere su copia, o haga otro archivo con los .rgt guardados";
+        EXPECT_THAT(correr({"comprobar"}).salida, HasSubstr(todo)) << cambio;
+        const auto r = correr({"rehacer"});
+        EXPECT_EQ(r.codigo, 1) << cambio;
+        EXPECT_THAT(r.errores, HasSubstr(todo)) << cambio;
+        std::filesystem::remove(archivo());
+    }
+}
+
+TEST_F(Ordenes, WhatHangsOnTheTablesAndIsNotOursIsNamed) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    // Of others' tables and views, and of what only makes a query quicker, nothing is said.
+    sql("CREATE TABLE mias(a PRIMARY KEY); CREATE VIEW vistas AS SELECT * FROM lecturas; CREATE INDEX rapido "
+        "ON "
+        "muestras(hora); CREATE TRIGGER suyo AFTER INSERT ON mias BEGIN SELECT 1; END");
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+    struct Caso {
+        std::string cambio;
+        std::string dicho;
+        std::string remedio;
+    };
+    for (const auto& [cambio, dicho, remedio] : std::vector<Caso>{
+             {"CREATE TRIGGER borrar AFTER INSERT ON muestras BEGIN DELETE FROM muestras; END",
+              "muestras tiene un disparador que no es de este programa, borrar: quítelo con DROP TRIGGER "
+              "borrar",
+              "DROP TRIGGER borrar"},
+             {"CREATE UNIQUE INDEX solo ON testigos(hora) WHERE ranura=1",
+              "testigos tiene un índice que no es de este programa, solo: quítelo con DROP INDEX solo",
+              "DROP INDEX solo"},
+             {"CREATE UNIQUE INDEX solo ON imagenes(origen,bytes)",
+              "la tabla imagenes tiene una clave que no es de este programa, (origen,bytes): quítela",
+              "DROP INDEX solo"},
+             {"ALTER TABLE imagenes ADD COLUMN nota TEXT",
+              "la tabla imagenes tiene una columna que no es de este programa, nota: quítela",
+              "ALTER TABLE imagenes DROP COLUMN nota"}}) {
+        sql(cambio);
+        EXPECT_THAT(correr({"comprobar"}).salida, HasSubstr(dicho)) << cambio;
+        const auto r = correr({"rehacer"});
+        EXPECT_EQ(r.codigo, 1) << cambio;
+        EXPECT_THAT(r.errores, HasSubstr(dicho)) << cambio;
+        sql(remedio);
+        EXPECT_EQ(correr({"rehacer"}).codigo, 0) << cambio;
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n") << cambio;
+    }
+}
+
 // What the samples came from may be lost; they themselves are not thrown after it.
 TEST_F(Ordenes, ImagesOfWhichOnlyTheContentsAreLeftAreToldAndComeBack) {
     const auto base = imagen();

@@ -177,7 +177,135 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
                 testing::ElementsAre("imágenes de una estación que no está: 1"));
     servidor.ejecutar("partes", "DROP TABLE telvane.contenidos");
     EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }),
-                HasSubstr("falta contenidos, que de las imágenes no se obtiene"));
+                HasSubstr("falta la tabla contenidos: recupere su copia"));
+}
+
+// A remedy that is told has to work.
+TEST(Servidor, PostgresqlThatLostAColumnOrAKeyNamesItAndGetsItBack) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("claves");
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
+    incorporar(almacen, 10);
+    const auto antes = retrato(almacen);
+    const auto defectos = [&] { return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}); };
+    struct Caso {
+        std::string cambio;
+        std::string falta;
+    };
+    for (const auto& [cambio, falta] : std::vector<Caso>{
+             {"ALTER TABLE telvane.muestras DROP CONSTRAINT muestras_pkey",
+              "a la tabla muestras le falta su clave (estacion,hora,registro)"},
+             {"ALTER TABLE telvane.muestras DROP CONSTRAINT muestras_pkey; INSERT INTO telvane.muestras "
+              "SELECT "
+              "estacion,hora,registro,NOT cuenta FROM telvane.muestras",
+              "a la tabla muestras le falta su clave (estacion,hora,registro)"},
+             {"ALTER TABLE telvane.imagenes DROP CONSTRAINT imagenes_pkey; INSERT INTO telvane.imagenes "
+              "SELECT * "
+              "FROM telvane.imagenes",
+              "a la tabla imagenes le falta su clave (estacion,huella)"},
+             {"ALTER TABLE telvane.estaciones DROP CONSTRAINT estaciones_nombre_key",
+              "a la tabla estaciones le falta su clave (nombre)"},
+             {"ALTER TABLE telvane.estaciones DROP CONSTRAINT estaciones_pkey",
+              "a la tabla estaciones le falta su clave (id)"},
+             {"ALTER TABLE telvane.contenidos DROP CONSTRAINT contenidos_pkey",
+              "a la tabla contenidos le falta su clave (estacion,huella)"},
+             {"ALTER TABLE telvane.descargas DROP CONSTRAINT descargas_pkey",
+              "a la tabla descargas le falta su clave (estacion,imagen)"},
+             {"ALTER TABLE telvane.testigos DROP CONSTRAINT testigos_pkey",
+              "a la tabla testigos le falta su clave (estacion,hora,registro,ranura,imagen)"},
+             {"ALTER TABLE telvane.estaciones DROP COLUMN huecos",
+              "a la tabla estaciones le falta la columna huecos"},
+             {"ALTER TABLE telvane.estaciones DROP COLUMN cabecera, DROP COLUMN hasta, DROP COLUMN "
+              "incorporada",
+              "a la tabla estaciones le falta la columna incorporada"},
+             {"ALTER TABLE telvane.imagenes DROP COLUMN contenida",
+              "a la tabla imagenes le falta la columna contenida"},
+             {"ALTER TABLE telvane.muestras DROP COLUMN hora CASCADE",
+              "a la tabla muestras le falta la columna hora"},
+             {"ALTER TABLE telvane.muestras DROP COLUMN cuenta CASCADE",
+              "a la tabla muestras le falta la columna cuenta"},
+             {"DROP VIEW telvane.lecturas; ALTER TABLE telvane.muestras ALTER registro TYPE text USING "
+              "'x'||hora",
+              "la columna registro de la tabla muestras no es como este programa la hace (bytea NOT NULL)"},
+             {"ALTER TABLE telvane.muestras ALTER cuenta DROP NOT NULL; UPDATE telvane.muestras SET "
+              "cuenta=NULL",
+              "la columna cuenta de la tabla muestras no es como este programa la hace (boolean NOT NULL)"},
+             {"ALTER TABLE telvane.imagenes ALTER reloj SET NOT NULL",
+              "la columna reloj de la tabla imagenes no es como este programa la hace (timestamp without "
+              "time zone)"},
+             {"ALTER TABLE telvane.muestras RENAME TO m2", "falta la tabla muestras"}}) {
+        servidor.ejecutar("claves", "SET client_min_messages=error; " + cambio);
+        EXPECT_THAT(defectos(), testing::Contains(falta + ": repóngalo con rehacer").Times(1)) << cambio;
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty()) << cambio;
+        EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
+        EXPECT_EQ(retrato(almacen), antes) << cambio;
+    }
+    servidor.ejecutar(
+        "claves",
+        "ALTER TABLE telvane.imagenes DROP CONSTRAINT imagenes_pkey; INSERT INTO telvane.imagenes "
+        "SELECT estacion,huella,bytes,reloj,desde,hasta,incorporada,'otro',muestras,retrocesos,"
+        "contenida FROM telvane.imagenes");
+    EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }),
+                HasSubstr("a la tabla imagenes le falta su clave (estacion,huella), y tiene filas que se "
+                          "contradicen: recupere su copia"));
+}
+
+TEST(Servidor, PostgresqlThatLostWhatNothingTellsAgainSaysSoInSpanish) {
+    auto& servidor = ServidorPostgres::unico();
+    for (const std::string columna :
+         {"descargas puerto", "imagenes origen", "estaciones serie", "contenidos datos"}) {
+        const auto url = servidor.baseVacia("perdida");
+        AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
+        incorporar(almacen, 10);
+        const auto blanco = columna.find(' ');
+        const auto tabla = columna.substr(0, blanco);
+        const auto cual = columna.substr(blanco + 1);
+        servidor.ejecutar("perdida", "SET client_min_messages=error; ALTER TABLE telvane." + tabla +
+                                         " RENAME COLUMN " + cual + " TO otra");
+        const auto falta = "a la tabla " + tabla + " le falta la columna " + cual +
+                           ": recupere su copia, o haga otro archivo con los .rgt guardados";
+        EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::Contains(falta));
+        EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }), HasSubstr(falta));
+    }
+}
+
+TEST(Servidor, PostgresqlNamesWhatHangsOnItsTablesAndIsNotOurs) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("ajenos");
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
+    incorporar(almacen, 10);
+    const auto defectos = [&] { return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}); };
+    servidor.ejecutar("ajenos",
+                      "CREATE TABLE telvane.mias(a integer PRIMARY KEY CHECK (a>0)); CREATE INDEX rapido ON "
+                      "telvane.muestras(hora); CREATE VIEW telvane.vistas AS SELECT * FROM telvane.lecturas");
+    EXPECT_THAT(defectos(), testing::IsEmpty());
+    struct Caso {
+        std::string cambio;
+        std::string dicho;
+        std::string remedio;
+    };
+    for (const auto& [cambio, dicho, remedio] :
+         std::vector<Caso>{{"CREATE FUNCTION nada() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN RETURN NULL; "
+                            "END'; CREATE TRIGGER "
+                            "borrar BEFORE INSERT ON telvane.muestras FOR EACH ROW EXECUTE FUNCTION nada()",
+                            "muestras tiene un disparador que no es de este programa, borrar",
+                            "DROP TRIGGER borrar ON telvane.muestras"},
+                           {"CREATE RULE callar AS ON INSERT TO telvane.testigos DO INSTEAD NOTHING",
+                            "testigos tiene una regla que no es de este programa, callar",
+                            "DROP RULE callar ON telvane.testigos"},
+                           {"ALTER TABLE telvane.imagenes ADD CONSTRAINT pocas CHECK (muestras<99)",
+                            "imagenes tiene una condición que no es de este programa, pocas",
+                            "ALTER TABLE telvane.imagenes DROP CONSTRAINT pocas"},
+                           {"CREATE UNIQUE INDEX solo ON telvane.imagenes(origen)",
+                            "la tabla imagenes tiene una clave que no es de este programa, (origen)",
+                            "DROP INDEX telvane.solo"}}) {
+        servidor.ejecutar("ajenos", cambio);
+        EXPECT_THAT(defectos(), testing::Contains(HasSubstr(dicho))) << cambio;
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::ElementsAre(HasSubstr(dicho))) << cambio;
+        servidor.ejecutar("ajenos", remedio);
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty()) << cambio;
+        EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
+    }
 }
 
 TEST(Servidor, PostgresqlThatLacksATableIsToldInSpanishWithWhatToDo) {

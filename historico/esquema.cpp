@@ -1,0 +1,217 @@
+#include "historico/esquema.h"
+
+#include <algorithm>
+#include <array>
+#include <sstream>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace telvane {
+
+namespace {
+
+std::string_view recortado(std::string_view texto) {
+    constexpr std::string_view kBlancos = " \n\t,";
+    const auto desde = texto.find_first_not_of(kBlancos);
+    if (desde == std::string_view::npos) return {};
+    return texto.substr(desde, texto.find_last_not_of(kBlancos) + 1 - desde);
+}
+
+constexpr std::string_view kClavePrimaria = "PRIMARY KEY";
+
+Clave leerClave(std::string_view columnas) {
+    Clave clave;
+    while (!columnas.empty()) {
+        const auto hasta = std::min(columnas.find(','), columnas.size());
+        clave.emplace_back(recortado(columnas.substr(0, hasta)));
+        columnas.remove_prefix(std::min(hasta + 1, columnas.size()));
+    }
+    return clave;
+}
+
+Columna leerColumna(std::string_view linea) {
+    const auto blanco = linea.find(' ');
+    Columna columna{.nombre = std::string(linea.substr(0, blanco)), .tipo = {}};
+    const auto declaracion = recortado(linea.substr(blanco));
+    auto finDelTipo = declaracion.size();
+    for (const std::string_view palabra :
+         {" PRIMARY", " NOT", " DEFAULT", " COLLATE", " UNIQUE", " REFERENCES"})
+        finDelTipo = std::min(finDelTipo, declaracion.find(palabra));
+    columna.tipo = declaracion.substr(0, finDelTipo);
+    columna.obligatoria = declaracion.find("NOT NULL") != std::string_view::npos ||
+                          declaracion.find(kClavePrimaria) != std::string_view::npos;
+    columna.declaracion = declaracion;
+    return columna;
+}
+
+void leerLinea(std::string_view linea, Tabla& tabla) {
+    if (linea.starts_with(kClavePrimaria)) {
+        const auto desde = linea.find('(') + 1;
+        tabla.claves.push_back(leerClave(linea.substr(desde, linea.rfind(')') - desde)));
+        return;
+    }
+    auto& columna = tabla.columnas.emplace_back(leerColumna(linea));
+    const bool sola = columna.declaracion.find(kClavePrimaria) != std::string::npos ||
+                      columna.declaracion.find("UNIQUE") != std::string::npos;
+    if (sola) tabla.claves.push_back({columna.nombre});
+}
+
+// The commas inside of brackets part nothing.
+void leerCuerpo(std::string_view cuerpo, Tabla& tabla) {
+    int abiertos = 0;
+    std::size_t desde = 0;
+    for (std::size_t i = 0; i <= cuerpo.size(); ++i) {
+        const char letra = i < cuerpo.size() ? cuerpo[i] : ',';
+        abiertos += letra == '(' ? 1 : letra == ')' ? -1 : 0;
+        if (letra != ',' || abiertos > 0) continue;
+        leerLinea(recortado(cuerpo.substr(desde, i - desde)), tabla);
+        desde = i + 1;
+    }
+}
+
+struct DeLasImagenes {
+    std::string_view tabla;
+    std::string_view columna;
+};
+constexpr std::array<DeLasImagenes, 18> kDeLasImagenes = {{{"estaciones", "evaporacion"},
+                                                           {"estaciones", "mas_nueva"},
+                                                           {"estaciones", "cabecera"},
+                                                           {"estaciones", "imagenes"},
+                                                           {"estaciones", "muestras"},
+                                                           {"estaciones", "huecos"},
+                                                           {"estaciones", "conflictos"},
+                                                           {"estaciones", "desde"},
+                                                           {"estaciones", "hasta"},
+                                                           {"estaciones", "incorporada"},
+                                                           {"imagenes", "reloj"},
+                                                           {"imagenes", "desde"},
+                                                           {"imagenes", "hasta"},
+                                                           {"imagenes", "muestras"},
+                                                           {"imagenes", "retrocesos"},
+                                                           {"imagenes", "contenida"},
+                                                           {"contenidos", "profundidad"},
+                                                           {"muestras", "cuenta"}}};
+
+}  // namespace
+
+const Columna* Tabla::columna(std::string_view cual) const {
+    const auto lugar = std::ranges::find(columnas, cual, &Columna::nombre);
+    return lugar == columnas.end() ? nullptr : &*lugar;
+}
+bool Tabla::tieneClave(const Clave& cual) const {
+    return std::ranges::find(claves, cual) != claves.end();
+}
+
+const Tabla* buscarTabla(const Tablas& tablas, std::string_view cual) {
+    const auto lugar = std::ranges::find(tablas, cual, &Tabla::nombre);
+    return lugar == tablas.end() ? nullptr : &*lugar;
+}
+
+Tablas leerTablas(std::string_view sql) {
+    constexpr std::string_view kComienzo = "CREATE TABLE ";
+    Tablas tablas;
+    std::istringstream texto{std::string(sql)};
+    for (std::string sentencia; std::getline(texto, sentencia, ';');) {
+        const auto toda = recortado(sentencia);
+        if (!toda.starts_with(kComienzo)) continue;
+        const auto abre = toda.find('(');
+        auto nombre = toda.substr(kComienzo.size(), abre - kComienzo.size());
+        if (const auto punto = nombre.find('.'); punto != std::string_view::npos)
+            nombre.remove_prefix(punto + 1);
+        auto& tabla = tablas.emplace_back(Tabla{.nombre = std::string(nombre)});
+        leerCuerpo(toda.substr(abre + 1, toda.rfind(')') - abre - 1), tabla);
+    }
+    return tablas;
+}
+
+std::vector<Falta> faltasDe(const Tablas& deben, const Tablas& hay) {
+    using Clase = Falta::Clase;
+    std::vector<Falta> faltas;
+    for (const auto& debe : deben) {
+        const auto* tabla = buscarTabla(hay, debe.nombre);
+        if (tabla == nullptr) {
+            faltas.push_back({.clase = Clase::tabla, .tabla = debe.nombre});
+            continue;
+        }
+        for (const auto& columna : debe.columnas) {
+            const auto* suya = tabla->columna(columna.nombre);
+            const bool igual =
+                suya != nullptr && suya->tipo == columna.tipo && suya->obligatoria == columna.obligatoria;
+            if (igual) continue;
+            faltas.push_back({.clase = suya == nullptr ? Clase::columna : Clase::forma,
+                              .tabla = debe.nombre,
+                              .columna = columna,
+                              .clave = {},
+                              .soloNulos = suya != nullptr && suya->tipo == columna.tipo});
+        }
+        for (const auto& clave : debe.claves) {
+            if (tabla->ajena || tabla->tieneClave(clave)) continue;
+            faltas.push_back({.clase = Clase::clave, .tabla = debe.nombre, .columna = {}, .clave = clave});
+        }
+    }
+    return faltas;
+}
+
+std::string textoDe(const Falta& falta) {
+    switch (falta.clase) {
+        case Falta::Clase::tabla:
+            return fmt::format("falta la tabla {}", falta.tabla);
+        case Falta::Clase::columna:
+            return fmt::format("a la tabla {} le falta la columna {}", falta.tabla, falta.columna.nombre);
+        case Falta::Clase::forma:
+            return fmt::format("la columna {} de la tabla {} no es como este programa la hace ({})",
+                               falta.columna.nombre, falta.tabla, falta.columna.declaracion);
+        default:
+            return fmt::format("a la tabla {} le falta su clave ({})", falta.tabla, textoDe(falta.clave));
+    }
+}
+
+std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay) {
+    std::vector<std::string> sobras;
+    for (const auto& debe : deben) {
+        const auto* tabla = buscarTabla(hay, debe.nombre);
+        if (tabla == nullptr) continue;
+        for (const auto& columna : tabla->columnas) {
+            if (debe.columna(columna.nombre) != nullptr) continue;
+            sobras.push_back(
+                fmt::format("la tabla {} tiene una columna que no es de este programa, {}: quítela",
+                            debe.nombre, columna.nombre));
+        }
+        for (const auto& clave : tabla->claves) {
+            if (debe.tieneClave(clave)) continue;
+            sobras.push_back(
+                fmt::format("la tabla {} tiene una clave que no es de este programa, ({}): quítela",
+                            debe.nombre, textoDe(clave)));
+        }
+    }
+    return sobras;
+}
+
+bool seObtiene(std::string_view tabla) {
+    return tabla == "muestras" || tabla == "testigos";
+}
+bool seObtiene(std::string_view tabla, std::string_view columna) {
+    return std::ranges::any_of(kDeLasImagenes, [&](const DeLasImagenes& una) {
+        return una.tabla == tabla && una.columna == columna;
+    });
+}
+
+std::string valorDeRelleno(std::string_view tipo) {
+    const auto es = [&](std::string_view cual) { return tipo == cual; };
+    if (es("boolean")) return "false";
+    if (es("text") || es("TEXT") || es("bytea")) return "''";
+    if (es("BLOB")) return "x''";
+    return tipo.starts_with("timestamp") ? "'epoch'" : "0";
+}
+
+std::string agregarColumna(const std::string& tabla, const Columna& columna) {
+    const bool sinValor = columna.obligatoria && columna.declaracion.find("DEFAULT") == std::string::npos;
+    return fmt::format("ALTER TABLE {} ADD COLUMN {} {}{}", tabla, columna.nombre, columna.declaracion,
+                       sinValor ? " DEFAULT " + valorDeRelleno(columna.tipo) : "");
+}
+std::string textoDe(const Clave& clave) {
+    return fmt::format("{}", fmt::join(clave, ","));
+}
+
+}  // namespace telvane

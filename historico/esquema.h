@@ -1,0 +1,68 @@
+// What an archive's tables are made of. The statements that make them say it; whatever an archive has is held
+// against that.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace telvane {
+
+struct Columna {
+    std::string nombre;
+    std::string tipo;
+    bool obligatoria = false;
+    // All that is said of it behind its name; nothing of one that was found.
+    std::string declaracion = {};
+};
+
+// The columns that no two rows have alike.
+using Clave = std::vector<std::string>;
+
+struct Tabla {
+    std::string nombre;
+    std::vector<Columna> columnas = {};
+    std::vector<Clave> claves = {};  // the primary one first
+    // Its rows lie with other servers, which look after its keys.
+    bool ajena = false;
+
+    const Columna* columna(std::string_view cual) const;
+    bool tieneClave(const Clave& cual) const;
+};
+using Tablas = std::vector<Tabla>;
+
+const Tabla* buscarTabla(const Tablas& tablas, std::string_view cual);
+
+// The tables that CREATE TABLE statements make, a column a line.
+Tablas leerTablas(std::string_view sql);
+
+// What is not there as it must be.
+struct Falta {
+    enum class Clase { tabla, columna, forma, clave };
+    Clase clase;
+    std::string tabla;
+    Columna columna = {};
+    Clave clave = {};
+    // Only whether there may be nothing in it.
+    bool soloNulos = false;
+};
+std::vector<Falta> faltasDe(const Tablas& deben, const Tablas& hay);
+// For people, without what to do.
+std::string textoDe(const Falta& falta);
+// The columns that nobody asked for, and the keys.
+std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay);
+
+// What the images tell again: a whole table, or a column of one.
+bool seObtiene(std::string_view tabla);
+bool seObtiene(std::string_view tabla, std::string_view columna);
+
+// With a value for the rows that there are, until the images have told theirs.
+std::string agregarColumna(const std::string& tabla, const Columna& columna);
+std::string valorDeRelleno(std::string_view tipo);
+std::string textoDe(const Clave& clave);
+
+inline constexpr std::string_view kRecuperar =
+    "recupere su copia, o haga otro archivo con los .rgt guardados";
+inline constexpr std::string_view kReponer = "repóngalo con rehacer";
+
+}  // namespace telvane
