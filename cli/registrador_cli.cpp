@@ -31,6 +31,9 @@ constexpr int kIntentosMarco = 3;
 // The rest of an answer that was recognised before its end.
 constexpr auto kResto = 100ms;
 
+// What is waited for a byte too many behind a record, at the least.
+constexpr Bucle::Duracion kSobraTardia = 20ms;
+
 constexpr std::string_view kNoResponde = "el registrador no responde: revise el cable y la alimentación";
 
 // Names of the ports that could not be tried, by why.
@@ -150,8 +153,11 @@ DatosConfig RegistradorCli::leerUnaVez() {
     const auto inicio = entorno_.reloj.monotono();
     linea.enviar(kApertura);
     DatosConfig datos;
+    auto masLenta = kSobraTardia;
     for (std::int32_t contador = 1; contador <= kContadorFinLectura; ++contador) {
+        const auto pedido = entorno_.reloj.monotono();
         const auto byte = recibir(linea, contador);
+        masLenta = std::max(masLenta, entorno_.reloj.monotono() - pedido);
         // A byte too many would shift every field behind it.
         if (linea.esperan() > 0) fueraDePaso("el registrador envió bytes de más");
         const auto paso = pasoLectura(contador, byte, datos);
@@ -165,6 +171,8 @@ DatosConfig RegistradorCli::leerUnaVez() {
         if (const auto aviso = avisoDe(paso.hito); !aviso.empty()) consola_.aviso(aviso);
     }
     momentoDeLectura_ = masTarde(antes, (entorno_.reloj.monotono() - inicio) / 2);
+    // One that came by itself, after its forerunner had been answered, leaves the logger an answer to give.
+    if (linea.esperarBytes(1, masLenta)) fueraDePaso("el registrador envió bytes de más");
     return datos;
 }
 

@@ -1,5 +1,7 @@
 #include "tests/apoyo/bucle_prueba.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <map>
@@ -51,6 +53,13 @@ struct BuclePrueba::Cola {
     using Clave = std::pair<nanoseconds, std::uint64_t>;
     std::map<Clave, Accion> armadas;
     std::uint64_t siguiente = 0;
+
+    struct Descriptor {
+        int numero;
+        bool activo;
+        Accion accion;
+    };
+    std::map<std::uint64_t, Descriptor> lecturas;
 };
 
 // Destroying it disarms the alarm; it may outlive both its firing and the loop.
@@ -66,11 +75,28 @@ class BuclePrueba::Alarma final : public Bucle::Vigilancia {
     Cola::Clave clave_;
 };
 
+class BuclePrueba::LecturaDePrueba final : public Bucle::Lectura {
+   public:
+    LecturaDePrueba(std::shared_ptr<Cola> cola, std::uint64_t clave)
+        : cola_(std::move(cola)), clave_(clave) {}
+    LecturaDePrueba(const LecturaDePrueba&) = delete;
+    LecturaDePrueba& operator=(const LecturaDePrueba&) = delete;
+    ~LecturaDePrueba() override { cola_->lecturas.erase(clave_); }
+    void activa(bool si) override { cola_->lecturas.at(clave_).activo = si; }
+
+   private:
+    std::shared_ptr<Cola> cola_;
+    std::uint64_t clave_;
+};
+
 BuclePrueba::BuclePrueba() : cola_(std::make_shared<Cola>()) {}
 BuclePrueba::~BuclePrueba() = default;
 
-std::unique_ptr<Bucle::Lectura> BuclePrueba::fuenteLectura(int, Accion) {
-    throw std::logic_error("the loop of virtual time watches no descriptor");
+std::unique_ptr<Bucle::Lectura> BuclePrueba::fuenteLectura(int descriptor, Accion accion) {
+    if (!alrededores_) throw std::logic_error("the loop of virtual time watches no descriptor");
+    const auto clave = cola_->siguiente++;
+    cola_->lecturas.emplace(clave, Cola::Descriptor{descriptor, true, std::move(accion)});
+    return std::make_unique<LecturaDePrueba>(cola_, clave);
 }
 
 Bucle::Asidero BuclePrueba::fuenteAlarma(Duracion plazo, Accion accion) {
@@ -80,13 +106,37 @@ Bucle::Asidero BuclePrueba::fuenteAlarma(Duracion plazo, Accion accion) {
 }
 
 bool BuclePrueba::girar() {
+    if (entregarLectura()) return true;
     if (cola_->armadas.empty()) return false;
+    girarAlarma();
+    return true;
+}
+
+void BuclePrueba::girarAlarma() {
     // Taken out first: calling it may destroy the handle that armed it.
     const auto alarma = cola_->armadas.extract(cola_->armadas.begin());
     vigilarGiroEnVano(alarma.key().first);
     ++entregados_;
     alarma.mapped()();
-    return true;
+}
+
+// The first watched descriptor that has something by now; false: none has.
+bool BuclePrueba::entregarLectura() {
+    bool hayMas = alrededores_ != nullptr;
+    while (hayMas) {
+        hayMas = alrededores_->alDia();
+        for (const auto& [clave, lectura] : cola_->lecturas) {
+            pollfd estado{lectura.numero, POLLIN, 0};
+            if (!lectura.activo || ::poll(&estado, 1, 0) <= 0) continue;
+            vigilarGiroEnVano(reloj_.monotono());
+            ++entregados_;
+            // Calling it may destroy the watch and with it the original.
+            const Accion accion = lectura.accion;
+            accion();
+            return true;
+        }
+    }
+    return false;
 }
 
 void BuclePrueba::vigilarGiroEnVano(Duracion vence) {
@@ -101,11 +151,12 @@ void BuclePrueba::vigilarGiroEnVano(Duracion vence) {
 bool BuclePrueba::correrHasta(const std::function<bool()>& condicion, Duracion limite) {
     const auto fin = reloj_.monotono() + limite;
     while (!condicion()) {
+        if (entregarLectura()) continue;
         if (cola_->armadas.empty() || cola_->armadas.begin()->first.first > fin) {
             reloj_.dejarPasar(std::max(fin - reloj_.monotono(), Duracion(0)));
             return condicion();
         }
-        girar();
+        girarAlarma();
     }
     return true;
 }

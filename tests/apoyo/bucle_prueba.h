@@ -32,6 +32,16 @@ class RelojPrueba final : public Reloj {
     std::chrono::nanoseconds civil_;  // local time since 1970-01-01 00:00
 };
 
+// What lives on the loop's clock and not on the loop, so that no pause holds it back: a network with what
+// stands at its other end. With one the loop watches descriptors; time moves on only when nothing is on its
+// way to them.
+class Alrededores {
+   public:
+    virtual ~Alrededores() = default;
+    // Everything that was sent until now arrives. True: there is more to send at this very moment.
+    virtual bool alDia() = 0;
+};
+
 class BuclePrueba final : public Bucle {
    public:
     BuclePrueba();
@@ -40,8 +50,8 @@ class BuclePrueba final : public Bucle {
     RelojPrueba& reloj() { return reloj_; }
     const RelojPrueba& reloj() const { return reloj_; }
 
-    // Moves the time to the next alarm and delivers it; alarms of one instant come in the order of their
-    // arming. False: no alarm is armed.
+    // Delivers what a descriptor brings now, or moves the time to the next alarm and delivers it; alarms of
+    // one instant come in the order of their arming. False: there is neither.
     bool girar();
     // Delivers everything that falls due within the duration and leaves the time at its end.
     void avanzar(Duracion duracion);
@@ -52,6 +62,9 @@ class BuclePrueba final : public Bucle {
     // Turns until no alarm is armed (true) or the limit has passed (false): a periodic timer never ends.
     bool correr(Duracion limite = std::chrono::minutes(10));
 
+    // Looked at before every event; none: nullptr.
+    void rodear(Alrededores* alrededores) { alrededores_ = alrededores; }
+
     // An action of the user, some time from now: held back by a pause like every event.
     void programar(Duracion plazo, Accion accion);
 
@@ -59,17 +72,21 @@ class BuclePrueba final : public Bucle {
     std::size_t sucesosEntregados() const { return entregados_; }
 
    protected:
-    // In-process ports have no descriptor: throws std::logic_error.
+    // In-process ports have no descriptor: throws std::logic_error without anything around.
     std::unique_ptr<Lectura> fuenteLectura(int descriptor, Accion accion) override;
     Asidero fuenteAlarma(Duracion plazo, Accion accion) override;
 
    private:
     struct Cola;
     class Alarma;
+    class LecturaDePrueba;
+    bool entregarLectura();
+    void girarAlarma();
     void vigilarGiroEnVano(Duracion vence);
 
     RelojPrueba reloj_;
     std::shared_ptr<Cola> cola_;
+    Alrededores* alrededores_ = nullptr;
     std::vector<Asidero> programadas_;
     std::size_t entregados_ = 0;
     std::size_t enEsteInstante_ = 0;

@@ -1,11 +1,15 @@
 #include "tests/apoyo/bucle_prueba.h"
 
+#include <unistd.h>
+
+#include <array>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "gtest/gtest-spi.h"
+#include "platform/descriptor.h"
 #include "platform/esperas.h"
 #include "platform/tarea.h"
 #include "tests/apoyo/dialogos_prueba.h"
@@ -153,6 +157,49 @@ TEST(DialogosPrueba, AnAnswerThatNobodyAskedForFails) {
             dialogos.responder(Boton::aceptar);
         },
         "never shown");
+}
+
+// Says when it was asked, and twice that there is more.
+class DeLejos final : public Alrededores {
+   public:
+    explicit DeLejos(int escribe) : escribe_(escribe) {}
+    bool alDia() override {
+        if (trozos_ == 0) return false;
+        EXPECT_EQ(::write(escribe_, "x", 1), 1);
+        return --trozos_ > 0;
+    }
+
+   private:
+    int escribe_;
+    int trozos_ = 2;
+};
+
+TEST(BuclePrueba, WatchesDescriptorsOnlyWithSomethingAround) {
+    BuclePrueba bucle;
+    EXPECT_THROW(static_cast<void>(bucle.vigilarLectura(0, [] {})), std::logic_error);
+}
+
+TEST(BuclePrueba, WhatComesFromAroundIsDeliveredBeforeTimePassesAndAPauseHoldsItBack) {
+    std::array<int, 2> tubo{};
+    ASSERT_EQ(::pipe(tubo.data()), 0);
+    const Descriptor lee(tubo[0]);
+    const Descriptor escribe(tubo[1]);
+    BuclePrueba bucle;
+    DeLejos lejos(escribe());
+    bucle.rodear(&lejos);
+    std::string orden;
+    const auto lectura = bucle.vigilarLectura(lee(), [&] {
+        char byte = 0;
+        EXPECT_EQ(::read(lee(), &byte, 1), 1);
+        orden += byte;
+    });
+    const auto alarma = bucle.alarma(0s, [&] { orden += 'a'; });
+    bucle.pausar(2s, [&] { orden += 'p'; });
+    bucle.avanzar(1s);
+    EXPECT_EQ(orden, "");
+    bucle.avanzar(2s);
+    EXPECT_EQ(orden, "paxx");
+    bucle.rodear(nullptr);
 }
 
 TEST(DialogosPrueba, AnOpenMessageWaitsForItsAnswer) {

@@ -14,11 +14,12 @@ std::string contenido(const std::filesystem::path& ruta) {
     return {std::istreambuf_iterator<char>(archivo), {}};
 }
 
-Banco::Banco(int baudios, Perfil perfil)
+Banco::Banco(int baudios, Perfil perfil, const HacerRed& hacerRed)
     : puertos(bucle, bucle.reloj(), baudios),
+      red(hacerRed ? hacerRed(bucle, puertos) : nullptr),
       inicio({.bucle = bucle,
               .reloj = bucle.reloj(),
-              .puertos = puertos,
+              .puertos = red ? static_cast<Puertos&>(*red) : puertos,
               .dialogos = dialogos,
               .registro = registro,
               .terminar = [this](int estado) { terminaciones.push_back(estado); },

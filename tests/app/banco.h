@@ -4,7 +4,9 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,7 @@
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/dialogos_prueba.h"
 #include "tests/apoyo/inhibidor_prueba.h"
+#include "tests/apoyo/puerto_en_red.h"
 
 namespace telvane {
 
@@ -50,7 +53,9 @@ std::string contenido(const std::filesystem::path& ruta);
 
 class Banco : public ::testing::Test {
    protected:
-    explicit Banco(int baudios = 0, Perfil perfil = Perfil::estricto);
+    // red: makes the network through which COM1 is reached; none: the port stands in the PC.
+    using HacerRed = std::function<std::unique_ptr<PuertoEnRed>(BuclePrueba&, PuertosSimulados&)>;
+    explicit Banco(int baudios = 0, Perfil perfil = Perfil::estricto, const HacerRed& hacerRed = {});
 
     using ms = std::chrono::milliseconds;
 
@@ -72,6 +77,7 @@ class Banco : public ::testing::Test {
     RegistroRegionalPrueba registro;
     InhibidorPrueba inhibidor;
     PuertosSimulados puertos;
+    std::unique_ptr<PuertoEnRed> red;
     std::vector<int> terminaciones;
     std::vector<std::string> fallos;
     Inicio inicio;

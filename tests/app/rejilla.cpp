@@ -16,13 +16,17 @@ constexpr auto kEntreMarcos = 20ms;
 
 }  // namespace
 
-Rejilla::Rejilla(int baudios) : Banco(baudios) {
+Rejilla::Rejilla(int baudios)
+    : Banco(baudios, Perfil::estricto,
+            [](auto& suBucle, auto& lineas) { return redDeRejilla(suBucle, lineas, 1); }) {
     observacion_ =
         forma.observar({.alCambiar = {}, .alCambiarForma = {}, .alImprimir = [this](const auto& linea) {
                             const bool perdida = linea == "el dispositivo desapareció" ||
                                                  linea == "error al leer del puerto" ||
                                                  linea == "error al escribir en el puerto" ||
-                                                 linea == "el puerto no acepta más datos";
+                                                 linea == "el puerto no acepta más datos" ||
+                                                 linea.starts_with("se cortó la conexión con 127.") ||
+                                                 linea.find(" rechaza la conexión") != std::string::npos;
                             (perdida ? perdidas : impresas).push_back(linea);
                         }});
 }
@@ -43,7 +47,7 @@ void Rejilla::enReposo() {
     perdidas.clear();
     puertos.olvidarTrafico(1);
     corridas.otra();
-    ASSERT_FALSE(puertos.abierto(1));
+    ASSERT_FALSE(abierto());
     ASSERT_EQ(habilitados(), "Command2 Command4 Command13 Command33 Command43 configuracion Text10");
 }
 
@@ -91,7 +95,7 @@ void Rejilla::esperar(const Fin& fin) const {
     if (fin.pantalla.ofrece) {
         EXPECT_EQ(forma.Command1.caption(), kOfrecer);
     }
-    EXPECT_EQ(puertos.abierto(1), fin.pantalla.abierto);
+    EXPECT_EQ(abierto(), fin.pantalla.abierto);
     EXPECT_LE(perdidas.size(), 1u) << "a port that goes away is told once";
     EXPECT_TRUE(fallos.empty()) << fallos.front();
     EXPECT_TRUE(terminaciones.empty());
@@ -110,7 +114,7 @@ void Rejilla::lecturaLimpia() {
     pulsarYAsentar(forma.configuracion);
     EXPECT_TRUE(dialogos.textos().empty());
     EXPECT_TRUE(impresas.empty());
-    EXPECT_FALSE(puertos.abierto(1));
+    EXPECT_FALSE(abierto());
     EXPECT_EQ(forma.Text2.text(), puertos.maquina(1).texto(CampoTexto::usuario));
     EXPECT_EQ(forma.Text7.text(), puertos.maquina(1).texto(CampoTexto::altitud));
     EXPECT_EQ(forma.Label4.caption(), "Nro  : " + puertos.maquina(1).serie());

@@ -60,6 +60,11 @@ class Rejilla : public Banco {
     // A read of the configuration without a fault.
     void lecturaLimpia();
 
+    // By the program.
+    bool abierto() const { return red ? red->abierto() : puertos.abierto(1); }
+    bool enPedazos() const { return red && red->enPedazos(); }
+    std::vector<FalloDeRejilla> losFallos() const { return fallosDeRejilla(red != nullptr); }
+
     // Lines printed since the run began.
     std::vector<std::string> impresas;
     std::vector<std::string> perdidas;  // the same, of a port that went away

@@ -6,12 +6,15 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include "tests/apoyo/puerto_en_red.h"
 #include "tests/apoyo/saneado.h"
 
 namespace telvane {
@@ -54,12 +57,42 @@ inline constexpr std::array<FalloDeRejilla, 13> kFallosDeRejilla = {{
     {"escritura-corta", kNoEscribe, 0},
 }};
 
+// Where the grid's port stands, from the environment: TELVANE_REJILLA_PUERTO=red or red-partida; nullptr: in
+// the PC, which is where it stands otherwise.
+inline std::unique_ptr<PuertoEnRed> redDeRejilla(BuclePrueba& bucle, PuertosSimulados& puertos, int numero) {
+    const char* cual = std::getenv("TELVANE_REJILLA_PUERTO");
+    if (cual == nullptr) return nullptr;
+    const bool parte = std::string_view(cual) == "red-partida";
+    return std::make_unique<PuertoEnRed>(bucle, puertos, numero,
+                                         parte ? PuertoEnRed::Trato::parte : PuertoEnRed::Trato::junta);
+}
+
+// What happens in the PC's own driver happens at no server.
+inline std::vector<FalloDeRejilla> fallosDeRejilla(bool enRed) {
+    std::vector<FalloDeRejilla> fallos;
+    for (const auto& fallo : kFallosDeRejilla) {
+        if (!enRed || (fallo.clase & (kAvisa | kNoEscribe)) == 0) fallos.push_back(fallo);
+    }
+    return fallos;
+}
+
+// Whether nothing but the count of bytes left over was printed, or nothing where there are none. In pieces
+// only those count that have come by then.
+inline bool cuentaSobrantes(const std::vector<std::string>& impresas, std::size_t sobran, bool enPedazos) {
+    if (sobran == 0) return impresas.empty();
+    constexpr std::string_view kRotulo = "InBufferCount=";
+    if (impresas.size() != 1 || !impresas.front().starts_with(kRotulo)) return false;
+    const auto cuenta = std::stoul(impresas.front().substr(kRotulo.size()));
+    return cuenta == sobran || (enPedazos && cuenta >= 1 && cuenta < sobran);
+}
+
 // Every so manieth place is tried: a sanitized program takes ten times as long. The environment may ask for
-// all of them, or for the part (TELVANE_REJILLA=entera, muestra).
+// all of them, for the part, or for every Nth (TELVANE_REJILLA=entera, muestra, N).
 inline std::size_t pasoDeRejilla(std::size_t deMuestra) {
     const char* cuanto = std::getenv("TELVANE_REJILLA");
-    const std::string_view pedido = cuanto != nullptr ? cuanto : "";
+    const std::string pedido = cuanto != nullptr ? cuanto : "";
     if (pedido == "entera") return 1;
+    if (!pedido.empty() && pedido != "muestra") return std::stoul(pedido);
     return pedido == "muestra" || saneado() ? deMuestra : 1;
 }
 

@@ -99,7 +99,7 @@ class CliPrueba : public testing::Test {
              .entrada = entrada.descriptor(),
              .salida = salidaAjena ? *salidaAjena : salida.descriptor(),
              .errores = erroresAjenos >= 0 ? erroresAjenos : errores.descriptor()},
-            {.abrirPuertos = [this](const MapaCom&) { return std::make_unique<Prestados>(puertos); },
+            {.abrirPuertos = [this](const MapaCom&) { return std::make_unique<Prestados>(*losPuertos); },
              .raices = {carpeta / "dev", carpeta / "sys", carpeta / "proc"},
              .inhibidor = &inhibidor,
              .systemctl = systemctl}};
@@ -115,6 +115,7 @@ class CliPrueba : public testing::Test {
 
     BuclePrueba bucle;
     PuertosSimulados puertos;
+    Puertos* losPuertos = &puertos;  // that the tool finds
     CarpetaTemporal carpeta;
     InhibidorPrueba inhibidor;
     Systemctl systemctl;
@@ -128,7 +129,7 @@ class CliPrueba : public testing::Test {
     // The tool owns its ports; these belong to the test.
     class Prestados final : public Puertos {
        public:
-        explicit Prestados(PuertosSimulados& puertos) : puertos_(puertos) {}
+        explicit Prestados(Puertos& puertos) : puertos_(puertos) {}
         bool existe(int numero) const override { return puertos_.existe(numero); }
         std::unique_ptr<PuertoSerie> abrir(int numero, const AjustesLinea& ajustes,
                                            std::function<void()> alDespertar) override {
@@ -136,7 +137,7 @@ class CliPrueba : public testing::Test {
         }
 
        private:
-        PuertosSimulados& puertos_;
+        Puertos& puertos_;
     };
 };
 

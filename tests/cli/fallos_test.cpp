@@ -163,6 +163,12 @@ void PrintTo(const Orden& orden, std::ostream* flujo) {
 
 class RejillaCli : public CliPrueba {
    protected:
+    explicit RejillaCli(int baudios = 0) : CliPrueba(baudios) {
+        if (red) losPuertos = red.get();
+    }
+    // By the tool.
+    bool abierto() const { return red ? red->abierto() : puertos.abierto(kPuerto); }
+    std::vector<FalloDeRejilla> losFallos() const { return fallosDeRejilla(red != nullptr); }
     // The byte of this number, counted from the command's start, meets the fault.
     void armar(std::size_t numero, std::string_view fallo) {
         puertos.manipular(
@@ -186,7 +192,7 @@ class RejillaCli : public CliPrueba {
             EXPECT_TRUE(r.salida.empty() || orden.front() == "en-linea") << r.salida;
         }
         EXPECT_LT(r.duracion, 60s);
-        EXPECT_FALSE(puertos.abierto(kPuerto));
+        EXPECT_FALSE(abierto());
         return r;
     }
     // The number and the clock that a command is to write are never those that are there.
@@ -203,7 +209,7 @@ class RejillaCli : public CliPrueba {
         const auto r = correr(orden);
         EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
         esperarHecho(orden.front(), r);
-        EXPECT_FALSE(puertos.abierto(kPuerto));
+        EXPECT_FALSE(abierto());
     }
     // What is told of readings that were damaged and taken again, or doubted: everything else is the
     // command's own.
@@ -224,6 +230,7 @@ class RejillaCli : public CliPrueba {
         EXPECT_THAT(danado ? sinQuejas(r.errores) : r.errores, MatchesRegex(dicho->errores));
     }
 
+    std::unique_ptr<PuertoEnRed> red = redDeRejilla(bucle, puertos, kPuerto);
     CuentaDeCorridas corridas;
 };
 
@@ -234,7 +241,7 @@ TEST_P(CadaOrden, EveryFaultInEveryByte) {
     std::size_t inicio = 0;
     for (const auto& etapa : orden.etapas) {
         for (std::size_t lugar = 0; lugar < etapa.bytes; lugar += pasoDeRejilla(7)) {
-            for (const auto& fallo : kFallosDeRejilla) {
+            for (const auto& fallo : losFallos()) {
                 SCOPED_TRACE(fmt::format("byte {} ({} of its part): {}", inicio + lugar, lugar, fallo.texto));
                 desigualar();
                 armar(inicio + lugar, fallo.texto);
@@ -248,6 +255,27 @@ TEST_P(CadaOrden, EveryFaultInEveryByte) {
             }
         }
         inicio += etapa.bytes;
+    }
+}
+
+// At the pace of the wire a byte too many comes after the one before it has been answered: it is seen behind
+// the record, and nothing of such a reading is shown.
+class RejillaConElPasoDeLaLinea : public RejillaCli {
+   protected:
+    RejillaConElPasoDeLaLinea() : RejillaCli(kBaudios) {}
+};
+
+TEST_F(RejillaConElPasoDeLaLinea, AByteTooManyAnywhereInTheReadingIsSeen) {
+    constexpr std::size_t kAntes = 2 * kBytesMarco;
+    for (std::size_t lugar = 0; lugar < kBytesLectura; lugar += pasoDeRejilla(7)) {
+        for (const auto* fallo : {"insertar=1", "doblar", "insertar=40"}) {
+            SCOPED_TRACE(fmt::format("lectura:byte={}:{}", lugar, fallo));
+            armar(kAntes + lugar, fallo);
+            const auto r = conFallo({"configuracion"}, kSeRepite);
+            EXPECT_THAT(r.errores, HasSubstr("el registrador envió bytes de más"));
+            EXPECT_THAT(r.salida, HasSubstr("Nro  : 02080050\n"));
+        }
+        limpia({"configuracion"});
     }
 }
 
@@ -378,7 +406,7 @@ class RejillaDescarga : public RejillaCli {
 TEST_F(RejillaDescarga, EveryFaultInTheHandshake) {
     const auto etapa = saludo();
     for (std::size_t lugar = 0; lugar < etapa.bytes; ++lugar) {
-        for (const auto& fallo : kFallosDeRejilla) {
+        for (const auto& fallo : losFallos()) {
             SCOPED_TRACE(fmt::format("descarga:byte={}:{}", lugar, fallo.texto));
             sinArchivos();
             armar(kAntes + lugar, fallo.texto);
@@ -423,7 +451,7 @@ class CadaBloque : public RejillaDescarga, public testing::WithParamInterface<st
 
 TEST_P(CadaBloque, EveryFaultInEveryByte) {
     for (std::size_t lugar = 0; lugar < kBytesBloque; lugar += pasoDeRejilla(63)) {
-        for (const auto& fallo : kFallosDeRejilla) {
+        for (const auto& fallo : losFallos()) {
             SCOPED_TRACE(fmt::format("descarga:bloque={}:byte={}:{}", GetParam(), lugar, fallo.texto));
             sinArchivos();
             armar(kAntes + 2 + GetParam() * kBytesBloque + lugar, fallo.texto);
