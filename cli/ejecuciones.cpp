@@ -44,9 +44,27 @@ std::optional<Entero> numero(std::string_view texto) {
     return bien ? std::optional(valor) : std::nullopt;
 }
 
-// "@1795141023"; nothing for a moment that never was.
+// "Sat 2026-11-21 02:17:03 UTC"
+std::optional<std::chrono::sys_seconds> momentoEscrito(std::string_view texto) {
+    using namespace std::chrono;
+    constexpr std::size_t kLargo = 27;
+    if (texto.size() != kLargo || !texto.ends_with(" UTC")) return std::nullopt;
+    const auto parte = [&](std::size_t desde, std::size_t cifras) {
+        return numero<int>(texto.substr(desde, cifras)).value_or(-1);
+    };
+    const year_month_day dia{year(parte(4, 4)), month(static_cast<unsigned>(parte(9, 2))),
+                             day(static_cast<unsigned>(parte(12, 2)))};
+    const int hora = parte(15, 2);
+    const int minuto = parte(18, 2);
+    const int segundo = parte(21, 2);
+    if (!dia.ok() || hora < 0 || minuto < 0 || segundo < 0) return std::nullopt;
+    return sys_days(dia) + hours(hora) + minutes(minuto) + seconds(segundo);
+}
+
+// "@1795141023", and of some of them, which it writes out whatever it is asked for, the date; nothing for a
+// moment that never was.
 std::optional<std::chrono::sys_seconds> momento(std::string_view texto) {
-    if (!texto.starts_with('@')) return std::nullopt;
+    if (!texto.starts_with('@')) return momentoEscrito(texto);
     const auto segundos = numero<std::int64_t>(texto.substr(1));
     if (!segundos || *segundos <= 0) return std::nullopt;
     return std::chrono::sys_seconds(std::chrono::seconds(*segundos));

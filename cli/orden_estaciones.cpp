@@ -155,8 +155,10 @@ std::string comoFue(const Ejecuciones& e) {
     if (e.enMarcha)
         return fmt::format(", en marcha desde {}", e.ultima ? utcIso(*e.ultima) : "hace un momento");
     if (!e.ultima) return ", ninguna vez todavía";
+    // "systemctl reset-failed" forgets that it failed, and not with which status.
+    const bool bien = e.resultado == "success" && e.codigo == 0;
     return fmt::format(", la última {} ({})", utcIso(*e.ultima),
-                       e.resultado == "success" ? "bien" : fmt::format("falló, código {}", e.codigo));
+                       bien ? "bien" : fmt::format("falló, código {}", e.codigo));
 }
 
 std::string cuandoToca(const Estacion& estacion) {

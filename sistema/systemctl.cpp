@@ -52,7 +52,8 @@ std::optional<std::string> preguntarASystemctl(const std::vector<std::string>& a
     std::array<int, 2> tubo{};
     if (::pipe2(tubo.data(), O_CLOEXEC) != 0) return std::nullopt;
     const Descriptor lectura(tubo[0]);
-    std::vector<std::string> palabras = {"systemctl"};
+    // It writes some moments in the time of whoever asks.
+    std::vector<std::string> palabras = {"env", "TZ=UTC", "LC_ALL=C", "systemctl"};
     palabras.insert(palabras.end(), argumentos.begin(), argumentos.end());
     std::optional<pid_t> proceso;
     {

@@ -291,6 +291,33 @@ TEST_F(Estaciones, SystemdTellsTheLastAndTheNextRun) {
     EXPECT_TRUE(json[3]["ultima"].is_null());
 }
 
+// As systemd 252 writes it, whatever form was asked for.
+TEST_F(Estaciones, TheNextRunMayBeWrittenOut) {
+    poner("a.conf", kPuertoUsb);
+    std::string proxima;
+    systemctl = [&](const std::vector<std::string>&) {
+        return std::optional<std::string>("NextElapseUSecRealtime=" + proxima +
+                                          "\nId=telvane-descarga@a.timer\nActiveState=active\n");
+    };
+    proxima = "Sat 2026-11-21 02:17:03 UTC";
+    EXPECT_THAT(listar().salida, HasSubstr("la próxima 2026-11-21T02:17:03Z"));
+    for (const auto* raro : {"n/a", "", "Sat 2026-11-21 02:17:03 CET", "Sat 2026-13-21 02:17:03 UTC",
+                             "Sat 2026-11-21 02:x7:03 UTC", "2026-11-21 02:17:03 UTC"}) {
+        proxima = raro;
+        EXPECT_THAT(listar().salida, testing::Not(HasSubstr("la próxima"))) << raro;
+    }
+}
+
+TEST_F(Estaciones, AFailureThatSystemdWasToldToForgetIsStillOne) {
+    poner("a.conf", kPuertoUsb);
+    systemctl = [](const std::vector<std::string>&) {
+        return std::optional<std::string>(
+            "Result=success\nExecMainStartTimestamp=@1795141023\nExecMainStatus=3\n"
+            "Id=telvane-descarga@a.service\nActiveState=inactive\n");
+    };
+    EXPECT_THAT(listar().salida, HasSubstr("(falló, código 3)"));
+}
+
 TEST_F(Estaciones, AFolderMayHoldNone) {
     std::filesystem::create_directory(carpeta / "no");
     const auto r = correr({"estaciones", "--en", carpeta / "no"});

@@ -33,6 +33,13 @@ TEST_F(Systemctl, WhatItSaysIsGivenAndItsComplaintsAreNot) {
     EXPECT_EQ(preguntar(), "2:a b\n");
 }
 
+TEST_F(Systemctl, ItsMomentsAreUtcWhereverThisIs) {
+    ::setenv("TZ", "America/Argentina/Cordoba", 1);
+    programa("echo \"$TZ\"\n");
+    EXPECT_EQ(preguntar(), "UTC\n");
+    ::unsetenv("TZ");
+}
+
 TEST_F(Systemctl, OfALongAnswerNothingIsLost) {
     programa("i=0; while [ $i -lt 20000 ]; do echo 0123456789; i=$((i + 1)); done\n");
     EXPECT_EQ(preguntar()->size(), 220'000U);
