@@ -59,9 +59,11 @@ telvane-historico --en "$datos/central.sqlite" imagenes --json | grep -q '"desca
     fallar "la ficha no llegó al archivo central"
 
 # Another logger than the named one.
-ajustar otro "${comunes[@]}" SERIE=02080051 "CARPETA=$datos/otro" "ARCHIVO=$datos/h.sqlite"
+ajustar otro "${comunes[@]}" SERIE=02080051 "CARPETA=$datos/otro" "ARCHIVO=$datos/h.sqlite" "CENTRAL=$datos/central.sqlite"
 descargar otro
 espera 1 "otro registrador" 'en COM1 responde el registrador 02080050, no el 02080051'
+! grep -q -e 'archivo central' -e 'ninguna estación' "$raiz/errores" ||
+    fallar "de quien nunca dio una imagen se habla de copiarla: $(cat "$raiz/errores")"
 [ -z "$(find "$datos/otro" -name '*.rgt*')" ] || fallar "de otro registrador quedan archivos"
 [ "$(cuantas "$datos/h.sqlite")" = 1 ] || fallar "otro registrador entró en el archivo"
 
