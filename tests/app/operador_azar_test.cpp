@@ -306,6 +306,8 @@ class Operador {
     }
     void alCambiar(Control& control, Que que) {
         if (que == Que::caption) anotar(std::string(control.nombre()) + ": " + control.caption());
+        // Who stopped it himself is told nothing when the next exchange takes its port.
+        if (&control == &forma_.Command4 && que == Que::caption && control.caption() != "PARAR") ++palabras_;
         if (&control != &forma_.Label1 || que != Que::caption) return;
         const std::string rotulo = "Nº Enviado  ";
         const auto texto = control.caption();
@@ -339,7 +341,7 @@ class Operador {
     std::mt19937 azar_;
     std::vector<std::string> historia_;
     std::vector<std::uint8_t> escritos_;
-    std::size_t palabras_ = 0;  // boxes, printed lines, cancelled downloads
+    std::size_t palabras_ = 0;  // boxes, printed lines, cancelled downloads, live data that was stopped
     std::size_t palabrasAlEmpezar_ = 0;
     std::size_t emitidos_ = 0;
     nanoseconds ultimoByte_{0};
