@@ -13,6 +13,8 @@ namespace {
 constexpr std::string_view kBorrara =
     "SE BORRARAN TODOS LOS DATOS DE MEMORIA!  \r\n\r\n\r\nesta seguro de cambiarla? ";
 constexpr std::string_view kErrorDatos = "error datos";
+constexpr std::string_view kLeidaEntretanto =
+    "se acaba de leer otra vez la configuración: no se envió nada, vuelva a cambiarla";
 constexpr std::string_view kFechaIncorrecta = "Fecha incorrecta (ej. 31/12/2024)";
 constexpr std::string_view kFaltaIntervalo = "Falta el intervalo de muestreo: elija uno";
 
@@ -31,6 +33,12 @@ Tarea<> EscrituraConfig::alPulsar() {
 Tarea<> EscrituraConfig::confirmado() {
     const bool sePuede = co_await sePuedeEnviar();
     if (!sePuede) co_return;
+    // A reading that stood still may have gone on to its end meanwhile: what stands there is not what the
+    // operator was asked about.
+    if (!edicion_.editando()) {
+        enlace_.forma.imprimir(std::string(kLeidaEntretanto));
+        co_return;
+    }
     enviando_ = true;
     enlace_.forma.Check1.value = 0;
     prepararMensaje();

