@@ -663,6 +663,17 @@ TEST_F(Ordenes, ImagesOfWhichOnlyTheContentsAreLeftAreToldAndComeBack) {
     EXPECT_THAT(correr({"estado"}).salida, HasSubstr("Muestras:    60"));
 }
 
+TEST_F(Ordenes, ATableThatLacksAColumnIsToldWithWhatToDo) {
+    const auto base = imagen();
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    sql("ALTER TABLE imagenes DROP COLUMN retrocesos");
+    for (const auto& orden : {std::vector<std::string>{"comprobar"}, {"rehacer"}, {"incorporar", base}}) {
+        const auto r = correr(orden);
+        EXPECT_EQ(r.codigo, 1) << orden[0];
+        EXPECT_THAT(r.errores, HasSubstr("a una tabla le falta una columna: recupere su copia")) << orden[0];
+    }
+}
+
 TEST_F(Ordenes, VotesOfAnImageThatIsNotThereAreTold) {
     ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
     sql("INSERT INTO testigos SELECT estacion,hora,x'00',1,x'00' FROM muestras LIMIT 3");
