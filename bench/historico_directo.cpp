@@ -60,8 +60,8 @@ std::vector<Registro> leerTramo(sqlite3* base, std::int64_t desde, std::int64_t 
     sqlite3_bind_int64(s, 2, hasta);
     std::vector<Registro> lista;
     while (sqlite3_step(s) == SQLITE_ROW) {
-        Canales canales;
-        for (int i = 0; i < static_cast<int>(Canales::kCuantos); ++i) {
+        CanalesCrudos canales;
+        for (int i = 0; i < static_cast<int>(CanalesCrudos::kCuantos); ++i) {
             canales.crudos[static_cast<std::size_t>(i)] =
                 static_cast<std::uint16_t>(sqlite3_column_int(s, 1 + i));
         }
@@ -82,7 +82,7 @@ void agregar(sqlite3* base, const std::vector<Registro>& nuevos) {
     for (const auto& r : nuevos) {
         const auto canales = canalesDe(r.bytes);
         sqlite3_bind_int64(s, 1, r.hora);
-        for (int i = 0; i < static_cast<int>(Canales::kCuantos); ++i) {
+        for (int i = 0; i < static_cast<int>(CanalesCrudos::kCuantos); ++i) {
             sqlite3_bind_int(s, 2 + i, canales.crudos[static_cast<std::size_t>(i)]);
         }
         sqlite3_bind_blob(s, 13, canales.resto.data(), static_cast<int>(canales.largoResto), SQLITE_STATIC);

@@ -45,7 +45,7 @@ bool enUnTope(std::int32_t valor) {
 Marcador::Marcador(const Limites& limites, std::function<void(const Juzgada&)> alJuzgar)
     : limites_(limites),
       alJuzgar_(std::move(alJuzgar)),
-      ritmo_([this](const Paso& paso) { alSaberPaso(paso); }) {
+      ritmo_([this](const Cadencia& paso) { alSaberPaso(paso); }) {
     cadaCanal([&](Canal canal, std::size_t i) {
         const auto& rango = limites_.rango[i];
         topes_.menor[i] = rango ? haciaArriba(rango->desde, escalaDe(canal)) : INT32_MIN;
@@ -77,7 +77,7 @@ void Marcador::terminar() {
 }
 
 // All samples of the stamp are in the queue: a later stamp has been seen, or the end.
-void Marcador::alSaberPaso(const Paso& paso) {
+void Marcador::alSaberPaso(const Cadencia& paso) {
     huecoDesdeVecina_ = huecoDesdeVecina_ || paso.hueco;
     while (juzgadas_ < cola_.size() && cola_[juzgadas_].observacion.instante == paso.instante) {
         cola_[juzgadas_].paso = paso;

@@ -29,7 +29,7 @@ namespace telvane {
 struct Juzgada {
     Observacion observacion;
     Marcas marcas;
-    Paso paso;  // of its stamp
+    Cadencia paso;  // of its stamp
 };
 
 class Marcador {
@@ -51,7 +51,7 @@ class Marcador {
         std::optional<Millonesimas> soloConViento;  // above this, at every sample
     };
 
-    void alSaberPaso(const Paso& paso);
+    void alSaberPaso(const Cadencia& paso);
     void juzgar(Juzgada& juzgada);
     void juzgarRango(Juzgada& juzgada);
     void juzgarSalto(Juzgada& juzgada) const;

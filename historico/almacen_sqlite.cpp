@@ -54,19 +54,19 @@ Huella huellaEn(const Sentencia& s, int columna) {
 }
 
 // A record's columns from the parameter or column given on.
-void ponerRegistro(Sentencia& s, int desde, const Canales& canales) {
-    for (std::size_t i = 0; i < Canales::kCuantos; ++i) {
+void ponerRegistro(Sentencia& s, int desde, const CanalesCrudos& canales) {
+    for (std::size_t i = 0; i < CanalesCrudos::kCuantos; ++i) {
         s.poner(desde + static_cast<int>(i), std::int64_t{canales.crudos[i]});
     }
-    s.poner(desde + static_cast<int>(Canales::kCuantos),
+    s.poner(desde + static_cast<int>(CanalesCrudos::kCuantos),
             std::span<const std::uint8_t>(canales.resto.data(), canales.largoResto));
 }
 BytesMuestra registroEn(const Sentencia& s, int desde, Instante instante) {
-    Canales canales;
-    for (std::size_t i = 0; i < Canales::kCuantos; ++i) {
+    CanalesCrudos canales;
+    for (std::size_t i = 0; i < CanalesCrudos::kCuantos; ++i) {
         canales.crudos[i] = static_cast<std::uint16_t>(s.entero(desde + static_cast<int>(i)));
     }
-    const auto resto = s.bytes(desde + static_cast<int>(Canales::kCuantos));
+    const auto resto = s.bytes(desde + static_cast<int>(CanalesCrudos::kCuantos));
     canales.largoResto = std::min(resto.size(), canales.resto.size());
     std::copy_n(resto.begin(), canales.largoResto, canales.resto.begin());
     return registroDe(instante, canales);

@@ -15,7 +15,7 @@
 
 namespace telvane {
 
-struct Canales {
+struct CanalesCrudos {
     static constexpr std::size_t kCuantos = 11;
     static constexpr std::size_t kPrimerByteResto = 25;
 
@@ -30,7 +30,7 @@ struct LugarDeCanal {
     unsigned desde;
     unsigned bytes;
 };
-inline constexpr std::array<LugarDeCanal, Canales::kCuantos> kLugares = {
+inline constexpr std::array<LugarDeCanal, CanalesCrudos::kCuantos> kLugares = {
     {{registro_muestra::kAuxiliar1, 2},
      {registro_muestra::kHumedad, 2},
      {registro_muestra::kTemperatura, 2},
@@ -43,14 +43,14 @@ inline constexpr std::array<LugarDeCanal, Canales::kCuantos> kLugares = {
      {registro_muestra::kAuxiliar2, 2},
      {registro_muestra::kEvaporacion, 2}}};
 
-inline Canales canalesDe(BytesMuestraConst registro) {
-    Canales c;
+inline CanalesCrudos canalesDe(BytesMuestraConst registro) {
+    CanalesCrudos c;
     for (std::size_t i = 0; i < kLugares.size(); ++i) {
         const auto [desde, bytes] = kLugares[i];
         c.crudos[i] = bytes == 2 ? crudoDeDosBytes(registro, desde) : registro[desde];
     }
     for (std::size_t i = 0; i < c.resto.size(); ++i) {
-        c.resto[i] = registro[Canales::kPrimerByteResto + i];
+        c.resto[i] = registro[CanalesCrudos::kPrimerByteResto + i];
         if (c.resto[i] != 0) c.largoResto = i + 1;
     }
     return c;
@@ -65,7 +65,7 @@ inline void escribirSello(std::span<std::uint8_t, registro_muestra::kBytes> regi
     std::transform(partes.begin(), partes.end(), registro.begin(), [](int n) { return empacarBcd(n); });
 }
 
-inline BytesMuestra registroDe(Instante instante, const Canales& canales) {
+inline BytesMuestra registroDe(Instante instante, const CanalesCrudos& canales) {
     BytesMuestra registro{};
     escribirSello(registro, instante);
     for (std::size_t i = 0; i < kLugares.size(); ++i) {
@@ -73,7 +73,8 @@ inline BytesMuestra registroDe(Instante instante, const Canales& canales) {
         if (bytes == 2) registro[desde] = static_cast<std::uint8_t>(canales.crudos[i] >> 8);
         registro[desde + bytes - 1] = static_cast<std::uint8_t>(canales.crudos[i] & 0xFF);
     }
-    std::copy_n(canales.resto.begin(), canales.largoResto, registro.begin() + Canales::kPrimerByteResto);
+    std::copy_n(canales.resto.begin(), canales.largoResto,
+                registro.begin() + CanalesCrudos::kPrimerByteResto);
     return registro;
 }
 

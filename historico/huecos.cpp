@@ -9,7 +9,7 @@ namespace telvane {
 
 std::int64_t contarHuecos(const std::vector<Instante>& sellos, Instante desde, Instante hasta) {
     std::int64_t cuantos = 0;
-    Ritmo ritmo([&](const Paso& paso) {
+    Ritmo ritmo([&](const Cadencia& paso) {
         if (paso.hueco && paso.instante >= desde && paso.instante <= hasta) ++cuantos;
     });
     for (const auto sello : sellos) ritmo.agregar(sello);
@@ -17,7 +17,7 @@ std::int64_t contarHuecos(const std::vector<Instante>& sellos, Instante desde, I
     return cuantos;
 }
 
-std::int64_t huecosDeMas(const Entorno& entorno, const std::vector<Instante>& nuevos) {
+std::int64_t huecosDeMas(const Alrededores& entorno, const std::vector<Instante>& nuevos) {
     if (nuevos.empty()) return 0;
     std::vector<Instante> antes = entorno.antes;
     antes.insert(antes.end(), entorno.medio.begin(), entorno.medio.end());

@@ -27,7 +27,7 @@ void Ritmo::terminar() {
 }
 
 void Ritmo::decir() {
-    Paso paso{.instante = ventana_[siguiente_]};
+    Cadencia paso{.instante = ventana_[siguiente_]};
     if (cuantos_ > 0) paso.intervalo = intervaloDePaso(std::chrono::seconds(pasos_[cuantos_ / 2]));
     paso.hueco = siguiente_ > 0 &&
                  ventana_[siguiente_] - ventana_[siguiente_ - 1] > std::chrono::minutes(paso.intervalo);

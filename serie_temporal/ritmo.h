@@ -14,11 +14,11 @@
 namespace telvane {
 
 // What the stamps around one stamp say.
-struct Paso {
+struct Cadencia {
     Instante instante{};
     int intervalo = 60;  // minutes in force: 1, 5, 10, 15, 30 or 60
     bool hueco = false;  // the stamp before it is further away than that
-    bool operator==(const Paso&) const = default;
+    bool operator==(const Cadencia&) const = default;
 };
 
 // Minutes of the smallest interval of the logger that the step does not exceed; 60 above them all.
@@ -31,7 +31,7 @@ class Ritmo {
    public:
     static constexpr std::size_t kVecinos = 10;
 
-    explicit Ritmo(std::function<void(const Paso&)> alSaber) : alSaber_(std::move(alSaber)) {}
+    explicit Ritmo(std::function<void(const Cadencia&)> alSaber) : alSaber_(std::move(alSaber)) {}
 
     // Later than the one before.
     void agregar(Instante instante);
@@ -44,7 +44,7 @@ class Ritmo {
     void olvidarPaso(std::int64_t segundos);
     void decir();
 
-    std::function<void(const Paso&)> alSaber_;
+    std::function<void(const Cadencia&)> alSaber_;
     // From ten before the one that is next to come out to the newest.
     Anillo<Instante> ventana_;
     std::size_t siguiente_ = 0;  // which of them comes out next

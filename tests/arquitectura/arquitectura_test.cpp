@@ -155,6 +155,23 @@ TEST(Arquitectura, NoFileIncludesItselfOverOthers) {
     EXPECT_THAT(buscarCiclo(leerFuentes(RAIZ_PROYECTO, kAlrededor)), IsEmpty());
 }
 
+// Two of a name are an undefined program as soon as one file comes to know both headers, or one program both
+// folders.
+TEST(Arquitectura, ANameOfAHeaderStandsForOneThing) {
+    auto carpetas = kAlrededor;
+    for (const auto& [capa, conoce] : flechas()) carpetas.insert(capa.substr(0, capa.find('/')));
+    std::map<std::string, std::string> primero;
+    for (const auto& [archivo, inclusiones] : leerFuentes(RAIZ_PROYECTO, carpetas)) {
+        if (!archivo.ends_with(".h")) continue;
+        for (const auto& nombre : leerNombres(leerTodo(std::filesystem::path(RAIZ_PROYECTO) / archivo))) {
+            const auto [este, nuevo] = primero.emplace(nombre, archivo);
+            EXPECT_TRUE(nuevo || este->second == archivo)
+                << nombre << " in " << este->second << " and in " << archivo;
+        }
+    }
+    EXPECT_GT(primero.size(), 400U);
+}
+
 TEST(Arquitectura, EveryTestIsNamedAsASentenceInUpperCamel) {
     const std::regex declaracion(R"(\n(?:TEST|TEST_F|TEST_P|RC_GTEST_PROP)\(\s*(\w+),\s*"?(\w+))");
     std::size_t vistas = 0;

@@ -67,6 +67,29 @@ Inclusiones leerInclusiones(std::string_view texto) {
     return inclusiones;
 }
 
+std::vector<std::string> leerNombres(std::string_view cabecera) {
+    static const std::regex kApertura(R"((?:inline )?namespace ([\w:]*) ?\{)");
+    static const std::regex kNombre(
+        R"((?:struct|class|enum|enum class|union) (\w+)(?: final)?(?: :.*)?(?: \{.*)?)"
+        R"(|(?:using|concept) (\w+) =.*|inline const(?:expr)? .*?\b(k[A-Z]\w*)(?: =|\{|;).*)");
+    std::vector<std::string> espacios;
+    std::vector<std::string> nombres;
+    std::istringstream lineas{std::string(cabecera)};
+    for (std::string linea; std::getline(lineas, linea);) {
+        std::smatch partes;
+        if (std::regex_match(linea, partes, kApertura)) {
+            espacios.push_back(partes[1].str() + "::");
+        } else if (linea.starts_with("}  // namespace")) {
+            espacios.pop_back();
+        } else if (std::regex_match(linea, partes, kNombre)) {
+            std::string entero;
+            for (const auto& espacio : espacios) entero += espacio;
+            nombres.push_back(entero + partes[1].str() + partes[2].str() + partes[3].str());
+        }
+    }
+    return nombres;
+}
+
 Grafo leerFuentes(const std::filesystem::path& raiz, const std::set<std::string>& carpetas) {
     Grafo grafo;
     for (const auto& carpeta : carpetas)

@@ -26,6 +26,10 @@ std::string capaDe(std::string_view archivo);
 
 bool esDeQt(std::string_view inclusion);
 
+// What a header gives a name to at the level of a namespace, "telvane::Paso": types, aliases, concepts and
+// constants. It goes by lines, as the formatter leaves them. What is only announced does not count.
+std::vector<std::string> leerNombres(std::string_view cabecera);
+
 // A chain of files in which each includes the next and the last is the first again; empty: there is none.
 std::vector<std::string> buscarCiclo(const Grafo& grafo);
 

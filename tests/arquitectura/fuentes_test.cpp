@@ -30,6 +30,29 @@ TEST(LectorDeFuentes, KnowsAHeaderOfTheToolkit) {
         EXPECT_FALSE(esDeQt(inclusion)) << inclusion;
 }
 
+TEST(LectorDeFuentes, FindsWhatAHeaderGivesANameTo) {
+    EXPECT_THAT(leerNombres("namespace a {\n"
+                            "struct Uno;\n"
+                            "template <typename T>\n"
+                            "struct Dos : Uno {\n"
+                            "    struct Dentro {};\n"
+                            "};\n"
+                            "enum class Tres { x };\n"
+                            "namespace b {\n"
+                            "class Cuatro final\n"
+                            "    : public Uno {\n"
+                            "};\n"
+                            "}  // namespace b\n"
+                            "using Cinco = int;\n"
+                            "inline constexpr std::array<int, 2> kSeis = {1, 2};\n"
+                            "inline constexpr int kSiete{7};\n"
+                            "struct Dos<int> {\n"
+                            "};\n"
+                            "int nada(Uno uno);\n"
+                            "}  // namespace a\n"),
+                ElementsAre("a::Dos", "a::Tres", "a::b::Cuatro", "a::Cinco", "a::kSeis", "a::kSiete"));
+}
+
 TEST(LectorDeFuentes, FindsACycleThroughSeveralFiles) {
     EXPECT_THAT(buscarCiclo({{"a.h", {"b.h"}}, {"b.h", {"vector", "c.h"}}, {"c.h", {"b.h"}}}),
                 ElementsAre("b.h", "c.h", "b.h"));

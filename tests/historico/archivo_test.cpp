@@ -11,7 +11,7 @@
 namespace telvane {
 namespace {
 
-class ArchivoPrueba : public testing::TestWithParam<Banco> {
+class ArchivoPrueba : public testing::TestWithParam<TipoAlmacen> {
    protected:
     Incorporacion incorporar(const std::vector<std::uint8_t>& bytes, const Archivo::Destino& destino = {}) {
         return archivo.incorporar(bytes, destino, {"prueba", Incorporada(std::chrono::seconds(1))});
@@ -30,7 +30,8 @@ class ArchivoPrueba : public testing::TestWithParam<Banco> {
     std::unique_ptr<Almacen> almacen = almacenes.nuevo();
     Archivo archivo{*almacen};
 };
-INSTANTIATE_TEST_SUITE_P(En, ArchivoPrueba, testing::Values(Banco::sqlite, Banco::postgresql), nombreDeBanco);
+INSTANTIATE_TEST_SUITE_P(En, ArchivoPrueba, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
+                         nombreDeTipoAlmacen);
 
 TEST_P(ArchivoPrueba, TheSameImageTwiceChangesNothing) {
     const auto imagen = ImagenPrueba().serie(0, 0, 50).bytes();
@@ -268,11 +269,12 @@ std::vector<std::pair<Instante, BytesMuestra>> recorrido(Almacen& almacen, Insta
     return filas;
 }
 
-class ArchivoAlAzar : public testing::TestWithParam<Banco> {
+class ArchivoAlAzar : public testing::TestWithParam<TipoAlmacen> {
    protected:
     Almacenes almacenes{GetParam()};
 };
-INSTANTIATE_TEST_SUITE_P(En, ArchivoAlAzar, testing::Values(Banco::sqlite, Banco::postgresql), nombreDeBanco);
+INSTANTIATE_TEST_SUITE_P(En, ArchivoAlAzar, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
+                         nombreDeTipoAlmacen);
 
 TEST_P(ArchivoAlAzar, HoldsWhatTheImagesDemand) {
     EXPECT_TRUE(rc::check([&] {
@@ -346,8 +348,8 @@ TEST_P(ArchivoAlAzar, GivesEveryByteOfAnImageBack) {
 // Six images that overlap, with a spoilt byte, a clock set back, an interval that changes, an erased memory
 // and a download that broke off.
 using ArchivoEnTodoOrden = ArchivoAlAzar;
-INSTANTIATE_TEST_SUITE_P(En, ArchivoEnTodoOrden, testing::Values(Banco::sqlite, Banco::postgresql),
-                         nombreDeBanco);
+INSTANTIATE_TEST_SUITE_P(En, ArchivoEnTodoOrden,
+                         testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql), nombreDeTipoAlmacen);
 
 TEST_P(ArchivoEnTodoOrden, All720OrdersOfSixImagesGiveTheSame) {
     const auto base = ImagenPrueba().serie(0, 0, 40);
@@ -365,7 +367,8 @@ TEST_P(ArchivoEnTodoOrden, All720OrdersOfSixImagesGiveTheSame) {
     std::string primero;
     int cuantos = 0;
     // A server needs minutes for all of them.
-    const int cadaCuantos = GetParam() == Banco::sqlite || std::getenv("TELVANE_ORDENES") != nullptr ? 1 : 60;
+    const int cadaCuantos =
+        GetParam() == TipoAlmacen::sqlite || std::getenv("TELVANE_ORDENES") != nullptr ? 1 : 60;
     do {
         if (cuantos++ % cadaCuantos != 0) continue;
         const auto almacen = almacenes.nuevo();

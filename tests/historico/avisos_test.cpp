@@ -32,7 +32,7 @@ struct Visita {
     std::size_t bytes = kBytesMemoria;
 };
 
-class Avisos : public testing::TestWithParam<Banco> {
+class Avisos : public testing::TestWithParam<TipoAlmacen> {
    protected:
     // The memory at that night: all samples since its beginning.
     static ImagenPrueba memoria(const std::string& serie, int noche) {
@@ -77,7 +77,8 @@ class Avisos : public testing::TestWithParam<Banco> {
     const std::string otra = "02080051";
 };
 
-INSTANTIATE_TEST_SUITE_P(Bancos, Avisos, testing::Values(Banco::sqlite, Banco::postgresql), nombreDeBanco);
+INSTANTIATE_TEST_SUITE_P(Bancos, Avisos, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
+                         nombreDeTipoAlmacen);
 
 TEST_P(Avisos, AFleetThatIsWellIsNotSpokenOf) {
     noches(una, 1, 10);

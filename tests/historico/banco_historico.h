@@ -20,25 +20,25 @@
 namespace telvane {
 
 // The stores that every rule of an archive is tried on.
-enum class Banco { sqlite, postgresql };
-inline std::string nombreDeBanco(const testing::TestParamInfo<Banco>& info) {
-    return info.param == Banco::sqlite ? "sqlite" : "postgresql";
+enum class TipoAlmacen { sqlite, postgresql };
+inline std::string nombreDeTipoAlmacen(const testing::TestParamInfo<TipoAlmacen>& info) {
+    return info.param == TipoAlmacen::sqlite ? "sqlite" : "postgresql";
 }
 
 // Empty ones; those of PostgreSQL are not to be more than kALaVez at a time.
 class Almacenes {
    public:
     static constexpr int kALaVez = 8;
-    explicit Almacenes(Banco banco) : banco_(banco) {}
+    explicit Almacenes(TipoAlmacen tipo) : tipo_(tipo) {}
     std::unique_ptr<Almacen> nuevo() {
-        if (banco_ == Banco::sqlite) return AlmacenSqlite::temporal();
+        if (tipo_ == TipoAlmacen::sqlite) return AlmacenSqlite::temporal();
         const auto base = "h" + std::to_string(siguiente_++ % kALaVez);
         return std::make_unique<AlmacenPostgres>(ServidorPostgres::unico().baseVacia(base), true,
                                                  std::chrono::seconds(10));
     }
 
    private:
-    Banco banco_;
+    TipoAlmacen tipo_;
     int siguiente_ = 0;
 };
 

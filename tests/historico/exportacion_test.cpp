@@ -78,7 +78,7 @@ std::set<std::string> lineasDe(const std::string& texto) {
     return lineas;
 }
 
-class Exportacion : public testing::TestWithParam<Banco> {
+class Exportacion : public testing::TestWithParam<TipoAlmacen> {
    protected:
     std::unique_ptr<Almacen> con(const std::vector<std::uint8_t>& imagen) {
         auto almacen = almacenes.nuevo();
@@ -103,7 +103,8 @@ class Exportacion : public testing::TestWithParam<Banco> {
 
     Almacenes almacenes{GetParam()};
 };
-INSTANTIATE_TEST_SUITE_P(En, Exportacion, testing::Values(Banco::sqlite, Banco::postgresql), nombreDeBanco);
+INSTANTIATE_TEST_SUITE_P(En, Exportacion, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
+                         nombreDeTipoAlmacen);
 
 TEST_P(Exportacion, OfRisingStampsIsTheConversionByteForByte) {
     EXPECT_TRUE(rc::check([&] {

@@ -164,7 +164,7 @@ TEST(Ficha, OneThatIsBrokenDoesNotHideTheOther) {
     EXPECT_THAT(fichaJuntoA(imagen).defectos, testing::SizeIs(2));
 }
 
-class FichaGuardada : public testing::TestWithParam<Banco> {
+class FichaGuardada : public testing::TestWithParam<TipoAlmacen> {
    protected:
     Almacenes almacenes{GetParam()};
 
@@ -178,8 +178,8 @@ class FichaGuardada : public testing::TestWithParam<Banco> {
         return almacen.descarga(almacen.estacion("02080050").value().id, huellaDe(imagenDe(cuantas)));
     }
 };
-INSTANTIATE_TEST_SUITE_P(Bancos, FichaGuardada, testing::Values(Banco::sqlite, Banco::postgresql),
-                         nombreDeBanco);
+INSTANTIATE_TEST_SUITE_P(Bancos, FichaGuardada, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
+                         nombreDeTipoAlmacen);
 
 TEST_P(FichaGuardada, IsKeptAsItWas) {
     const auto almacen = almacenes.nuevo();
@@ -231,15 +231,15 @@ TEST_P(FichaGuardada, AnArchiveOfTheFirstVersionIsBroughtUpToDate) {
     const CarpetaTemporal carpeta;
     const auto enSqlite = carpeta.ruta() / "h.sqlite";
     const auto abrir = [&](bool crear) -> std::unique_ptr<Almacen> {
-        if (GetParam() == Banco::postgresql)
+        if (GetParam() == TipoAlmacen::postgresql)
             return std::make_unique<AlmacenPostgres>(ServidorPostgres::unico().url("vieja"), crear,
                                                      std::chrono::seconds(10));
         if (crear) return AlmacenSqlite::abrirParaEscribir(enSqlite, true, {});
         return AlmacenSqlite::abrirParaLeer(enSqlite, {});
     };
-    if (GetParam() == Banco::postgresql) ServidorPostgres::unico().baseVacia("vieja");
+    if (GetParam() == TipoAlmacen::postgresql) ServidorPostgres::unico().baseVacia("vieja");
     incorporar(*abrir(true), 10, std::nullopt);
-    if (GetParam() == Banco::postgresql) {
+    if (GetParam() == TipoAlmacen::postgresql) {
         ServidorPostgres::unico().ejecutar(
             "vieja", "DROP TABLE telvane.descargas; UPDATE telvane.esquema SET version=1");
     } else {

@@ -7,7 +7,7 @@
 namespace telvane {
 namespace {
 
-class Recorrido : public testing::TestWithParam<Banco> {
+class Recorrido : public testing::TestWithParam<TipoAlmacen> {
    protected:
     void incorporar(const ImagenPrueba& imagen) {
         Archivo(*almacen).incorporar(imagen.bytes(), {}, {"prueba", Incorporada(std::chrono::seconds(1))});
@@ -37,7 +37,8 @@ class Recorrido : public testing::TestWithParam<Banco> {
 
     std::unique_ptr<Almacen> almacen = Almacenes(GetParam()).nuevo();
 };
-INSTANTIATE_TEST_SUITE_P(En, Recorrido, testing::Values(Banco::sqlite, Banco::postgresql), nombreDeBanco);
+INSTANTIATE_TEST_SUITE_P(En, Recorrido, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
+                         nombreDeTipoAlmacen);
 
 TEST_P(Recorrido, ImagesThatFollowOneAnotherTellEverything) {
     for (int i = 0; i < 40; ++i) incorporar(ImagenPrueba().serie(0, i * 1000, 100));

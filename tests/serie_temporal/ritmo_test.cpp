@@ -16,9 +16,9 @@ using testing::ElementsAre;
 
 constexpr Instante kInicio{1'542'672'000s};
 
-std::vector<Paso> pasosDe(const std::vector<Instante>& instantes) {
-    std::vector<Paso> pasos;
-    Ritmo ritmo([&](const Paso& paso) { pasos.push_back(paso); });
+std::vector<Cadencia> pasosDe(const std::vector<Instante>& instantes) {
+    std::vector<Cadencia> pasos;
+    Ritmo ritmo([&](const Cadencia& paso) { pasos.push_back(paso); });
     for (const auto instante : instantes) ritmo.agregar(instante);
     ritmo.terminar();
     return pasos;
@@ -30,7 +30,7 @@ std::vector<Instante> cada(std::chrono::seconds paso, int cuantos, Instante desd
     return instantes;
 }
 
-std::vector<int> huecosDe(const std::vector<Paso>& pasos) {
+std::vector<int> huecosDe(const std::vector<Cadencia>& pasos) {
     std::vector<int> donde;
     for (std::size_t i = 0; i < pasos.size(); ++i)
         if (pasos[i].hueco) donde.push_back(static_cast<int>(i));
@@ -38,15 +38,15 @@ std::vector<int> huecosDe(const std::vector<Paso>& pasos) {
 }
 
 // The rule, written down as it is said.
-std::vector<Paso> aLaLetra(const std::vector<Instante>& t) {
-    std::vector<Paso> pasos;
+std::vector<Cadencia> aLaLetra(const std::vector<Instante>& t) {
+    std::vector<Cadencia> pasos;
     const auto n = static_cast<int>(t.size());
     for (int i = 0; i < n; ++i) {
         std::vector<std::int64_t> todos;
         for (int k = std::max(0, i - 10); k < std::min(n - 1, i + 10); ++k)
             todos.push_back((t[static_cast<std::size_t>(k + 1)] - t[static_cast<std::size_t>(k)]).count());
         std::ranges::sort(todos);
-        Paso paso{.instante = t[static_cast<std::size_t>(i)]};
+        Cadencia paso{.instante = t[static_cast<std::size_t>(i)]};
         if (!todos.empty()) paso.intervalo = intervaloDePaso(std::chrono::seconds(todos[todos.size() / 2]));
         paso.hueco = i > 0 && t[static_cast<std::size_t>(i)] - t[static_cast<std::size_t>(i - 1)] >
                                   std::chrono::minutes(paso.intervalo);
@@ -91,7 +91,7 @@ TEST(Ritmo, FollowsASettingThatChanged) {
 TEST(Ritmo, GoesOnOverTheYearsEnd) {
     const auto pasos = pasosDe(cada(30min, 40, instante({.anio = 2018, .mes = 12, .dia = 31}, {.hora = 14})));
     EXPECT_THAT(huecosDe(pasos), testing::IsEmpty());
-    EXPECT_TRUE(std::ranges::all_of(pasos, [](const Paso& p) { return p.intervalo == 30; }));
+    EXPECT_TRUE(std::ranges::all_of(pasos, [](const Cadencia& p) { return p.intervalo == 30; }));
 }
 
 TEST(Ritmo, FewStampsAreJudgedByWhatThereIs) {
@@ -103,7 +103,7 @@ TEST(Ritmo, FewStampsAreJudgedByWhatThereIs) {
 
 TEST(Ritmo, HoldsBackTenStampsAndNoMore) {
     std::size_t dichos = 0;
-    Ritmo ritmo([&](const Paso&) { ++dichos; });
+    Ritmo ritmo([&](const Cadencia&) { ++dichos; });
     for (int i = 0; i < 100; ++i) ritmo.agregar(kInicio + i * 1min);
     EXPECT_EQ(dichos, 90U);
 }
