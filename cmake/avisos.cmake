@@ -16,7 +16,7 @@ if(TELVANE_AVISOS_COMO_ERRORES)
   target_compile_options(telvane_avisos INTERFACE -Werror)
 endif()
 
-if(TELVANE_SANEADORES)
+if(TELVANE_SANEADO STREQUAL "todo")
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()

@@ -1,6 +1,6 @@
 # {fmt} from its headers, compiled once and linked into each program (platform/formato.cpp says why); under the sanitizers, where
 # nobody waits for a start, the distribution's shared one.
-if(TELVANE_SANEADORES)
+if(TELVANE_SANEADO STREQUAL "todo")
   add_library(telvane_formato INTERFACE)
   target_link_libraries(telvane_formato INTERFACE fmt::fmt)
 else()

@@ -1,10 +1,9 @@
-# With TELVANE_SANEADA the core stands twice in one build tree: as configured, and once more under the sanitizers, each layer's
-# twin as <layer>_saneada. A test is compiled once, by itself not sanitized, and linked with both: prueba_<name> and
-# saneada_<name>. (The asan preset is another thing: a tree in which everything is sanitized, the window and the programs too.)
-option(TELVANE_SANEADA "Sanitized twins of the core and of its tests" OFF)
+# With TELVANE_SANEADO=gemela the core stands twice in one build tree: as delivered, and once more under the sanitizers, each
+# layer's twin as <layer>_saneada. A test is compiled once, by itself not sanitized, and linked with both: prueba_<name> and
+# saneada_<name>.
 set(saneadores -fsanitize=address,undefined -fno-sanitize-recover=all)
 
-if(TELVANE_SANEADA)
+if(TELVANE_SANEADO STREQUAL "gemela")
   # What there is to warn of is told once, of the objects that are delivered.
   set(opciones_saneadas -O1 -g1 -UNDEBUG ${saneadores} -fno-omit-frame-pointer -w)
   if(TELVANE_PRECOMPILAR)
@@ -46,7 +45,7 @@ endfunction()
 
 # telvane_con_gemela(layer): what telvane_capa() says of each.
 function(telvane_con_gemela capa)
-  if(TELVANE_SANEADA)
+  if(TELVANE_SANEADO STREQUAL "gemela")
     set_property(GLOBAL APPEND PROPERTY telvane_con_gemela ${capa})
     cmake_language(EVAL CODE "cmake_language(DEFER CALL telvane_gemela_de_capa ${capa})")
   endif()
