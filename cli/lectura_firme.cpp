@@ -8,12 +8,8 @@ namespace telvane {
 
 namespace {
 
-using namespace std::chrono_literals;
-
 // Readings until two in a row agree.
 constexpr int kLecturas = 4;
-// How far the second clock may be from the first one, carried on.
-constexpr auto kToleranciaReloj = 5s;
 
 bool relojesDeAcuerdo(const LecturaFirme& antes, const LecturaFirme& ahora) {
     const auto uno = relojDe(antes.datos);

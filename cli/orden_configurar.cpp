@@ -39,8 +39,6 @@ namespace telvane {
 
 namespace {
 
-using namespace std::chrono_literals;
-
 // Options and names of the five texts, in the order of the record.
 struct NombreCampo {
     const char* opcion;
@@ -52,12 +50,9 @@ constexpr std::array<NombreCampo, 5> kCampos = {{{"--usuario", "Usuario"},
                                                  {"--longitud", "Longitud"},
                                                  {"--altitud", "Altitud"}}};
 
-// How far the clock that is read back may be from the one that was sent.
-constexpr auto kToleranciaReloj = 5s;
-constexpr int kLecturasDeVuelta = 3;
 constexpr const char* kReloj = "reloj";
 
-struct Opciones {
+struct OpcionesConfigurar {
     std::array<std::optional<std::string>, 5> textos;
     std::string intervalo;
     std::string fecha;
@@ -96,7 +91,7 @@ FechaHora conAnioValido(const FechaHora& momento) {
 }
 
 // The logger holds one byte a character: what it cannot hold is refused, and not changed or cut.
-void revisarTextos(const Opciones& opciones) {
+void revisarTextos(const OpcionesConfigurar& opciones) {
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
         if (!opciones.textos[i]) continue;
         const auto& texto = *opciones.textos[i];
@@ -110,7 +105,7 @@ void revisarTextos(const Opciones& opciones) {
     }
 }
 
-void revisar(const Opciones& opciones) {
+void revisar(const OpcionesConfigurar& opciones) {
     const bool conTextos = std::any_of(opciones.textos.begin(), opciones.textos.end(),
                                        [](const auto& t) { return t.has_value(); });
     const bool conReloj = !opciones.fecha.empty() || !opciones.hora.empty();
@@ -129,7 +124,7 @@ void revisar(const Opciones& opciones) {
 
 class Configurador {
    public:
-    Configurador(ContextoCli& contexto, const Opciones& opciones)
+    Configurador(ContextoCli& contexto, const OpcionesConfigurar& opciones)
         : contexto_(contexto),
           opciones_(opciones),
           inicio_(contexto.entorno.reloj.monotono()),
@@ -159,7 +154,7 @@ class Configurador {
     }
 
     ContextoCli& contexto_;
-    const Opciones& opciones_;
+    const OpcionesConfigurar& opciones_;
     std::chrono::nanoseconds inicio_;  // monotonic, as the next two
     SesionCli sesion_;
     DatosConfig actual_;
@@ -399,7 +394,7 @@ std::vector<std::string> Configurador::diferencias(const DatosConfig& leido) con
 void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto) {
     auto orden =
         argumentos.orden("configurar", "Cambia la configuración del registrador, que borra sus datos");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesConfigurar>();
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
         orden.opcion(
             opciones->textos[i],

@@ -28,7 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Opciones {
+struct OpcionesConvertir {
     std::vector<std::string> archivos;
     std::string carpeta;
     std::string formato;
@@ -43,13 +43,13 @@ std::string motivoFormato(const std::string& texto) {
 }
 
 // As asked for, or as the output's name tells.
-Formato formatoDe(const Opciones& opciones) {
+Formato formatoDe(const OpcionesConvertir& opciones) {
     if (!opciones.formato.empty()) return leerFormato(opciones.formato).value();
     if (!opciones.carpeta.empty()) return Formato::csv;
     return formatoDelNombre(opciones.archivos.back()).value_or(Formato::csv);
 }
 
-std::vector<Par> pares(const Opciones& opciones, Formato formato) {
+std::vector<Par> pares(const OpcionesConvertir& opciones, Formato formato) {
     if (opciones.carpeta.empty()) {
         if (opciones.archivos.size() != 2) {
             throw ErrorCli(CodigoSalida::malUso,
@@ -104,7 +104,7 @@ void convertirUna(ContextoCli& contexto, const TrabajoDeConversion& trabajo, con
     contexto.consola.aviso(convertido.aviso);
 }
 
-void convertir(ContextoCli& contexto, const Opciones& opciones) {
+void convertir(ContextoCli& contexto, const OpcionesConvertir& opciones) {
     TrabajoDeConversion trabajo{.formato = formatoDe(opciones),
                                 .perfil = leerPerfil(opciones.perfil),
                                 .origen = {},
@@ -130,7 +130,7 @@ void convertir(ContextoCli& contexto, const Opciones& opciones) {
 
 void declararConvertir(Argumentos& argumentos, ContextoCli& contexto) {
     auto orden = argumentos.orden("convertir", "Convierte archivos base (.rgt) sin el registrador");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesConvertir>();
     orden.opcion(opciones->archivos,
                  {.nombre = "ARCHIVO",
                   .valor = "",

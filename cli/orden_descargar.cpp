@@ -31,7 +31,7 @@ namespace telvane {
 
 namespace {
 
-struct Opciones {
+struct OpcionesDescargar {
     std::string base;
     std::string csv;
     std::string ficha;
@@ -43,7 +43,7 @@ struct Opciones {
     bool reemplazar = false;
 };
 
-SalidaConsola salidaBase(const Opciones& opciones) {
+SalidaConsola salidaBase(const OpcionesDescargar& opciones) {
     try {
         return {opciones.base, reglaDeBase(opciones.reemplazar)};
     } catch (const ErrorNombre&) {
@@ -77,7 +77,7 @@ void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, con
 
 class Salidas {
    public:
-    Salidas(const EntornoConsola& entorno, const Opciones& opciones) : base(salidaBase(opciones)) {
+    Salidas(const EntornoConsola& entorno, const OpcionesDescargar& opciones) : base(salidaBase(opciones)) {
         std::vector<SalidaNombrada> todas = {{"--base", base}};
         const auto agregar = [&](std::string_view opcion, const std::string& nombre,
                                  std::optional<SalidaConsola>& salida) {
@@ -100,7 +100,7 @@ class Salidas {
 };
 
 // Another logger's memory would be taken for this one's.
-void exigirSerie(const Opciones& opciones, int numero, const std::string& hallada) {
+void exigirSerie(const OpcionesDescargar& opciones, int numero, const std::string& hallada) {
     if (opciones.serie.empty() || opciones.serie == hallada) return;
     throw ErrorCli(
         CodigoSalida::fallo,
@@ -124,7 +124,7 @@ void escribirCsv(ContextoCli& contexto, const Salidas& salidas, const std::strin
     contexto.consola.aviso(archivo.recuento.texto());
 }
 
-void descargar(ContextoCli& contexto, const Opciones& opciones) {
+void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
     const Salidas salidas(contexto.entorno, opciones);
     const auto& base = salidas.base;
     auto& consola = contexto.consola;
@@ -167,7 +167,7 @@ void descargar(ContextoCli& contexto, const Opciones& opciones) {
     escribirCsv(contexto, salidas, opciones.perfil, imagen);
 }
 
-void declararOpciones(OrdenDeLinea& orden, Opciones& opciones) {
+void declararOpciones(OrdenDeLinea& orden, OpcionesDescargar& opciones) {
     orden.opcion(opciones.base, {.nombre = "--base",
                                  .valor = "ARCHIVO",
                                  .ayuda = "Archivo base (.rgt) que se escribe; - es la salida",
@@ -204,7 +204,7 @@ void declararOpciones(OrdenDeLinea& orden, Opciones& opciones) {
 std::string motivoOpcionesDescargar(const std::vector<std::string>& palabras) {
     if (std::ranges::find(palabras, "--") != palabras.end()) return "-- no vale aquí";
     Argumentos linea("telvane-cli", "", "");
-    Opciones opciones;
+    OpcionesDescargar opciones;
     auto programa = linea.programa();
     declararOpciones(programa, opciones);
     std::vector<std::string> argumentos = {"--base=x"};
@@ -216,7 +216,7 @@ std::string motivoOpcionesDescargar(const std::vector<std::string>& palabras) {
 
 void declararDescargar(Argumentos& argumentos, ContextoCli& contexto) {
     auto orden = argumentos.orden("descargar", "Descarga la memoria del registrador a un archivo base");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesDescargar>();
     declararOpciones(orden, *opciones);
     orden.pie(
         "Cada bloque llega al disco en cuanto se recibe, en ARCHIVO.parcial, que toma su nombre al "

@@ -18,7 +18,7 @@ namespace telvane {
 
 namespace {
 
-struct Opciones {
+struct OpcionesEnLinea {
     std::string cuenta;
     std::string cada;
     bool json = false;
@@ -34,7 +34,7 @@ void mostrarDescubrimiento(ContextoCli& contexto) {
 }
 
 // What tells readings has nothing to say of sensors.
-void rehusarConDescubrimiento(const Opciones& opciones) {
+void rehusarConDescubrimiento(const OpcionesEnLinea& opciones) {
     const auto sobra = !opciones.cuenta.empty() ? "--cuenta"
                        : !opciones.cada.empty() ? "--cada"
                        : opciones.json          ? "--json"
@@ -43,7 +43,7 @@ void rehusarConDescubrimiento(const Opciones& opciones) {
         throw ErrorCli(CodigoSalida::malUso, fmt::format("--descubrimiento no da lecturas: quite {}", sobra));
 }
 
-void mostrarEnLinea(ContextoCli& contexto, const Opciones& opciones) {
+void mostrarEnLinea(ContextoCli& contexto, const OpcionesEnLinea& opciones) {
     contexto.consola.exigirSalida();
     if (opciones.descubrimiento) {
         rehusarConDescubrimiento(opciones);
@@ -72,7 +72,7 @@ void mostrarEnLinea(ContextoCli& contexto, const Opciones& opciones) {
 
 void declararEnLinea(Argumentos& argumentos, ContextoCli& contexto) {
     auto orden = argumentos.orden("en-linea", "Escribe las lecturas actuales del registrador");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesEnLinea>();
     orden.opcion(opciones->cuenta, {.nombre = "--cuenta",
                                     .valor = "N",
                                     .ayuda = "Lecturas que se piden; sin ella, hasta Ctrl-C",

@@ -26,7 +26,7 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::ordered_json;
 
-struct Opciones {
+struct OpcionesEstaciones {
     std::optional<std::string> en;
     std::string valores;
     bool nocturna = false;
@@ -177,7 +177,7 @@ std::string linea(const Estacion& estacion) {
     return sinControles(texto) + "\n";
 }
 
-void listar(ContextoCli& contexto, const Opciones& opciones) {
+void listar(ContextoCli& contexto, const OpcionesEstaciones& opciones) {
     auto& consola = contexto.consola;
     std::vector<Estacion> estaciones;
     const fs::path carpeta = opciones.en.value_or(TELVANE_CARPETA_ESTACIONES);
@@ -213,7 +213,7 @@ void listar(ContextoCli& contexto, const Opciones& opciones) {
 }
 
 // For the program that downloads: one NAME=value a line, as often as it has values.
-void darValores(ContextoCli& contexto, const Opciones& opciones) {
+void darValores(ContextoCli& contexto, const OpcionesEstaciones& opciones) {
     const auto clase = opciones.nocturna ? ClaseAjustes::nocturna : ClaseAjustes::estacion;
     AjustesDescarga a;
     try {
@@ -244,7 +244,7 @@ void darValores(ContextoCli& contexto, const Opciones& opciones) {
 }
 
 // What one of the two things that the command does would not look at.
-void exigirQueVayanJuntas(const Opciones& opciones) {
+void exigirQueVayanJuntas(const OpcionesEstaciones& opciones) {
     const bool valores = !opciones.valores.empty();
     exigirUso(valores || !opciones.nocturna, "--nocturna va con --valores ARCHIVO");
     exigirUso(!valores || !opciones.json, "--valores no va con --json");
@@ -255,7 +255,7 @@ void exigirQueVayanJuntas(const Opciones& opciones) {
 
 void declararEstaciones(Argumentos& argumentos, ContextoCli& contexto) {
     auto orden = argumentos.orden("estaciones", "Muestra las estaciones que se descargan de noche");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesEstaciones>();
     orden.opcion(opciones->en, {.nombre = "--en",
                                 .valor = "CARPETA",
                                 .ayuda = "Carpeta de sus archivos; " TELVANE_CARPETA_ESTACIONES " si falta"});

@@ -17,8 +17,6 @@ namespace telvane {
 
 namespace {
 
-constexpr int kLecturasDeVuelta = 3;
-
 [[noreturn]] void fallar(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) {
     const auto estado = estadoDelEnvio(
         enviados, RegistradorCli::kBytesSerieEnviados, "el número y la memoria",

@@ -10,6 +10,8 @@ namespace telvane {
 // Years that the logger's clock can hold: it refuses a higher byte.
 inline constexpr int kPrimerAnioReloj = 2000;
 inline constexpr int kUltimoAnioReloj = 2064;
+// How far its clock may be, the time in between allowed for, from one that was read before or that was sent.
+inline constexpr std::chrono::seconds kToleranciaReloj{5};
 
 // The wall's time some duration later, or earlier for a negative one, across midnight and the end of the
 // year.

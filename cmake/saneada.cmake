@@ -5,7 +5,7 @@ set(saneadores -fsanitize=address,undefined -fno-sanitize-recover=all)
 
 if(TELVANE_SANEADO STREQUAL "gemela")
   # What there is to warn of is told once, of the objects that are delivered.
-  set(opciones_saneadas -O1 -g1 -UNDEBUG ${saneadores} -fno-omit-frame-pointer -w)
+  set(opciones_saneadas -Og -g1 -UNDEBUG ${saneadores} -fno-omit-frame-pointer -w)
   if(TELVANE_PRECOMPILAR)
     telvane_precompilado(telvane_precompilado_saneado ${telvane_cabeceras})
     target_compile_options(telvane_precompilado_saneado PRIVATE ${opciones_saneadas})
@@ -38,8 +38,8 @@ function(telvane_gemela_de_capa capa)
   target_link_libraries(${capa}_saneada PUBLIC ${enlaza})
   telvane_precompilar(${capa}_saneada telvane_precompilado_saneado)
   telvane_juntar(${capa}_saneada)
-  # Every command has Opciones of its own, each store its statements, and a Paso of the archive is not one of the link.
-  list(FILTER SOURCES INCLUDE REGEX "^(orden_|almacen_|lectura\\.)")
+  # Each store has its statements.
+  list(FILTER SOURCES INCLUDE REGEX "^almacen_sqlite")
   set_source_files_properties(${SOURCES} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 

@@ -10,7 +10,7 @@ namespace telvane {
 
 namespace {
 
-struct Opciones {
+struct OpcionesCopiar {
     std::string destino;
     std::optional<std::string> estacion;
 };
@@ -30,7 +30,7 @@ void terminar(Consola& consola, std::size_t copiadas, std::size_t sinCopiar) {
                     fmt::format("imágenes copiadas: {}, ya están en el otro archivo", copiadas));
 }
 
-void copiar(ContextoHistorico& contexto, const Opciones& opciones) {
+void copiar(ContextoHistorico& contexto, const OpcionesCopiar& opciones) {
     const auto origen = contexto.abrir(Uso::leer);
     if (!hayQueCopiar(*origen, opciones.estacion)) {
         terminar(contexto.consola, 0, 0);
@@ -48,7 +48,7 @@ void copiar(ContextoHistorico& contexto, const Opciones& opciones) {
 
 void declararCopiar(Argumentos& argumentos, ContextoHistorico& contexto) {
     auto orden = argumentos.orden("copiar", "Copia a otro archivo histórico las imágenes que le faltan");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesCopiar>();
     orden.opcion(opciones->destino, {.nombre = "--a",
                                      .valor = "DESTINO",
                                      .ayuda = "El otro: un archivo SQLite, o postgresql://…",

@@ -18,7 +18,7 @@ namespace telvane {
 
 namespace {
 
-struct Opciones {
+struct OpcionesEstado {
     bool json = false;
     bool avisos = false;
     std::optional<std::string> silencio;    // hours
@@ -43,7 +43,7 @@ struct EstadoVisto {
     std::string sinCopia;
 };
 
-EstadoVisto mirar(ContextoHistorico& contexto, Almacen& almacen, const Opciones& opciones) {
+EstadoVisto mirar(ContextoHistorico& contexto, Almacen& almacen, const OpcionesEstado& opciones) {
     Lectura lectura(almacen);
     auto flota = observar(lectura);
     Mirada mirada{.ahora = contexto.entorno.ahora(), .horasDeSilencio = {}, .copia = {}};
@@ -80,7 +80,7 @@ std::size_t decirAvisos(Consola& consola, const std::vector<EstadoEstacion>& est
     return cuantos;
 }
 
-void estado(ContextoHistorico& contexto, const Opciones& opciones) {
+void estado(ContextoHistorico& contexto, const OpcionesEstado& opciones) {
     EstadoVisto visto;
     std::optional<SalidaConsola> prometheus;
     {
@@ -109,7 +109,7 @@ void estado(ContextoHistorico& contexto, const Opciones& opciones) {
 
 void declararEstado(Argumentos& argumentos, ContextoHistorico& contexto) {
     auto orden = argumentos.orden("estado", "Muestra qué hay de cada estación, y de qué se avisa");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesEstado>();
     orden.bandera(opciones->json, "--json", "Como objeto JSON");
     orden.bandera(opciones->avisos, "--avisos", "Sale con 1 si hay algún aviso, y los dice");
     orden.opcion(opciones->silencio, {.nombre = "--silencio",

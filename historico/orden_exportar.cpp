@@ -18,7 +18,7 @@ namespace telvane {
 
 namespace {
 
-struct Opciones {
+struct OpcionesExportar {
     std::string salida;
     std::string estacion;
     std::optional<std::string> desde;
@@ -34,7 +34,7 @@ std::string motivoFormato(const std::string& texto) {
 }
 
 // As asked for, or as the output's name tells.
-Formato formatoDe(const Opciones& opciones) {
+Formato formatoDe(const OpcionesExportar& opciones) {
     if (opciones.formato) return leerFormato(*opciones.formato).value();
     return formatoDelNombre(opciones.salida).value_or(Formato::csv);
 }
@@ -43,7 +43,7 @@ std::optional<Instante> momentoDe(const std::optional<std::string>& texto) {
     return texto ? leerMomento(*texto) : std::nullopt;
 }
 
-Periodo periodoDe(const Opciones& opciones) {
+Periodo periodoDe(const OpcionesExportar& opciones) {
     const Periodo periodo{.desde = momentoDe(opciones.desde), .hasta = momentoDe(opciones.hasta)};
     if (periodo.desde && periodo.hasta && *periodo.desde >= *periodo.hasta) {
         throw ErrorCli(CodigoSalida::malUso, "--desde debe ser anterior a --hasta");
@@ -52,7 +52,7 @@ Periodo periodoDe(const Opciones& opciones) {
 }
 
 // A name that says something else than what the file holds.
-void decirFormato(Consola& consola, const Opciones& opciones) {
+void decirFormato(Consola& consola, const OpcionesExportar& opciones) {
     const auto final = std::filesystem::path(opciones.salida).extension();
     if (opciones.formato || final.empty() || formatoDelNombre(opciones.salida)) return;
     consola.aviso(
@@ -61,7 +61,7 @@ void decirFormato(Consola& consola, const Opciones& opciones) {
                     nombreVisible(opciones.salida)));
 }
 
-void exportar(ContextoHistorico& contexto, const Opciones& opciones) {
+void exportar(ContextoHistorico& contexto, const OpcionesExportar& opciones) {
     PeticionTabla peticion{.formato = formatoDe(opciones),
                            .periodo = periodoDe(opciones),
                            .cuales = opciones.todo ? Cuales::todas : Cuales::lasQueCuentan,
@@ -108,7 +108,7 @@ LimitesPorEstacion leerLimites(const std::optional<std::string>& pedidos,
 void declararExportar(Argumentos& argumentos, ContextoHistorico& contexto) {
     auto orden =
         argumentos.orden("exportar", "Escribe las muestras de una estación como convertir las escribe");
-    const auto o = std::make_shared<Opciones>();
+    const auto o = std::make_shared<OpcionesExportar>();
     orden.opcion(o->salida, {.nombre = "SALIDA",
                              .valor = "",
                              .ayuda = "Archivo que se escribe; - es la salida",

@@ -12,7 +12,7 @@ namespace telvane {
 
 namespace {
 
-struct Opciones {
+struct OpcionesImagen {
     std::string huella;
     std::string salida;
 };
@@ -41,7 +41,7 @@ std::vector<std::uint8_t> buscar(Lectura& lectura, const PrincipioDeHuella& cual
     return lectura.bytesDe(hallada->first, hallada->second);
 }
 
-void imagen(ContextoHistorico& contexto, const Opciones& opciones) {
+void imagen(ContextoHistorico& contexto, const OpcionesImagen& opciones) {
     const auto almacen = contexto.abrir(Uso::leer);
     const auto salida = ContextoHistorico::salida(opciones.salida, reglaDeBase(), almacen.get());
     Lectura lectura(*almacen);
@@ -54,7 +54,7 @@ void imagen(ContextoHistorico& contexto, const Opciones& opciones) {
 
 void declararImagen(Argumentos& argumentos, ContextoHistorico& contexto) {
     auto orden = argumentos.orden("imagen", "Devuelve una imagen, byte por byte");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesImagen>();
     orden.opcion(opciones->huella, {.nombre = "HUELLA",
                                     .valor = "",
                                     .ayuda = "Su SHA-256, o al menos sus 8 primeras cifras",

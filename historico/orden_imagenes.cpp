@@ -14,7 +14,7 @@ namespace telvane {
 
 namespace {
 
-struct Opciones {
+struct OpcionesImagenes {
     std::optional<std::string> estacion;
     bool json = false;
 };
@@ -66,7 +66,7 @@ std::string linea(const EstacionGuardada& estacion, const FichaImagen& ficha, co
         suya == descargas.end() ? "" : linea(suya->second));
 }
 
-void imagenes(ContextoHistorico& contexto, const Opciones& opciones) {
+void imagenes(ContextoHistorico& contexto, const OpcionesImagenes& opciones) {
     std::string texto;
     {
         const auto almacen = contexto.abrir(Uso::leer);
@@ -90,7 +90,7 @@ void imagenes(ContextoHistorico& contexto, const Opciones& opciones) {
 
 void declararImagenes(Argumentos& argumentos, ContextoHistorico& contexto) {
     auto orden = argumentos.orden("imagenes", "Muestra las imágenes que hay");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesImagenes>();
     orden.opcion(opciones->estacion,
                  {.nombre = "--estacion", .valor = "CIFRAS", .ayuda = "Solo las de esta estación"});
     orden.bandera(opciones->json, "--json", "Un objeto JSON por imagen");

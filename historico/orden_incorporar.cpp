@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kTuberia = "-";
 
-struct Opciones {
+struct OpcionesIncorporar {
     std::vector<std::string> archivos;
     std::optional<std::string> serie;
     std::optional<std::string> como;
@@ -89,7 +89,7 @@ std::string linea(const std::string& archivo, const Incorporacion& i) {
 
 class Tanda {
    public:
-    Tanda(ContextoHistorico& contexto, const Opciones& opciones)
+    Tanda(ContextoHistorico& contexto, const OpcionesIncorporar& opciones)
         : contexto_(contexto),
           opciones_(opciones),
           almacen_(contexto.abrir(Uso::incorporar)),
@@ -163,13 +163,13 @@ class Tanda {
     }
 
     ContextoHistorico& contexto_;
-    const Opciones& opciones_;
+    const OpcionesIncorporar& opciones_;
     std::unique_ptr<Almacen> almacen_;
     Archivo archivo_;
     Relato relato_;
 };
 
-void incorporar(ContextoHistorico& contexto, const Opciones& opciones) {
+void incorporar(ContextoHistorico& contexto, const OpcionesIncorporar& opciones) {
     const auto archivos = expandir(opciones.archivos);
     Tanda(contexto, opciones).correr(archivos);
     if (archivos.empty()) contexto.consola.aviso("no hay archivos .rgt que incorporar");
@@ -179,7 +179,7 @@ void incorporar(ContextoHistorico& contexto, const Opciones& opciones) {
 
 void declararIncorporar(Argumentos& argumentos, ContextoHistorico& contexto) {
     auto orden = argumentos.orden("incorporar", "Incorpora archivos base (.rgt), o los de una carpeta");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesIncorporar>();
     orden.opcion(opciones->archivos, {.nombre = "ARCHIVO",
                                       .valor = "",
                                       .ayuda = "Archivos base, o carpetas con ellos; - es la entrada",

@@ -30,7 +30,7 @@ using informe::Plazo;
 // Samples between two looks at the signals.
 constexpr std::size_t kEntreMiradas = 65536;
 
-struct Opciones {
+struct OpcionesInforme {
     std::string salida;
     std::optional<std::string> estacion;
     std::optional<std::string> imagen;
@@ -59,7 +59,7 @@ std::string motivoMes(const std::string& texto) {
 }
 
 // The bounds that the line gives; whatever is open ends with the samples.
-Periodo periodoPedido(const Opciones& opciones) {
+Periodo periodoPedido(const OpcionesInforme& opciones) {
     if (opciones.mes && (opciones.desde || opciones.hasta)) {
         throw ErrorCli(CodigoSalida::malUso, "--mes no admite --desde ni --hasta");
     }
@@ -97,7 +97,7 @@ struct Contado {
     Informe informe;
 };
 
-Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const Opciones& opciones,
+Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const OpcionesInforme& opciones,
                        const Periodo& periodo) {
     const auto limites = leerLimites(opciones.limites, almacen.limitesAlLado());
     Lectura lectura(almacen);
@@ -139,7 +139,7 @@ Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const Opci
     return contado;
 }
 
-Contado contarImagen(const Opciones& opciones, const Periodo& periodo) {
+Contado contarImagen(const OpcionesInforme& opciones, const Periodo& periodo) {
     const auto limites = leerLimites(opciones.limites, {});
     // A byte more than an image tells a file that is none.
     const auto bytes = leerArchivo(*opciones.imagen, kBytesMemoria + 1);
@@ -190,7 +190,7 @@ std::string ahora(const ContextoHistorico& contexto) {
                        minutos % 60);
 }
 
-void informar(ContextoHistorico& contexto, const Opciones& opciones) {
+void informar(ContextoHistorico& contexto, const OpcionesInforme& opciones) {
     if (opciones.estacion.has_value() == opciones.imagen.has_value()) {
         throw ErrorCli(CodigoSalida::malUso, "se espera --estacion o --imagen, una de las dos");
     }
@@ -211,7 +211,7 @@ void informar(ContextoHistorico& contexto, const Opciones& opciones) {
     if (opciones.abrir && salida.archivo()) abrirConElEscritorio(opciones.salida);
 }
 
-void resumir(ContextoHistorico& contexto, const Opciones& opciones) {
+void resumir(ContextoHistorico& contexto, const OpcionesInforme& opciones) {
     const auto periodo = periodoPedido(opciones);
     const auto almacen = contexto.abrir(Uso::leer);
     const auto contado = contarEstacion(contexto, *almacen, opciones, periodo);
@@ -237,7 +237,7 @@ OpcionDeLinea opcionLimites() {
 
 void declararInforme(Argumentos& argumentos, ContextoHistorico& contexto) {
     auto orden = argumentos.orden("informe", "Lo que midió una estación, en una página para mirar");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesInforme>();
     orden.opcion(opciones->salida, {.nombre = "SALIDA",
                                     .valor = "",
                                     .ayuda = "La página (.html); - es la salida estándar",
@@ -264,7 +264,7 @@ void declararInforme(Argumentos& argumentos, ContextoHistorico& contexto) {
 
 void declararResumen(Argumentos& argumentos, ContextoHistorico& contexto) {
     auto orden = argumentos.orden("resumen", "El clima de un mes como texto de 80 columnas");
-    const auto opciones = std::make_shared<Opciones>();
+    const auto opciones = std::make_shared<OpcionesInforme>();
     orden.opcion(opciones->estacion, {.nombre = "--estacion",
                                       .valor = "CIFRAS",
                                       .ayuda = "Una estación del archivo histórico",
