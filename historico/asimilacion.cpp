@@ -124,7 +124,7 @@ std::int64_t Asimilacion::contarHuecosDeMas(const Sellos& sellosNuevos) {
     if (sellosNuevos.empty()) return 0;
     const auto primero = sellosNuevos.front();
     const auto ultimo = sellosNuevos.back();
-    Alrededores entorno;
+    SellosAlrededor entorno;
     entorno.antes = almacen_.sellosAntes(estacion_, primero, kSellosAlrededor);
     entorno.despues = almacen_.sellosDespues(estacion_, ultimo, kSellosAlrededor);
     almacen_.filas(estacion_, primero, ultimo, [&](const Fila& fila) {

@@ -17,7 +17,7 @@ std::int64_t contarHuecos(const std::vector<Instante>& sellos, Instante desde, I
     return cuantos;
 }
 
-std::int64_t huecosDeMas(const Alrededores& entorno, const std::vector<Instante>& nuevos) {
+std::int64_t huecosDeMas(const SellosAlrededor& entorno, const std::vector<Instante>& nuevos) {
     if (nuevos.empty()) return 0;
     std::vector<Instante> antes = entorno.antes;
     antes.insert(antes.end(), entorno.medio.begin(), entorno.medio.end());
