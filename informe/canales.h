@@ -22,7 +22,7 @@ struct CanalInformado {
     std::string_view nombre;
     std::string_view unidad;
     Dibujo dibujo = Dibujo::banda;
-    bool conMinimo = true;  // whether its minimum says anything
+    bool conMinimo = true;  // whether its chart begins at it, and not at nothing
 };
 
 inline constexpr std::array<CanalInformado, kCanales> kCanalesInformados = {{

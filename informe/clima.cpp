@@ -13,7 +13,9 @@ ClimaDelMes climaDe(const Estadistica& estadistica, const MesContado& mes) {
         dia.dia = d;
         for (std::size_t i = 0; i < mes.dias; ++i) {
             const auto& contado = estadistica.dias()[mes.primero + i];
-            if (fechaDe(contado.comienzo).dia == d) dia.cuentas = &contado.cuentas;
+            if (fechaDe(contado.comienzo).dia != d) continue;
+            dia.cuentas = &contado.cuentas;
+            dia.lluviaConAgujeros = contado.conAgujeros(Canal::lluvia);
         }
         if (dia.cuentas != nullptr) {
             if (const auto media = dia.cuentas->media(Canal::temperatura)) {

@@ -13,7 +13,8 @@ inline constexpr double kBaseGradosDia = 18.3;
 
 struct DiaDeClima {
     int dia = 1;
-    const Cuentas* cuentas = nullptr;   // none: the day is not in the period
+    const Cuentas* cuentas = nullptr;  // none: the day is not in the period
+    bool lluviaConAgujeros = false;
     std::optional<double> calefaccion;  // degree-days
     std::optional<double> refrigeracion;
 };

@@ -44,10 +44,12 @@ void CuentaCanal::agregar(const CuentaCanal& otra) {
     if (valores == 0 || otra.minimo < minimo) {
         minimo = otra.minimo;
         cuandoMinimo = otra.cuandoMinimo;
+        minimoMarcado = otra.minimoMarcado;
     }
     if (valores == 0 || otra.maximo > maximo) {
         maximo = otra.maximo;
         cuandoMaximo = otra.cuandoMaximo;
+        maximoMarcado = otra.maximoMarcado;
     }
     suma += otra.suma;
     valores += otra.valores;
@@ -67,13 +69,14 @@ void Cuentas::agregar(const Juzgada& juzgada, bool primeraDelSello) {
     const auto valores = valoresDe(observacion.medidas);
     for (std::size_t i = 0; i < kCanales; ++i) {
         const auto canal = static_cast<Canal>(i);
-        if (!limpia && marcas.tiene(canal)) {
+        const bool marcado = !limpia && marcas.tiene(canal);
+        if (marcado) {
             for (std::size_t m = 0; m < kMarcas; ++m) {
                 if (marcas.tiene(canal, static_cast<Marca>(m))) ++canales[i].marcados[m];
             }
             if (marcas.tiene(canal, Marca::rango)) continue;
         }
-        canales[i].agregar(valores[i], observacion.instante);
+        canales[i].agregar(valores[i], observacion.instante, marcado);
     }
 
     const auto velocidad = observacion.medidas.velViento;

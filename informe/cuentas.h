@@ -2,7 +2,8 @@
 // statistics stands here:
 //
 // - A day runs from 00:00 included to 24:00 excluded, in the logger's own time.
-// - A value marked `rango` enters no extreme, mean or sum; how many is counted. `salto` and `fijo` enter.
+// - A value marked `rango` enters no extreme, mean or sum; how many is counted. `salto` and `fijo` enter, and
+//   what they entered is marked: an extreme when it is one of them.
 // - Of equal extremes the first one counts.
 // - Wind has a direction from 1.8 km/h on (0.5 m/s, WMO-No. 8, Volume I, chapter 5); below it is calm.
 // - What counts samples counts all of them: the rose, the calms and the prevailing sector, which is the one
@@ -13,7 +14,8 @@
 //   5), where each direction weighs as much as its wind, and one whose speed is marked `rango` nothing.
 // - A stamp is expected once, and is there once, however many records of it count.
 // - A month's mean is incomplete when more than 3 of its days in a row, or more than 5 in all, have no value
-//   (WMO-No. 1203, Guidelines on the Calculation of Climate Normals).
+//   (WMO-No. 1203, Guidelines on the Calculation of Climate Normals). A period's is when one of its months
+//   is; of that month only the days of the period are asked for.
 #pragma once
 
 #include <array>
@@ -55,16 +57,25 @@ struct CuentaCanal {
     std::int64_t suma = 0;
     std::uint32_t valores = 0;  // that entered
     std::array<std::uint32_t, kMarcas> marcados{};
+    bool minimoMarcado = false;
+    bool maximoMarcado = false;
 
     std::uint32_t fueraDeRango() const { return marcados[static_cast<std::size_t>(Marca::rango)]; }
-    void agregar(std::int32_t valor, Instante cuando) {
+    // Whether values marked salto or fijo entered.
+    bool conMarcados() const {
+        return marcados[static_cast<std::size_t>(Marca::salto)] > 0 ||
+               marcados[static_cast<std::size_t>(Marca::fijo)] > 0;
+    }
+    void agregar(std::int32_t valor, Instante cuando, bool marcado) {
         if (valores == 0 || valor < minimo) {
             minimo = valor;
             cuandoMinimo = cuando;
+            minimoMarcado = marcado;
         }
         if (valores == 0 || valor > maximo) {
             maximo = valor;
             cuandoMaximo = cuando;
+            maximoMarcado = marcado;
         }
         suma += valor;
         ++valores;

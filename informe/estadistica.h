@@ -17,6 +17,9 @@ struct Dia {
     Cuentas cuentas;
     // Mean temperature of each hour, tenths of ºC.
     std::array<std::optional<std::int16_t>, 24> horas;
+    bool entero = false;  // the whole day lies in the period
+    // A sum that some of the day's samples are missing in.
+    bool conAgujeros(Canal canal) const { return !entero || cuentas.conAgujeros(canal); }
 };
 
 struct MesContado {
@@ -25,14 +28,10 @@ struct MesContado {
     std::size_t primero = 0;  // its days among all
     std::size_t dias = 0;     // of the period
     bool entero = false;      // the whole month lies in the period
-    // Days of the calendar month without a value of the channel: in a row at most, and in all.
-    struct Faltas {
-        int seguidas = 0;
-        int todas = 0;
-        bool incompleta() const { return seguidas > 3 || todas > 5; }
-    };
-    std::array<Faltas, kCanales> faltas;
-    bool incompleta(Canal canal) const { return faltas[static_cast<std::size_t>(canal)].incompleta(); }
+    // Too many days without a value of the channel: of the calendar month, and of its days in the period.
+    std::array<bool, kCanales> incompletas{};
+    std::array<bool, kCanales> incompletasEnElPlazo{};
+    bool incompleta(Canal canal) const { return incompletas[static_cast<std::size_t>(canal)]; }
     // A sum that some of the month's samples are missing in.
     bool conAgujeros(Canal canal) const { return !entero || cuentas.conAgujeros(canal); }
 };
@@ -50,6 +49,8 @@ class Estadistica {
     const std::vector<Dia>& dias() const { return dias_; }  // every one of the period
     const std::vector<MesContado>& meses() const { return meses_; }
     const Cuentas& todo() const { return todo_; }
+    // Whether so much of one of the months is missing that the period's mean is none.
+    bool incompleta(Canal canal) const;
     // Samples of the rose: by sector and class of speed.
     using Rosa = std::array<std::array<std::uint32_t, kClases>, kRumbos>;
     const Rosa& rosa() const { return rosa_; }
@@ -62,6 +63,7 @@ class Estadistica {
    private:
     Dia& dia(Instante momento);
     void contarFaltan(Instante desde, Instante hasta, int intervalo);
+    void juzgarMes(MesContado& mes) const;
     void cerrarHora();
     void abrirHora(Instante momento);
 

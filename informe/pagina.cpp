@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <iterator>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -14,8 +16,12 @@ namespace {
 
 // A year of days fits a page; beyond that the months say enough.
 constexpr std::size_t kDiasEnTabla = 400;
-// Climate months of a page.
-constexpr std::size_t kMesesDeClima = 3;
+// Climate months of a page: the last ones, of more than a season all but one folded. Those that fit: what one
+// memory holds is below 400 KB on the whole.
+constexpr std::size_t kMesesDeClima = 14;
+constexpr std::size_t kMesesAbiertos = 3;
+constexpr std::size_t kMuestrasDeUnaMemoria = 8180;
+constexpr std::size_t kBytesDeUnaMemoria = 390'000;
 
 template <typename... Partes>
 void agregar(std::string& html, fmt::format_string<Partes...> formato, Partes&&... partes) {
@@ -68,44 +74,63 @@ void ficha(std::string& html, std::string_view clase, std::string_view nombre, c
             clase, nombre, valor, unidad, detalle);
 }
 
+// Values marked salto or fijo are in it; the legend says so.
+std::string asterisco(bool marcado) {
+    return marcado ? "*" : "";
+}
+std::string minimoDe(const CuentaCanal& cuenta, Canal canal) {
+    return numero(std::int64_t{cuenta.minimo}, decimalesDe(canal)) + asterisco(cuenta.minimoMarcado);
+}
+std::string maximoDe(const CuentaCanal& cuenta, Canal canal) {
+    return numero(std::int64_t{cuenta.maximo}, decimalesDe(canal)) + asterisco(cuenta.maximoMarcado);
+}
 std::string deHasta(const Cuentas& c, Canal canal) {
     const auto& cuenta = c[canal];
     if (cuenta.valores == 0) return "sin valores";
     if (cuenta.minimo == cuenta.maximo) return "siempre";
-    return fmt::format("{} a {}", numero(std::int64_t{cuenta.minimo}, decimalesDe(canal)),
-                       numero(std::int64_t{cuenta.maximo}, decimalesDe(canal)));
+    return minimoDe(cuenta, canal) + " a " + maximoDe(cuenta, canal);
 }
 std::string mediaDe(const Cuentas& c, Canal canal, int decimales) {
     const auto media = c.media(canal);
-    return media ? numero(*media, decimales) : "–";
+    return media ? numero(*media, decimales) + asterisco(c[canal].conMarcados()) : "–";
 }
 std::string maximoCuando(const Cuentas& c, Canal canal) {
     const auto& cuenta = c[canal];
-    return cuenta.valores == 0 ? "sin valores" : "máxima, " + fechaHora(cuenta.cuandoMaximo);
+    return cuenta.valores == 0 ? "sin valores" : fechaHora(cuenta.cuandoMaximo);
 }
-std::string maximoDe(const Cuentas& c, Canal canal) {
-    return c[canal].valores == 0 ? "–" : numero(std::int64_t{c[canal].maximo}, decimalesDe(canal));
+std::string sumaDe(const Cuentas& c, Canal canal) {
+    return numero(c[canal].suma, decimalesDe(canal)) + asterisco(c[canal].conMarcados());
 }
 
 void resumen(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
     const auto& c = informe.estadistica.todo();
     html +=
         "<section id=resumen aria-labelledby=t-resumen>\n<h2 id=t-resumen>Resumen</h2>\n<dl class=fichas>\n";
-    ficha(html, "temperatura", "Temperatura media", mediaDe(c, Canal::temperatura, 1), "ºC",
-          deHasta(c, Canal::temperatura));
-    ficha(html, "humedad", "Humedad media", mediaDe(c, Canal::humedad, 0), "%", deHasta(c, Canal::humedad));
-    ficha(html, "presion", "Presión media", mediaDe(c, Canal::presion, 1), "kPa", deHasta(c, Canal::presion));
-    ficha(html, "viento", "Viento", maximoDe(c, Canal::velViento), "km/h", maximoCuando(c, Canal::velViento));
+    const auto conMedia = [&](std::string_view clase, std::string_view nombre, Canal canal, int decimales,
+                              std::string_view unidad) {
+        ficha(
+            html, clase, nombre, mediaDe(c, canal, decimales), unidad,
+            deHasta(c, canal) + (informe.estadistica.incompleta(canal) ? "<br>incompleto: faltan días" : ""));
+    };
+    const auto conMaximo = [&](std::string_view clase, std::string_view nombre, Canal canal,
+                               std::string_view unidad) {
+        ficha(html, clase, nombre, c[canal].valores == 0 ? "–" : maximoDe(c[canal], canal), unidad,
+              maximoCuando(c, canal));
+    };
+    conMedia("temperatura", "Temperatura media", Canal::temperatura, 1, "ºC");
+    conMedia("humedad", "Humedad media", Canal::humedad, 0, "%");
+    conMedia("presion", "Presión media", Canal::presion, 1, "kPa");
+    conMaximo("viento", "Viento máximo", Canal::velViento, "km/h");
     const auto rumbo = c.rumboDominante();
-    ficha(html, "direccion", "Rumbo dominante", rumbo ? std::string(kNombresRumbo[*rumbo]) : "–", "",
+    ficha(html, "direccion", "Rumbo dominante",
+          rumbo ? std::string(kNombresRumbo[*rumbo]) + asterisco(c[Canal::dirViento].conMarcados()) : "–", "",
           fmt::format("calma {}%", numero(c.calmas * 100.0 / std::max(c.muestras, 1U), 0)));
-    ficha(html, "radiacion", "Radiación", maximoDe(c, Canal::radSolar), "kW/m²",
-          maximoCuando(c, Canal::radSolar));
-    ficha(html, "lluvia", "Lluvia", numero(c[Canal::lluvia].suma, 1), "mm",
-          c.conAgujeros(Canal::lluvia) ? "incompleto: faltan muestras" : "total del período");
+    conMaximo("radiacion", "Radiación máxima", Canal::radSolar, "kW/m²");
+    ficha(html, "lluvia", "Lluvia", sumaDe(c, Canal::lluvia), "mm",
+          c.conAgujeros(Canal::lluvia) ? "incompleto: faltan valores" : "total del período");
     if (estacion.evaporacion) {
-        ficha(html, "evaporacion", "Evaporación", numero(c[Canal::evaporacion].suma, 2), "mm",
-              c.conAgujeros(Canal::evaporacion) ? "incompleto: faltan muestras" : "total del período");
+        ficha(html, "evaporacion", "Evaporación", sumaDe(c, Canal::evaporacion), "mm",
+              c.conAgujeros(Canal::evaporacion) ? "incompleto: faltan valores" : "total del período");
     }
     html += "</dl>\n<dl class=cuentas>\n";
     const auto cuenta = [&](std::string_view nombre, const std::string& valor) {
@@ -121,7 +146,9 @@ void resumen(std::string& html, const EstacionInformada& estacion, const Informe
     cuenta("Muestras marcadas", std::to_string(c.marcadas));
     html += "</dl>\n";
     html += tablaDeExtremos(informe, estacion.evaporacion);
-    html += "</section>\n";
+    html +=
+        "<p class=nota>*: entra un valor con marca de salto o de fijo. Incompleto: a un total le faltan "
+        "valores, o a una media demasiados días.</p>\n</section>\n";
 }
 
 std::string enPalabras(const CanalInformado& canal, const Informe& informe) {
@@ -129,7 +156,9 @@ std::string enPalabras(const CanalInformado& canal, const Informe& informe) {
     const auto& cuenta = e.todo()[canal.canal];
     auto texto = fmt::format("{}{}{}, {}. ", canal.nombre, canal.unidad.empty() ? "" : " en ", canal.unidad,
                              plazoEnPalabras(e));
-    const auto valor = [&](std::int64_t v) { return numero(v, decimalesDe(canal.canal)); };
+    const auto total = sumaDe(e.todo(), canal.canal) +
+                       (e.todo().conAgujeros(canal.canal) ? " (incompleto: faltan valores)" : "");
+    const auto maximo = maximoDe(cuenta, canal.canal);
     if (cuenta.valores == 0) {
         texto += "Sin valores.";
     } else if (canal.dibujo == Dibujo::puntos) {
@@ -139,17 +168,17 @@ std::string enPalabras(const CanalInformado& canal, const Informe& informe) {
         if (informe.columnas.porSectores())
             texto += " Puntos fuertes: el rumbo más frecuente de cada columna; claros: los demás.";
     } else if (canal.dibujo == Dibujo::barras && cuenta.maximo == 0) {
-        texto += fmt::format("Total {}.", valor(0));
+        texto += fmt::format("Total {}.", total);
     } else if (canal.dibujo == Dibujo::barras) {
-        texto += fmt::format("Total {}, lo más en una muestra {} el {}.", valor(cuenta.suma),
-                             valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
+        texto += fmt::format("Total {}, lo más en una muestra {} el {}.", total, maximo,
+                             fechaHora(cuenta.cuandoMaximo));
     } else if (cuenta.minimo == cuenta.maximo) {
-        texto += fmt::format("Siempre {}.", valor(cuenta.maximo));
+        texto += fmt::format("Siempre {}.", maximo);
     } else if (!canal.conMinimo) {
-        texto += fmt::format("Hasta {} el {}.", valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
+        texto += fmt::format("Hasta {} el {}.", maximo, fechaHora(cuenta.cuandoMaximo));
     } else {
-        texto += fmt::format("De {} el {} a {} el {}.", valor(cuenta.minimo), fechaHora(cuenta.cuandoMinimo),
-                             valor(cuenta.maximo), fechaHora(cuenta.cuandoMaximo));
+        texto += fmt::format("De {} el {} a {} el {}.", minimoDe(cuenta, canal.canal),
+                             fechaHora(cuenta.cuandoMinimo), maximo, fechaHora(cuenta.cuandoMaximo));
     }
     for (std::size_t m = 0; m < kMarcas; ++m) {
         if (cuenta.marcados[m] > 0) texto += " " + cuantas(cuenta.marcados[m], kMarcasInformadas[m]) + ".";
@@ -180,7 +209,8 @@ void leyenda(std::string& html) {
     html +=
         "<li><svg class=clave viewBox=\"0 0 24 14\" aria-hidden=true><path class=conflicto d=\"M12 "
         "2v10\"/></svg> conflicto "
-        "(raya arriba): más de un registro con el mismo sello</li>\n</ul>\n";
+        "(raya arriba): más de un registro con el mismo sello</li>\n"
+        "<li><b>*</b> entra un valor con marca de salto o de fijo</li>\n</ul>\n";
 }
 
 void graficos(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
@@ -211,11 +241,15 @@ void rosa(std::string& html, const Informe& informe) {
     const auto rumbo = c.rumboDominante();
     const auto direccion = c.direccionMedia();
     const auto dudosas = c[Canal::velViento].fueraDeRango();
+    const auto& e = informe.estadistica;
+    const bool conMarcados = c[Canal::dirViento].conMarcados() || c[Canal::velViento].conMarcados();
+    const bool incompleta = e.incompleta(Canal::dirViento) || e.incompleta(Canal::velViento);
     const auto palabras = fmt::format(
         "Rosa de los vientos: de dónde sopla. {} Calma, menos de 1.8 km/h: {} muestras; sin rumbo: {}; en "
         "total {}.{}",
-        rumbo ? fmt::format("Sobre todo del {}, {} muestras; dirección media del vector {}º.",
-                            kNombresRumbo[*rumbo], c.rumbos[*rumbo], direccion ? numero(*direccion, 0) : "–")
+        rumbo ? fmt::format("Sobre todo del {}, {} muestras; dirección media del vector {}º{}{}.",
+                            kNombresRumbo[*rumbo], c.rumbos[*rumbo], direccion ? numero(*direccion, 0) : "–",
+                            asterisco(conMarcados), incompleta ? " (incompleto: faltan días)" : "")
               : "Ninguna muestra con viento y rumbo.",
         c.calmas, c.sinRumbo, c.muestras,
         dudosas == 0
@@ -244,6 +278,46 @@ void rosa(std::string& html, const Informe& informe) {
             tablaDeRosa(informe));
 }
 
+// The climate of the last months, as many as there is room for.
+std::vector<std::string> climaDeLosUltimos(const Estadistica& e, std::size_t yaHay) {
+    const auto& meses = e.meses();
+    const bool unaMemoria = e.todo().muestras <= kMuestrasDeUnaMemoria;
+    std::vector<std::string> tablas;
+    for (std::size_t i = meses.size(); i > 0 && tablas.size() < kMesesDeClima; --i) {
+        auto tabla = tablaDeClima(climaDe(e, meses[i - 1]));
+        yaHay += tabla.size();
+        if (unaMemoria && tablas.size() >= kMesesAbiertos && yaHay > kBytesDeUnaMemoria) break;
+        tablas.push_back(std::move(tabla));
+    }
+    std::ranges::reverse(tablas);
+    return tablas;
+}
+
+void clima(std::string& html, const Estadistica& e) {
+    html += "<section id=clima aria-labelledby=t-clima>\n<h2 id=t-clima>Clima del mes</h2>\n";
+    const auto& meses = e.meses();
+    const auto tablas = climaDeLosUltimos(e, html.size());
+    const bool plegados = meses.size() > kMesesAbiertos;
+    if (tablas.size() < meses.size()) {
+        agregar(html,
+                "<p class=nota>Aquí, los últimos {} meses: más no caben en la página. Para otro, pida el "
+                "informe de "
+                "ese mes.</p>\n",
+                tablas.size());
+    }
+    if (plegados)
+        html +=
+            "<p class=nota>El último está a la vista y los demás, plegados; en papel sale el último.</p>\n";
+    for (std::size_t i = 0; i < tablas.size(); ++i) {
+        const auto& mes = meses[meses.size() - tablas.size() + i].mes;
+        const bool plegado = plegados && i + 1 < tablas.size();
+        if (plegado) agregar(html, "<details><summary>{} de {}</summary>", nombreMes(mes.mes), mes.anio);
+        html += tablas[i];
+        if (plegado) html += "</details>\n";
+    }
+    html += "</section>\n";
+}
+
 void tablas(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
     const auto& e = informe.estadistica;
     agregar(html, "<section id=meses aria-labelledby=t-meses>\n<h2 id=t-meses>Meses</h2>\n{}\n</section>\n",
@@ -256,31 +330,32 @@ void tablas(std::string& html, const EstacionInformada& estacion, const Informe&
                 "<p>Los días de un período de más de {} no caben en una página: pida uno más corto.</p>",
                 kDiasEnTabla);
     }
-    html += "</section>\n<section id=clima aria-labelledby=t-clima>\n<h2 id=t-clima>Clima del mes</h2>\n";
-    const auto& meses = e.meses();
-    for (std::size_t i = meses.size() <= kMesesDeClima ? 0 : meses.size() - 1; i < meses.size(); ++i) {
-        html += tablaDeClima(climaDe(e, meses[i]));
-    }
     html += "</section>\n";
+    clima(html, e);
 }
 
 void calidad(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
-    agregar(html,
-            "<section id=calidad aria-labelledby=t-calidad>\n<h2 id=t-calidad>Calidad</h2>\n{}\n"
-            "<p class=nota>Ninguna marca cambia ni quita un valor. Los que están fuera de rango quedan fuera "
-            "de extremos, medias y "
-            "sumas; los de salto y fijo entran, y un asterisco (*) lo dice. Una muestra de un sello en "
-            "conflicto lleva solo la marca de "
-            "rango.</p>\n<p class=nota>Un día va de las 00:00, incluidas, a las 24:00, excluidas, de la hora "
-            "del registrador. Una media "
-            "se llama incompleto cuando a su mes le faltan más de 3 días seguidos o más de 5 en total; un "
-            "total de lluvia, cuando le "
-            "falta cualquier muestra. La dirección media es la del vector medio del viento; el rumbo "
-            "dominante, el de más muestras "
-            "desde 1.8 km/h, como en la rosa, que cuenta todas. Las esperadas son las horas con muestra y "
-            "las que "
-            "faltan según el intervalo vigente; dos registros de una misma hora son una.</p>\n</section>\n",
-            tablaDeMarcas(informe, estacion.evaporacion));
+    agregar(
+        html,
+        "<section id=calidad aria-labelledby=t-calidad>\n<h2 id=t-calidad>Calidad</h2>\n{}\n"
+        "<p class=nota>Ninguna marca cambia ni quita un valor. Los que están fuera de rango quedan fuera "
+        "de extremos, medias y "
+        "sumas; los de salto y fijo entran, y un asterisco (*) lo dice: junto a una media o una suma, que "
+        "hay alguno entre sus valores; junto a un extremo, que lo es él. Una muestra de un sello en "
+        "conflicto lleva solo la marca de "
+        "rango.</p>\n<p class=nota>Un día va de las 00:00, incluidas, a las 24:00, excluidas, de la hora "
+        "del registrador. Una media "
+        "se llama incompleto cuando a su mes le faltan más de 3 días seguidos o más de 5 en total, y la "
+        "del período, cuando le faltan a uno de sus meses; un "
+        "total de lluvia, cuando le "
+        "falta cualquier muestra o alguna lleva la marca de rango. La dirección media es la del vector medio "
+        "del "
+        "viento; el rumbo "
+        "dominante, el de más muestras "
+        "desde 1.8 km/h, como en la rosa, que cuenta todas. Las esperadas son las horas con muestra y las "
+        "que "
+        "faltan según el intervalo vigente; dos registros de una misma hora son una.</p>\n</section>\n",
+        tablaDeMarcas(informe, estacion.evaporacion));
 }
 
 void procedencia(std::string& html, const EstacionInformada& estacion, const Informe& informe) {

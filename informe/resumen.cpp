@@ -53,21 +53,45 @@ std::string rumbo(const Cuentas* cuentas) {
     return r ? std::string(kNombresRumbo[*r]) : "-";
 }
 
-std::string fila(const std::array<std::string, 13>& celdas) {
-    constexpr std::array<std::size_t, 13> kAnchosDeColumna = {3, 7, 6, 6, 6, 6, 6, 6, 8, 6, 6, 6, 5};
+// A cell's mark stands in the blank before the next one.
+constexpr std::size_t kColumnas = 13;
+using Marcas = std::array<std::string_view, kColumnas>;
+std::string fila(const std::array<std::string, kColumnas>& celdas, const Marcas& marcas = {}) {
+    constexpr std::array<std::size_t, kColumnas> kAnchosDeColumna = {3, 7, 6, 7, 6, 7, 6, 6, 8, 6, 6, 7, 4};
     std::string linea;
-    for (std::size_t i = 0; i < celdas.size(); ++i) linea += columna(celdas[i], kAnchosDeColumna[i]);
+    for (std::size_t i = 0; i < celdas.size(); ++i) {
+        linea += columna(celdas[i], kAnchosDeColumna[i] - (i == 0 ? 0 : marcas[i - 1].size()));
+        linea += marcas[i];
+    }
     return linea;
 }
 
+// An asterisk where a value marked salto or fijo is in, an i at rain that samples are missing in.
+Marcas marcasDe(const Cuentas* c, bool lluviaConAgujeros) {
+    Marcas marcas;
+    if (c == nullptr) return marcas;
+    const auto& temperatura = (*c)[Canal::temperatura];
+    const auto& viento = (*c)[Canal::velViento];
+    const auto asterisco = [](bool marcado) { return std::string_view(marcado ? "*" : ""); };
+    marcas[1] = asterisco(temperatura.conMarcados());
+    marcas[2] = asterisco(temperatura.maximoMarcado);
+    marcas[4] = asterisco(temperatura.minimoMarcado);
+    if ((*c)[Canal::lluvia].valores > 0 && lluviaConAgujeros) marcas[8] = "i";
+    marcas[9] = asterisco(viento.conMarcados());
+    marcas[10] = asterisco(viento.maximoMarcado);
+    marcas[12] = asterisco((*c)[Canal::dirViento].conMarcados());
+    return marcas;
+}
+
 std::string filaDe(const std::string& nombre, const Cuentas* c, const std::string& calefaccion,
-                   const std::string& refrigeracion, bool conHoras) {
+                   const std::string& refrigeracion, bool conHoras, bool lluviaConAgujeros) {
     const auto horaDe = [&](Canal canal, bool maximo) { return conHoras ? cuando(c, canal, maximo) : ""; };
-    return fila({nombre, media(c, Canal::temperatura), valor(c, Canal::temperatura, true),
-                 horaDe(Canal::temperatura, true), valor(c, Canal::temperatura, false),
-                 horaDe(Canal::temperatura, false), calefaccion, refrigeracion, lluvia(c),
-                 media(c, Canal::velViento), valor(c, Canal::velViento, true), horaDe(Canal::velViento, true),
-                 rumbo(c)});
+    return fila(
+        {nombre, media(c, Canal::temperatura), valor(c, Canal::temperatura, true),
+         horaDe(Canal::temperatura, true), valor(c, Canal::temperatura, false),
+         horaDe(Canal::temperatura, false), calefaccion, refrigeracion, lluvia(c), media(c, Canal::velViento),
+         valor(c, Canal::velViento, true), horaDe(Canal::velViento, true), rumbo(c)},
+        marcasDe(c, lluviaConAgujeros));
 }
 
 void encabezar(std::string& texto, const EstacionInformada& estacion, const MesContado& mes) {
@@ -92,28 +116,28 @@ std::string resumenDelMes(const EstacionInformada& estacion, const Informe& info
     const auto& c = mes.cuentas;
     std::string texto;
     encabezar(texto, estacion, mes);
-    agregarLinea(texto, "           Temperatura (ºC)            Grados-día   Lluvia      Viento (km/h)");
+    agregarLinea(texto, "            Temperatura (ºC)          Grados-día  Lluvia      Viento (km/h)");
     agregarLinea(texto, fila({"Día", "Media", "Máx.", "Hora", "Mín.", "Hora", "Cal.", "Refr.", "mm", "Media",
                               "Máx.", "Hora", "De"}));
-    agregarLinea(texto, std::string(77, '-'));
+    agregarLinea(texto, std::string(79, '-'));
     for (const auto& dia : clima.dias) {
         agregarLinea(texto, filaDe(std::to_string(dia.dia), dia.cuentas, opcional(dia.calefaccion),
-                                   opcional(dia.refrigeracion), true));
+                                   opcional(dia.refrigeracion), true, dia.lluviaConAgujeros));
     }
-    agregarLinea(texto, std::string(77, '-'));
-    agregarLinea(texto,
-                 filaDe("Mes", &c, numero(clima.calefaccion, 1), numero(clima.refrigeracion, 1), false));
+    agregarLinea(texto, std::string(79, '-'));
+    agregarLinea(texto, filaDe("Mes", &c, numero(clima.calefaccion, 1), numero(clima.refrigeracion, 1), false,
+                               mes.conAgujeros(Canal::lluvia)));
     agregarLinea(texto, "");
 
     const auto diaHora = [](Instante m) { return fmt::format("día {} a las {}", fechaDe(m).dia, hora(m)); };
     const auto& temperatura = c[Canal::temperatura];
     if (temperatura.valores > 0) {
-        const auto extremo = [&](std::string_view nombre, std::int32_t v, Instante m) {
-            agregarLinea(texto, fmt::format("Temperatura {} {} ºC, {}", nombre, numero(std::int64_t{v}, 1),
-                                            diaHora(m)));
+        const auto extremo = [&](std::string_view nombre, std::int32_t v, bool marcado, Instante m) {
+            agregarLinea(texto, fmt::format("Temperatura {} {}{} ºC, {}", nombre, numero(std::int64_t{v}, 1),
+                                            marcado ? "*" : "", diaHora(m)));
         };
-        extremo("máxima", temperatura.maximo, temperatura.cuandoMaximo);
-        extremo("mínima", temperatura.minimo, temperatura.cuandoMinimo);
+        extremo("máxima", temperatura.maximo, temperatura.maximoMarcado, temperatura.cuandoMaximo);
+        extremo("mínima", temperatura.minimo, temperatura.minimoMarcado, temperatura.cuandoMinimo);
     }
     agregarLinea(texto, fmt::format("Días con máxima de 32.0 ºC o más: {};  de 0.0 ºC o menos: {}",
                                     clima.maximaDesde32, clima.maximaHasta0));
@@ -139,7 +163,11 @@ std::string resumenDelMes(const EstacionInformada& estacion, const Informe& info
     if (mes.incompleta(Canal::temperatura))
         agregarLinea(texto, "Temperatura media: incompleto (faltan días)");
     if (mes.incompleta(Canal::velViento)) agregarLinea(texto, "Viento medio: incompleto (faltan días)");
-    if (mes.conAgujeros(Canal::lluvia)) agregarLinea(texto, "Lluvia total: incompleto (faltan muestras)");
+    if (mes.conAgujeros(Canal::lluvia))
+        agregarLinea(texto, "Lluvia total: incompleto (faltan valores); lo mismo los días con i");
+    if (c[Canal::temperatura].conMarcados() || c[Canal::velViento].conMarcados() ||
+        c[Canal::dirViento].conMarcados())
+        agregarLinea(texto, "*: entra un valor con marca de salto o de fijo");
     agregarLinea(texto,
                  fmt::format("Grados-día con base {} ºC. Un día va de las 00:00 a las 24:00 del registrador.",
                              numero(kBaseGradosDia, 1)));

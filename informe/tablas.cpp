@@ -51,46 +51,55 @@ std::string diaYHora(Instante momento) {
     return fmt::format("{:02} {}", fechaDe(momento).dia, hora(momento));
 }
 
-std::string conCuando(std::int32_t valor, Instante momento, Canal canal, Cuando cuando) {
-    return fmt::format("{}<i>{}</i>", numero(std::int64_t{valor}, decimalesDe(canal)), cuando(momento));
+// Values marked salto or fijo are in it: an asterisk says so, and the page's notes what it means.
+std::string_view asterisco(bool marcado) {
+    return marcado ? "*" : "";
 }
-std::string maximo(const Cuentas& c, Canal canal, Cuando cuando) {
-    return c[canal].valores == 0 ? std::string(kNada)
-                                 : conCuando(c[canal].maximo, c[canal].cuandoMaximo, canal, cuando);
+std::string_view asterisco(const CuentaCanal& cuenta) {
+    return asterisco(cuenta.conMarcados());
 }
-std::string minimo(const Cuentas& c, Canal canal, Cuando cuando) {
-    return c[canal].valores == 0 ? std::string(kNada)
-                                 : conCuando(c[canal].minimo, c[canal].cuandoMinimo, canal, cuando);
+std::string_view incompleto(bool loEs) {
+    return loEs ? "<small class=aviso>incompleto</small>" : "";
 }
 
-// Values marked salto or fijo are in it: an asterisk says so.
-std::string asterisco(const CuentaCanal& cuenta) {
-    const bool marcado = cuenta.marcados[static_cast<std::size_t>(Marca::salto)] > 0 ||
-                         cuenta.marcados[static_cast<std::size_t>(Marca::fijo)] > 0;
-    return marcado ? "<abbr title=\"con valores marcados\">*</abbr>" : "";
+std::string minimo(const CuentaCanal& c, Canal canal) {
+    return fmt::format("{}{}", numero(std::int64_t{c.minimo}, decimalesDe(canal)),
+                       asterisco(c.minimoMarcado));
 }
-std::string incompleto() {
-    return "<small class=aviso>incompleto</small>";
+std::string maximo(const CuentaCanal& c, Canal canal) {
+    return fmt::format("{}{}", numero(std::int64_t{c.maximo}, decimalesDe(canal)),
+                       asterisco(c.maximoMarcado));
+}
+std::string maximo(const Cuentas& c, Canal canal, Cuando cuando) {
+    if (c[canal].valores == 0) return std::string(kNada);
+    return fmt::format("{}<i>{}</i>", maximo(c[canal], canal), cuando(c[canal].cuandoMaximo));
+}
+std::string minimo(const Cuentas& c, Canal canal, Cuando cuando) {
+    if (c[canal].valores == 0) return std::string(kNada);
+    return fmt::format("{}<i>{}</i>", minimo(c[canal], canal), cuando(c[canal].cuandoMinimo));
 }
 
 std::string media(const Cuentas& c, Canal canal, bool incompleta = false) {
     const auto m = c.media(canal);
     if (!m) return std::string(kNada);
     const auto decimales = std::max(decimalesDe(canal), canal == Canal::humedad ? 0 : 1);
-    return numero(*m, decimales) + asterisco(c[canal]) + (incompleta ? incompleto() : "");
+    return fmt::format("{}{}{}", numero(*m, decimales), asterisco(c[canal]), incompleto(incompleta));
 }
 std::string suma(const Cuentas& c, Canal canal, bool conAgujeros) {
     if (c[canal].valores == 0) return std::string(kNada);
-    return numero(c[canal].suma, decimalesDe(canal)) + asterisco(c[canal]) +
-           (conAgujeros ? incompleto() : "");
+    return fmt::format("{}{}{}", numero(c[canal].suma, decimalesDe(canal)), asterisco(c[canal]),
+                       incompleto(conAgujeros));
 }
 std::string rumbo(const Cuentas& c) {
     const auto r = c.rumboDominante();
-    return r ? std::string(kNombresRumbo[*r]) : std::string(kNada);
+    return r ? fmt::format("{}{}", kNombresRumbo[*r], asterisco(c[Canal::dirViento])) : std::string(kNada);
 }
-std::string direccion(const Cuentas& c) {
+std::string direccion(const Cuentas& c, const std::function<bool(Canal)>& incompleta) {
     const auto grados = c.direccionMedia();
-    return grados ? numero(*grados, 0) + "º" : std::string(kNada);
+    if (!grados) return std::string(kNada);
+    return fmt::format("{}º{}{}", numero(*grados, 0),
+                       asterisco(c[Canal::dirViento].conMarcados() || c[Canal::velViento].conMarcados()),
+                       incompleto(incompleta(Canal::dirViento) || incompleta(Canal::velViento)));
 }
 
 // "temperatura: 2 fuera de rango, 3 saltos".
@@ -107,6 +116,21 @@ std::string marcasDe(const Cuentas& c, bool evaporacion) {
         if (!suyas.empty()) texto += fmt::format("{}{}: {}", texto.empty() ? "" : "; ", canal.id, suyas);
     }
     return texto.empty() ? "" : "<small>" + texto + "</small>";
+}
+
+// "3", and below it "temperatura: 2, lluvia: 1": of the channels that a climate table shows.
+std::string fueraDeRango(const Cuentas& c) {
+    std::uint32_t todos = 0;
+    std::string cuales;
+    for (const auto& canal : kCanalesInformados) {
+        const auto cuantos = c[canal.canal].fueraDeRango();
+        const bool enLaTabla = canal.canal == Canal::temperatura || canal.canal == Canal::velViento ||
+                               canal.canal == Canal::lluvia;
+        if (!enLaTabla || cuantos == 0) continue;
+        todos += cuantos;
+        cuales += fmt::format("{}{}: {}", cuales.empty() ? "" : ", ", canal.id, cuantos);
+    }
+    return cuales.empty() ? "0" : fmt::format("{}<small>{}</small>", todos, cuales);
 }
 
 // A row of day or month, but for its name.
@@ -159,7 +183,7 @@ void celdas(Tabla& tabla, const Fila& fila, bool evaporacion) {
     tabla.celda(media(c, Canal::velViento, fila.incompleta(Canal::velViento)));
     tabla.celda(maximo(c, Canal::velViento, fila.cuando));
     tabla.celda(rumbo(c));
-    tabla.celda(direccion(c));
+    tabla.celda(direccion(c, fila.incompleta));
     tabla.celda(media(c, Canal::radSolar, fila.incompleta(Canal::radSolar)));
     tabla.celda(maximo(c, Canal::radSolar, fila.cuando));
     for (const auto canal : {Canal::lluvia, Canal::evaporacion}) {
@@ -220,6 +244,7 @@ std::string fechaDeMes(const Mes& mes) {
 
 std::string tablaDeExtremos(const Informe& informe, bool evaporacion) {
     const auto& todo = informe.estadistica.todo();
+    const auto incompleta = [&](Canal canal) { return informe.estadistica.incompleta(canal); };
     Tabla tabla("Extremos y medias del período", "extremos");
     tabla.cabecera({"Canal", "mínimo", "cuándo", "máximo", "cuándo", "media", "suma", "valores",
                     "fuera de rango", "saltos", "fijos"});
@@ -230,15 +255,15 @@ std::string tablaDeExtremos(const Informe& informe, bool evaporacion) {
         const bool hay = c.valores > 0 && !direccionDelViento;
         const bool sumas = canal.dibujo == Dibujo::barras;
         tabla.fila(fmt::format("{} <small>{}</small>", canal.nombre, canal.unidad));
-        const auto valor = [&](std::int32_t v) { return numero(std::int64_t{v}, decimalesDe(canal.canal)); };
-        const bool conMinimo = hay && canal.conMinimo;
-        tabla.celda(conMinimo ? valor(c.minimo) : std::string(kNada));
+        // Wind and radiation have none: they fall to nothing every night.
+        const bool conMinimo = hay && (canal.conMinimo || sumas);
+        tabla.celda(conMinimo ? minimo(c, canal.canal) : std::string(kNada));
         tabla.celda(conMinimo ? fechaHora(c.cuandoMinimo) : std::string(kNada));
-        tabla.celda(hay ? valor(c.maximo) : std::string(kNada));
+        tabla.celda(hay ? maximo(c, canal.canal) : std::string(kNada));
         tabla.celda(hay ? fechaHora(c.cuandoMaximo) : std::string(kNada));
-        tabla.celda(direccionDelViento ? direccion(todo)
+        tabla.celda(direccionDelViento ? direccion(todo, incompleta)
                     : sumas            ? std::string(kNada)
-                                       : media(todo, canal.canal));
+                                       : media(todo, canal.canal, incompleta(canal.canal)));
         bool agujeros = todo.conAgujeros(canal.canal);
         tabla.celda(sumas ? suma(todo, canal.canal, agujeros) : std::string(kNada));
         tabla.celda(std::to_string(c.valores));
@@ -269,16 +294,14 @@ std::string tablaDeDias(const Informe& informe, bool evaporacion) {
     Tabla tabla("Los días del período", "muchas");
     tabla.cabecera(nombresDeColumnas("Día", evaporacion));
     const auto recorrido = recorridoDeLasHoras(informe.estadistica);
-    const auto& plazo = informe.estadistica.plazo();
     for (const auto& dia : informe.estadistica.dias()) {
         tabla.fila(fecha(dia.comienzo));
-        const bool entero = plazo.desde <= dia.comienzo && dia.comienzo + std::chrono::days(1) <= plazo.hasta;
         celdas(tabla,
                {.cuentas = dia.cuentas,
                 .cuando = hora,
                 .linea = cursoDelDia(dia, recorrido),
                 .incompleta = nunca,
-                .conAgujeros = [&](Canal canal) { return !entero || dia.cuentas.conAgujeros(canal); }},
+                .conAgujeros = [&](Canal canal) { return dia.conAgujeros(canal); }},
                evaporacion);
     }
     return std::move(tabla).html();
@@ -297,42 +320,48 @@ std::string tablaDeCanal(const CanalInformado& canal, const Informe& informe) {
     } else {
         nombres.insert(nombres.end(), {"mínimo", "media", "máximo"});
     }
-    nombres.insert(nombres.end(), {"valores", "marcados"});
+    nombres.insert(nombres.end(), {"valores", "fuera de rango", "saltos", "fijos"});
     tabla.cabecera(nombres);
     std::int64_t total = 0;
-    const auto agregar = [&](const std::string& nombre, const Cuentas& c, Cuando cuando) {
+    bool totalConAgujeros = false;
+    const auto agregar = [&](const std::string& nombre, const Cuentas& c, Cuando cuando, bool conAgujeros) {
+        totalConAgujeros = totalConAgujeros || c.conAgujeros(canal.canal);
         tabla.fila(nombre);
         const auto& cuenta = c[canal.canal];
         if (puntos) {
             tabla.celda(rumbo(c));
-            tabla.celda(direccion(c));
+            tabla.celda(direccion(c, nunca));
             tabla.celda(std::to_string(c.calmas));
             tabla.celda(std::to_string(c.sinRumbo));
         } else if (barras) {
             total += cuenta.suma;
-            tabla.celda(suma(c, canal.canal, false));
-            tabla.celda(numero(total, decimalesDe(canal.canal)));
+            tabla.celda(suma(c, canal.canal, conAgujeros));
+            tabla.celda(
+                fmt::format("{}{}", numero(total, decimalesDe(canal.canal)), incompleto(totalConAgujeros)));
             tabla.celda(maximo(c, canal.canal, cuando));
         } else {
             tabla.celda(minimo(c, canal.canal, cuando));
             tabla.celda(media(c, canal.canal));
             tabla.celda(maximo(c, canal.canal, cuando));
         }
-        std::uint32_t marcados = 0;
-        for (const auto cuantos : cuenta.marcados) marcados += cuantos;
         tabla.celda(std::to_string(cuenta.valores));
-        tabla.celda(std::to_string(marcados));
+        for (const auto cuantos : cuenta.marcados) tabla.celda(std::to_string(cuantos));
         tabla.finFila();
     };
     if (!e.horas().empty()) {
         for (std::size_t i = 0; i < e.horas().size(); ++i) {
-            const auto hora = e.dias().front().comienzo + std::chrono::hours(i);
-            if (e.horas()[i].muestras > 0) agregar(fechaHora(hora), e.horas()[i], informe::hora);
+            const auto desde = e.dias().front().comienzo + std::chrono::hours(i);
+            const auto& c = e.horas()[i];
+            const bool entera = e.plazo().desde <= desde && desde + std::chrono::hours(1) <= e.plazo().hasta;
+            if (c.muestras + c.faltan == 0) continue;
+            agregar(fechaHora(desde), c, hora, !entera || c.conAgujeros(canal.canal));
         }
     } else if (e.dias().size() <= 62) {
-        for (const auto& dia : e.dias()) agregar(fecha(dia.comienzo), dia.cuentas, hora);
+        for (const auto& dia : e.dias())
+            agregar(fecha(dia.comienzo), dia.cuentas, hora, dia.conAgujeros(canal.canal));
     } else {
-        for (const auto& mes : e.meses()) agregar(fechaDeMes(mes.mes), mes.cuentas, diaYHora);
+        for (const auto& mes : e.meses())
+            agregar(fechaDeMes(mes.mes), mes.cuentas, diaYHora, mes.conAgujeros(canal.canal));
     }
     return std::move(tabla).html();
 }
@@ -369,7 +398,7 @@ std::string tablaDeClima(const ClimaDelMes& clima) {
     tabla.cabecera({"Día", "Temp. media<small>ºC</small>", "máx.", "mín.",
                     "Grados-día<small>calefacción</small>", "Grados-día<small>refrigeración</small>",
                     "Lluvia<small>mm</small>", "Viento medio<small>km/h</small>", "máx.",
-                    "rumbo<small>dominante</small>"});
+                    "rumbo<small>dominante</small>", "Fuera de rango<small>valores</small>"});
     const auto gradosDia = [](const std::optional<double>& g) {
         return g ? numero(*g, 1) : std::string(kNada);
     };
@@ -382,10 +411,11 @@ std::string tablaDeClima(const ClimaDelMes& clima) {
         tabla.celda(minimo(c, Canal::temperatura, hora));
         tabla.celda(gradosDia(dia.calefaccion));
         tabla.celda(gradosDia(dia.refrigeracion));
-        tabla.celda(suma(c, Canal::lluvia, false));
+        tabla.celda(suma(c, Canal::lluvia, dia.lluviaConAgujeros));
         tabla.celda(media(c, Canal::velViento));
         tabla.celda(maximo(c, Canal::velViento, hora));
         tabla.celda(rumbo(c));
+        tabla.celda(fueraDeRango(c));
         tabla.finFila();
     }
     tabla.fila("Mes");
@@ -398,6 +428,7 @@ std::string tablaDeClima(const ClimaDelMes& clima) {
     tabla.celda(media(mes.cuentas, Canal::velViento, mes.incompleta(Canal::velViento)));
     tabla.celda(maximo(mes.cuentas, Canal::velViento, diaYHora));
     tabla.celda(rumbo(mes.cuentas));
+    tabla.celda(fueraDeRango(mes.cuentas));
     tabla.finFila();
     return std::move(tabla).html() + fmt::format(
                                          "<p class=nota>Días con máxima de 32.0 ºC o más: {}; de 0.0 ºC o "

@@ -123,6 +123,15 @@ TEST(Cuentas, RangoStaysOutAndSaltoAndFijoEnter) {
     EXPECT_EQ(c.marcadas, 5U) << "the value and the way back, the jump and the way back, the rain";
 }
 
+TEST(Cuentas, AnExtremeIsMarkedThatIsAJumpItself) {
+    auto todas = serie(100);
+    todas[70].medidas.temperatura = 400;  // a jump
+    const auto c = informeDe(todas).estadistica.todo()[Canal::temperatura];
+    EXPECT_TRUE(c.conMarcados());
+    EXPECT_TRUE(c.maximoMarcado);
+    EXPECT_FALSE(c.minimoMarcado);
+}
+
 TEST(Cuentas, OfEqualExtremesTheFirstCounts) {
     auto todas = serie(10);
     todas[3].medidas.temperatura = todas[7].medidas.temperatura = 250;

@@ -75,6 +75,37 @@ MesContado noviembreSin(const std::vector<int>& faltan) {
     return informe.estadistica.meses().front();
 }
 
+TEST(Estadistica, AnHourMissesWhatItsSamplesDoNotFill) {
+    auto todas = serie(100);
+    // From 04:10 to 06:00.
+    todas.erase(todas.begin() + 25, todas.begin() + 36);
+    const auto informe = informeDe(todas);
+    const auto& horas = informe.estadistica.horas();
+    EXPECT_EQ(horas[3].faltan, 0U);
+    EXPECT_EQ(horas[4].faltan, 5U);
+    EXPECT_EQ(horas[5].faltan, 6U);
+    EXPECT_EQ(horas[6].faltan, 0U);
+}
+
+TEST(Estadistica, AMeanOfAPeriodIsIncompleteWhenOneOfItsMonthsIs) {
+    const Mes noviembre{.anio = 2018, .mes = 11};
+    const auto deNoviembreADiciembreSin = [&](int desde, int hasta) {
+        std::vector<Observacion> todas;
+        for (const auto& o : serie(61 * 24, 1h, noviembre.plazo().desde)) {
+            const auto f = fechaDe(o.instante);
+            if (f.mes != 12 || f.dia < desde || f.dia > hasta) todas.push_back(o);
+        }
+        const Plazo plazo{.desde = noviembre.plazo().desde, .hasta = noviembre.siguiente().plazo().hasta};
+        return informeDe(todas, plazo).estadistica.incompleta(Canal::temperatura);
+    };
+    EXPECT_FALSE(deNoviembreADiciembreSin(10, 12));
+    EXPECT_TRUE(deNoviembreADiciembreSin(10, 13));
+    // Of a week that has all its samples the mean is whole, though the month's is not.
+    const auto semana = informeDe(serie(7 * 144));
+    EXPECT_FALSE(semana.estadistica.incompleta(Canal::temperatura));
+    EXPECT_TRUE(semana.estadistica.meses().front().incompleta(Canal::temperatura));
+}
+
 TEST(Estadistica, AMeanIsIncompleteBeyondThreeDaysInARowOrFiveInAll) {
     const auto incompleta = [](const std::vector<int>& faltan) {
         return noviembreSin(faltan).incompleta(Canal::temperatura);

@@ -132,6 +132,140 @@ TEST(Pagina, ItsSizeDoesNotGrowWithTheSamples) {
               paginaDe(estacionBuena(), false, corta).size() * 13 / 10);
 }
 
+// The rows of a table, by its title.
+std::string tabla(const std::string& html, const std::string& titulo) {
+    const auto desde = html.find("<caption>" + titulo);
+    return desde == std::string::npos ? "" : html.substr(desde, html.find("</table>", desde) - desde);
+}
+std::string fila(const std::string& tabla, const std::string& nombre) {
+    const auto desde = tabla.find("<tr><th scope=row>" + nombre);
+    return desde == std::string::npos ? "" : tabla.substr(desde, tabla.find('\n', desde) - desde);
+}
+constexpr auto kIncompleto = "<small class=aviso>incompleto</small>";
+
+// A week of rain of which some hours of the third day are missing, or are there.
+std::string paginaDeUnaSemana(bool conHueco) {
+    auto todas = serie(7 * 144);
+    for (auto& o : todas) o.medidas.lluvia = 2;
+    if (conHueco) todas.erase(todas.begin() + 300, todas.begin() + 320);
+    return paginaDe(estacionBuena(), false, informeDe(todas, {.desde = kInicio, .hasta = kInicio + 24h * 7}));
+}
+
+TEST(Pagina, ARainTotalWithAHoleSaysSoWhereverItStands) {
+    const auto html = paginaDeUnaSemana(true);
+    EXPECT_THAT(html, HasSubstr("Total 197.6 (incompleto: faltan valores), lo más"));
+    const auto datos = tabla(html, "Lluvia: datos");
+    EXPECT_THAT(fila(datos, "21/11/2018"), Not(HasSubstr(kIncompleto)));
+    EXPECT_THAT(fila(datos, "22/11/2018"),
+                HasSubstr(std::string("<td>24.8") + kIncompleto + "<td>82.4" + kIncompleto));
+    EXPECT_THAT(fila(datos, "23/11/2018"), HasSubstr(std::string("<td>28.8<td>111.2") + kIncompleto))
+        << "the day is whole, and the running total is not";
+    const auto clima = tabla(html, "Clima de noviembre");
+    EXPECT_THAT(fila(clima, "21"), Not(HasSubstr(kIncompleto)));
+    EXPECT_THAT(fila(clima, "22"), HasSubstr(kIncompleto));
+    const auto entera = paginaDeUnaSemana(false);
+    EXPECT_THAT(entera, HasSubstr("Total 201.6, lo más"));
+    EXPECT_THAT(tabla(entera, "Lluvia: datos"), Not(HasSubstr(kIncompleto)));
+}
+
+TEST(Pagina, AnHourOfRainWithAHoleSaysSo) {
+    auto todas = serie(140);
+    todas.erase(todas.begin() + 25, todas.begin() + 36);
+    const auto html =
+        paginaDe(estacionBuena(), false, informeDe(todas, {.desde = kInicio, .hasta = kInicio + 24h}));
+    const auto datos = tabla(html, "Lluvia: datos");
+    EXPECT_THAT(fila(datos, "20/11/2018 03:00"), Not(HasSubstr(kIncompleto)));
+    EXPECT_THAT(fila(datos, "20/11/2018 04:00"), HasSubstr(kIncompleto));
+    EXPECT_THAT(fila(datos, "20/11/2018 05:00"), HasSubstr("<td>–")) << "nothing is there, and that is told";
+}
+
+TEST(Pagina, AMeanOfAPeriodThatLacksDaysSaysSo) {
+    auto todas = serie(14 * 144);
+    todas.erase(todas.begin() + 144, todas.begin() + 5 * 144);
+    for (std::size_t i = 0; i < todas.size(); i += 16)
+        todas[i].medidas.velViento += 50;  // a wind on the whole
+    const auto html = paginaDe(estacionBuena(), false, informeDe(todas));
+    EXPECT_THAT(html,
+                testing::ContainsRegex("<dt>Temperatura media</dt>[^\n]*incompleto: faltan días</small>"));
+    EXPECT_THAT(html,
+                testing::ContainsRegex("dirección media del vector [0-9]+º \\(incompleto: faltan días\\)"));
+    const auto extremos = tabla(html, "Extremos");
+    for (const auto* canal : {"Temperatura", "Presión", "Velocidad", "Dirección", "Radiación"})
+        EXPECT_THAT(fila(extremos, canal), HasSubstr(kIncompleto)) << canal;
+    EXPECT_THAT(fila(tabla(html, "Los meses"), "nov 2018"), testing::ContainsRegex("º<small class=aviso>"))
+        << "the mean direction";
+    EXPECT_THAT(paginaDeUnaSemana(false), Not(HasSubstr("faltan días")));
+}
+
+TEST(Pagina, ExtremesAndDirectionsWithMarkedValuesCarryAnAsterisk) {
+    auto todas = serie(400);
+    todas[200].medidas.temperatura = 400;  // a jump
+    for (int i = 0; i < 60; ++i) todas[static_cast<std::size_t>(300 + i)].medidas.crudoDirViento = 40;
+    for (auto& o : todas) o.medidas.dirViento = o.medidas.crudoDirViento * 45 / 2;  // a vane that stood still
+    const auto html = paginaDe(estacionBuena(), false, informeDe(todas));
+    const auto extremos = tabla(html, "Extremos");
+    EXPECT_THAT(fila(extremos, "Temperatura"), HasSubstr("<td>40.0*<td>"));
+    EXPECT_THAT(fila(extremos, "Temperatura"), HasSubstr("<td>18.0<td>")) << "the least one did not jump";
+    EXPECT_THAT(fila(extremos, "Dirección"), HasSubstr("º*"));
+    const auto dia = fila(tabla(html, "Los días"), "21/11/2018");
+    EXPECT_THAT(dia, HasSubstr("<td>40.0*<i>09:20</i>"));
+    EXPECT_THAT(fila(tabla(html, "Los días"), "20/11/2018"), Not(HasSubstr("*")));
+    EXPECT_THAT(html, HasSubstr("18.0 a 40.0*"));
+    EXPECT_THAT(html, HasSubstr("a 40.0* el 21/11/2018 09:20"));
+    EXPECT_THAT(html, HasSubstr("<li><b>*</b> entra un valor")) << "the legend says what it is";
+}
+
+TEST(Pagina, TheTablesSayHowManyValuesOutOfRangeStayedOut) {
+    auto todas = serie(400);
+    todas[200].medidas.temperatura = 900;
+    todas[201].medidas.temperatura = 900;
+    todas[210].medidas.lluvia = 300;
+    const auto html = paginaDe(estacionBuena(), false, informeDe(todas));
+    const auto clima = tabla(html, "Clima de noviembre");
+    EXPECT_THAT(fila(clima, "20"), testing::EndsWith("<td>0"));
+    EXPECT_THAT(fila(clima, "21"), testing::EndsWith("<td>3<small>temperatura: 2, lluvia: 1</small>"));
+    EXPECT_THAT(fila(clima, "Mes"), testing::EndsWith("<td>3<small>temperatura: 2, lluvia: 1</small>"));
+    // Values, out of range, jumps, stuck: the way back from nonsense is a jump.
+    EXPECT_THAT(fila(tabla(html, "Temperatura: datos"), "21/11/2018 09:00"),
+                testing::EndsWith("<td>4<td>2<td>2<td>0"));
+}
+
+TEST(Pagina, RainHasItsLeastSampleToo) {
+    auto todas = serie(100);
+    for (auto& o : todas) o.medidas.lluvia = 4;
+    todas[30].medidas.lluvia = 2;
+    const auto extremos = tabla(paginaDe(estacionBuena(), false, informeDe(todas)), "Extremos");
+    EXPECT_THAT(fila(extremos, "Lluvia"),
+                HasSubstr("<td>0.2<td>20/11/2018 05:00<td>0.4<td>20/11/2018 00:00"));
+    EXPECT_THAT(fila(extremos, "Velocidad"), HasSubstr("</small><td>–<td>–<td>"));
+}
+
+TEST(Pagina, AllMonthsHaveTheirClimateOrThePageSaysWhyNot) {
+    const auto de = [](int muestras, std::chrono::seconds paso) {
+        return paginaDe(estacionBuena(), false,
+                        informeDe(serie(muestras, paso, instante({.anio = 2018, .mes = 1, .dia = 1}))));
+    };
+    const auto anio = de(365 * 48, 30min);
+    for (int mes = 1; mes <= 12; ++mes)
+        EXPECT_FALSE(tabla(anio, "Clima de " + nombreMes(mes) + " de 2018").empty()) << mes;
+    EXPECT_THAT(anio, HasSubstr("<details><summary>enero de 2018</summary>"));
+    EXPECT_THAT(anio, Not(HasSubstr("<summary>diciembre de 2018"))) << "the last one is in sight";
+    EXPECT_THAT(anio, HasSubstr("plegados"));
+    EXPECT_THAT(anio, Not(HasSubstr("no caben")));
+    const auto dosAnios = de(730 * 24, 1h);
+    EXPECT_TRUE(tabla(dosAnios, "Clima de octubre de 2018").empty());
+    EXPECT_FALSE(tabla(dosAnios, "Clima de noviembre de 2018").empty());
+    EXPECT_FALSE(tabla(dosAnios, "Clima de diciembre de 2019").empty());
+    EXPECT_THAT(dosAnios, HasSubstr("los últimos 14 meses: más no caben"));
+    EXPECT_THAT(de(60 * 24, 1h), Not(HasSubstr("plegados")));
+}
+
+TEST(Pagina, ACardSaysWhetherItShowsAMeanOrAMaximum) {
+    const auto html = paginaDe(estacionBuena());
+    for (const auto* nombre : {"Temperatura media", "Viento máximo", "Radiación máxima"})
+        EXPECT_THAT(html, HasSubstr("<dt>" + std::string(nombre) + "</dt>"));
+}
+
 // What a logger may hold: any bytes, and above all those that mean something to a browser.
 std::string textoHostil() {
     static const std::vector<std::string> kTrozos{"<script>alert(1)</script>",
@@ -213,6 +347,23 @@ TEST(Resumen, IsNoWiderThanEightyColumns) {
     EXPECT_EQ(texto.find('\x1B'), std::string::npos);
     EXPECT_THAT(texto, HasSubstr("Temperatura media: incompleto"));
     EXPECT_THAT(texto, HasSubstr("Lluvia total: incompleto"));
+}
+
+TEST(Resumen, MarksWhatMarkedValuesAreInAndRainThatIsMissed) {
+    const Mes noviembre{.anio = 2018, .mes = 11};
+    auto todas = serie(30 * 144, 10min, noviembre.plazo().desde);
+    for (auto& o : todas) o.medidas.lluvia = 2;
+    todas[200].medidas.temperatura = 400;  // a jump
+    todas.erase(todas.begin() + 300, todas.begin() + 310);
+    const auto informe = informeDe(todas, noviembre.plazo());
+    const auto texto = resumenDelMes(estacionBuena(), informe, informe.estadistica.meses().front());
+    EXPECT_THAT(texto, HasSubstr("\n  1   20.8  23.6  01:20  18.0"));
+    EXPECT_THAT(texto, HasSubstr("\n  2   20.9* 40.0* 09:20  18.0"));
+    EXPECT_THAT(texto, testing::ContainsRegex("\n  2 [^\n]*    28.8 "));
+    EXPECT_THAT(texto, testing::ContainsRegex("\n  3 [^\n]*    26.8i"));
+    EXPECT_THAT(texto, HasSubstr("Temperatura máxima 40.0* ºC"));
+    EXPECT_THAT(texto, HasSubstr("*: entra un valor"));
+    EXPECT_THAT(texto, HasSubstr("los días con i"));
 }
 
 }  // namespace
