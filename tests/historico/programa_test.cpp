@@ -164,11 +164,20 @@ TEST_P(Consulta, AnswersAsItStands) {
         {"/bin/sh", "-c", "PATH=/usr/bin:/bin; cd \"$0\" && " + GetParam(), carpeta.ruta().string()});
     EXPECT_EQ(consulta.terminar(), 0);
     EXPECT_EQ(consulta.errores(), "");
-    EXPECT_NE(consulta.salida(), "");
+    std::ifstream planilla(carpeta / "lecturas.csv");
+    EXPECT_EQ(consulta.salida().empty(), planilla.is_open()) << "on the output or for a spreadsheet";
+    if (std::string linea; std::getline(planilla, linea)) {
+        EXPECT_EQ(linea.substr(0, linea.find("humedad")), "estacion,hora,");
+        int filas = 0;
+        while (std::getline(planilla, linea)) filas += linea.starts_with("02080050,2025-03-01T") ? 1 : 0;
+        EXPECT_EQ(filas, 101);
+    }
 }
 
 TEST(ConsultasDelManual, AreThere) {
-    EXPECT_GE(consultasDelManual().size(), 4u);
+    EXPECT_GE(consultasDelManual().size(), 6u);
+    EXPECT_TRUE(std::ranges::any_of(consultasDelManual(),
+                                    [](const auto& linea) { return linea.ends_with("> lecturas.csv"); }));
 }
 
 }  // namespace
