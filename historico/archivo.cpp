@@ -135,12 +135,12 @@ Incorporacion tomar(Almacen& almacen, EstacionGuardada& estacion, ImagenNueva& i
     return {.estacion = {}, .nuevas = asimilada.nuevas, .conflictos = asimilada.conflictos};
 }
 
-// Of several for one image the youngest stays, so that their order makes no difference. Whether it was new.
+// Whether it was new.
 bool anotar(Almacen& almacen, IdEstacion estacion, const Huella& imagen,
             const std::optional<FichaDescarga>& descarga) {
     if (!descarga) return false;
     const auto hay = almacen.descarga(estacion, imagen);
-    if (hay && *hay >= *descarga) return false;
+    if (hay && !descarga->ocupaElLugarDe(*hay)) return false;
     almacen.guardarDescarga(estacion, imagen, *descarga);
     return true;
 }
@@ -286,7 +286,8 @@ void Archivo::copiarDescargas(Archivo& otro, const EstacionGuardada& origen) {
         const std::map<Huella, FichaDescarga> hay(lista.begin(), lista.end());
         std::erase_if(faltan, [&](const auto& una) {
             const auto suya = hay.find(una.first);
-            return suya != hay.end() ? suya->second <= una.second : !almacen_.ficha(estacion->id, una.first);
+            return suya != hay.end() ? !una.second.ocupaElLugarDe(suya->second)
+                                     : !almacen_.ficha(estacion->id, una.first);
         });
     }
     if (faltan.empty()) return;

@@ -21,9 +21,11 @@ struct FichaDescarga {
     std::int64_t reintentos = 0;      // attempts that broke off
     std::int64_t erroresDeLinea = 0;  // told by the line, over all attempts
 
-    // Of several for one image the youngest is kept, whatever the order in which they came.
     auto operator<=>(const FichaDescarga&) const =
         default;  // NOLINT(modernize-use-nullptr): what it is made of
+
+    // Of several for one image the youngest is kept, whatever the order in which they came.
+    bool ocupaElLugarDe(const FichaDescarga& otra) const { return *this > otra; }
 };
 
 }  // namespace telvane

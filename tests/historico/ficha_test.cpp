@@ -226,6 +226,19 @@ TEST_P(FichaGuardada, IsCopiedAlsoForAnImageThatWasThere) {
     EXPECT_EQ(deLa(*origen, 30), std::nullopt);
 }
 
+TEST_P(FichaGuardada, OfTwoArchivesTheYoungestStaysInTheCopy) {
+    const auto origen = almacenes.nuevo();
+    const auto central = almacenes.nuevo();
+    incorporar(*origen, 10, leida(5));
+    incorporar(*origen, 20, leida());
+    incorporar(*central, 10, leida());
+    incorporar(*central, 20, leida(5));
+    Archivo suyo(*origen);
+    EXPECT_EQ(Archivo(*central).copiarDe(suyo, {}, [] {}).copiadas, 0U);
+    EXPECT_EQ(deLa(*central, 10), leida(5)) << "the central one had an older record";
+    EXPECT_EQ(deLa(*central, 20), leida(5)) << "the central one had a younger record";
+}
+
 // An archive of the first version had no table for it.
 TEST_P(FichaGuardada, AnArchiveOfTheFirstVersionIsBroughtUpToDate) {
     const CarpetaTemporal carpeta;
