@@ -52,17 +52,8 @@ seconds retrasoQueCuenta(const Llegadas& ultimas) {
     return ritmo + std::max<seconds>(ritmo / limites::kPartesDeRetraso, limites::kRetrasoMinimo);
 }
 
-// When somebody last reached it. A memory that is the same as the night before brings no new image, but the
-// record of its download.
-Incorporada ultimaNoticia(const Observada& o) {
-    auto ultima = o.estacion.resumen.incorporada;
-    for (const auto* descarga : descargasConocidas(o.ultimas))
-        ultima = std::max(ultima, descarga->descargada);
-    return ultima;
-}
-
 bool calla(const Observada& o, const Mirada& mirada) {
-    const seconds hace = mirada.ahora - ultimaNoticia(o);
+    const seconds hace = mirada.ahora - o.estacion.resumen.incorporada;
     return mirada.horasDeSilencio ? enHoras(hace) > *mirada.horasDeSilencio
                                   : hace > retrasoQueCuenta(o.ultimas);
 }
@@ -72,7 +63,7 @@ using Texto = std::optional<std::string>;
 
 Texto silencio(const Observada& o, const Mirada& mirada) {
     if (!calla(o, mirada)) return std::nullopt;
-    const auto ultima = ultimaNoticia(o);
+    const auto ultima = o.estacion.resumen.incorporada;
     const seconds hace = mirada.ahora - ultima;
     const auto enteras = std::chrono::floor<hours>(hace).count();
     return fmt::format("sin imágenes desde hace {}, la última es de {}",
@@ -166,6 +157,15 @@ Relevos relevosDe(const Flota& flota) {
         }
     }
     return relevos;
+}
+
+// When somebody last reached it. A memory that is the same as the night before brings no new image, but the
+// record of its download.
+Incorporada ultimaNoticia(const Observada& o) {
+    auto ultima = o.estacion.resumen.incorporada;
+    for (const auto* descarga : descargasConocidas(o.ultimas))
+        ultima = std::max(ultima, descarga->descargada);
+    return ultima;
 }
 
 // Only of a station that is late: one name in two machines is no news while both are heard of.
