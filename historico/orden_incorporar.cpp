@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -14,6 +15,7 @@
 #include "historico/ordenes.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
+#include "platform/motivos.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -47,22 +49,39 @@ bool esArchivoBase(const fs::path& ruta) {
     return final == ".rgt";
 }
 
-// A folder stands for the base files in it, by name.
-std::vector<std::string> expandir(const std::vector<std::string>& dados) {
-    std::vector<std::string> lista;
+// The base files in a folder, by name. Throws fs::filesystem_error.
+std::vector<std::string> archivosBaseEn(const std::string& carpeta) {
+    std::vector<std::string> suyos;
+    std::error_code ninguno;
+    for (const auto& entrada : fs::directory_iterator(carpeta)) {
+        if (esArchivoBase(entrada.path()) && !fs::is_directory(entrada.path(), ninguno))
+            suyos.push_back(entrada.path().string());
+    }
+    std::sort(suyos.begin(), suyos.end());
+    return suyos;
+}
+
+struct PorIncorporar {
+    std::string archivo;
+    // Why there is nothing to be read of it; empty: nobody has tried yet.
+    std::string motivo = {};
+};
+
+// A folder stands for the base files in it; one that cannot be read for itself.
+std::vector<PorIncorporar> expandir(const std::vector<std::string>& dados) {
+    std::vector<PorIncorporar> lista;
     for (const auto& dado : dados) {
         std::error_code ninguno;
         if (dado == kTuberia || !fs::is_directory(dado, ninguno)) {
-            lista.push_back(dado);
+            lista.push_back({dado});
             continue;
         }
-        std::vector<std::string> suyos;
-        for (const auto& entrada : fs::directory_iterator(dado)) {
-            if (esArchivoBase(entrada.path()) && !fs::is_directory(entrada.path(), ninguno))
-                suyos.push_back(entrada.path().string());
+        try {
+            for (auto& suyo : archivosBaseEn(dado)) lista.push_back({std::move(suyo)});
+        } catch (const fs::filesystem_error& error) {
+            const auto motivo = motivoSistema(error.code().value());
+            lista.push_back({dado, fmt::format("no se pudo leer la carpeta: {}", motivo)});
         }
-        std::sort(suyos.begin(), suyos.end());
-        lista.insert(lista.end(), suyos.begin(), suyos.end());
     }
     return lista;
 }
@@ -97,7 +116,7 @@ class Tanda {
           relato_(contexto.consola) {}
 
     // Throws ErrorCli where a file failed, each of which was told, or could not be told of.
-    void correr(const std::vector<std::string>& archivos) {
+    void correr(const std::vector<PorIncorporar>& archivos) {
         const auto fallidos = todos(archivos);
         relato_.terminar(
             fallidos == 0 ? "" : fmt::format("{} de {} archivos sin incorporar", fallidos, archivos.size()),
@@ -106,12 +125,13 @@ class Tanda {
 
    private:
     // How many failed.
-    std::size_t todos(const std::vector<std::string>& archivos) {
+    std::size_t todos(const std::vector<PorIncorporar>& archivos) {
         Progreso progreso(contexto_.consola, contexto_.entorno.reloj, archivos.size(), {"archivos"});
         std::size_t fallidos = 0;
         for (std::size_t i = 0; i < archivos.size(); ++i) {
             contexto_.atender();
-            if (!una(archivos[i])) ++fallidos;
+            const auto& [archivo, motivo] = archivos[i];
+            if (!(motivo.empty() ? una(archivo) : fallar(archivo, motivo))) ++fallidos;
             progreso.avance(i + 1);
         }
         return fallidos;

@@ -2,6 +2,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <fstream>
@@ -121,6 +122,23 @@ TEST_F(Programa, StartsWithoutTheClientOfPostgresql) {
     ASSERT_EQ(enlazados.terminar(), 0);
     EXPECT_NE(enlazados.salida().find("libsqlite3"), std::string::npos);
     EXPECT_EQ(enlazados.salida().find("libpq"), std::string::npos);
+}
+
+TEST_F(Programa, AFolderThatCannotBeReadIsToldAndTheRestIsTaken) {
+    const auto cerrada = carpeta.ruta() / "cerrada";
+    std::filesystem::create_directory(cerrada);
+    std::filesystem::permissions(cerrada, std::filesystem::perms::none);
+    auto toda =
+        orden({"incorporar", cerrada.string(), guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes())});
+    // Root reads what it likes, unless that is taken away from it.
+    if (::geteuid() == 0)
+        toda.insert(toda.begin(), {"/usr/bin/setpriv", "--bounding-set=-dac_override,-dac_read_search"});
+    Proceso proceso(toda);
+    EXPECT_EQ(proceso.terminar(), 1);
+    EXPECT_NE(proceso.salida().find("a.rgt: estación 02080050, 10 muestras"), std::string::npos);
+    EXPECT_NE(proceso.errores().find("cerrada: no se pudo leer la carpeta: "), std::string::npos)
+        << proceso.errores();
+    EXPECT_NE(proceso.errores().find("1 de 2 archivos sin incorporar"), std::string::npos);
 }
 
 TEST_F(Programa, TwoAtOnceBothSucceed) {
