@@ -33,8 +33,9 @@ namespace telvane {
 class ErrorAlmacen : public std::runtime_error {
    public:
     // pasajera: the same may succeed at once on a new connection. agotada: somebody else holds the store, and
-    // waiting for him has taken all the time there is.
-    enum class Clase { otra, pasajera, agotada };
+    // waiting for him has taken all the time there is. delDato: what was to be kept is not taken there;
+    // something else may be.
+    enum class Clase { otra, pasajera, agotada, delDato };
     explicit ErrorAlmacen(const std::string& que, Clase clase = Clase::otra)
         : std::runtime_error(sinControles(que)), clase_(clase) {}
     Clase clase() const { return clase_; }

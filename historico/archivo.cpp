@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <span>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -145,15 +147,33 @@ bool anotar(Almacen& almacen, IdEstacion estacion, const Huella& imagen,
     return true;
 }
 
-// The station that has the image already. The serial number in its header is that of its station; only where
-// it has none can it be anybody's.
-std::optional<EstacionGuardada> quienLaTiene(Almacen& almacen, BytesImagen bytes, const Huella& huella) {
+// The stations that have the image already, by name: a copy of two archives may have brought it into two. The
+// serial number in its header is that of its station; only where it has none can it be anybody's.
+std::vector<EstacionGuardada> quienesLaTienen(Almacen& almacen, BytesImagen bytes, const Huella& huella) {
     const auto serie = serieDe(bytes);
-    for (auto& estacion : almacen.estaciones()) {
-        if (serie && *serie != estacion.serie && !estacion.nombre.starts_with(*serie)) continue;
-        if (almacen.ficha(estacion.id, huella)) return estacion;
-    }
-    return std::nullopt;
+    auto estaciones = almacen.estaciones();
+    std::erase_if(estaciones, [&](const EstacionGuardada& e) {
+        const bool ajena = serie && *serie != e.serie && !e.nombre.starts_with(*serie);
+        return ajena || !almacen.ficha(e.id, huella);
+    });
+    return estaciones;
+}
+
+// Of them the one that is meant: without a name beside the number any station of that number will do.
+const EstacionGuardada& laDicha(const std::vector<EstacionGuardada>& duenos, const std::string& nombre,
+                                const std::string& serie, bool conNombre) {
+    auto dueno = std::ranges::find(duenos, nombre, &EstacionGuardada::nombre);
+    if (dueno == duenos.end() && !conNombre)
+        dueno = std::ranges::find(duenos, serie, &EstacionGuardada::serie);
+    if (dueno == duenos.end())
+        throw ErrorImagen(fmt::format("ya está en el archivo, en la estación {}", duenos.front().nombre));
+    return *dueno;
+}
+
+// What is told of an image that another archive does not take. Rethrows what would keep the others out too.
+std::string falloDelDato(const ErrorAlmacen& error, const EstacionGuardada& origen, const Huella& imagen) {
+    if (error.clase() != ErrorAlmacen::Clase::delDato) throw;
+    return fmt::format("estación {}: imagen {}: {}", origen.nombre, textoDe(imagen), error.what());
 }
 
 void completar(Incorporacion& resultado, const EstacionGuardada& estacion, BytesImagen bytes,
@@ -179,16 +199,13 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
     const auto huella = huellaDe(bytes);
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     Incorporacion resultado;
-    if (const auto dueno = quienLaTiene(almacen_, bytes, huella)) {
-        const bool esSuya = dueno->nombre == nombre || (!destino.como && dueno->serie == serie);
-        if (!esSuya)
-            throw ErrorImagen(fmt::format("ya está en el archivo, en la estación {}", dueno->nombre));
-        const auto ficha = almacen_.ficha(dueno->id, huella);
+    if (const auto duenos = quienesLaTienen(almacen_, bytes, huella); !duenos.empty()) {
+        const auto& dueno = laDicha(duenos, nombre, serie, destino.como.has_value());
         resultado.repetida = true;
-        resultado.muestras = ficha->muestras;
-        resultado.conflictos = static_cast<std::int64_t>(almacen_.sellosDe(dueno->id, huella).size());
-        completar(resultado, *dueno, bytes, huella);
-        if (anotar(almacen_, dueno->id, huella, procedencia.descarga)) transaccion.confirmar();
+        resultado.muestras = almacen_.ficha(dueno.id, huella)->muestras;
+        resultado.conflictos = static_cast<std::int64_t>(almacen_.sellosDe(dueno.id, huella).size());
+        completar(resultado, dueno, bytes, huella);
+        if (anotar(almacen_, dueno.id, huella, procedencia.descarga)) transaccion.confirmar();
         return resultado;
     }
     auto estacion = buscarOCrear(almacen_, nombre, serie);
@@ -266,15 +283,17 @@ Archivo::Copia Archivo::copiarDe(Archivo& otro, const std::optional<std::string>
                 ++copia.copiadas;
             } catch (const ErrorImagen& error) {
                 copia.fallos.push_back(fmt::format("estación {}: {}", origen.nombre, error.what()));
+            } catch (const ErrorAlmacen& error) {
+                copia.fallos.push_back(falloDelDato(error, origen, ficha.huella));
             }
         }
-        copiarDescargas(otro, origen);
+        copiarDescargas(otro, origen, copia);
     }
     return copia;
 }
 
 // Also of images that were there before.
-void Archivo::copiarDescargas(Archivo& otro, const EstacionGuardada& origen) {
+void Archivo::copiarDescargas(Archivo& otro, const EstacionGuardada& origen, Copia& copia) {
     auto faltan = otro.almacen_.descargas(origen.id);
     if (faltan.empty()) return;
     std::optional<EstacionGuardada> estacion;
@@ -290,10 +309,26 @@ void Archivo::copiarDescargas(Archivo& otro, const EstacionGuardada& origen) {
                                      : !almacen_.ficha(estacion->id, una.first);
         });
     }
+    const auto anotarlas = [&](std::span<const std::pair<Huella, FichaDescarga>> cuales) {
+        Transaccion transaccion(almacen_, Almacen::Modo::escritura);
+        for (const auto& [imagen, descarga] : cuales) anotar(almacen_, estacion->id, imagen, descarga);
+        transaccion.confirmar();
+    };
     if (faltan.empty()) return;
-    Transaccion transaccion(almacen_, Almacen::Modo::escritura);
-    for (const auto& [imagen, descarga] : faltan) anotar(almacen_, estacion->id, imagen, descarga);
-    transaccion.confirmar();
+    try {
+        anotarlas(faltan);
+        return;
+    } catch (const ErrorAlmacen& error) {
+        if (error.clase() != ErrorAlmacen::Clase::delDato) throw;
+    }
+    // One of them does not go in.
+    for (const auto& una : faltan) {
+        try {
+            anotarlas({&una, 1});
+        } catch (const ErrorAlmacen& error) {
+            copia.fallos.push_back(falloDelDato(error, origen, una.first));
+        }
+    }
 }
 
 bool Archivo::tiene(const std::string& nombre, const Huella& huella) {

@@ -51,7 +51,8 @@ class Archivo {
     // one.
     struct Copia {
         std::size_t copiadas = 0;
-        std::vector<std::string> fallos;  // images that cannot be read there, a line each
+        // Images that cannot be read there or are not taken here, a line each.
+        std::vector<std::string> fallos;
     };
     Copia copiarDe(Archivo& otro, const std::optional<std::string>& cual,
                    const std::function<void()>& alAvanzar);
@@ -65,7 +66,7 @@ class Archivo {
     // False: the station does not bear its own name.
     bool rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
     bool tiene(const std::string& nombre, const Huella& huella);
-    void copiarDescargas(Archivo& otro, const EstacionGuardada& origen);
+    void copiarDescargas(Archivo& otro, const EstacionGuardada& origen, Copia& copia);
     void copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes);
 
     Almacen& almacen_;

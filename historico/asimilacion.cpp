@@ -5,6 +5,7 @@
 #include <map>
 
 #include "historico/huecos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -39,7 +40,8 @@ bool alcanza(const FichaImagen& ficha, const Sellos& sellos) {
 
 }  // namespace
 
-ImagenNueva::ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporada cuando, std::string origen)
+ImagenNueva::ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporada cuando,
+                         std::string_view origen)
     : bytes(contenido), ranuras(ranurasDe(contenido)), filas(filasDe(ranuras)) {
     ficha.huella = huella;
     ficha.bytes = bytes.size();
@@ -49,7 +51,7 @@ ImagenNueva::ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporad
         ficha.hasta = filas.back().instante;
     }
     ficha.incorporada = cuando;
-    ficha.origen = std::move(origen);
+    ficha.origen = utf8Valido(origen);
     ficha.muestras = static_cast<std::int64_t>(filas.size());
     ficha.retrocesos = retrocesosDe(ranuras);
 }

@@ -12,7 +12,7 @@ namespace telvane {
 
 // The image being taken, read once.
 struct ImagenNueva {
-    ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporada cuando, std::string origen);
+    ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporada cuando, std::string_view origen);
 
     BytesImagen bytes;
     std::vector<EnRanura> ranuras;

@@ -46,7 +46,8 @@ std::string objeto(const EstacionGuardada& estacion, const FichaImagen& ficha, c
     json["retrocesos"] = ficha.retrocesos;
     if (const auto suya = descargas.find(ficha.huella); suya != descargas.end())
         json["descarga"] = objeto(suya->second);
-    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return controlesEscapados(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) +
+           "\n";
 }
 
 std::string linea(const FichaDescarga& descarga) {

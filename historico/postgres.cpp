@@ -16,6 +16,7 @@
 
 #include "historico/almacen.h"
 #include "historico/biblioteca_postgres.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -105,16 +106,25 @@ Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) 
     }
     if (estado == "23514") {
         return {fmt::format("a una tabla partida le falta la parte de esta estación: hágala y repita ({})",
-                            dicho)};
+                            dicho),
+                Clase::delDato};
     }
     if (estado == "23505") {
-        return {fmt::format("lo que hay en él se contradice: vea telvane-historico comprobar ({})", dicho)};
+        return {fmt::format("lo que hay en él se contradice: vea telvane-historico comprobar ({})", dicho),
+                Clase::delDato};
+    }
+    if (estado == "22P05") {
+        return {fmt::format("esa base de datos no guarda todas las letras: hágala con createdb -E UTF8 ({})",
+                            dicho),
+                Clase::delDato};
     }
     if (clase == "53") {
         return {fmt::format(
             "al servidor le faltan recursos, quizá espacio en el disco: libérelos y repita ({})", dicho)};
     }
-    return {fmt::format("el servidor dice: {}", dicho)};
+    // Data it does not take, or not so much of them.
+    const bool delDato = clase == "22" || clase == "23" || clase == "54";
+    return {fmt::format("el servidor dice: {}", dicho), delDato ? Clase::delDato : Clase::otra};
 }
 
 // All of them, for as long as it lives: threads that are begun meanwhile get none.
@@ -215,7 +225,7 @@ Parametros& Parametros::entero(std::int64_t valor) {
     return *this;
 }
 Parametros& Parametros::texto(std::string_view valor) {
-    valores_.push_back({std::string(valor), 0});
+    valores_.push_back({utf8Valido(valor), 0});
     return *this;
 }
 Parametros& Parametros::bytes(std::span<const std::uint8_t> valor) {

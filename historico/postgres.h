@@ -45,6 +45,7 @@ class ResultadoPostgres {
 class Parametros {
    public:
     Parametros& entero(std::int64_t valor);
+    // The server takes no other text than a valid one.
     Parametros& texto(std::string_view valor);
     Parametros& bytes(std::span<const std::uint8_t> valor);
     Parametros& nulo();

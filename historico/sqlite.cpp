@@ -19,6 +19,19 @@ constexpr int kSoloCodigo = 0xFF;
 // How often whoever waits for a lock looks at it, and at what else there is to do.
 constexpr int kVistazoMs = 20;
 
+ErrorAlmacen::Clase claseDe(int codigo) {
+    switch (codigo & kSoloCodigo) {
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return ErrorAlmacen::Clase::agotada;
+        case SQLITE_CONSTRAINT:
+        case SQLITE_TOOBIG:
+            return ErrorAlmacen::Clase::delDato;
+        default:
+            return ErrorAlmacen::Clase::otra;
+    }
+}
+
 }  // namespace
 
 BaseSqlite::BaseSqlite(const std::filesystem::path& ruta, Acceso acceso, std::chrono::milliseconds paciencia,
@@ -116,10 +129,7 @@ bool BaseSqlite::seguirEsperando(int vez) {
 
 void BaseSqlite::fallar(int codigo) const {
     if (interrupcion_) std::rethrow_exception(std::exchange(interrupcion_, nullptr));
-    const int simple = codigo & kSoloCodigo;
-    const auto clase = simple == SQLITE_BUSY || simple == SQLITE_LOCKED ? ErrorAlmacen::Clase::agotada
-                                                                        : ErrorAlmacen::Clase::otra;
-    throw ErrorAlmacen(fmt::format("{}: {}", ruta_.string(), motivo(codigo)), clase);
+    throw ErrorAlmacen(fmt::format("{}: {}", ruta_.string(), motivo(codigo)), claseDe(codigo));
 }
 
 void BaseSqlite::exigir(int codigo) const {

@@ -72,6 +72,21 @@ std::string lineasSinControles(std::string_view utf8) {
     }
 }
 
+std::string utf8Valido(std::string_view texto) {
+    std::string valido;
+    for (std::size_t i = 0; i < texto.size();) {
+        const auto bytes = largo(texto, i);
+        if (bytes == 0 || texto[i] == '\0') {
+            valido += "\uFFFD";
+            ++i;
+        } else {
+            valido += texto.substr(i, bytes);
+            i += bytes;
+        }
+    }
+    return valido;
+}
+
 std::string controlesEscapados(std::string_view json) {
     std::string escapado;
     for (std::size_t i = 0; i < json.size(); ++i) {

@@ -19,6 +19,10 @@ inline std::string nombreVisible(const std::filesystem::path& ruta) {
 // Without them in each of several lines, whose ends stay.
 std::string lineasSinControles(std::string_view utf8);
 
+// Text that every data base and every JSON takes: each malformed byte, and each NUL, as U+FFFD; the rest as
+// it is. A file's name may be of any bytes.
+std::string utf8Valido(std::string_view texto);
+
 // Finished JSON of valid UTF-8, the control characters that its writer lets through (DEL, C1) written as
 // \uXXXX.
 std::string controlesEscapados(std::string_view json);

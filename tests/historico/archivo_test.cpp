@@ -46,6 +46,14 @@ TEST_P(ArchivoPrueba, TheSameImageTwiceChangesNothing) {
     EXPECT_EQ(retrato(*almacen), antes);
 }
 
+TEST_P(ArchivoPrueba, AFilesNameOfAnyBytesIsKeptAsValidText) {
+    archivo.incorporar(ImagenPrueba().serie(0, 0, 10).bytes(), {},
+                       {"a\xf1o\n.rgt", Incorporada(std::chrono::seconds(1))});
+    Lectura lectura(*almacen);
+    EXPECT_EQ(lectura.imagenes(lectura.estacion("02080050")).front().origen, "a\uFFFDo\n.rgt");
+    EXPECT_FALSE(almacen->estacion("a\xf1o"));
+}
+
 TEST_P(ArchivoPrueba, AnImageThatOverlapsAddsWhatIsNew) {
     incorporar(ImagenPrueba().serie(0, 0, 50).bytes());
     EXPECT_EQ(incorporar(ImagenPrueba().serie(0, 0, 74).bytes()).nuevas, 24);
@@ -178,6 +186,34 @@ TEST_P(ArchivoPrueba, AnErasedHeaderNeedsItsNumber) {
     const auto propia = ImagenPrueba().serie(0, 0, 5).bytes();
     EXPECT_THROW(incorporar(propia, {.serie = "02080051", .como = {}}), ErrorImagen);
     EXPECT_EQ(incorporar(propia, {.serie = "02080050", .como = {}}).estacion, "02080050");
+}
+
+// Two archives took one image for two stations, and a third one has the word of both.
+TEST_P(ArchivoPrueba, AnImageThatStandsInTwoStationsIsThereForEither) {
+    const auto sinNumero = ImagenPrueba("").texto(0, std::string(4, '\xFF')).serie(0, 0, 5).bytes();
+    const auto conNumero = ImagenPrueba().serie(0, 0, 5).bytes();
+    for (const auto& [serie, como] : {std::pair("02080050", "norte"), std::pair("02080051", "sur")}) {
+        const auto otro = almacenes.nuevo();
+        Archivo suyo(*otro);
+        suyo.incorporar(sinNumero, {serie, {}}, {"prueba", Incorporada(std::chrono::seconds(1))});
+        suyo.incorporar(conNumero, {{}, como}, {"prueba", Incorporada(std::chrono::seconds(1))});
+        archivo.copiarDe(suyo, {}, [] {});
+    }
+    const auto antes = retrato(*almacen);
+    for (const std::string serie : {"02080050", "02080051"}) {
+        const auto otraVez = incorporar(sinNumero, {serie, {}});
+        EXPECT_TRUE(otraVez.repetida);
+        EXPECT_EQ(otraVez.estacion, serie);
+    }
+    for (const std::string como : {"norte", "sur"}) {
+        const auto otraVez = incorporar(conNumero, {{}, como});
+        EXPECT_TRUE(otraVez.repetida);
+        EXPECT_EQ(otraVez.estacion, "02080050/" + como);
+    }
+    EXPECT_EQ(incorporar(conNumero).estacion, "02080050/norte");
+    EXPECT_THROW(incorporar(conNumero, {{}, "este"}), ErrorImagen);
+    EXPECT_THROW(incorporar(sinNumero, {"02080052", {}}), ErrorImagen);
+    EXPECT_EQ(retrato(*almacen), antes);
 }
 
 TEST_P(ArchivoPrueba, AGapIsWiderThanTheIntervalInForce) {

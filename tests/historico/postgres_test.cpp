@@ -349,6 +349,75 @@ TEST(Servidor, PostgresqlWithAnEmptySchemaIsNoArchiveYet) {
     EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
 }
 
+// An archive in a file, as an earlier version of this program wrote it: a name's bytes as they were.
+TEST(Servidor, PostgresqlTakesACopyOfImagesWhoseNamesAreNoText) {
+    const CarpetaTemporal carpeta;
+    const auto origen = AlmacenSqlite::abrirParaEscribir(carpeta / "h.sqlite", true, {});
+    incorporar(*origen, 10);
+    incorporar(*origen, 20);
+    BaseSqlite(carpeta / "h.sqlite", BaseSqlite::Acceso::escritura, std::chrono::seconds(1))
+        .ejecutar("UPDATE imagenes SET origen=CAST(x'61f16f' AS TEXT)");
+    AlmacenPostgres central(ServidorPostgres::unico().baseVacia("nombres"), true, std::chrono::seconds(1));
+    Archivo suyo(*origen);
+    const auto copia = Archivo(central).copiarDe(suyo, {}, [] {});
+    EXPECT_THAT(copia.fallos, testing::IsEmpty());
+    EXPECT_EQ(copia.copiadas, 2U);
+    Lectura lectura(central);
+    EXPECT_EQ(lectura.imagenes(lectura.estacion("02080050")).front().origen, "a\uFFFDo");
+}
+
+class CopiaAPostgresql : public testing::Test {
+   protected:
+    CopiaAPostgresql() {
+        // Of the first station the second image has a name, and its download a device, that not every data
+        // base has letters for.
+        for (const int cuantas : {10, 20, 30}) {
+            FichaDescarga descarga;
+            descarga.dispositivo = cuantas == 30 ? "/dev/日本" : "/dev/a";
+            Archivo(*origen).incorporar(ImagenPrueba().serie(0, 0, cuantas).bytes(), {},
+                                        {cuantas == 20 ? "日本.rgt" : "a.rgt", cuando, descarga});
+        }
+        Archivo(*origen).incorporar(ImagenPrueba("02080051").serie(0, 0, 10).bytes(), {}, {"b.rgt", cuando});
+    }
+
+    const Incorporada cuando{std::chrono::seconds(1)};
+    const std::unique_ptr<Almacen> origen = AlmacenSqlite::temporal();
+    Archivo suyo{*origen};
+};
+
+TEST_F(CopiaAPostgresql, GoesOnAfterAnImageThatIsNotTaken) {
+    auto& servidor = ServidorPostgres::unico();
+    servidor.ejecutar(
+        "postgres",
+        "CREATE DATABASE latina ENCODING 'LATIN1' TEMPLATE template0 LC_COLLATE 'C' LC_CTYPE 'C'");
+    AlmacenPostgres central(servidor.url("latina"), true, std::chrono::seconds(1));
+    const auto copia = Archivo(central).copiarDe(suyo, {}, [] {});
+    EXPECT_EQ(copia.copiadas, 3U);
+    const auto que = [](int cuantas) {
+        return testing::AllOf(
+            testing::StartsWith("estación 02080050: imagen " +
+                                textoDe(huellaDe(ImagenPrueba().serie(0, 0, cuantas).bytes()))),
+            HasSubstr("esa base de datos no guarda todas las letras: hágala con createdb -E UTF8"));
+    };
+    EXPECT_THAT(copia.fallos, testing::ElementsAre(que(20), que(30)));
+    EXPECT_EQ(central.estacion("02080050")->resumen.imagenes, 2);
+    EXPECT_EQ(central.estacion("02080051")->resumen.imagenes, 1);
+    EXPECT_EQ(central.descargas(central.estacion("02080050")->id).size(), 1U);
+}
+
+TEST_F(CopiaAPostgresql, EndsWithTheServer) {
+    ServidorPostgres servidor;
+    AlmacenPostgres central(servidor.baseVacia("h"), true, std::chrono::seconds(1));
+    int vez = 0;
+    EXPECT_THAT(motivoDe([&] {
+                    Archivo(central).copiarDe(suyo, {}, [&] {
+                        if (++vez == 2) servidor.derribar();
+                    });
+                }),
+                HasSubstr("no se puede conectar"));
+    EXPECT_EQ(vez, 2);
+}
+
 TEST(Servidor, PostgresqlWhoseTableLacksAStationsPartIsTold) {
     auto& servidor = ServidorPostgres::unico();
     const auto url = servidor.baseVacia("partida");

@@ -29,6 +29,12 @@ TEST(SinControles, AMalformedByteIsMarkedAndNothingElseIsLost) {
     EXPECT_EQ(sinControles("\xf4\x90\x80\x80"), "\uFFFD\uFFFD\uFFFD\uFFFD");
 }
 
+TEST(Utf8Valido, EveryByteThatIsNoneIsMarkedAndTheRestStays) {
+    EXPECT_EQ(utf8Valido("Año 日本 😀\n\x1b\x7f\u009b"), "Año 日本 😀\n\x1b\x7f\u009b");
+    EXPECT_EQ(utf8Valido("a\xf1o.rgt"), "a\uFFFDo.rgt");
+    EXPECT_EQ(utf8Valido(std::string_view("a\0b\xe2\x82", 5)), "a\uFFFDb\uFFFD\uFFFD");
+}
+
 TEST(ControlesEscapados, WritesWhatJsonLetsThrough) {
     EXPECT_EQ(controlesEscapados("\"a\x7f\u009b\u00f1\""), "\"a\\u007f\\u009b\u00f1\"");
     EXPECT_EQ(controlesEscapados("{\n  \"a\": 1\n}"), "{\n  \"a\": 1\n}");
