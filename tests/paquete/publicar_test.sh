@@ -94,6 +94,42 @@ elif wait "$publicador"; then
     fallar "acabó bien sin corredor"
 fi
 
+# The warnings: what the archive says, and no password that others can read.
+avisos=$(uno avisos-de-estaciones)
+# avisar MODE [VARIABLE=VALUE...]: exit status in $estado, standard error in $raiz/errores.
+avisar() {
+    : >"$raiz/telvane-avisos"
+    chmod "$1" "$raiz/telvane-avisos"
+    shift
+    estado=0
+    env PGCONNECT_TIMEOUT=2 "$@" "$avisos" "$raiz/telvane-avisos" >"$raiz/salida" 2>"$raiz/errores" || estado=$?
+}
+# aviso STATUS WHAT: the last run ended so, and with 2 because of the password.
+aviso() {
+    [ $estado -eq "$1" ] || fallar "$2: $estado, $(cat "$raiz/errores")"
+    local dicho=0
+    ! grep -qF 'lleva una contraseña y todos pueden leerlo: sudo chown root:telvane' "$raiz/errores" || dicho=2
+    [ $dicho -eq $((estado & 2)) ] || fallar "$2: $(cat "$raiz/errores")"
+    ! grep -q secreta "$raiz/errores" || fallar "$2: se dice la contraseña"
+}
+telvane-cli descargar --com "1=$raiz/COM1" --base "$raiz/a.rgt" --csv "$raiz/a.csv" 2>"$raiz/errores" || fallar "descarga: $(cat "$raiz/errores")"
+telvane-historico --en "$raiz/h.sqlite" incorporar "$raiz/a.rgt" >"$raiz/salida"
+avisar 0644 ARCHIVO="$raiz/h.sqlite" OPCIONES="--copia $raiz/no.sqlite"
+aviso 1 "otro archivo que falta"
+grep -q 'no.sqlite: no hay archivo histórico' "$raiz/errores" || fallar "otro archivo: $(cat "$raiz/errores")"
+! [ -s "$raiz/salida" ] || fallar "el estado va al diario"
+# Nobody answers at these addresses.
+nadie=127.0.0.1:1/x
+for con in "ARCHIVO=postgresql://yo:secreta@$nadie" "ARCHIVO=postgres://yo@$nadie?password=secreta" \
+    "OPCIONES=--copia postgresql://yo:secreta@$nadie"; do
+    avisar 0644 ARCHIVO="$raiz/h.sqlite" "$con"
+    aviso 2 "$con, legible"
+    avisar 0640 ARCHIVO="$raiz/h.sqlite" "$con"
+    aviso 1 "$con"
+done
+avisar 0644 ARCHIVO="postgresql://yo@$nadie" OPCIONES="--copia postgresql://yo@$nadie"
+aviso 1 "sin contraseña"
+
 # The letter: to whom it goes, what it is about, and what the unit had said.
 cat >"$tapados/sendmail" <<FIN
 #!/bin/sh
