@@ -85,9 +85,18 @@ espera 2 "sin red" 'enable --now telvane-descarga-red@lejos.timer'
 # Never two at one port, nor two of one station.
 exec 8>"$raiz/general/.puertos/$(readlink -f "$raiz/COM1" | tr -c '[:alnum:].:\n-' _)"
 flock 8
-descargar norte
-exec 8>&-
+descargar norte TELVANE_PLAZO=0
 espera 75 "puerto de otra" "el puerto $raiz/COM1 es de otra descarga"
+# By day as well the others wait for it.
+descargar norte 8>&- &
+segunda=$!
+# shellcheck disable=SC2317
+en_cola() { ! kill -0 "$segunda" 2>/dev/null || grep -qsaF "$raiz/general/.puertos/" /proc/[0-9]*/cmdline; }
+hasta 60 en_cola || fallar "la segunda no espera al puerto"
+exec 8>&-
+wait "$segunda" || true
+! grep -q 'es de otra descarga' "$raiz/errores" || fallar "de día no se espera al puerto: $(cat "$raiz/errores")"
+[ "$(find "$datos/norte" -name '*.rgt' | wc -l)" = 2 ] || fallar "la segunda no descargó: $(cat "$raiz/errores")"
 exec 8>"$datos/norte/.descarga.cerrojo"
 flock 8
 descargar norte
