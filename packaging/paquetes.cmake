@@ -34,7 +34,7 @@ its memory and turns it into files that a spreadsheet opens.
 This package holds the window. Its texts are in Spanish.")
 set(CPACK_DEBIAN_TELVANE_PACKAGE_DEPENDS "qt6-translations-l10n, hicolor-icon-theme")
 set(CPACK_DEBIAN_TELVANE_PACKAGE_RECOMMENDS "qt6-wayland, xdg-utils, libsystemd0")
-set(CPACK_DEBIAN_TELVANE_PACKAGE_SUGGESTS "telvane-cli")
+set(CPACK_DEBIAN_TELVANE_PACKAGE_SUGGESTS "telvane-cli, telvane-historico")
 
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_NAME telvane-cli)
 set(CPACK_DEBIAN_TELVANE-CLI_DESCRIPTION "weather-station data logger from the console
@@ -47,7 +47,7 @@ off until it is enabled, and a simulated logger for trying things out. Their
 texts are in Spanish.")
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_DEPENDS "adduser")
 set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_RECOMMENDS "bash-completion, libsystemd0")
-set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_SUGGESTS "telvane")
+set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_SUGGESTS "telvane, telvane-historico")
 
 set(CPACK_DEBIAN_TELVANE-HISTORICO_PACKAGE_NAME telvane-historico)
 set(CPACK_DEBIAN_TELVANE-HISTORICO_DESCRIPTION "archive of weather-station data logger downloads

@@ -1,5 +1,6 @@
 #include "calidad/limites_por_estacion.h"
 
+#include <fstream>
 #include <string>
 #include <utility>
 
@@ -29,6 +30,33 @@ TEST(LimitesPorEstacion, ChangeTheirStationAndNoOther) {
 TEST(LimitesPorEstacion, TheWindsThresholdStaysWhereItIsNotGiven) {
     const auto limites = LimitesPorEstacion::leer("[02080050]\nvel_viento.fijo = 4h 0.1\n", "x");
     EXPECT_EQ(limites.de("02080050").fijo[kViento], (LimiteFijo{4h, 100'000, 1'800'000}));
+}
+
+// The names and numbers that the manual gives, all of them.
+TEST(LimitesPorEstacion, AreTheOnesOfTheManual) {
+    std::ifstream manual(MANUAL);
+    std::string linea;
+    while (std::getline(manual, linea) && linea != "### Los límites de las marcas") {
+    }
+    while (std::getline(manual, linea) && linea != "```") {
+    }
+    std::string dichos;
+    std::size_t cuantos = 0;
+    while (std::getline(manual, linea) && linea != "```") {
+        dichos += linea + "\n";
+        if (linea.find('=') == std::string::npos) continue;
+        ++cuantos;
+        // It says what holds, and is not only let through.
+        EXPECT_EQ(LimitesPorEstacion::leer("[02080050]\n" + linea, "manual").de("02080050"), limitesUsuales())
+            << linea;
+    }
+    EXPECT_EQ(LimitesPorEstacion::leer(dichos, "manual").de("02080050"), limitesUsuales());
+    std::size_t hay = 0;
+    for (std::size_t i = 0; i < kCanales; ++i) {
+        hay += limitesUsuales().rango[i].has_value() + limitesUsuales().salto[i].has_value() +
+               limitesUsuales().fijo[i].has_value();
+    }
+    EXPECT_EQ(cuantos, hay);
 }
 
 TEST(LimitesPorEstacion, AnEmptyFileChangesNothing) {
