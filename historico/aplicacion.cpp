@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
+#include "platform/archivo.h"
 
 namespace telvane {
 
@@ -16,13 +17,22 @@ std::unique_ptr<Almacen> ContextoHistorico::abrir(Uso uso) const {
 }
 
 SalidaConsola ContextoHistorico::salida(const std::string& ruta, ReglaDestino regla, const Almacen* almacen,
-                                        const std::optional<std::string>& limites) {
+                                        const std::optional<std::string>& limites) const {
     if (almacen != nullptr) {
         for (const auto& suyo : almacen->archivos()) regla.leidos.agregar(suyo);
         if (const auto alLado = almacen->limitesAlLado(); !alLado.empty()) regla.leidos.agregar(alLado);
     }
-    if (limites) regla.leidos.agregar(*limites);
+    if (limites) apuntarLeido(regla.leidos, *limites);
     return {ruta, std::move(regla)};
+}
+
+std::vector<std::uint8_t> ContextoHistorico::leer(const std::string& archivo, std::size_t maximo) const {
+    return esEntradaEstandar(archivo) ? consola.leerEntrada(maximo) : leerArchivo(archivo, maximo);
+}
+
+void ContextoHistorico::apuntarLeido(ArchivosLeidos& leidos, const std::string& archivo) const {
+    esEntradaEstandar(archivo) ? leidos.agregar(entorno.entrada)
+                               : leidos.agregar(std::filesystem::path(archivo));
 }
 
 void ContextoHistorico::atender() const {

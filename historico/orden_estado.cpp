@@ -86,7 +86,7 @@ void estado(ContextoHistorico& contexto, const OpcionesEstado& opciones) {
     {
         const auto almacen = contexto.abrir(Uso::leer);
         if (opciones.prometheus) {
-            prometheus = ContextoHistorico::salida(*opciones.prometheus, reglaDeTabla(), almacen.get());
+            prometheus = contexto.salida(*opciones.prometheus, reglaDeTabla(), almacen.get());
         }
         visto = mirar(contexto, *almacen, opciones);
     }

@@ -11,7 +11,6 @@
 #include "historico/exportacion_archivo.h"
 #include "historico/ordenes.h"
 #include "historico/textos_historico.h"
-#include "platform/archivo.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -73,13 +72,12 @@ void exportar(ContextoHistorico& contexto, const OpcionesExportar& opciones) {
     if (opciones.limites && !opciones.calidad)
         throw ErrorCli(CodigoSalida::malUso, "--limites es para las marcas: añada --calidad, o quítelo");
     const auto almacen = contexto.abrir(Uso::leer);
-    const auto salida =
-        ContextoHistorico::salida(opciones.salida, reglaDeTabla(), almacen.get(), opciones.limites);
+    const auto salida = contexto.salida(opciones.salida, reglaDeTabla(), almacen.get(), opciones.limites);
     Lectura lectura(*almacen);
     const auto estacion = lectura.estacion(opciones.estacion);
     if (salida.archivo()) decirFormato(contexto.consola, opciones);
     if (opciones.calidad) {
-        const auto limites = leerLimites(opciones.limites, almacen->limitesAlLado());
+        const auto limites = leerLimites(contexto, opciones.limites, almacen->limitesAlLado());
         peticion.calidad = limites.de(estacion.nombre);
     }
     EscrituraConsola escritura(salida, contexto.entorno, contexto.consola);
@@ -94,15 +92,15 @@ void exportar(ContextoHistorico& contexto, const OpcionesExportar& opciones) {
 
 }  // namespace
 
-LimitesPorEstacion leerLimites(const std::optional<std::string>& pedidos,
+LimitesPorEstacion leerLimites(const ContextoHistorico& contexto, const std::optional<std::string>& pedidos,
                                const std::filesystem::path& alLado) {
     constexpr std::size_t kMaximo = 1U << 20;
     std::error_code ninguno;
     if (!pedidos && (alLado.empty() || !std::filesystem::exists(alLado, ninguno))) return {};
-    const auto ruta = pedidos ? std::filesystem::path(*pedidos) : alLado;
-    const auto bytes = leerArchivo(ruta, kMaximo);
+    const auto archivo = pedidos ? *pedidos : alLado.string();
+    const auto bytes = contexto.leer(archivo, kMaximo);
     return LimitesPorEstacion::leer({reinterpret_cast<const char*>(bytes.data()), bytes.size()},
-                                    ruta.string());
+                                    esEntradaEstandar(archivo) ? "la entrada" : archivo);
 }
 
 void declararExportar(Argumentos& argumentos, ContextoHistorico& contexto) {
@@ -129,10 +127,11 @@ void declararExportar(Argumentos& argumentos, ContextoHistorico& contexto) {
                               .ayuda = nombresDeFormatos() + "; si falta, el de la SALIDA, o csv",
                               .comprobar = motivoFormato});
     orden.bandera(o->calidad, "--calidad", "Añade las marcas de calidad de cada muestra (csv, jsonl)");
-    orden.opcion(o->limites,
-                 {.nombre = "--limites",
-                  .valor = "ARCHIVO",
-                  .ayuda = "Límites de las marcas; si falta, calidad.ini junto al archivo SQLite"});
+    orden.opcion(
+        o->limites,
+        {.nombre = "--limites",
+         .valor = "ARCHIVO",
+         .ayuda = "Límites de las marcas, - es la entrada; si falta, calidad.ini junto al archivo SQLite"});
     orden.bandera(o->todo, "--todo", "Todo registro distinto, también los que no cuentan");
     orden.alElegir([&contexto, o] { contexto.orden = [&contexto, o] { exportar(contexto, *o); }; });
 }

@@ -43,7 +43,7 @@ std::vector<std::uint8_t> buscar(Lectura& lectura, const PrincipioDeHuella& cual
 
 void imagen(ContextoHistorico& contexto, const OpcionesImagen& opciones) {
     const auto almacen = contexto.abrir(Uso::leer);
-    const auto salida = ContextoHistorico::salida(opciones.salida, reglaDeBase(), almacen.get());
+    const auto salida = contexto.salida(opciones.salida, reglaDeBase(), almacen.get());
     Lectura lectura(*almacen);
     const auto bytes = buscar(lectura, PrincipioDeHuella::leer(opciones.huella).value());
     salida.escribir(contexto.entorno, contexto.consola,

@@ -16,7 +16,6 @@
 #include "informe/informe.h"
 #include "informe/texto_html.h"
 #include "loggerconfig/datos_config.h"
-#include "platform/archivo.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -99,7 +98,7 @@ struct Contado {
 
 Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const OpcionesInforme& opciones,
                        const Periodo& periodo) {
-    const auto limites = leerLimites(opciones.limites, almacen.limitesAlLado());
+    const auto limites = leerLimites(contexto, opciones.limites, almacen.limitesAlLado());
     Lectura lectura(almacen);
     const auto guardada = lectura.estacion(*opciones.estacion);
     const auto plazo = cerrar(periodo, guardada.resumen.desde, guardada.resumen.hasta);
@@ -139,17 +138,22 @@ Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const Opci
     return contado;
 }
 
-Contado contarImagen(const OpcionesInforme& opciones, const Periodo& periodo) {
-    const auto limites = leerLimites(opciones.limites, {});
+std::vector<std::uint8_t> leerImagen(const ContextoHistorico& contexto, const std::string& archivo) {
     // A byte more than an image tells a file that is none.
-    const auto bytes = leerArchivo(*opciones.imagen, kBytesMemoria + 1);
-    if (bytes.size() > kBytesMemoria) {
-        throw ErrorCli(CodigoSalida::fallo, fmt::format("{}: es más largo que una imagen de memoria",
-                                                        nombreVisible(*opciones.imagen)));
-    }
-    if (bytes.empty())
-        throw ErrorCli(CodigoSalida::fallo,
-                       fmt::format("{}: {}", nombreVisible(*opciones.imagen), kBaseVacia));
+    auto bytes = contexto.leer(archivo, kBytesMemoria + 1);
+    const auto mal = [&](std::string_view que) {
+        const auto nombre = esEntradaEstandar(archivo) ? "la entrada" : nombreVisible(archivo);
+        return ErrorCli(CodigoSalida::fallo, fmt::format("{}: {}", nombre, que));
+    };
+    if (bytes.size() > kBytesMemoria) throw mal("es más largo que una imagen de memoria");
+    if (bytes.empty()) throw mal(kBaseVacia);
+    return bytes;
+}
+
+Contado contarImagen(const ContextoHistorico& contexto, const OpcionesInforme& opciones,
+                     const Periodo& periodo) {
+    const auto limites = leerLimites(contexto, opciones.limites, {});
+    const auto bytes = leerImagen(contexto, *opciones.imagen);
     const auto ranuras = ranurasDe(bytes);
     const auto filas = filasDe(ranuras);
     const auto plazo = cerrar(periodo, filas.empty() ? std::nullopt : std::optional(filas.front().instante),
@@ -194,13 +198,15 @@ void informar(ContextoHistorico& contexto, const OpcionesInforme& opciones) {
     if (opciones.estacion.has_value() == opciones.imagen.has_value()) {
         throw ErrorCli(CodigoSalida::malUso, "se espera --estacion o --imagen, una de las dos");
     }
+    if (opciones.imagen && opciones.limites && esEntradaEstandar(*opciones.imagen) &&
+        esEntradaEstandar(*opciones.limites))
+        throw ErrorCli(CodigoSalida::malUso, "la entrada se lee una sola vez: dé un archivo en --limites");
     const auto periodo = periodoPedido(opciones);
     auto almacen = opciones.imagen ? nullptr : contexto.abrir(Uso::leer);
     auto regla = reglaDeTabla();
-    if (opciones.imagen) regla.leidos.agregar(*opciones.imagen);
-    const auto salida =
-        ContextoHistorico::salida(opciones.salida, std::move(regla), almacen.get(), opciones.limites);
-    const auto contado = opciones.imagen ? contarImagen(opciones, periodo)
+    if (opciones.imagen) contexto.apuntarLeido(regla.leidos, *opciones.imagen);
+    const auto salida = contexto.salida(opciones.salida, std::move(regla), almacen.get(), opciones.limites);
+    const auto contado = opciones.imagen ? contarImagen(contexto, opciones, periodo)
                                          : contarEstacion(contexto, *almacen, opciones, periodo);
     almacen.reset();
     if (contado.informe.vacio()) throw sinMuestras();
@@ -228,9 +234,10 @@ OpcionDeLinea opcionMes(bool obligatoria) {
             .obligatoria = obligatoria};
 }
 OpcionDeLinea opcionLimites() {
-    return {.nombre = "--limites",
-            .valor = "ARCHIVO",
-            .ayuda = "Los límites de calidad; si falta, calidad.ini junto al archivo SQLite"};
+    return {
+        .nombre = "--limites",
+        .valor = "ARCHIVO",
+        .ayuda = "Los límites de calidad, - es la entrada; si falta, calidad.ini junto al archivo SQLite"};
 }
 
 }  // namespace
@@ -244,9 +251,9 @@ void declararInforme(Argumentos& argumentos, ContextoHistorico& contexto) {
                                     .obligatoria = true});
     orden.opcion(opciones->estacion,
                  {.nombre = "--estacion", .valor = "CIFRAS", .ayuda = "Una estación del archivo histórico"});
-    orden.opcion(
-        opciones->imagen,
-        {.nombre = "--imagen", .valor = "ARCHIVO.rgt", .ayuda = "Un archivo base, sin archivo histórico"});
+    orden.opcion(opciones->imagen, {.nombre = "--imagen",
+                                    .valor = "ARCHIVO.rgt",
+                                    .ayuda = "Un archivo base, sin archivo histórico; - es la entrada"});
     orden.opcion(opciones->desde, {.nombre = "--desde",
                                    .valor = "F",
                                    .ayuda = "AAAA-MM-DD o AAAA-MM-DDTHH:MM, incluida",

@@ -40,8 +40,11 @@ struct ContextoHistorico {
     std::unique_ptr<Almacen> abrir(Uso uso) const;
     // What a command writes of an archive: never over the archive itself.
     // limites: the file that --limites names.
-    static SalidaConsola salida(const std::string& ruta, ReglaDestino regla, const Almacen* almacen,
-                                const std::optional<std::string>& limites = {});
+    SalidaConsola salida(const std::string& ruta, ReglaDestino regla, const Almacen* almacen,
+                         const std::optional<std::string>& limites = {}) const;
+    // What is read, by a file's name or as the standard input. Throws ErrorLectura, ErrorCli.
+    std::vector<std::uint8_t> leer(const std::string& archivo, std::size_t maximo) const;
+    void apuntarLeido(ArchivosLeidos& leidos, const std::string& archivo) const;
     // The signals that came meanwhile, between two steps of a long work. Throws ErrorCli (interrumpido).
     void atender() const;
 };
@@ -63,7 +66,7 @@ class Relato {
 
 // The limits of the quality marks: of the file that was asked for, or of the one beside the archive where
 // there is one. Throws ErrorLectura, ErrorLimites.
-LimitesPorEstacion leerLimites(const std::optional<std::string>& pedidos,
+LimitesPorEstacion leerLimites(const ContextoHistorico& contexto, const std::optional<std::string>& pedidos,
                                const std::filesystem::path& alLado);
 
 // All of them, and what they share.

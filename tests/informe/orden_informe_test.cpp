@@ -199,6 +199,41 @@ TEST_F(OrdenInforme, TheSummaryIsTheMonthsText) {
     EXPECT_EQ(correr({"resumen", "--estacion", "99999999", "--mes", "2018-12"}).estado, 1);
 }
 
+TEST_F(OrdenInforme, ADashIsTheStandardInput) {
+    std::ofstream(carpeta_ / "l.ini") << "[02080050]\ntemperatura.rango = -40 20\n";
+    const auto con = [&](const std::string& archivo, std::vector<std::string> argumentos) {
+        argumentos.insert(argumentos.begin(),
+                          {"/bin/sh", "-c", "entrada=$1; shift; exec \"$@\" <\"$entrada\"", "sh",
+                           ruta(archivo), TELVANE_HISTORICO, "--en", ruta("h.sqlite")});
+        Proceso proceso(argumentos);
+        const auto estado = proceso.terminar().value_or(-1);
+        return Corrida{.estado = estado, .salida = proceso.salida(), .errores = proceso.errores()};
+    };
+    EXPECT_EQ(sinCuando(con("una.rgt", {"informe", "-", "--imagen", "-"}).salida),
+              sinCuando(correr({"informe", "-", "--imagen", ruta("una.rgt")}).salida));
+    EXPECT_THAT(con("una.rgt", {"informe", "-", "--imagen", "-", "--limites", ruta("l.ini")}).salida,
+                HasSubstr(" fuera de rango."));
+    EXPECT_THAT(con("l.ini", {"informe", "-", "--imagen", ruta("una.rgt"), "--limites", "-"}).salida,
+                HasSubstr(" fuera de rango."));
+    EXPECT_EQ(con("una.rgt", {"informe", "-", "--imagen", "-", "--limites", "-"}).estado, 2);
+    EXPECT_EQ(con("una.rgt", {"informe", ruta("una.rgt"), "--imagen", "-"}).estado, 2);
+
+    ASSERT_EQ(correr({"incorporar", ruta("una.rgt")}).estado, 0);
+    const auto exportada =
+        con("l.ini", {"exportar", "-", "--estacion", "02080050", "--calidad", "--limites", "-"});
+    EXPECT_EQ(exportada.estado, 0) << exportada.errores;
+    EXPECT_THAT(exportada.salida, HasSubstr("temperatura:rango"));
+    EXPECT_THAT(correr({"exportar", "-", "--estacion", "02080050", "--calidad"}).salida,
+                Not(HasSubstr("temperatura:rango")));
+    const auto resumen =
+        con("l.ini", {"resumen", "--estacion", "02080050", "--mes", "2018-12", "--limites", "-"});
+    EXPECT_EQ(resumen.estado, 0) << resumen.errores;
+    const auto mala =
+        con("una.rgt", {"resumen", "--estacion", "02080050", "--mes", "2018-12", "--limites", "-"});
+    EXPECT_EQ(mala.estado, 1);
+    EXPECT_THAT(mala.errores, HasSubstr("la entrada: línea 1: "));
+}
+
 TEST_F(OrdenInforme, LimitsBesideTheArchiveChangeTheMarksOfTheirStation) {
     ASSERT_EQ(correr({"incorporar", ruta("una.rgt")}).estado, 0);
     EXPECT_EQ(correr({"informe", ruta("a.html"), "--estacion", "02080050"}).estado, 0);
