@@ -216,6 +216,61 @@ TEST_P(ArchivoPrueba, AnImageThatStandsInTwoStationsIsThereForEither) {
     EXPECT_EQ(retrato(*almacen), antes);
 }
 
+// A station's texts and interval are those of its newest image, whatever came last.
+TEST_P(ArchivoPrueba, TheNewestImageIsTheOneOfTheLatestClock) {
+    const auto imagen = [](const std::string& ubicacion, char intervalo, std::optional<int> hora) {
+        ImagenPrueba una;
+        una.texto(registro_config::kUbicacion, ubicacion);
+        una.texto(registro_config::kIntervalo, std::string(1, intervalo));
+        una.serie(0, 0, 5);
+        if (hora) {
+            una.reloj(kInicio + std::chrono::hours(*hora));
+        } else {
+            una.texto(registro_config::kReloj, std::string(6, '\xFF'));
+        }
+        return una.bytes();
+    };
+    const auto mayor = [](const std::vector<std::uint8_t>& una, const std::vector<std::uint8_t>& otra) {
+        return huellaDe(una) < huellaDe(otra) ? otra : una;
+    };
+    const auto empate = imagen("empate", 0x30, 2);
+    const auto nueva = imagen("nueva", 0x15, 2);
+    const auto sinReloj = imagen("sin reloj", 0x60, {});
+    const auto sinRelojOtra = imagen("sin reloj otra", 0x05, {});
+    struct Caso {
+        std::vector<std::vector<std::uint8_t>> imagenes;
+        std::vector<std::uint8_t> laMasNueva;
+    };
+    const std::vector<Caso> casos = {
+        {{imagen("vieja", 0x10, 1), nueva, sinReloj}, nueva},
+        {{empate, nueva, sinReloj}, mayor(empate, nueva)},
+        {{sinReloj, sinRelojOtra}, mayor(sinReloj, sinRelojOtra)},
+    };
+    for (const auto& caso : casos) {
+        std::vector<std::size_t> orden(caso.imagenes.size());
+        std::iota(orden.begin(), orden.end(), 0U);
+        do {
+            const auto otro = almacenes.nuevo();
+            for (const auto cual : orden) {
+                Archivo(*otro).incorporar(caso.imagenes[cual], {},
+                                          {"prueba", Incorporada(std::chrono::seconds(1))});
+            }
+            const auto estacion = otro->estacion("02080050").value();
+            EXPECT_EQ(estacion.resumen.masNueva, huellaDe(caso.laMasNueva));
+            const auto deElla = std::span(caso.laMasNueva).first(registro_config::kCabecera);
+            EXPECT_TRUE(std::ranges::equal(estacion.resumen.cabecera, deElla));
+        } while (std::next_permutation(orden.begin(), orden.end()));
+    }
+}
+
+TEST_P(ArchivoPrueba, AClockThatWasSetBackIsCountedInItsImage) {
+    // Back at once, and standing still; behind an empty slot nobody knows.
+    auto imagen = ImagenPrueba().serie(0, 0, 5).serie(5, 20, 2).poner(7, registroDeMinuto(30, 1));
+    imagen.serie(9, 0, 2);
+    incorporar(imagen.bytes());
+    EXPECT_EQ(almacen->fichas(almacen->estacion("02080050")->id).front().retrocesos, 2);
+}
+
 TEST_P(ArchivoPrueba, AGapIsWiderThanTheIntervalInForce) {
     auto imagen = ImagenPrueba().serie(0, 0, 30, 10);
     imagen.serie(30, 320, 30, 60).serie(60, 320 + 30 * 60 + 120, 5, 60);

@@ -261,6 +261,98 @@ TEST_F(Ordenes, ThePeriodTakesItsBeginningAndLeavesItsEnd) {
     EXPECT_THAT(r.salida, HasSubstr("{\"hora\":\"2025-03-01T01:00:00\""));
 }
 
+std::vector<std::string> campos(const std::string& linea) {
+    std::vector<std::string> lista;
+    std::istringstream resto(linea.substr(0, linea.find('\r')));
+    for (std::string uno; std::getline(resto, uno, ',');) lista.push_back(uno);
+    return lista;
+}
+// The line that begins so.
+std::string lineaCon(const std::string& texto, const std::string& comienzo) {
+    std::istringstream lineas(texto);
+    for (std::string una; std::getline(lineas, una);) {
+        if (una.starts_with(comienzo)) return una;
+    }
+    return "";
+}
+
+TEST_F(Ordenes, TheMarksAreTheLastColumnAndTheLimitsAreThoseThatAreNamed) {
+    correr({"incorporar", imagen()});
+    const auto marcas = [&](std::vector<std::string> mas) {
+        mas.insert(mas.begin(), {"exportar", "-", "--estacion", "02080050"});
+        const auto tabla = correr(mas).salida;
+        const auto nombres = campos(lineaCon(tabla, "Fecha"));
+        const auto primera = campos(lineaCon(tabla, "01/03/2025"));
+        EXPECT_EQ(nombres.size(), primera.size()) << tabla.substr(0, 2000);
+        return std::pair(nombres.empty() ? "" : nombres.back(), primera.empty() ? "" : primera.back());
+    };
+    EXPECT_NE(marcas({}).first, "Calidad");
+    // Its raw counts are all but none, and so stand outside or at a rail.
+    const auto usuales = marcas({"--calidad"});
+    EXPECT_EQ(usuales.first, "Calidad");
+    EXPECT_THAT(usuales.second, testing::StartsWith("humedad:rango temperatura:rango vel_viento:rango"));
+    std::ofstream(carpeta / "l.ini") << "[02080050]\nvel_viento.rango = -100 100\n";
+    EXPECT_THAT(marcas({"--calidad", "--limites", carpeta / "l.ini"}).second,
+                testing::StartsWith("humedad:rango temperatura:rango presion:rango"));
+    std::ofstream(carpeta / "l.ini") << "[02080051]\nvel_viento.rango = -100 100\n";
+    EXPECT_EQ(marcas({"--calidad", "--limites", carpeta / "l.ini"}), usuales);
+}
+
+TEST_F(Ordenes, EveryDistinctRecordIsWrittenWhereItIsAskedFor) {
+    const auto serie = ImagenPrueba().serie(0, 0, 5);
+    correr({"incorporar", guardar("a.rgt", serie.bytes()),
+            guardar("b.rgt", ImagenPrueba(serie).poner(2, registroDeMinuto(20, 9)).bytes()),
+            guardar("c.rgt", ImagenPrueba(serie).texto(34, "otra").bytes())});
+    const auto lineas = [&](std::vector<std::string> mas) {
+        mas.insert(mas.begin(), {"exportar", "-", "--estacion", "02080050", "--formato", "jsonl"});
+        const auto tabla = correr(mas).salida;
+        return std::pair(std::count(tabla.begin(), tabla.end(), '\n'), tabla);
+    };
+    const auto cuentan = lineas({});
+    const auto todas = lineas({"--todo"});
+    EXPECT_EQ(cuentan.first, 5);
+    EXPECT_EQ(todas.first, 6);
+    EXPECT_EQ(lineas({"--todo", "--calidad"}).first, 6);
+    std::istringstream resto(cuentan.second);
+    for (std::string una; std::getline(resto, una);) EXPECT_THAT(todas.second, HasSubstr(una + "\n"));
+}
+
+// Who may only read needs the files that SQLite keeps beside the archive.
+TEST_F(Ordenes, TheFilesBesideTheArchiveStayAndStaySmall) {
+    correr({"incorporar", guardar("a.rgt", ImagenPrueba().serie(0, 0, 8000).bytes())});
+    for (const auto* sufijo : {"-wal", "-shm"})
+        EXPECT_TRUE(std::filesystem::exists(archivo() + sufijo)) << sufijo;
+    EXPECT_LE(std::filesystem::file_size(archivo() + "-wal"), 1U << 20);
+    correr({"estado"});
+    EXPECT_TRUE(std::filesystem::exists(archivo() + "-wal"));
+}
+
+TEST_F(Ordenes, AStationsNameIsOfLettersDigitsAndDashes) {
+    const auto una = imagen();
+    for (const std::string& como : {std::string("a/b"), std::string("ñ"), std::string("a b"),
+                                    std::string("a.b"), std::string(65, 'x')}) {
+        const auto r = correr({"incorporar", una, "--como", como});
+        EXPECT_EQ(r.codigo, 2) << como;
+        EXPECT_THAT(r.errores, HasSubstr("debe ser de letras, cifras, - y _")) << como;
+    }
+    EXPECT_EQ(correr({"incorporar", una, "--como", ""}).codigo, 2);
+    EXPECT_FALSE(std::filesystem::exists(archivo()));
+    EXPECT_THAT(correr({"incorporar", una, "--como", "Norte-2_b"}).salida, HasSubstr("02080050/Norte-2_b,"));
+}
+
+// Two images whose SHA-256 begin with the same eight digits.
+TEST_F(Ordenes, AnImageIsNotGivenByABeginningThatTwoHave) {
+    const auto una = guardar("a.rgt", {0x02, 0x08, 0x00, 0x50, 0x00, 0x00, 0x42, 0x09});
+    const auto otra = guardar("b.rgt", {0x02, 0x08, 0x00, 0x50, 0x00, 0x00, 0xA3, 0x99});
+    ASSERT_EQ(correr({"incorporar", una, otra}).codigo, 0);
+    const auto varias = correr({"imagen", "e8b69837", carpeta / "c.rgt"});
+    EXPECT_EQ(varias.codigo, 1);
+    EXPECT_THAT(varias.errores, HasSubstr("varias imágenes empiezan por e8b69837: escriba más cifras"));
+    EXPECT_FALSE(std::filesystem::exists(carpeta / "c.rgt"));
+    EXPECT_EQ(correr({"imagen", "e8b698374", carpeta / "c.rgt"}).codigo, 0);
+    EXPECT_EQ(leerArchivo(carpeta / "c.rgt", 100), leerArchivo(una, 100));
+}
+
 TEST_F(Ordenes, WhatIsNoArchiveIsToldAndLeftAlone) {
     EXPECT_THAT(correr({"estado"}).errores, HasSubstr("no hay archivo histórico todavía"));
     guardar("h.sqlite", {'h', 'o', 'l', 'a', ' ', 'a', ' ', 't', 'o', 'd', 'o', 's', '\n'});

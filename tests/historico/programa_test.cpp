@@ -4,8 +4,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
+#include <regex>
 
 #include <gtest/gtest.h>
 
@@ -139,6 +141,66 @@ TEST_F(Programa, AFolderThatCannotBeReadIsToldAndTheRestIsTaken) {
     EXPECT_NE(proceso.errores().find("cerrada: no se pudo leer la carpeta: "), std::string::npos)
         << proceso.errores();
     EXPECT_NE(proceso.errores().find("1 de 2 archivos sin incorporar"), std::string::npos);
+}
+
+TEST_F(Programa, TheStandardInputIsAnImageLikeAnother) {
+    auto toda = orden({"incorporar", "-", "--json"});
+    toda.insert(toda.begin(), {"/bin/sh", "-c", "exec \"$@\" <\"$0\"",
+                               guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes())});
+    Proceso incorporar(toda);
+    EXPECT_EQ(incorporar.terminar(), 0) << incorporar.errores();
+    EXPECT_NE(incorporar.salida().find("{\"archivo\":\"-\",\"estacion\":\"02080050\""), std::string::npos)
+        << incorporar.salida();
+    Proceso imagenes(orden({"imagenes", "--json"}));
+    EXPECT_EQ(imagenes.terminar(), 0);
+    EXPECT_NE(imagenes.salida().find("\"origen\":\"-\",\"muestras\":10"), std::string::npos)
+        << imagenes.salida();
+}
+
+// Whatever an archive prints, but for when its images came.
+TEST_F(Programa, NothingThatItPrintsDependsOnTheOrder) {
+    const auto dia = [](int cual) { return kInicio + std::chrono::hours(24 * cual); };
+    // A record spoilt, a clock set back, another interval and text, and a part of a memory.
+    std::vector<std::string> imagenes = {
+        guardar("a.rgt", ImagenPrueba().reloj(dia(1)).serie(0, 0, 100).bytes()),
+        guardar("b.rgt", ImagenPrueba()
+                             .reloj(dia(2))
+                             .texto(registro_config::kUbicacion, "otra")
+                             .texto(registro_config::kIntervalo, "\x30")
+                             .serie(0, 0, 100)
+                             .poner(7, registroDeMinuto(70, 9))
+                             .serie(100, 500, 50)
+                             .bytes()),
+        guardar("c.rgt", ImagenPrueba().reloj(dia(2)).serie(0, 0, 90).serie(90, 2000, 30).bytes(20'000))};
+    const std::vector<std::vector<std::string>> ordenes = {
+        {"estado"},
+        {"estado", "--json"},
+        {"imagenes"},
+        {"imagenes", "--json"},
+        {"exportar", "-", "--estacion", "02080050", "--formato", "xls"},
+        {"exportar", "-", "--estacion", "02080050", "--formato", "jsonl", "--calidad", "--todo"},
+        {"resumen", "--estacion", "02080050", "--mes", "2025-03"},
+        {"comprobar"}};
+    const std::regex cuando("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}Z");
+    std::string primera;
+    do {
+        const std::string archivo = carpeta / "orden.sqlite";
+        for (const auto* sufijo : {"", "-wal", "-shm"}) std::filesystem::remove(archivo + sufijo);
+        const auto correr = [&](std::vector<std::string> resto) {
+            resto.insert(resto.begin(), {TELVANE_HISTORICO, "--en", archivo});
+            Proceso proceso(resto);
+            EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
+            return std::regex_replace(proceso.salida(), cuando, "");
+        };
+        std::vector<std::string> todas = {"incorporar"};
+        todas.insert(todas.end(), imagenes.begin(), imagenes.end());
+        correr(todas);
+        std::string dicho;
+        for (const auto& una : ordenes) dicho += correr(una);
+        if (primera.empty()) primera = dicho;
+        ASSERT_EQ(dicho, primera);
+    } while (std::next_permutation(imagenes.begin(), imagenes.end()));
+    EXPECT_NE(primera.find("otra"), std::string::npos);
 }
 
 TEST_F(Programa, TwoAtOnceBothSucceed) {

@@ -103,5 +103,86 @@ TEST(Vista, PostgresqlSaysWhatTheDecoderSays) {
     }
 }
 
+// An archive that several programs have open.
+class EnUso : public testing::TestWithParam<Banco> {
+   protected:
+    EnUso() {
+        if (GetParam() == Banco::postgresql) ServidorPostgres::unico().baseVacia("en_uso");
+    }
+    std::unique_ptr<Almacen> abrir(bool escribir) const {
+        if (GetParam() == Banco::postgresql) {
+            return std::make_unique<AlmacenPostgres>(ServidorPostgres::unico().url("en_uso"), escribir,
+                                                     std::chrono::seconds(10));
+        }
+        if (escribir) return AlmacenSqlite::abrirParaEscribir(carpeta / "h.sqlite", true, {});
+        return AlmacenSqlite::abrirParaLeer(carpeta / "h.sqlite", {});
+    }
+    static void incorporar(Almacen& almacen, const ImagenPrueba& imagen,
+                           const Archivo::Destino& destino = {}) {
+        Archivo(almacen).incorporar(imagen.bytes(), destino,
+                                    {"prueba", Incorporada(std::chrono::seconds(1))});
+    }
+    // The rows of the view, in its order of stations and times.
+    std::vector<std::string> lecturas(const std::string& columnas) const {
+        const auto sql = "SELECT " + columnas + " FROM " +
+                         (GetParam() == Banco::postgresql ? "telvane." : "") +
+                         "lecturas ORDER BY estacion,hora,temperatura_c";
+        std::vector<std::string> filas;
+        if (GetParam() == Banco::postgresql) {
+            BasePostgres base(ServidorPostgres::unico().url("en_uso"));
+            const auto r = base.consultar(sql);
+            for (int i = 0; i < r.filas(); ++i) filas.push_back(r.texto(i, 0));
+            return filas;
+        }
+        const BaseSqlite base(carpeta / "h.sqlite", BaseSqlite::Acceso::lectura, std::chrono::seconds(1));
+        Sentencia s(base, sql);
+        s.correr([&] { filas.push_back(s.texto(0)); });
+        return filas;
+    }
+
+    CarpetaTemporal carpeta;
+};
+INSTANTIATE_TEST_SUITE_P(En, EnUso, testing::Values(Banco::sqlite, Banco::postgresql), nombreDeBanco);
+
+TEST_P(EnUso, TheViewShowsWhatCountsUnderItsStationsName) {
+    const auto almacen = abrir(true);
+    const auto dia = [](int cual) { return kInicio + std::chrono::hours(24 * cual); };
+    // Two images agree about the record in the slot that a third one has spoilt.
+    incorporar(*almacen, ImagenPrueba().reloj(dia(1)).serie(0, 0, 3));
+    incorporar(*almacen, ImagenPrueba().reloj(dia(2)).serie(0, 0, 3).poner(1, registroDeMinuto(10, 50)));
+    incorporar(*almacen, ImagenPrueba().reloj(dia(3)).serie(0, 0, 3).texto(34, "otra"));
+    // A station whose number has no evaporation, under a name.
+    incorporar(*almacen, ImagenPrueba("01990001").serie(0, 0, 1), {{}, "sur"});
+    EXPECT_THAT(
+        lecturas(
+            "estacion || CASE WHEN conflicto THEN ' conflicto ' ELSE ' ' END || CASE WHEN evaporacion_mm IS "
+            "NULL THEN 'sin' ELSE 'con' END || CASE WHEN temperatura_c > -37.5 THEN ' mala' ELSE '' END"),
+        testing::ElementsAre("01990001/sur sin", "02080050 con", "02080050 conflicto con", "02080050 con"));
+}
+
+TEST_P(EnUso, AReaderSeesTheArchiveAsItWasUntilAnImageIsIn) {
+    const auto escritor = abrir(true);
+    incorporar(*escritor, ImagenPrueba().serie(0, 0, 10));
+    const auto lector = abrir(false);
+    const auto antes = retrato(*lector);
+    const auto otro = abrir(false);
+    {
+        Lectura desdeAntes(*otro);
+        EXPECT_EQ(desdeAntes.estacion("02080050").resumen.muestras, 10);
+        Transaccion transaccion(*escritor, Almacen::Modo::escritura);
+        auto estacion = escritor->estacion("02080050").value();
+        const std::vector<Fila> filas = {{kInicio + std::chrono::hours(50), registroDeMinuto(3000)}};
+        escritor->agregarFilas(estacion.id, filas);
+        estacion.resumen.muestras = 11;
+        escritor->guardarResumen(estacion.id, estacion.resumen);
+        EXPECT_EQ(retrato(*lector), antes);
+        transaccion.confirmar();
+        EXPECT_NE(retrato(*lector), antes);
+        EXPECT_EQ(desdeAntes.estacion("02080050").resumen.muestras, 10)
+            << "it goes on seeing what it began with";
+    }
+    EXPECT_EQ(Lectura(*otro).estacion("02080050").resumen.muestras, 11);
+}
+
 }  // namespace
 }  // namespace telvane
