@@ -20,12 +20,14 @@
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
 #include "platform/argumentos.h"
+#include "platform/descriptor.h"
 #include "platform/flujos.h"
 #include "platform/guardado.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
 #include "simulator/memoria_simulada.h"
 #include "simulator/programa_simulador.h"
+#include "simulator/reserva.h"
 
 namespace telvane {
 namespace {
@@ -105,7 +107,25 @@ std::vector<std::uint8_t> leerImagen(const fs::path& ruta) {
     if (imagen.size() > kBytesMemoria)
         throw ErrorLectura(
             fmt::format("{} tiene más de {} bytes: dé otro --memoria", ruta.string(), kBytesMemoria));
+    // It is written over with the first change: somebody's letter named by mistake is not ours.
+    const auto nombre = ruta.filename().string();
+    const bool suyo = nombre.ends_with(".rgt") || nombre.ends_with(".rgt.parcial");
+    if (imagen.size() != kBytesMemoria && !suyo) {
+        throw ErrorLectura(
+            fmt::format("{} no parece una memoria, que mide {} bytes o termina en .rgt: dé otro --memoria",
+                        ruta.string(), kBytesMemoria));
+    }
     return imagen;
+}
+
+// Two that write one file would each lose what the other was told.
+std::optional<Descriptor> reservarMemoria(const std::string& memoria) {
+    if (memoria.empty()) return std::nullopt;
+    std::error_code error;
+    auto reserva = reservar("telvane-sim memoria", fs::weakly_canonical(fs::absolute(memoria, error), error));
+    if (reserva) return reserva;
+    throw std::runtime_error(
+        fmt::format("otro telvane-sim usa la memoria {}: termínelo o dé otro --memoria", memoria));
 }
 
 MaquinaRegistrador prepararMaquina(const Opciones& opciones) {
@@ -133,6 +153,7 @@ int abrirSenales() {
 }
 
 void correr(const Opciones& opciones) {
+    const auto reserva = reservarMemoria(opciones.memoria);
     LineaSimulada linea(prepararMaquina(opciones), opciones.baudios == "0" ? 0 : kBaudios);
     std::vector<Fallo> fallos;
     for (const auto& texto : opciones.fallos) fallos.push_back(Fallo::leer(texto));
@@ -155,7 +176,7 @@ void correr(const Opciones& opciones) {
 
 int main(int argc, char** argv) {
     using namespace telvane;
-    flujosHeredados();
+    const auto flujos = flujosHeredados();
     Opciones opciones;
     Argumentos argumentos("telvane-sim", TELVANE_VERSION, "Registrador simulado en un pseudoterminal");
     declarar(argumentos, opciones);
@@ -166,7 +187,8 @@ int main(int argc, char** argv) {
     }
     try {
         if (leida.que == LineaLeida::Que::terminar) {
-            fmt::print("{}", leida.texto);
+            if (const int motivo = escribirTodo(flujos.salida, leida.texto))
+                throw std::runtime_error(quejaDeSalida(motivo));
         } else {
             correr(opciones);
         }

@@ -2,16 +2,12 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstddef>
-#include <functional>
 #include <stdexcept>
 #include <utility>
 
@@ -20,6 +16,7 @@
 #include "link/protocolo.h"
 #include "link/velocidades.h"
 #include "platform/motivos.h"
+#include "simulator/reserva.h"
 
 namespace telvane {
 
@@ -35,22 +32,12 @@ void cerrar(int& descriptor) {
     if (descriptor >= 0) ::close(std::exchange(descriptor, -1));
 }
 
-// One simulator for a link. A name of the system's own, which goes with whoever holds it, however it ends.
-int reservarNombre(const fs::path& enlace) {
+// Of the link itself, wherever it leads.
+Descriptor reservarNombre(const fs::path& enlace) {
     std::error_code error;
-    auto entero = fs::weakly_canonical(fs::absolute(enlace, error).parent_path(), error) / enlace.filename();
-    sockaddr_un direccion{};
-    direccion.sun_family = AF_UNIX;
-    const auto nombre = fmt::format("telvane-sim {:016x}", std::hash<std::string>()(entero.string()));
-    std::copy(nombre.begin(), nombre.end(), direccion.sun_path + 1);
-    const auto largo = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + nombre.size());
-    int reserva = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (reserva < 0) fallar(fmt::format("no se pudo reservar {}", enlace.string()));
-    if (::bind(reserva, reinterpret_cast<const sockaddr*>(&direccion), largo) == 0) return reserva;
-    const int motivo = errno;
-    cerrar(reserva);
-    errno = motivo;
-    if (motivo != EADDRINUSE) fallar(fmt::format("no se pudo reservar {}", enlace.string()));
+    const auto entero =
+        fs::weakly_canonical(fs::absolute(enlace, error).parent_path(), error) / enlace.filename();
+    if (auto reserva = reservar("telvane-sim", entero)) return std::move(*reserva);
     throw std::runtime_error(
         fmt::format("otro telvane-sim atiende {}: termínelo o dé otro nombre", enlace.string()));
 }
@@ -73,14 +60,12 @@ TerminalSimulado::TerminalSimulado(fs::path enlace)
     } catch (...) {
         cerrar(esclavo_);
         cerrar(maestro_);
-        cerrar(reserva_);
         throw;
     }
 }
 
 TerminalSimulado::~TerminalSimulado() {
     colgar();
-    cerrar(reserva_);
 }
 
 void TerminalSimulado::reabrir() {

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/descriptor.h"
+
 namespace telvane {
 
 // Keeps the far end open itself, so that a program that closes it does not hang the pty up. What nobody read
@@ -42,7 +44,7 @@ class TerminalSimulado {
     void enlazar();
 
     std::filesystem::path enlace_;
-    int reserva_;
+    Descriptor reserva_;
     std::string nombre_;
     int maestro_ = -1;
     int esclavo_ = -1;

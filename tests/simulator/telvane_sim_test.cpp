@@ -259,6 +259,34 @@ TEST_F(TelvaneSim, AMemoryThatIsTooLongIsRefused) {
     EXPECT_FALSE(hayEnlace(enlace));
 }
 
+TEST_F(TelvaneSim, WhatIsNoMemoryIsNotWrittenOver) {
+    const auto carta = carpeta / "carta.txt";
+    std::ofstream(carta) << "valioso";
+    EXPECT_EQ(rechazado(orden({"--memoria", carta})), 1);
+    EXPECT_THAT(queja,
+                HasSubstr("carta.txt no parece una memoria, que mide 262144 bytes o termina en .rgt: dé otro "
+                          "--memoria"));
+    EXPECT_EQ(leerTodo(carta), "valioso");
+    // A part of a download is one, and so is what is as long as one.
+    fs::rename(carta, carpeta / "a.rgt.parcial");
+    arrancar({"--memoria", carpeta / "a.rgt.parcial"});
+    std::ofstream(carpeta / "sin nombre", std::ios::binary) << std::string(kBytesMemoria, '\xFF');
+    arrancar({"--memoria", carpeta / "sin nombre"});
+}
+
+TEST_F(TelvaneSim, TwoDoNotWriteOneMemory) {
+    const auto memoria = carpeta / "m.rgt";
+    auto primero = arrancar({"--memoria", memoria});
+    fs::create_symlink("m.rgt", carpeta / "otro nombre.rgt");
+    for (const auto* nombre : {"m.rgt", "otro nombre.rgt", "./m.rgt"}) {
+        EXPECT_EQ(rechazado({TELVANE_SIM, "--enlace", carpeta / "otro", "--memoria", carpeta / nombre}), 1);
+        EXPECT_THAT(queja, HasSubstr("otro telvane-sim usa la memoria"));
+    }
+    primero->senal(SIGKILL);
+    primero->terminar();
+    arrancar({"--memoria", memoria});
+}
+
 TEST_F(TelvaneSim, TheUnpacedDownloadIsTheMemory) {
     const auto memoria = carpeta / "base.rgt";
     const auto proceso = arrancar({"--baudios", "0", "--memoria", memoria.string(), "--semilla", "42"});
