@@ -2,21 +2,18 @@
 
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <climits>
-#include <cstdint>
 
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
 #include "platform/contrasena.h"
 #include "platform/cp1252.h"
-#include "platform/guardado.h"
+#include "platform/flujos.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
 
@@ -30,16 +27,6 @@ constexpr std::string_view kBorrarLinea = "\r\x1b[K";
 // Of a terminal that does not tell its own.
 constexpr unsigned kAnchoSinDecir = 80;
 
-// How soon a signal ends the wait for a reader who takes nothing.
-constexpr int kVistazoMs = 100;
-
-// How much a descriptor that is ready takes without making its writer wait.
-std::size_t trozoDe(int descriptor) {
-    struct stat datos {};
-    const bool archivo = ::fstat(descriptor, &datos) == 0 && S_ISREG(datos.st_mode);
-    return archivo ? SIZE_MAX : std::size_t{PIPE_BUF};
-}
-
 }  // namespace
 
 Consola::Consola(EntornoConsola& entorno) : entorno_(entorno), hayTerminal_(::isatty(entorno.errores) == 1) {}
@@ -48,35 +35,14 @@ Consola::~Consola() {
     progreso("");
 }
 
-// Until the descriptor takes bytes, or refuses them; false once a signal came meanwhile. Worker threads wait
-// here as well, so the loop is not run.
-bool Consola::esperarSalida(int descriptor) const {
-    pollfd salida{descriptor, POLLOUT, 0};
-    // One that was closed at the start never becomes ready.
-    while (descriptor >= 0 && ::poll(&salida, 1, kVistazoMs) == 0) {
-        if (entorno_.senal != 0 || entorno_.senalEnEspera()) return false;
-    }
-    return true;
-}
-
-// 0, or the reason why not everything could be written: EINTR after a signal.
-int Consola::escribirTodo(int descriptor, std::string_view texto) const {
-    const auto trozo = trozoDe(descriptor);
-    while (!texto.empty()) {
-        if (!esperarSalida(descriptor)) return EINTR;
-        const auto n = ::write(descriptor, texto.data(), std::min(texto.size(), trozo));
-        if (n >= 0) {
-            texto.remove_prefix(static_cast<std::size_t>(n));
-        } else if (errno != EAGAIN && errno != EINTR) {
-            return errno;
-        }
-    }
-    return 0;
+// Worker threads write here as well, so the loop is not run while a reader is slow.
+int Consola::escribir(int descriptor, std::string_view texto) const {
+    return escribirTodo(descriptor, texto, [&] { return entorno_.senal != 0 || entorno_.senalEnEspera(); });
 }
 
 int Consola::escribirEn(int descriptor, std::string_view texto) {
     progreso("");
-    const int motivo = escribirTodo(descriptor, texto);
+    const int motivo = escribir(descriptor, texto);
     if (motivo == EINTR) interrumpir();
     return motivo;
 }
@@ -89,15 +55,13 @@ void Consola::exigirSalida() const {
 }
 
 void Consola::resultado(std::string_view texto) {
-    if (const int motivo = escribirEn(entorno_.salida, texto)) {
-        throw ErrorCli(CodigoSalida::fallo,
-                       fmt::format("no se pudo escribir en la salida: {}", motivoEscritura(motivo)));
-    }
+    if (const int motivo = escribirEn(entorno_.salida, texto))
+        throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(motivo));
 }
 
 void Consola::aviso(std::string_view linea) {
     progreso("");
-    static_cast<void>(escribirTodo(entorno_.errores, sinContrasenas(lineasSinControles(linea)) + '\n'));
+    static_cast<void>(escribir(entorno_.errores, sinContrasenas(lineasSinControles(linea)) + '\n'));
 }
 
 std::size_t Consola::ancho() const {
@@ -109,8 +73,8 @@ std::size_t Consola::ancho() const {
 
 void Consola::progreso(const std::string& linea) {
     if (!hayTerminal_ || (linea.empty() && !hayProgreso_)) return;
-    static_cast<void>(escribirTodo(entorno_.errores,
-                                   fmt::format("{}{}", kBorrarLinea, primerosCaracteres(linea, ancho()))));
+    static_cast<void>(
+        escribir(entorno_.errores, fmt::format("{}{}", kBorrarLinea, primerosCaracteres(linea, ancho()))));
     hayProgreso_ = !linea.empty();
 }
 

@@ -42,8 +42,8 @@ class Consola {
 
    private:
     void esperarEntrada();
-    bool esperarSalida(int descriptor) const;
-    int escribirTodo(int descriptor, std::string_view texto) const;
+    // 0, or the reason why not everything could be written: EINTR after a signal.
+    int escribir(int descriptor, std::string_view texto) const;
 
     EntornoConsola& entorno_;
     bool hayTerminal_;

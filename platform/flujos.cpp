@@ -1,9 +1,20 @@
 #include "platform/flujos.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
+
+#include <fmt/format.h>
+
+#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -16,6 +27,26 @@ int heredado(int descriptor) {
     return -1;
 }
 
+// How soon whoever waits for a reader that takes nothing looks up.
+constexpr int kVistazoMs = 100;
+
+// How much a descriptor that is ready takes without making its writer wait.
+std::size_t trozoDe(int descriptor) {
+    struct stat datos {};
+    const bool archivo = ::fstat(descriptor, &datos) == 0 && S_ISREG(datos.st_mode);
+    return archivo ? SIZE_MAX : std::size_t{PIPE_BUF};
+}
+
+// Until the descriptor takes bytes, or refuses them; false once the wait was ended.
+bool esperarSitio(int descriptor, const std::function<bool()>& parar) {
+    pollfd salida{descriptor, POLLOUT, 0};
+    // One that was closed at the start never becomes ready.
+    while (descriptor >= 0 && ::poll(&salida, 1, kVistazoMs) == 0) {
+        if (parar && parar()) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 FlujosHeredados flujosHeredados() {
@@ -25,6 +56,24 @@ FlujosHeredados flujosHeredados() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     return {entrada, salida, errores};
+}
+
+int escribirTodo(int descriptor, std::string_view texto, const std::function<bool()>& parar) {
+    const auto trozo = trozoDe(descriptor);
+    while (!texto.empty()) {
+        if (!esperarSitio(descriptor, parar)) return EINTR;
+        const auto n = ::write(descriptor, texto.data(), std::min(texto.size(), trozo));
+        if (n >= 0) {
+            texto.remove_prefix(static_cast<std::size_t>(n));
+        } else if (errno != EAGAIN && errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+std::string quejaDeSalida(int motivo) {
+    return fmt::format("no se pudo escribir en la salida: {}", motivoEscritura(motivo));
 }
 
 }  // namespace telvane

@@ -1,6 +1,10 @@
 // The standard streams as the process was given them.
 #pragma once
 
+#include <functional>
+#include <string>
+#include <string_view>
+
 namespace telvane {
 
 // Standard descriptors; -1 for one that was closed at the start.
@@ -14,5 +18,13 @@ struct FlujosHeredados {
 // them and with them what is meant for a terminal. From here on a reader that goes away and a file that
 // reaches the session's limit are errors of writing like any other.
 FlujosHeredados flujosHeredados();
+
+// All of the text, in pieces that a descriptor takes without making its writer wait; -1 takes none. Whoever
+// reads may be slow: meanwhile parar is asked, and its true ends the wait. 0, or an errno value: EINTR where
+// it was ended.
+int escribirTodo(int descriptor, std::string_view texto, const std::function<bool()>& parar = {});
+
+// What is told when the standard output took less than all.
+std::string quejaDeSalida(int motivo);
 
 }  // namespace telvane

@@ -20,11 +20,17 @@ constexpr const char* kVariableTema = "QT_QPA_PLATFORMTHEME";
 void alHablarQt(QtMsgType tipo, const QMessageLogContext&, const QString& texto) {
     std::fprintf(stderr, "telvane: %s\n", qUtf8Printable(texto));
     if (tipo != QtFatalMsg) return;
-    std::fputs("telvane: no se puede abrir una ventana en esta pantalla\n", stderr);
+    std::fputs(kSinPantalla, stderr);
     std::_Exit(kFallo);
 }
 
 }  // namespace
+
+bool hayPantalla() {
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return true;
+    return !qgetenv("DISPLAY").isEmpty() || !qgetenv("WAYLAND_DISPLAY").isEmpty() ||
+           !qgetenv("WAYLAND_SOCKET").isEmpty();
+}
 
 void prepararQt() {
     qInstallMessageHandler(alHablarQt);

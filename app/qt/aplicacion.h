@@ -26,6 +26,13 @@ class Aplicacion final : public QApplication {
     std::function<void(const std::string&)> alFallar_;
 };
 
+inline constexpr const char* kSinPantalla =
+    "telvane: no se puede abrir una ventana en esta pantalla. Entre en una sesión gráfica, o use "
+    "telvane-cli\n";
+// Whether the environment names a display, or whoever started us chose a platform: the toolkit says in
+// English, and at length, that there is none.
+bool hayPantalla();
+
 // Before the application exists: style, theme, and what a fatal error of the toolkit does.
 void prepararQt();
 

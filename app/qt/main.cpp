@@ -1,5 +1,4 @@
 // telvane: the window.
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -8,14 +7,25 @@
 #include "app/qt/programa.h"
 #include "platform/flujos.h"
 
+namespace {
+
+constexpr int kFallo = 1;
+
+}  // namespace
+
 int main(int argc, char** argv) {
     // Whatever the toolkit warns of must not reach the display's own connection.
-    telvane::flujosHeredados();
+    const auto flujos = telvane::flujosHeredados();
     const auto ordenes = telvane::leerOrdenes(std::vector<std::string>(argv + 1, argv + argc));
     if (!ordenes.opciones) {
-        std::fputs(ordenes.salida.c_str(), stdout);
-        std::fputs(ordenes.error.c_str(), stderr);
-        return ordenes.estado;
+        const int motivo = telvane::escribirTodo(flujos.salida, ordenes.salida);
+        const auto queja = motivo == 0 ? ordenes.error : "telvane: " + telvane::quejaDeSalida(motivo) + "\n";
+        static_cast<void>(telvane::escribirTodo(flujos.errores, queja));
+        return motivo == 0 ? ordenes.estado : kFallo;
+    }
+    if (!telvane::hayPantalla()) {
+        static_cast<void>(telvane::escribirTodo(flujos.errores, telvane::kSinPantalla));
+        return kFallo;
     }
     telvane::prepararQt();
     // The arguments were ours; the toolkit gets none.
