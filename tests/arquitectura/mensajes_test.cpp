@@ -4,6 +4,7 @@
 #include <cctype>
 #include <filesystem>
 #include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -188,6 +189,24 @@ TEST(Mensajes, EveryOneStandsInTheManual) {
         EXPECT_NE(capitulo.find(mensaje.texto), std::string::npos)
             << mensaje.archivo << " shows \"" << mensaje.texto << "\", which chapter 13 does not explain";
     }
+}
+
+// A message without a next step leaves its reader alone.
+TEST(Mensajes, EachOneHasItsNextStep) {
+    const auto manual = leerTodo(std::filesystem::path(RAIZ_PROYECTO) / "docs" / "manual.md");
+    const auto desde = manual.find("\n## 13. ");
+    std::istringstream lineas(manual.substr(desde, manual.find("\n## 14. ") - desde));
+    std::size_t cuantas = 0;
+    for (std::string linea; std::getline(lineas, linea);) {
+        if (!linea.starts_with("| ")) continue;
+        ++cuantas;
+        const auto medio = linea.find(" | ");
+        ASSERT_NE(medio, std::string::npos) << linea;
+        EXPECT_TRUE(linea.ends_with(" |")) << linea;
+        const auto que = linea.substr(medio + 3, linea.size() - medio - 5);
+        EXPECT_GT(std::ranges::count_if(que, esLetra), 4) << linea;
+    }
+    EXPECT_GT(cuantas, 100U);
 }
 
 TEST(Mensajes, TheExceptionsAreStillThere) {
