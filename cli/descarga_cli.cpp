@@ -89,8 +89,9 @@ class Descargador {
 
 void Descargador::decirAnterior() {
     if (!parcial_ || parcial_->contenido().empty()) return;
-    consola_.aviso(fmt::format("{} conserva {} bloques de una descarga anterior",
-                               nombreVisible(parcial_->ruta()), parcial_->contenido().size() / kBytesBloque));
+    const auto cuantos = parcial_->contenido().size() / kBytesBloque;
+    consola_.aviso(fmt::format("{} conserva {} bloque{} de una descarga anterior",
+                               nombreVisible(parcial_->ruta()), cuantos, cuantos == 1 ? "" : "s"));
 }
 
 // The block is on the disk before anything else is done with it.
@@ -175,8 +176,9 @@ std::exception_ptr Descargador::cotejar() const {
 
 void Descargador::decirResto() {
     if (!parcial_ || parcial_->contenido().empty()) return;
-    consola_.aviso(fmt::format("En {} quedan {} de {} bloques.", nombreVisible(parcial_->ruta()),
-                               parcial_->contenido().size() / kBytesBloque, kBloquesMemoria));
+    const auto cuantos = parcial_->contenido().size() / kBytesBloque;
+    consola_.aviso(fmt::format("En {} {} {} de {} bloques.", nombreVisible(parcial_->ruta()),
+                               cuantos == 1 ? "queda" : "quedan", cuantos, kBloquesMemoria));
 }
 
 }  // namespace

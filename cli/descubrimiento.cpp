@@ -1,5 +1,6 @@
 #include "cli/descubrimiento.h"
 
+#include <algorithm>
 #include <array>
 
 #include <fmt/format.h>
@@ -15,7 +16,9 @@ namespace {
 using nlohmann::ordered_json;
 
 // A sensor is unknown again after this: the night download, tried anew, keeps the line for itself that long.
-constexpr int kCaducaTras = 900;  // seconds
+constexpr std::chrono::seconds kCaducaTras{900};
+// One reading may be lost and another one late.
+constexpr int kLecturasQueCaducan = 3;
 
 struct Sensor {
     std::string_view miembro;  // of marcoJson
@@ -58,7 +61,7 @@ ordered_json aparato(const DatosConfig& datos, const std::string& id) {
     return json;
 }
 
-ordered_json objeto(const Sensor& sensor, const std::string& id) {
+ordered_json objeto(const Sensor& sensor, const std::string& id, std::chrono::seconds cada) {
     ordered_json json;
     json["unique_id"] = fmt::format("telvane_{}_{}", id, sensor.miembro);
     json["name"] = sensor.nombre;
@@ -67,20 +70,20 @@ ordered_json objeto(const Sensor& sensor, const std::string& id) {
     json["unit_of_measurement"] = sensor.unidad;
     if (!sensor.clase.empty()) json["device_class"] = sensor.clase;
     if (sensor.instantaneo) json["state_class"] = "measurement";
-    json["expire_after"] = kCaducaTras;
+    json["expire_after"] = std::max(kCaducaTras, kLecturasQueCaducan * cada).count();
     return json;
 }
 
 }  // namespace
 
-std::string descubrimientoJson(const DatosConfig& datos) {
+std::string descubrimientoJson(const DatosConfig& datos, std::chrono::seconds cada) {
     const auto id = identificador(datos.Nserie);
     const bool conEvaporacion = llevaEvaporacion(numeroDeSerie(datos.Nserie));
     const auto suAparato = aparato(datos, id);
     std::string lineas;
     for (const auto& sensor : kSensores) {
         if (sensor.miembro == "evaporacion" && !conEvaporacion) continue;
-        auto json = objeto(sensor, id);
+        auto json = objeto(sensor, id, cada);
         json["device"] = suAparato;
         lineas +=
             controlesEscapados(json.dump(-1, ' ', false, ordered_json::error_handler_t::replace)) + "\n";

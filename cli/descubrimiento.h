@@ -3,6 +3,7 @@
 // ("retained") by the broker under homeassistant/sensor/UNIQUE_ID/config.
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "loggerconfig/datos_config.h"
@@ -11,7 +12,7 @@ namespace telvane {
 
 // One object a line, unique_id first. Texts of the logger without control characters; ids and topics of the
 // serial number alone, letters for its digits above 9. Readings are expected under telvane/SERIE/lecturas, as
-// marcoJson writes them.
-std::string descubrimientoJson(const DatosConfig& datos);
+// marcoJson writes them, one every so many seconds.
+std::string descubrimientoJson(const DatosConfig& datos, std::chrono::seconds cada);
 
 }  // namespace telvane

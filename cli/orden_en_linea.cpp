@@ -26,28 +26,26 @@ struct OpcionesEnLinea {
 };
 
 // A broker keeps what it says: of one damaged byte there would be a second station for ever.
-void mostrarDescubrimiento(ContextoCli& contexto) {
+void mostrarDescubrimiento(ContextoCli& contexto, std::chrono::seconds cada) {
     SesionCli sesion(contexto.entorno, contexto.consola, contexto.com);
     sesion.buscar();
     const auto lectura = leerFirme(sesion.registrador(), contexto.consola, contexto.entorno.reloj, false);
-    contexto.consola.resultado(descubrimientoJson(lectura.datos));
+    contexto.consola.resultado(descubrimientoJson(lectura.datos, cada));
 }
 
 // What tells readings has nothing to say of sensors.
 void rehusarConDescubrimiento(const OpcionesEnLinea& opciones) {
-    const auto sobra = !opciones.cuenta.empty() ? "--cuenta"
-                       : !opciones.cada.empty() ? "--cada"
-                       : opciones.json          ? "--json"
-                                                : "";
+    const auto sobra = !opciones.cuenta.empty() ? "--cuenta" : opciones.json ? "--json" : "";
     if (*sobra != '\0')
         throw ErrorCli(CodigoSalida::malUso, fmt::format("--descubrimiento no da lecturas: quite {}", sobra));
 }
 
 void mostrarEnLinea(ContextoCli& contexto, const OpcionesEnLinea& opciones) {
     contexto.consola.exigirSalida();
+    const std::chrono::seconds cada(opciones.cada.empty() ? 1 : leerEntero(opciones.cada));
     if (opciones.descubrimiento) {
         rehusarConDescubrimiento(opciones);
-        mostrarDescubrimiento(contexto);
+        mostrarDescubrimiento(contexto, cada);
         return;
     }
     SesionCli sesion(contexto.entorno, contexto.consola, contexto.com);
@@ -55,7 +53,6 @@ void mostrarEnLinea(ContextoCli& contexto, const OpcionesEnLinea& opciones) {
     RegistradorCli::EnLinea enLinea(sesion.registrador());
     const bool sinFin = opciones.cuenta.empty();
     const int cuenta = leerEntero(opciones.cuenta);
-    const std::chrono::seconds cada(opciones.cada.empty() ? 1 : leerEntero(opciones.cada));
     const auto& reloj = contexto.entorno.reloj;
     auto toca = reloj.monotono();
     for (int i = 0; sinFin || i < cuenta; ++i) {

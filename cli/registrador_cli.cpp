@@ -143,7 +143,22 @@ std::uint8_t RegistradorCli::recibir(LineaRegistrador& linea, std::int32_t conta
 }
 
 DatosConfig RegistradorCli::leerConfiguracion() {
-    return Reintentos(entorno_, consola_, reintentos_).correr([&] { return leerUnaVez(); });
+    try {
+        auto datos = Reintentos(entorno_, consola_, reintentos_).correr([&] { return leerUnaVez(); });
+        conocido_ = true;
+        return datos;
+    } catch (const ErrorIntercambio& error) {
+        if (conocido_) throw;
+        throw ErrorIntercambio(error.codigo(), error.what() + otroAparato());
+    }
+}
+
+// The search stops at whatever answers with enough bytes.
+std::string RegistradorCli::otroAparato() const {
+    return fmt::format(
+        ". Si lo que hay en COM{0} es otro aparato, dé el puerto del registrador con --com {0}=DISPOSITIVO "
+        "(\"telvane-cli puertos\" los muestra)",
+        numero_);
 }
 
 DatosConfig RegistradorCli::leerUnaVez() {
@@ -263,7 +278,8 @@ void RegistradorCli::escribirSerie(const SerieEmpacada& serie, std::size_t& envi
 
 RegistradorCli::EnLinea::EnLinea(RegistradorCli& registrador)
     : linea_(registrador.entorno_, registrador.puertos_, registrador.numero_),
-      consola_(registrador.consola_) {}
+      consola_(registrador.consola_),
+      otroAparato_(registrador.otroAparato()) {}
 
 RegistradorCli::Marco RegistradorCli::EnLinea::pedir() {
     unsigned insisten = ~0u;
@@ -271,7 +287,10 @@ RegistradorCli::Marco RegistradorCli::EnLinea::pedir() {
     for (int intento = 0; intento < kIntentosMarco; ++intento) {
         const auto llegada = intentar();
         const auto que = defecto(llegada);
-        if (que.empty()) return llegada.marco;
+        if (que.empty()) {
+            otroAparato_.clear();
+            return llegada.marco;
+        }
         recibidos += llegada.bytes;
         insisten &= llegada.bytes == kBytesMarco ? canalesImposibles(llegada.marco) : 0;
         if (insisten != 0 && intento + 1 == kIntentosMarco) {
@@ -282,9 +301,11 @@ RegistradorCli::Marco RegistradorCli::EnLinea::pedir() {
         consola_.aviso(fmt::format("lectura repetida ({} desde el comienzo): {}", ++repetidas_, que));
         linea_.descartarHastaCallar(kResto, kEsperaMarco);
     }
-    if (recibidos == 0) throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde));
-    throw ErrorIntercambio(CodigoSalida::fallo,
-                           "ninguna lectura llega entera: revise el cable y el adaptador, y repita");
+    if (recibidos == 0)
+        throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde) + otroAparato_);
+    throw ErrorIntercambio(
+        CodigoSalida::fallo,
+        "ninguna lectura llega entera: revise el cable y el adaptador, y repita" + otroAparato_);
 }
 
 // What came unasked since the last frame is no part of this one. The line falls silent behind a frame: what

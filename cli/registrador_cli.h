@@ -43,6 +43,7 @@ class RegistradorCli {
 
     // Attempts beyond the first that a configuration reading has.
     void reintentos(int cuantos) { reintentos_ = cuantos; }
+    // A failure before the first one that succeeds says that another device may be on this port.
     DatosConfig leerConfiguracion();
     // What the PC's clock showed when the logger's stood as the last reading says, to half the time that the
     // reading took.
@@ -80,12 +81,14 @@ class RegistradorCli {
 
         LineaRegistrador linea_;
         Consola& consola_;
+        std::string otroAparato_;  // until a frame came whole
         std::size_t repetidas_ = 0;
         unsigned propios_ = 0;  // impossible channels that are the logger's own
     };
 
    private:
     bool sondear(int numero);
+    std::string otroAparato() const;
     DatosConfig leerUnaVez();
     void despertar();
     void recibirMemoria(LineaRegistrador& linea, const AlBloque& alBloque);
@@ -99,6 +102,7 @@ class RegistradorCli {
     Bucle::Duracion espera_ = kEspera;
     int reintentos_ = 2;
     int numero_ = 0;
+    bool conocido_ = false;  // what is on the port is a logger
     FechaHora momentoDeLectura_;
     std::size_t erroresDeLinea_ = 0;
 };

@@ -1,9 +1,11 @@
 #include "platform/destino.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/resource.h>
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -97,6 +99,13 @@ bool esPuntoDeMontaje(const fs::path& ruta) {
            (datos.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
 }
 
+// The system's own views of itself take no new file, whoever asks and whatever their permissions say.
+bool esVistaDelSistema(const fs::path& carpeta) {
+    struct statfs datos {};
+    return ::statfs(carpeta.c_str(), &datos) == 0 &&
+           (datos.f_type == PROC_SUPER_MAGIC || datos.f_type == SYSFS_MAGIC);
+}
+
 void revisarCarpeta(const Destino& destino) {
     const auto carpeta = carpetaDe(destino.ruta);
     struct stat datos {};
@@ -105,6 +114,7 @@ void revisarCarpeta(const Destino& destino) {
         fallar(errno);
     }
     if (!S_ISDIR(datos.st_mode)) fallar(ENOTDIR);
+    if (esVistaDelSistema(carpeta)) throw Fallo{"ahí el sistema no guarda archivos; dé otra carpeta"};
     exigir(::faccessat(AT_FDCWD, carpeta.c_str(), W_OK | X_OK, AT_EACCESS) == 0);
     // In a folder like /tmp only its owner may put something in a file's place.
     const auto yo = ::geteuid();

@@ -83,6 +83,14 @@ TEST_F(Archivos, ABaseFileIsANewFileUnlessSomebodySaysOtherwise) {
     EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
 }
 
+TEST_F(Archivos, WhereTheSystemKeepsNoFilesIsToldBeforeTheLoggerHearsAnything) {
+    const std::string base = carpeta / "a.rgt";
+    for (const auto* csv : {"/proc/x.csv", "/sys/x.csv"}) {
+        esperarRehusado(correr({"descargar", "--base", base, "--csv", csv}), CodigoSalida::fallo,
+                        noGuardado(csv, "ahí el sistema no guarda archivos; dé otra carpeta").what());
+    }
+}
+
 // Somebody else's download was faster.
 TEST_F(Archivos, ABaseFileThatAppearsMeanwhileStaysAndTheDownloadIsKept) {
     puertos.manipular(kPuerto, [this](const ByteSaliente& saliente) {

@@ -11,6 +11,7 @@
 namespace telvane {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
@@ -53,19 +54,19 @@ TEST_F(Descubrimiento, EachSensorIsOneLineThatNamesAMemberOfTheReadings) {
 }
 
 TEST_F(Descubrimiento, TheFirstMemberIsTheIdThatTopicsAreMadeOf) {
-    EXPECT_THAT(descubrimientoJson(datosDe("02080051", "A")),
+    EXPECT_THAT(descubrimientoJson(datosDe("02080051", "A"), 60s),
                 testing::StartsWith("{\"unique_id\":\"telvane_02080051_humedad\","));
 }
 
 TEST_F(Descubrimiento, ALoggerWithoutEvaporationHasNoSuchSensor) {
-    EXPECT_EQ(objetos(descubrimientoJson(datosDe("02080050", ""))).size(), 8U);
-    const auto otros = objetos(descubrimientoJson(datosDe("12345678", "")));
+    EXPECT_EQ(objetos(descubrimientoJson(datosDe("02080050", ""), 60s)).size(), 8U);
+    const auto otros = objetos(descubrimientoJson(datosDe("12345678", ""), 60s));
     EXPECT_EQ(otros.size(), 7U);
     EXPECT_EQ(otros.front()["device"]["name"], "Estación 12345678");
 }
 
 TEST_F(Descubrimiento, TheLoggersTextsAreTextAndNeverMore) {
-    const auto texto = descubrimientoJson(datosDe("02080050", "  A\"}\\\x1b\u0085\n#/+ ñ  "));
+    const auto texto = descubrimientoJson(datosDe("02080050", "  A\"}\\\x1b\u0085\n#/+ ñ  "), 60s);
     for (const auto& sensor : objetos(texto)) EXPECT_EQ(sensor["device"]["name"], "A\"}\\#/+ ñ");
     EXPECT_EQ(texto.find('\x1b'), std::string::npos);
     EXPECT_EQ(texto.find('\n', 0), texto.find("}\n") + 1);
@@ -73,7 +74,7 @@ TEST_F(Descubrimiento, TheLoggersTextsAreTextAndNeverMore) {
 
 // A number that was never written is made of nibbles beyond nine.
 TEST_F(Descubrimiento, ASerialNumberOfOtherDigitsGivesIdsOfLetters) {
-    for (const auto& sensor : objetos(descubrimientoJson(datosDe(":;<=>?09", "A")))) {
+    for (const auto& sensor : objetos(descubrimientoJson(datosDe(":;<=>?09", "A"), 60s))) {
         EXPECT_THAT(sensor["unique_id"].get<std::string>(), testing::StartsWith("telvane_abcdef09_"));
         EXPECT_EQ(sensor["state_topic"], "telvane/abcdef09/lecturas");
     }
@@ -92,9 +93,20 @@ TEST_F(Descubrimiento, TheReadingIsTakenTwiceAndADamagedOneDoesNotCount) {
     EXPECT_EQ(r.salida.find("telvane_02090050"), std::string::npos);
 }
 
+// Or it would be unknown between two of them.
+TEST_F(Descubrimiento, ASensorOutlivesTwoLostReadings) {
+    const auto caduca = [&](std::vector<std::string> mas) {
+        mas.insert(mas.begin(), {"en-linea", "--descubrimiento"});
+        return objetos(correr(mas).salida).at(0)["expire_after"].get<int>();
+    };
+    EXPECT_EQ(caduca({}), 900);
+    EXPECT_EQ(caduca({"--cada", "60"}), 900);
+    EXPECT_EQ(caduca({"--cada", "301"}), 903);
+    EXPECT_EQ(caduca({"--cada", "3600"}), 10800);
+}
+
 TEST_F(Descubrimiento, ReadingsAreNotCountedWhereNoneAreTaken) {
-    for (const auto& sobra :
-         std::vector<std::vector<std::string>>{{"--cuenta", "2"}, {"--cada", "1"}, {"--json"}}) {
+    for (const auto& sobra : std::vector<std::vector<std::string>>{{"--cuenta", "2"}, {"--json"}}) {
         std::vector<std::string> orden{"en-linea", "--descubrimiento"};
         orden.insert(orden.end(), sobra.begin(), sobra.end());
         const auto r = correr(orden);

@@ -196,6 +196,23 @@ TEST_F(Demorada, OnlyATimeKeepsTheLoggersDate) {
     EXPECT_LT(reloj().deDia, 10h + 6min);
 }
 
+TEST_F(Dudas, ATimeOfSingleDigitsIsATime) {
+    const auto r = correr({"configurar", "--hora", "1:2:3", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    const std::chrono::duration<double> pasado = reloj().deDia - (1h + 2min + 3s);
+    EXPECT_NEAR(pasado.count(), 0, 60);
+}
+
+TEST_F(Dudas, OneBlockIsOne) {
+    callarEn(Intercambio::descarga, kAcuses + kBytesBloque);
+    auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("a.rgt.parcial queda 1 de 4096 bloques.\n"));
+    puertos.manipular(kPuerto, {});
+    r = correr({"descargar", "--base", carpeta / "a.rgt"});
+    EXPECT_THAT(r.errores, HasSubstr("a.rgt.parcial conserva 1 bloque de una descarga anterior\n"));
+}
+
 TEST_F(Dudas, ThePcsClockIsTakenWhenItIsSent) {
     const auto r = correr({"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
@@ -316,6 +333,52 @@ TEST_F(Dudas, ADownloadsReadingIsTriedAsOftenAsTheDownload) {
     const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.errores, Not(HasSubstr("Se vuelve a empezar")));
+}
+
+// --- another device
+
+TEST_F(Dudas, WhatAnswersAndIsNoLoggerIsToldWithTheWayToNameThePort) {
+    const std::string remedio =
+        ". Si lo que hay en COM3 es otro aparato, dé el puerto del registrador con --com 3=DISPOSITIVO "
+        "(\"telvane-cli puertos\" los muestra)\n";
+    callarEn(Intercambio::lectura, 1);
+    auto r = correr({"configuracion"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("revise el cable y la alimentación, y repita" + remedio));
+    // One that never stops talking.
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio != Intercambio::reposo) efecto.bytes.assign(20, '$');
+        return efecto;
+    });
+    r = correr({"descargar", "--base", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("el registrador envió bytes de más. Revise el cable y el adaptador, y "
+                                     "repita" +
+                                     remedio));
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        return saliente.indice == 30 && saliente.numero >= kBytesMarco ? Efecto{}
+                                                                       : Efecto::pasar(saliente.byte);
+    });
+    r = correr({"en-linea", "--cuenta", "1"});
+    EXPECT_THAT(
+        r.errores,
+        HasSubstr("ninguna lectura llega entera: revise el cable y el adaptador, y repita" + remedio));
+}
+
+TEST_F(Dudas, WhatHasAnsweredAsALoggerIsOne) {
+    callarEn(Intercambio::descarga, 5000);
+    auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, Not(HasSubstr("otro aparato")));
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        return saliente.indice == 30 && saliente.numero >= 3 * kBytesMarco ? Efecto{}
+                                                                           : Efecto::pasar(saliente.byte);
+    });
+    r = correr({"en-linea", "--cuenta", "5"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("ninguna lectura llega entera"));
+    EXPECT_THAT(r.errores, Not(HasSubstr("otro aparato")));
 }
 
 // --- the serial number of a download
