@@ -96,7 +96,7 @@ void revisarTextos(const OpcionesConfigurar& opciones) {
         if (!opciones.textos[i]) continue;
         const auto& texto = *opciones.textos[i];
         exigirUso(static_cast<int>(caracteres(texto)) <= kAnchos[i],
-                  fmt::format("{}: caben {} caracteres", kCampos[i].opcion, kAnchos[i]));
+                  fmt::format("{}: caben {} caracteres: acorte el texto", kCampos[i].opcion, kAnchos[i]));
         exigirUso(sinControles(texto) == texto,
                   fmt::format("{}: hay un carácter de control o mal escrito", kCampos[i].opcion));
         const auto bytes = cp1252DeUtf8(texto);
