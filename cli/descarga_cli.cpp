@@ -176,9 +176,8 @@ std::exception_ptr Descargador::cotejar() const {
 
 void Descargador::decirResto() {
     if (!parcial_ || parcial_->contenido().empty()) return;
-    const auto cuantos = parcial_->contenido().size() / kBytesBloque;
-    consola_.aviso(fmt::format("En {} {} {} de {} bloques.", nombreVisible(parcial_->ruta()),
-                               cuantos == 1 ? "queda" : "quedan", cuantos, kBloquesMemoria));
+    consola_.aviso(fmt::format("En {} quedan {} de {} bloques.", nombreVisible(parcial_->ruta()),
+                               parcial_->contenido().size() / kBytesBloque, kBloquesMemoria));
 }
 
 }  // namespace

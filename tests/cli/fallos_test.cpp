@@ -148,7 +148,7 @@ constexpr std::array<Dicho, 6> kDichos = {{
     {"configurar", kConfiguracion, "Reloj: \"[^\n]+\" -> \"[^\n]+\"\n"},
     {"descargar", "",
      "Registrador en COM3: se lee la configuración.\nNro .{8}: se descarga la memoria.\n"
-     "(.*a.rgt.parcial conserva [0-9]+ bloques de una descarga anterior.*\n)?Archivo base: .*/a.rgt\n"},
+     "(.*a.rgt.parcial conserva [0-9]+ bloques? de una descarga anterior.*\n)?Archivo base: .*/a.rgt\n"},
 }};
 
 struct Orden {
