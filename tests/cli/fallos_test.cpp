@@ -32,7 +32,7 @@ constexpr Fin kCallado{CodigoSalida::fallo,
 constexpr Fin kInesperada{CodigoSalida::fallo, "respuesta inesperada del registrador. Revise el cable"};
 constexpr Fin kSobranBytes{CodigoSalida::fallo, "sobran bytes después de un bloque. Revise el cable"};
 constexpr Fin kErrorDePuerto{CodigoSalida::fallo, "telvane-cli: "};
-constexpr Fin kOtroNumero{CodigoSalida::fallo, "el registrador tiene ahora el número"};
+constexpr Fin kOtroNumero{CodigoSalida::fallo, "lo leído después es el número"};
 constexpr Fin kOtraLectura{CodigoSalida::hecho, "Dos lecturas de la configuración no coinciden"};
 constexpr Fin kOtroMarco{CodigoSalida::hecho, "lectura repetida (1 desde el comienzo)"};
 constexpr Fin kSeRepite{CodigoSalida::hecho, "reintentos que quedan: 1"};
