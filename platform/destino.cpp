@@ -156,9 +156,13 @@ bool esDeUnaBaseDeDatos(const fs::path& ruta) {
 // What stands there already. A file that may not be written is not replaced either, although the folder's
 // permission would allow it.
 void revisarPrevio(Destino& destino) {
+    constexpr std::string_view kDeUnaBase =
+        "ahí está un archivo histórico u otra base de datos; dé otro nombre";
     struct stat datos {};
     if (::stat(destino.ruta.c_str(), &datos) != 0) {
         exigir(errno == ENOENT);
+        // The data base would take what stands there for its own.
+        if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase)};
         return;
     }
     if (S_ISDIR(datos.st_mode)) fallar(EISDIR);
@@ -166,8 +170,7 @@ void revisarPrevio(Destino& destino) {
     if (destino.nuevo) throw Fallo{motivoEscritura(EEXIST)};
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
-    if (esDeUnaBaseDeDatos(destino.ruta))
-        throw Fallo{"ahí está un archivo histórico u otra base de datos; dé otro nombre"};
+    if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase)};
     destino.previo = datos;
 }
 

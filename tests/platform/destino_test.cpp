@@ -61,7 +61,8 @@ TEST_F(DestinoDe, ADataBaseIsNeverReplacedWhateverItsNameNorWhatStandsBesideIt) 
     std::ofstream(ruta("a.sqlite")) << "SQLite format 3" << std::string(85, '\0');
     std::ofstream(ruta("datos.csv")) << "SQLite format 3" << std::string(85, '\0');
     fs::create_symlink("a.sqlite", ruta("enlace.csv"));
-    for (const auto* nombre : {"a.sqlite", "datos.csv", "enlace.csv", "a.sqlite-wal", "a.sqlite-shm"})
+    for (const auto* nombre :
+         {"a.sqlite", "datos.csv", "enlace.csv", "a.sqlite-wal", "a.sqlite-shm", "a.sqlite-journal"})
         EXPECT_THAT(negativa(ruta(nombre)), HasSubstr("base de datos; dé otro nombre")) << nombre;
     for (const auto* nombre : {"a.csv", "b-wal", "nuevo.csv"})
         EXPECT_EQ(negativa(ruta(nombre)), "") << nombre;
