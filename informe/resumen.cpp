@@ -21,12 +21,6 @@ void agregarLinea(std::string& texto, std::string_view linea) {
     texto += '\n';
 }
 
-// Right in its column, counted in characters.
-std::string columna(std::string_view texto, std::size_t ancho) {
-    const auto largo = caracteres(texto);
-    return std::string(largo < ancho ? ancho - largo : 0, ' ') + std::string(texto);
-}
-
 std::string valor(const Cuentas* cuentas, Canal canal, bool maximo) {
     if (cuentas == nullptr || (*cuentas)[canal].valores == 0) return "-";
     const auto& c = (*cuentas)[canal];
@@ -53,15 +47,23 @@ std::string rumbo(const Cuentas* cuentas) {
     return r ? std::string(kNombresRumbo[*r]) : "-";
 }
 
-// A cell's mark stands in the blank before the next one.
+// Right in their columns, a cell's mark behind it. What is wider than its own takes from those behind it: a
+// blank always parts two.
 constexpr std::size_t kColumnas = 13;
 using Marcas = std::array<std::string_view, kColumnas>;
 std::string fila(const std::array<std::string, kColumnas>& celdas, const Marcas& marcas = {}) {
-    constexpr std::array<std::size_t, kColumnas> kAnchosDeColumna = {3, 7, 6, 7, 6, 7, 6, 6, 8, 6, 6, 7, 4};
+    constexpr std::array<std::size_t, kColumnas> kAnchosDeColumna = {3, 6, 6, 7, 6, 7, 7, 7, 8, 6, 6, 7, 4};
     std::string linea;
+    std::size_t largo = 0;
+    std::size_t hasta = 0;
     for (std::size_t i = 0; i < celdas.size(); ++i) {
-        linea += columna(celdas[i], kAnchosDeColumna[i] - (i == 0 ? 0 : marcas[i - 1].size()));
+        hasta += kAnchosDeColumna[i];
+        const auto suyo = caracteres(celdas[i]);
+        const std::size_t minimo = i == 0 || suyo == 0 ? 0 : 1;
+        const auto blancos = hasta > largo + suyo ? std::max(hasta - largo - suyo, minimo) : minimo;
+        linea += std::string(blancos, ' ') + celdas[i];
         linea += marcas[i];
+        largo += blancos + suyo + marcas[i].size();
     }
     return linea;
 }
@@ -116,15 +118,15 @@ std::string resumenDelMes(const EstacionInformada& estacion, const Informe& info
     const auto& c = mes.cuentas;
     std::string texto;
     encabezar(texto, estacion, mes);
-    agregarLinea(texto, "            Temperatura (ºC)          Grados-día  Lluvia      Viento (km/h)");
+    agregarLinea(texto, "           Temperatura (ºC)            Grados-día   Lluvia      Viento (km/h)");
     agregarLinea(texto, fila({"Día", "Media", "Máx.", "Hora", "Mín.", "Hora", "Cal.", "Refr.", "mm", "Media",
                               "Máx.", "Hora", "De"}));
-    agregarLinea(texto, std::string(79, '-'));
+    agregarLinea(texto, std::string(80, '-'));
     for (const auto& dia : clima.dias) {
         agregarLinea(texto, filaDe(std::to_string(dia.dia), dia.cuentas, opcional(dia.calefaccion),
                                    opcional(dia.refrigeracion), true, dia.lluviaConAgujeros));
     }
-    agregarLinea(texto, std::string(79, '-'));
+    agregarLinea(texto, std::string(80, '-'));
     agregarLinea(texto, filaDe("Mes", &c, numero(clima.calefaccion, 1), numero(clima.refrigeracion, 1), false,
                                mes.conAgujeros(Canal::lluvia)));
     agregarLinea(texto, "");

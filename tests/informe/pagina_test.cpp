@@ -330,6 +330,27 @@ TEST(TextoDeRegistrador, KeepsWhatPeopleWrite) {
     EXPECT_EQ(llanoDeRegistrador("a<b"), "a<b");
 }
 
+// Between the widest values too.
+TEST(Resumen, KeepsItsColumnsApart) {
+    for (const int decimas : {550, -500}) {
+        auto todas = serie(30 * 144, 10min, instante({.anio = 2018, .mes = 11, .dia = 1}));
+        for (auto& o : todas) {
+            o.medidas.temperatura = decimas;
+            o.medidas.lluvia = 80;
+        }
+        const auto informe = informeDe(todas);
+        const auto texto = resumenDelMes(estacionBuena(), informe, informe.estadistica.meses().front());
+        EXPECT_THAT(texto, testing::ContainsRegex(
+                               decimas > 0 ? "Mes +55[.]0 +55[.]0 +55[.]0 +0[.]0 +1101[.]0 +[0-9]"
+                                           : "Mes +-50[.]0 +-50[.]0 +-50[.]0 +2049[.]0 +0[.]0 +[0-9]"));
+        std::size_t desde = 0;
+        for (auto fin = texto.find('\n'); fin != std::string::npos; fin = texto.find('\n', desde)) {
+            EXPECT_LE(caracteres(std::string_view(texto).substr(desde, fin - desde)), 80U);
+            desde = fin + 1;
+        }
+    }
+}
+
 TEST(Resumen, IsNoWiderThanEightyColumns) {
     auto todas = serie(30 * 144, 10min, instante({.anio = 2018, .mes = 11, .dia = 1}));
     for (auto& o : todas) o.medidas.lluvia = 50;
