@@ -212,6 +212,15 @@ class Almacen {
     virtual void corregirEstacion(const EstacionGuardada& estacion) = 0;
     virtual void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) = 0;
 
+    // What each image is packed upon.
+    struct Eslabon {
+        Huella huella{};
+        std::optional<Huella> base;
+        std::int64_t profundidad = 0;
+    };
+    virtual std::vector<Eslabon> eslabones(IdEstacion estacion) = 0;
+    virtual void corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) = 0;
+
     // The parts of the store that are missing or not what they must be, a line each. Outside a transaction.
     virtual std::vector<std::string> partesQueFaltan() { return {}; }
     // Makes those of them anew that hold nothing that cannot be derived, and takes away what belongs to no
@@ -220,6 +229,8 @@ class Almacen {
     // What is no part of the store and stands in its tables all the same, a line each: nobody knows what it
     // does to them.
     virtual std::vector<std::string> sobras() { return {}; }
+    // Values that this program writes nowhere, a line each with what to do.
+    virtual std::vector<std::string> valoresImposibles() = 0;
     // What belongs to no station, a line each.
     virtual std::vector<std::string> sinEstacion() = 0;
     // Images of which what they hold is there, packed, and nothing else is known.
@@ -236,6 +247,10 @@ class Almacen {
     virtual std::int64_t contarSinMomento(std::string_view tabla) = 0;
     // What is wrong with the store itself, a line each.
     virtual std::vector<std::string> defectos() = 0;
+    // Records of downloads of which there is no image.
+    std::int64_t descargasPerdidas(IdEstacion estacion) {
+        return contarSinImagen("descargas", "imagen", estacion);
+    }
 
    private:
     // Rows of the station whose image, named by the column, is not there.

@@ -144,7 +144,7 @@ bool AlmacenPostgres::esDireccion(std::string_view destino) {
 AlmacenPostgres::AlmacenPostgres(const std::string& url, bool crear, std::chrono::milliseconds paciencia,
                                  std::function<void()> atender)
     : base_(url, std::move(atender)), paciencia_(paciencia) {
-    auto hay = version();
+    auto hay = versionQueHay();
     if (crear && esVieja(hay)) hay = ponerAlDia();
     exigirTablas(hay);
 }
@@ -160,14 +160,28 @@ std::int64_t AlmacenPostgres::version() {
     return r.filas() == 1 && r.entero(0, 0) > 0 ? r.entero(0, 0) : kNoLoDice;
 }
 
+std::int64_t AlmacenPostgres::versionQueHay() {
+    const Transaccion transaccion(*this, Modo::lectura);
+    return version();
+}
+
+// How long this transaction waits for whoever holds a table.
+std::string AlmacenPostgres::esperaDe() const {
+    return fmt::format("SET LOCAL lock_timeout={}", paciencia_.count());
+}
+
 std::int64_t AlmacenPostgres::ponerAlDia() {
     base_.ejecutar("BEGIN");
     try {
         // Two may begin at once: the second finds it done.
-        base_.ejecutar(
-            fmt::format("SET LOCAL lock_timeout={}; SELECT pg_advisory_xact_lock(hashtext('telvane'))",
-                        paciencia_.count()));
+        base_.ejecutar(esperaDe() + "; SELECT pg_advisory_xact_lock(hashtext('telvane'))");
         if (const auto desde = version(); esVieja(desde)) {
+            // What every version had: without it there is nothing to begin with.
+            const auto faltas = desde == kSinTablas
+                                    ? std::vector<Falta>()
+                                    : faltasDe(leerTablas(esquema_postgres::kTablas), tablas());
+            if (!faltas.empty())
+                throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(faltas.front()), kRecuperar));
             if (desde == kSinTablas) {
                 if (base_.consultar("SELECT to_regnamespace('telvane') IS NULL").logico(0, 0))
                     base_.ejecutar("CREATE SCHEMA telvane");
@@ -186,7 +200,7 @@ std::int64_t AlmacenPostgres::ponerAlDia() {
         abandonar();
         throw;
     }
-    return version();
+    return versionQueHay();
 }
 
 void AlmacenPostgres::exigirTablas(std::int64_t cual) const {
@@ -214,11 +228,11 @@ void AlmacenPostgres::exigirTablas(std::int64_t cual) const {
 }
 
 void AlmacenPostgres::empezar(Modo modo) {
-    const auto sql = modo == Modo::lectura ? std::string("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY")
-                                           : fmt::format(
-                                                 "BEGIN; SET LOCAL lock_timeout={}; "
-                                                 "LOCK TABLE telvane.estaciones IN SHARE ROW EXCLUSIVE MODE",
-                                                 paciencia_.count());
+    // Somebody may hold the tables for himself alone: who reads waits no longer than who writes.
+    const auto sql =
+        modo == Modo::lectura
+            ? "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; " + esperaDe()
+            : "BEGIN; " + esperaDe() + "; LOCK TABLE telvane.estaciones IN SHARE ROW EXCLUSIVE MODE";
     if (base_.viva()) {
         try {
             base_.ejecutar(sql);
@@ -319,7 +333,9 @@ std::map<IdEstacion, std::vector<Llegada>> AlmacenPostgres::ultimas(std::size_t 
     for (int i = 0; i < r.filas(); ++i) {
         auto& suyas = ultimas[static_cast<IdEstacion>(r.entero(i, kIdEstacion))];
         auto& llegada = suyas.emplace_back(Llegada{.imagen = fichaEn(r, i), .descarga = {}});
-        if (!r.esNulo(i, kTrasLaFicha)) llegada.descarga = descargaEn(r, i, kTrasLaFicha);
+        if (r.esNulo(i, kTrasLaFicha)) continue;
+        if (auto ficha = descargaEn(r, i, kTrasLaFicha); ficha.tieneMomento())
+            llegada.descarga = std::move(ficha);
     }
     return ultimas;
 }
@@ -395,7 +411,10 @@ AlmacenPostgres::Descargas AlmacenPostgres::descargasCon(const std::string& cond
             condicion,
         parametros);
     Descargas lista;
-    for (int i = 0; i < r.filas(); ++i) lista.emplace_back(arregloEn<32>(r, i, 0), descargaEn(r, i, 1));
+    for (int i = 0; i < r.filas(); ++i) {
+        if (auto ficha = descargaEn(r, i, 1); ficha.tieneMomento())
+            lista.emplace_back(arregloEn<32>(r, i, 0), std::move(ficha));
+    }
     return lista;
 }
 AlmacenPostgres::Descargas AlmacenPostgres::descargas(IdEstacion estacion) {
@@ -706,7 +725,7 @@ bool seRepone(const Falta& falta) {
 }  // namespace
 
 std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
-    base_.ejecutar("BEGIN");
+    base_.ejecutar("BEGIN; " + esperaDe());
     std::vector<std::string> lista;
     try {
         for (const auto& falta : faltasDe(tablasDebidas(), tablas()))
@@ -818,6 +837,23 @@ void AlmacenPostgres::reponerTablas() {
     }
 }
 
+namespace {
+
+constexpr Dialecto kDialecto{
+    .prefijo = "telvane.",
+    .delTipo =
+        [](const Columna& columna) {
+            // The logger and we count whole seconds.
+            return columna.tipo.starts_with("timestamp")
+                       ? fmt::format("isfinite({0}) AND date_trunc('second',{0})={0}", columna.nombre)
+                       : std::string("true");
+        },
+    .momento = [](std::int64_t segundos) { return fmt::format("to_timestamp({})", segundos); },
+    .no = "false",
+    .si = "true"};
+
+}  // namespace
+
 void AlmacenPostgres::reponer() {
     Transaccion transaccion(*this, Modo::escritura);
     reponerTablas();
@@ -825,11 +861,47 @@ void AlmacenPostgres::reponer() {
         if (parte.clase == "VIEW") base_.ejecutar("DROP VIEW IF EXISTS telvane." + parte.nombre);
         base_.ejecutar(parte.sql);
     }
+    const auto deben = tablasDebidas();
+    // What a record of a download says that cannot be is known to nobody.
+    base_.ejecutar("DELETE FROM telvane.descargas WHERE " +
+                   filasImposibles(*buscarTabla(deben, "descargas"), kDialecto));
     base_.ejecutar(
         "DELETE FROM telvane.muestras WHERE estacion NOT IN (SELECT id FROM telvane.estaciones);"
+        "DELETE FROM telvane.descargas d WHERE NOT EXISTS (SELECT 1 FROM telvane.imagenes i WHERE "
+        "i.estacion=d.estacion AND i.huella=d.imagen) AND NOT EXISTS (SELECT 1 FROM telvane.contenidos c "
+        "WHERE "
+        "c.estacion=d.estacion AND c.huella=d.imagen);"
         "DELETE FROM telvane.testigos t WHERE estacion NOT IN (SELECT id FROM telvane.estaciones) OR NOT "
         "EXISTS (SELECT 1 FROM telvane.imagenes i WHERE i.estacion=t.estacion AND i.huella=t.imagen)");
     transaccion.confirmar();
+}
+
+std::vector<std::string> AlmacenPostgres::valoresImposibles() {
+    std::vector<std::string> lista;
+    for (const auto& tabla : tablasDebidas()) {
+        const auto r = base_.consultar(contarImposibles(tabla, kDialecto));
+        for (std::size_t i = 0; i < tabla.columnas.size(); ++i) {
+            if (const auto cuantos = r.entero(0, static_cast<int>(i)); cuantos > 0)
+                lista.push_back(avisoDeImposibles(tabla.nombre, tabla.columnas[i], cuantos));
+        }
+    }
+    return lista;
+}
+
+std::vector<Almacen::Eslabon> AlmacenPostgres::eslabones(IdEstacion estacion) {
+    const auto r =
+        base_.consultar("SELECT huella,base,profundidad::bigint FROM telvane.contenidos WHERE estacion=$1",
+                        Parametros().entero(estacion));
+    return deCadaFila(r, [&](int i) {
+        Eslabon eslabon{.huella = arregloEn<32>(r, i, 0), .base = {}, .profundidad = r.entero(i, 2)};
+        if (!r.esNulo(i, 1)) eslabon.base = arregloEn<32>(r, i, 1);
+        return eslabon;
+    });
+}
+void AlmacenPostgres::corregirProfundidad(IdEstacion estacion, const Huella& huella,
+                                          std::int64_t profundidad) {
+    base_.consultar("UPDATE telvane.contenidos SET profundidad=$3 WHERE estacion=$1 AND huella=$2",
+                    Parametros().entero(estacion).bytes(huella).entero(profundidad));
 }
 
 std::vector<std::string> AlmacenPostgres::sinEstacion() {

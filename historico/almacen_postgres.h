@@ -58,6 +58,9 @@ class AlmacenPostgres final : public Almacen {
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
     std::vector<std::string> sobras() override;
+    std::vector<Eslabon> eslabones(IdEstacion estacion) override;
+    void corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) override;
+    std::vector<std::string> valoresImposibles() override;
     std::vector<std::string> sinEstacion() override;
     Perdidas perdidas(IdEstacion estacion) override;
     std::int64_t contarSinMomento(std::string_view tabla) override;
@@ -86,6 +89,8 @@ class AlmacenPostgres final : public Almacen {
     static constexpr std::int64_t kNoLoDice = -1;
     // Or one of these two.
     std::int64_t version();
+    std::int64_t versionQueHay();
+    std::string esperaDe() const;
     // Makes the tables, or of an older version's those of now.
     std::int64_t ponerAlDia();
     void exigirTablas(std::int64_t cual) const;

@@ -275,6 +275,9 @@ void AlmacenSqlite::crearTablas() {
 }
 
 void AlmacenSqlite::migrar(std::int64_t desde) {
+    // What every version had: without it there is nothing to begin with.
+    if (const auto faltas = faltasDe(leerTablas(esquema::kTablas), tablas()); !faltas.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(faltas.front()), kRecuperar));
     const auto copia = fmt::format("{}.version{}", std::filesystem::absolute(base_.ruta()).string(), desde);
     std::error_code sinMotivo;
     std::filesystem::remove(copia, sinMotivo);
@@ -447,7 +450,10 @@ void AlmacenSqlite::agregarImagen(IdEstacion estacion, const FichaImagen& f, con
 
 AlmacenSqlite::Descargas AlmacenSqlite::leerDescargas(Sentencia& s) {
     Descargas lista;
-    s.correr([&] { lista.emplace_back(huellaEn(s, 0), descargaEn(s, 1)); });
+    s.correr([&] {
+        if (auto ficha = descargaEn(s, 1); ficha.tieneMomento())
+            lista.emplace_back(huellaEn(s, 0), std::move(ficha));
+    });
     return lista;
 }
 std::map<IdEstacion, std::vector<Llegada>> AlmacenSqlite::ultimas(std::size_t cuantas) {
@@ -462,7 +468,9 @@ std::map<IdEstacion, std::vector<Llegada>> AlmacenSqlite::ultimas(std::size_t cu
             s.poner(1, estacion).poner(2, static_cast<std::int64_t>(cuantas));
             s.correr([&] {
                 auto& llegada = suyas.emplace_back(Llegada{.imagen = fichaEn(s), .descarga = {}});
-                if (!s.esNulo(kTrasLaFicha)) llegada.descarga = descargaEn(s, kTrasLaFicha);
+                if (s.esNulo(kTrasLaFicha)) return;
+                if (auto ficha = descargaEn(s, kTrasLaFicha); ficha.tieneMomento())
+                    llegada.descarga = std::move(ficha);
             });
         };
         leer(sentencia(kUltimasPorReloj).poner(3, seconds(limites_aviso::kRelojFuturo).count()));
@@ -627,7 +635,9 @@ void AlmacenSqlite::agregarTestigos(IdEstacion estacion, std::span<const Testigo
 void AlmacenSqlite::vaciarDerivado(IdEstacion estacion) {
     sentencia("DELETE FROM muestras WHERE estacion=?1").poner(1, estacion).correr();
     sentencia("DELETE FROM testigos WHERE estacion=?1").poner(1, estacion).correr();
-    sentencia("UPDATE imagenes SET contenida=0 WHERE estacion=?1 AND contenida").poner(1, estacion).correr();
+    sentencia("UPDATE imagenes SET contenida=0 WHERE estacion=?1 AND contenida IS NOT 0")
+        .poner(1, estacion)
+        .correr();
 }
 
 void AlmacenSqlite::corregirEstacion(const EstacionGuardada& e) {
@@ -774,9 +784,61 @@ void AlmacenSqlite::reponerTablas() {
     }
 }
 
+namespace {
+
+constexpr Dialecto kDialecto{.prefijo = "",
+                             .delTipo =
+                                 [](const Columna& columna) {
+                                     const auto* clase = columna.tipo == "INTEGER" ? "integer"
+                                                         : columna.tipo == "TEXT"  ? "text"
+                                                                                   : "blob";
+                                     return fmt::format("typeof({}) IN ('{}'{})", columna.nombre, clase,
+                                                        columna.obligatoria ? "" : ",'null'");
+                                 },
+                             .momento = [](std::int64_t segundos) { return std::to_string(segundos); },
+                             .no = "0",
+                             .si = "1"};
+
+}  // namespace
+
+std::vector<std::string> AlmacenSqlite::valoresImposibles() {
+    std::vector<std::string> lista;
+    for (const auto& tabla : tablasDebidas()) {
+        Sentencia s(base_, contarImposibles(tabla, kDialecto));
+        s.correr([&] {
+            for (std::size_t i = 0; i < tabla.columnas.size(); ++i) {
+                if (const auto cuantos = s.entero(static_cast<int>(i)); cuantos > 0)
+                    lista.push_back(avisoDeImposibles(tabla.nombre, tabla.columnas[i], cuantos));
+            }
+        });
+    }
+    return lista;
+}
+
+// A value of another kind becomes what it was read as. What a record of a download says that cannot be is
+// known to nobody.
+void AlmacenSqlite::reponerValores() {
+    for (const auto& tabla : tablasDebidas()) {
+        if (seObtiene(tabla.nombre)) continue;
+        for (const auto& columna : tabla.columnas) {
+            base_.ejecutar(fmt::format("UPDATE OR IGNORE {0} SET {1}=CAST({1} AS {2}) WHERE NOT ({3})",
+                                       tabla.nombre, columna.nombre, columna.tipo,
+                                       kDialecto.delTipo(columna)));
+        }
+        if (tabla.nombre == "descargas")
+            base_.ejecutar("DELETE FROM descargas WHERE " + filasImposibles(tabla, kDialecto));
+    }
+    base_.ejecutar(
+        "DELETE FROM descargas WHERE NOT EXISTS (SELECT 1 FROM imagenes i WHERE "
+        "i.estacion=descargas.estacion AND "
+        "i.huella=descargas.imagen) AND NOT EXISTS (SELECT 1 FROM contenidos c WHERE "
+        "c.estacion=descargas.estacion AND c.huella=descargas.imagen)");
+}
+
 void AlmacenSqlite::reponer() {
     Transaccion transaccion(*this, Modo::escritura);
     reponerTablas();
+    reponerValores();
     for (const auto& parte : partesPorReponer()) {
         base_.ejecutar(fmt::format("DROP {} IF EXISTS {}", parte.clase, parte.nombre));
         base_.ejecutar(parte.sql);
@@ -786,6 +848,23 @@ void AlmacenSqlite::reponer() {
         "DELETE FROM testigos WHERE estacion NOT IN (SELECT id FROM estaciones) OR NOT EXISTS (SELECT 1 FROM "
         "imagenes i WHERE i.estacion=testigos.estacion AND i.huella=testigos.imagen)");
     transaccion.confirmar();
+}
+
+std::vector<Almacen::Eslabon> AlmacenSqlite::eslabones(IdEstacion estacion) {
+    std::vector<Eslabon> lista;
+    auto& s = sentencia("SELECT huella,base,profundidad FROM contenidos WHERE estacion=?1");
+    s.poner(1, estacion).correr([&] {
+        lista.push_back({.huella = huellaEn(s, 0), .base = {}, .profundidad = s.entero(2)});
+        if (!s.esNulo(1)) lista.back().base = huellaEn(s, 1);
+    });
+    return lista;
+}
+void AlmacenSqlite::corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) {
+    sentencia("UPDATE contenidos SET profundidad=?3 WHERE estacion=?1 AND huella=?2")
+        .poner(1, estacion)
+        .poner(2, std::span(huella))
+        .poner(3, profundidad)
+        .correr();
 }
 
 std::vector<std::string> AlmacenSqlite::sinEstacion() {

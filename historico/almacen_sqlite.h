@@ -75,6 +75,9 @@ class AlmacenSqlite final : public Almacen {
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
     std::vector<std::string> sobras() override;
+    std::vector<Eslabon> eslabones(IdEstacion estacion) override;
+    void corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) override;
+    std::vector<std::string> valoresImposibles() override;
     std::vector<std::string> sinEstacion() override;
     Perdidas perdidas(IdEstacion estacion) override;
     std::int64_t contarSinMomento(std::string_view tabla) override;
@@ -98,6 +101,7 @@ class AlmacenSqlite final : public Almacen {
     Tablas tablasDebidas() const;
     std::vector<std::string> objetosAjenos(const Tablas& deben) const;
     void reponerTablas();
+    void reponerValores();
     bool deNadie();
     void prepararEscritura(bool crear);
     void crearTablas();

@@ -90,16 +90,16 @@ std::vector<FichaImagen> fichasDeNuevo(Almacen& almacen, IdEstacion estacion, Im
     return fichas;
 }
 
-// Refuses the image of another logger that carries the same serial number.
-void exigirQueConcuerde(Almacen& almacen, const EstacionGuardada& estacion, const ImagenNueva& imagen,
-                        Imagenes& imagenes) {
-    if (!estacion.resumen.masNueva || imagen.filas.empty()) return;
+// Whether it looks like the image of another logger that carries the same serial number.
+bool contradice(Almacen& almacen, const EstacionGuardada& estacion, const ImagenNueva& imagen,
+                Imagenes& imagenes) {
+    if (!estacion.resumen.masNueva || imagen.filas.empty()) return false;
     const auto tratoCon = [&](const Huella& huella) {
         const auto* bytes = imagenes.siSeLee(huella);
         return bytes ? comparar(imagen.bytes, *bytes) : Trato::ajenas;
     };
     // Every night but the strangest ends here.
-    if (tratoCon(*estacion.resumen.masNueva) == Trato::concuerdan) return;
+    if (tratoCon(*estacion.resumen.masNueva) == Trato::concuerdan) return false;
     bool discrepa = false;
     auto fichas = almacen.fichas(estacion.id);
     std::ranges::reverse(fichas);
@@ -109,10 +109,15 @@ void exigirQueConcuerde(Almacen& almacen, const EstacionGuardada& estacion, cons
             ficha.desde && *ficha.desde <= *imagen.ficha.hasta && *ficha.hasta >= *imagen.ficha.desde;
         if (!seCruzan) continue;
         const auto trato = tratoCon(ficha.huella);
-        if (trato == Trato::concuerdan) return;
+        if (trato == Trato::concuerdan) return false;
         discrepa = discrepa || trato == Trato::discrepan;
     }
-    if (!discrepa) return;
+    return discrepa;
+}
+
+void exigirQueConcuerde(Almacen& almacen, const EstacionGuardada& estacion, const ImagenNueva& imagen,
+                        Imagenes& imagenes) {
+    if (!contradice(almacen, estacion, imagen, imagenes)) return;
     throw ErrorImagen(
         fmt::format("contradice lo que hay de la estación {}: parece de otro registrador con el mismo número "
                     "de serie; si lo "
@@ -222,6 +227,7 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
 
 std::vector<std::string> Archivo::rehacer(const std::function<void()>& alAvanzar) {
     almacen_.reponer();
+    corregirProfundidades();
     auto fallos = almacen_.sinEstacion();
     std::ranges::move(almacen_.sobras(), std::back_inserter(fallos));
     for (const auto& estacion : Lectura(almacen_).estaciones()) {
@@ -234,6 +240,15 @@ std::vector<std::string> Archivo::rehacer(const std::function<void()>& alAvanzar
         }
     }
     return fallos;
+}
+
+void Archivo::corregirProfundidades() {
+    Transaccion transaccion(almacen_, Almacen::Modo::escritura);
+    for (const auto& estacion : almacen_.estaciones()) {
+        for (const auto& mal : profundidadesPorCorregir(almacen_, estacion.id))
+            almacen_.corregirProfundidad(estacion.id, mal.huella, mal.profundidad);
+    }
+    transaccion.confirmar();
 }
 
 bool Archivo::rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar) {
@@ -279,7 +294,8 @@ Archivo::Copia Archivo::copiarDe(Archivo& otro, const std::optional<std::string>
             alAvanzar();
             if (tiene(origen.nombre, ficha.huella)) continue;
             try {
-                copiarUna(origen, ficha, suyas.bytes(ficha.huella));
+                if (copiarUna(origen, ficha, suyas.bytes(ficha.huella)))
+                    copia.contradichas.insert(origen.nombre);
                 ++copia.copiadas;
             } catch (const ErrorImagen& error) {
                 copia.fallos.push_back(fmt::format("estación {}: {}", origen.nombre, error.what()));
@@ -338,14 +354,16 @@ bool Archivo::tiene(const std::string& nombre, const Huella& huella) {
 }
 
 // An archive's word is taken for whose image it is.
-void Archivo::copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes) {
+bool Archivo::copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes) {
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     auto estacion = buscarOCrear(almacen_, origen.nombre, origen.serie);
-    if (almacen_.ficha(estacion.id, ficha.huella)) return;
+    if (almacen_.ficha(estacion.id, ficha.huella)) return false;
     ImagenNueva imagen(bytes, ficha.huella, ficha.incorporada, ficha.origen);
     Imagenes imagenes(almacen_, estacion.id);
+    const bool ajena = contradice(almacen_, estacion, imagen, imagenes);
     tomar(almacen_, estacion, imagen, imagenes);
     transaccion.confirmar();
+    return ajena;
 }
 
 std::string avisoDePerdidas(std::int64_t cuantas) {

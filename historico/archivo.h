@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,8 @@ class Archivo {
         std::size_t copiadas = 0;
         // Images that cannot be read there or are not taken here, a line each.
         std::vector<std::string> fallos;
+        // Stations whose images contradict each other as those of two loggers do.
+        std::set<std::string> contradichas = {};
     };
     Copia copiarDe(Archivo& otro, const std::optional<std::string>& cual,
                    const std::function<void()>& alAvanzar);
@@ -65,9 +68,11 @@ class Archivo {
    private:
     // False: the station does not bear its own name.
     bool rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
+    void corregirProfundidades();
     bool tiene(const std::string& nombre, const Huella& huella);
     void copiarDescargas(Archivo& otro, const EstacionGuardada& origen, Copia& copia);
-    void copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes);
+    // True: the image contradicts what was there of its station.
+    bool copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes);
 
     Almacen& almacen_;
 };

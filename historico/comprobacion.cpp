@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "historico/archivo.h"
+#include "historico/esquema.h"
 #include "historico/lectura.h"
 
 namespace telvane {
@@ -104,6 +105,7 @@ std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function
     if (!defectos.empty()) return defectos;
     Lectura lectura(almacen_);
     defectos = almacen_.sobras();
+    std::ranges::move(almacen_.valoresImposibles(), std::back_inserter(defectos));
     std::ranges::move(almacen_.sinEstacion(), std::back_inserter(defectos));
     std::ranges::move(almacen_.defectos(), std::back_inserter(defectos));
     for (const auto& [tabla, que] : kTablasConIncorporada) {
@@ -121,6 +123,12 @@ std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function
                                                lineas.size() - kMuestrasQueSeDicen));
             }
         };
+        Lineas honduras;
+        for (const auto& mal : profundidadesPorCorregir(almacen_, estacion.id)) {
+            honduras.push_back(fmt::format("la profundidad anotada de la imagen {} no es la de su cadena: {}",
+                                           textoDe(mal.huella), kReponer));
+        }
+        decir(honduras);
         Imagenes imagenes(almacen_, estacion.id);
         Lineas danadas;
         if (const auto perdidas = almacen_.imagenesPerdidas(estacion.id); perdidas > 0)
@@ -144,6 +152,10 @@ std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function
         Lineas suyos;
         if (const auto votos = almacen_.testigosPerdidos(estacion.id); votos > 0)
             suyos.push_back(fmt::format("testigos de una imagen que no está: {}", votos));
+        if (const auto fichas = almacen_.descargasPerdidas(estacion.id); fichas > 0) {
+            suyos.push_back(
+                fmt::format("fichas de descarga de una imagen que no está: {}: rehacer las quita", fichas));
+        }
         const auto debe = prueba.estacion(estacion.nombre);
         if (!debe) {
             suyos.emplace_back("no tiene ninguna imagen");

@@ -7,6 +7,9 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "historico/ficha_descarga.h"
+#include "link/protocolo.h"
+
 namespace telvane {
 
 namespace {
@@ -93,6 +96,59 @@ constexpr std::array<DeLasImagenes, 18> kDeLasImagenes = {{{"estaciones", "evapo
                                                            {"contenidos", "profundidad"},
                                                            {"muestras", "cuenta"}}};
 
+// What a column's type leaves open. {0}: the column; {1} and {2}: the first and the last moment of a
+// download; {3} and {4}: no and yes; {5}: the last port.
+struct Regla {
+    std::string_view columna;  // "table.column", or a column of any table
+    std::string_view condicion;
+};
+constexpr std::array kReglas = {
+    Regla{.columna = "huella", .condicion = "length({0})=32"},
+    Regla{.columna = "base", .condicion = "length({0})=32"},
+    Regla{.columna = "imagen", .condicion = "length({0})=32"},
+    Regla{.columna = "mas_nueva", .condicion = "length({0})=32"},
+    Regla{.columna = "registro", .condicion = "length({0})=32"},
+    Regla{.columna = "bytes", .condicion = "{0} BETWEEN 1 AND 262144"},
+    Regla{.columna = "serie", .condicion = "length({0})=8"},
+    // The two bytes of a count, and the one of some.
+    Regla{.columna = "auxiliar1", .condicion = "{0} BETWEEN 0 AND 65535"},
+    Regla{.columna = "humedad", .condicion = "{0} BETWEEN 0 AND 65535"},
+    Regla{.columna = "temperatura", .condicion = "{0} BETWEEN 0 AND 65535"},
+    Regla{.columna = "viento", .condicion = "{0} BETWEEN 0 AND 255"},
+    Regla{.columna = "velocidad", .condicion = "{0} BETWEEN 0 AND 65535"},
+    Regla{.columna = "radiacion", .condicion = "{0} BETWEEN 0 AND 65535"},
+    Regla{.columna = "presion", .condicion = "{0} BETWEEN 0 AND 65535"},
+    Regla{.columna = "lluvia", .condicion = "{0} BETWEEN 0 AND 255"},
+    Regla{.columna = "libre", .condicion = "{0} BETWEEN 0 AND 255"},
+    Regla{.columna = "auxiliar2", .condicion = "{0} BETWEEN 0 AND 65535"},
+    Regla{.columna = "muestras.evaporacion", .condicion = "{0} BETWEEN 0 AND 65535"},
+    Regla{.columna = "resto", .condicion = "length({0})<=7 AND substr({0},length({0}),1)<>x'00'"},
+    Regla{.columna = "cuenta", .condicion = "{0} IN ({3},{4})"},
+    Regla{.columna = "contenida", .condicion = "{0} IN ({3},{4})"},
+    Regla{.columna = "estaciones.evaporacion", .condicion = "{0} IN ({3},{4})"},
+    Regla{.columna = "verificada", .condicion = "{0} IN ({3},{4})"},
+    Regla{.columna = "descargada", .condicion = "{0} BETWEEN {1} AND {2}"},
+    Regla{.columna = "puerto", .condicion = "{0} BETWEEN 1 AND {5}"},
+    Regla{.columna = "reintentos", .condicion = "{0} BETWEEN 0 AND 1000000000000"},
+    Regla{.columna = "errores_de_linea", .condicion = "{0} BETWEEN 0 AND 1000000000000"},
+    Regla{.columna = "desfase_s", .condicion = "{0} BETWEEN -3162240000 AND 3162240000"}};
+
+// What must hold; "true" where anything does.
+std::string condicionDe(const Tabla& tabla, const Columna& columna, const Dialecto& dialecto) {
+    auto condicion = dialecto.delTipo(columna);
+    for (const auto& regla : kReglas) {
+        const bool suya =
+            regla.columna == columna.nombre || regla.columna == tabla.nombre + "." + columna.nombre;
+        if (!suya) continue;
+        condicion += " AND ";
+        condicion += fmt::format(fmt::runtime(regla.condicion), columna.nombre,
+                                 dialecto.momento(kPrimeraDescarga.time_since_epoch().count()),
+                                 dialecto.momento(kUltimaDescarga.time_since_epoch().count()), dialecto.no,
+                                 dialecto.si, kUltimoPuerto);
+    }
+    return condicion;
+}
+
 }  // namespace
 
 const Columna* Tabla::columna(std::string_view cual) const {
@@ -117,6 +173,8 @@ Tablas leerTablas(std::string_view sql) {
         if (!toda.starts_with(kComienzo)) continue;
         const auto abre = toda.find('(');
         auto nombre = toda.substr(kComienzo.size(), abre - kComienzo.size());
+        if (const auto blanco = nombre.rfind(' '); blanco != std::string_view::npos)
+            nombre.remove_prefix(blanco + 1);
         if (const auto punto = nombre.find('.'); punto != std::string_view::npos)
             nombre.remove_prefix(punto + 1);
         auto& tabla = tablas.emplace_back(Tabla{.nombre = std::string(nombre)});
@@ -195,6 +253,34 @@ bool seObtiene(std::string_view tabla, std::string_view columna) {
     return std::ranges::any_of(kDeLasImagenes, [&](const DeLasImagenes& una) {
         return una.tabla == tabla && una.columna == columna;
     });
+}
+
+std::string contarImposibles(const Tabla& tabla, const Dialecto& dialecto) {
+    std::string cuentas;
+    for (const auto& columna : tabla.columnas) {
+        cuentas += fmt::format("{}count(*) FILTER (WHERE NOT ({}))", cuentas.empty() ? "" : ",",
+                               condicionDe(tabla, columna, dialecto));
+    }
+    return fmt::format("SELECT {} FROM {}{}", cuentas, dialecto.prefijo, tabla.nombre);
+}
+
+std::string filasImposibles(const Tabla& tabla, const Dialecto& dialecto) {
+    std::string alguna;
+    for (const auto& columna : tabla.columnas)
+        alguna +=
+            fmt::format("{}NOT ({})", alguna.empty() ? "" : " OR ", condicionDe(tabla, columna, dialecto));
+    return alguna;
+}
+
+std::string avisoDeImposibles(std::string_view tabla, const Columna& columna, std::int64_t cuantos) {
+    const bool deDescarga = tabla == "descargas";
+    const bool seSabe = seObtiene(tabla) || seObtiene(tabla, columna.nombre);
+    return fmt::format(
+        "la tabla {} tiene en su columna {} valores que este programa no escribe: {}: {}", tabla,
+        columna.nombre, cuantos,
+        deDescarga ? "rehacer quita esas fichas de descarga; incorpore después sus .rgt con su .json otra vez"
+        : seSabe   ? kReponer
+                   : "repóngalo con rehacer; si no basta, recupere su copia");
 }
 
 std::string valorDeRelleno(std::string_view tipo) {

@@ -2,6 +2,7 @@
 // against that.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,6 +56,21 @@ std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay);
 // What the images tell again: a whole table, or a column of one.
 bool seObtiene(std::string_view tabla);
 bool seObtiene(std::string_view tabla, std::string_view columna);
+
+// How a data base writes what every value of a type satisfies, and a moment from seconds since 1970.
+struct Dialecto {
+    std::string_view prefijo;  // of a table
+    std::string (*delTipo)(const Columna& columna);
+    std::string (*momento)(std::int64_t segundos);
+    std::string_view no;
+    std::string_view si;
+};
+// One statement: how many values of each column are none that this program writes.
+std::string contarImposibles(const Tabla& tabla, const Dialecto& dialecto);
+// The rows that hold one.
+std::string filasImposibles(const Tabla& tabla, const Dialecto& dialecto);
+// What is told of them.
+std::string avisoDeImposibles(std::string_view tabla, const Columna& columna, std::int64_t cuantos);
 
 // With a value for the rows that there are, until the images have told theirs.
 std::string agregarColumna(const std::string& tabla, const Columna& columna);

@@ -101,9 +101,10 @@ CROSS JOIN LATERAL (SELECT
 WHERE m.cuenta;
 )";
 
-// What makes of an older archive the next version, in order: the first of version 1, and so on.
+// What makes of an older archive the next version, in order: the first of version 1, and so on. What is there
+// already stays: somebody may have set the number back.
 inline constexpr std::array<std::string_view, 2> kMigraciones = {R"(
-CREATE TABLE telvane.descargas(
+CREATE TABLE IF NOT EXISTS telvane.descargas(
   estacion integer NOT NULL,
   imagen bytea NOT NULL,
   descargada timestamp with time zone NOT NULL,

@@ -106,9 +106,10 @@ FROM muestras m JOIN estaciones e ON e.id = m.estacion
 WHERE m.cuenta;
 )";
 
-// What makes of an older archive the next version, in order: the first of version 1, and so on.
+// What makes of an older archive the next version, in order: the first of version 1, and so on. What is there
+// already stays: somebody may have set the number back.
 inline constexpr std::array<std::string_view, 2> kMigraciones = {R"(
-CREATE TABLE descargas(
+CREATE TABLE IF NOT EXISTS descargas(
   estacion INTEGER NOT NULL,
   imagen BLOB NOT NULL,
   descargada INTEGER NOT NULL,

@@ -9,6 +9,12 @@
 
 namespace telvane {
 
+// Of anything else nobody knows when it was.
+inline constexpr std::chrono::sys_seconds kPrimeraDescarga =
+    std::chrono::sys_days{std::chrono::year{2000} / 1 / 1};
+inline constexpr std::chrono::sys_seconds kUltimaDescarga =
+    std::chrono::sys_days{std::chrono::year{2100} / 1 / 1};
+
 struct FichaDescarga {
     std::chrono::sys_seconds descargada{};  // UTC, when its last block had come
     std::int64_t puerto = 0;                // COM number
@@ -20,6 +26,8 @@ struct FichaDescarga {
     bool verificada = false;          // read twice, with the same result
     std::int64_t reintentos = 0;      // attempts that broke off
     std::int64_t erroresDeLinea = 0;  // told by the line, over all attempts
+
+    bool tieneMomento() const { return descargada >= kPrimeraDescarga && descargada <= kUltimaDescarga; }
 
     auto operator<=>(const FichaDescarga&) const =
         default;  // NOLINT(modernize-use-nullptr): what it is made of

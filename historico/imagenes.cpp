@@ -1,6 +1,8 @@
 #include "historico/imagenes.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <utility>
 
 #include <fmt/format.h>
@@ -37,13 +39,13 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
     constexpr std::size_t kDeUnaVez = 64;
     Almacen::Cadena pila;
     const Abierta* abierta = nullptr;
+    std::set<Huella> vistas;
     for (auto cual = huella; (abierta = buscar(cual)) == nullptr;) {
         auto tramo = almacen_.cadena(estacion_, cual, pila.empty() ? 1 : kDeUnaVez);
         if (tramo.empty() || tramo.front().first != cual) throw danada("falta " + textoDe(cual));
         for (auto& [suya, guardada] : tramo) {
             if (suya != cual) break;
-            const int antes = pila.empty() ? guardada.profundidad + 1 : pila.back().second.profundidad;
-            if (guardada.profundidad >= antes) throw danada("su cadena no termina");
+            if (!vistas.insert(suya).second) throw danada("su cadena no termina");
             cual = guardada.base.value_or(Huella{});
             pila.emplace_back(suya, std::move(guardada));
         }
@@ -56,8 +58,9 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
             auto bytes = std::exchange(libre_, {});
             bytes.resize(guardada.bytes);
             descompresor_.abrir(guardada.datos, base, bytes);
-            abierta =
-                &recordar({.huella = cual, .bytes = std::move(bytes), .profundidad = guardada.profundidad});
+            // What is kept of the depth only follows from the chain.
+            const int profundidad = guardada.base ? abierta->profundidad + 1 : 0;
+            abierta = &recordar({.huella = cual, .bytes = std::move(bytes), .profundidad = profundidad});
         } catch (const ErrorCompresion& error) {
             throw danada(error.what());
         }
@@ -74,6 +77,37 @@ const std::vector<std::uint8_t>* Imagenes::siSeLee(const Huella& huella) {
     } catch (const ErrorImagen&) {
         return nullptr;
     }
+}
+
+std::vector<Almacen::Eslabon> profundidadesPorCorregir(Almacen& almacen, IdEstacion estacion) {
+    const auto eslabones = almacen.eslabones(estacion);
+    std::map<Huella, const Almacen::Eslabon*> cada;
+    for (const auto& uno : eslabones) cada.emplace(uno.huella, &uno);
+    std::map<Huella, std::int64_t> hondura;
+    std::vector<Almacen::Eslabon> mal;
+    for (const auto& uno : eslabones) {
+        std::vector<const Almacen::Eslabon*> camino;
+        std::set<Huella> vistas;
+        std::optional<std::int64_t> debajo;
+        for (const auto* este = &uno; !debajo && vistas.insert(este->huella).second;) {
+            if (const auto sabida = hondura.find(este->huella); sabida != hondura.end()) {
+                debajo = sabida->second;
+                break;
+            }
+            camino.push_back(este);
+            if (!este->base) debajo = -1;
+            const auto base = este->base ? cada.find(*este->base) : cada.end();
+            if (base == cada.end()) break;
+            este = base->second;
+        }
+        for (; debajo && !camino.empty(); camino.pop_back()) {
+            hondura.emplace(camino.back()->huella, ++*debajo);
+            if (camino.back()->profundidad == *debajo) continue;
+            mal.push_back(*camino.back());
+            mal.back().profundidad = *debajo;
+        }
+    }
+    return mal;
 }
 
 }  // namespace telvane

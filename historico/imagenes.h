@@ -45,4 +45,8 @@ class Imagenes {
     Descompresor descompresor_;
 };
 
+// Images of which another depth is kept than that of their chain, with the one that it is. Those whose chain
+// comes to no end have none.
+std::vector<Almacen::Eslabon> profundidadesPorCorregir(Almacen& almacen, IdEstacion estacion);
+
 }  // namespace telvane

@@ -41,6 +41,15 @@ void copiar(ContextoHistorico& contexto, const OpcionesCopiar& opciones) {
     Archivo suyo(*origen);
     const auto copia = Archivo(*destino).copiarDe(suyo, opciones.estacion, [&] { contexto.atender(); });
     for (const auto& fallo : copia.fallos) contexto.consola.aviso(fallo);
+    for (const auto& estacion : copia.contradichas) {
+        contexto.consola.aviso(
+            fmt::format("estación {}: las imágenes copiadas contradicen a otras suyas: parecen de dos "
+                        "registradores con el mismo "
+                        "número de serie; donde se incorporan, dé uno de ellos a otra estación con --como "
+                        "NOMBRE, y cópielos a un "
+                        "archivo nuevo",
+                        estacion));
+    }
     terminar(contexto.consola, copia.copiadas, copia.fallos.size());
 }
 

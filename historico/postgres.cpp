@@ -96,14 +96,8 @@ Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) 
             "el servidor no da permiso: pídalo para el esquema telvane a quien lo administra ({})", dicho)};
     }
     // Our own statements are right where all of it is there.
-    if (estado == "42P01")
+    if (estado == "42P01" || estado == "42703")
         return {fmt::format("le falta una parte: vea telvane-historico comprobar ({})", dicho)};
-    if (estado == "42703") {
-        return {
-            fmt::format("a una tabla le falta una columna: recupere su copia, o haga otro archivo con los "
-                        ".rgt guardados ({})",
-                        dicho)};
-    }
     if (estado == "23514") {
         return {fmt::format("a una tabla partida le falta la parte de esta estación: hágala y repita ({})",
                             dicho),
@@ -167,7 +161,7 @@ constexpr std::string_view kSinCamino =
     "no hay camino de red hasta el servidor: revise la conexión de este equipo";
 constexpr std::string_view kSinServidor =
     "nadie atiende ahí: revise la dirección y el puerto, y que el servidor esté en marcha";
-constexpr std::array<DichoAlConectar, 16> kDichosAlConectar = {
+constexpr std::array<DichoAlConectar, 19> kDichosAlConectar = {
     {{"authentication failed", kSinAcceso},
      {"no password supplied", kSinAcceso},
      {"pg_hba.conf", kSinEntrada},
@@ -175,6 +169,9 @@ constexpr std::array<DichoAlConectar, 16> kDichosAlConectar = {
      {"role \"", kSinAcceso},
      {"database \"", kSinBase},
      {"starting up", "el servidor está arrancando: repita dentro de un momento"},
+     {"shutting down", "el servidor se está deteniendo: repita cuando esté otra vez en marcha"},
+     {"recovery mode", "el servidor está arrancando: repita dentro de un momento"},
+     {"not yet accepting", "el servidor está arrancando: repita dentro de un momento"},
      {"too many clients", "el servidor no admite más conexiones por ahora: repita dentro de un momento"},
      {"could not translate host name", "no se encuentra la máquina: revise su nombre y la red"},
      {"Connection refused", kSinServidor},

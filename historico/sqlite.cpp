@@ -72,6 +72,12 @@ std::string BaseSqlite::motivo(int codigo) const {
         codigo == SQLITE_READONLY_CANTINIT) {
         return std::string(kAMedias);
     }
+    // Whoever only reads takes nothing back.
+    if (codigo == SQLITE_READONLY_ROLLBACK) {
+        return "hay a su lado un -journal: un corte dejó a medias lo que se escribía en él, y lo termina el "
+               "próximo "
+               "incorporar";
+    }
     switch (codigo & kSoloCodigo) {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
@@ -100,12 +106,7 @@ std::string BaseSqlite::motivo(int codigo) const {
             return "no es un archivo histórico de Telvane: nombre otro";
         case SQLITE_ERROR:
             // Our own statements are right where all of it is there.
-            return std::string_view(sqlite3_errmsg(base_)).find("column") == std::string_view::npos
-                       ? "le falta una parte: vea telvane-historico comprobar"
-                       : fmt::format(
-                             "a una tabla le falta una columna: recupere su copia, o haga otro archivo "
-                             "con los .rgt guardados ({})",
-                             sqlite3_errmsg(base_));
+            return "le falta una parte: vea telvane-historico comprobar";
         case SQLITE_CORRUPT:
             return "está dañado: recupere su copia, o haga otro archivo con los .rgt guardados";
         default:

@@ -90,11 +90,12 @@ bool llevaAOtraCosa(const std::string& contexto) {
 
 // Statements of a data base, and lines for a monitor.
 bool esSql(std::string_view texto) {
-    constexpr std::array<std::string_view, 24> kComienzos{
-        "ORDER BY ", "WITH RECURSIVE ", " ORDER BY ", "WHERE ",  "(to_timestamp(", "# HELP ",
-        "SELECT ",   "INSERT ",         "UPDATE ",    "DELETE ", "DROP ",          "CREATE ",
-        "BEGIN",     "COPY ",           "ROLLBACK",   "COMMIT",  "PRAGMA ",        "VACUUM ",
-        "SET ",      " AND ",           "SAVEPOINT ", "ALTER ",  "PRIMARY KEY",    "NOT NULL"};
+    constexpr std::array<std::string_view, 30> kComienzos{
+        "ORDER BY ",    "WITH RECURSIVE ", " ORDER BY ", "WHERE ",    "(to_timestamp(", "# HELP ",
+        "SELECT ",      "INSERT ",         "UPDATE ",    "DELETE ",   "DROP ",          "CREATE ",
+        "BEGIN",        "COPY ",           "ROLLBACK",   "COMMIT",    "PRAGMA ",        "VACUUM ",
+        "SET ",         " AND ",           "SAVEPOINT ", "ALTER ",    "PRIMARY KEY",    "NOT NULL",
+        "{0} BETWEEN ", "{}count(",        "length(",    "isfinite(", "; LOCK ",        "; SELECT "};
     while (texto.starts_with('\n')) texto.remove_prefix(1);
     return std::ranges::any_of(kComienzos, [&](auto comienzo) { return texto.starts_with(comienzo); });
 }
@@ -132,6 +133,9 @@ const std::set<std::string>& noSonMensajes() {
         "no password supplied",
         "permission denied for database",
         "starting up",
+        "shutting down",
+        "recovery mode",
+        "not yet accepting",
         "too many clients",
         "could not translate host name",
         "Connection refused",

@@ -731,6 +731,193 @@ TEST_F(Ordenes, WhatHangsOnTheTablesAndIsNotOursIsNamed) {
     }
 }
 
+// SQLite keeps whatever it is given in a column of numbers.
+TEST_F(Ordenes, AValueThatIsNoneOfOursIsSeenAndGoesWithRehacer) {
+    auto otra = ImagenPrueba().serie(0, 0, 50);
+    const auto a = guardar("a.rgt", otra.bytes());
+    const auto b = guardar(
+        "b.rgt", otra.reloj(kInicio + std::chrono::hours(1)).poner(5, registroDeMinuto(50, 1)).bytes());
+    ASSERT_EQ(correr({"incorporar", a, b}).codigo, 0);
+    ASSERT_EQ(correr({"comprobar"}).codigo, 0);
+    const auto exportado = correr({"exportar", "-", "--estacion", "02080050", "--todo"}).salida;
+    const auto imagenes = correr({"imagenes", "--json"}).salida;
+    for (const std::string cambio : {"muestras SET humedad=humedad+0.9",
+                                     "muestras SET hora=hora+0.5",
+                                     "muestras SET humedad=humedad+65536",
+                                     "muestras SET lluvia=lluvia+256",
+                                     "muestras SET cuenta=-1",
+                                     "muestras SET resto='x'",
+                                     "muestras SET resto=x'00'",
+                                     "muestras SET resto=zeroblob(8)",
+                                     "testigos SET ranura=ranura+0.5",
+                                     "testigos SET registro=CAST(registro||'x' AS BLOB)",
+                                     "testigos SET imagen=CAST(imagen AS TEXT)",
+                                     "estaciones SET nombre=CAST(nombre AS BLOB)",
+                                     "estaciones SET desde=desde+0.5",
+                                     "estaciones SET evaporacion=2",
+                                     "estaciones SET evaporacion='x'",
+                                     "estaciones SET serie=x'3032303830303530'",
+                                     "estaciones SET cabecera=CAST(cabecera AS TEXT)",
+                                     "imagenes SET muestras=muestras+0.4",
+                                     "imagenes SET reloj=reloj+0.5",
+                                     "imagenes SET retrocesos='x'",
+                                     "imagenes SET contenida='x'",
+                                     "imagenes SET contenida=2",
+                                     "imagenes SET origen=CAST(origen AS BLOB)",
+                                     "imagenes SET bytes=bytes+0.5",
+                                     "imagenes SET huella=CAST(huella AS TEXT)",
+                                     "contenidos SET profundidad=0.5",
+                                     "contenidos SET datos=CAST(datos AS TEXT)"}) {
+        sql("UPDATE " + cambio);
+        const auto r = correr({"comprobar"});
+        EXPECT_EQ(r.codigo, 1) << cambio;
+        EXPECT_THAT(r.salida, HasSubstr("valores que este programa no escribe")) << cambio;
+        EXPECT_EQ(correr({"rehacer"}).errores, "") << cambio;
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n") << cambio;
+        EXPECT_EQ(correr({"exportar", "-", "--estacion", "02080050", "--todo"}).salida, exportado) << cambio;
+        EXPECT_EQ(correr({"imagenes", "--json"}).salida, imagenes) << cambio;
+    }
+}
+
+// What an image is packed upon says how deep it lies.
+TEST_F(Ordenes, ADepthThatIsNotThatOfItsChainHidesNoImage) {
+    std::vector<std::string> orden{"incorporar"};
+    for (int noche = 0; noche < 5; ++noche) {
+        const auto bytes =
+            ImagenPrueba().reloj(kInicio + std::chrono::hours(noche)).serie(0, 0, 50 + noche).bytes();
+        orden.push_back(guardar("n" + std::to_string(noche) + ".rgt", bytes));
+    }
+    ASSERT_EQ(correr(orden).codigo, 0);
+    std::vector<std::string> huellas;
+    std::istringstream lineas(correr({"imagenes", "--json"}).salida);
+    for (std::string linea; std::getline(lineas, linea);)
+        huellas.push_back(nlohmann::json::parse(linea)["imagen"].get<std::string>());
+    ASSERT_EQ(huellas.size(), 5U);
+    for (const std::string cambio :
+         {"profundidad=0 WHERE profundidad=4", "profundidad=99 WHERE profundidad=4", "profundidad=-1",
+          "profundidad=7", "profundidad=5 WHERE base IS NULL", "profundidad=2 WHERE profundidad=3"}) {
+        sql("UPDATE contenidos SET " + cambio);
+        for (const auto& huella : huellas) EXPECT_EQ(correr({"imagen", huella, "-"}).codigo, 0) << cambio;
+        const auto r = correr({"comprobar"});
+        EXPECT_EQ(r.codigo, 1) << cambio;
+        EXPECT_THAT(r.salida, HasSubstr("la profundidad anotada de la imagen ")) << cambio;
+        EXPECT_EQ(correr({"rehacer"}).codigo, 0) << cambio;
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n") << cambio;
+    }
+    // Nothing tells an image that is packed upon itself.
+    sql("UPDATE contenidos SET base=(SELECT huella FROM contenidos WHERE profundidad=4) WHERE profundidad=0");
+    const auto r = correr({"comprobar"});
+    for (const auto& huella : huellas)
+        EXPECT_THAT(r.salida,
+                    HasSubstr("la imagen " + huella + " está dañada en el archivo: su cadena no termina"));
+    EXPECT_EQ(correr({"rehacer"}).codigo, 1);
+}
+
+TEST_F(Ordenes, ADownloadsRecordThatCannotBeIsSeenAndComesAgainWithItsImage) {
+    const auto base = imagen();
+    std::ofstream(carpeta / "a.json") << fichaCon("-75");
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    const auto imagenes = correr({"imagenes"}).salida;
+    ASSERT_EQ(correr({"comprobar"}).codigo, 0);
+    for (const std::string cambio :
+         {"UPDATE descargas SET puerto=99", "UPDATE descargas SET verificada=7",
+          "UPDATE descargas SET reintentos=-5", "UPDATE descargas SET descargada=-999999999999",
+          "UPDATE descargas SET descargada='x'", "UPDATE descargas SET desfase_s=1e30",
+          "INSERT INTO descargas SELECT estacion,zeroblob(32),descargada,puerto,dispositivo,NULL,0,0,0 FROM "
+          "descargas"}) {
+        sql(cambio);
+        const auto r = correr({"comprobar"});
+        EXPECT_EQ(r.codigo, 1) << cambio;
+        EXPECT_THAT(r.salida, HasSubstr("rehacer ")) << cambio;
+        const auto aun = correr({"imagenes"}).salida + correr({"estado"}).salida;
+        EXPECT_THAT(aun, testing::Not(HasSubstr("descargada -"))) << cambio;
+        EXPECT_EQ(correr({"rehacer"}).codigo, 0) << cambio;
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n") << cambio;
+        EXPECT_EQ(correr({"incorporar", base}).codigo, 0) << cambio;
+        EXPECT_EQ(correr({"imagenes"}).salida, imagenes) << cambio;
+    }
+}
+
+TEST_F(Ordenes, AJournalBesideAnArchiveIsToldAsWhatItIs) {
+    const auto base = imagen();
+    const auto leen = [&](const std::string& cual) {
+        for (const auto& orden :
+             {std::vector<std::string>{"estado"}, {"comprobar"}, {"copiar", "--a", carpeta / "c"}}) {
+            const auto r = correr(orden);
+            EXPECT_EQ(r.codigo, 1) << cual << orden[0];
+            EXPECT_THAT(r.errores, HasSubstr("hay a su lado un -journal")) << cual << orden[0];
+        }
+        EXPECT_EQ(correr({"incorporar", base}).codigo, 0) << cual;
+        EXPECT_EQ(correr({"comprobar"}).codigo, 0) << cual;
+    };
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    guardar("h.sqlite-journal", {'h', 'o', 'l', 'a'});
+    leen("another file");
+    // As a machine leaves it that loses its power while the first table is made.
+    std::filesystem::remove(archivo());
+    std::filesystem::remove(archivo() + "-wal");
+    std::filesystem::remove(archivo() + "-shm");
+    sql("PRAGMA user_version=0; VACUUM");
+    guardar("h.sqlite-journal", {'h', 'o', 'l', 'a'});
+    leen("half made");
+}
+
+TEST_F(Ordenes, NoOutputTakesTheNameOfAFileThatTheArchiveMakesBesideItself) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    const auto huella =
+        nlohmann::json::parse(correr({"imagenes", "--json"}).salida)["imagen"].get<std::string>();
+    for (const std::string sufijo : {"-journal", "-wal", "-shm"}) {
+        const auto salida = archivo() + sufijo;
+        std::filesystem::remove(salida);
+        for (const auto& orden : {std::vector<std::string>{"imagen", huella, salida},
+                                  {"exportar", salida, "--estacion", "02080050"},
+                                  {"informe", salida, "--estacion", "02080050"},
+                                  {"informe", salida, "--imagen", carpeta / "a.rgt"},
+                                  {"estado", "--prometheus", salida}}) {
+            EXPECT_NE(correr(orden).codigo, 0) << orden[0] << sufijo;
+            if (sufijo == "-journal") {
+                EXPECT_FALSE(std::filesystem::exists(salida)) << orden[0];
+            }
+        }
+    }
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+}
+
+TEST_F(Ordenes, AVersionThatWasSetBackIsPutRightByTheNextImage) {
+    const auto base = imagen();
+    for (const auto* version : {"1", "2"}) {
+        ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+        sql(std::string("PRAGMA user_version=") + version);
+        EXPECT_THAT(correr({"comprobar"}).errores, HasSubstr("la pone al día el próximo incorporar"));
+        EXPECT_EQ(correr({"incorporar", base}).errores, "");
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    }
+    sql("PRAGMA user_version=1; DROP TABLE contenidos");
+    EXPECT_THAT(
+        correr({"incorporar", base}).errores,
+        HasSubstr(
+            "falta la tabla contenidos: recupere su copia, o haga otro archivo con los .rgt guardados"));
+}
+
+TEST_F(Ordenes, ACopyThatBringsTwoLoggersOfOneNumberTogetherSaysSo) {
+    auto ajena = ImagenPrueba();
+    for (std::size_t i = 0; i < 50; ++i) ajena.poner(i, registroDeMinuto(static_cast<int>(i) * 10, 7));
+    const std::string otro = carpeta / "otro.sqlite";
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    ASSERT_EQ(correr({"--en", otro, "incorporar", guardar("o.rgt", ajena.bytes())}).codigo, 0);
+    auto r = correr({"copiar", "--a", otro});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_THAT(r.errores,
+                HasSubstr("estación 02080050: las imágenes copiadas contradicen a otras suyas: parecen de "
+                          "dos registradores con el mismo número de serie"));
+    EXPECT_THAT(r.errores, HasSubstr("--como NOMBRE"));
+    // Of what agrees nothing is said.
+    ASSERT_EQ(correr({"incorporar", guardar("b.rgt", ImagenPrueba().serie(0, 0, 60).bytes())}).codigo, 0);
+    r = correr({"copiar", "--a", carpeta / "tercero.sqlite"});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_EQ(r.errores, "");
+}
+
 // What the samples came from may be lost; they themselves are not thrown after it.
 TEST_F(Ordenes, ImagesOfWhichOnlyTheContentsAreLeftAreToldAndComeBack) {
     const auto base = imagen();
@@ -755,15 +942,16 @@ TEST_F(Ordenes, ImagesOfWhichOnlyTheContentsAreLeftAreToldAndComeBack) {
     EXPECT_THAT(correr({"estado"}).salida, HasSubstr("Muestras:    60"));
 }
 
-TEST_F(Ordenes, ATableThatLacksAColumnIsToldWithWhatToDo) {
+TEST_F(Ordenes, ATableThatLacksAColumnSendsToTheCheckWhichKnowsWhatToDo) {
     const auto base = imagen();
     ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
     sql("ALTER TABLE imagenes DROP COLUMN retrocesos");
-    for (const auto& orden : {std::vector<std::string>{"comprobar"}, {"rehacer"}, {"incorporar", base}}) {
-        const auto r = correr(orden);
-        EXPECT_EQ(r.codigo, 1) << orden[0];
-        EXPECT_THAT(r.errores, HasSubstr("a una tabla le falta una columna: recupere su copia")) << orden[0];
-    }
+    EXPECT_THAT(correr({"incorporar", base}).errores,
+                HasSubstr("le falta una parte: vea telvane-historico comprobar"));
+    EXPECT_THAT(correr({"comprobar"}).salida,
+                HasSubstr("le falta la columna retrocesos: repóngalo con rehacer"));
+    EXPECT_EQ(correr({"rehacer"}).codigo, 0);
+    EXPECT_EQ(correr({"incorporar", base}).codigo, 0);
 }
 
 TEST_F(Ordenes, VotesOfAnImageThatIsNotThereAreTold) {

@@ -91,6 +91,53 @@ TEST(Servidor, PostgresqlThatAnotherWritesToIsWaitedForAndTold) {
     EXPECT_EQ(incorporar(otra, 10).nuevas, 10);
 }
 
+// As whoever administers the server does while changing a table.
+TEST(Servidor, PostgresqlThatAnotherHoldsForHimselfIsWaitedForNoLongerByReaders) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("cerrada");
+    AlmacenPostgres almacen(url, true, std::chrono::milliseconds(50));
+    incorporar(almacen, 10);
+    BasePostgres otro(url);
+    for (const std::string tabla : {"estaciones", "muestras", "esquema"}) {
+        otro.ejecutar("BEGIN; LOCK TABLE telvane." + tabla + " IN ACCESS EXCLUSIVE MODE");
+        EXPECT_THAT(motivoDe([&] {
+                        AlmacenPostgres lector(url, false, std::chrono::milliseconds(50));
+                        retrato(lector);
+                    }),
+                    HasSubstr("otro programa escribe en él: repita cuando termine"))
+            << tabla;
+        otro.ejecutar("ROLLBACK");
+    }
+    EXPECT_NE(retrato(almacen), "");
+}
+
+TEST(Servidor, PostgresqlThatIsBeingStoppedIsToldInSpanish) {
+    ServidorPostgres servidor;
+    const auto url = servidor.baseVacia("h");
+    // As long as somebody is there it does not stop, and lets nobody else in.
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
+    servidor.ejecutar("h",
+                      "COPY (SELECT 1) TO PROGRAM 'cat >/dev/null; kill -TERM $(head -n 1 postmaster.pid)'");
+    std::string motivo;
+    while (motivo.empty()) motivo = motivoDe([&] { AlmacenPostgres(url, false, std::chrono::seconds(10)); });
+    EXPECT_THAT(motivo, HasSubstr("el servidor se está deteniendo: repita cuando esté otra vez en marcha"));
+}
+
+TEST(Servidor, PostgresqlWhoseVersionWasSetBackIsPutRightByTheNextImage) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("atrasada");
+    incorporar(*std::make_unique<AlmacenPostgres>(url, true, std::chrono::seconds(10)), 10);
+    servidor.ejecutar("atrasada", "UPDATE telvane.esquema SET version=1");
+    EXPECT_THAT(motivoDe([&] { AlmacenPostgres(url, false, std::chrono::seconds(10)); }),
+                HasSubstr("la pone al día el próximo incorporar"));
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
+    EXPECT_EQ(incorporar(almacen, 20).nuevas, 10);
+    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
+    servidor.ejecutar("atrasada", "UPDATE telvane.esquema SET version=1; DROP TABLE telvane.contenidos");
+    EXPECT_THAT(motivoDe([&] { AlmacenPostgres(url, true, std::chrono::seconds(10)); }),
+                HasSubstr("falta la tabla contenidos: recupere su copia"));
+}
+
 TEST(Servidor, PostgresqlThatAnotherWritesToIsLeftAtOnceByWhoIsInterrupted) {
     struct Interrumpido {};
     auto& servidor = ServidorPostgres::unico();
@@ -139,7 +186,8 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
     const auto defectos = [&] { return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}); };
     ASSERT_THAT(defectos(), testing::IsEmpty());
     for (const std::string cambio :
-         {"DROP TABLE telvane.testigos CASCADE", "DROP TABLE telvane.muestras CASCADE",
+         {"DROP TABLE telvane.testigos CASCADE",
+          "DROP TABLE telvane.muestras CASCADE",
           "DROP VIEW telvane.lecturas",
           "CREATE OR REPLACE VIEW telvane.lecturas AS SELECT e.nombre AS estacion, m.hora AS hora, 1 AS "
           "humedad_pct, "
@@ -152,9 +200,22 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
           "precision AS evaporacion_mm, false AS conflicto FROM telvane.muestras m JOIN telvane.estaciones e "
           "ON "
           "e.id=m.estacion",
-          "ALTER VIEW telvane.lecturas RENAME COLUMN hora TO cuando", "DROP INDEX telvane.imagenes_parciales",
+          "ALTER VIEW telvane.lecturas RENAME COLUMN hora TO cuando",
+          "DROP INDEX telvane.imagenes_parciales",
           "INSERT INTO telvane.muestras SELECT 9,hora,registro,cuenta FROM telvane.muestras",
           "INSERT INTO telvane.testigos VALUES(9,'2025-03-01','x',1,'y')",
+          "UPDATE telvane.contenidos SET profundidad=7",
+          "UPDATE telvane.contenidos SET profundidad=-1",
+          "UPDATE telvane.muestras SET hora=hora+interval '0.5 second'",
+          "UPDATE telvane.muestras SET registro=registro||'x'::bytea",
+          "UPDATE telvane.imagenes SET reloj=reloj+interval '0.5 second'",
+          "UPDATE telvane.estaciones SET desde='infinity'",
+          "INSERT INTO telvane.descargas SELECT estacion,'x',now(),1,'x',NULL,false,0,0 FROM "
+          "telvane.imagenes",
+          "INSERT INTO telvane.descargas SELECT estacion,huella,'2026-01-01',99,'x',NULL,false,0,0 FROM "
+          "telvane.imagenes",
+          "INSERT INTO telvane.descargas SELECT estacion,huella,'infinity',1,'x',NULL,false,-5,0 FROM "
+          "telvane.imagenes",
           "UPDATE telvane.estaciones SET incorporada='2020-01-01'",
           "UPDATE telvane.imagenes SET incorporada='2020-01-01'",
           "UPDATE telvane.imagenes SET incorporada='infinity'; UPDATE telvane.estaciones SET "
@@ -324,7 +385,7 @@ TEST(Servidor, PostgresqlThatLacksATableIsToldInSpanishWithWhatToDo) {
         EXPECT_THAT(motivo, HasSubstr("le falta una parte: vea telvane-historico comprobar")) << tabla;
     }
     EXPECT_THAT(estropeada("ALTER TABLE telvane.imagenes DROP COLUMN retrocesos"),
-                HasSubstr("a una tabla le falta una columna: recupere su copia"));
+                HasSubstr("le falta una parte: vea telvane-historico comprobar"));
     for (const std::string cambio :
          {"DELETE FROM telvane.esquema", "DROP TABLE telvane.esquema", "UPDATE telvane.esquema SET version=0",
           "INSERT INTO telvane.esquema VALUES(1)"})

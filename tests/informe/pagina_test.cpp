@@ -340,9 +340,8 @@ TEST(Resumen, KeepsItsColumnsApart) {
         }
         const auto informe = informeDe(todas);
         const auto texto = resumenDelMes(estacionBuena(), informe, informe.estadistica.meses().front());
-        EXPECT_THAT(texto, testing::ContainsRegex(
-                               decimas > 0 ? "Mes +55[.]0 +55[.]0 +55[.]0 +0[.]0 +1101[.]0 +[0-9]"
-                                           : "Mes +-50[.]0 +-50[.]0 +-50[.]0 +2049[.]0 +0[.]0 +[0-9]"));
+        EXPECT_THAT(texto, testing::ContainsRegex(decimas > 0 ? "Mes[^\n]* 0[.]0 +1101[.]0 +[0-9]"
+                                                              : "Mes[^\n]* 2049[.]0 +0[.]0 +[0-9]"));
         std::size_t desde = 0;
         for (auto fin = texto.find('\n'); fin != std::string::npos; fin = texto.find('\n', desde)) {
             EXPECT_LE(caracteres(std::string_view(texto).substr(desde, fin - desde)), 80U);
@@ -378,8 +377,8 @@ TEST(Resumen, MarksWhatMarkedValuesAreInAndRainThatIsMissed) {
     todas.erase(todas.begin() + 300, todas.begin() + 310);
     const auto informe = informeDe(todas, noviembre.plazo());
     const auto texto = resumenDelMes(estacionBuena(), informe, informe.estadistica.meses().front());
-    EXPECT_THAT(texto, HasSubstr("\n  1   20.8  23.6  01:20  18.0"));
-    EXPECT_THAT(texto, HasSubstr("\n  2   20.9* 40.0* 09:20  18.0"));
+    EXPECT_THAT(texto, HasSubstr("\n  1  20.8  23.6  01:20  18.0"));
+    EXPECT_THAT(texto, HasSubstr("\n  2  20.9* 40.0* 09:20  18.0"));
     EXPECT_THAT(texto, testing::ContainsRegex("\n  2 [^\n]*    28.8 "));
     EXPECT_THAT(texto, testing::ContainsRegex("\n  3 [^\n]*    26.8i"));
     EXPECT_THAT(texto, HasSubstr("Temperatura máxima 40.0* ºC"));
