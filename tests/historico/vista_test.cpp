@@ -104,13 +104,13 @@ TEST(Vista, PostgresqlSaysWhatTheDecoderSays) {
 }
 
 // An archive that several programs have open.
-class EnUso : public testing::TestWithParam<Banco> {
+class EnUso : public testing::TestWithParam<TipoAlmacen> {
    protected:
     EnUso() {
-        if (GetParam() == Banco::postgresql) ServidorPostgres::unico().baseVacia("en_uso");
+        if (GetParam() == TipoAlmacen::postgresql) ServidorPostgres::unico().baseVacia("en_uso");
     }
     std::unique_ptr<Almacen> abrir(bool escribir) const {
-        if (GetParam() == Banco::postgresql) {
+        if (GetParam() == TipoAlmacen::postgresql) {
             return std::make_unique<AlmacenPostgres>(ServidorPostgres::unico().url("en_uso"), escribir,
                                                      std::chrono::seconds(10));
         }
@@ -125,10 +125,10 @@ class EnUso : public testing::TestWithParam<Banco> {
     // The rows of the view, in its order of stations and times.
     std::vector<std::string> lecturas(const std::string& columnas) const {
         const auto sql = "SELECT " + columnas + " FROM " +
-                         (GetParam() == Banco::postgresql ? "telvane." : "") +
+                         (GetParam() == TipoAlmacen::postgresql ? "telvane." : "") +
                          "lecturas ORDER BY estacion,hora,temperatura_c";
         std::vector<std::string> filas;
-        if (GetParam() == Banco::postgresql) {
+        if (GetParam() == TipoAlmacen::postgresql) {
             BasePostgres base(ServidorPostgres::unico().url("en_uso"));
             const auto r = base.consultar(sql);
             for (int i = 0; i < r.filas(); ++i) filas.push_back(r.texto(i, 0));
@@ -142,7 +142,8 @@ class EnUso : public testing::TestWithParam<Banco> {
 
     CarpetaTemporal carpeta;
 };
-INSTANTIATE_TEST_SUITE_P(En, EnUso, testing::Values(Banco::sqlite, Banco::postgresql), nombreDeBanco);
+INSTANTIATE_TEST_SUITE_P(En, EnUso, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
+                         nombreDeTipoAlmacen);
 
 TEST_P(EnUso, TheViewShowsWhatCountsUnderItsStationsName) {
     const auto almacen = abrir(true);
