@@ -434,6 +434,7 @@ class CopiaAPostgresql : public testing::Test {
         // base has letters for.
         for (const int cuantas : {10, 20, 30}) {
             FichaDescarga descarga;
+            descarga.descargada = std::chrono::sys_days{std::chrono::year{2026} / 11 / 20};
             descarga.dispositivo = cuantas == 30 ? "/dev/日本" : "/dev/a";
             Archivo(*origen).incorporar(ImagenPrueba().serie(0, 0, cuantas).bytes(), {},
                                         {cuantas == 20 ? "日本.rgt" : "a.rgt", cuando, descarga});
