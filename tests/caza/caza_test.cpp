@@ -165,7 +165,12 @@ class Leyes {
         const auto ahora = despues_.find(nombre);
         if (ahora == despues_.end() || !pudoReemplazar(nombre)) return false;
         return esBase(nombre) || nombra("--base", nombre) ? ahora->second.size() == kBytesMemoria
-                                                          : ahora->second.ends_with('\n');
+                                                          : esTablaEntera(nombre, ahora->second);
+    }
+    // Objects of no samples are none; every other table has its heading.
+    bool esTablaEntera(const std::string& nombre, const std::string& bytes) const {
+        const bool deObjetos = corrida_.valorDe("--formato") == "jsonl" || nombre.ends_with(".jsonl");
+        return bytes.ends_with('\n') || (bytes.empty() && deObjetos);
     }
     void respetaLoQueHabia() {
         for (const auto& [nombre, bytes] : antes_) {
@@ -218,7 +223,7 @@ class Leyes {
         } else if (esBase(archivo->first) || corrida_.valorDe("--base") == valor ||
                            corrida_.valorDe("--respaldo") == valor
                        ? archivo->second.size() != kBytesMemoria
-                       : !archivo->second.ends_with('\n')) {
+                       : !esTablaEntera(archivo->first, archivo->second)) {
             rota(fmt::format("says done, and {} is not whole", valor));
         }
     }

@@ -10,8 +10,9 @@ namespace telvane {
 
 namespace {
 
-// "N", "COMN" and "ARCHIVO" stand for what changes.
+// "N", "COMN" and "ARCHIVO" stand for what changes; an option may stand for others.
 bool esHueco(std::string_view palabra) {
+    if (palabra.starts_with("--")) return true;
     const bool letras = std::ranges::any_of(palabra, [](unsigned char c) { return std::isupper(c) != 0; });
     return letras && std::ranges::none_of(palabra, [](unsigned char c) { return std::islower(c) != 0; });
 }
