@@ -7,8 +7,12 @@ set -euo pipefail
 programa=$1 primera=$2 segunda=$3 cuantas=$4 migracion=${5-}
 # In memory where there is some: what a disk takes to settle is not what is tried.
 carpeta=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
-trap 'rm -rf "$carpeta"' EXIT
-chmod 755 "$carpeta"
+alcance=$(mktemp -d)
+trap 'rm -rf "$carpeta" "$alcance"' EXIT
+chmod 755 "$carpeta" "$alcance"
+# Another user may have no way to where it was built.
+cp "$programa" "$alcance/"
+legible=$alcance/${programa##*/}
 archivo=$carpeta/h.sqlite
 estado() { "$programa" --en "$archivo" estado --json | grep -v incorporada; }
 "$programa" --en "$archivo" incorporar "$primera" >/dev/null
@@ -38,7 +42,7 @@ quejarse() {
 
 leerSinPermiso() {
     local ahora
-    if lector "$programa" --en "$archivo" estado --json >"$carpeta/leido" 2>"$carpeta/dicho"; then
+    if lector "$legible" --en "$archivo" estado --json >"$carpeta/leido" 2>"$carpeta/dicho"; then
         ahora=$(grep -v incorporada "$carpeta/leido")
         [ "$ahora" = "$antes" ] || [ "$ahora" = "$despues" ] || quejarse "$1: se lee a medias"
     else
@@ -58,7 +62,7 @@ primerCorte() {
     [ "$(stat -c %s "$nuevo-wal")" = 32 ] || quejarse "ningún corte deja el registro recién empezado"
     codigo=0
     if [ "$(id -u)" -ne 0 ]; then chmod a-w "$carpeta" "$nuevo"*; fi
-    lector timeout 9 "$programa" --en "$nuevo" estado >"$carpeta/leido" 2>"$carpeta/dicho" || codigo=$?
+    lector timeout 9 "$legible" --en "$nuevo" estado >"$carpeta/leido" 2>"$carpeta/dicho" || codigo=$?
     if [ "$(id -u)" -ne 0 ]; then chmod u+w "$carpeta" "$nuevo"*; fi
     [ $codigo -eq 1 ] || quejarse "primer corte: $codigo $(cat "$carpeta/dicho")"
     grep -q "el próximo incorporar" "$carpeta/dicho" || quejarse "primer corte: $(cat "$carpeta/dicho")"
