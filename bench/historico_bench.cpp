@@ -3,7 +3,7 @@
 // estado, bytes on disk, a thousand overlapping images, and a night's image into a server against COPY.
 // Everything but the server lies in memory (/dev/shm), and the server syncs nothing, so that no disk is
 // measured.
-//   historico_bench FOLDER_OF_THE_SCRIPTS
+//   historico_bench FOLDER_OF_THE_SCRIPTS [exportar]
 #include <sqlite3.h>
 #include <unistd.h>
 
@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bench/corrida.h"
@@ -64,7 +65,7 @@ class Banco {
     Banco(fs::path carpeta, fs::path guiones) : carpeta_(std::move(carpeta)), guiones_(std::move(guiones)) {}
 
     void correrTodo() {
-        llenar();
+        llenar(kOtrasEstaciones);
         medirNoches();
         medirFresca();
         medirExportar();
@@ -74,17 +75,22 @@ class Banco {
         medirServidor();
     }
 
+    void correrExportar() {
+        llenar(0);
+        medirExportar();
+    }
+
    private:
     std::string en(const std::string& nombre) const { return carpeta_ / nombre; }
 
-    void llenar() {
+    void llenar(std::size_t otrasEstaciones) {
         const auto inicio = Reloj::now();
         const auto almacen = abrirAlmacen(en("h.sqlite"), Uso::incorporar, std::chrono::seconds(10), [] {});
         Archivo archivo(*almacen);
         for (std::size_t i = 0; i < kImagenesDeLaGrande; ++i) {
             archivo.incorporar(grande_.tomar(kRanurasDeMuestras), {}, {});
         }
-        for (std::size_t e = 0; e < kOtrasEstaciones; ++e) {
+        for (std::size_t e = 0; e < otrasEstaciones; ++e) {
             Registrador otro(std::to_string(10'000'000 + e), static_cast<unsigned>(e + 2));
             for (std::size_t i = 0; i < kImagenesDeOtra; ++i) {
                 archivo.incorporar(otro.tomar(kRanurasDeMuestras), {}, {});
@@ -288,15 +294,21 @@ class Banco {
 }  // namespace telvane::bench
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "historico_bench CARPETA_DE_LOS_GUIONES\n");
+    const bool soloExportar = argc == 3 && std::string_view(argv[2]) == "exportar";
+    if (argc != 2 && !soloExportar) {
+        std::fprintf(stderr, "historico_bench CARPETA_DE_LOS_GUIONES [exportar]\n");
         return 2;
     }
     const auto carpeta =
         std::filesystem::path("/dev/shm") / ("historico_bench." + std::to_string(::getpid()));
     std::filesystem::create_directories(carpeta);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    telvane::bench::Banco(carpeta, argv[1]).correrTodo();
+    telvane::bench::Banco banco(carpeta, argv[1]);
+    if (soloExportar) {
+        banco.correrExportar();
+    } else {
+        banco.correrTodo();
+    }
     std::filesystem::remove_all(carpeta);
     return 0;
 }

@@ -6,6 +6,7 @@
 #include "calidad/marcador.h"
 #include "data/informe.h"
 #include "data/linea_muestra.h"
+#include "historico/lectura_aparte.h"
 #include "historico/relevo.h"
 #include "loggerconfig/datos_config.h"
 #include "platform/cp1252.h"
@@ -93,14 +94,6 @@ bool esta(const Periodo& periodo, Instante instante) {
     return (!periodo.desde || instante >= *periodo.desde) && (!periodo.hasta || instante < *periodo.hasta);
 }
 
-// One thread reads while another one writes.
-void recorrerDeAparte(Lectura& lectura, const EstacionGuardada& estacion, const Periodo& periodo,
-                      Cuales cuales, const Lectura::AlLeerMuestra& alLeer) {
-    Relevo<MuestraArchivada> relevo(alLeer);
-    lectura.recorrer(estacion, periodo, cuales, [&](const MuestraArchivada& m) { relevo.dar(m); });
-    relevo.terminar();
-}
-
 // The marks of a sample follow from what surrounds it, so that all of the station's are looked at.
 void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
                         Tablero& tablero) {
@@ -116,9 +109,11 @@ void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, cons
         }
         enCola.pop_front();
     });
-    recorrerDeAparte(lectura, estacion, {}, peticion.cuales, [&](const MuestraArchivada& m) {
-        enCola.push_back(m.registro);
-        marcador.agregar({m.instante, medidas(m.registro), m.conflicto});
+    recorrerAparte(lectura, estacion, {}, peticion.cuales, [&](const Envio& envio) {
+        envio.recorrer([&](const MuestraArchivada& m) {
+            enCola.push_back(m.registro);
+            marcador.agregar({m.instante, medidas(m.registro), m.conflicto});
+        });
     });
     marcador.terminar();
     escritor.terminar();
@@ -133,8 +128,9 @@ std::size_t escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, co
     if (peticion.calidad) {
         escribirConCalidad(lectura, estacion, peticion, tablero);
     } else {
-        recorrerDeAparte(lectura, estacion, peticion.periodo, peticion.cuales,
-                         [&](const MuestraArchivada& m) { tablero.muestra(m.registro); });
+        recorrerAparte(lectura, estacion, peticion.periodo, peticion.cuales, [&](const Envio& envio) {
+            envio.recorrer([&](const MuestraArchivada& m) { tablero.muestra(m.registro); });
+        });
     }
     tablero.texto(fila(peticion.formato).pie);
     return tablero.muestras();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
+#include <string_view>
 
 #include "data/registros.h"
 #include "data/sello.h"
@@ -24,22 +26,37 @@ std::size_t ranurasComunes(BytesImagen una, BytesImagen otra) {
     return std::min({una.size() / kBytesRegistro, otra.size() / kBytesRegistro, kRanuras});
 }
 
-BytesMuestraConst enRanura(BytesImagen imagen, std::size_t ranura) {
-    return imagen.subspan(ranura * kBytesRegistro).first<kBytesRegistro>();
-}
-
 bool igualesEn(BytesImagen una, BytesImagen otra, std::size_t ranura) {
     return std::memcmp(una.data() + ranura * kBytesRegistro, otra.data() + ranura * kBytesRegistro,
                        kBytesRegistro) == 0;
 }
 
 // A memory that is full goes on at its beginning: two rising runs.
+template <typename T, typename Antes, typename LaMisma>
+void ordenarDistintas(std::vector<T>& lista, Antes antes, LaMisma laMisma) {
+    std::rotate(lista.begin(), std::is_sorted_until(lista.begin(), lista.end(), antes), lista.end());
+    if (!std::is_sorted(lista.begin(), lista.end(), antes)) std::sort(lista.begin(), lista.end(), antes);
+    lista.erase(std::unique(lista.begin(), lista.end(), laMisma), lista.end());
+}
 void ordenar(std::vector<Fila>& filas) {
-    std::rotate(filas.begin(), std::is_sorted_until(filas.begin(), filas.end()), filas.end());
-    if (!std::is_sorted(filas.begin(), filas.end())) std::sort(filas.begin(), filas.end());
-    const auto fin = std::unique(filas.begin(), filas.end(),
-                                 [](const Fila& una, const Fila& otra) { return una.esLaMisma(otra); });
-    filas.erase(fin, filas.end());
+    ordenarDistintas(filas, std::less<Fila>(), std::mem_fn(&Fila::esLaMisma));
+}
+
+// A good stamp as a number that rises with time: year, month, day, hour, minute, second.
+constexpr std::uint64_t enOrden(std::uint64_t palabra) {
+    return (palabra & 0xFFFF'FF00'0000U) | (palabra & 0xFFU) << 16 | (palabra & 0xFF00U) |
+           (palabra >> 16 & 0xFFU);
+}
+std::uint64_t enOrden(Instante momento) {
+    const auto fecha = fechaDe(momento);
+    const auto hora = horaDe(momento);
+    constexpr int kPrimerAnio = 2000;
+    constexpr int kAnios = 100;
+    if (fecha.anio < kPrimerAnio) return 0;
+    if (fecha.anio >= kPrimerAnio + kAnios) return UINT64_MAX;
+    return enOrden(sello::palabra(empacarBcd(hora.hora), empacarBcd(hora.minuto), empacarBcd(hora.segundo),
+                                  empacarBcd(fecha.dia), empacarBcd(fecha.mes),
+                                  empacarBcd(fecha.anio - kPrimerAnio)));
 }
 
 }  // namespace
@@ -59,6 +76,34 @@ std::vector<Fila> filasDe(const std::vector<EnRanura>& ranuras) {
     for (const auto& r : ranuras) filas.push_back({r.instante, r.registro});
     ordenar(filas);
     return filas;
+}
+
+std::vector<std::uint16_t> ranurasEnOrden(BytesImagen imagen, Instante desde, Instante hasta) {
+    struct Sellada {
+        std::uint64_t sello;
+        std::uint16_t ranura;
+    };
+    const auto primero = enOrden(desde);
+    const auto ultimo = enOrden(hasta);
+    std::vector<Sellada> selladas;
+    selladas.reserve(imagen.size() / kBytesRegistro);
+    recorrerRegistros(imagen, [&](std::size_t ranura, BytesMuestraConst registro) {
+        const auto suyo = enOrden(sello::palabra(registro));
+        if (suyo >= primero && suyo <= ultimo) selladas.push_back({suyo, static_cast<std::uint16_t>(ranura)});
+    });
+    const auto bytes = [&](const Sellada& una) {
+        return std::string_view(reinterpret_cast<const char*>(imagen.data()) + una.ranura * kBytesRegistro,
+                                kBytesRegistro);
+    };
+    ordenarDistintas(
+        selladas,
+        [&](const Sellada& a, const Sellada& b) {
+            return a.sello != b.sello ? a.sello < b.sello : bytes(a) < bytes(b);
+        },
+        [&](const Sellada& a, const Sellada& b) { return a.sello == b.sello && bytes(a) == bytes(b); });
+    std::vector<std::uint16_t> ranuras(selladas.size());
+    std::ranges::transform(selladas, ranuras.begin(), &Sellada::ranura);
+    return ranuras;
 }
 
 CuentaDeRanuras contarRanuras(BytesImagen imagen) {

@@ -38,10 +38,18 @@ struct EnRanura {
     BytesMuestra registro{};
 };
 
+// A slot that the image has whole.
+inline BytesMuestraConst enRanura(BytesImagen imagen, std::size_t ranura) {
+    return imagen.subspan(ranura * registro_muestra::kBytes).first<registro_muestra::kBytes>();
+}
+
 // The samples in order of slot.
 std::vector<EnRanura> ranurasDe(BytesImagen imagen);
 // The distinct ones in their order.
 std::vector<Fila> filasDe(const std::vector<EnRanura>& ranuras);
+
+// The slots of the distinct ones of these moments, both included, in their order.
+std::vector<std::uint16_t> ranurasEnOrden(BytesImagen imagen, Instante desde, Instante hasta);
 
 struct CuentaDeRanuras {
     std::int64_t vacias = 0;       // never written, or erased

@@ -21,7 +21,7 @@ const Imagenes::Abierta& Imagenes::recordar(Abierta abierta) {
     constexpr std::size_t kAbiertas = 4;
     abiertas_.push_front(std::move(abierta));
     if (abiertas_.size() > kAbiertas) {
-        libre_ = std::move(abiertas_.back().bytes);
+        if (!abiertas_.back().compartida) libre_ = std::move(abiertas_.back().bytes);
         abiertas_.pop_back();
     }
     return abiertas_.front();
@@ -54,10 +54,11 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
     for (; !pila.empty(); pila.pop_back()) {
         const auto& [cual, guardada] = pila.back();
         try {
-            const auto base = guardada.base ? BytesImagen(abierta->bytes) : BytesImagen{};
+            const auto base = guardada.base ? BytesImagen(*abierta->bytes) : BytesImagen{};
             auto bytes = std::exchange(libre_, {});
-            bytes.resize(guardada.bytes);
-            descompresor_.abrir(guardada.datos, base, bytes);
+            if (!bytes) bytes = std::make_shared<std::vector<std::uint8_t>>();
+            bytes->resize(guardada.bytes);
+            descompresor_.abrir(guardada.datos, base, *bytes);
             // What is kept of the depth only follows from the chain.
             const int profundidad = guardada.base ? abierta->profundidad + 1 : 0;
             abierta = &recordar({.huella = cual, .bytes = std::move(bytes), .profundidad = profundidad});
@@ -66,9 +67,9 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
         }
     }
     // Of a chain the last one tells: it is whole where all of them are.
-    if (!abierta->comprobada && huellaDe(abierta->bytes) != huella) throw danada("su SHA-256 no es el suyo");
+    if (!abierta->comprobada && huellaDe(*abierta->bytes) != huella) throw danada("su SHA-256 no es el suyo");
     abiertas_.front().comprobada = true;
-    return abierta->bytes;
+    return *abierta->bytes;
 }
 
 const std::vector<std::uint8_t>* Imagenes::siSeLee(const Huella& huella) {
@@ -77,6 +78,12 @@ const std::vector<std::uint8_t>* Imagenes::siSeLee(const Huella& huella) {
     } catch (const ErrorImagen&) {
         return nullptr;
     }
+}
+
+std::shared_ptr<const std::vector<std::uint8_t>> Imagenes::compartida(const Huella& huella) {
+    if (siSeLee(huella) == nullptr) return nullptr;
+    abiertas_.front().compartida = true;
+    return abiertas_.front().bytes;
 }
 
 std::vector<Almacen::Eslabon> profundidadesPorCorregir(Almacen& almacen, IdEstacion estacion) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <list>
+#include <memory>
 #include <vector>
 
 #include "historico/almacen.h"
@@ -25,15 +26,18 @@ class Imagenes {
     const std::vector<std::uint8_t>& bytes(const Huella& huella);
     // The same; nullptr instead of ErrorImagen. What is new can be taken in beside a damaged image.
     const std::vector<std::uint8_t>* siSeLee(const Huella& huella);
+    // The same, for whoever keeps it.
+    std::shared_ptr<const std::vector<std::uint8_t>> compartida(const Huella& huella);
     // How many images the one that was read last is packed upon.
     int profundidad() const { return abiertas_.front().profundidad; }
 
    private:
     struct Abierta {
         Huella huella;
-        std::vector<std::uint8_t> bytes;
+        std::shared_ptr<std::vector<std::uint8_t>> bytes;
         int profundidad = 0;
         bool comprobada = false;  // known to be what its fingerprint says
+        bool compartida = false;
     };
     const Abierta* buscar(const Huella& huella);
     const Abierta& recordar(Abierta abierta);
@@ -41,7 +45,7 @@ class Imagenes {
     Almacen& almacen_;
     IdEstacion estacion_;
     std::list<Abierta> abiertas_;  // the last one used first
-    std::vector<std::uint8_t> libre_;
+    std::shared_ptr<std::vector<std::uint8_t>> libre_;
     Descompresor descompresor_;
 };
 

@@ -64,6 +64,13 @@ std::int64_t Lectura::conflictosDeMas(const EstacionGuardada& estacion, const Fi
 
 void Lectura::recorrer(const EstacionGuardada& estacion, const Periodo& periodo, Cuales cuales,
                        const AlLeerMuestra& alLeer) {
+    recorrer(estacion, periodo, cuales, alLeer, [&](const TramoImagen& tramo) {
+        tramo.recorrer([&](BytesMuestraConst registro) { alLeer(unica(registro)); });
+    });
+}
+
+void Lectura::recorrer(const EstacionGuardada& estacion, const Periodo& periodo, Cuales cuales,
+                       const AlLeerMuestra& alLeer, const AlLeerTramo& alLeerTramo) {
     // Whether a stamp is in conflict shows with its next record.
     std::vector<Fila> delSello;
     const auto soltar = [&] {
@@ -80,11 +87,11 @@ void Lectura::recorrer(const EstacionGuardada& estacion, const Periodo& periodo,
         delSello.push_back(fila);
     };
     if (convienenImagenes(estacion, desde, hasta)) {
-        const auto alLeerUnica = [&](const Fila& fila) {
+        const auto alLeerImagen = [&](const TramoImagen& tramo) {
             soltar();
-            alLeer({fila.instante, fila.registro, false});
+            alLeerTramo(tramo);
         };
-        recorrerFilas(almacen_, estacion, desde, hasta, {.unica = alLeerUnica, .fila = alLeerFila});
+        recorrerFilas(almacen_, estacion, desde, hasta, {.tramo = alLeerImagen, .fila = alLeerFila});
     } else {
         almacen_.filas(estacion.id, desde, hasta, alLeerFila);
     }

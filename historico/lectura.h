@@ -6,6 +6,7 @@
 //     lectura.recorrer(estacion, {}, Cuales::lasQueCuentan, [](const MuestraArchivada& m) { ... });
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -15,6 +16,7 @@
 
 #include "historico/almacen.h"
 #include "historico/llegadas.h"
+#include "historico/tramo_imagen.h"
 
 namespace telvane {
 
@@ -34,6 +36,12 @@ struct MuestraArchivada {
     // Its stamp has more than one distinct record.
     bool conflicto = false;
 };
+// Of a stretch that an image tells.
+inline MuestraArchivada unica(BytesMuestraConst registro) {
+    MuestraArchivada muestra{.instante = instanteDe(registro)};
+    std::ranges::copy(registro, muestra.registro.begin());
+    return muestra;
+}
 
 class Lectura {
    public:
@@ -69,6 +77,10 @@ class Lectura {
     using AlLeerMuestra = std::function<void(const MuestraArchivada&)>;
     void recorrer(const EstacionGuardada& estacion, const Periodo& periodo, Cuales cuales,
                   const AlLeerMuestra& alLeer);
+    // The same for whoever takes many at once, told by an image: all of them without a conflict.
+    using AlLeerTramo = std::function<void(const TramoImagen&)>;
+    void recorrer(const EstacionGuardada& estacion, const Periodo& periodo, Cuales cuales,
+                  const AlLeerMuestra& alLeer, const AlLeerTramo& alLeerTramo);
 
    private:
     Almacen& almacen_;

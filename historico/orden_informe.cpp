@@ -10,8 +10,8 @@
 #include "consola/codigos_salida.h"
 #include "data/archivo_base.h"
 #include "historico/abrir_archivo.h"
+#include "historico/lectura_aparte.h"
 #include "historico/ordenes.h"
-#include "historico/relevo.h"
 #include "historico/textos_historico.h"
 #include "informe/informe.h"
 #include "informe/texto_html.h"
@@ -25,9 +25,6 @@ namespace {
 using informe::Informe;
 using informe::Mes;
 using informe::Plazo;
-
-// Samples between two looks at the signals.
-constexpr std::size_t kEntreMiradas = 65536;
 
 struct OpcionesInforme {
     std::string salida;
@@ -124,15 +121,15 @@ Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const Opci
     }
     // The marks hang on a sample's neighbours, not on the period: the whole series is looked at.
     Marcador marcador(limites.de(guardada.nombre), [&](const Juzgada& j) { contado.informe.agregar(j); });
-    Relevo<MuestraArchivada> relevo([&](const MuestraArchivada& m) {
-        marcador.agregar({.instante = m.instante, .medidas = medidas(m.registro), .conflicto = m.conflicto});
-    });
-    std::size_t leidas = 0;
-    lectura.recorrer(guardada, {}, Cuales::lasQueCuentan, [&](const MuestraArchivada& m) {
-        if (++leidas % kEntreMiradas == 0) contexto.atender();
-        relevo.dar(m);
-    });
-    relevo.terminar();
+    recorrerAparte(
+        lectura, guardada, {}, Cuales::lasQueCuentan,
+        [&](const Envio& envio) {
+            envio.recorrer([&](const MuestraArchivada& m) {
+                marcador.agregar(
+                    {.instante = m.instante, .medidas = medidas(m.registro), .conflicto = m.conflicto});
+            });
+        },
+        [&] { contexto.atender(); });
     marcador.terminar();
     contado.informe.terminar();
     return contado;

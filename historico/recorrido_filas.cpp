@@ -1,9 +1,7 @@
 #include "historico/recorrido_filas.h"
 
 #include <algorithm>
-#include <functional>
 #include <set>
-#include <span>
 #include <vector>
 
 #include "historico/imagenes.h"
@@ -75,7 +73,7 @@ class Recorrido {
             if (*ficha.desde >= tramo.desde) {
                 muestras += ficha.muestras;
             } else {
-                muestras += static_cast<std::int64_t>(filasEn(tramo).size());
+                muestras += muestrasEn(tramo);
             }
         }
         seguras_ = muestras == estacion_.resumen.muestras;
@@ -116,25 +114,28 @@ class Recorrido {
         return mejor;
     }
 
-    // What the image says of these moments; nothing where it cannot be read.
-    std::span<const Fila> filasEn(const Tramo& tramo) {
+    // How many samples the image holds of these moments; nothing where one stamp has two, or where it cannot
+    // be read.
+    std::int64_t muestrasEn(const Tramo& tramo) {
         const auto* bytes = imagenes_.siSeLee(tramo.candidata->ficha.huella);
-        if (bytes == nullptr) return {};
-        filas_ = filasQueNoEstanEn(*bytes, {});
-        const auto primera = std::ranges::lower_bound(filas_, tramo.desde, {}, &Fila::instante);
-        const auto ultima = std::ranges::upper_bound(filas_, tramo.hasta, {}, &Fila::instante);
-        return {primera, ultima};
+        if (bytes == nullptr) return 0;
+        const auto filas = filasQueNoEstanEn(*bytes, {});
+        const auto primera = std::ranges::lower_bound(filas, tramo.desde, {}, &Fila::instante);
+        const auto ultima = std::ranges::upper_bound(filas, tramo.hasta, {}, &Fila::instante);
+        const auto mismoSello = [](const Fila& a, const Fila& b) { return a.instante == b.instante; };
+        return std::adjacent_find(primera, ultima, mismoSello) == ultima ? ultima - primera : 0;
     }
 
-    // Tells them if they are all that there is, each of a stamp of its own; whether they are.
+    // Tells the image if it holds all that there is; whether it does.
     bool contar(const Tramo& tramo) {
-        const auto filas = filasEn(tramo);
-        const auto mismoSello = [](const Fila& a, const Fila& b) { return a.instante == b.instante; };
-        if (filas.empty() || std::ranges::adjacent_find(filas, mismoSello) != filas.end()) return false;
-        if (!seguras_ && almacen_.contarFilas(estacion_.id, tramo.desde, tramo.hasta) != std::ssize(filas)) {
-            return false;
+        if (!seguras_) {
+            const auto suyas = muestrasEn(tramo);
+            if (suyas == 0 || suyas != almacen_.contarFilas(estacion_.id, tramo.desde, tramo.hasta))
+                return false;
         }
-        std::ranges::for_each(filas, std::cref(alRecorrer_.unica));
+        const auto imagen = imagenes_.compartida(tramo.candidata->ficha.huella);
+        if (!imagen) return false;
+        alRecorrer_.tramo({imagen, tramo.desde, tramo.hasta});
         return true;
     }
 
@@ -147,7 +148,6 @@ class Recorrido {
     Imagenes imagenes_;
     const AlRecorrer& alRecorrer_;
     std::vector<Candidata> candidatas_;
-    std::vector<Fila> filas_;
     bool seguras_ = false;
 };
 

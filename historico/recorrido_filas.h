@@ -2,12 +2,13 @@
 #pragma once
 
 #include "historico/almacen.h"
+#include "historico/tramo_imagen.h"
 
 namespace telvane {
 
 struct AlRecorrer {
-    Almacen::AlLeerFila unica;  // the only one of its stamp
-    Almacen::AlLeerFila fila;   // others may have its stamp
+    std::function<void(const TramoImagen&)> tramo;
+    Almacen::AlLeerFila fila;  // others may have its stamp
 };
 // The same rows in the same order as Almacen::filas, each told to one of the two. An image tells those of a
 // stretch of time only where it holds every one of them, each of a stamp of its own; the rest is read row by

@@ -13,7 +13,7 @@
 
 namespace telvane {
 
-template <typename T>
+template <typename T, std::size_t kLote = 4096>
 class Relevo {
    public:
     // alRecibir is called in the other thread only, until terminar() returns.
@@ -24,8 +24,8 @@ class Relevo {
     ~Relevo() { cerrar(); }
 
     // Waits while too much has not been taken yet; throws what taking it has thrown.
-    void dar(const T& uno) {
-        lote_.push_back(uno);
+    void dar(T uno) {
+        lote_.push_back(std::move(uno));
         if (lote_.size() == kLote) entregar();
     }
     // Returns when all has been taken; throws what taking it has thrown.
@@ -36,7 +36,6 @@ class Relevo {
     }
 
    private:
-    static constexpr std::size_t kLote = 4096;
     static constexpr std::size_t kLotesEnCamino = 4;
 
     void entregar() {

@@ -354,9 +354,10 @@ std::vector<std::pair<Instante, BytesMuestra>> filasDe(Almacen& almacen, Instant
 }
 std::vector<std::pair<Instante, BytesMuestra>> recorrido(Almacen& almacen, Instante desde, Instante hasta) {
     std::vector<std::pair<Instante, BytesMuestra>> filas;
-    const auto agregar = [&](const Fila& f) { filas.emplace_back(f.instante, f.registro); };
+    const auto agregar = [&](const auto& m) { filas.emplace_back(m.instante, m.registro); };
+    const auto agregarUnica = [&](BytesMuestraConst registro) { agregar(unica(registro)); };
     recorrerFilas(almacen, almacen.estacion("02080050").value(), desde, hasta,
-                  {.unica = agregar, .fila = agregar});
+                  {.tramo = [&](const TramoImagen& tramo) { tramo.recorrer(agregarUnica); }, .fila = agregar});
     return filas;
 }
 

@@ -19,10 +19,13 @@ class Recorrido : public testing::TestWithParam<TipoAlmacen> {
         almacen->filas(estacion.id, desde, hasta, [&](const Fila& f) { filas.push_back(f); });
         std::ptrdiff_t deImagenes = 0;
         recorrerFilas(*almacen, estacion, desde, hasta,
-                      {.unica =
-                           [&](const Fila& f) {
-                               recorridas.push_back(f);
-                               ++deImagenes;
+                      {.tramo =
+                           [&](const TramoImagen& tramo) {
+                               tramo.recorrer([&](BytesMuestraConst registro) {
+                                   const auto muestra = unica(registro);
+                                   recorridas.push_back({muestra.instante, muestra.registro});
+                                   ++deImagenes;
+                               });
                            },
                        .fila = [&](const Fila& f) { recorridas.push_back(f); }});
         const auto iguales = [](const Fila& a, const Fila& b) {
@@ -92,7 +95,8 @@ TEST(RecorridoDeUnArchivo, GoesPastADamagedImage) {
     const auto almacen = AlmacenSqlite::abrirParaLeer(carpeta / "h.sqlite", {});
     int filas = 0;
     recorrerFilas(*almacen, almacen->estacion("02080050").value(), kPrimerMomento, kUltimoMomento,
-                  {.unica = [&](const Fila&) { ++filas; }, .fila = [&](const Fila&) { ++filas; }});
+                  {.tramo = [&](const TramoImagen& tramo) { tramo.recorrer([&](auto) { ++filas; }); },
+                   .fila = [&](const Fila&) { ++filas; }});
     EXPECT_EQ(filas, 300);
 }
 
