@@ -3,7 +3,7 @@
 // estado, bytes on disk, a thousand overlapping images, and a night's image into a server against COPY.
 // Everything but the server lies in memory (/dev/shm), and the server syncs nothing, so that no disk is
 // measured.
-//   historico_bench FOLDER_OF_THE_SCRIPTS [exportar]
+//   historico_bench FOLDER_OF_THE_SCRIPTS [exportar|noches]
 #include <sqlite3.h>
 #include <unistd.h>
 
@@ -78,6 +78,10 @@ class Banco {
     void correrExportar() {
         llenar(0);
         medirExportar();
+    }
+    void correrNoches() {
+        llenar(kOtrasEstaciones);
+        medirNoches();
     }
 
    private:
@@ -294,9 +298,9 @@ class Banco {
 }  // namespace telvane::bench
 
 int main(int argc, char** argv) {
-    const bool soloExportar = argc == 3 && std::string_view(argv[2]) == "exportar";
-    if (argc != 2 && !soloExportar) {
-        std::fprintf(stderr, "historico_bench CARPETA_DE_LOS_GUIONES [exportar]\n");
+    const std::string_view parte = argc == 3 ? argv[2] : "todo";
+    if (argc < 2 || argc > 3 || (parte != "todo" && parte != "exportar" && parte != "noches")) {
+        std::fprintf(stderr, "historico_bench CARPETA_DE_LOS_GUIONES [exportar|noches]\n");
         return 2;
     }
     const auto carpeta =
@@ -304,11 +308,9 @@ int main(int argc, char** argv) {
     std::filesystem::create_directories(carpeta);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     telvane::bench::Banco banco(carpeta, argv[1]);
-    if (soloExportar) {
-        banco.correrExportar();
-    } else {
-        banco.correrTodo();
-    }
+    if (parte == "exportar") banco.correrExportar();
+    if (parte == "noches") banco.correrNoches();
+    if (parte == "todo") banco.correrTodo();
     std::filesystem::remove_all(carpeta);
     return 0;
 }

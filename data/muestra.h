@@ -1,6 +1,7 @@
 // One decoded measurement.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
@@ -31,6 +32,11 @@ inline constexpr unsigned kBytes = 32;
 
 using BytesMuestra = std::array<std::uint8_t, registro_muestra::kBytes>;
 using BytesMuestraConst = std::span<const std::uint8_t, registro_muestra::kBytes>;
+constexpr BytesMuestra copiaDe(BytesMuestraConst registro) {
+    BytesMuestra bytes{};
+    std::copy(registro.begin(), registro.end(), bytes.begin());
+    return bytes;
+}
 
 // Time of day.
 struct Hora {

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <map>
 
+#include "data/registros.h"
 #include "historico/huecos.h"
 #include "platform/texto_visible.h"
 
@@ -25,9 +26,10 @@ bool esta(const Sellos& sellos, Instante cual) {
 
 std::vector<Testigo> testigosDe(BytesImagen bytes, const Huella& huella, const Sellos& sellos) {
     std::vector<Testigo> lista;
-    for (const auto& r : ranurasDe(bytes)) {
-        if (esta(sellos, r.instante)) lista.push_back({r.instante, r.registro, r.ranura, huella});
-    }
+    recorrerRegistros(bytes, [&](std::size_t ranura, BytesMuestraConst registro) {
+        const auto sello = instanteDe(registro);
+        if (esta(sellos, sello)) lista.push_back({sello, copiaDe(registro), ranura, huella});
+    });
     return lista;
 }
 
@@ -42,7 +44,7 @@ bool alcanza(const FichaImagen& ficha, const Sellos& sellos) {
 
 ImagenNueva::ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporada cuando,
                          std::string_view origen)
-    : bytes(contenido), ranuras(ranurasDe(contenido)), filas(filasDe(ranuras)) {
+    : bytes(contenido), filas(filasDe(contenido)) {
     ficha.huella = huella;
     ficha.bytes = bytes.size();
     ficha.reloj = relojDe(bytes);
@@ -53,7 +55,7 @@ ImagenNueva::ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporad
     ficha.incorporada = cuando;
     ficha.origen = utf8Valido(origen);
     ficha.muestras = static_cast<std::int64_t>(filas.size());
-    ficha.retrocesos = retrocesosDe(ranuras);
+    ficha.retrocesos = retrocesosDe(bytes);
 }
 
 Asimilada Asimilacion::asimilar(const ImagenNueva& imagen) {

@@ -15,7 +15,6 @@ struct ImagenNueva {
     ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporada cuando, std::string_view origen);
 
     BytesImagen bytes;
-    std::vector<EnRanura> ranuras;
     std::vector<Fila> filas;
     FichaImagen ficha;
 };

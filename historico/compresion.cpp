@@ -9,8 +9,8 @@ namespace telvane {
 
 namespace {
 
-// Packs a night's image against the one before in about a millisecond; more effort saves little.
-constexpr int kEsfuerzo = 3;
+// The quickest also packs an image of measurements closest; more effort saves a tenth of a night, 120 bytes.
+constexpr int kEsfuerzo = 1;
 // Reaches over a whole image and the one before it.
 constexpr int kVentana = 20;
 

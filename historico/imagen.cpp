@@ -15,12 +15,6 @@ namespace {
 
 constexpr std::size_t kBytesRegistro = registro_muestra::kBytes;
 
-BytesMuestra copiaDe(BytesMuestraConst registro) {
-    BytesMuestra bytes;
-    std::copy(registro.begin(), registro.end(), bytes.begin());
-    return bytes;
-}
-
 // Slots that both have whole.
 std::size_t ranurasComunes(BytesImagen una, BytesImagen otra) {
     return std::min({una.size() / kBytesRegistro, otra.size() / kBytesRegistro, kRanuras});
@@ -61,21 +55,8 @@ std::uint64_t enOrden(Instante momento) {
 
 }  // namespace
 
-std::vector<EnRanura> ranurasDe(BytesImagen imagen) {
-    std::vector<EnRanura> lista;
-    lista.reserve(imagen.size() / kBytesRegistro);
-    recorrerRegistros(imagen, [&](std::size_t ranura, BytesMuestraConst registro) {
-        lista.push_back({ranura, instanteDe(registro), copiaDe(registro)});
-    });
-    return lista;
-}
-
-std::vector<Fila> filasDe(const std::vector<EnRanura>& ranuras) {
-    std::vector<Fila> filas;
-    filas.reserve(ranuras.size());
-    for (const auto& r : ranuras) filas.push_back({r.instante, r.registro});
-    ordenar(filas);
-    return filas;
+std::vector<Fila> filasDe(BytesImagen imagen) {
+    return filasQueNoEstanEn(imagen, {});
 }
 
 std::vector<std::uint16_t> ranurasEnOrden(BytesImagen imagen, Instante desde, Instante hasta) {
@@ -117,12 +98,16 @@ CuentaDeRanuras contarRanuras(BytesImagen imagen) {
     return cuenta;
 }
 
-std::int64_t retrocesosDe(const std::vector<EnRanura>& ranuras) {
+std::int64_t retrocesosDe(BytesImagen imagen) {
     std::int64_t cuantos = 0;
-    for (std::size_t i = 1; i < ranuras.size(); ++i) {
-        const bool vecinas = ranuras[i].ranura == ranuras[i - 1].ranura + 1;
-        if (vecinas && ranuras[i].instante <= ranuras[i - 1].instante) ++cuantos;
-    }
+    std::size_t anterior = 0;
+    std::uint64_t suyo = 0;
+    recorrerRegistros(imagen, [&](std::size_t ranura, BytesMuestraConst registro) {
+        const auto este = enOrden(sello::palabra(registro));
+        if (ranura == anterior + 1 && este <= suyo) ++cuantos;
+        anterior = ranura;
+        suyo = este;
+    });
     return cuantos;
 }
 

@@ -31,23 +31,13 @@ struct Fila {
     bool esLaMisma(const Fila& otra) const { return instante == otra.instante && registro == otra.registro; }
 };
 
-// A sample and the slot of the image in which it stands.
-struct EnRanura {
-    std::size_t ranura = 0;
-    Instante instante{};
-    BytesMuestra registro{};
-};
-
 // A slot that the image has whole.
 inline BytesMuestraConst enRanura(BytesImagen imagen, std::size_t ranura) {
     return imagen.subspan(ranura * registro_muestra::kBytes).first<registro_muestra::kBytes>();
 }
 
-// The samples in order of slot.
-std::vector<EnRanura> ranurasDe(BytesImagen imagen);
-// The distinct ones in their order.
-std::vector<Fila> filasDe(const std::vector<EnRanura>& ranuras);
-
+// The distinct samples in their order.
+std::vector<Fila> filasDe(BytesImagen imagen);
 // The slots of the distinct ones of these moments, both included, in their order.
 std::vector<std::uint16_t> ranurasEnOrden(BytesImagen imagen, Instante desde, Instante hasta);
 
@@ -60,7 +50,7 @@ CuentaDeRanuras contarRanuras(BytesImagen imagen);
 
 // Slots whose stamp is not later than that of the slot before: somebody set the clock back, or the memory
 // begins anew there.
-std::int64_t retrocesosDe(const std::vector<EnRanura>& ranuras);
+std::int64_t retrocesosDe(BytesImagen imagen);
 
 constexpr bool esParcial(BytesImagen imagen) {
     return imagen.size() < kBytesMemoria;

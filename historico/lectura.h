@@ -6,7 +6,6 @@
 //     lectura.recorrer(estacion, {}, Cuales::lasQueCuentan, [](const MuestraArchivada& m) { ... });
 #pragma once
 
-#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -38,9 +37,7 @@ struct MuestraArchivada {
 };
 // Of a stretch that an image tells.
 inline MuestraArchivada unica(BytesMuestraConst registro) {
-    MuestraArchivada muestra{.instante = instanteDe(registro)};
-    std::ranges::copy(registro, muestra.registro.begin());
-    return muestra;
+    return {.instante = instanteDe(registro), .registro = copiaDe(registro)};
 }
 
 class Lectura {

@@ -151,8 +151,7 @@ Contado contarImagen(const ContextoHistorico& contexto, const OpcionesInforme& o
                      const Periodo& periodo) {
     const auto limites = leerLimites(contexto, opciones.limites, {});
     const auto bytes = leerImagen(contexto, *opciones.imagen);
-    const auto ranuras = ranurasDe(bytes);
-    const auto filas = filasDe(ranuras);
+    const auto filas = filasDe(bytes);
     const auto plazo = cerrar(periodo, filas.empty() ? std::nullopt : std::optional(filas.front().instante),
                               filas.empty() ? std::nullopt : std::optional(filas.back().instante));
     Contado contado{.estacion = {}, .informe = Informe(plazo)};
@@ -168,7 +167,7 @@ Contado contarImagen(const ContextoHistorico& contexto, const OpcionesInforme& o
                                  .reloj = relojDe(bytes),
                                  .bytes = bytes.size(),
                                  .muestras = static_cast<std::int64_t>(filas.size()),
-                                 .retrocesos = retrocesosDe(ranuras),
+                                 .retrocesos = retrocesosDe(bytes),
                                  .parcial = esParcial(bytes)});
     Marcador marcador(limites.de(estacion.nombre), [&](const Juzgada& j) { contado.informe.agregar(j); });
     for (std::size_t i = 0; i < filas.size(); ++i) {

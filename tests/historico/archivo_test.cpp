@@ -356,8 +356,9 @@ std::vector<std::pair<Instante, BytesMuestra>> recorrido(Almacen& almacen, Insta
     std::vector<std::pair<Instante, BytesMuestra>> filas;
     const auto agregar = [&](const auto& m) { filas.emplace_back(m.instante, m.registro); };
     const auto agregarUnica = [&](BytesMuestraConst registro) { agregar(unica(registro)); };
-    recorrerFilas(almacen, almacen.estacion("02080050").value(), desde, hasta,
-                  {.tramo = [&](const TramoImagen& tramo) { tramo.recorrer(agregarUnica); }, .fila = agregar});
+    recorrerFilas(
+        almacen, almacen.estacion("02080050").value(), desde, hasta,
+        {.tramo = [&](const TramoImagen& tramo) { tramo.recorrer(agregarUnica); }, .fila = agregar});
     return filas;
 }
 

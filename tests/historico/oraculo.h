@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "data/registros.h"
 #include "historico/imagen.h"
 #include "tests/historico/imagen_prueba.h"
 
@@ -58,6 +59,19 @@ class Oraculo {
     }
 
    private:
+    struct EnRanura {
+        std::size_t ranura = 0;
+        Instante instante{};
+        BytesMuestra registro{};
+    };
+    static std::vector<EnRanura> ranurasDe(const Imagen& imagen) {
+        std::vector<EnRanura> lista;
+        recorrerRegistros(imagen, [&](std::size_t ranura, BytesMuestraConst registro) {
+            lista.push_back({ranura, instanteDe(registro), copiaDe(registro)});
+        });
+        return lista;
+    }
+
     static std::set<std::size_t> ranurasCon(const Imagen& imagen, const BytesMuestra& registro) {
         std::set<std::size_t> ranuras;
         for (const auto& r : ranurasDe(imagen))
