@@ -56,6 +56,25 @@ TEST_P(Recorrido, ImagesThatOverlapTellEverything) {
     EXPECT_EQ(contadasPorImagenes(kInicio, kInicio), 1);
 }
 
+TEST_P(Recorrido, AMemoryThatBeganAnewIsToldInOrderOfStamp) {
+    incorporar(ImagenPrueba().serie(0, 1000, 30).serie(30, 0, 30).poner(60, registroDeMinuto(290)));
+    EXPECT_EQ(contadasPorImagenes(), 60);
+    incorporar(ImagenPrueba().serie(0, 5000, 10).serie(10, 4000, 10).serie(20, 3000, 10));
+    EXPECT_EQ(contadasPorImagenes(), 90);
+}
+
+TEST_P(Recorrido, StampsAtBothEndsOfTheCalendarAreTold) {
+    auto primero = registroDeMinuto(0);
+    auto ultimo = registroDeMinuto(0);
+    escribirSello(primero, momento(2000, 1, 1));
+    escribirSello(ultimo, momento(2099, 12, 31, 23, 59, 59));
+    incorporar(ImagenPrueba().poner(0, ultimo).poner(1, primero).serie(2, 0, 10));
+    EXPECT_EQ(contadasPorImagenes(), 12);
+    EXPECT_EQ(contadasPorImagenes(momento(1990, 1, 1), momento(2110, 1, 1)), 12);
+    EXPECT_EQ(contadasPorImagenes(momento(2000, 1, 1), momento(2099, 12, 31, 23, 59, 58)), 11);
+    EXPECT_EQ(contadasPorImagenes(momento(2000, 1, 1, 0, 0, 1), momento(2099, 12, 31, 23, 59, 59)), 11);
+}
+
 TEST_P(Recorrido, AStretchWithAConflictIsReadRowByRow) {
     for (int i = 0; i < 40; ++i) incorporar(noche(i));
     incorporar(noche(40).poner(50, registroDeMinuto(40 * 60 + 500, 1)));
