@@ -4,16 +4,14 @@
 #include <array>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
+#include "consola/json.h"
 #include "platform/recorte.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
 
 namespace {
-
-using nlohmann::ordered_json;
 
 // A sensor is unknown again after this: the night download, tried anew, keeps the line for itself that long.
 constexpr std::chrono::seconds kCaducaTras{900};
@@ -50,27 +48,27 @@ std::string identificador(const std::string& serie) {
     return id;
 }
 
-ordered_json aparato(const DatosConfig& datos, const std::string& id) {
+Json aparato(const DatosConfig& datos, const std::string& id) {
     const auto ubicacion = std::string(recortado(sinControles(datos[CampoTexto::ubicacion])));
-    ordered_json json;
-    json["identifiers"] = {"telvane_" + id};
-    json["name"] = ubicacion.empty() ? "Estación " + id : ubicacion;
-    json["manufacturer"] = "Veltra";
-    json["model"] = "Equipo Registrador";
-    json["serial_number"] = id;
+    Json json;
+    json.poner("identifiers", Json::lista({"telvane_" + id}));
+    json.poner("name", ubicacion.empty() ? "Estación " + id : ubicacion);
+    json.poner("manufacturer", "Veltra");
+    json.poner("model", "Equipo Registrador");
+    json.poner("serial_number", id);
     return json;
 }
 
-ordered_json objeto(const Sensor& sensor, const std::string& id, std::chrono::seconds cada) {
-    ordered_json json;
-    json["unique_id"] = fmt::format("telvane_{}_{}", id, sensor.miembro);
-    json["name"] = sensor.nombre;
-    json["state_topic"] = fmt::format("telvane/{}/lecturas", id);
-    json["value_template"] = fmt::format("{{{{ value_json.{} }}}}", sensor.valor);
-    json["unit_of_measurement"] = sensor.unidad;
-    if (!sensor.clase.empty()) json["device_class"] = sensor.clase;
-    if (sensor.instantaneo) json["state_class"] = "measurement";
-    json["expire_after"] = std::max(kCaducaTras, kLecturasQueCaducan * cada).count();
+Json objeto(const Sensor& sensor, const std::string& id, std::chrono::seconds cada) {
+    Json json;
+    json.poner("unique_id", fmt::format("telvane_{}_{}", id, sensor.miembro));
+    json.poner("name", sensor.nombre);
+    json.poner("state_topic", fmt::format("telvane/{}/lecturas", id));
+    json.poner("value_template", fmt::format("{{{{ value_json.{} }}}}", sensor.valor));
+    json.poner("unit_of_measurement", sensor.unidad);
+    if (!sensor.clase.empty()) json.poner("device_class", sensor.clase);
+    if (sensor.instantaneo) json.poner("state_class", "measurement");
+    json.poner("expire_after", std::max(kCaducaTras, kLecturasQueCaducan * cada).count());
     return json;
 }
 
@@ -84,9 +82,8 @@ std::string descubrimientoJson(const DatosConfig& datos, std::chrono::seconds ca
     for (const auto& sensor : kSensores) {
         if (sensor.miembro == "evaporacion" && !conEvaporacion) continue;
         auto json = objeto(sensor, id, cada);
-        json["device"] = suAparato;
-        lineas +=
-            controlesEscapados(json.dump(-1, ' ', false, ordered_json::error_handler_t::replace)) + "\n";
+        json.poner("device", suAparato);
+        lineas += json.enUnaLinea();
     }
     return lineas;
 }

@@ -1,34 +1,32 @@
 #include "cli/ficha_cli.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "cli/reloj_registrador.h"
 #include "cli/textos_cli.h"
+#include "consola/json.h"
 #include "data/huella.h"
 #include "loggerconfig/datos_config.h"
-#include "platform/texto_visible.h"
 
 namespace telvane {
 
 std::string fichaJson(const DatosDeDescarga& datos, std::span<const std::uint8_t> imagen) {
-    using nlohmann::ordered_json;
     using namespace std::chrono;
     // The logger tells whole seconds, those that are over.
     const auto desfase = [&] { return ceil<seconds>(adelanto(*datos.reloj, datos.relojPc)).count(); };
-    ordered_json json;
-    json["descargada"] = utcIso(datos.descargada);
-    json["puerto"] = datos.puerto;
-    json["dispositivo"] = datos.dispositivo.string();
-    json["serie"] = leerCabecera(imagen).digitosSerie;
-    json["reloj"] = datos.reloj ? ordered_json(fechaIso(*datos.reloj)) : ordered_json();
-    json["desfase_s"] = datos.reloj ? ordered_json(desfase()) : ordered_json();
-    json["verificada"] = datos.verificada;
-    json["reintentos"] = datos.reintentos;
-    json["errores_de_linea"] = datos.erroresDeLinea;
-    json["base"] = datos.base.empty() ? ordered_json() : ordered_json(datos.base.filename().string());
-    json["imagen"] = textoDe(huellaDe(imagen));
-    return controlesEscapados(json.dump(2, ' ', false, ordered_json::error_handler_t::replace)) + "\n";
+    Json json;
+    json.poner("descargada", utcIso(datos.descargada));
+    json.poner("puerto", datos.puerto);
+    json.poner("dispositivo", datos.dispositivo.string());
+    json.poner("serie", leerCabecera(imagen).digitosSerie);
+    json.poner("reloj", datos.reloj ? Json(fechaIso(*datos.reloj)) : Json());
+    json.poner("desfase_s", datos.reloj ? Json(desfase()) : Json());
+    json.poner("verificada", datos.verificada);
+    json.poner("reintentos", datos.reintentos);
+    json.poner("errores_de_linea", datos.erroresDeLinea);
+    json.poner("base", datos.base.empty() ? Json() : Json(datos.base.filename().string()));
+    json.poner("imagen", textoDe(huellaDe(imagen)));
+    return json.conSangria();
 }
 
 }  // namespace telvane

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "cli/ajustes_descarga.h"
 #include "cli/argumentos.h"
@@ -15,6 +14,7 @@
 #include "cli/ordenes.h"
 #include "cli/textos_cli.h"
 #include "consola/codigos_salida.h"
+#include "consola/json.h"
 #include "platform/contrasena.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
@@ -24,7 +24,6 @@ namespace telvane {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::ordered_json;
 
 struct OpcionesEstaciones {
     std::optional<std::string> en;
@@ -119,35 +118,35 @@ bool preguntarCuando(const EntornoCli& entorno, std::vector<Estacion>& estacione
     return true;
 }
 
-ordered_json oNulo(const std::string& texto) {
-    return texto.empty() ? ordered_json() : ordered_json(texto);
+Json oNulo(const std::string& texto) {
+    return texto.empty() ? Json() : Json(texto);
 }
-ordered_json oNulo(const std::optional<std::chrono::sys_seconds>& momento) {
-    return momento ? ordered_json(utcIso(*momento)) : ordered_json();
+Json oNulo(const std::optional<std::chrono::sys_seconds>& momento) {
+    return momento ? Json(utcIso(*momento)) : Json();
 }
 
-ordered_json objeto(const Estacion& estacion) {
-    ordered_json json;
-    json["nombre"] = estacion.archivo.stem().string();
-    json["ajustes"] = estacion.archivo.string();
-    json["error"] = oNulo(estacion.error);
+Json objeto(const Estacion& estacion) {
+    Json json;
+    json.poner("nombre", estacion.archivo.stem().string());
+    json.poner("ajustes", estacion.archivo.string());
+    json.poner("error", oNulo(estacion.error));
     if (!estacion.ajustes) return json;
     const auto& a = *estacion.ajustes;
-    json["com"] = a.com.front();
-    json["serie"] = oNulo(a.serie);
-    json["como"] = oNulo(a.como);
-    json["carpeta"] = carpetaDe(a);
-    json["archivo"] = oNulo(sinContrasena(archivoDe(a)));
-    json["central"] = oNulo(sinContrasena(a.central));
-    json["unidad"] = estacion.unidad;
-    json["ultima_imagen"] = oNulo(estacion.ultimaImagen);
+    json.poner("com", a.com.front());
+    json.poner("serie", oNulo(a.serie));
+    json.poner("como", oNulo(a.como));
+    json.poner("carpeta", carpetaDe(a));
+    json.poner("archivo", oNulo(sinContrasena(archivoDe(a))));
+    json.poner("central", oNulo(sinContrasena(a.central)));
+    json.poner("unidad", estacion.unidad);
+    json.poner("ultima_imagen", oNulo(estacion.ultimaImagen));
     const auto& e = estacion.ejecuciones;
-    json["encendida"] = e ? ordered_json(e->encendida) : ordered_json();
-    json["en_marcha"] = e ? ordered_json(e->enMarcha) : ordered_json();
-    json["ultima"] = e ? oNulo(e->ultima) : ordered_json();
-    json["resultado"] = e && e->ultima ? oNulo(e->resultado) : ordered_json();
-    json["codigo"] = e && e->ultima ? ordered_json(e->codigo) : ordered_json();
-    json["proxima"] = e ? oNulo(e->proxima) : ordered_json();
+    json.poner("encendida", e ? Json(e->encendida) : Json());
+    json.poner("en_marcha", e ? Json(e->enMarcha) : Json());
+    json.poner("ultima", e ? oNulo(e->ultima) : Json());
+    json.poner("resultado", e && e->ultima ? oNulo(e->resultado) : Json());
+    json.poner("codigo", e && e->ultima ? Json(e->codigo) : Json());
+    json.poner("proxima", e ? oNulo(e->proxima) : Json());
     return json;
 }
 
@@ -191,11 +190,10 @@ void listar(ContextoCli& contexto, const OpcionesEstaciones& opciones) {
     if (!preguntarCuando(contexto.entorno, estaciones))
         consola.aviso("aquí no corre systemd: no se sabe cuándo fue la última vez ni cuándo será la próxima");
     std::string texto;
-    ordered_json json;
-    json["estaciones"] = ordered_json::array();
+    auto lista = Json::lista();
     std::size_t malas = 0;
     for (const auto& una : estaciones) {
-        json["estaciones"].push_back(objeto(una));
+        lista.agregar(objeto(una));
         if (una.ajustes) {
             texto += linea(una);
         } else {
@@ -203,10 +201,9 @@ void listar(ContextoCli& contexto, const OpcionesEstaciones& opciones) {
             consola.aviso(una.error);
         }
     }
-    consola.resultado(
-        opciones.json
-            ? controlesEscapados(json.dump(2, ' ', false, ordered_json::error_handler_t::replace)) + "\n"
-            : texto);
+    Json json;
+    json.poner("estaciones", std::move(lista));
+    consola.resultado(opciones.json ? json.conSangria() : texto);
     if (malas > 0)
         throw ErrorCli(CodigoSalida::fallo,
                        fmt::format("archivos de estación que no se entienden: {}", malas));

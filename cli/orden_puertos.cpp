@@ -8,10 +8,10 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <nlohmann/json.hpp>
 
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
+#include "consola/json.h"
 #include "link/protocolo.h"
 #include "link/servicios_intrusos.h"
 #include "platform/texto_visible.h"
@@ -69,20 +69,24 @@ std::string linea(int numero, const FichaPuerto& ficha) {
     return sinControles(texto) + "\n";
 }
 
-nlohmann::ordered_json objeto(int numero, const FichaPuerto& ficha) {
-    nlohmann::ordered_json json;
-    json["puerto"] = numero;
-    json["dispositivo"] = ficha.dispositivo.string();
-    json["estado"] = nombreEstado(ficha.estado);
-    json["nombre_estable"] = ficha.nombreEstable.string();
-    json["fabricante"] = ficha.fabricante;
-    json["producto"] = ficha.producto;
-    json["serie"] = ficha.serie;
-    json["grupo"] = ficha.grupo;
-    json["ocupantes"] = nlohmann::ordered_json::array();
+Json objeto(int numero, const FichaPuerto& ficha) {
+    Json json;
+    json.poner("puerto", numero);
+    json.poner("dispositivo", ficha.dispositivo.string());
+    json.poner("estado", nombreEstado(ficha.estado));
+    json.poner("nombre_estable", ficha.nombreEstable.string());
+    json.poner("fabricante", ficha.fabricante);
+    json.poner("producto", ficha.producto);
+    json.poner("serie", ficha.serie);
+    json.poner("grupo", ficha.grupo);
+    auto ocupantes = Json::lista();
     for (const auto& [pid, nombre] : ficha.ocupantes) {
-        json["ocupantes"].push_back({{"pid", pid}, {"nombre", nombre}});
+        Json ocupante;
+        ocupante.poner("pid", pid);
+        ocupante.poner("nombre", nombre);
+        ocupantes.agregar(std::move(ocupante));
     }
+    json.poner("ocupantes", std::move(ocupantes));
     return json;
 }
 
@@ -120,7 +124,7 @@ std::vector<std::string> remedios(const std::vector<FichaPuerto>& fichas, const 
 
 void mostrarPuertos(ContextoCli& contexto, bool json) {
     const auto mapa = leerMapa(contexto.entorno, contexto.com);
-    auto lista = nlohmann::ordered_json::array();
+    auto lista = Json::lista();
     std::string texto;
     std::vector<FichaPuerto> fichas;
     for (int numero = 1; numero <= kUltimoPuerto; ++numero) {
@@ -128,13 +132,10 @@ void mostrarPuertos(ContextoCli& contexto, bool json) {
         const auto ficha =
             dispositivo ? describirPuerto(*dispositivo, contexto.entorno.raices) : FichaPuerto{};
         texto += linea(numero, ficha);
-        lista.push_back(objeto(numero, ficha));
+        lista.agregar(objeto(numero, ficha));
         fichas.push_back(ficha);
     }
-    contexto.consola.resultado(json ? controlesEscapados(lista.dump(
-                                          2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) +
-                                          "\n"
-                                    : texto);
+    contexto.consola.resultado(json ? lista.conSangria() : texto);
     for (const auto& que : remedios(fichas, contexto.entorno.raices)) contexto.consola.aviso(que);
 }
 

@@ -4,8 +4,8 @@
 #include <chrono>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
+#include "consola/json.h"
 #include "loggerconfig/pasos_lectura.h"
 #include "platform/recorte.h"
 #include "platform/texto_visible.h"
@@ -52,23 +52,22 @@ std::string configuracionParaPersonas(const DatosConfig& datos) {
 }
 
 std::string configuracionJson(const DatosConfig& datos, int puerto, const std::string& dispositivo) {
-    using nlohmann::ordered_json;
     const auto campo = [&](CampoTexto cual) { return std::string(recortado(datos[cual])); };
     const auto indice = indiceIntervalo(datos.intervaloCodigo);
     const auto reloj = relojDe(datos);
-    ordered_json json;
-    json["puerto"] = puerto;
-    json["dispositivo"] = dispositivo.empty() ? ordered_json() : ordered_json(dispositivo);
-    json["serie"] = datos.Nserie;
-    json["usuario"] = campo(CampoTexto::usuario);
-    json["ubicacion"] = campo(CampoTexto::ubicacion);
-    json["latitud"] = campo(CampoTexto::latitud);
-    json["longitud"] = campo(CampoTexto::longitud);
-    json["altitud"] = campo(CampoTexto::altitud);
-    json["intervalo_minutos"] = indice ? ordered_json(kIntervalos[*indice].minutos) : ordered_json();
-    json["reloj"] = reloj ? ordered_json(fechaIso(*reloj)) : ordered_json();
-    json["evaporacion"] = llevaEvaporacion(numeroDeSerie(datos.Nserie));
-    return controlesEscapados(json.dump(2, ' ', false, ordered_json::error_handler_t::replace)) + "\n";
+    Json json;
+    json.poner("puerto", puerto);
+    json.poner("dispositivo", dispositivo.empty() ? Json() : Json(dispositivo));
+    json.poner("serie", datos.Nserie);
+    json.poner("usuario", campo(CampoTexto::usuario));
+    json.poner("ubicacion", campo(CampoTexto::ubicacion));
+    json.poner("latitud", campo(CampoTexto::latitud));
+    json.poner("longitud", campo(CampoTexto::longitud));
+    json.poner("altitud", campo(CampoTexto::altitud));
+    json.poner("intervalo_minutos", indice ? Json(kIntervalos[*indice].minutos) : Json());
+    json.poner("reloj", reloj ? Json(fechaIso(*reloj)) : Json());
+    json.poner("evaporacion", llevaEvaporacion(numeroDeSerie(datos.Nserie)));
+    return json.conSangria();
 }
 
 std::string marcoParaPersonas(const MarcoEnLinea& marco) {

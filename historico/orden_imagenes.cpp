@@ -4,8 +4,8 @@
 #include <string>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
+#include "consola/json.h"
 #include "historico/ordenes.h"
 #include "historico/textos_historico.h"
 #include "platform/texto_visible.h"
@@ -21,33 +21,31 @@ struct OpcionesImagenes {
 
 using Descargas = std::map<Huella, FichaDescarga>;
 
-nlohmann::ordered_json objeto(const FichaDescarga& descarga) {
-    nlohmann::ordered_json json;
-    json["descargada"] = isoDe(descarga.descargada);
-    json["puerto"] = descarga.puerto;
-    json["dispositivo"] = descarga.dispositivo;
-    json["desfase_s"] =
-        descarga.desfase ? nlohmann::ordered_json(*descarga.desfase) : nlohmann::ordered_json();
-    json["verificada"] = descarga.verificada;
-    json["reintentos"] = descarga.reintentos;
-    json["errores_de_linea"] = descarga.erroresDeLinea;
+Json objeto(const FichaDescarga& descarga) {
+    Json json;
+    json.poner("descargada", isoDe(descarga.descargada));
+    json.poner("puerto", descarga.puerto);
+    json.poner("dispositivo", descarga.dispositivo);
+    json.poner("desfase_s", descarga.desfase);
+    json.poner("verificada", descarga.verificada);
+    json.poner("reintentos", descarga.reintentos);
+    json.poner("errores_de_linea", descarga.erroresDeLinea);
     return json;
 }
 
 std::string objeto(const EstacionGuardada& estacion, const FichaImagen& ficha, const Descargas& descargas) {
-    nlohmann::ordered_json json;
-    json["imagen"] = textoDe(ficha.huella);
-    json["estacion"] = estacion.nombre;
-    json["bytes"] = ficha.bytes;
-    json["reloj"] = ficha.reloj ? nlohmann::ordered_json(isoDe(*ficha.reloj)) : nlohmann::ordered_json();
-    json["incorporada"] = isoDe(ficha.incorporada);
-    json["origen"] = ficha.origen;
-    json["muestras"] = ficha.muestras;
-    json["retrocesos"] = ficha.retrocesos;
+    Json json;
+    json.poner("imagen", textoDe(ficha.huella));
+    json.poner("estacion", estacion.nombre);
+    json.poner("bytes", ficha.bytes);
+    json.poner("reloj", ficha.reloj ? Json(isoDe(*ficha.reloj)) : Json());
+    json.poner("incorporada", isoDe(ficha.incorporada));
+    json.poner("origen", ficha.origen);
+    json.poner("muestras", ficha.muestras);
+    json.poner("retrocesos", ficha.retrocesos);
     if (const auto suya = descargas.find(ficha.huella); suya != descargas.end())
-        json["descarga"] = objeto(suya->second);
-    return controlesEscapados(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) +
-           "\n";
+        json.poner("descarga", objeto(suya->second));
+    return json.enUnaLinea();
 }
 
 std::string linea(const FichaDescarga& descarga) {

@@ -7,9 +7,10 @@
 #include <vector>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "consola/codigos_salida.h"
+#include "consola/json.h"
+#include "consola/nombres.h"
 #include "consola/progreso.h"
 #include "historico/ficha.h"
 #include "historico/ordenes.h"
@@ -32,13 +33,6 @@ struct OpcionesIncorporar {
     std::optional<std::string> como;
     bool json = false;
 };
-
-std::string motivoNombre(const std::string& texto) {
-    constexpr std::string_view kValen = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
-    constexpr std::size_t kMasLargo = 64;
-    const bool bien = texto.size() <= kMasLargo && texto.find_first_not_of(kValen) == std::string::npos;
-    return bien ? "" : fmt::format("debe ser de letras, cifras, - y _, {} como mucho", kMasLargo);
-}
 
 bool esArchivoBase(const fs::path& ruta) {
     // Hidden ones are what programs leave behind while they write.
@@ -87,18 +81,18 @@ std::vector<PorIncorporar> expandir(const std::vector<std::string>& dados) {
 }
 
 std::string objeto(const std::string& archivo, const Incorporacion& i) {
-    nlohmann::ordered_json json;
-    json["archivo"] = archivo;
-    json["estacion"] = i.estacion;
-    json["imagen"] = textoDe(i.imagen);
-    json["repetida"] = i.repetida;
-    json["parcial"] = i.parcial;
-    json["muestras"] = i.muestras;
-    json["nuevas"] = i.nuevas;
-    json["conflictos"] = i.conflictos;
-    json["vacios"] = i.vacios;
-    json["descartados"] = i.descartados;
-    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    Json json;
+    json.poner("archivo", archivo);
+    json.poner("estacion", i.estacion);
+    json.poner("imagen", textoDe(i.imagen));
+    json.poner("repetida", i.repetida);
+    json.poner("parcial", i.parcial);
+    json.poner("muestras", i.muestras);
+    json.poner("nuevas", i.nuevas);
+    json.poner("conflictos", i.conflictos);
+    json.poner("vacios", i.vacios);
+    json.poner("descartados", i.descartados);
+    return json.enUnaLinea();
 }
 
 std::string linea(const std::string& archivo, const Incorporacion& i) {

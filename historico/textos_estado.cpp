@@ -6,38 +6,41 @@
 #include <optional>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
+#include "consola/json.h"
 #include "historico/textos_historico.h"
 
 namespace telvane {
 
 namespace {
 
-using nlohmann::ordered_json;
-
-ordered_json momentoONulo(const std::optional<Instante>& instante) {
-    return instante ? ordered_json(isoDe(*instante)) : ordered_json();
+Json momentoONulo(const std::optional<Instante>& instante) {
+    return instante ? Json(isoDe(*instante)) : Json();
 }
 
-ordered_json objeto(const EstadoEstacion& estado) {
+Json objeto(const EstadoEstacion& estado) {
     const auto& e = estado.observada.estacion;
     const auto datos = datosDe(e);
-    ordered_json json;
-    json["serie"] = e.nombre;
-    json["ubicacion"] = datos.ubicacion;
-    json["usuario"] = datos.usuario;
-    json["intervalo"] = datos.intervalo ? ordered_json(*datos.intervalo) : ordered_json();
-    json["muestras"] = e.resumen.muestras;
-    json["desde"] = momentoONulo(e.resumen.desde);
-    json["hasta"] = momentoONulo(e.resumen.hasta);
-    json["imagenes"] = e.resumen.imagenes;
-    json["huecos"] = e.resumen.huecos;
-    json["conflictos"] = e.resumen.conflictos;
-    json["incorporada"] = isoDe(e.resumen.incorporada);
-    json["avisos"] = ordered_json::array();
-    for (const auto& aviso : estado.avisos)
-        json["avisos"].push_back({{"codigo", codigoDe(aviso.clase)}, {"texto", aviso.texto}});
+    Json json;
+    json.poner("serie", e.nombre);
+    json.poner("ubicacion", datos.ubicacion);
+    json.poner("usuario", datos.usuario);
+    json.poner("intervalo", datos.intervalo);
+    json.poner("muestras", e.resumen.muestras);
+    json.poner("desde", momentoONulo(e.resumen.desde));
+    json.poner("hasta", momentoONulo(e.resumen.hasta));
+    json.poner("imagenes", e.resumen.imagenes);
+    json.poner("huecos", e.resumen.huecos);
+    json.poner("conflictos", e.resumen.conflictos);
+    json.poner("incorporada", isoDe(e.resumen.incorporada));
+    auto avisos = Json::lista();
+    for (const auto& aviso : estado.avisos) {
+        Json uno;
+        uno.poner("codigo", codigoDe(aviso.clase));
+        uno.poner("texto", aviso.texto);
+        avisos.agregar(std::move(uno));
+    }
+    json.poner("avisos", std::move(avisos));
     return json;
 }
 
@@ -146,10 +149,11 @@ bool avisa(const EstadoEstacion& estado, ClaseAviso clase) {
 }  // namespace
 
 std::string estadoJson(const std::vector<EstadoEstacion>& estaciones) {
-    ordered_json lista = ordered_json::array();
-    for (const auto& estado : estaciones) lista.push_back(objeto(estado));
-    const ordered_json todo{{"estaciones", std::move(lista)}};
-    return todo.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+    auto lista = Json::lista();
+    for (const auto& estado : estaciones) lista.agregar(objeto(estado));
+    Json json;
+    json.poner("estaciones", std::move(lista));
+    return json.conSangria();
 }
 
 std::string estadoParaPersonas(const std::vector<EstadoEstacion>& estaciones) {
