@@ -19,6 +19,7 @@
 #include "loggerconfig/lectura.h"
 #include "loggerconfig/serie.h"
 #include "platform/esperas.h"
+#include "platform/motivos.h"
 #include "platform/tarea.h"
 #include "platform/vigilia.h"
 #include "regional/module1.h"
@@ -30,16 +31,6 @@ namespace telvane {
 namespace {
 
 constexpr std::string_view kIntercambioEnCurso = "hay un intercambio en curso: espere a que termine";
-
-std::string queDice(const std::exception_ptr& fallo) {
-    try {
-        std::rethrow_exception(fallo);
-    } catch (const std::exception& error) {
-        return error.what();
-    } catch (...) {
-        return "error desconocido";
-    }
-}
 
 }  // namespace
 

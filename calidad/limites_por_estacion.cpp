@@ -17,16 +17,6 @@ namespace {
 constexpr std::string_view kBlancos = " \t\r";
 constexpr std::size_t kCifrasSerie = 8;
 
-std::vector<std::string_view> palabras(std::string_view texto) {
-    std::vector<std::string_view> todas;
-    for (texto = recortado(texto, kBlancos); !texto.empty(); texto = recortado(texto, kBlancos)) {
-        const auto fin = std::min(texto.find_first_of(kBlancos), texto.size());
-        todas.push_back(texto.substr(0, fin));
-        texto.remove_prefix(fin);
-    }
-    return todas;
-}
-
 // A decimal number of up to six digits before and after its point.
 std::optional<Millonesimas> numero(std::string_view texto) {
     const bool negativo = texto.starts_with('-');
@@ -155,7 +145,7 @@ LimitesPorEstacion LimitesPorEstacion::leer(std::string_view texto, const std::s
             if (igual == std::string_view::npos) throw ErrorDeLinea("se espera nombre = valores");
             if (actual == nullptr) throw ErrorDeLinea("falta la estación, como [02080050]");
             const auto clave = recortado(linea.substr(0, igual), kBlancos);
-            leerLimite(*actual, clave, palabras(linea.substr(igual + 1)));
+            leerLimite(*actual, clave, palabras(linea.substr(igual + 1), kBlancos));
             const auto [antes, nueva] =
                 vistas.try_emplace(std::pair(actual, std::string(clave)), numeroDeLinea);
             if (!nueva)

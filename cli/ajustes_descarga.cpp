@@ -12,6 +12,8 @@
 #include <fmt/format.h>
 
 #include "cli/ordenes.h"
+#include "consola/nombres.h"
+#include "data/sello.h"
 #include "link/direccion_tcp.h"
 #include "link/mapa_com.h"
 #include "link/puerto_serie.h"
@@ -40,16 +42,6 @@ bool blanco(char c) {
 }
 bool cifra(char c) {
     return c >= '0' && c <= '9';
-}
-
-std::vector<std::string> palabras(std::string_view texto) {
-    std::vector<std::string> lista;
-    while (!(texto = recortado(texto, kBlancos)).empty()) {
-        const auto fin = std::min(texto.find_first_of(kBlancos), texto.size());
-        lista.emplace_back(texto.substr(0, fin));
-        texto.remove_prefix(fin);
-    }
-    return lista;
 }
 
 // Takes a value's characters one after the other.
@@ -213,9 +205,9 @@ bool esOpcion(const std::string& palabra, std::string_view opcion) {
     return palabra == opcion || palabra.starts_with(std::string(opcion) + "=");
 }
 
-bool soloDeNombre(const std::string& texto) {
-    constexpr std::string_view kValen = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
-    return texto.find_first_not_of(kValen) == std::string::npos;
+// motivo: why the value is none; empty: it is one.
+void exigir(std::string_view ajuste, const std::string& valor, const std::string& motivo) {
+    if (!motivo.empty()) mal(fmt::format("{}: \"{}\" no vale: {}", ajuste, valor, motivo));
 }
 
 class Lector {
@@ -268,7 +260,7 @@ class Lector {
 
     void ponerNombreDeArchivo() {
         ajustes_.nombre = archivo_.stem().string();
-        if (ajustes_.nombre.empty() || !soloDeNombre(ajustes_.nombre))
+        if (!soloDeNombre(ajustes_.nombre))
             falta("el nombre de la estación es el del archivo, de letras sin tilde, cifras, - y _: cámbielo");
     }
 
@@ -335,20 +327,15 @@ class Lector {
         ajustes_.nombre = std::move(valor);
     }
     void perfil(std::string valor) {
-        if (valor != "ampliado" && valor != "estricto")
-            mal(fmt::format("PERFIL: \"{}\" no vale: es ampliado o estricto", valor));
+        exigir("PERFIL", valor, motivoPerfil(valor));
         ajustes_.perfil = std::move(valor);
     }
     void serie(std::string valor) {
-        if (const auto motivo = motivoSerieMostrada(valor); !motivo.empty())
-            mal(fmt::format("SERIE: \"{}\" no vale: {}", valor, motivo));
+        exigir("SERIE", valor, motivoSerieMostrada(valor));
         ajustes_.serie = std::move(valor);
     }
     void como(std::string valor) {
-        constexpr std::size_t kMasLargo = 64;
-        if (valor.empty() || valor.size() > kMasLargo || !soloDeNombre(valor))
-            mal(fmt::format("COMO: \"{}\" no vale: es de letras sin tilde, cifras, - y _, {} como mucho",
-                            valor, kMasLargo));
+        exigir("COMO", valor, motivoNombre(valor));
         ajustes_.como = std::move(valor);
     }
     void archivo(std::string valor) {
@@ -363,7 +350,8 @@ class Lector {
     // What the settings say themselves is not for the options; a profile in the last of them counts instead
     // of PERFIL.
     void opciones(std::string valor) {
-        ajustes_.opciones = palabras(valor);
+        const auto escritas = palabras(valor, kBlancos);
+        ajustes_.opciones.assign(escritas.begin(), escritas.end());
         for (const auto& palabra : ajustes_.opciones) {
             if (esOpcion(palabra, "--base") || esOpcion(palabra, "--csv"))
                 mal(fmt::format("OPCIONES: {} no vale aquí: los nombres salen de CARPETA y {}", palabra,

@@ -47,7 +47,7 @@ fs::path rutaParcial(const Destino& destino) {
 void exigirArchivo(const fs::path& ruta, const struct stat& datos) {
     if (S_ISLNK(datos.st_mode)) rehusar(ruta, "es un enlace");
     if (S_ISDIR(datos.st_mode)) rehusar(ruta, motivoSistema(EISDIR));
-    if (!S_ISREG(datos.st_mode)) rehusar(ruta, "no es un archivo normal");
+    if (!S_ISREG(datos.st_mode)) rehusar(ruta, kNoEsArchivoNormal);
 }
 
 }  // namespace

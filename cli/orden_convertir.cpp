@@ -20,6 +20,7 @@
 #include "data/sello.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
+#include "platform/motivos.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -113,8 +114,7 @@ void convertir(ContextoCli& contexto, const OpcionesConvertir& opciones) {
     const auto lista = pares(opciones, trabajo.formato);
     revisarJuntas(contexto.entorno, lista);
     if (!opciones.carpeta.empty() && !fs::is_directory(opciones.carpeta))
-        throw ErrorCli(CodigoSalida::fallo,
-                       fmt::format("no existe la carpeta {}", nombreVisible(opciones.carpeta)));
+        throw ErrorCli(CodigoSalida::fallo, motivoSinCarpeta(opciones.carpeta));
     if (lista.size() == 1) {
         convertirUna(contexto, trabajo, lista.front());
         return;

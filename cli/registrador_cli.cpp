@@ -252,25 +252,22 @@ void RegistradorCli::escribirConfiguracion(const std::function<std::string()>& m
                                            std::size_t& enviados) {
     despertar();
     const auto texto = mensaje();
-    LineaRegistrador linea(entorno_, puertos_, numero_);
-    linea.enviar(kApertura);
-    Paso<HitoEnvio> paso;
-    for (std::int32_t contador = 1; paso.hito != HitoEnvio::fin; ++contador) {
-        recibir(linea, contador);
-        paso = pasoEscritura(contador, texto);
-        if (contador > 1) ++enviados;
-        linea.enviar(paso.respuesta.value());
-    }
+    enviarPorPasos([&](std::int32_t contador) { return pasoEscritura(contador, texto); }, enviados);
 }
 
 void RegistradorCli::escribirSerie(const SerieEmpacada& serie, std::size_t& enviados) {
     despertar();
+    enviarPorPasos([&](std::int32_t contador) { return pasoSerie(contador, serie); }, enviados);
+}
+
+void RegistradorCli::enviarPorPasos(const std::function<Paso<HitoEnvio>(std::int32_t)>& pasoDe,
+                                    std::size_t& enviados) {
     LineaRegistrador linea(entorno_, puertos_, numero_);
     linea.enviar(kApertura);
     Paso<HitoEnvio> paso;
     for (std::int32_t contador = 1; paso.hito != HitoEnvio::fin; ++contador) {
         recibir(linea, contador);
-        paso = pasoSerie(contador, serie);
+        paso = pasoDe(contador);
         if (contador > 1) ++enviados;
         linea.enviar(paso.respuesta.value());
     }

@@ -13,6 +13,7 @@
 #include "cli/entorno_cli.h"
 #include "cli/linea_registrador.h"
 #include "consola/consola.h"
+#include "link/paso.h"
 #include "link/protocolo.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
@@ -91,6 +92,9 @@ class RegistradorCli {
     std::string otroAparato() const;
     DatosConfig leerUnaVez();
     void despertar();
+    // pasoDe: what the logger's byte of this counter is answered with.
+    void enviarPorPasos(const std::function<Paso<HitoEnvio>(std::int32_t contador)>& pasoDe,
+                        std::size_t& enviados);
     void recibirMemoria(LineaRegistrador& linea, const AlBloque& alBloque);
     std::uint8_t recibir(LineaRegistrador& linea, std::int32_t contador, std::size_t cuantos = 1);
     void recibirBloque(LineaRegistrador& linea, std::uint8_t primero, std::size_t numero,

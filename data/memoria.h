@@ -49,6 +49,9 @@ class Memoria {
     Bytes bytes_;
 };
 
+// Blocks 0 to 5 are the logger's header.
+inline constexpr std::int32_t kPrimerBloqueConMuestras = 6;
+
 // Last block that the decoding loops visit, the bar's maximum, and the end value of a download's counter
 // (2 handshake replies and 4096 blocks).
 inline constexpr std::int32_t kUltimoBloque = 4098;

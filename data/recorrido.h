@@ -10,8 +10,7 @@
 
 namespace telvane {
 
-// What blocks 0 to 5 (the logger's header) and 8000 and above yield is decoded and dropped.
-inline constexpr std::int32_t kPrimerBloqueConMuestras = 6;
+// What the blocks of the logger's header and blocks 8000 and above yield is decoded and dropped.
 inline constexpr std::int32_t kFinBloquesConMuestras = 8000;
 
 namespace recorrido {

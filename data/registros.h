@@ -13,8 +13,9 @@
 namespace telvane {
 
 // Slots of 32 bytes, counted from the start of the image; the first twelve are the logger's header.
-inline constexpr std::size_t kPrimeraRanura = 12;
-inline constexpr std::size_t kRanuras = 8192;
+inline constexpr std::size_t kPrimeraRanura =
+    kPrimerBloqueConMuestras * (kBytesBloque / registro_muestra::kBytes);
+inline constexpr std::size_t kRanuras = kBytesMemoria / registro_muestra::kBytes;
 
 // Calls para(ranura, registro) for every whole record with a good stamp of an image of any length, in order.
 // Which are good is what the extended profile says: these are the records that it writes a line for.

@@ -9,6 +9,7 @@
 #include "informe/recursos.h"
 #include "informe/tablas.h"
 #include "informe/texto_html.h"
+#include "regional/formatos.h"
 
 namespace telvane::informe {
 
@@ -311,7 +312,7 @@ void clima(std::string& html, const Estadistica& e) {
     for (std::size_t i = 0; i < tablas.size(); ++i) {
         const auto& mes = meses[meses.size() - tablas.size() + i].mes;
         const bool plegado = plegados && i + 1 < tablas.size();
-        if (plegado) agregar(html, "<details><summary>{} de {}</summary>", nombreMes(mes.mes), mes.anio);
+        if (plegado) agregar(html, "<details><summary>{} de {}</summary>", nombreDeMes(mes.mes), mes.anio);
         html += tablas[i];
         if (plegado) html += "</details>\n";
     }

@@ -8,6 +8,7 @@
 #include "informe/informe.h"
 #include "informe/texto_html.h"
 #include "platform/cp1252.h"
+#include "regional/formatos.h"
 
 namespace telvane::informe {
 
@@ -97,7 +98,7 @@ std::string filaDe(const std::string& nombre, const Cuentas* c, const std::strin
 }
 
 void encabezar(std::string& texto, const EstacionInformada& estacion, const MesContado& mes) {
-    const auto titulo = fmt::format("Resumen climático de {} de {}", nombreMes(mes.mes.mes), mes.mes.anio);
+    const auto titulo = fmt::format("Resumen climático de {} de {}", nombreDeMes(mes.mes.mes), mes.mes.anio);
     agregarLinea(texto, std::string((kAncho - std::min(caracteres(titulo), kAncho)) / 2, ' ') + titulo);
     agregarLinea(texto, "");
     const auto dato = [&](CampoTexto campo) { return llanoDeRegistrador(estacion[campo]); };

@@ -8,6 +8,7 @@
 
 #include "informe/grafico.h"
 #include "informe/texto_html.h"
+#include "regional/formatos.h"
 
 namespace telvane::informe {
 
@@ -394,7 +395,7 @@ std::string tablaDeRosa(const Informe& informe) {
 
 std::string tablaDeClima(const ClimaDelMes& clima) {
     const auto& mes = *clima.mes;
-    Tabla tabla(fmt::format("Clima de {} de {}", nombreMes(mes.mes.mes), mes.mes.anio), "clima");
+    Tabla tabla(fmt::format("Clima de {} de {}", nombreDeMes(mes.mes.mes), mes.mes.anio), "clima");
     tabla.cabecera({"Día", "Temp. media<small>ºC</small>", "máx.", "mín.",
                     "Grados-día<small>calefacción</small>", "Grados-día<small>refrigeración</small>",
                     "Lluvia<small>mm</small>", "Viento medio<small>km/h</small>", "máx.",

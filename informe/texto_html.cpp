@@ -5,14 +5,13 @@
 
 #include <fmt/format.h>
 
+#include "regional/formatos.h"
+
 namespace telvane::informe {
 
 namespace {
 
 constexpr std::string_view kReemplazo = "\xEF\xBF\xBD";  // U+FFFD
-constexpr std::array<std::string_view, 12> kMeses = {"enero",      "febrero", "marzo",     "abril",
-                                                     "mayo",       "junio",   "julio",     "agosto",
-                                                     "septiembre", "octubre", "noviembre", "diciembre"};
 
 struct Caracter {
     char32_t codigo = 0;
@@ -114,7 +113,7 @@ std::string numero(double valor, int decimales) {
 
 std::string fecha(Instante momento) {
     const auto f = fechaDe(momento);
-    return fmt::format("{:02}/{:02}/{:04}", f.dia, f.mes, f.anio);
+    return fechaCorta(f.anio, f.mes, f.dia);
 }
 
 std::string hora(Instante momento) {
@@ -126,12 +125,8 @@ std::string fechaHora(Instante momento) {
     return fecha(momento) + ' ' + hora(momento);
 }
 
-std::string nombreMes(int mes) {
-    return std::string(kMeses[static_cast<std::size_t>(mes - 1)]);
-}
-
 std::string mesCorto(int mes) {
-    return nombreMes(mes).substr(0, 3);
+    return std::string(nombreDeMes(mes).substr(0, 3));
 }
 
 }  // namespace telvane::informe

@@ -25,8 +25,7 @@ std::string numero(double valor, int decimales);
 std::string fecha(Instante momento);
 std::string hora(Instante momento);
 std::string fechaHora(Instante momento);
-// "noviembre de 2018", "nov".
-std::string nombreMes(int mes);
+// "nov"
 std::string mesCorto(int mes);
 
 }  // namespace telvane::informe

@@ -31,13 +31,11 @@ namespace {
 
 using Cronometro = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPlazoEscritura{1};
 // A dead peer is given up after some 25 s of silence, or 15 s with bytes under way.
 constexpr int kSilencioAntesDePreguntar = 10;
 constexpr int kEntrePreguntas = 5;
 constexpr int kPreguntas = 3;
 constexpr int kPlazoSinAcuse = 15'000;
-constexpr int kLecturasAlVaciar = 64;
 
 struct Fallo {
     MotivoPuerto motivo;

@@ -48,4 +48,9 @@ void Enlace::ofrecerReconexion() {
     forma.Command1.caption = std::string(textos::kConectar);
 }
 
+Tarea<> Enlace::avisarSinEquipo() {
+    co_await avisar(textos::kNoHayEquipo);
+    ofrecerReconexion();
+}
+
 }  // namespace telvane

@@ -65,6 +65,8 @@ struct Enlace {
     Tarea<> avisar(std::string_view texto);
     // Command1 enabled, asking whether to connect.
     void ofrecerReconexion();
+    // What the user is told and offered where no logger answered.
+    Tarea<> avisarSinEquipo();
 
    private:
     bool tomarLinea(MSComm& canal, std::uint8_t primero) const;

@@ -2,6 +2,7 @@
 // one.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -47,6 +48,12 @@ struct AjustesLinea {
     // Throws ErrorPuerto (lineaInvalida).
     static AjustesLinea leer(const std::string& texto);
 };
+
+// How long a port may take nothing more before a write is given up.
+inline constexpr std::chrono::seconds kPlazoEscritura{1};
+// Reads that empty a port: more than the system holds for a line, so that emptying one that never falls
+// silent ends.
+inline constexpr int kLecturasAlVaciar = 64;
 
 // One open port; destroying it closes it and discards what it held. Not a thing of threads.
 class PuertoSerie {

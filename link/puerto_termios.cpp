@@ -28,11 +28,8 @@ namespace telvane {
 
 namespace {
 
-constexpr std::chrono::seconds kPlazoEscritura{1};
 constexpr std::chrono::milliseconds kPlazoSalida{200};
 constexpr std::chrono::milliseconds kRevisionLinea{100};
-// More than the system holds for a line, so that emptying one that never falls silent ends.
-constexpr int kLecturasAlVaciar = 64;
 
 // A request that a driver may not know: a pseudo-terminal has neither modem lines nor counters, some adapters
 // have only one of them. What follows does without.

@@ -11,7 +11,6 @@ namespace telvane {
 
 namespace {
 
-constexpr std::string_view kEmpezar = "DATOS EN LINEA";
 constexpr std::string_view kParar = "PARAR";
 
 }  // namespace
@@ -19,7 +18,7 @@ constexpr std::string_view kParar = "PARAR";
 void DatosEnLinea::parar() {
     auto& forma = enlace_.forma;
     forma.Text60.visible = false;
-    forma.Command4.caption = std::string(kEmpezar);
+    forma.Command4.caption = std::string(textos::kEnLinea);
     enLinea_ = false;
     for (auto* boton : {&forma.Command43, &forma.Command13, &forma.Command2, &forma.configuracion}) {
         boton->enabled = true;
@@ -31,8 +30,7 @@ Tarea<> DatosEnLinea::empezar() {
     auto& estado = enlace_.estado;
     auto& canal = enlace_.canales.MSComm6;
     if (!estado.respuesta) {
-        co_await enlace_.avisar(textos::kNoHayEquipo);
-        enlace_.ofrecerReconexion();
+        co_await enlace_.avisarSinEquipo();
         co_return;
     }
     for (auto* boton : {&forma.Command33, &forma.Command43, &forma.Command13, &forma.Command2,
@@ -57,8 +55,7 @@ Tarea<> DatosEnLinea::empezar() {
     if (estado.respuesta || !enLinea_) co_return;
     // Before the message: a late answer must start nothing behind it.
     canal.PortOpen(false);
-    co_await enlace_.avisar(textos::kNoHayEquipo);
-    enlace_.ofrecerReconexion();
+    co_await enlace_.avisarSinEquipo();
 }
 
 void DatosEnLinea::alComunicar() {

@@ -89,8 +89,7 @@ Tarea<> EscrituraConfig::enviar() {
     co_await enlace_.esperarRespuesta();
     if (enlace_.estado.respuesta) co_return;
     enlace_.canales.MSComm5.PortOpen(false);
-    co_await enlace_.avisar(textos::kNoHayEquipo);
-    enlace_.ofrecerReconexion();
+    co_await enlace_.avisarSinEquipo();
 }
 
 void EscrituraConfig::alComunicar() {

@@ -20,8 +20,7 @@ Tarea<> LecturaConfig::alPulsar() {
     auto& forma = enlace_.forma;
     presenta_.descargar();
     if (!enlace_.estado.respuesta) {
-        co_await enlace_.avisar(textos::kNoHayEquipo);
-        enlace_.ofrecerReconexion();
+        co_await enlace_.avisarSinEquipo();
         co_return;
     }
     enlace_.estado.respuesta = false;
@@ -35,8 +34,7 @@ Tarea<> LecturaConfig::alPulsar() {
     co_await enlace_.esperarRespuesta();
     if (!enlace_.estado.respuesta) {
         enlace_.canales.MSComm2.PortOpen(false);
-        co_await enlace_.avisar(textos::kNoHayEquipo);
-        enlace_.ofrecerReconexion();
+        co_await enlace_.avisarSinEquipo();
         forma.configuracion.enabled = true;
     }
     habilitarEdicion(forma);

@@ -38,9 +38,8 @@ Tarea<> EscrituraSerie::enviar() {
     co_await enlace_.esperarRespuesta();
     if (enlace_.estado.respuesta) co_return;
     enlace_.canales.MSComm3.PortOpen(false);
-    co_await enlace_.avisar(textos::kNoHayEquipo);
+    co_await enlace_.avisarSinEquipo();
     forma.Text10.enabled = true;
-    enlace_.ofrecerReconexion();
 }
 
 void EscrituraSerie::alComunicar() {

@@ -25,7 +25,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kNoEsNormal = "no es un archivo normal";
 constexpr std::string_view kSeLee = "de ahí se lee lo que se guarda";
 
 // Inner failure: the reason on its way to the one place that names the file.
@@ -110,7 +109,7 @@ void revisarCarpeta(const Destino& destino) {
     const auto carpeta = carpetaDe(destino.ruta);
     struct stat datos {};
     if (::stat(carpeta.c_str(), &datos) != 0) {
-        if (errno == ENOENT) throw Fallo{fmt::format("no existe la carpeta {}", nombreVisible(carpeta))};
+        if (errno == ENOENT) throw Fallo{motivoSinCarpeta(carpeta)};
         fallar(errno);
     }
     if (!S_ISDIR(datos.st_mode)) fallar(ENOTDIR);
@@ -166,7 +165,7 @@ void revisarPrevio(Destino& destino) {
         return;
     }
     if (S_ISDIR(datos.st_mode)) fallar(EISDIR);
-    if (!S_ISREG(datos.st_mode)) throw Fallo{std::string(kNoEsNormal)};
+    if (!S_ISREG(datos.st_mode)) throw Fallo{std::string(kNoEsArchivoNormal)};
     if (destino.nuevo) throw Fallo{motivoEscritura(EEXIST)};
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
@@ -186,7 +185,8 @@ void revisar(Destino& destino, const ReglaDestino& regla) {
         destino.ruta = destino.pedido;
         return;
     }
-    if (esta && !S_ISREG(datos.st_mode) && !S_ISDIR(datos.st_mode)) throw Fallo{std::string(kNoEsNormal)};
+    if (esta && !S_ISREG(datos.st_mode) && !S_ISDIR(datos.st_mode))
+        throw Fallo{std::string(kNoEsArchivoNormal)};
     destino.ruta = seguirEnlaces(destino.pedido);
     revisarNombre(destino.pedido, regla.vedadas);
     revisarNombre(destino.ruta, regla.vedadas);
@@ -195,7 +195,7 @@ void revisar(Destino& destino, const ReglaDestino& regla) {
     // A descriptor's name under /proc leads to a file that may have no name any more.
     if (esta && S_ISREG(datos.st_mode) &&
         (!destino.previo || destino.previo->st_ino != datos.st_ino || destino.previo->st_dev != datos.st_dev))
-        throw Fallo{std::string(kNoEsNormal)};
+        throw Fallo{std::string(kNoEsArchivoNormal)};
     revisarCarpeta(destino);
     revisarSitio(destino, regla.bytes);
 }

@@ -75,6 +75,10 @@ std::string motivoEscritura(int numero) {
     return motivoSistema(numero);
 }
 
+std::string motivoSinCarpeta(const std::filesystem::path& carpeta) {
+    return fmt::format("no existe la carpeta {}", nombreVisible(carpeta));
+}
+
 std::string motivoDe(const std::exception& error) {
     if (const auto* archivo = dynamic_cast<const std::filesystem::filesystem_error*>(&error))
         return fmt::format("{}: {}", nombreVisible(archivo->path1()), motivoSistema(archivo->code().value()));
@@ -82,6 +86,16 @@ std::string motivoDe(const std::exception& error) {
         return motivoSistema(sistema->code().value());
     if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) return motivoSistema(ENOMEM);
     return error.what();
+}
+
+std::string queDice(const std::exception_ptr& fallo) {
+    try {
+        std::rethrow_exception(fallo);
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (...) {
+        return "error desconocido";
+    }
 }
 
 }  // namespace telvane

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <exception>
+#include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace telvane {
 
@@ -10,9 +12,14 @@ namespace telvane {
 std::string motivoSistema(int numero);
 // The same for a write to a file, where the session's own limit may be what stops it.
 std::string motivoEscritura(int numero);
+// A device, a socket and the like stand where a file is meant.
+inline constexpr std::string_view kNoEsArchivoNormal = "no es un archivo normal";
+std::string motivoSinCarpeta(const std::filesystem::path& carpeta);
 
 // The text of an exception for the user, in Spanish whoever threw it: those of the system and of the standard
 // library speak English.
 std::string motivoDe(const std::exception& error);
+// What a failure says by itself, of whatever type it is.
+std::string queDice(const std::exception_ptr& fallo);
 
 }  // namespace telvane

@@ -48,8 +48,12 @@ std::string horaLarga(const FechaHora& momento) {
 
 std::string fechaLarga(const FechaHora& momento) {
     const std::chrono::weekday dia(diaDe(momento.anio, momento.mes, momento.dia));
-    return fmt::format("{}, {} de {} de {}", kDias[dia.c_encoding()], momento.dia,
-                       kMeses[static_cast<std::size_t>(momento.mes - 1)], momento.anio);
+    return fmt::format("{}, {} de {} de {}", kDias[dia.c_encoding()], momento.dia, nombreDeMes(momento.mes),
+                       momento.anio);
+}
+
+std::string_view nombreDeMes(int mes) {
+    return kMeses[static_cast<std::size_t>(mes - 1)];
 }
 
 Fecha fechaConAcarreo(int anio, int mes, int dia) {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 
 #include "platform/reloj.h"
 
@@ -16,6 +17,8 @@ std::string horaLarga(std::chrono::seconds deDia);
 std::string horaLarga(const FechaHora& momento);
 // "viernes, 20 de noviembre de 2026"
 std::string fechaLarga(const FechaHora& momento);
+// "noviembre": mes 1 to 12.
+std::string_view nombreDeMes(int mes);
 
 // Civil date; any year of the proleptic Gregorian calendar.
 struct Fecha {

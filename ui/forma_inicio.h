@@ -4,6 +4,7 @@
 #include <array>
 
 #include "ui/formulario.h"
+#include "ui/textos.h"
 
 namespace telvane {
 
@@ -20,7 +21,7 @@ struct FormaInicio final : Formulario {
     Control Command5{*this, "Command5", Clase::boton, {.caption = "Coeficientes"}};
 
     // Live data, download, exports
-    Control Command4{*this, "Command4", Clase::boton, {.caption = "DATOS EN LINEA"}};
+    Control Command4{*this, "Command4", Clase::boton, {.caption = textos::kEnLinea}};
     Control Command13{*this,
                       "Command13",
                       Clase::boton,

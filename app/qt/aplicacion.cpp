@@ -7,6 +7,7 @@
 #include <QLibraryInfo>
 #include <QLocale>
 
+#include "platform/motivos.h"
 #include "ui/qt/letras.h"
 
 namespace telvane {
@@ -66,12 +67,9 @@ void Aplicacion::hablarCastellano() {
 bool Aplicacion::notify(QObject* receptor, QEvent* suceso) {
     try {
         return QApplication::notify(receptor, suceso);
-    } catch (const std::exception& error) {
-        if (!alFallar_) throw;
-        alFallar_(error.what());
     } catch (...) {
         if (!alFallar_) throw;
-        alFallar_("error desconocido");
+        alFallar_(queDice(std::current_exception()));
     }
     return true;
 }

@@ -2,6 +2,7 @@
 #include <array>
 #include <string>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -10,6 +11,7 @@
 #include "informe/recursos.h"
 #include "informe/texto_html.h"
 #include "platform/cp1252.h"
+#include "regional/formatos.h"
 #include "tests/informe/juzgadas.h"
 
 namespace telvane::informe {
@@ -247,7 +249,7 @@ TEST(Pagina, AllMonthsHaveTheirClimateOrThePageSaysWhyNot) {
     };
     const auto anio = de(365 * 48, 30min);
     for (int mes = 1; mes <= 12; ++mes)
-        EXPECT_FALSE(tabla(anio, "Clima de " + nombreMes(mes) + " de 2018").empty()) << mes;
+        EXPECT_FALSE(tabla(anio, fmt::format("Clima de {} de 2018", nombreDeMes(mes))).empty()) << mes;
     EXPECT_THAT(anio, HasSubstr("<details><summary>enero de 2018</summary>"));
     EXPECT_THAT(anio, Not(HasSubstr("<summary>diciembre de 2018"))) << "the last one is in sight";
     EXPECT_THAT(anio, HasSubstr("plegados"));

@@ -91,7 +91,7 @@ for nombre in '' ../norte norte/; do
     rehusa 1 "NOMBRE: \"$nombre\" no vale"
 done
 ajustar PERFIL=
-rehusa 1 'PERFIL: "" no vale: es ampliado o estricto'
+rehusa 1 'PERFIL: "" no vale: debe ser estricto o ampliado'
 ajustar NOMBRE=norte 'OPCIONES="--verificar --csv -"'
 rehusa 2 'OPCIONES: --csv no vale aquí'
 ajustar 'OPCIONES=--com=1=/dev/null'
