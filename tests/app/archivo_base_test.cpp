@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "tests/apoyo/leer_todo.h"
 #include "tests/app/banco.h"
 
 namespace telvane {
@@ -47,7 +48,7 @@ class Importar : public Banco {
         dialogos.responderArchivo(carpeta.ruta() / "datos.xls");
         forma.Command33.enabled = true;
         pulsar(forma.Command33);
-        return contenido(carpeta.ruta() / "datos.xls");
+        return leerTodo(carpeta.ruta() / "datos.xls");
     }
     // Outside the evaporation variant, before and after its first bytes change.
     static std::string simulada() {
@@ -86,7 +87,7 @@ TEST_F(Importar, GivesTheSampleLinesOfADownloadOfTheSameImage) {
     pulsar(forma.Command13);
     ASSERT_TRUE(bucle.correrHasta([&] { return std::filesystem::exists(carpeta.ruta() / "datos.CSV"); }));
     bucle.avanzar(1s);
-    const auto csv = contenido(carpeta.ruta() / "datos.CSV");
+    const auto csv = leerTodo(carpeta.ruta() / "datos.CSV");
     importar(std::filesystem::directory_iterator(carpeta.ruta() / "base")->path());
     const auto xls = exportado();
     EXPECT_EQ(csv.substr(csv.find("20/11/2018")), xls.substr(xls.find("20/11/2018")));
@@ -194,14 +195,6 @@ TEST_F(Importar, AFolderAFifoAndAMissingFileAreToldAndLoseNothing) {
         EXPECT_TRUE(forma.Command43.enabled());
     }
     EXPECT_EQ(exportado(), antes);
-}
-
-TEST(NombreArchivoBase, HasNoPathPartsWhateverTheSerialNumberHolds) {
-    const FechaHora momento{2026, 1, 2, 3h + 4min + 5s};
-    EXPECT_EQ(nombreArchivoBase("02080050", momento), "02080050_20260102_030405.rgt");
-    EXPECT_EQ(nombreArchivoBase("9:;<=>?/", momento), "9________20260102_030405.rgt");
-    EXPECT_EQ(nombreArchivoBase("????????", momento), "sin_serie_20260102_030405.rgt") << "erased";
-    EXPECT_EQ(nombreArchivoBase("", momento), "sin_serie_20260102_030405.rgt");
 }
 
 }  // namespace

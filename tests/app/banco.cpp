@@ -1,18 +1,10 @@
 #include "tests/app/banco.h"
 
-#include <fstream>
-#include <iterator>
-
 #include "platform/cp1252.h"
 
 namespace telvane {
 
 using namespace std::chrono_literals;
-
-std::string contenido(const std::filesystem::path& ruta) {
-    std::ifstream archivo(ruta, std::ios::binary);
-    return {std::istreambuf_iterator<char>(archivo), {}};
-}
 
 Banco::Banco(int baudios, Perfil perfil, const HacerRed& hacerRed)
     : puertos(bucle, bucle.reloj(), baudios),

@@ -49,8 +49,6 @@ class RegistroRegionalPrueba final : public Registro {
     std::vector<std::string> escritos;
 };
 
-std::string contenido(const std::filesystem::path& ruta);
-
 class Banco : public ::testing::Test {
    protected:
     // red: makes the network through which COM1 is reached; none: the port stands in the PC.

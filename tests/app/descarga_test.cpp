@@ -1,6 +1,7 @@
 // The memory download.
 #include <fstream>
 
+#include "tests/apoyo/leer_todo.h"
 #include "tests/app/banco.h"
 
 namespace telvane {
@@ -58,7 +59,7 @@ TEST_F(DescargaTest, KeepsTheRawImageAsABaseFileBeforeTheExport) {
     ASSERT_EQ(bases.size(), 1u);
     EXPECT_EQ(bases[0].filename(), "02080050_20261120_100004.rgt");
     const auto& imagen = puertos.maquina(1).imagen();
-    EXPECT_EQ(contenido(bases[0]), std::string(imagen.begin(), imagen.end()));
+    EXPECT_EQ(leerTodo(bases[0]), std::string(imagen.begin(), imagen.end()));
     const auto impresas = lineas();
     EXPECT_NE(std::find(impresas.begin(), impresas.end(), "archivo base: " + bases[0].string()),
               impresas.end());

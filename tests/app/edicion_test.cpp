@@ -1,6 +1,4 @@
 // Editing the configuration on the form.
-#include "loggerconfig/edicion.h"
-
 #include "tests/app/banco.h"
 
 namespace telvane {
@@ -108,16 +106,6 @@ TEST_F(EdicionTest, ChoosingAnIntervalUnchecksTheOthers) {
     pulsar(forma.Command2);
     pulsar(forma.Option2);
     for (auto* opcion : forma.opciones()) EXPECT_EQ(opcion->value(), opcion == &forma.Option2 ? 1 : 0);
-}
-
-TEST(LeerHora, TakesTimesOfTheDayOnly) {
-    EXPECT_EQ(leerHora("00:00:00"), 0s);
-    EXPECT_EQ(leerHora("23:59:59"), 86399s);
-    EXPECT_EQ(leerHora("1:2:3"), 3723s);
-    for (const auto* mala : {"", "24:00:00", "12:60:00", "12:00:60", "12:00", "12:00:00:00", " 1:00:00",
-                             "__:__:__", "::", "-1:00:00", "1a:00:00", "120:00:00"}) {
-        EXPECT_FALSE(leerHora(mala)) << mala;
-    }
 }
 
 }  // namespace

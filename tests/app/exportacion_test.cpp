@@ -5,6 +5,7 @@
 
 #include "data/informe.h"
 #include "platform/cp1252.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/app/banco.h"
 
 namespace telvane {
@@ -45,7 +46,7 @@ TEST_F(Exportar, WritesHeaderConfigurationColumnsAndSamplesInWindows1252) {
     conectar();
     const auto ruta = carpeta.ruta() / "datos.CSV";
     descargarHasta(ruta, Boton::no);
-    const auto partes = enLineas(contenido(ruta));
+    const auto partes = enLineas(leerTodo(ruta));
     EXPECT_EQ(partes[0], " Equipo Registrador VELTRA ");
     EXPECT_EQ(partes[1], "proceso realizado el 20/11/2026  a las 10:00:04");
     EXPECT_EQ(partes[2], "");
@@ -60,7 +61,7 @@ TEST_F(Exportar, WritesHeaderConfigurationColumnsAndSamplesInWindows1252) {
     EXPECT_TRUE(partes[14].starts_with("20/11/2018,00:00:00,"));
     EXPECT_EQ(partes.size(), 14u + 8178 + 1);
     EXPECT_EQ(partes.back(), "");
-    EXPECT_EQ(cp1252DeUtf8(forma.RichTextBox1.text()), contenido(ruta));
+    EXPECT_EQ(cp1252DeUtf8(forma.RichTextBox1.text()), leerTodo(ruta));
     EXPECT_TRUE(forma.RichTextBox1.text().starts_with(forma.RichTextBox2.text()));
     EXPECT_TRUE(dialogos.documentos().empty()) << "No opens nothing";
     EXPECT_EQ(lineas().back(),
@@ -126,7 +127,7 @@ TEST_F(Exportar, AFailedSavePrintsTheReasonAndLeavesTheOldFile) {
         EXPECT_THAT(lineas(), Each(Not(HasSubstr("escritas"))));
         EXPECT_TRUE(forma.Command13.enabled());
         EXPECT_TRUE(dialogos.documentos().empty());
-        EXPECT_EQ(contenido(ruta), "viejo");
+        EXPECT_EQ(leerTodo(ruta), "viejo");
     }
 }
 
@@ -136,7 +137,7 @@ TEST_F(Exportar, OutsideTheEvaporationVariantThereAreTenColumns) {
     conectar(1, maquina);
     const auto ruta = carpeta.ruta() / "datos.CSV";
     descargarHasta(ruta, Boton::no);
-    const auto partes = enLineas(contenido(ruta));
+    const auto partes = enLineas(leerTodo(ruta));
     EXPECT_EQ(std::count(partes[13].begin(), partes[13].end(), ','), 9);
     EXPECT_EQ(std::count(partes[14].begin(), partes[14].end(), ','), 9);
 }
@@ -145,7 +146,7 @@ TEST_F(Exportar, AMemoryWithoutSamplesStillHoldsHeaderColumnsAndTheFinalLine) {
     conectar(1, MaquinaRegistrador(std::vector<std::uint8_t>(262144, 0xFF)));
     const auto ruta = carpeta.ruta() / "datos.CSV";
     descargarHasta(ruta, Boton::no);
-    const auto texto = contenido(ruta);
+    const auto texto = leerTodo(ruta);
     EXPECT_TRUE(texto.ends_with("[mm]\r\n\r\n"));
     EXPECT_EQ(enLineas(texto).size(), 15u);
 }
@@ -159,7 +160,7 @@ TEST_F(Exportar, TheSpreadsheetTextKeepsFourNamesOverTenFields) {
     const auto& peticion = dialogos.archivos().back();
     EXPECT_EQ(peticion.filtro, "datos excel (*.xls)|*.xls");
     EXPECT_EQ(peticion.nombre, "datos");
-    const auto partes = enLineas(contenido(carpeta.ruta() / "datos.xls"));
+    const auto partes = enLineas(leerTodo(carpeta.ruta() / "datos.xls"));
     EXPECT_EQ(partes[0],
               "Fecha,Hora,Temperatura[\xBA"
               "C],Precipitacion[mm]");
@@ -199,7 +200,7 @@ TEST_F(ExportarAmpliado, SaysItsProfileOnceAndDecodesYearsAfter2019) {
     EXPECT_EQ(std::count(impresas.begin(), impresas.end(), "perfil ampliado"), 1);
     const auto ruta = carpeta.ruta() / "datos.CSV";
     descargarHasta(ruta, Boton::no);
-    EXPECT_NE(contenido(ruta).find("20/11/2024,00:00:00,"), std::string::npos);
+    EXPECT_NE(leerTodo(ruta).find("20/11/2024,00:00:00,"), std::string::npos);
 }
 
 }  // namespace

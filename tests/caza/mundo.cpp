@@ -3,7 +3,6 @@
 #include <array>
 #include <csignal>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -11,6 +10,7 @@
 
 #include "link/protocolo.h"
 #include "simulator/memoria_simulada.h"
+#include "tests/apoyo/leer_todo.h"
 
 namespace telvane {
 
@@ -24,11 +24,6 @@ constexpr auto kNombres = std::to_array<const char*>(
      "no/hay",        "carpeta",       "enlace.rgt",       "roto",       "./a.rgt",
      "carpeta/x.rgt", "a.rgt.parcial", "carpeta/../a.rgt", "x.RGT",      "\x1b[2J\x7f.rgt",
      "\x9b.csv",      "/dev/null"});
-
-std::string leer(const fs::path& ruta) {
-    std::ifstream entrada(ruta, std::ios::binary);
-    return {std::istreambuf_iterator<char>(entrada), {}};
-}
 
 void escribir(const fs::path& ruta, const std::string& bytes) {
     std::ofstream(ruta, std::ios::binary) << bytes;
@@ -107,14 +102,14 @@ std::map<std::string, std::string> Mundo::fotografiar() const {
         if (entrada.is_symlink()) {
             fotos[nombre] = "-> " + fs::read_symlink(entrada.path()).string();
         } else if (entrada.is_regular_file()) {
-            fotos[nombre] = leer(entrada.path());
+            fotos[nombre] = leerTodo(entrada.path());
         }
     }
     return fotos;
 }
 
 std::string Mundo::memoria() const {
-    return leer(temporal_ / "memoria.rgt");
+    return leerTodo(temporal_ / "memoria.rgt");
 }
 
 }  // namespace telvane

@@ -239,13 +239,6 @@ TEST_F(NoEsArchivo, AFifoIsWrittenToAndStaysOne) {
     EXPECT_THAT(nombresEn(carpeta.ruta()), UnorderedElementsAre("tubo", "a.rgt"));
 }
 
-TEST_F(NoEsArchivo, WhileNobodyReadsAFifoASignalEndsTheWait) {
-    ASSERT_EQ(::mkfifo((carpeta / "tubo").c_str(), 0600), 0);
-    poner("a.rgt", imagen());
-    senalTras = {std::chrono::seconds(3), SIGINT};
-    EXPECT_EQ(correr({"convertir", carpeta / "a.rgt", carpeta / "tubo"}).codigo, CodigoSalida::interrumpido);
-}
-
 TEST_F(NoEsArchivo, ADeviceIsNotReplaced) {
     const auto nulo = carpeta / "nulo";
     if (::mknod(nulo.c_str(), S_IFCHR | 0666, makedev(1, 3)) != 0)

@@ -2,17 +2,14 @@
 #pragma once
 
 #include <stdlib.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,36 +22,11 @@
 #include "simulator/puertos_simulados.h"
 #include "tests/apoyo/bucle_prueba.h"
 #include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/flujo_en_memoria.h"
 #include "tests/apoyo/inhibidor_prueba.h"
 #include "tests/apoyo/leer_todo.h"
 
 namespace telvane {
-
-// A stream that remembers what went through it.
-class FlujoEnMemoria {
-   public:
-    FlujoEnMemoria() : descriptor_(::memfd_create("flujo", MFD_CLOEXEC)) {
-        if (descriptor_ < 0) throw std::runtime_error("memfd_create");
-    }
-    FlujoEnMemoria(const FlujoEnMemoria&) = delete;
-    FlujoEnMemoria& operator=(const FlujoEnMemoria&) = delete;
-    ~FlujoEnMemoria() { ::close(descriptor_); }
-
-    int descriptor() const { return descriptor_; }
-    std::string texto() const {
-        std::string todo(static_cast<std::size_t>(::lseek(descriptor_, 0, SEEK_END)), '\0');
-        EXPECT_EQ(::pread(descriptor_, todo.data(), todo.size(), 0), static_cast<ssize_t>(todo.size()));
-        return todo;
-    }
-    // Ready to be read from the start.
-    void llenar(const std::string& bytes) {
-        ASSERT_EQ(::write(descriptor_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-        ::lseek(descriptor_, 0, SEEK_SET);
-    }
-
-   private:
-    int descriptor_;
-};
 
 // The names in a folder, in no order.
 inline std::vector<std::string> nombresEn(const std::filesystem::path& carpeta) {

@@ -1,9 +1,7 @@
 // The line has no checksum: what is believed, what is read again, and what the operator is told when a write
 // did not end well.
-#include <fcntl.h>
 #include <pty.h>
 #include <signal.h>
-#include <sys/ioctl.h>
 
 #include <nlohmann/json.hpp>
 
@@ -572,53 +570,6 @@ TEST_F(Dudas, WhatAdaptersCallThemselvesReachesNoTerminal) {
     ::close(maestro);
     ::close(esclavo);
 }
-
-// --- the progress line
-
-class Ancho : public Dudas, public testing::WithParamInterface<unsigned short> {};
-
-TEST_P(Ancho, TheProgressLineStaysWithinTheTerminal) {
-    int maestro = -1;
-    winsize tamano{.ws_row = 24, .ws_col = GetParam(), .ws_xpixel = 0, .ws_ypixel = 0};
-    ASSERT_EQ(::openpty(&maestro, &erroresAjenos, nullptr, nullptr, &tamano), 0);
-    ASSERT_EQ(::fcntl(maestro, F_SETFL, O_NONBLOCK), 0);
-    std::string todo;
-    puertos.manipular(kPuerto, [&](const ByteSaliente& saliente) {
-        auto efecto = Efecto::pasar(saliente.byte);
-        if (saliente.intercambio != Intercambio::descarga || saliente.indice % 4096 != 2) return efecto;
-        efecto.demora = 2300ms;
-        std::array<char, 8192> trozo;
-        const auto n = ::read(maestro, trozo.data(), trozo.size());
-        if (n > 0) todo.append(trozo.data(), static_cast<std::size_t>(n));
-        // Half way the window is made narrower.
-        if (saliente.indice > 2048 * 64 && tamano.ws_col > 20) {
-            tamano.ws_col = 20;
-            ::ioctl(maestro, TIOCSWINSZ, &tamano);
-            todo += "\r<20>\r";
-        }
-        return efecto;
-    });
-    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).codigo,
-              CodigoSalida::hecho);
-    ::close(maestro);
-    ::close(erroresAjenos);
-    std::size_t cabe = GetParam();
-    std::size_t barras = 0;
-    for (std::size_t i = 0; i < todo.size();) {
-        const auto fin = std::min(todo.find_first_of("\r\n", i), todo.size());
-        auto linea = todo.substr(i, fin - i);
-        const bool aviso = todo.compare(fin, 2, "\r\n") == 0;
-        i = fin + 1;
-        if (linea == "<20>") cabe = std::min<std::size_t>(cabe, 20);
-        if (aviso || !linea.starts_with("\x1b[K")) continue;
-        linea.erase(0, 3);
-        barras += linea.empty() ? 0 : 1;
-        EXPECT_LT(linea.size(), cabe) << linea;
-    }
-    EXPECT_GT(barras, GetParam() > 1 ? 10U : 0U);
-}
-
-INSTANTIATE_TEST_SUITE_P(Columnas, Ancho, testing::Values(2, 8, 20, 40, 60, 79, 80, 81, 132, 300));
 
 }  // namespace
 }  // namespace telvane

@@ -1,6 +1,5 @@
 #include "cli/ordenes.h"
 
-#include <fcntl.h>
 #include <signal.h>
 
 #include <sstream>
@@ -9,7 +8,6 @@
 
 #include "data/archivo_base.h"
 #include "live/marco_en_linea.h"
-#include "platform/descriptor.h"
 #include "tests/cli/cli_prueba.h"
 
 namespace telvane {
@@ -453,17 +451,6 @@ TEST_F(Ordenes, PortsForPrograms) {
     EXPECT_EQ(json[0]["estado"], "ausente");
     EXPECT_EQ(json[1]["dispositivo"], "/dev/null");
     EXPECT_EQ(json[1]["puerto"], 2);
-}
-
-// --- streams
-
-TEST_F(Ordenes, AResultThatNobodyTakesIsAFailure) {
-    const Descriptor llena(::open("/dev/full", O_WRONLY | O_CLOEXEC));
-    ASSERT_GE(llena(), 0);
-    salidaAjena = llena();
-    const auto r = correr({"buscar"});
-    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores, HasSubstr("no queda espacio"));
 }
 
 }  // namespace

@@ -1,9 +1,8 @@
 #include "tests/e2e/datos_guardados.h"
 
 #include <cctype>
-#include <fstream>
-#include <iterator>
-#include <sstream>
+
+#include "tests/apoyo/leer_todo.h"
 
 namespace telvane {
 
@@ -28,14 +27,9 @@ std::vector<std::string> lineasDe(const std::string& texto) {
 
 }  // namespace
 
-std::string contenidoDe(const std::filesystem::path& ruta) {
-    std::ifstream entrada(ruta, std::ios::binary);
-    return {std::istreambuf_iterator<char>(entrada), {}};
-}
-
 ArchivoCsv leerCsv(const std::filesystem::path& ruta) {
     ArchivoCsv csv;
-    for (const auto& linea : lineasDe(contenidoDe(ruta))) {
+    for (const auto& linea : lineasDe(leerTodo(ruta))) {
         if (csv.columnas.empty() && linea.starts_with("Fecha,")) {
             csv.columnas = linea;
         } else if (csv.columnas.empty()) {
@@ -51,7 +45,7 @@ ArchivoCsv leerCsv(const std::filesystem::path& ruta) {
 
 std::string sinMomento(const std::filesystem::path& ruta) {
     std::string texto;
-    for (const auto& linea : lineasDe(contenidoDe(ruta))) {
+    for (const auto& linea : lineasDe(leerTodo(ruta))) {
         if (!linea.starts_with(kMomento)) texto += linea + std::string(kFin);
     }
     return texto;

@@ -11,8 +11,6 @@ namespace telvane {
 inline constexpr std::size_t kMuestrasSimuladas = 8178;
 inline constexpr std::uintmax_t kBytesArchivoBase = 262144;
 
-std::string contenidoDe(const std::filesystem::path& ruta);
-
 struct ArchivoCsv {
     std::vector<std::string> encabezado;  // up to the column names, without CR LF; Windows-1252
     std::string columnas;

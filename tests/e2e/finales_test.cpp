@@ -10,6 +10,7 @@
 
 #include "regional/almacen_usuario.h"
 #include "regional/module1.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/e2e/datos_guardados.h"
 #include "tests/e2e/llamadas.h"
 #include "tests/e2e/marco.h"
@@ -386,7 +387,7 @@ TEST_P(FinalesAlGuardar, WhatIsBeingSavedIsSavedWhole) {
         EXPECT_EQ(fs::file_size(archivosBase().front()), kBytesArchivoBase);
     } else {
         // Of a window that has downloaded nothing: the names of the columns, and no sample.
-        EXPECT_EQ(contenidoDe(planilla()),
+        EXPECT_EQ(leerTodo(planilla()),
                   "Fecha,Hora,Temperatura[\xBA"
                   "C],Precipitacion[mm]\r\n\r\n");
     }

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/apoyo/proceso.h"
 #include "tests/e2e/datos_guardados.h"
 #include "tests/e2e/llamadas.h"
@@ -72,7 +73,7 @@ class GuardadoInterrumpido : public ::testing::Test {
                      const std::string& viejo) {
         poner(archivo, viejo);
         const auto llamadas = trazar(orden, carpeta_.string());
-        const auto nuevo = contenidoDe(archivo);
+        const auto nuevo = leerTodo(archivo);
         ASSERT_NE(nuevo, viejo);
         ASSERT_THAT(llamadas, testing::Not(testing::IsEmpty()));
         for (const auto& llamada : llamadas) {
@@ -107,7 +108,7 @@ class GuardadoInterrumpido : public ::testing::Test {
             if (!nombre.starts_with('.')) continue;
             EXPECT_EQ(fs::status(carpeta_ / nombre).permissions(), kPropios) << nombre;
         }
-        const auto queda = contenidoDe(archivo);
+        const auto queda = leerTodo(archivo);
         EXPECT_TRUE(queda == viejo || sinFecha(queda) == sinFecha(nuevo)) << queda.size() << " bytes";
     }
     void fallar(const std::vector<std::string>& orden, const LlamadaAlSistema& llamada, const Falla& falla,
@@ -118,15 +119,15 @@ class GuardadoInterrumpido : public ::testing::Test {
         const auto fin = conLlamada(orden, llamada, std::string("error=") + falla.error);
         ++corridas_;
         if (fin.estado == 0) {
-            EXPECT_TRUE(sinFecha(contenidoDe(archivo)) == sinFecha(nuevo));
+            EXPECT_TRUE(sinFecha(leerTodo(archivo)) == sinFecha(nuevo));
         } else if (fin.errores.find("quedó escrito") != std::string::npos) {
             ++sinConfirmar_;
             EXPECT_EQ(fin.estado, 1);
-            EXPECT_TRUE(sinFecha(contenidoDe(archivo)) == sinFecha(nuevo));
+            EXPECT_TRUE(sinFecha(leerTodo(archivo)) == sinFecha(nuevo));
             EXPECT_THAT(fin.errores, HasSubstr(falla.motivo));
         } else {
             EXPECT_EQ(fin.estado, 1);
-            EXPECT_EQ(contenidoDe(archivo), viejo);
+            EXPECT_EQ(leerTodo(archivo), viejo);
             EXPECT_THAT(fin.errores, HasSubstr(falla.motivo));
         }
         // The temporary file goes, unless it is its going that fails.
@@ -155,7 +156,7 @@ TEST_F(GuardadoInterrumpido, ThePartialFileOfADownload) {
     const std::string nuevo(4 * kBloque, 'n');
     poner(base, "viejo");
     const auto llamadas = trazar(orden, parcial.string());
-    ASSERT_EQ(contenidoDe(base), nuevo);
+    ASSERT_EQ(leerTodo(base), nuevo);
     std::size_t escritos = 0;
     for (const auto& llamada : llamadas) {
         for (const auto* efecto : {"signal=SIGKILL", "error=ENOSPC", "error=EDQUOT", "error=EIO"}) {
@@ -165,10 +166,10 @@ TEST_F(GuardadoInterrumpido, ThePartialFileOfADownload) {
             poner(base, "viejo");
             const auto fin = conLlamada(orden, llamada, efecto);
             ++corridas_;
-            const auto queda = contenidoDe(base);
+            const auto queda = leerTodo(base);
             EXPECT_TRUE(queda == "viejo" || queda == nuevo);
             // Nothing that came is lost.
-            EXPECT_GE(queda == nuevo ? queda.size() : contenidoDe(parcial).size(), escritos * kBloque);
+            EXPECT_GE(queda == nuevo ? queda.size() : leerTodo(parcial).size(), escritos * kBloque);
             if (efecto[0] == 's') {
                 EXPECT_EQ(fin.estado, kMatado);
             } else if (fin.estado == 0) {
@@ -208,7 +209,7 @@ class ArchivosDeLaConsola : public GuardadoInterrumpido {
 TEST_F(ArchivosDeLaConsola, TheCsv) {
     const auto archivo = carpeta_ / "a.csv";
     const auto corta = temporal_.ruta() / "corta.rgt";
-    poner(corta, contenidoDe(memoria_).substr(0, 6400));
+    poner(corta, leerTodo(memoria_).substr(0, 6400));
     interrumpir({TELVANE_CLI, "convertir", corta.string(), archivo.string()}, archivo, "viejo");
 }
 
@@ -239,7 +240,7 @@ TEST_F(ArchivosDeLaConsola, ASignalDuringASlowSaveEndsTheProgramAfterIt) {
     }));
     descarga->senal(SIGINT);
     EXPECT_EQ(descarga->terminar(), 0) << descarga->errores();
-    EXPECT_EQ(contenidoDe(base), contenidoDe(memoria_));
+    EXPECT_EQ(leerTodo(base), leerTodo(memoria_));
     EXPECT_THAT(nombres(), testing::UnorderedElementsAre("a.csv", "a.rgt"));
     corridas_ = 2;
 }
@@ -252,8 +253,8 @@ TEST_F(ArchivosDeLaConsola, ADownloadThatCannotBeFlushedKeepsTheOldBaseFileAndWh
     EXPECT_EQ(fin.estado, 1);
     EXPECT_THAT(fin.errores, HasSubstr("fallo de entrada o salida"));
     EXPECT_THAT(fin.errores, HasSubstr("quedan 4096 de 4096 bloques"));
-    EXPECT_EQ(contenidoDe(base), "viejo");
-    EXPECT_TRUE(contenidoDe(carpeta_ / "a.rgt.parcial") == contenidoDe(memoria_));
+    EXPECT_EQ(leerTodo(base), "viejo");
+    EXPECT_TRUE(leerTodo(carpeta_ / "a.rgt.parcial") == leerTodo(memoria_));
 }
 
 TEST_F(ArchivosDeLaConsola, ADiskThatFillsUpKeepsTheOldBaseFileAndWhatCame) {
@@ -264,8 +265,8 @@ TEST_F(ArchivosDeLaConsola, ADiskThatFillsUpKeepsTheOldBaseFileAndWhatCame) {
     EXPECT_EQ(fin.estado, 1);
     EXPECT_THAT(fin.errores, HasSubstr("a.rgt.parcial: no queda espacio en el disco"));
     EXPECT_THAT(fin.errores, HasSubstr("quedan 99 de 4096 bloques"));
-    EXPECT_EQ(contenidoDe(base), "viejo");
-    EXPECT_TRUE(contenidoDe(carpeta_ / "a.rgt.parcial") == contenidoDe(memoria_).substr(0, 99 * 64));
+    EXPECT_EQ(leerTodo(base), "viejo");
+    EXPECT_TRUE(leerTodo(carpeta_ / "a.rgt.parcial") == leerTodo(memoria_).substr(0, 99 * 64));
 }
 
 TEST_F(ArchivosDeLaConsola, AFileSystemWithoutLocksTakesADownload) {
@@ -281,7 +282,7 @@ TEST_F(ArchivosDeLaConsola, AFileSystemWithoutLocksTakesADownload) {
         Proceso proceso(orden);
         EXPECT_EQ(proceso.terminar(), 0) << error << ": " << proceso.errores();
         ++corridas_;
-        EXPECT_TRUE(contenidoDe(base) == contenidoDe(memoria_));
+        EXPECT_TRUE(leerTodo(base) == leerTodo(memoria_));
     }
 }
 
@@ -295,7 +296,7 @@ class MuchasTablas : public ArchivosDeLaConsola {
         ArchivosDeLaConsola::SetUp();
         if (IsSkipped()) return;
         fs::create_directory(entradas_);
-        const auto corta = contenidoDe(memoria_).substr(0, 6400);
+        const auto corta = leerTodo(memoria_).substr(0, 6400);
         orden_ = {TELVANE_CLI, "convertir", "--formato", "xls", "--en", carpeta_.string()};
         for (int i = 0; i < kCuantas; ++i) {
             poner(entradas_ / fmt::format("{}.rgt", i), corta);
@@ -312,7 +313,7 @@ class MuchasTablas : public ArchivosDeLaConsola {
     int nuevas() const {
         int cuantas = 0;
         for (int i = 0; i < kCuantas; ++i) {
-            const auto queda = contenidoDe(tabla(i));
+            const auto queda = leerTodo(tabla(i));
             EXPECT_TRUE(queda == "vieja" || queda == nueva_) << queda.size();
             cuantas += queda == nueva_ ? 1 : 0;
         }
@@ -328,7 +329,7 @@ TEST_F(MuchasTablas, AtEveryCall) {
     viejas();
     Proceso limpia(orden_);
     ASSERT_EQ(limpia.terminar(), 0) << limpia.errores();
-    nueva_ = contenidoDe(tabla(0));
+    nueva_ = leerTodo(tabla(0));
     ASSERT_GT(nueva_.size(), 1000U);
     for (const auto* llamada : {"openat", "write", "fchmod", "syncfs", "close", "rename", "fsync"}) {
         // Of two workers each counts its own: the first calls of either are tried.
@@ -364,7 +365,7 @@ TEST_F(MuchasTablas, ADiskThatTellsOfAFailedSyncIsAskedFileByFile) {
     viejas();
     Proceso limpia(orden_);
     ASSERT_EQ(limpia.terminar(), 0) << limpia.errores();
-    nueva_ = contenidoDe(tabla(0));
+    nueva_ = leerTodo(tabla(0));
     viejas();
     const auto bien = conLlamada(orden_, {"syncfs", 1, ""}, "error=EIO");
     EXPECT_EQ(bien.estado, 0) << "every file for itself is safe";

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <random>
@@ -21,9 +20,9 @@
 
 #include "loggerconfig/pasos_serie.h"
 #include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/apoyo/proceso.h"
 #include "tests/e2e/accesible.h"
-#include "tests/e2e/datos_guardados.h"
 #include "tests/e2e/escritorio.h"
 
 namespace telvane {
@@ -69,8 +68,7 @@ const Cosa* buscar(const std::vector<Cosa>& cosas, const std::string& papel, con
 
 // Processor time that a process has had.
 std::chrono::milliseconds procesador(pid_t pid) {
-    std::ifstream archivo(fmt::format("/proc/{}/stat", pid));
-    std::string texto{std::istreambuf_iterator<char>(archivo), {}};
+    auto texto = leerTodo(fmt::format("/proc/{}/stat", pid));
     texto.erase(0, std::min(texto.size(), texto.rfind(')') + 1));
     long usuario = 0;
     long sistema = 0;
@@ -113,7 +111,7 @@ class Jornada {
     }
 
    private:
-    std::string memoria() const { return contenidoDe(carpeta_ / "memoria.rgt"); }
+    std::string memoria() const { return leerTodo(carpeta_ / "memoria.rgt"); }
     void enchufar(const std::vector<std::string>& fallos) {
         std::vector<std::string> orden = {TELVANE_SIM, "--enlace", (carpeta_ / "COM1").string(), "--memoria",
                                           (carpeta_ / "memoria.rgt").string()};

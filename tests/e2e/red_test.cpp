@@ -14,9 +14,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/apoyo/proceso.h"
 #include "tests/apoyo/servidor_serie.h"
-#include "tests/e2e/datos_guardados.h"
 #include "tests/e2e/registrador_simulado.h"
 
 namespace telvane {
@@ -41,7 +41,7 @@ class Red : public testing::Test {
         const auto comienzo = std::chrono::steady_clock::now();
         Proceso proceso(orden(direccion, {"descargar", "--base", base()}));
         EXPECT_EQ(proceso.terminar(plazo), 0) << proceso.errores();
-        EXPECT_TRUE(contenidoDe(base()) == registrador.memoria());
+        EXPECT_TRUE(leerTodo(base()) == registrador.memoria());
         return std::chrono::steady_clock::now() - comienzo;
     }
 

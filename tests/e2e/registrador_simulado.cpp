@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "tests/e2e/datos_guardados.h"
+#include "tests/apoyo/leer_todo.h"
 
 namespace telvane {
 
@@ -16,7 +16,7 @@ RegistradorSimulado::RegistradorSimulado(const std::vector<std::string>& opcione
 }
 
 std::string RegistradorSimulado::memoria() const {
-    return contenidoDe(archivo());
+    return leerTodo(archivo());
 }
 
 }  // namespace telvane

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/apoyo/leer_todo.h"
 #include "tests/apoyo/proceso.h"
 #include "tests/e2e/accesible.h"
 #include "tests/e2e/datos_guardados.h"
@@ -74,7 +75,7 @@ TEST_F(VentanaE2e, FromTheFirstQuestionToTheCsv) {
                     escritorio_.entorno());
     ASSERT_EQ(consola.terminar(), 0) << consola.errores();
     EXPECT_EQ(sinMomento(tabla), sinMomento(otra));
-    EXPECT_EQ(contenidoDe(archivosBase().front()), contenidoDe(base));
+    EXPECT_EQ(leerTodo(archivosBase().front()), leerTodo(base));
 }
 
 TEST_F(VentanaE2e, WhatIsEditedAndSentIsReadBack) {

@@ -1,7 +1,6 @@
 // The commands as a routine: what they print, how they end, and what stands in the way of an archive.
 #include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +15,7 @@
 #include "platform/archivo.h"
 #include "platform/contrasena.h"
 #include "tests/apoyo/bucle_prueba.h"
+#include "tests/apoyo/flujo_en_memoria.h"
 #include "tests/historico/banco_historico.h"
 
 namespace telvane {
@@ -32,24 +32,24 @@ class Ordenes : public testing::Test {
     };
 
     Resultado correr(std::vector<std::string> argumentos) {
-        const int salida = ::memfd_create("salida", MFD_CLOEXEC);
-        const auto [codigo, errores] = correrEn(salida, std::move(argumentos));
-        return {codigo, leer(salida), errores};
+        const FlujoEnMemoria salida;
+        const auto [codigo, errores] = correrEn(salida.descriptor(), std::move(argumentos));
+        return {codigo, salida.texto(), errores};
     }
     std::pair<int, std::string> correrEn(int salida, std::vector<std::string> argumentos) {
-        const int errores = ::memfd_create("errores", MFD_CLOEXEC);
+        const FlujoEnMemoria errores;
         EntornoHistorico entorno{
             {.bucle = bucle,
              .reloj = bucle.reloj(),
              .correrHasta = [this](const auto& condicion,
                                    auto plazo) { return bucle.correrHasta(condicion, plazo); },
              .salida = salida,
-             .errores = errores},
+             .errores = errores.descriptor()},
             {.ahora = [this] { return ahora; }, .paciencia = paciencia}};
         entorno.senalEnEspera = senalEnEspera;
         if (argumentos.front() != "--en") argumentos.insert(argumentos.begin(), {"--en", archivo()});
         const int codigo = correrHistorico(argumentos, entorno);
-        return {codigo, leer(errores)};
+        return {codigo, errores.texto()};
     }
     std::string archivo() const { return carpeta / "h.sqlite"; }
     std::string guardar(const std::string& nombre, const std::vector<std::uint8_t>& bytes) {
@@ -70,12 +70,6 @@ class Ordenes : public testing::Test {
     Incorporada ahora{std::chrono::hours(500'000)};
 
    private:
-    static std::string leer(int descriptor) {
-        std::string todo(static_cast<std::size_t>(::lseek(descriptor, 0, SEEK_END)), '\0');
-        EXPECT_EQ(::pread(descriptor, todo.data(), todo.size(), 0), static_cast<ssize_t>(todo.size()));
-        ::close(descriptor);
-        return todo;
-    }
 };
 
 TEST_F(Ordenes, IncorporarTellsEachFileAndGoesOnAfterOneThatFails) {
@@ -333,7 +327,7 @@ TEST_F(Ordenes, AStationsNameIsOfLettersDigitsAndDashes) {
                                     std::string("a.b"), std::string(65, 'x')}) {
         const auto r = correr({"incorporar", una, "--como", como});
         EXPECT_EQ(r.codigo, 2) << como;
-        EXPECT_THAT(r.errores, HasSubstr("debe ser de letras, cifras, - y _")) << como;
+        EXPECT_THAT(r.errores, HasSubstr("debe ser de letras sin tilde, cifras, - y _")) << como;
     }
     EXPECT_EQ(correr({"incorporar", una, "--como", ""}).codigo, 2);
     EXPECT_FALSE(std::filesystem::exists(archivo()));

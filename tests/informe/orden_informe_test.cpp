@@ -11,6 +11,7 @@
 #include "platform/cp1252.h"
 #include "simulator/memoria_simulada.h"
 #include "tests/apoyo/carpeta_temporal.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/apoyo/proceso.h"
 
 namespace telvane {
@@ -34,12 +35,7 @@ class OrdenInforme : public testing::Test {
             .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
     std::string ruta(const std::string& nombre) const { return (carpeta_ / nombre).string(); }
-    std::string leer(const std::string& nombre) const {
-        std::ifstream archivo(carpeta_ / nombre, std::ios::binary);
-        std::ostringstream texto;
-        texto << archivo.rdbuf();
-        return texto.str();
-    }
+    std::string leer(const std::string& nombre) const { return leerTodo(carpeta_ / nombre); }
     bool hay(const std::string& nombre) const { return std::filesystem::exists(carpeta_ / nombre); }
     Corrida correr(std::vector<std::string> argumentos) const {
         argumentos.insert(argumentos.begin(), {TELVANE_HISTORICO, "--en", ruta("h.sqlite")});

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "loggerconfig/pasos_escritura.h"
@@ -203,6 +204,32 @@ ConfigAEnviar configuracion() {
             .dia = 31,
             .mes = 12,
             .anio = 2026};
+}
+
+TEST(MensajeConfig, HasTheTabledBytes) {
+    const auto mensaje = mensajeConfig({.textos = {"", "Norte", "", "", "1234"},
+                                        .intervaloCodigo = 0x30,
+                                        .hora = 23,
+                                        .minuto = 59,
+                                        .segundo = 58,
+                                        .dia = 31,
+                                        .mes = 12,
+                                        .anio = 2024});
+    ASSERT_EQ(mensaje.size(), 107u);
+    EXPECT_EQ(mensaje.substr(0, 30), std::string(30, ' '));
+    EXPECT_EQ(mensaje.substr(30, 35), std::string(30, ' ') + "Norte");
+    EXPECT_EQ(mensaje.substr(95, 5), " 1234");
+    EXPECT_EQ(mensaje.substr(100), "\x30\x23\x59\x58\x31\x12\x24");
+}
+
+TEST(MensajeConfig, IsAlways107BytesWhateverTheTexts) {
+    const std::string largo(50, 'x');
+    const std::string conTildes = "Estación ñandú º €";
+    const std::string malFormado(60, '\x80');
+    for (const auto& texto : {largo, conTildes, fmt::format("  {}{:40}", conTildes, ""), std::string("漢字"),
+                              malFormado, malFormado + "ñ"}) {
+        EXPECT_EQ(mensajeConfig({.textos = {texto, texto, texto, texto, texto}}).size(), 107u) << texto;
+    }
 }
 
 TEST(MensajeConfig, HasEveryFieldInItsPlace) {

@@ -5,13 +5,13 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
-#include <sstream>
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "simulator/clima.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/informe/juzgadas.h"
 #include "tests/navegador/navegador.h"
 
@@ -239,16 +239,14 @@ TEST_F(EnElNavegador, FollowsTheDesktopsColours) {
 }
 
 TEST_F(EnElNavegador, AxeFindsNothing) {
-    std::ifstream archivo(ARCHIVO_AXE);
-    if (!archivo) GTEST_SKIP() << "No hay axe-core en " << ARCHIVO_AXE;
-    std::ostringstream axe;
-    axe << archivo.rdbuf();
+    const auto axe = leerTodo(ARCHIVO_AXE);
+    if (axe.empty()) GTEST_SKIP() << "No hay axe-core en " << ARCHIVO_AXE;
     Navegador navegador(PROGRAMA_CHROMIUM, {});
     const auto buscar = [&](bool guiones, const Informe& informe) {
         navegador.pantalla({.oscura = guiones});
         navegador.abrir(guardar(guiones, estacion(), informe));
         if (guiones) navegador.valor(kVerTodo);
-        navegador.valor(axe.str() + ";0");
+        navegador.valor(axe + ";0");
         navegador.valor("document.querySelectorAll('details').forEach(d => d.open = true)");
         const auto hallado = navegador.valor(
             "axe.run().then(r => r.violations.map(v => v.id + ' ' + v.impact + ': ' + v.nodes.slice(0, "

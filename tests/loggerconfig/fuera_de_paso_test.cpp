@@ -1,11 +1,19 @@
 // A counter that is out of step with the logger: each exchange says so and leaves its channel.
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
 #include "link/busqueda_puerto.h"
 #include "link/enlace.h"
 #include "loggerconfig/edicion.h"
 #include "loggerconfig/escritura.h"
 #include "loggerconfig/lectura.h"
 #include "loggerconfig/serie.h"
-#include "tests/app/banco.h"
+#include "simulator/puertos_simulados.h"
+#include "tests/apoyo/bucle_prueba.h"
+#include "tests/apoyo/dialogos_prueba.h"
+#include "ui/forma_presenta.h"
 
 namespace telvane {
 namespace {

@@ -1,0 +1,78 @@
+// The run of a command line, and the values that stand in one.
+#include "consola/aplicacion_consola.h"
+
+#include <filesystem>
+#include <stdexcept>
+
+#include "consola/enteros.h"
+#include "consola/nombres.h"
+#include "tests/consola/consola_prueba.h"
+
+namespace telvane {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class Corrida : public ConsolaPrueba {
+   protected:
+    // A program with one command, "hacer".
+    int correr(const std::vector<std::string>& argumentos, const std::function<void()>& hacer) {
+        Consola consola(entorno);
+        OrdenElegida elegida;
+        return correrPrograma(
+            {"prog", "1.2", "Hace cosas"}, consola, argumentos, elegida,
+            [&](Argumentos& linea) { linea.orden("hacer", "La hace").alElegir([&] { elegida = hacer; }); });
+    }
+    int terminar(const std::function<void()>& como) { return correr({"hacer"}, como); }
+};
+
+TEST_F(Corrida, EveryEndHasItsStatusAndItsLine) {
+    EXPECT_EQ(terminar([] {}), 0);
+    EXPECT_EQ(errores.texto(), "");
+    EXPECT_EQ(terminar([] { throw ErrorCli(CodigoSalida::sinRegistrador, "no hay"); }), 3);
+    EXPECT_EQ(terminar([] { interrumpir(); }), 130);
+    EXPECT_EQ(terminar([] { throw std::runtime_error("otra cosa"); }), 1);
+    EXPECT_EQ(errores.texto(), "prog: no hay\nprog: interrumpido\nprog: otra cosa\n");
+}
+
+TEST_F(Corrida, WhatTheSystemSaysIsToldInSpanish) {
+    EXPECT_EQ(terminar([] { static_cast<void>(std::filesystem::file_size("/no/hay")); }), 1);
+    EXPECT_EQ(errores.texto(), "prog: /no/hay: no existe\n");
+}
+
+TEST_F(Corrida, ALineThatIsNoneDoesNothing) {
+    bool hecho = false;
+    for (const auto& linea : {std::vector<std::string>{}, {"otra"}, {"hacer", "--no-hay"}}) {
+        EXPECT_EQ(correr(linea, [&] { hecho = true; }), 2);
+    }
+    EXPECT_FALSE(hecho);
+    EXPECT_THAT(errores.texto(), StartsWith("prog: "));
+    EXPECT_EQ(salida.texto(), "");
+}
+
+TEST_F(Corrida, HelpAndVersionGoToTheOutput) {
+    EXPECT_EQ(correr({"--help"}, [] {}), 0);
+    EXPECT_THAT(salida.texto(), HasSubstr("Hace cosas"));
+    EXPECT_EQ(correr({"--version"}, [] {}), 0);
+    EXPECT_THAT(salida.texto(), HasSubstr("prog 1.2"));
+    EXPECT_EQ(errores.texto(), "");
+}
+
+TEST(ValorDeOpcion, AWholeNumberIsOneWithinItsBounds) {
+    for (const auto* bueno : {"0", "7", "-3", "60"}) EXPECT_EQ(motivoRango(bueno, -3, 60), "") << bueno;
+    for (const auto* malo : {"", "61", "-4", "7x", " 7", "7.0", "+7", "99999999999"})
+        EXPECT_EQ(motivoRango(malo, -3, 60), "debe ser un número entero de -3 a 60") << malo;
+    EXPECT_EQ(leerEntero("-3"), -3);
+}
+
+TEST(ValorDeOpcion, AStationsNameIsOfLettersDigitsAndDashes) {
+    for (const auto& bueno : {std::string("Norte-2_b"), std::string("7"), std::string(64, 'x')})
+        EXPECT_EQ(motivoNombre(bueno), "") << bueno;
+    for (const auto& malo : {std::string(), std::string("a/b"), std::string("ñ"), std::string("a b"),
+                             std::string("a.b"), std::string(65, 'x')})
+        EXPECT_EQ(motivoNombre(malo), "debe ser de letras sin tilde, cifras, - y _, 64 como mucho") << malo;
+}
+
+}  // namespace
+}  // namespace telvane
