@@ -20,7 +20,7 @@ class Navegador {
    public:
     using Json = nlohmann::json;
     // Far beyond what a loaded machine needs; passing it throws.
-    static constexpr std::chrono::seconds kPlazo{60};
+    static constexpr std::chrono::seconds kPlazo{300};
 
     struct Pantalla {
         int ancho = 1280;
