@@ -26,6 +26,7 @@
 #include "data/archivo_base.h"
 #include "link/protocolo.h"
 #include "link/puerto_serie.h"
+#include "loggerconfig/datos_config.h"
 #include "loggerconfig/edicion.h"
 #include "loggerconfig/pasos_escritura.h"
 #include "platform/archivo.h"
@@ -70,24 +71,18 @@ std::string motivoIntervalo(const std::string& texto) {
     }
     return "debe ser 1, 5, 10, 15, 30 o 60";
 }
-bool enRango(int anio) {
-    return anio >= kPrimerAnioReloj && anio <= kUltimoAnioReloj;
-}
 std::string motivoFecha(const std::string& texto) {
     const auto fecha = leerFechaCorta(texto);
-    return fecha && enRango(fecha->anio) ? "" : "debe ser dd/mm/aaaa, de 2000 a 2064";
+    if (fecha && cabeEnElReloj(fecha->anio)) return "";
+    return fmt::format("debe ser dd/mm/aaaa, de {} a {}", kPrimerAnioReloj, kUltimoAnioReloj);
 }
 std::string motivoHora(const std::string& texto) {
     return leerHora(texto) ? "" : "debe ser hh:mm:ss";
 }
 
 FechaHora conAnioValido(const FechaHora& momento) {
-    if (enRango(momento.anio)) return momento;
-    throw ErrorCli(
-        CodigoSalida::fallo,
-        fmt::format("el reloj del registrador no admite el año {}: ponga uno de 2000 a 2064, y no se "
-                    "escribe nada",
-                    momento.anio));
+    if (cabeEnElReloj(momento.anio)) return momento;
+    throw ErrorCli(CodigoSalida::fallo, anioQueNoCabe(momento.anio) + ", y no se escribe nada");
 }
 
 // The logger holds one byte a character: what it cannot hold is refused, and not changed or cut.

@@ -7,9 +7,6 @@
 
 namespace telvane {
 
-// Years that the logger's clock can hold: it refuses a higher byte.
-inline constexpr int kPrimerAnioReloj = 2000;
-inline constexpr int kUltimoAnioReloj = 2064;
 // How far its clock may be, the time in between allowed for, from one that was read before or that was sent.
 inline constexpr std::chrono::seconds kToleranciaReloj{5};
 

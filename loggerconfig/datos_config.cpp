@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include <fmt/format.h>
+
 #include "platform/cp1252.h"
 #include "ui/textos.h"
 
@@ -38,6 +40,11 @@ constexpr std::array<CampoCabecera, 5> kCamposCabecera = {{{"Usuario:  ", regist
 
 std::array<char, 2> digitosBcd(std::uint8_t byte) {
     return {static_cast<char>('0' + (byte >> 4)), static_cast<char>('0' + (byte & 0x0F))};
+}
+
+std::string anioQueNoCabe(int anio) {
+    return fmt::format("el reloj del registrador no admite el año {}: ponga uno de {} a {}", anio,
+                       kPrimerAnioReloj, kUltimoAnioReloj);
 }
 
 std::optional<std::size_t> indiceIntervalo(std::uint8_t codigo) {

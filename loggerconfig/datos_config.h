@@ -38,6 +38,16 @@ constexpr std::uint8_t empacarBcd(int valor) {
     return static_cast<std::uint8_t>((valor / 10) * 16 + valor % 10);
 }
 
+// Years that the logger's clock can hold. A higher byte reads back as a wrong date, and the byte of an
+// earlier year is that of a later one.
+inline constexpr int kPrimerAnioReloj = 2000;
+inline constexpr int kUltimoAnioReloj = 2064;
+constexpr bool cabeEnElReloj(int anio) {
+    return anio >= kPrimerAnioReloj && anio <= kUltimoAnioReloj;
+}
+// Why a year that is not one of them is not sent.
+std::string anioQueNoCabe(int anio);
+
 // The six sampling intervals.
 struct Intervalo {
     std::uint8_t codigo;

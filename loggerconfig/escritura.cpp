@@ -51,8 +51,11 @@ Tarea<> EscrituraConfig::confirmado() {
 Tarea<bool> EscrituraConfig::sePuedeEnviar() {
     const bool hora = co_await edicion_.validarHora();
     if (!hora) co_return false;
-    if (!leerFechaCorta(config_.fechaConfig)) {
-        co_await enlace_.avisar(kFechaIncorrecta);
+    const auto fecha = leerFechaCorta(config_.fechaConfig);
+    if (!fecha || !cabeEnElReloj(fecha->anio)) {
+        const auto porQue =
+            fecha ? "Fecha incorrecta: " + anioQueNoCabe(fecha->anio) : std::string(kFechaIncorrecta);
+        co_await enlace_.avisar(porQue);
         co_return false;
     }
     // No logger told one, its reading having broken off, and nobody chose one. Without a port nothing is sent

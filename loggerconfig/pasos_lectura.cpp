@@ -15,7 +15,8 @@ constexpr std::int32_t kAcuse2 = 2;
 constexpr std::int32_t kPrimerByte = 3;  // counter of the record's byte 0
 
 // The raw byte is what is compared: day and month share the bound of minutes.
-constexpr std::array<std::uint8_t, 6> kLimitesReloj = {0x23, 0x59, 0x59, 0x59, 0x59, 0x64};
+constexpr std::array<std::uint8_t, 6> kLimitesReloj = {
+    0x23, 0x59, 0x59, 0x59, 0x59, empacarBcd(kUltimoAnioReloj - kPrimerAnioReloj)};
 constexpr std::size_t kSegundo = 2;
 constexpr std::size_t kAnio = 5;
 
@@ -114,7 +115,7 @@ std::int64_t segundosDeReloj(const std::array<std::string, 6>& reloj) {
 }
 
 Fecha diaDeReloj(const std::array<std::string, 6>& reloj) {
-    return {2000 + numero(reloj[5]), numero(reloj[4]), numero(reloj[3])};
+    return {kPrimerAnioReloj + numero(reloj[5]), numero(reloj[4]), numero(reloj[3])};
 }
 
 }  // namespace telvane

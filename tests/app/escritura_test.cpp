@@ -1,4 +1,9 @@
 // Sending the edited configuration.
+#include <algorithm>
+#include <array>
+
+#include <fmt/format.h>
+
 #include "tests/app/banco.h"
 
 namespace telvane {
@@ -130,6 +135,68 @@ TEST_F(Escritura, WhatCannotBeSentIsToldOnceAfterTheQuestionAndStaysAsTyped) {
         EXPECT_TRUE(puertos.escritos(1).empty());
         EXPECT_EQ(puertos.aperturas(1), 3u) << "search, wake-up and read of the start";
     }
+}
+
+TEST_F(Escritura, AYearThatTheLoggersClockCannotHoldIsToldOnceAndStaysAsTyped) {
+    for (const std::string anio : {"0001", "1999", "2065", "9999"}) {
+        SCOPED_TRACE(anio);
+        if (forma.Label4.caption().empty()) conectar();
+        dialogos.olvidar();
+        pulsar(forma.Command2);
+        inicio.cambiar(forma.Text2, "Ana");
+        inicio.cambiar(forma.fecha1, "31/12/" + anio);
+        dialogos.responder(Boton::aceptar, kBorrara);
+        dialogos.responder(Boton::aceptar,
+                           fmt::format("Fecha incorrecta: el reloj del registrador no admite el año {}: "
+                                       "ponga uno de 2000 a 2064",
+                                       std::stoi(anio)));
+        pulsar(forma.Command3);
+        EXPECT_EQ(dialogos.mensajes().size(), 2u);
+        fueraDeEdicion();
+        EXPECT_EQ(forma.fecha1.text(), "31/12/" + anio);
+        EXPECT_EQ(forma.Text2.text(), "Ana") << "not padded: nothing was sent";
+        EXPECT_TRUE(puertos.escritos(1).empty());
+        EXPECT_EQ(puertos.aperturas(1), 3u) << "search, wake-up and read of the start";
+    }
+}
+
+TEST_F(Escritura, TheFirstAndTheLastYearOfTheLoggersClockComeBackAsTheyWereSent) {
+    conectar();
+    for (const std::string fecha : {"01/01/2000", "31/12/2064"}) {
+        SCOPED_TRACE(fecha);
+        pulsar(forma.Command2);
+        inicio.cambiar(forma.MaskEdBox2, "10:20:30");
+        inicio.salirDe(forma.MaskEdBox2);
+        inicio.cambiar(forma.fecha1, fecha);
+        enviar();
+        inicio.forma.fecha1.text = "";
+        pulsar(forma.configuracion);
+        ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }));
+        bucle.avanzar(200ms);
+        EXPECT_EQ(forma.fecha1.text(), fecha);
+        EXPECT_EQ(std::count(forma.lineas().begin(), forma.lineas().end(), "fecha mal"), 0);
+    }
+}
+
+// A reading whose day is beyond its month may carry over the last year.
+TEST_F(Escritura, AClockThatCarriesOverTheLastYearIsNotSentBack) {
+    conectar();
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        constexpr std::array<std::uint8_t, 3> kFecha = {0x31, 0x13, 0x64};
+        const bool fecha = saliente.intercambio == Intercambio::lectura && saliente.indice >= 110;
+        return Efecto::pasar(fecha ? kFecha[saliente.indice - 110] : saliente.byte);
+    });
+    pulsar(forma.configuracion);
+    ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0 && !puertos.abierto(1); }));
+    EXPECT_EQ(forma.fecha1.text(), "31/01/2065");
+    puertos.manipular(1, {});
+    puertos.olvidarTrafico(1);
+    pulsar(forma.Command2);
+    dialogos.responder(Boton::aceptar, kBorrara);
+    dialogos.responder(Boton::aceptar);
+    pulsar(forma.Command3);
+    EXPECT_TRUE(puertos.escritos(1).empty());
+    fueraDeEdicion();
 }
 
 TEST_F(Escritura, CancelAsksNothingOfTheDate) {
