@@ -113,7 +113,8 @@ bool TextoDeCabecera::config(std::int32_t contador, std::uint8_t byte) {
     const auto k = static_cast<std::size_t>(contador);
     if (k < registro_config::kUsuario) {
         const auto digitos = digitosBcd(byte);
-        digitosSerie.append(digitos.data(), digitos.size());
+        if (digitosSerie.size() < 2 * (k + 1)) digitosSerie.resize(2 * (k + 1), '0');
+        std::copy(digitos.begin(), digitos.end(), digitosSerie.begin() + static_cast<std::ptrdiff_t>(2 * k));
         if (k + 1 == registro_config::kUsuario) {
             texto += juntar("Numero de serie : ", digitosSerie, textos::kFinLinea);
         }
