@@ -1,6 +1,8 @@
 // Exchanges that end without an answer: no port was chosen, the port cannot be had, or the logger is late.
 #include <functional>
 
+#include <gmock/gmock.h>
+
 #include "tests/app/banco.h"
 
 namespace telvane {
@@ -101,6 +103,68 @@ TEST_P(SinPuerto, AFailedSearchLeavesNoPortAndNothingIsSent) {
 INSTANTIATE_TEST_SUITE_P(Cada, SinPuerto,
                          testing::Values(kDescarga, kSerie, kEscritura, kEscrituraTrasOtra, kLectura,
                                          kEnLinea),
+                         nombreDelIntercambio);
+
+// The logger was on COM2; then it was gone, and another search, which tries every port, did not find it.
+class OtraBusqueda : public SinRespuesta {
+   protected:
+    void SetUp() override {
+        puertos.agregar(1);
+        puertos.agregar(12);
+        conectar(2);
+        puertos.manipular(2, [](const ByteSaliente&) { return Efecto{.bytes = {}, .callar = true}; });
+        dialogos.responderSiempre(Boton::aceptar);
+        forma.Command1.enabled = true;
+        pulsar(forma.Command1);
+        ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }, 1min));
+        ASSERT_TRUE(dialogos.textos().back().starts_with("   No Hay Conexion Con Equipo Registrador"));
+        for (const int numero : {1, 2, 12}) puertos.olvidarTrafico(numero);
+    }
+    void intercambiar() {
+        empezar();
+        ASSERT_TRUE(bucle.correrHasta([&] { return inicio.operacionesEnCurso() == 0; }, 10s));
+        EXPECT_TRUE(puertos.escritos(1).empty());
+        EXPECT_TRUE(puertos.escritos(12).empty()) << "the last candidate is nobody's port";
+    }
+};
+
+TEST_P(OtraBusqueda, ThatFindsNobodyLeavesThePortOnWhichTheLoggerAnswered) {
+    intercambiar();
+    EXPECT_EQ(dialogos.textos(), std::vector<std::string>{GetParam().mensaje});
+    EXPECT_EQ(forma.Command1.caption(), kOfrecer);
+    const std::string nombre = GetParam().nombre;
+    const bool preguntaAntes = nombre == "lectura" || nombre == "enLinea";
+    EXPECT_EQ(puertos.escritos(2),
+              preguntaAntes ? std::vector<std::uint8_t>() : (std::vector<std::uint8_t>{kSonda, kApertura}))
+        << "a reading needs an answer that was there before";
+}
+
+TEST_P(OtraBusqueda, ThatWasDeclinedLeavesItAsWell) {
+    dialogos.responder(Boton::cancelar, kPregunta);
+    forma.Command1.enabled = true;
+    pulsar(forma.Command1);
+    intercambiar();
+    EXPECT_EQ(dialogos.textos(), std::vector<std::string>{GetParam().mensaje});
+}
+
+INSTANTIATE_TEST_SUITE_P(Cada, OtraBusqueda,
+                         testing::Values(kDescarga, kSerie, kEscritura, kLectura, kEnLinea),
+                         nombreDelIntercambio);
+
+using VuelveTrasOtraBusqueda = OtraBusqueda;
+
+TEST_P(VuelveTrasOtraBusqueda, ALoggerThatIsThereAgainIsReachedWithoutAThirdOne) {
+    puertos.manipular(2, {});
+    dialogos.olvidar();
+    dialogos.responderArchivoSiempre(std::nullopt);
+    GetParam().empezar(*this);
+    const auto acabado = [&] { return inicio.operacionesEnCurso() == 0 && !puertos.abierto(2); };
+    ASSERT_TRUE(bucle.correrHasta(acabado, 5min));
+    EXPECT_THAT(dialogos.textos(), testing::Not(testing::Contains(GetParam().mensaje)));
+    EXPECT_GE(puertos.escritos(2).size(), 2u + 1 + 5) << "the whole exchange";
+}
+
+INSTANTIATE_TEST_SUITE_P(Cada, VuelveTrasOtraBusqueda, testing::Values(kDescarga, kSerie, kEscritura),
                          nombreDelIntercambio);
 
 using PuertoPerdido = SinRespuesta;
