@@ -109,7 +109,7 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
       edicion(enlace, config),
       lectura(enlace, config, edicion, inicio.presenta),
       busqueda(enlace, inicio.presenta, [this] { return lectura.alPulsar(); }),
-      enLinea(enlace),
+      enLinea(enlace, entorno.bucle),
       escritura(enlace, config, edicion),
       serie(enlace, config),
       exportacion(enlace, config, datos, inicio.progress),

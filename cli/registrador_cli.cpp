@@ -15,7 +15,6 @@
 #include "data/memoria.h"
 #include "data/pasos_descarga.h"
 #include "link/siguiendo.h"
-#include "live/marco_en_linea.h"
 #include "loggerconfig/pasos_escritura.h"
 #include "loggerconfig/pasos_lectura.h"
 
@@ -27,9 +26,7 @@ using namespace std::chrono_literals;
 
 // For an answer to a second probe.
 constexpr auto kEsperaSegundaSonda = 1s;
-constexpr int kIntentosMarco = 3;
-// The rest of an answer that was recognised before its end.
-constexpr auto kResto = 100ms;
+constexpr int kIntentosMarco = CanalesPropios::kVeces;
 
 // What is waited for a byte too many behind a record, at the least.
 constexpr Bucle::Duracion kSobraTardia = 20ms;
@@ -117,7 +114,7 @@ bool RegistradorCli::sondear(int numero) {
         responde = linea.esperarBytes(kUmbralSonda, kEsperaSegundaSonda);
     }
     // What is still on its way must not reach the next opening of the port.
-    if (responde) linea.esperarBytes(kBytesMarco, kResto);
+    if (responde) linea.esperarBytes(kBytesMarco, kRestoMarco);
     return responde;
 }
 
@@ -279,24 +276,14 @@ RegistradorCli::EnLinea::EnLinea(RegistradorCli& registrador)
       otroAparato_(registrador.otroAparato()) {}
 
 RegistradorCli::Marco RegistradorCli::EnLinea::pedir() {
-    unsigned insisten = ~0u;
     std::size_t recibidos = 0;
     for (int intento = 0; intento < kIntentosMarco; ++intento) {
         const auto llegada = intentar();
         const auto que = defecto(llegada);
-        if (que.empty()) {
-            otroAparato_.clear();
-            return llegada.marco;
-        }
+        if (que.empty()) return llegada.marco;
         recibidos += llegada.bytes;
-        insisten &= llegada.bytes == kBytesMarco ? canalesImposibles(llegada.marco) : 0;
-        if (insisten != 0 && intento + 1 == kIntentosMarco) {
-            propios_ |= canalesImposibles(llegada.marco);
-            consola_.aviso("el registrador insiste en ese valor: se muestra como llega");
-            return llegada.marco;
-        }
         consola_.aviso(fmt::format("lectura repetida ({} desde el comienzo): {}", ++repetidas_, que));
-        linea_.descartarHastaCallar(kResto, kEsperaMarco);
+        linea_.descartarHastaCallar(kRestoMarco, kEsperaMarco);
     }
     if (recibidos == 0)
         throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde) + otroAparato_);
@@ -312,18 +299,29 @@ RegistradorCli::EnLinea::Llegada RegistradorCli::EnLinea::intentar() {
     linea_.enviar(kSonda);
     linea_.esperarBytes(kBytesMarco, kEsperaMarco);
     Llegada llegada{.bytes = linea_.esperan()};
-    if (llegada.bytes == kBytesMarco && linea_.esperarBytes(kBytesMarco + 1, kResto))
+    if (llegada.bytes == kBytesMarco && linea_.esperarBytes(kBytesMarco + 1, kRestoMarco))
         llegada.bytes = linea_.esperan();
     for (std::size_t i = 0; i < std::min(llegada.bytes, kBytesMarco); ++i) llegada.marco[i] = linea_.tomar();
     return llegada;
 }
 
-// Empty: none that can be seen.
-std::string RegistradorCli::EnLinea::defecto(const Llegada& llegada) const {
-    if (llegada.bytes == 0) return "el registrador no respondió";
-    if (llegada.bytes != kBytesMarco)
-        return fmt::format("llegaron {} bytes de {}", llegada.bytes, kBytesMarco);
-    if ((canalesImposibles(llegada.marco) & ~propios_) != 0) return "trae un valor que ningún sensor da";
+// Empty: none that can be seen, or one that is the logger's own.
+std::string RegistradorCli::EnLinea::defecto(const Llegada& llegada) {
+    if (llegada.bytes != kBytesMarco) {
+        propios_.interrumpir();
+        return llegada.bytes == 0 ? "el registrador no respondió"
+                                  : fmt::format("llegaron {} bytes de {}", llegada.bytes, kBytesMarco);
+    }
+    switch (propios_.juzgar(llegada.marco)) {
+        case CanalesPropios::Juicio::dudoso:
+            return "trae un valor que ningún sensor da";
+        case CanalesPropios::Juicio::insiste:
+            consola_.aviso("el registrador insiste en ese valor: se muestra como llega");
+            return {};
+        case CanalesPropios::Juicio::bueno:
+            otroAparato_.clear();
+            return {};
+    }
     return {};
 }
 

@@ -15,6 +15,7 @@
 #include "consola/consola.h"
 #include "link/paso.h"
 #include "link/protocolo.h"
+#include "live/canales_propios.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/reloj.h"
@@ -78,13 +79,13 @@ class RegistradorCli {
             Marco marco{};
         };
         Llegada intentar();
-        std::string defecto(const Llegada& llegada) const;
+        std::string defecto(const Llegada& llegada);
 
         LineaRegistrador linea_;
         Consola& consola_;
         std::string otroAparato_;  // until a frame came whole
         std::size_t repetidas_ = 0;
-        unsigned propios_ = 0;  // impossible channels that are the logger's own
+        CanalesPropios propios_;
     };
 
    private:

@@ -1,6 +1,7 @@
 #include "live/en_linea.h"
 
 #include <array>
+#include <utility>
 
 #include "link/protocolo.h"
 #include "link/siguiendo.h"
@@ -49,7 +50,7 @@ Tarea<> DatosEnLinea::empezar() {
         co_await enlace_.esperar(Turno::kQuietud, [&] { return estado.respuesta || !enLinea_; });
         if (estado.respuesta || !enLinea_) co_return;
     }
-    enlace_.abrir(canal, kSonda);
+    abrir();
     co_await enlace_.esperar(kEsperaMarco, [&] { return estado.respuesta || !enLinea_; });
     // Who stopped it meanwhile knows that nothing came.
     if (estado.respuesta || !enLinea_) co_return;
@@ -66,11 +67,51 @@ void DatosEnLinea::alComunicar() {
     for (auto& byte : bytes) byte = canal.InputByte();
     textoLinea_ = lineasMarco(textosMarco(decodificarMarco(bytes)));
     enlace_.forma.Text60.text = textoLinea_;
-    if (canal.InBufferCount() > 0) enlace_.forma.imprimir("falta");
-    if (enLinea_) {
-        siguiendo([&] { canal.Output(kSonda); });
+    const bool sobraban = std::exchange(sobran_, canal.InBufferCount() > 0);
+    if (sobran_) enlace_.forma.imprimir("falta");
+    const bool dudoso = propios_.juzgar(bytes) == CanalesPropios::Juicio::dudoso;
+    if (!enLinea_) {
+        cerrar();
+    } else if (sobraban || (dudoso && !sobran_)) {
+        // Out of step, or it seems so: a byte too many that comes behind its frame is seen by nobody then.
+        silencio_ = bucle_.alarma(kRestoMarco, [this] { pedirEnPaso(); });
+    } else {
+        pedir();
+    }
+}
+
+void DatosEnLinea::abrir() {
+    silencio_.reset();
+    sobran_ = false;
+    propios_ = {};
+    enlace_.abrir(enlace_.canales.MSComm6, kSonda);
+}
+
+void DatosEnLinea::pedir() {
+    silencio_.reset();
+    siguiendo([&] { enlace_.canales.MSComm6.Output(kSonda); });
+}
+
+// The logger has fallen silent: what waits is left over, and the next frame begins with its first byte.
+void DatosEnLinea::pedirEnPaso() {
+    auto& canal = enlace_.canales.MSComm6;
+    if (!canal.PortOpen()) return;
+    if (canal.InBufferCount() > 0) {
+        propios_.interrumpir();
+        if (!sobran_) enlace_.forma.imprimir("falta");
+    }
+    sobran_ = false;
+    if (!enLinea_) {
+        cerrar();
         return;
     }
+    siguiendo([&] { canal.InBufferCount(0); });
+    pedir();
+}
+
+void DatosEnLinea::cerrar() {
+    auto& canal = enlace_.canales.MSComm6;
+    silencio_.reset();
     enlace_.forma.Text60.text = "";
     siguiendo([&] { canal.InBufferCount(0); });
     canal.PortOpen(false);

@@ -1,6 +1,11 @@
 // Live data: the toggle and the polling.
 #include <algorithm>
 #include <array>
+#include <numeric>
+#include <set>
+#include <utility>
+
+#include <gmock/gmock.h>
 
 #include "live/marco_en_linea.h"
 #include "tests/app/banco.h"
@@ -164,7 +169,171 @@ TEST_F(EnLineaOtraVez, AFrameThatNeverComesWholeIsAskedForAnew) {
     EXPECT_EQ(dialogos.mensajes().size(), 2u) << "those of the start";
 }
 
+// What the logger measured, whatever the line made of it, and what was shown.
+class EnLineaDesplazada : public EnLinea {
+   protected:
+    using Dano = std::function<void(const ByteSaliente&, Efecto&)>;
+
+    // From now on the line does this to each byte of a frame.
+    void danar(Dano dano) {
+        puertos.manipular(1, [this, dano = std::move(dano)](const ByteSaliente& saliente) {
+            auto efecto = Efecto::pasar(saliente.byte);
+            if (saliente.intercambio != Intercambio::reposo) return efecto;
+            marco_.at(saliente.indice) = saliente.byte;
+            if (saliente.indice + 1 == kBytesMarco)
+                medidos_.insert(lineasMarco(textosMarco(decodificarMarco(marco_))));
+            dano(saliente, efecto);
+            return efecto;
+        });
+        medidos_.clear();
+        mostrados_.clear();
+        observacion_ = forma.observar({.alCambiar =
+                                           [this](Control& control, Que que) {
+                                               if (&control != &forma.Text60 || que != Que::text) return;
+                                               if (control.text() != "") mostrados_.push_back(control.text());
+                                           },
+                                       .alCambiarForma = {},
+                                       .alImprimir = {}});
+    }
+    // Of the frames shown since then: wrong ones, and whether the last one is right.
+    std::size_t erradas() const {
+        const auto bien = [this](const auto& texto) { return medidos_.contains(texto); };
+        return mostrados_.size() -
+               static_cast<std::size_t>(std::count_if(mostrados_.begin(), mostrados_.end(), bien));
+    }
+    bool enPaso() const { return !mostrados_.empty() && medidos_.contains(mostrados_.back()); }
+    std::ptrdiff_t faltas() const {
+        return std::count(forma.lineas().begin(), forma.lineas().end(), "falta");
+    }
+
+    std::set<std::string> medidos_;
+    std::vector<std::string> mostrados_;
+
+   private:
+    std::array<std::uint8_t, kBytesMarco> marco_{};
+    Formulario::Observacion observacion_;
+};
+
+// At the pace of the wire the bytes too many come when their frame has been taken already.
+TEST_F(EnLineaDesplazada, BytesTooManyAnywhereInAFrameAreToldAndTheNextReadingsAreInStepAgain) {
+    conectar();
+    pulsar(forma.Command4);
+    for (const std::size_t cuantos : {1u, 2u, 30u}) {
+        for (std::size_t lugar = 0; lugar < kBytesMarco; ++lugar) {
+            SCOPED_TRACE(std::to_string(cuantos) + " at " + std::to_string(lugar));
+            bool hecho = false;
+            danar([&](const ByteSaliente& saliente, Efecto& efecto) {
+                if (saliente.indice != lugar || std::exchange(hecho, true)) return;
+                efecto.bytes.insert(efecto.bytes.end(), cuantos, 0x41);
+            });
+            const auto antes = faltas();
+            const auto pedidos = puertos.escritos(1).size();
+            bucle.avanzar(1s);
+            EXPECT_TRUE(hecho);
+            EXPECT_GE(faltas(), antes + 1);
+            EXPECT_LE(faltas(), antes + 2);
+            EXPECT_LE(erradas(), 2u);
+            EXPECT_TRUE(enPaso()) << forma.Text60.text();
+            EXPECT_GT(puertos.escritos(1).size(), pedidos + 40) << "at its pace: a frame takes 17 ms";
+        }
+    }
+}
+
+// A line that always keeps one too many must not fill the channel with answers that nobody waits for.
+TEST_F(EnLineaDesplazada, AByteTooManyInEveryFrameLeavesEverySecondReadingRightAndOneRequestAtATime) {
+    conectar();
+    danar([](const ByteSaliente& saliente, Efecto& efecto) {
+        if (saliente.indice + 1 == kBytesMarco) efecto.bytes.push_back(0x41);
+    });
+    pulsar(forma.Command4);
+    bucle.avanzar(10min);
+    EXPECT_GE(faltas(), 1);
+    EXPECT_LE(erradas(), mostrados_.size() / 2 + 1);
+    const auto pedidos = puertos.escritos(1).size();
+    EXPECT_GT(pedidos, 1000u);
+    EXPECT_NEAR(static_cast<double>(mostrados_.size()), static_cast<double>(pedidos), 1);
+}
+
+// A wrong sensor is no reason to be slower for ever.
+TEST_F(EnLineaDesplazada, AChannelThatIsAlwaysImpossibleIsTheLoggersOwnAndIsShownAtItsPace) {
+    conectar();
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        const bool veleta = saliente.intercambio == Intercambio::reposo && saliente.indice == 7;
+        return Efecto::pasar(veleta ? std::uint8_t{0xFF} : saliente.byte);
+    });
+    pulsar(forma.Command4);
+    bucle.avanzar(1s);
+    const auto antes = puertos.escritos(1).size();
+    EXPECT_THAT(forma.Text60.text(), testing::HasSubstr("Dir Viento [º]=573.8\r\n"));
+    bucle.avanzar(1s);
+    EXPECT_GT(puertos.escritos(1).size(), antes + 40) << "a frame takes 17 ms";
+    EXPECT_EQ(faltas(), 0);
+}
+
+TEST_F(EnLineaDesplazada, StoppedAndStartedWhileTheLineIsLeftToFallSilentItIsInStepAsWell) {
+    conectar();
+    pulsar(forma.Command4);
+    for (const auto despues : {0ms, 1ms, 50ms, 99ms}) {
+        bool hecho = false;
+        danar([&](const ByteSaliente& saliente, Efecto& efecto) {
+            if (saliente.indice == 3 && !std::exchange(hecho, true)) efecto.bytes.push_back(0x41);
+        });
+        ASSERT_TRUE(bucle.correrHasta([&] { return erradas() > 0; }, 2s));
+        bucle.avanzar(despues);
+        pulsar(forma.Command4);
+        pulsar(forma.Command4);
+        const auto pedidos = puertos.escritos(1).size();
+        bucle.avanzar(1s);
+        EXPECT_TRUE(enPaso()) << despues.count() << ": " << forma.Text60.text();
+        EXPECT_GT(puertos.escritos(1).size(), pedidos + 40);
+    }
+    EXPECT_EQ(dialogos.mensajes().size(), 2u) << "those of the start";
+}
+
+TEST_F(EnLineaDesplazada, StoppedWhileTheLineIsLeftToFallSilentItEndsThen) {
+    conectar();
+    danar([](const ByteSaliente& saliente, Efecto& efecto) {
+        if (saliente.indice == 3) efecto.bytes.push_back(0x41);
+    });
+    pulsar(forma.Command4);
+    ASSERT_TRUE(bucle.correrHasta([&] { return erradas() > 0; }, 2s));
+    pulsar(forma.Command4);
+    EXPECT_TRUE(puertos.abierto(1));
+    const auto pedidos = puertos.escritos(1).size();
+    bucle.avanzar(200ms);
+    EXPECT_FALSE(puertos.abierto(1));
+    EXPECT_EQ(forma.Text60.text(), "");
+    EXPECT_EQ(puertos.escritos(1).size(), pedidos);
+}
+
 using EnLineaSinRitmo = Banco;
+
+// What waits behind a frame begins the next one, whatever it is; only then is the line put in step.
+TEST_F(EnLineaSinRitmo, BytesThatWaitBehindAFrameBeginTheNextOneOnce) {
+    conectar();
+    std::vector<std::string> mostrados;
+    const auto observacion = forma.observar({.alCambiar =
+                                                 [&](Control& control, Que que) {
+                                                     if (&control == &forma.Text60 && que == Que::text)
+                                                         mostrados.push_back(control.text());
+                                                 },
+                                             .alCambiarForma = {},
+                                             .alImprimir = {}});
+    puertos.manipular(1, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(static_cast<std::uint8_t>(saliente.indice));
+        if (saliente.numero == 30) efecto.bytes.push_back(0xFF);
+        if (saliente.indice == 0 && saliente.numero > 0) efecto.demora = 1s;
+        return efecto;
+    });
+    pulsar(forma.Command4);
+    bucle.avanzar(2500ms);
+    const auto bytes = [](std::uint8_t primero) {
+        std::array<std::uint8_t, kBytesMarco> marco{};
+        std::iota(marco.begin(), marco.end(), primero);
+        return lineasMarco(textosMarco(decodificarMarco(marco)));
+    };
+    EXPECT_EQ(mostrados, (std::vector<std::string>{bytes(0), bytes(0xFF), bytes(0)}));
+}
 
 TEST_F(EnLineaSinRitmo, ThirtyTwoWaitingBytesPrintFalta) {
     conectar();
