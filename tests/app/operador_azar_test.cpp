@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <fstream>
 #include <random>
 
 #include <fmt/format.h>
@@ -11,6 +12,7 @@
 
 #include "link/turno.h"
 #include "loggerconfig/pasos_serie.h"
+#include "tests/apoyo/leyes_de_reposo.h"
 #include "tests/app/banco.h"
 
 namespace telvane {
@@ -31,16 +33,20 @@ class DialogosAbiertos final : public Dialogos {
         cajas.push_back({mensaje, std::move(listo)});
         ++mostradas;
     }
-    void archivo(const PeticionArchivo&,
+    struct Archivo {
+        bool guardar;
+        std::function<void(std::optional<std::filesystem::path>)> listo;
+    };
+    void archivo(const PeticionArchivo& peticion,
                  std::function<void(std::optional<std::filesystem::path>)> listo) override {
-        archivos.push_back(std::move(listo));
+        archivos.push_back({peticion.guardar, std::move(listo)});
         ++mostradas;
     }
     void abrirDocumento(const std::filesystem::path&, std::function<void()>) override {}
     bool abiertos() const { return !cajas.empty() || !archivos.empty(); }
 
     std::vector<Caja> cajas;
-    std::vector<std::function<void(std::optional<std::filesystem::path>)>> archivos;
+    std::vector<Archivo> archivos;
     std::size_t mostradas = 0;
 };
 
@@ -94,6 +100,7 @@ class Operador {
    public:
     explicit Operador(unsigned semilla) : azar_(semilla) {
         puertos_.conectar(1, MaquinaRegistrador(memoriaSimulada(Clima())));
+        std::ofstream(carpeta_ / "corta.rgt") << std::string(64, '\x55');
         observacion_ =
             forma_.observar({.alCambiar = [this](Control& control, Que que) { alCambiar(control, que); },
                              .alCambiarForma = {},
@@ -190,10 +197,13 @@ class Operador {
     void contestar(Boton boton) {
         ++palabras_;
         if (!dialogos_.archivos.empty()) {
-            const auto listo = std::move(dialogos_.archivos.back());
+            const auto archivo = std::move(dialogos_.archivos.back());
             dialogos_.archivos.pop_back();
-            anotar("cancela el archivo");
-            bucle_.entregar([listo] { listo(std::nullopt); });
+            std::optional<std::filesystem::path> ruta;
+            if (boton == Boton::aceptar && dado(2) == 0)
+                ruta = carpeta_ / (archivo.guardar ? "datos.csv" : "corta.rgt");
+            anotar(ruta ? "elige un archivo" : "cancela el archivo");
+            bucle_.entregar([listo = archivo.listo, ruta] { listo(ruta); });
             return;
         }
         const auto caja = std::move(dialogos_.cajas.back());
@@ -323,13 +333,44 @@ class Operador {
         emitidos_ = cuantos;
         ultimoByte_ = ahora();
     }
-    void leyes() const {
-        const bool editable = !forma_.Text2.locked();
-        EXPECT_TRUE(!forma_.Command3.enabled() || editable) << historia();
-        EXPECT_EQ(forma_.fecha1.locked(), !editable) << historia();
-        EXPECT_EQ(forma_.MaskEdBox2.locked(), !editable) << historia();
-        EXPECT_EQ(forma_.Check1.visible(), editable) << historia();
-        EXPECT_TRUE(forma_.salir.enabled()) << historia();
+    Vista vista() {
+        Vista v;
+        v.delante = dialogos_.abiertos();
+        v.progreso = inicio_.progress.mostrado();
+        v.procesado = std::any_of(dialogos_.cajas.begin(), dialogos_.cajas.end(), [](const auto& caja) {
+            return caja.mensaje.texto == "El archivo se proceso con exito";
+        });
+        v.conectar = forma_.Command1.enabled();
+        v.leer = forma_.configuracion.enabled();
+        v.cambiar = forma_.Command2.enabled();
+        v.enviar = forma_.Command3.enabled();
+        v.enLinea = forma_.Command4.enabled();
+        v.descargar = forma_.Command13.enabled();
+        v.exportar = forma_.Command33.enabled();
+        v.abrir = forma_.Command43.enabled();
+        v.salir = forma_.salir.enabled();
+        v.serie = forma_.Text10.enabled();
+        v.parar = forma_.Command4.caption() == "PARAR";
+        v.lecturas = forma_.Text60.visible();
+        v.ajustar = forma_.Check1.visible();
+        v.quienAjusta = forma_.Label3.visible();
+        const auto campos = forma_.camposEdicion();
+        v.editables = static_cast<int>(
+            std::count_if(campos.begin(), campos.end(), [](const auto* c) { return !c->locked(); }));
+        const auto opciones = forma_.opciones();
+        v.opciones = static_cast<int>(
+            std::count_if(opciones.begin(), opciones.end(), [](const auto* c) { return c->visible(); }));
+        v.rotuloConectar = forma_.Command1.caption();
+        v.rotuloSerie = forma_.Label1.caption();
+        return v;
+    }
+    void leyes() {
+        const auto v = vista();
+        reposo_.mirar(v);
+        EXPECT_EQ(reposo_.rota(v), "") << historia();
+        if (!v.delante && inicio_.operacionesEnCurso() == 0 && !bucle_.enPausa()) {
+            EXPECT_EQ(reposo_.rotaEnReposo(v), "") << historia();
+        }
         const auto preguntas =
             std::count_if(dialogos_.cajas.begin(), dialogos_.cajas.end(),
                           [](const auto& caja) { return caja.mensaje.botones == Botones::aceptarCancelar; });
@@ -337,6 +378,7 @@ class Operador {
     }
 
     std::mt19937 azar_;
+    LeyesDeReposo reposo_;
     std::vector<std::string> historia_;
     std::vector<std::uint8_t> escritos_;
     std::size_t palabras_ = 0;  // boxes, printed lines, cancelled downloads, live data that was stopped
