@@ -6,7 +6,14 @@ namespace telvane {
 
 Turno::Espera::Espera(Turno& turno, std::chrono::nanoseconds plazo) : turno_(turno) {
     ++turno_.esperas_;
-    turno_.contar(plazo);
+    // The clock of the wait is rounded, and its end may be behind a click in the queue.
+    turno_.contar(plazo + kQuietud);
+}
+
+// One that an earlier answer ended at once: the opening is as good as a byte.
+Turno::Espera::~Espera() {
+    --turno_.esperas_;
+    turno_.contar(kQuietud);
 }
 
 void Turno::vive() {

@@ -34,13 +34,13 @@ class Turno {
         Turno& turno_;
     };
     // While an operation waits for the logger. It counts as progress for as long as the wait is meant to
-    // last: one that a changed clock makes longer stands still.
+    // last, and a second more: one that a changed clock makes longer stands still.
     class Espera {
        public:
         Espera(Turno& turno, std::chrono::nanoseconds plazo);
         Espera(const Espera&) = delete;
         Espera& operator=(const Espera&) = delete;
-        ~Espera() { --turno_.esperas_; }
+        ~Espera();
 
        private:
         Turno& turno_;

@@ -39,7 +39,7 @@ void LeyesDeReposo::mirar(const Vista& v) {
     unaSolaVista_ |= v.editables == 0 && v.opciones <= 1;
     respondido_ |= !v.rotuloConectar.empty() && v.rotuloConectar != kAlEmpezar;
     cerradaAlEditar_ = !v.leer && (editando(v) || cerradaAlEditar_);
-    reconectable_ = v.conectar || (v.parar && reconectable_);
+    reconectable_ = v.conectar || (v.parar && (reconectable_ || v.rotuloConectar == kOfrece));
     editaEnLinea_ = editando(v) && (v.parar || paraba_ || editaEnLinea_);
     paraba_ = v.parar;
     if (v.procesado) {

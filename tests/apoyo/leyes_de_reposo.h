@@ -46,7 +46,7 @@ class LeyesDeReposo {
     bool unaSolaVista_ = false;     // outside edit mode, one interval at most
     bool respondido_ = false;       // the first question has been
     bool cerradaAlEditar_ = false;  // configuracion has been disabled since edit mode was entered
-    bool reconectable_ = false;     // in live mode, Command1 could be pressed
+    bool reconectable_ = false;     // Command1 could be pressed in live mode, or just before
     bool paraba_ = false;           // at the last look it was in live mode
     bool editaEnLinea_ = false;     // edit mode was entered in live mode
     bool exportarApagado_ = false;  // and no base file was loaded since

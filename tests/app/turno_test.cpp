@@ -253,6 +253,21 @@ TEST_F(TurnoDe, NothingTakesThePortOfTheSearchAndTheFirstQuestionIsAskedOnce) {
     EXPECT_EQ(puertos.maquina(3).serie(), "02080050");
 }
 
+// Where one wait of it ends and the next begins the clock's text is some milliseconds off.
+TEST_F(TurnoDe, NothingTakesThePortOfTheSearchAtTheEndOfAnyOfItsWaits) {
+    conectar();
+    puertos.manipular(1, [](const ByteSaliente&) { return Efecto{}; });
+    dialogos.responderSiempre(Boton::aceptar);
+    forma.Command1.enabled = true;
+    pulsar(forma.Command1);
+    for (int i = 0; i < 12'500; ++i) {
+        pulsar(forma.Command13);
+        ASSERT_TRUE(forma.Command13.enabled()) << "begun " << i << " ms after the search";
+        pasar(1ms);
+    }
+    EXPECT_EQ(intercambios(), 1u);
+}
+
 TEST_F(TurnoDe, AConfigurationThatWasReadUnderTheQuestionIsNotSent) {
     conectar();
     puertos.manipular(1, [](const ByteSaliente& saliente) {
