@@ -64,10 +64,8 @@ char minuscula(char c) {
 }
 
 void revisarNombre(const fs::path& ruta, std::span<const std::string_view> vedadas) {
-    auto nombre = ruta.filename().string();
-    std::transform(nombre.begin(), nombre.end(), nombre.begin(), minuscula);
     for (const auto ending : vedadas) {
-        if (nombre.ends_with(ending))
+        if (terminaEn(ruta, std::span(&ending, 1)))
             throw Fallo{fmt::format("los nombres que terminan en {} son de otra clase de archivo", ending),
                         true};
     }
@@ -206,6 +204,16 @@ std::string lugar(const struct stat& datos) {
 }
 
 }  // namespace
+
+std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const fs::path& ruta) {
+    return fmt::format("{} y {} son el mismo archivo: {}", una, otra, nombreVisible(ruta));
+}
+
+bool terminaEn(const fs::path& ruta, std::span<const std::string_view> terminaciones) {
+    auto nombre = ruta.filename().string();
+    std::transform(nombre.begin(), nombre.end(), nombre.begin(), minuscula);
+    return std::ranges::any_of(terminaciones, [&](auto final) { return nombre.ends_with(final); });
+}
 
 ErrorGuardado noGuardado(const fs::path& ruta, std::string_view motivo) {
     ErrorGuardado error(fmt::format("no se pudo guardar {}: {}", nombreVisible(ruta), motivo));

@@ -25,6 +25,12 @@ class ErrorNombre : public ErrorGuardado {
     using ErrorGuardado::ErrorGuardado;
 };
 
+// Two options of one line: "--base y --csv son el mismo archivo: x"
+std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const std::filesystem::path& ruta);
+
+// Whether the file's name has one of these endings, told in lower case, in whatever case.
+bool terminaEn(const std::filesystem::path& ruta, std::span<const std::string_view> terminaciones);
+
 // "no se pudo guardar carpeta/x.csv: MOTIVO": the name as it was given, or nobody knows which x.csv
 ErrorGuardado noGuardado(const std::filesystem::path& ruta, std::string_view motivo);
 

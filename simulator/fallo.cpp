@@ -8,6 +8,8 @@
 
 #include <fmt/format.h>
 
+#include "platform/argumentos.h"
+
 namespace telvane {
 
 namespace {
@@ -131,7 +133,7 @@ class LectorDeFallo {
     void tomarClase(const Pieza& pieza) {
         const auto* fila = buscar(kClases, pieza.nombre);
         if (!fila || hayClase_) rechazar(texto_, fmt::format("sobra o no se entiende \"{}\"", pieza.nombre));
-        if (fila->base == 0 && pieza.valor) rechazar(texto_, fmt::format("{} no lleva valor", pieza.nombre));
+        if (fila->base == 0 && pieza.valor) rechazar(texto_, noLlevaValor(pieza.nombre));
         if (fila->base != 0) fallo_.valor = numero(pieza, fila->base, fila->maximo);
         fallo_.clase = fila->clase;
         hayClase_ = true;

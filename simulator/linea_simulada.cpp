@@ -77,20 +77,20 @@ void LineaSimulada::salir(std::uint8_t byte, Momento desde) {
     if (callada_ || cortada_ || colgada_) return;
     ++numero_;
     if (!manipulador_) {
-        llegar(Llegada::Que::byte, byte, finDeByte(desde));
+        llegar(QueLlega::byte, byte, finDeByte(desde));
         return;
     }
     const auto efecto = manipulador_(saliente);
     errorEscritura_ = errorEscritura_ || efecto.errorEscritura;
     escrituraCorta_ = escrituraCorta_ || efecto.escrituraCorta;
     const auto inicio = std::max(desde, libreHaciaPc_) + efecto.demora;
-    if (efecto.suceso) llegar(Llegada::Que::suceso, *efecto.suceso, finDeByte(inicio));
-    if (efecto.errorLectura) llegar(Llegada::Que::errorLectura, 0, finDeByte(inicio));
+    if (efecto.suceso) llegar(QueLlega::suceso, *efecto.suceso, finDeByte(inicio));
+    if (efecto.errorLectura) llegar(QueLlega::errorLectura, 0, finDeByte(inicio));
     callada_ = efecto.callar;
     cortada_ = efecto.cortar;
     if (efecto.colgar) colgar(inicio);
     if (callada_ || cortada_ || colgada_) return;
-    for (const auto uno : efecto.bytes) llegar(Llegada::Que::byte, uno, finDeByte(inicio));
+    for (const auto uno : efecto.bytes) llegar(QueLlega::byte, uno, finDeByte(inicio));
     // A lost byte takes its time as well.
     if (efecto.bytes.empty()) libreHaciaPc_ = finDeByte(inicio);
 }
@@ -99,8 +99,8 @@ LineaSimulada::Momento LineaSimulada::finDeByte(Momento desde) const {
     return std::max(desde, libreHaciaPc_) + porByte_;
 }
 
-void LineaSimulada::llegar(Llegada::Que que, int valor, Momento cuando) {
-    if (que == Llegada::Que::byte) {
+void LineaSimulada::llegar(QueLlega que, int valor, Momento cuando) {
+    if (que == QueLlega::byte) {
         libreHaciaPc_ = cuando;
         if (anotador_) anotador_(static_cast<std::uint8_t>(valor));
     }
@@ -108,18 +108,18 @@ void LineaSimulada::llegar(Llegada::Que que, int valor, Momento cuando) {
 }
 
 void LineaSimulada::emitir(std::uint8_t byte, Momento ahora) {
-    if (!cortada_ && !colgada_) llegar(Llegada::Que::byte, byte, finDeByte(ahora + demoraMinima_));
+    if (!cortada_ && !colgada_) llegar(QueLlega::byte, byte, finDeByte(ahora + demoraMinima_));
 }
 
 void LineaSimulada::suceder(int codigo, Momento ahora) {
-    llegar(Llegada::Que::suceso, codigo, std::max(ahora, libreHaciaPc_));
+    llegar(QueLlega::suceso, codigo, std::max(ahora, libreHaciaPc_));
 }
 
 void LineaSimulada::colgar(Momento ahora) {
     if (colgada_) return;
     colgada_ = true;
     haciaRegistrador_.clear();
-    llegar(Llegada::Que::colgado, 0, std::max(ahora, libreHaciaPc_));
+    llegar(QueLlega::colgado, 0, std::max(ahora, libreHaciaPc_));
 }
 
 void LineaSimulada::reponer() {

@@ -15,14 +15,15 @@
 
 namespace telvane {
 
+enum class QueLlega : std::uint8_t { byte, suceso, errorLectura, colgado };
+
 class LineaSimulada {
    public:
     using Momento = std::chrono::nanoseconds;
 
     // Something that reaches the PC.
     struct Llegada {
-        enum class Que : std::uint8_t { byte, suceso, errorLectura, colgado };
-        Que que;
+        QueLlega que;
         int valor;  // the byte, or the line event's code
         Momento cuando;
     };
@@ -76,7 +77,7 @@ class LineaSimulada {
     void recibir(const EnCamino& enCamino);
     void contarCuadro(Momento ahora);
     void salir(std::uint8_t byte, Momento desde);
-    void llegar(Llegada::Que que, int valor, Momento cuando);
+    void llegar(QueLlega que, int valor, Momento cuando);
     Momento finDeByte(Momento desde) const;
 
     MaquinaRegistrador maquina_;

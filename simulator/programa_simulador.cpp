@@ -5,22 +5,17 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <ctime>
 #include <system_error>
 #include <utility>
 
-#include <fmt/format.h>
-
 #include "platform/guardado.h"
-#include "platform/texto_visible.h"
 
 namespace telvane {
 
 namespace {
 
 using std::chrono::nanoseconds;
-using Que = LineaSimulada::Llegada::Que;
 
 // Bytes of one answer leave together as they fall due, so that the processor sleeps meanwhile: at most this
 // many, none of them later than this behind its own time.
@@ -42,8 +37,13 @@ timespec comoTimespec(nanoseconds duracion) {
 }  // namespace
 
 ProgramaSimulador::ProgramaSimulador(LineaSimulada linea, std::filesystem::path enlace,
-                                     std::optional<std::filesystem::path> memoria)
-    : linea_(std::move(linea)), terminal_(std::move(enlace)), memoria_(std::move(memoria)) {}
+                                     std::optional<MemoriaGuardada> memoria, Decir decir)
+    : linea_(std::move(linea)),
+      terminal_(std::move(enlace)),
+      memoria_(std::move(memoria)),
+      decir_(std::move(decir)) {
+    if (memoria_ && !memoria_->leida()) memoria_->guardar(linea_.maquina().imagen());
+}
 
 void ProgramaSimulador::servir(int senales) {
     for (;;) {
@@ -84,8 +84,8 @@ void ProgramaSimulador::entregar() {
     bool cuelga = false;
     while (!llegadas.empty() && llegadas.front().cuando <= ahora) {
         const auto& llegada = llegadas.front();
-        if (llegada.que == Que::byte) bytes.push_back(static_cast<std::uint8_t>(llegada.valor));
-        cuelga = cuelga || llegada.que == Que::colgado;
+        if (llegada.que == QueLlega::byte) bytes.push_back(static_cast<std::uint8_t>(llegada.valor));
+        cuelga = cuelga || llegada.que == QueLlega::colgado;
         ultimaLlegada_ = llegada.cuando;
         atraso_ = ahora - llegada.cuando;
         llegadas.pop_front();
@@ -103,10 +103,9 @@ void ProgramaSimulador::guardar() {
     if (!memoria_ || guardados_ == cambios) return;
     guardados_ = cambios;
     try {
-        guardarAtomico(*memoria_, linea_.maquina().imagen());
+        memoria_->guardar(linea_.maquina().imagen());
     } catch (const ErrorGuardado& error) {
-        fmt::print(stderr, "telvane-sim: {}\n",
-                   sinControles(fmt::format("{}: {}", memoria_->string(), error.what())));
+        decir_(error.what());
     }
 }
 

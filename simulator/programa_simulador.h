@@ -4,20 +4,27 @@
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/reloj.h"
 #include "simulator/linea_simulada.h"
+#include "simulator/memoria_guardada.h"
 #include "simulator/terminal_simulado.h"
 
 namespace telvane {
 
 class ProgramaSimulador {
    public:
-    // memoria: where the image goes each time that the logger's memory changed; none: nowhere.
+    using Decir = std::function<void(const std::string&)>;
+
+    // memoria: where the image goes, now if there is no file yet, and each time that the logger's memory
+    // changed; none: nowhere. decir: told what went wrong while serving goes on. Throws std::runtime_error
+    // with the reason in Spanish, and leaves nothing then.
     ProgramaSimulador(LineaSimulada linea, std::filesystem::path enlace,
-                      std::optional<std::filesystem::path> memoria);
+                      std::optional<MemoriaGuardada> memoria, Decir decir);
 
     const std::string& dispositivo() const { return terminal_.nombre(); }
     // Serves the line until the descriptor senales can be read.
@@ -34,7 +41,8 @@ class ProgramaSimulador {
     RelojSistema reloj_;
     LineaSimulada linea_;
     TerminalSimulado terminal_;
-    std::optional<std::filesystem::path> memoria_;
+    std::optional<MemoriaGuardada> memoria_;
+    Decir decir_;
     std::size_t guardados_ = 0;
     std::optional<Momento> vuelve_;  // when a hung-up device is there again
     Momento ultimaLlegada_{0};       // when the last byte was due at the PC ...

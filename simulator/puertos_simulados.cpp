@@ -12,7 +12,6 @@ namespace telvane {
 namespace {
 
 using Momento = LineaSimulada::Momento;
-using Que = LineaSimulada::Llegada::Que;
 
 }  // namespace
 
@@ -169,16 +168,16 @@ void PuertosSimulados::Puerto::recoger() {
 
 void PuertosSimulados::Puerto::tomar(const LineaSimulada::Llegada& llegada) {
     switch (llegada.que) {
-        case Que::byte:
+        case QueLlega::byte:
             esperan_.emplace_back(static_cast<std::uint8_t>(llegada.valor));
             break;
-        case Que::errorLectura:
+        case QueLlega::errorLectura:
             esperan_.emplace_back();
             break;
-        case Que::colgado:
+        case QueLlega::colgado:
             colgado_ = true;
             break;
-        case Que::suceso:
+        case QueLlega::suceso:
             sucesos_.push_back(llegada.valor);
             sucesoNuevo_ = true;
             return;
@@ -201,8 +200,8 @@ std::optional<Momento> PuertosSimulados::Puerto::cuandoMirar() const {
     auto cuando = puesto_.linea->proximaRecepcion();
     auto faltan = umbral_ > esperan_.size() ? umbral_ - esperan_.size() : 1;
     for (const auto& llegada : puesto_.linea->llegadas()) {
-        if (llegada.que == Que::suceso && !vigilaLinea_) continue;
-        if (llegada.que == Que::byte && --faltan > 0) continue;
+        if (llegada.que == QueLlega::suceso && !vigilaLinea_) continue;
+        if (llegada.que == QueLlega::byte && --faltan > 0) continue;
         return cuando ? std::min(*cuando, llegada.cuando) : llegada.cuando;
     }
     return cuando;

@@ -1,38 +1,38 @@
 // telvane-sim: a logger on a pty, for trying and testing everything that talks to one.
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
-#include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <charconv>
 #include <csignal>
-#include <cstdio>
 #include <exception>
-#include <filesystem>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
 #include "link/protocolo.h"
 #include "loggerconfig/pasos_serie.h"
-#include "platform/archivo.h"
 #include "platform/argumentos.h"
 #include "platform/descriptor.h"
+#include "platform/destino.h"
 #include "platform/flujos.h"
-#include "platform/guardado.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
+#include "simulator/memoria_guardada.h"
 #include "simulator/memoria_simulada.h"
 #include "simulator/programa_simulador.h"
 #include "simulator/reserva.h"
 
 namespace telvane {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int kFallo = 1;
 constexpr int kMalUso = 2;
@@ -102,73 +102,93 @@ void declarar(Argumentos& argumentos, Opciones& opciones) {
     programa.pie("\n" + std::string(kAyudaFallo));
 }
 
-std::vector<std::uint8_t> leerImagen(const fs::path& ruta) {
-    auto imagen = leerArchivo(ruta, kBytesMemoria + 1);
-    if (imagen.size() > kBytesMemoria)
-        throw ErrorLectura(
-            fmt::format("{} tiene más de {} bytes: dé otro --memoria", ruta.string(), kBytesMemoria));
-    // It is written over with the first change: somebody's letter named by mistake is not ours.
-    const auto nombre = ruta.filename().string();
-    const bool suyo = nombre.ends_with(".rgt") || nombre.ends_with(".rgt.parcial");
-    if (imagen.size() != kBytesMemoria && !suyo) {
-        throw ErrorLectura(
-            fmt::format("{} no parece una memoria, que mide {} bytes o termina en .rgt: dé otro --memoria",
-                        ruta.string(), kBytesMemoria));
-    }
-    return imagen;
-}
-
-// Two that write one file would each lose what the other was told.
-std::optional<Descriptor> reservarMemoria(const std::string& memoria) {
-    if (memoria.empty()) return std::nullopt;
-    std::error_code error;
-    auto reserva = reservar("telvane-sim memoria", fs::weakly_canonical(fs::absolute(memoria, error), error));
-    if (reserva) return reserva;
-    throw std::runtime_error(
-        fmt::format("otro telvane-sim usa la memoria {}: termínelo o dé otro --memoria", memoria));
-}
-
-MaquinaRegistrador prepararMaquina(const Opciones& opciones) {
+MaquinaRegistrador prepararMaquina(const Opciones& opciones, const std::optional<MemoriaGuardada>& memoria) {
     const Clima clima(numero(opciones.semilla).value_or(1));
-    const bool guardada = !opciones.memoria.empty() && fs::exists(opciones.memoria);
-    MaquinaRegistrador maquina(guardada ? leerImagen(opciones.memoria) : memoriaSimulada(clima), clima);
+    MaquinaRegistrador maquina(memoria && memoria->leida() ? *memoria->leida() : memoriaSimulada(clima),
+                               clima);
     if (!opciones.serie.empty()) maquina.ponerSerie(opciones.serie);
-    // A file that cannot be written is told now and not after the first change.
-    if (!opciones.memoria.empty() && !guardada) guardarAtomico(opciones.memoria, maquina.imagen());
     const RelojSistema reloj;
     maquina.ponerReloj(reloj.ahora(), reloj.monotono());
     return maquina;
 }
 
+constexpr std::array kSenales = {SIGINT, SIGTERM, SIGHUP};
+
 // The signals that end the program, to be read instead of interrupting it.
-int abrirSenales() {
+Descriptor abrirSenales() {
     sigset_t senales;
     sigemptyset(&senales);
-    for (const int senal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&senales, senal);
+    for (const int senal : kSenales) sigaddset(&senales, senal);
     if (::sigprocmask(SIG_BLOCK, &senales, nullptr) != 0)
         throw std::system_error(errno, std::generic_category());
-    const int descriptor = ::signalfd(-1, &senales, SFD_CLOEXEC);
-    if (descriptor < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
+    Descriptor descriptor(::signalfd(-1, &senales, SFD_CLOEXEC));
+    if (descriptor() < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
     return descriptor;
 }
 
-void correr(const Opciones& opciones) {
-    const auto reserva = reservarMemoria(opciones.memoria);
-    LineaSimulada linea(prepararMaquina(opciones), opciones.baudios == "0" ? 0 : kBaudios);
+// One that was caught so, and not read.
+bool senalEnEspera() {
+    sigset_t pendientes;
+    return ::sigpending(&pendientes) == 0 &&
+           std::ranges::any_of(kSenales, [&](int senal) { return sigismember(&pendientes, senal) == 1; });
+}
+
+void decir(const FlujosHeredados& flujos, const std::string& que, const std::function<bool()>& parar) {
+    static_cast<void>(escribirTodo(flujos.errores, fmt::format("telvane-sim: {}\n", que), parar));
+}
+
+// A service's output may be closed; one that is full or broken is told, and no reason not to serve.
+void decirDonde(const FlujosHeredados& flujos, const std::string& enlace, const std::string& dispositivo) {
+    if (flujos.salida < 0) return;
+    const auto texto =
+        fmt::format("telvane-sim: registrador en {} ({})\n", nombreVisible(enlace), dispositivo);
+    const int motivo = escribirTodo(flujos.salida, texto, senalEnEspera);
+    if (motivo != 0 && motivo != EINTR) decir(flujos, quejaDeSalida(motivo), senalEnEspera);
+}
+
+void correr(const Opciones& opciones, const FlujosHeredados& flujos) {
+    std::optional<MemoriaGuardada> memoria;
+    if (!opciones.memoria.empty()) memoria.emplace(opciones.memoria);
+    LineaSimulada linea(prepararMaquina(opciones, memoria), opciones.baudios == "0" ? 0 : kBaudios);
     std::vector<Fallo> fallos;
     for (const auto& texto : opciones.fallos) fallos.push_back(Fallo::leer(texto));
     if (!fallos.empty()) linea.manipular(PlanDeFallos(std::move(fallos)));
 
     // The kernel would otherwise let every deadline pass by up to 50 us.
     ::prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
-    const int senales = abrirSenales();
-    const auto memoria = opciones.memoria.empty() ? std::nullopt : std::optional<fs::path>(opciones.memoria);
-    ProgramaSimulador programa(std::move(linea), opciones.enlace, memoria);
-    fmt::print("telvane-sim: registrador en {} ({})\n", nombreVisible(opciones.enlace),
-               programa.dispositivo());
-    std::fflush(stdout);
-    programa.servir(senales);
-    ::close(senales);
+    const auto senales = abrirSenales();
+    ProgramaSimulador programa(std::move(linea), opciones.enlace, std::move(memoria),
+                               // Whoever does not read it holds no logger up.
+                               [&](const std::string& que) { decir(flujos, que, [] { return true; }); });
+    decirDonde(flujos, opciones.enlace, programa.dispositivo());
+    programa.servir(senales());
+}
+
+// What cannot be known of one option alone; empty: nothing.
+std::string revisarJuntas(const Opciones& opciones) {
+    const bool mismo =
+        !opciones.memoria.empty() && lugarDeNombre(opciones.enlace) == lugarDeNombre(opciones.memoria);
+    return mismo ? sonElMismoArchivo("--enlace", "--memoria", opciones.memoria) : "";
+}
+
+// Returns the exit status; throws what ends the program with a failure.
+int ejecutar(std::vector<std::string> linea, const FlujosHeredados& flujos) {
+    Opciones opciones;
+    Argumentos argumentos("telvane-sim", TELVANE_VERSION, "Registrador simulado en un pseudoterminal");
+    declarar(argumentos, opciones);
+    const auto leida = argumentos.leer(std::move(linea));
+    if (leida.que == LineaLeida::Que::terminar) {
+        if (const int motivo = escribirTodo(flujos.salida, leida.texto))
+            throw std::runtime_error(quejaDeSalida(motivo));
+        return 0;
+    }
+    const auto queja = leida.que == LineaLeida::Que::malUso ? leida.texto : revisarJuntas(opciones);
+    if (!queja.empty()) {
+        decir(flujos, queja, senalEnEspera);
+        return kMalUso;
+    }
+    correr(opciones, flujos);
+    return 0;
 }
 
 }  // namespace
@@ -177,24 +197,10 @@ void correr(const Opciones& opciones) {
 int main(int argc, char** argv) {
     using namespace telvane;
     const auto flujos = flujosHeredados();
-    Opciones opciones;
-    Argumentos argumentos("telvane-sim", TELVANE_VERSION, "Registrador simulado en un pseudoterminal");
-    declarar(argumentos, opciones);
-    const auto leida = argumentos.leer({argv + (argc > 0), argv + argc});
-    if (leida.que == LineaLeida::Que::malUso) {
-        fmt::print(stderr, "telvane-sim: {}\n", leida.texto);
-        return kMalUso;
-    }
     try {
-        if (leida.que == LineaLeida::Que::terminar) {
-            if (const int motivo = escribirTodo(flujos.salida, leida.texto))
-                throw std::runtime_error(quejaDeSalida(motivo));
-        } else {
-            correr(opciones);
-        }
-        return 0;
+        return ejecutar({argv + (argc > 0), argv + argc}, flujos);
     } catch (const std::exception& error) {
-        fmt::print(stderr, "telvane-sim: {}\n", sinControles(motivoDe(error)));
+        decir(flujos, sinControles(motivoDe(error)), senalEnEspera);
         return kFallo;
     }
 }

@@ -16,6 +16,7 @@
 #include "link/protocolo.h"
 #include "link/velocidades.h"
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 #include "simulator/reserva.h"
 
 namespace telvane {
@@ -34,12 +35,9 @@ void cerrar(int& descriptor) {
 
 // Of the link itself, wherever it leads.
 Descriptor reservarNombre(const fs::path& enlace) {
-    std::error_code error;
-    const auto entero =
-        fs::weakly_canonical(fs::absolute(enlace, error).parent_path(), error) / enlace.filename();
-    if (auto reserva = reservar("telvane-sim", entero)) return std::move(*reserva);
+    if (auto reserva = reservar("telvane-sim", lugarDeNombre(enlace))) return std::move(*reserva);
     throw std::runtime_error(
-        fmt::format("otro telvane-sim atiende {}: termínelo o dé otro nombre", enlace.string()));
+        fmt::format("otro telvane-sim atiende {}: termínelo o dé otro nombre", nombreVisible(enlace)));
 }
 
 // Neither echo nor line editing: bytes pass as they are.
@@ -97,13 +95,13 @@ void TerminalSimulado::enlazar() {
         fs::remove(enlace_, error);
     } else if (que == fs::file_type::symlink) {
         throw std::runtime_error(fmt::format(
-            "{} ya lleva a otro dispositivo o archivo: bórrelo o dé otro nombre", enlace_.string()));
+            "{} ya lleva a otro dispositivo o archivo: bórrelo o dé otro nombre", nombreVisible(enlace_)));
     } else if (que != fs::file_type::not_found) {
         throw std::runtime_error(
-            fmt::format("{} ya existe y no es un enlace: dé otro nombre", enlace_.string()));
+            fmt::format("{} ya existe y no es un enlace: dé otro nombre", nombreVisible(enlace_)));
     }
     if (::symlink(nombre_.c_str(), enlace_.c_str()) != 0)
-        fallar(fmt::format("no se pudo crear {}", enlace_.string()));
+        fallar(fmt::format("no se pudo crear {}", nombreVisible(enlace_)));
 }
 
 void TerminalSimulado::colgar() {

@@ -73,7 +73,7 @@ struct Oyente {
         Bytes bytes;
         for (; !linea.llegadas().empty() && linea.llegadas().front().cuando <= ahora + 50ms;
              linea.llegadas().pop_front()) {
-            if (linea.llegadas().front().que == LineaSimulada::Llegada::Que::byte) {
+            if (linea.llegadas().front().que == QueLlega::byte) {
                 bytes.push_back(static_cast<std::uint8_t>(linea.llegadas().front().valor));
             }
         }

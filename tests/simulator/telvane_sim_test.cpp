@@ -1,6 +1,7 @@
 // The built program on a real pty.
 #include <fcntl.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -269,9 +270,93 @@ TEST_F(TelvaneSim, WhatIsNoMemoryIsNotWrittenOver) {
     EXPECT_EQ(leerTodo(carta), "valioso");
     // A part of a download is one, and so is what is as long as one.
     fs::rename(carta, carpeta / "a.rgt.parcial");
+    fs::create_symlink("a.rgt.parcial", carpeta / "enlace a una parte");
+    arrancar({"--memoria", carpeta / "enlace a una parte"});
     arrancar({"--memoria", carpeta / "a.rgt.parcial"});
     std::ofstream(carpeta / "sin nombre", std::ios::binary) << std::string(kBytesMemoria, '\xFF');
     arrancar({"--memoria", carpeta / "sin nombre"});
+}
+
+// What is written over is what a link leads to, whatever the link's own name.
+TEST_F(TelvaneSim, ALinksNameMakesNoMemoryOfWhatItLeadsTo) {
+    std::ofstream(carpeta / "carta.txt") << "valioso";
+    fs::create_symlink("carta.txt", carpeta / "uno.rgt");
+    fs::create_symlink(carpeta / "uno.rgt", carpeta / "dos.RGT.parcial");
+    for (const auto* nombre : {"uno.rgt", "dos.RGT.parcial"}) {
+        EXPECT_EQ(rechazado(orden({"--memoria", carpeta / nombre})), 1);
+        EXPECT_THAT(queja, testing::ContainsRegex("que lleva a .*carta.txt, no parece una memoria"));
+    }
+    EXPECT_EQ(leerTodo(carpeta / "carta.txt"), "valioso");
+}
+
+// Its length may be a memory's.
+TEST_F(TelvaneSim, ADataBaseIsNoMemory) {
+    auto base = std::string("SQLite format 3\0", 16);
+    base.resize(kBytesMemoria, '\0');
+    std::ofstream(carpeta / "h.sqlite", std::ios::binary) << base;
+    fs::create_symlink("h.sqlite", carpeta / "h.rgt");
+    for (const auto* nombre : {"h.sqlite", "h.rgt"}) {
+        EXPECT_EQ(rechazado(orden({"--memoria", carpeta / nombre})), 1);
+        EXPECT_THAT(queja, HasSubstr("ahí está un archivo histórico u otra base de datos"));
+    }
+    EXPECT_EQ(leerTodo(carpeta / "h.sqlite"), base);
+}
+
+TEST_F(TelvaneSim, ARefusedLineLeavesNothing) {
+    for (const auto& memoria : {enlace, carpeta / "." / enlace.filename()}) {
+        EXPECT_EQ(rechazado(orden({"--memoria", memoria})), 2);
+        EXPECT_THAT(queja, HasSubstr("--enlace y --memoria son el mismo archivo: " + memoria.string()));
+    }
+    EXPECT_EQ(rechazado({TELVANE_SIM, "--enlace", carpeta / "no" / "hay", "--memoria", carpeta / "m.rgt"}),
+              1);
+    EXPECT_EQ(rechazado(orden({"--memoria", carpeta / "no" / "m.rgt"})), 1);
+    std::ofstream(enlace) << "valioso";
+    EXPECT_EQ(rechazado(orden({"--memoria", carpeta / "m.rgt"})), 1);
+    fs::remove(enlace);
+    EXPECT_TRUE(fs::is_empty(carpeta));
+}
+
+// Its streams, as the shell says them, and the exit status of a run that must not serve.
+TEST_F(TelvaneSim, StreamsThatTakeNothingChangeNoStatus) {
+    for (const auto* flujos : {"2>/dev/full", ">/dev/full 2>&1", "2>&-", ">&- 2>&-"}) {
+        const auto guion = std::string("\"$@\" ") + flujos;
+        EXPECT_EQ(rechazado({"/bin/sh", "-c", guion, "sh", TELVANE_SIM}), 2) << flujos;
+        EXPECT_EQ(rechazado({"/bin/sh", "-c", guion, "sh", TELVANE_SIM, "--enlace", carpeta / "no" / "hay"}),
+                  1)
+            << flujos;
+    }
+}
+
+TEST_F(TelvaneSim, ItServesThoughNobodyCanBeToldWhere) {
+    for (const auto* flujos : {">/dev/full", ">/dev/full 2>&1", "2>/dev/full"}) {
+        Proceso proceso({"/bin/sh", "-c", std::string("exec \"$@\" ") + flujos, "sh", TELVANE_SIM, "--enlace",
+                         enlace, "--baudios", "0"});
+        ASSERT_TRUE(esperarA([&] { return hayEnlace(enlace); }));
+        PuertoCrudo puerto(enlace);
+        puerto.escribir(kSonda);
+        EXPECT_THAT(puerto.leer(kBytesMarco), SizeIs(kBytesMarco)) << flujos;
+        proceso.senal(SIGTERM);
+        EXPECT_EQ(proceso.terminar(), 0) << flujos;
+        if (std::string(flujos) == ">/dev/full") {
+            EXPECT_THAT(proceso.errores(), HasSubstr("no se pudo escribir en la salida: no queda espacio"));
+        }
+    }
+}
+
+// Nobody reads the pipe, and it is full.
+TEST_F(TelvaneSim, AReaderThatTakesNothingKeepsNoSignalFromEndingIt) {
+    int tubo[2];
+    ASSERT_EQ(::pipe2(tubo, O_NONBLOCK), 0);
+    while (::write(tubo[1], "x", 1) == 1) continue;
+    ASSERT_EQ(::fcntl(tubo[1], F_SETFL, 0), 0);
+    Proceso proceso(
+        {"/bin/sh", "-c", "exec \"$@\" >&" + std::to_string(tubo[1]), "sh", TELVANE_SIM, "--enlace", enlace});
+    ASSERT_TRUE(esperarA([&] { return hayEnlace(enlace); }));
+    proceso.senal(SIGTERM);
+    EXPECT_EQ(proceso.terminar(), 0);
+    EXPECT_FALSE(hayEnlace(enlace));
+    ::close(tubo[0]);
+    ::close(tubo[1]);
 }
 
 TEST_F(TelvaneSim, TwoDoNotWriteOneMemory) {

@@ -1,0 +1,70 @@
+#include "simulator/memoria_guardada.h"
+
+#include <array>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "link/protocolo.h"
+#include "platform/archivo.h"
+#include "platform/guardado.h"
+#include "platform/texto_visible.h"
+#include "simulator/reserva.h"
+
+namespace telvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto kDeMemoria = std::to_array<std::string_view>({".rgt", ".rgt.parcial"});
+
+Descriptor reservarArchivo(const Destino& destino) {
+    std::error_code error;
+    const auto entero = fs::weakly_canonical(fs::absolute(destino.ruta, error), error);
+    if (auto reserva = reservar("telvane-sim memoria", entero)) return std::move(*reserva);
+    throw std::runtime_error(fmt::format("otro telvane-sim usa la memoria {}: termínelo o dé otro --memoria",
+                                         nombreVisible(destino.pedido)));
+}
+
+// The name as it was given, and where it leads.
+std::string cual(const Destino& destino) {
+    const auto pedido = nombreVisible(destino.pedido);
+    return destino.ruta == destino.pedido
+               ? pedido
+               : fmt::format("{}, que lleva a {},", pedido, nombreVisible(destino.ruta));
+}
+
+// It is written over with the first change: somebody's letter named by mistake is not ours, whatever the name
+// of a link that leads to it.
+std::vector<std::uint8_t> leer(const Destino& destino) {
+    auto imagen = leerArchivo(destino.pedido, kBytesMemoria + 1);
+    if (imagen.size() > kBytesMemoria)
+        throw std::runtime_error(
+            fmt::format("{} tiene más de {} bytes: dé otro --memoria", cual(destino), kBytesMemoria));
+    if (imagen.size() != kBytesMemoria && !terminaEn(destino.ruta, kDeMemoria)) {
+        throw std::runtime_error(
+            fmt::format("{} no parece una memoria, que mide {} bytes o termina en .rgt: dé otro --memoria",
+                        cual(destino), kBytesMemoria));
+    }
+    return imagen;
+}
+
+}  // namespace
+
+MemoriaGuardada::MemoriaGuardada(fs::path ruta) : ruta_(std::move(ruta)) {
+    // A file that cannot be written is told now and not after the first change.
+    const auto destino = revisarDestino(ruta_, {.bytes = kBytesMemoria});
+    reserva_ = reservarArchivo(destino);
+    if (destino.previo) leida_ = leer(destino);
+}
+
+void MemoriaGuardada::guardar(std::span<const std::uint8_t> imagen) const {
+    guardarAtomico(ruta_, imagen);
+}
+
+}  // namespace telvane
