@@ -53,6 +53,9 @@ constexpr std::array<NombreCampo, 5> kCampos = {{{"--usuario", "Usuario"},
 
 constexpr const char* kReloj = "reloj";
 
+constexpr std::chrono::minutes kTardaElRespaldo{15};
+constexpr std::chrono::minutes kTardaElEnvio{1};
+
 struct OpcionesConfigurar {
     std::array<std::optional<std::string>, 5> textos;
     std::string intervalo;
@@ -80,9 +83,21 @@ std::string motivoHora(const std::string& texto) {
     return leerHora(texto) ? "" : "debe ser hh:mm:ss";
 }
 
-FechaHora conAnioValido(const FechaHora& momento) {
-    if (cabeEnElReloj(momento.anio)) return momento;
+// A year that was not given on the line: of this machine's clock.
+void exigirAnioDelPc(const FechaHora& momento) {
+    if (cabeEnElReloj(momento.anio)) return;
     throw ErrorCli(CodigoSalida::fallo, anioQueNoCabe(momento.anio) + ", y no se escribe nada");
+}
+
+// The clock goes on while the memory is kept, the configuration sent and read back: it must not reach the end
+// of the last year meanwhile.
+void exigirQueNoSeAcabe(const FechaHora& momento, std::chrono::minutes falta, CodigoSalida codigo) {
+    if (masTarde(momento, falta).anio <= kUltimoAnioReloj) return;
+    throw ErrorCli(codigo,
+                   fmt::format("el reloj del registrador no pasa del año {}, y llegaría a su final antes "
+                               "de que esta orden termine: dé una fecha u hora anterior, o --reloj-pc, y "
+                               "no se escribe nada",
+                               kUltimoAnioReloj));
 }
 
 // The logger holds one byte a character: what it cannot hold is refused, and not changed or cut.
@@ -100,6 +115,11 @@ void revisarTextos(const OpcionesConfigurar& opciones) {
     }
 }
 
+// At the most, unless the line has to be read again and again.
+std::chrono::minutes tarda(const OpcionesConfigurar& opciones) {
+    return kTardaElEnvio + (opciones.sinRespaldo ? std::chrono::minutes(0) : kTardaElRespaldo);
+}
+
 void revisar(const OpcionesConfigurar& opciones) {
     const bool conTextos = std::any_of(opciones.textos.begin(), opciones.textos.end(),
                                        [](const auto& t) { return t.has_value(); });
@@ -115,6 +135,10 @@ void revisar(const OpcionesConfigurar& opciones) {
     exigirUso(!opciones.sinVerificar || !opciones.sinRespaldo,
               "--sin-verificar no va con --sin-respaldo: sin respaldo no hay qué verificar");
     revisarTextos(opciones);
+    if (opciones.fecha.empty() || opciones.hora.empty()) return;
+    const auto fecha = leerFechaCorta(opciones.fecha).value();
+    exigirQueNoSeAcabe({fecha.anio, fecha.mes, fecha.dia, leerHora(opciones.hora).value()}, tarda(opciones),
+                       CodigoSalida::malUso);
 }
 
 class Configurador {
@@ -175,7 +199,9 @@ void Configurador::correr() {
     if (!opciones_.sinRespaldo) respaldar();
     escribir();
     comprobarEscrito();
-    contexto_.consola.resultado(configuracionParaPersonas(actual_));
+    contexto_.consola.resultadoDe(
+        "la configuración quedó escrita y comprobada: véala con \"telvane-cli configuracion\"",
+        configuracionParaPersonas(actual_));
 }
 
 // The message always carries a clock: what is not given of it goes back as it was read.
@@ -206,6 +232,7 @@ bool Configurador::anunciarCambios() {
         anunciar("Minutos entre muestras", antes ? kIntervalos[*antes].texto : "?", opciones_.intervalo);
     }
     const auto nuevo = relojAEnviar();
+    exigirQueNoSeAcabe(nuevo, tarda(opciones_), CodigoSalida::fallo);
     if (opciones_.relojPc || !opciones_.fecha.empty() || !opciones_.hora.empty()) {
         const auto reloj = relojDe(actual_);
         anunciar("Reloj", reloj ? fechaIso(*reloj) : "?", fechaIso(nuevo));
@@ -217,15 +244,17 @@ bool Configurador::anunciarCambios() {
 // goes on top, as it does for the logger's own.
 FechaHora Configurador::relojAEnviar() const {
     const auto ahora = contexto_.entorno.reloj.monotono();
-    if (opciones_.relojPc) return conAnioValido(contexto_.entorno.reloj.ahora());
-    auto momento =
-        masTarde(relojDe(actual_).value_or(FechaHora{kPrimerAnioReloj, 1, 1, {}}), inicio_ - leidoEn_);
+    if (opciones_.relojPc) return contexto_.entorno.reloj.ahora();
+    constexpr FechaHora kPrimero{kPrimerAnioReloj, 1, 1, {}};
+    auto momento = masTarde(relojDe(actual_).value_or(kPrimero), inicio_ - leidoEn_);
+    // One that has only just begun to count was not there yet.
+    if (momento.anio < kPrimerAnioReloj) momento = kPrimero;
     if (!opciones_.fecha.empty()) {
         const auto fecha = leerFechaCorta(opciones_.fecha).value();
         momento = {fecha.anio, fecha.mes, fecha.dia, momento.deDia};
     }
     if (!opciones_.hora.empty()) momento.deDia = leerHora(opciones_.hora).value();
-    return conAnioValido(masTarde(momento, ahora - inicio_));
+    return masTarde(momento, ahora - inicio_);
 }
 
 std::uint8_t Configurador::codigoAEnviar() const {
@@ -292,6 +321,7 @@ std::string Configurador::comoRepetir() const {
 
 std::string Configurador::mensaje() {
     enviado_ = relojAEnviar();
+    exigirQueNoSeAcabe(enviado_, kTardaElEnvio, CodigoSalida::fallo);
     const auto segundos = std::chrono::floor<std::chrono::seconds>(enviado_.deDia).count();
     std::array<std::string, 5> textos;
     ConfigAEnviar config;
@@ -421,7 +451,7 @@ void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto) {
         "Sin --respaldo, la memoria se guarda en la carpeta de datos del usuario (~/.local/share/telvane).");
     orden.alElegir([&contexto, opciones] {
         revisar(*opciones);
-        if (opciones->relojPc) conAnioValido(contexto.entorno.reloj.ahora());
+        if (opciones->relojPc) exigirAnioDelPc(contexto.entorno.reloj.ahora());
         contexto.orden = [&contexto, opciones] { Configurador(contexto, *opciones).correr(); };
     });
 }

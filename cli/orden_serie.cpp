@@ -72,7 +72,7 @@ void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
     consola.aviso(fmt::format("Nro de serie: {} -> {}", antes, cifras));
     escribir(consola, registrador, cifras);
     leerDeVuelta(registrador, cifras);
-    consola.resultado(fmt::format("{}\n", cifras));
+    consola.resultadoDe("el número quedó escrito y comprobado", fmt::format("{}\n", cifras));
 }
 
 }  // namespace

@@ -49,14 +49,21 @@ int Consola::escribirEn(int descriptor, std::string_view texto) {
 
 void Consola::exigirSalida() const {
     if (entorno_.salida >= 0) return;
-    throw ErrorCli(
-        CodigoSalida::fallo,
-        "no se pudo escribir en la salida: está cerrada. Ábrala, por ejemplo con >archivo, y repita");
+    throw ErrorCli(CodigoSalida::fallo,
+                   quejaDeSalida(EBADF) + ". Ábrala, por ejemplo con >archivo, y repita");
 }
 
 void Consola::resultado(std::string_view texto) {
     if (const int motivo = escribirEn(entorno_.salida, texto))
         throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(motivo));
+}
+
+void Consola::resultadoDe(std::string_view hecho, std::string_view texto) {
+    try {
+        resultado(texto);
+    } catch (const ErrorCli& error) {
+        throw ErrorCli(error.codigo(), fmt::format("{}; {}", error.what(), hecho));
+    }
 }
 
 void Consola::aviso(std::string_view linea) {

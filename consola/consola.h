@@ -21,6 +21,8 @@ class Consola {
     // Results: at once, as they stand. Throws ErrorCli: fallo when nobody takes them any more, interrumpido
     // on a signal while whoever takes them is slow.
     void resultado(std::string_view texto);
+    // The same of work that is done by then and stays done: what is thrown says so with hecho.
+    void resultadoDe(std::string_view hecho, std::string_view texto);
     // For work whose results are to stand there: an output that was closed when the program started takes
     // none. Throws ErrorCli (fallo).
     void exigirSalida() const;

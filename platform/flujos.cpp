@@ -73,7 +73,8 @@ int escribirTodo(int descriptor, std::string_view texto, const std::function<boo
 }
 
 std::string quejaDeSalida(int motivo) {
-    return fmt::format("no se pudo escribir en la salida: {}", motivoEscritura(motivo));
+    const auto porque = motivo == EBADF ? "está cerrada" : motivoEscritura(motivo);
+    return fmt::format("no se pudo escribir en la salida: {}", porque);
 }
 
 }  // namespace telvane

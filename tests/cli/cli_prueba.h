@@ -70,11 +70,12 @@ class CliPrueba : public testing::Test {
                                    auto plazo) { return bucle.correrHasta(condicion, plazo); },
              .entrada = entrada.descriptor(),
              .salida = salidaAjena ? *salidaAjena : salida.descriptor(),
-             .errores = erroresAjenos >= 0 ? erroresAjenos : errores.descriptor()},
+             .errores = erroresAjenos ? *erroresAjenos : errores.descriptor()},
             {.abrirPuertos = [this](const MapaCom&) { return std::make_unique<Prestados>(*losPuertos); },
              .raices = {carpeta / "dev", carpeta / "sys", carpeta / "proc"},
              .inhibidor = &inhibidor,
-             .systemctl = systemctl}};
+             .systemctl = systemctl,
+             .estaciones = estaciones}};
         const auto inicio = bucle.reloj().monotono();
         Bucle::Asidero alarma;
         if (senalTras.first > std::chrono::nanoseconds(0)) {
@@ -91,9 +92,10 @@ class CliPrueba : public testing::Test {
     CarpetaTemporal carpeta;
     InhibidorPrueba inhibidor;
     Systemctl systemctl;
+    std::optional<std::filesystem::path> estaciones;  // of the files that systemd's units read
     FlujoEnMemoria entrada;
     std::optional<int> salidaAjena;  // -1: closed when the program started
-    int erroresAjenos = -1;
+    std::optional<int> erroresAjenos;
     // A signal some time after the start.
     std::pair<std::chrono::nanoseconds, int> senalTras{0, 0};
 

@@ -236,7 +236,7 @@ TEST_F(Descargar, AFolderThatIsNotThereIsToldBeforeTheMemoryIsRead) {
 
 TEST_F(Descargar, OnATerminalABarTellsRateAndRemainingTime) {
     int maestro = -1;
-    ASSERT_EQ(::openpty(&maestro, &erroresAjenos, nullptr, nullptr, nullptr), 0);
+    ASSERT_EQ(::openpty(&maestro, &erroresAjenos.emplace(), nullptr, nullptr, nullptr), 0);
     ASSERT_EQ(::fcntl(maestro, F_SETFL, O_NONBLOCK), 0);
     puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
         auto efecto = Efecto::pasar(saliente.byte);
@@ -253,7 +253,7 @@ TEST_F(Descargar, OnATerminalABarTellsRateAndRemainingTime) {
     EXPECT_THAT(todo, HasSubstr("/4096 bloques"));
     EXPECT_THAT(todo, HasSubstr("faltan 00:"));
     ::close(maestro);
-    ::close(erroresAjenos);
+    ::close(*erroresAjenos);
 }
 
 TEST(PrimeraDiferencia, OnlyWhatALoggerDoesNotChangeByItselfCounts) {

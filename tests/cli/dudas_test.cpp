@@ -232,6 +232,40 @@ TEST_F(Dudas, AYearThatTheLoggersByteCannotHoldIsRefusedBeforeTheSearch) {
               CodigoSalida::hecho);
 }
 
+// The clock goes on meanwhile: what could not be read back is not sent, and no year is named that nobody
+// gave.
+TEST_F(Dudas, AClockThatWouldReachItsEndMeanwhileIsRefusedBeforeTheMemoryIsTouched) {
+    const auto rehusa = [&](std::vector<std::string> opciones, CodigoSalida codigo) {
+        opciones.insert(opciones.begin(), {"configurar", "--borrar-memoria"});
+        const auto r = correr(opciones);
+        EXPECT_EQ(r.codigo, codigo) << r.errores;
+        EXPECT_THAT(r.errores, HasSubstr("no pasa del año 2064, y llegaría a su final"));
+        EXPECT_THAT(r.errores, Not(HasSubstr("2065")));
+        EXPECT_THAT(r.errores, Not(HasSubstr("Se descarga la memoria")));
+    };
+    rehusa({"--fecha", "31/12/2064", "--hora", "23:59:59", "--sin-respaldo"}, CodigoSalida::malUso);
+    rehusa({"--fecha", "31/12/2064", "--hora", "23:50:00"}, CodigoSalida::malUso);
+    EXPECT_EQ(puertos.aperturas(kPuerto), 0U);
+    const std::vector<std::string> cabe = {"configurar", "--borrar-memoria", "--sin-respaldo", "--fecha",
+                                           "31/12/2064", "--hora",           "23:57:00"};
+    EXPECT_EQ(correr(cabe).codigo, CodigoSalida::hecho);
+    // The logger's own clock stands there now.
+    rehusa({"--usuario", "Otro"}, CodigoSalida::fallo);
+    rehusa({"--fecha", "31/12/2064"}, CodigoSalida::fallo);
+    EXPECT_EQ(correr({"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"}).codigo,
+              CodigoSalida::hecho);
+}
+
+// At the order's start it was no moment of the logger's yet.
+TEST_F(Dudas, AClockThatHasJustBegunToCountIsSet) {
+    auto& maquina = puertos.maquina(kPuerto);
+    maquina.ponerReloj({2000, 1, 1, 0s}, bucle.reloj().monotono());
+    const auto r = correr({"configurar", "--hora", "10:00:00", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_EQ(reloj().anio, 2000);
+    EXPECT_EQ(reloj().dia, 1);
+}
+
 class NoSeEnvia : public Dudas, public testing::WithParamInterface<const char*> {};
 
 TEST_P(NoSeEnvia, TextWithControlCharactersIsRefused) {
