@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -20,6 +21,19 @@ constexpr const char* kOpciones = "Opciones";
 constexpr const char* kOrdenes = "Órdenes";
 constexpr std::size_t kAnchoDeNombres = 28;
 
+// The library takes a word in brackets for a list of words, and "++" for the end of a command. They are names
+// and values like others: with this in front, which is taken away again, it sees nothing in them.
+constexpr char kMarca = '\x1f';
+
+std::string conMarca(const std::string& palabra) {
+    const bool especial = palabra == "++" || palabra.starts_with('[') || palabra.starts_with(kMarca);
+    return especial ? kMarca + palabra : palabra;
+}
+
+std::string sinMarca(const std::string& palabra) {
+    return palabra.starts_with(kMarca) ? palabra.substr(1) : palabra;
+}
+
 void completar(CLI::Option& nueva, const OpcionDeLinea& opcion) {
     nueva.required(opcion.obligatoria);
     if (!opcion.valor.empty()) nueva.type_name(opcion.valor);
@@ -27,7 +41,11 @@ void completar(CLI::Option& nueva, const OpcionDeLinea& opcion) {
         if (texto.empty()) return fmt::format("no puede estar vacío{}{}", otra.empty() ? "" : "; ", otra);
         return comprobar ? comprobar(texto) : std::string();
     };
-    nueva.check(CLI::Validator(revisar, ""));
+    const auto tomar = [revisar](std::string& texto) {
+        texto = sinMarca(texto);
+        return revisar(texto);
+    };
+    nueva.transform(CLI::Validator(tomar, ""));
 }
 
 std::shared_ptr<CLI::Formatter> formatoEspanol() {
@@ -56,7 +74,7 @@ void OrdenDeLinea::opcion(std::vector<std::string>& destino, const OpcionDeLinea
     auto* nueva = app_.add_option(opcion.nombre, destino, opcion.ayuda);
     completar(*nueva, opcion);
     // One value each time: what follows it on the line is not its own.
-    if (opcion.nombre.starts_with('-')) nueva->expected(1)->take_all();
+    if (opcion.nombre.starts_with('-')) nueva->expected(1)->allow_extra_args(false)->take_all();
 }
 
 void OrdenDeLinea::bandera(bool& destino, const std::string& nombre, const std::string& ayuda) {
@@ -69,6 +87,10 @@ void OrdenDeLinea::pie(const std::string& texto) {
 
 void OrdenDeLinea::alElegir(std::function<void()> accion) {
     app_.callback(std::move(accion));
+}
+
+std::string noLlevaValor(std::string_view nombre) {
+    return fmt::format("{} no lleva valor", nombre);
 }
 
 Argumentos::Argumentos(std::string programa, const std::string& version, const std::string& descripcion)
@@ -132,7 +154,7 @@ std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) c
         const auto* opcion = nombre.starts_with('-') ? declarada(nombre) : nullptr;
         if (!opcion) continue;
         const bool lleva = opcion->get_items_expected_max() > 0;
-        if (!lleva && igual != std::string::npos) return fmt::format("{} no lleva valor", nombre);
+        if (!lleva && igual != std::string::npos) return noLlevaValor(nombre);
         const bool repetible = opcion->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
         if (!vistas.insert(opcion->get_name()).second && !repetible)
             return fmt::format("{} se dio dos veces", nombre);
@@ -145,17 +167,23 @@ std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) c
     return {};
 }
 
-// "--base=" says that the value is empty; the library would take the next word for it.
-std::vector<std::string> Argumentos::conVaciosAparte(const std::vector<std::string>& argumentos) const {
+// "--base=x" becomes two words: of "--base=" the library would take the next one for the value.
+std::vector<std::string> Argumentos::conMarcas(const std::vector<std::string>& argumentos) const {
     std::vector<std::string> todos;
     const auto marca = std::ranges::find(argumentos, "--");
     for (auto una = argumentos.begin(); una != marca; ++una) {
-        const auto nombre = una->substr(0, una->find('='));
-        const bool vacio = nombre.starts_with('-') && *una == nombre + "=" && declarada(nombre);
-        todos.push_back(vacio ? nombre : *una);
-        if (vacio) todos.emplace_back();
+        const auto igual = una->find('=');
+        const auto nombre = una->substr(0, igual);
+        const auto* opcion = nombre.starts_with('-') ? declarada(nombre) : nullptr;
+        const bool lleva = opcion && opcion->get_items_expected_max() > 0;
+        todos.push_back(lleva ? nombre : conMarca(*una));
+        if (lleva && igual != std::string::npos) {
+            todos.push_back(kMarca + una->substr(igual + 1));
+        } else if (lleva && una + 1 != marca) {
+            todos.push_back(kMarca + *++una);
+        }
     }
-    todos.insert(todos.end(), marca, argumentos.end());
+    std::transform(marca, argumentos.end(), std::back_inserter(todos), conMarca);
     return todos;
 }
 
@@ -172,7 +200,7 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
         for (auto* opcion : orden->get_options()) opcion->group(kOpciones);
     }
     try {
-        argumentos = conNombresDetras(conVaciosAparte(argumentos));
+        argumentos = conNombresDetras(conMarcas(argumentos));
         // The library takes them from the end.
         std::reverse(argumentos.begin(), argumentos.end());
         app_->parse(std::move(argumentos));

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace CLI {
@@ -54,6 +55,9 @@ struct LineaLeida {
     std::string texto = {};
 };
 
+// Of a name that takes none.
+std::string noLlevaValor(std::string_view nombre);
+
 class Argumentos {
    public:
     Argumentos(std::string programa, const std::string& version, const std::string& descripcion);
@@ -72,7 +76,7 @@ class Argumentos {
    private:
     // By the program or any of its commands.
     const CLI::Option* declarada(const std::string& nombre) const;
-    std::vector<std::string> conVaciosAparte(const std::vector<std::string>& argumentos) const;
+    std::vector<std::string> conMarcas(const std::vector<std::string>& argumentos) const;
     std::vector<std::string> conNombresDetras(const std::vector<std::string>& argumentos) const;
     std::string malPuestas(const std::vector<std::string>& argumentos) const;
     std::string opcionesDeTodas() const;
