@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <set>
+#include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace telvane {
 
@@ -70,7 +73,32 @@ std::optional<std::chrono::sys_seconds> momento(std::string_view texto) {
     return std::chrono::sys_seconds(std::chrono::seconds(*segundos));
 }
 
+// The unit of a station's timer, without ".timer"; nothing for another unit.
+std::optional<std::string> temporizador(std::string_view unidad) {
+    constexpr std::string_view kFinal = ".timer";
+    const bool deEstacion =
+        unidad.starts_with("telvane-descarga@") || unidad.starts_with("telvane-descarga-red@");
+    if (!deEstacion || !unidad.ends_with(kFinal)) return std::nullopt;
+    return std::string(unidad.substr(0, unidad.size() - kFinal.size()));
+}
+
 }  // namespace
+
+std::vector<std::string> temporizadoresDeEstaciones(const Systemctl& systemctl) {
+    const auto texto = systemctl ? systemctl({"show", "--property=Id,ActiveState,Wants", "timers.target",
+                                              "telvane-descarga@*.timer", "telvane-descarga-red@*.timer"})
+                                 : std::nullopt;
+    std::set<std::string> todos;
+    const auto agregar = [&](std::string_view unidad) {
+        if (auto uno = temporizador(unidad)) todos.insert(std::move(*uno));
+    };
+    for (const auto& [id, propiedades] : leerUnidades(texto.value_or(""))) {
+        if (propiedad(propiedades, "ActiveState") == "active") agregar(id);
+        std::istringstream quiere{std::string(propiedad(propiedades, "Wants"))};
+        for (std::string una; quiere >> una;) agregar(una);
+    }
+    return {todos.begin(), todos.end()};
+}
 
 std::optional<std::map<std::string, Ejecuciones>> ejecucionesDe(const Systemctl& systemctl,
                                                                 const std::vector<std::string>& unidades) {

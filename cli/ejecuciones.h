@@ -27,4 +27,8 @@ struct Ejecuciones {
 std::optional<std::map<std::string, Ejecuciones>> ejecucionesDe(const Systemctl& systemctl,
                                                                 const std::vector<std::string>& unidades);
 
+// Timers of stations, without ".timer", that systemd starts with the machine or has in hand now. Empty where
+// nobody can be asked.
+std::vector<std::string> temporizadoresDeEstaciones(const Systemctl& systemctl);
+
 }  // namespace telvane

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "cli/ejecuciones.h"
 #include "consola/entorno_consola.h"
@@ -21,6 +23,8 @@ struct EquipoCli {
     Inhibidor* inhibidor = nullptr;
     // Who is asked for runs of the download; none: nobody.
     Systemctl systemctl = {};
+    // Of the stations' files that systemd's units read; none: the usual one.
+    std::optional<std::filesystem::path> estaciones = {};
     std::function<std::chrono::sys_seconds()> ahoraUtc = [] {
         return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
     };

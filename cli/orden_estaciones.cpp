@@ -17,6 +17,7 @@
 #include "consola/json.h"
 #include "platform/contrasena.h"
 #include "platform/motivos.h"
+#include "platform/palabra_de_consola.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -176,10 +177,38 @@ std::string linea(const Estacion& estacion) {
     return sinControles(texto) + "\n";
 }
 
+std::string nombreDe(const std::string& unidad) {
+    return unidad.substr(unidad.find('@') + 1);
+}
+
+// Timers that start nothing that is wanted: their file is gone, or says that it is another unit's turn.
+std::vector<std::string> sobrantes(const EntornoCli& entorno, const std::vector<Estacion>& estaciones) {
+    auto todos = temporizadoresDeEstaciones(entorno.systemctl);
+    std::erase_if(todos, [&](const std::string& unidad) {
+        return std::ranges::any_of(estaciones, [&](const Estacion& una) {
+            return una.ajustes ? una.unidad == unidad : una.archivo.stem() == nombreDe(unidad);
+        });
+    });
+    std::ranges::sort(todos, {}, nombreDe);
+    return todos;
+}
+
+std::string lineaDeSobrante(const std::string& unidad, const std::vector<Estacion>& estaciones) {
+    const auto nombre = nombreDe(unidad);
+    const bool conArchivo =
+        std::ranges::any_of(estaciones, [&](const Estacion& una) { return una.archivo.stem() == nombre; });
+    return sinControles(fmt::format("{}: {}: sudo systemctl disable --now {}", nombre,
+                                    conArchivo ? "tiene además otro temporizador, que no es el suyo"
+                                               : "ya no tiene archivo, y su temporizador sigue encendido",
+                                    palabraDeConsola(unidad + ".timer"))) +
+           "\n";
+}
+
 void listar(ContextoCli& contexto, const OpcionesEstaciones& opciones) {
     auto& consola = contexto.consola;
     std::vector<Estacion> estaciones;
-    const fs::path carpeta = opciones.en.value_or(TELVANE_CARPETA_ESTACIONES);
+    const fs::path carpeta = opciones.en ? fs::path(*opciones.en)
+                                         : contexto.entorno.estaciones.value_or(TELVANE_CARPETA_ESTACIONES);
     for (const auto& archivo : archivosDe(carpeta, opciones.en.has_value()))
         estaciones.push_back(leerEstacion(archivo));
     if (estaciones.empty())
@@ -201,8 +230,16 @@ void listar(ContextoCli& contexto, const OpcionesEstaciones& opciones) {
             consola.aviso(una.error);
         }
     }
+    // Of another folder's files systemd knows nothing.
+    const auto sobran = opciones.en ? std::vector<std::string>() : sobrantes(contexto.entorno, estaciones);
+    auto deMas = Json::lista();
+    for (const auto& unidad : sobran) {
+        texto += lineaDeSobrante(unidad, estaciones);
+        deMas.agregar(unidad);
+    }
     Json json;
     json.poner("estaciones", std::move(lista));
+    json.poner("temporizadores_de_mas", std::move(deMas));
     consola.resultado(opciones.json ? json.conSangria() : texto);
     if (malas > 0)
         throw ErrorCli(CodigoSalida::fallo,

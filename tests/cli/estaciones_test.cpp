@@ -308,6 +308,47 @@ TEST_F(Estaciones, TheNextRunMayBeWrittenOut) {
     }
 }
 
+// It would fail every night, and nobody would know what runs there.
+TEST_F(Estaciones, ATimerWhoseFileIsGoneIsListedWithWhatToDo) {
+    poner("a.conf", kPuertoUsb);
+    poner("b.conf", "COM=1=tcp://s:4001\n");
+    poner("rota.conf", "COM=\n");
+    estaciones = carpeta.ruta();
+    std::vector<std::string> preguntado;
+    systemctl = [&](const std::vector<std::string>& argumentos) {
+        const bool porTodos = std::ranges::find(argumentos, "timers.target") != argumentos.end();
+        if (porTodos) preguntado = argumentos;
+        return std::optional<std::string>(
+            porTodos ? "Id=timers.target\nActiveState=active\nWants=apt-daily.timer telvane-descarga@a.timer "
+                       "telvane-descarga-red@sur.timer telvane-descarga.timer telvane-descarga@rota.timer\n\n"
+                       "Id=telvane-descarga@b.timer\nActiveState=active\nWants=\n\n"
+                       "Id=telvane-descarga@este.timer\nActiveState=active\n\n"
+                       "Id=telvane-descarga@oeste.timer\nActiveState=inactive\n"
+                     : "");
+    };
+    auto r = correr({"estaciones"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo) << "of the broken file";
+    EXPECT_THAT(r.salida, testing::EndsWith(
+                              "b: tiene además otro temporizador, que no es el suyo: sudo systemctl disable "
+                              "--now telvane-descarga@b.timer\n"
+                              "este: ya no tiene archivo, y su temporizador sigue encendido: sudo systemctl "
+                              "disable --now telvane-descarga@este.timer\n"
+                              "sur: ya no tiene archivo, y su temporizador sigue encendido: sudo systemctl "
+                              "disable --now telvane-descarga-red@sur.timer\n"));
+    EXPECT_EQ(std::ranges::count(r.salida, '\n'), 5) << r.salida;
+    EXPECT_THAT(preguntado, testing::Contains("telvane-descarga-red@*.timer"));
+    const auto json = nlohmann::json::parse(correr({"estaciones", "--json"}).salida);
+    EXPECT_EQ(json["temporizadores_de_mas"],
+              (std::vector<std::string>{"telvane-descarga@b", "telvane-descarga@este",
+                                        "telvane-descarga-red@sur"}));
+    // Whether its files are there or not says nothing of another folder's.
+    EXPECT_THAT(listar().salida, Not(HasSubstr("disable")));
+    for (const auto* uno : {"a.conf", "b.conf", "rota.conf"}) std::filesystem::remove(carpeta / uno);
+    r = correr({"estaciones"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.salida, HasSubstr("a: ya no tiene archivo"));
+}
+
 TEST_F(Estaciones, AFailureThatSystemdWasToldToForgetIsStillOne) {
     poner("a.conf", kPuertoUsb);
     systemctl = [](const std::vector<std::string>&) {
