@@ -265,5 +265,33 @@ TEST(PuertoEnRed, IsDescribedWithoutAskingTheServer) {
     EXPECT_FALSE(servidor.hayOtraConexion());
 }
 
+// The system's own timers find it out, which have no other clock than the machine's.
+class MedioAbierta : public PuertoTcpTest {
+   protected:
+    void exigirQueSeSepa(PuertoTcp& puerto) {
+        std::string que;
+        ASSERT_TRUE(bucle.correrHasta([&] { return despertares > 0; }, 90s));
+        EXPECT_EQ(motivoAlLeer(puerto, que), MotivoPuerto::desaparecido);
+        EXPECT_THAT(que, HasSubstr("se cortó la conexión con 127.0.0.1:"));
+    }
+};
+
+TEST_F(MedioAbierta, AConnectionWithoutAWordIsFoundBroken) {
+    ServidorPrueba servidor;
+    const auto puerto = abrir(servidor.direccion());
+    conectar(servidor, *puerto);
+    servidor.ensordecer();
+    exigirQueSeSepa(*puerto);
+}
+
+TEST_F(MedioAbierta, WhatNobodyAcknowledgesIsAnEnd) {
+    ServidorPrueba servidor;
+    const auto puerto = abrir(servidor.direccion());
+    conectar(servidor, *puerto);
+    servidor.ensordecer();
+    escribir(*puerto, "U");
+    exigirQueSeSepa(*puerto);
+}
+
 }  // namespace
 }  // namespace telvane

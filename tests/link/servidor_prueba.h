@@ -2,6 +2,7 @@
 // misbehaves when told to.
 #pragma once
 
+#include <linux/filter.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -75,6 +76,13 @@ class ServidorPrueba {
         const linger sinDemora{1, 0};
         ::setsockopt(cliente_, SOL_SOCKET, SO_LINGER, &sinDemora, sizeof sinDemora);
         colgar();
+    }
+    // Half open: from here on it hears nothing, and acknowledges nothing, as when its machine or the way to
+    // it is gone.
+    void ensordecer() const {
+        sock_filter nada = BPF_STMT(BPF_RET | BPF_K, 0);
+        const sock_fprog filtro{1, &nada};
+        ASSERT_EQ(::setsockopt(cliente_, SOL_SOCKET, SO_ATTACH_FILTER, &filtro, sizeof filtro), 0);
     }
     void dejarDeEscuchar() {
         if (escucha_ >= 0) ::close(escucha_);
