@@ -101,7 +101,18 @@ void ArchivoParcial::leer() {
     contenido_.resize(static_cast<std::size_t>(n));
 }
 
+// Without its name it would go with us, whatever was still to come.
+void ArchivoParcial::reponer() {
+    if (mismo(descriptor_(), ruta_)) return;
+    const auto habia = std::exchange(contenido_, {});
+    static_cast<void>(revisarDestino(ruta_, {.nuevo = true}));
+    const bool propio = propio_;
+    reemplazar(habia);
+    propio_ = propio;
+}
+
 std::optional<fs::path> ArchivoParcial::recibir(Bytes imagen) {
+    reponer();
     if (propio_ || contenido_.empty()) {
         agregar(imagen);
         return std::nullopt;
@@ -153,6 +164,7 @@ fs::path ArchivoParcial::apartar() {
 }
 
 void ArchivoParcial::terminar(Bytes imagen) {
+    reponer();
     if (!std::ranges::equal(contenido_, imagen)) reemplazar(imagen);
     exigir(conservarModo(descriptor_(), destino_));
     exigir(sincronizar(descriptor_()));

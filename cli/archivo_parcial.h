@@ -41,7 +41,8 @@ class ArchivoParcial {
     // The image is read from its first block again.
     void empezar() { propio_ = false; }
     // imagen: what the attempt has by now, one block more than the last time. Gives the name under which
-    // earlier blocks were set aside.
+    // earlier blocks were set aside. A file that was taken away meanwhile is made anew, unless its folder is
+    // gone as well, or another file stands there.
     std::optional<std::filesystem::path> recibir(Bytes imagen);
     // The whole image: flushes it and gives it its final name.
     void terminar(Bytes imagen);
@@ -49,6 +50,7 @@ class ArchivoParcial {
    private:
     void abrir();
     void leer();
+    void reponer();
     std::filesystem::path apartar();
     void reemplazar(Bytes imagen);
     void agregar(Bytes imagen);

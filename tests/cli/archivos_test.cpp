@@ -34,16 +34,20 @@ class Archivos : public CliPrueba {
     }
     std::string parcial() { return leerTodo(carpeta / "a.rgt.parcial"); }
     Resultado descargar() { return correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}); }
-    // The next download stops before this block.
-    void cortarEn(std::size_t bloque) {
-        puertos.manipular(kPuerto, [=, hecho = false](const ByteSaliente& saliente) mutable {
+    // The next download stops before this block, and something else is done before that one.
+    void cortarEn(std::size_t bloque, std::size_t antesDe = kBloquesMemoria,
+                  const std::function<void()>& hacer = {}) {
+        puertos.manipular(kPuerto, [=, this, hecho = false](const ByteSaliente& saliente) mutable {
             auto efecto = Efecto::pasar(saliente.byte);
-            efecto.callar = !hecho && saliente.intercambio == Intercambio::descarga &&
-                            saliente.indice == 2 + bloque * kBytesBloque;
+            if (saliente.intercambio != Intercambio::descarga) return efecto;
+            enviados = saliente.indice;
+            if (saliente.indice == 2 + antesDe * kBytesBloque) hacer();
+            efecto.callar = !hecho && saliente.indice == 2 + bloque * kBytesBloque;
             hecho = hecho || efecto.callar;
             return efecto;
         });
     }
+    std::size_t enviados = 0;  // bytes of the last download that left the logger
     // oidas: openings of the port that came before.
     std::size_t oidas = 0;
     void esperarRehusado(const Resultado& r, CodigoSalida codigo, const std::string& motivo) {
@@ -305,6 +309,39 @@ TEST_F(Parcial, ThatReachesFurtherStaysAsItIs) {
     descargar();
     EXPECT_TRUE(parcial() == imagen().substr(0, 1001 * kBytesBloque));
     EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
+}
+
+TEST_F(Parcial, WhoseNameIsTakenAwayMeanwhileIsMadeAnew) {
+    cortarEn(1000, 700, [this] { fs::remove(carpeta / "a.rgt.parcial"); });
+    EXPECT_EQ(descargar().codigo, CodigoSalida::fallo);
+    EXPECT_TRUE(parcial() == imagen().substr(0, 1000 * kBytesBloque));
+    cortarEn(kBloquesMemoria, 1500, [this] { fs::rename(carpeta / "a.rgt.parcial", carpeta / "mio"); });
+    EXPECT_EQ(descargar().codigo, CodigoSalida::hecho);
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
+    EXPECT_NEAR(static_cast<double>(fs::file_size(carpeta / "mio") / kBytesBloque), 1500, 1);
+}
+
+TEST_F(Parcial, IsNotPutOverAnotherFileThatTookItsName) {
+    cortarEn(kBloquesMemoria, 700, [this] {
+        fs::remove(carpeta / "a.rgt.parcial");
+        poner("a.rgt.parcial", "ajeno");
+    });
+    const auto r = descargar();
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("a.rgt.parcial: ya existe. Dé otro nombre"));
+    EXPECT_EQ(parcial(), "ajeno");
+}
+
+// Two minutes more would be for nothing.
+TEST_F(Parcial, WhoseFolderIsGoneEndsTheDownloadAtOnceAndNothingIsSaidToStand) {
+    fs::create_directory(carpeta / "d");
+    cortarEn(kBloquesMemoria, 700, [this] { fs::remove_all(carpeta / "d"); });
+    const auto r = correr({"descargar", "--base", carpeta / "d/a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores,
+                EndsWith("a.rgt.parcial: no existe la carpeta " + (carpeta / "d").string() + "\n"));
+    EXPECT_THAT(r.errores, Not(HasSubstr("quedan")));
+    EXPECT_LT(enviados, 800 * kBytesBloque);
 }
 
 TEST_F(Parcial, IsNotLostBecauseItIsShort) {
