@@ -254,7 +254,7 @@ class Lector {
         try {
             return leerArchivo(archivo_, kMaximo);
         } catch (const ErrorLectura& error) {
-            mal(fmt::format("no se pueden leer los ajustes {}: {}", cual(), error.what()));
+            mal(fmt::format("no se pueden leer los ajustes {}: {}", cual(), error.motivo()));
         }
     }
 

@@ -70,8 +70,8 @@ void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, con
                                  : std::optional(identidad(std::filesystem::path(salida.nombre())));
     };
     if ((una.salida.archivo() || otra.salida.archivo()) && cual(una.salida) == cual(otra.salida)) {
-        throw ErrorCli(CodigoSalida::malUso, fmt::format("{} y {} son el mismo archivo: {}", una.opcion,
-                                                         otra.opcion, nombreVisible(otra.salida.nombre())));
+        throw ErrorCli(CodigoSalida::malUso,
+                       sonElMismoArchivo(una.opcion, otra.opcion, otra.salida.nombre()));
     }
 }
 

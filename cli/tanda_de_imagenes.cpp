@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <chrono>
 #include <exception>
-#include <new>
 #include <optional>
 #include <system_error>
 
@@ -19,6 +18,14 @@
 #include "platform/texto_visible.h"
 
 namespace telvane {
+
+namespace {
+
+std::string de(const TandaDeImagenes::Par& par, std::string_view texto) {
+    return fmt::format("{}: {}", nombreVisible(par.entrada), texto);
+}
+
+}  // namespace
 
 TandaDeImagenes::TandaDeImagenes(EntornoConsola& entorno, Consola& consola,
                                  const TrabajoDeConversion& trabajo, const std::vector<Par>& lista)
@@ -72,10 +79,11 @@ void TandaDeImagenes::trabajar() {
         try {
             if (!conversor) conversor.emplace();
             convertir(*conversor, par);
-        } catch (const std::bad_alloc&) {
-            fallar(par, motivoSistema(ENOMEM));
+        } catch (const ErrorLectura& error) {
+            // It names the file.
+            fallar(error.what());
         } catch (const std::exception& error) {
-            fallar(par, error.what());
+            fallar(de(par, motivoDe(error)));
         }
     }
     acabar();
@@ -93,18 +101,18 @@ void TandaDeImagenes::convertir(Conversor& conversor, const Par& par) {
     const auto convertido = convertirImagen(conversor, trabajo_, bytes);
     guardado_.agregar(par.salida, convertido.archivo.bytes(), reglaDeTabla(),
                       [this, &par, aviso = convertido.aviso](const std::string& motivo) {
-                          motivo.empty() ? decir(par, aviso) : fallar(par, motivo);
+                          motivo.empty() ? decir(de(par, aviso)) : fallar(de(par, motivo));
                       });
 }
 
-void TandaDeImagenes::fallar(const Par& par, std::string_view motivo) {
+void TandaDeImagenes::fallar(const std::string& texto) {
     ++fallidas_;
-    decir(par, motivo);
+    decir(texto);
 }
 
-void TandaDeImagenes::decir(const Par& par, std::string_view texto) {
+void TandaDeImagenes::decir(const std::string& texto) {
     const std::scoped_lock turno(turno_);
-    consola_.aviso(fmt::format("{}: {}", nombreVisible(par.entrada), texto));
+    consola_.aviso(texto);
 }
 
 }  // namespace telvane

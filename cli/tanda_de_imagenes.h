@@ -37,8 +37,8 @@ class TandaDeImagenes {
     void trabajar();
     void acabar();
     void convertir(Conversor& conversor, const Par& par);
-    void decir(const Par& par, std::string_view texto);
-    void fallar(const Par& par, std::string_view motivo);
+    void decir(const std::string& texto);
+    void fallar(const std::string& texto);
 
     EntornoConsola& entorno_;
     Consola& consola_;

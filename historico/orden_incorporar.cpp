@@ -146,7 +146,8 @@ class Tanda {
         } catch (const ErrorImagen& error) {
             return fallar(archivo, error.what());
         } catch (const ErrorLectura& error) {
-            return fallar(archivo, error.what());
+            contexto_.consola.aviso(error.what());
+            return false;
         } catch (const ErrorAlmacen& error) {
             // Each of the others would wait as long.
             if (error.clase() == ErrorAlmacen::Clase::agotada) throw;

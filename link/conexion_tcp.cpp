@@ -10,7 +10,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <mutex>
 #include <string>
@@ -22,6 +21,7 @@
 #include <fmt/format.h>
 
 #include "link/espera_sitio.h"
+#include "link/vaciado.h"
 #include "platform/descriptor.h"
 #include "platform/motivos.h"
 
@@ -31,7 +31,7 @@ namespace {
 
 using Cronometro = std::chrono::steady_clock;
 
-// A dead peer is given up after some 25 s of silence, or 15 s with bytes under way.
+// A dead peer is given up after some 15 s, whether bytes are under way or it is asked whether it is there.
 constexpr int kSilencioAntesDePreguntar = 10;
 constexpr int kEntrePreguntas = 5;
 constexpr int kPreguntas = 3;
@@ -265,10 +265,7 @@ std::size_t ConexionTcp::leer(std::span<std::uint8_t> destino) {
 
 void ConexionTcp::vaciar() {
     const std::lock_guard guardia(intento_->cerrojo);
-    std::array<std::uint8_t, 4096> trozo;
-    for (int i = 0; intento_->socket() >= 0 && i < kLecturasAlVaciar; ++i) {
-        if (::recv(intento_->socket(), trozo.data(), trozo.size(), 0) <= 0) break;
-    }
+    if (intento_->socket() >= 0) telvane::vaciar(intento_->socket());
 }
 
 bool ConexionTcp::sirve() {

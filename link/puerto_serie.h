@@ -51,9 +51,6 @@ struct AjustesLinea {
 
 // How long a port may take nothing more before a write is given up.
 inline constexpr std::chrono::seconds kPlazoEscritura{1};
-// Reads that empty a port: more than the system holds for a line, so that emptying one that never falls
-// silent ends.
-inline constexpr int kLecturasAlVaciar = 64;
 
 // One open port; destroying it closes it and discards what it held. Not a thing of threads.
 class PuertoSerie {

@@ -20,6 +20,7 @@
 
 #include "link/codigos_suceso.h"
 #include "link/espera_sitio.h"
+#include "link/vaciado.h"
 #include "link/velocidades.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
@@ -288,10 +289,7 @@ void PuertoTermios::umbral(int bytes) {
 // Flushed, and read as well: a pseudo-terminal may still be handing bytes over while it is flushed.
 void PuertoTermios::vaciarEntrada() {
     ::tcflush(descriptor_(), TCIFLUSH);
-    std::array<std::uint8_t, 4096> trozo;
-    for (int i = 0; i < kLecturasAlVaciar; ++i) {
-        if (::read(descriptor_(), trozo.data(), trozo.size()) <= 0) return;
-    }
+    vaciar(descriptor_());
 }
 
 void PuertoTermios::ponerLinea(int linea, bool alta) {

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 #include "platform/descriptor.h"
 #include "platform/motivos.h"
@@ -16,8 +17,8 @@ namespace telvane {
 
 namespace {
 
-[[noreturn]] void fallar(const std::filesystem::path& ruta, const std::string& motivo) {
-    throw ErrorLectura("no se pudo leer " + nombreVisible(ruta.filename()) + ": " + motivo);
+[[noreturn]] void fallar(const std::filesystem::path& ruta, std::string motivo) {
+    throw ErrorLectura(ruta, std::move(motivo));
 }
 
 std::filesystem::path carpetaXdg(const char* variable, const char* porDefecto) {
@@ -32,6 +33,10 @@ std::filesystem::path carpetaXdg(const char* variable, const char* porDefecto) {
 }
 
 }  // namespace
+
+ErrorLectura::ErrorLectura(const std::filesystem::path& ruta, std::string motivo)
+    : std::runtime_error("no se pudo leer " + nombreVisible(ruta) + ": " + motivo),
+      motivo_(std::move(motivo)) {}
 
 std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::size_t maximo) {
     std::vector<std::uint8_t> bytes(maximo);

@@ -5,13 +5,20 @@
 #include <filesystem>
 #include <span>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace telvane {
 
+// "no se pudo leer carpeta/x.rgt: MOTIVO": the name as it was given.
 class ErrorLectura : public std::runtime_error {
    public:
-    using std::runtime_error::runtime_error;
+    ErrorLectura(const std::filesystem::path& ruta, std::string motivo);
+    // By itself, for who names the file.
+    const std::string& motivo() const { return motivo_; }
+
+   private:
+    std::string motivo_;
 };
 
 // The first bytes of a regular file, at most maximo. Throws ErrorLectura with the reason in Spanish for

@@ -92,7 +92,7 @@ std::string queDice(const std::exception_ptr& fallo) {
     try {
         std::rethrow_exception(fallo);
     } catch (const std::exception& error) {
-        return error.what();
+        return motivoDe(error);
     } catch (...) {
         return "error desconocido";
     }

@@ -19,7 +19,7 @@ std::string motivoSinCarpeta(const std::filesystem::path& carpeta);
 // The text of an exception for the user, in Spanish whoever threw it: those of the system and of the standard
 // library speak English.
 std::string motivoDe(const std::exception& error);
-// What a failure says by itself, of whatever type it is.
+// The same of whatever was thrown.
 std::string queDice(const std::exception_ptr& fallo);
 
 }  // namespace telvane
