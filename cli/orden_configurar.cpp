@@ -271,7 +271,11 @@ std::filesystem::path Configurador::rutaDeRespaldo() const {
         throw ErrorCli(CodigoSalida::fallo,
                        "no hay carpeta de datos para el respaldo: indique --respaldo ARCHIVO");
     }
-    std::filesystem::create_directories(carpeta);
+    try {
+        crearCarpeta(carpeta);
+    } catch (const ErrorGuardado& error) {
+        throw ErrorCli(CodigoSalida::fallo, fmt::format("{}; indique --respaldo ARCHIVO", error.what()));
+    }
     return rutaBaseLibre(carpeta, actual_.Nserie, contexto_.entorno.reloj.ahora());
 }
 

@@ -29,7 +29,10 @@ constexpr unsigned kAnchoSinDecir = 80;
 
 }  // namespace
 
-Consola::Consola(EntornoConsola& entorno) : entorno_(entorno), hayTerminal_(::isatty(entorno.errores) == 1) {}
+Consola::Consola(EntornoConsola& entorno)
+    : entorno_(entorno),
+      hayTerminal_(::isatty(entorno.errores) == 1),
+      salidaEnTerminal_(::isatty(entorno.salida) == 1) {}
 
 Consola::~Consola() {
     progreso("");
@@ -53,9 +56,11 @@ void Consola::exigirSalida() const {
                    quejaDeSalida(EBADF) + ". Ábrala, por ejemplo con >archivo, y repita");
 }
 
+// A file keeps a logger's bytes as they are; on a terminal they would be orders.
 void Consola::resultado(std::string_view texto) {
-    if (const int motivo = escribirEn(entorno_.salida, texto))
-        throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(motivo));
+    const int motivo = salidaEnTerminal_ ? escribirEn(entorno_.salida, lineasSinControles(texto))
+                                         : escribirEn(entorno_.salida, texto);
+    if (motivo != 0) throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(motivo));
 }
 
 void Consola::resultadoDe(std::string_view hecho, std::string_view texto) {

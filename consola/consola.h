@@ -18,8 +18,8 @@ class Consola {
     Consola& operator=(const Consola&) = delete;
     ~Consola();
 
-    // Results: at once, as they stand. Throws ErrorCli: fallo when nobody takes them any more, interrumpido
-    // on a signal while whoever takes them is slow.
+    // Results: at once, as they stand, but for control characters on a terminal. Throws ErrorCli: fallo when
+    // nobody takes them any more, interrumpido on a signal while whoever takes them is slow.
     void resultado(std::string_view texto);
     // The same of work that is done by then and stays done: what is thrown says so with hecho.
     void resultadoDe(std::string_view hecho, std::string_view texto);
@@ -49,6 +49,7 @@ class Consola {
 
     EntornoConsola& entorno_;
     bool hayTerminal_;
+    bool salidaEnTerminal_;
     bool hayProgreso_ = false;
 };
 

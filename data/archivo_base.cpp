@@ -11,7 +11,6 @@
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
 #include "platform/guardado.h"
-#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -68,14 +67,11 @@ void ArchivoBase::guardarDescarga() {
     const auto ruta = rutaBaseLibre(datos_.carpetaBase, serie, enlace_.reloj.ahora());
     try {
         if (datos_.carpetaBase.empty()) throw ErrorGuardado("no hay carpeta de datos del usuario");
-        std::filesystem::create_directories(datos_.carpetaBase);
+        crearCarpeta(datos_.carpetaBase);
         guardarAtomico(ruta, datos_.memoria.imagen(), reglaDeBase());
         enlace_.forma.imprimir("archivo base: " + ruta.string());
     } catch (const ErrorGuardado& error) {
         enlace_.forma.imprimir(std::string("archivo base: ") + error.what());
-    } catch (const std::filesystem::filesystem_error& error) {
-        enlace_.forma.imprimir("archivo base: no se pudo crear la carpeta " + datos_.carpetaBase.string() +
-                               ": " + motivoSistema(error.code().value()));
     }
 }
 

@@ -22,11 +22,11 @@ namespace {
 }
 
 std::filesystem::path carpetaXdg(const char* variable, const char* porDefecto) {
-    // An XDG folder that is not absolute is to be ignored.
+    // A folder that is not absolute is to be ignored.
     if (const char* valor = std::getenv(variable); valor && *valor == '/') {
         return std::filesystem::path(valor) / "telvane";
     }
-    if (const char* casa = std::getenv("HOME"); casa && *casa) {
+    if (const char* casa = std::getenv("HOME"); casa && *casa == '/') {
         return std::filesystem::path(casa) / porDefecto / "telvane";
     }
     return {};

@@ -209,6 +209,14 @@ std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const
     return fmt::format("{} y {} son el mismo archivo: {}", una, otra, nombreVisible(ruta));
 }
 
+void crearCarpeta(const fs::path& carpeta) {
+    std::error_code error;
+    fs::create_directories(carpeta, error);
+    if (!error) return;
+    throw ErrorGuardado(fmt::format("no se pudo crear la carpeta {}: {}", nombreVisible(carpeta),
+                                    motivoSistema(error.value())));
+}
+
 bool terminaEn(const fs::path& ruta, std::span<const std::string_view> terminaciones) {
     auto nombre = ruta.filename().string();
     std::transform(nombre.begin(), nombre.end(), nombre.begin(), minuscula);

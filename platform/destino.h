@@ -28,6 +28,9 @@ class ErrorNombre : public ErrorGuardado {
 // Two options of one line: "--base y --csv son el mismo archivo: x"
 std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const std::filesystem::path& ruta);
 
+// With those above it, where they are missing. Throws ErrorGuardado.
+void crearCarpeta(const std::filesystem::path& carpeta);
+
 // Whether the file's name has one of these endings, told in lower case, in whatever case.
 bool terminaEn(const std::filesystem::path& ruta, std::span<const std::string_view> terminaciones);
 

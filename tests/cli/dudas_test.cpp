@@ -605,5 +605,44 @@ TEST_F(Dudas, WhatAdaptersCallThemselvesReachesNoTerminal) {
     ::close(esclavo);
 }
 
+// A table of it as well, which is a file's text otherwise.
+TEST_F(Dudas, WhatALoggerSaysGivesNoOrdersToATerminalThatATableGoesTo) {
+    auto parte = comoTexto(puertos.maquina(kPuerto).imagen()).substr(0, 512);
+    parte.replace(4, 6, "a\x1b[2J\x7f");
+    std::ofstream(carpeta / "a.rgt", std::ios::binary) << parte;
+    EXPECT_THAT(correr({"convertir", carpeta / "a.rgt", "-"}).salida, HasSubstr("a\x1b[2J\x7f"));
+    int maestro = -1;
+    ASSERT_EQ(::openpty(&maestro, &salidaAjena.emplace(), nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(correr({"convertir", carpeta / "a.rgt", "-"}).codigo, CodigoSalida::hecho);
+    std::string visto(4096, '\0');
+    const auto n = ::read(maestro, visto.data(), visto.size());
+    ASSERT_GT(n, 0);
+    visto.resize(static_cast<std::size_t>(n));
+    EXPECT_THAT(visto, HasSubstr("Usuario:  a[2J"));
+    EXPECT_THAT(visto, HasSubstr("\r\nUbicacion : "));
+    for (const char c : {'\x1b', '\x7f'}) EXPECT_EQ(visto.find(c), std::string::npos);
+    ::close(maestro);
+    ::close(*salidaAjena);
+}
+
+TEST_F(Dudas, ABackupWithoutItsFolderIsToldBeforeTheLoggerHearsAnything) {
+    const auto rehusa = [&](const std::string& queja) {
+        const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria"});
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_THAT(r.errores, HasSubstr(queja));
+        EXPECT_EQ(puertos.aperturas(kPuerto), 0U);
+    };
+    ASSERT_EQ(::setenv("XDG_DATA_HOME", "/dev/null", 1), 0);
+    rehusa(
+        "no se pudo crear la carpeta /dev/null/telvane: una parte de la ruta no es una carpeta; indique "
+        "--respaldo ARCHIVO");
+    ::unsetenv("XDG_DATA_HOME");
+    const char* antes = ::getenv("HOME");
+    const auto casa = antes ? std::optional<std::string>(antes) : std::nullopt;
+    ASSERT_EQ(::setenv("HOME", "relativa", 1), 0);
+    rehusa("no hay carpeta de datos para el respaldo");
+    casa ? ::setenv("HOME", casa->c_str(), 1) : ::unsetenv("HOME");
+}
+
 }  // namespace
 }  // namespace telvane
