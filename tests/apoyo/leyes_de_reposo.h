@@ -30,6 +30,8 @@ struct Vista {
     int opciones = 0;          // of the six intervals
     std::string rotuloConectar;
     std::string rotuloSerie;
+
+    bool operator==(const Vista&) const = default;
 };
 
 class LeyesDeReposo {

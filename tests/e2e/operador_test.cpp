@@ -21,6 +21,7 @@
 #include "loggerconfig/pasos_serie.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/leer_todo.h"
+#include "tests/apoyo/leyes_de_reposo.h"
 #include "tests/apoyo/proceso.h"
 #include "tests/e2e/accesible.h"
 #include "tests/e2e/escritorio.h"
@@ -47,6 +48,7 @@ struct Cosa {
     std::string papel;
     std::string nombre;
     bool habilitada;
+    bool soloLectura;
     Lugar lugar;
 
     bool es(const std::string& cual, const std::string& comienzo) const {
@@ -56,7 +58,11 @@ struct Cosa {
 
 void juntar(const Accesible& desde, std::vector<Cosa>& todas) {
     for (const auto& hijo : desde.hijos()) {
-        if (hijo.visible()) todas.push_back({hijo.papel(), hijo.nombre(), hijo.habilitado(), hijo.lugar()});
+        if (hijo.visible()) {
+            const auto papel = hijo.papel();
+            todas.push_back({papel, hijo.nombre(), hijo.habilitado(), papel == "text" && hijo.soloLectura(),
+                             hijo.lugar()});
+        }
         juntar(hijo, todas);
     }
 }
@@ -64,6 +70,63 @@ void juntar(const Accesible& desde, std::vector<Cosa>& todas) {
 const Cosa* buscar(const std::vector<Cosa>& cosas, const std::string& papel, const std::string& comienzo) {
     const auto lugar = std::ranges::find_if(cosas, [&](const Cosa& c) { return c.es(papel, comienzo); });
     return lugar == cosas.end() ? nullptr : &*lugar;
+}
+
+constexpr auto kCamposEdicion =
+    std::to_array<const char*>({"Usuario", "Ubicacion", "Latitud", "Longitud", "Altitud", "Hora", "Fecha"});
+// Of every box and file dialog; the form, the progress dialog and the coefficients have none of them.
+constexpr auto kBotonesDeCaja =
+    std::to_array<const char*>({"Aceptar", "Cancelar", "Sí", "No", "Guardar", "Abrir"});
+
+// The main form among them; nullopt: it is not there.
+std::optional<Vista> vistaDe(const std::vector<Cosa>& cosas) {
+    const auto exacta = [&](const char* papel, const std::string& nombre) {
+        const auto lugar = std::ranges::find_if(
+            cosas, [&](const Cosa& c) { return c.papel == papel && c.nombre == nombre; });
+        return lugar == cosas.end() ? nullptr : &*lugar;
+    };
+    const auto boton = [&](const std::string& nombre) {
+        const auto* cual = exacta("push button", nombre);
+        return cual && cual->habilitada;
+    };
+    const auto* empieza = exacta("push button", "DATOS EN LINEA");
+    const auto* para = exacta("push button", "PARAR");
+    if (!empieza && !para) return std::nullopt;
+    Vista v;
+    v.delante = std::ranges::any_of(kBotonesDeCaja, [&](const auto* n) { return exacta("push button", n); });
+    v.progreso = exacta("push button", "Cancel") != nullptr;
+    v.procesado = exacta("label", "El archivo se proceso con exito") != nullptr;
+    for (const auto* comienzo : {"Reconectar con", " Conectar con", " Conexion en"}) {
+        const auto* conectar = buscar(cosas, "push button", comienzo);
+        if (!conectar) continue;
+        v.conectar = conectar->habilitada;
+        v.rotuloConectar = conectar->nombre;
+    }
+    v.leer = boton("Importar Configuracion");
+    v.cambiar = boton("Cambiar configuracion");
+    v.enviar = boton("Enviar configuracion");
+    v.enLinea = empieza ? empieza->habilitada : para->habilitada;
+    v.descargar = boton("Importar datos desde equipo y exportar a excell (csv)");
+    v.exportar = boton("Exportar Eventos (.txt) y Base de Datos (.xls)");
+    v.abrir = boton("Abrir Archivo Base (.rgt)");
+    v.salir = boton("Salir");
+    const auto* serie = exacta("text", "Nro de Serie");
+    v.serie = serie && serie->habilitada;
+    v.parar = para != nullptr;
+    v.lecturas = exacta("text", "Medicion de Datos en linea") != nullptr;
+    v.ajustar = exacta("check box", "Ajustar a fecha y hora de PC") != nullptr;
+    v.quienAjusta = exacta("label", "Ajustar a fecha y hora de PC") != nullptr;
+    for (const auto* nombre : kCamposEdicion) {
+        const auto* campo = exacta("text", nombre);
+        v.editables += campo && !campo->soloLectura ? 1 : 0;
+    }
+    v.opciones = static_cast<int>(
+        std::ranges::count_if(cosas, [](const Cosa& c) { return c.papel == "radio button"; }));
+    for (const auto* comienzo : {"comienzo transmision", "Nº Enviado  ", "Nro de Serie"}) {
+        if (const auto* rotulo = buscar(cosas, "label", comienzo); rotulo && v.rotuloSerie.empty())
+            v.rotuloSerie = rotulo->nombre;
+    }
+    return v;
 }
 
 // Processor time that a process has had.
@@ -217,6 +280,7 @@ class Jornada {
         }
         seAcaba_ = false;
         sabido_.clear();
+        leyes_ = {};
         empezar();
     }
     void terminar() {
@@ -233,23 +297,40 @@ class Jornada {
             return;
         }
         ver();
-        if (buscar(cosas_, "label", "SE BORRARAN TODOS LOS DATOS") != nullptr) preguntado_ = true;
+        mirarPregunta();
         if (buscar(cosas_, "label", "Error en tiempo de ejec") != nullptr)
             hallazgo_ = "a failure at run time";
         mirarMemoria();
         mirarNumero();
-        mirarBotones();
+        mirarLeyes();
         if (tirar(azar_, 20) == 0) descansa();
     }
-    // Nothing leaves to be erased without its question.
+    // One question is one permission, for as long as its exchange may last.
+    void mirarPregunta() {
+        constexpr auto kLoQueDuraElIntercambio = 15s;
+        const auto ahora = std::chrono::steady_clock::now();
+        const bool abierta = buscar(cosas_, "label", "SE BORRARAN TODOS LOS DATOS") != nullptr;
+        if (abierta) permitidoHasta_ = ahora + kLoQueDuraElIntercambio;
+        if (!abierta && ahora > permitidoHasta_) permitidoHasta_ = {};
+    }
+    // Nothing leaves to be erased without its question. A memory that was erased is filled again: of another
+    // erasure nothing would be seen.
     void mirarMemoria() {
         const auto ahora = memoria();
-        if (ahora.empty() || antes_.empty()) {
+        if (ahora.empty() || antes_.empty() || ahora.substr(kCabecera) == antes_.substr(kCabecera)) {
             antes_ = ahora;
-        } else if (ahora.substr(kCabecera) != antes_.substr(kCabecera)) {
-            if (!preguntado_) hallazgo_ = "the memory was erased, and nobody asked";
-            antes_ = ahora;
+            return;
         }
+        if (permitidoHasta_ == std::chrono::steady_clock::time_point{})
+            hallazgo_ = "the memory was erased, and nobody asked";
+        permitidoHasta_ = {};
+        hecho_.emplace_back("erased, and filled again");
+        mirarNumero();
+        simulador_.reset();
+        std::filesystem::remove(carpeta_ / "memoria.rgt");
+        sabido_ = enviado();
+        enchufar(fallos_);
+        antes_ = memoria();
     }
     // What Label1 tells as sent.
     std::string enviado() const {
@@ -267,25 +348,21 @@ class Jornada {
         if (!llego) hallazgo_ = "shown as sent, and the logger has another number: " + numero;
         sabido_ = numero;
     }
-    // Looked at again until they agree: what is on the screen may change while it is looked at.
-    void mirarBotones() {
-        const auto vale = [&] {
-            const auto* enviar = buscar(cosas_, "push button", "Enviar configuracion");
-            const auto* cambiar = buscar(cosas_, "push button", "Cambiar configuracion");
-            const auto* leer = buscar(cosas_, "push button", "Importar Configuracion");
-            if (!enviar || !cambiar || !leer || !enviar->habilitada) return true;
-            return !cambiar->habilitada && !leer->habilitada;
-        };
-        const auto unSoloEnLinea = [&] {
-            const bool empieza = buscar(cosas_, "push button", "DATOS EN LINEA") != nullptr;
-            const bool para = buscar(cosas_, "push button", "PARAR") != nullptr;
-            return cosas_.empty() || buscar(cosas_, "push button", "Salir") == nullptr || empieza != para;
-        };
+    // Looked at again until they hold: what is on the screen may change while it is looked at, and what runs
+    // comes to its end.
+    void mirarLeyes() {
+        std::string rota;
         const bool bien = esperarA([&] {
-            if (vale() && unSoloEnLinea()) return true;
-            return programa_->terminar(Proceso::Plazo(0)).has_value() || (ver(), vale() && unSoloEnLinea());
+            if (programa_->terminar(Proceso::Plazo(0))) return true;
+            const auto antes = vistaDe(cosas_);
+            const auto v = vistaDe(ver());
+            if (!v || v != antes) return !v && !antes;
+            leyes_.mirar(*v);
+            rota = leyes_.rota(*v);
+            if (rota.empty() && !v->delante) rota = leyes_.rotaEnReposo(*v);
+            return rota.empty();
         });
-        if (!bien) hallazgo_ = "what can be sent can be read or edited as well";
+        if (!bien) hallazgo_ = rota.empty() ? "what is on the screen changes without end" : rota;
     }
     // Left alone it waits, and does not turn: a second of the wall clock costs a part of the processor's.
     void descansa() {
@@ -307,7 +384,9 @@ class Jornada {
     std::string hallazgo_;
     std::string antes_;
     std::string sabido_;  // a number that was looked at, or whose logger has gone since
-    bool preguntado_ = false;
+    LeyesDeReposo leyes_;
+    // A question that was on the screen lets one erasure happen until then; none: nobody asked.
+    std::chrono::steady_clock::time_point permitidoHasta_{};
     bool seAcaba_ = false;
 };
 
