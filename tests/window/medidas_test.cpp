@@ -141,6 +141,27 @@ TEST(Medidas, TheCoefficientsScrollWhereTheyDoNotFit) {
         << "where there is room, all of it shows";
 }
 
+// Larger letters than any screen has room for: the window stands on it whole, its buttons too.
+TEST(Medidas, TheCoefficientsAreBornWithTheirFrameInsideTheScreen) {
+    for (const int puntos : {9, kPuntosGrandes, 2 * kPuntosGrandes}) {
+        SCOPED_TRACE(puntos);
+        const Letras letras(puntos);
+        QWidget principal;
+        principal.move(10'000, 10'000);
+        FormaCoef forma;
+        UsuarioPrueba hecho;
+        VentanaCoef ventana(forma, hecho.usuario(), &principal);
+        const auto sitio = ventana.screen()->availableGeometry();
+        EXPECT_LE(ventana.width(), sitio.width() - kMarcoDeVentana.width());
+        EXPECT_LE(ventana.height(), sitio.height() - kMarcoDeVentana.height());
+        EXPECT_TRUE(sitio.contains(ventana.pos()));
+        ventana.show();
+        QApplication::processEvents();
+        EXPECT_TRUE(sitio.contains(QRect(ventana.pos(), ventana.size())));
+        EXPECT_TRUE(dentro(ventana, *ventana.findChild<QWidget*>("Command1")));
+    }
+}
+
 TEST(Medidas, TheRowBreaksWhereItDoesNotFit) {
     QWidget ventana;
     ventana.resize(800, 100);

@@ -8,6 +8,7 @@
 #include <QTabWidget>
 
 #include "tests/window/ventana_prueba.h"
+#include "ui/qt/letras.h"
 #include "ui/qt/vista_lineas.h"
 
 namespace telvane {
@@ -16,6 +17,12 @@ namespace {
 void soloVisible(FormaInicio& forma, Control& cual) {
     for (auto* opcion : forma.opciones()) opcion->visible = opcion == &cual;
     QApplication::processEvents();
+}
+
+TEST_F(VentanaSuelta, TheReadingsHaveTheLetterOfColumns) {
+    ASSERT_NE(letraDeColumnas().families(), QApplication::font().families());
+    EXPECT_EQ(ventana.widget(forma.Text60)->font().families(), letraDeColumnas().families());
+    EXPECT_EQ(ventana.widget(forma.Text10)->font().families(), QApplication::font().families());
 }
 
 TEST_F(VentanaSuelta, HiddenOptionsLeaveNoGap) {

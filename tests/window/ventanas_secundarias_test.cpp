@@ -7,6 +7,7 @@
 #include "tests/window/ventana_prueba.h"
 #include "ui/qt/aparicion.h"
 #include "ui/qt/dialogo_progress.h"
+#include "ui/qt/letras.h"
 #include "ui/qt/ventana_coef.h"
 #include "ui/qt/ventana_presenta.h"
 
@@ -158,6 +159,16 @@ TEST_F(Coeficientes, HasThirtyTwoFieldsWithTheirNameAsText) {
     }
     EXPECT_EQ(ventana.findChildren<QLabel*>("Label4").size(), 8);
     EXPECT_EQ(ventana.findChildren<QLabel*>("Label3").size(), 8);
+}
+
+TEST_F(Coeficientes, TheLabelsHaveTheLetterOfColumnsAndTheFieldsThatOfControls) {
+    ASSERT_NE(letraDeColumnas().families(), QApplication::font().families());
+    const auto rotulos = ventana.findChildren<QLabel*>();
+    EXPECT_EQ(rotulos.size(), 20) << "two headings, sixteen rows, the columns' and the empty one";
+    for (const auto* rotulo : rotulos)
+        EXPECT_EQ(rotulo->font().families(), letraDeColumnas().families()) << texto(rotulo->text());
+    for (const auto* campo : ventana.findChildren<QLineEdit*>())
+        EXPECT_EQ(campo->font().families(), QApplication::font().families());
 }
 
 TEST_F(Coeficientes, TwoFieldsARowInTheOrderOfTheRows) {
