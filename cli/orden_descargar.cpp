@@ -99,6 +99,15 @@ class Salidas {
     std::optional<SalidaConsola> ficha;
 };
 
+// One damaged byte makes another number of the one that is asked for.
+DatosConfig leerConSuNumero(RegistradorCli& registrador, const std::string& serie) {
+    constexpr int kLecturas = 3;
+    auto datos = registrador.leerConfiguracion();
+    for (int i = 1; i < kLecturas && !serie.empty() && datos.Nserie != serie; ++i)
+        datos = registrador.leerConfiguracion();
+    return datos;
+}
+
 // Another logger's memory would be taken for this one's.
 void exigirSerie(const OpcionesDescargar& opciones, int numero, const std::string& hallada) {
     if (opciones.serie.empty() || opciones.serie == hallada) return;
@@ -136,7 +145,7 @@ void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
     registrador.reintentos(leerEntero(opciones.reintentos));
     const int numero = sesion.buscar();
     consola.aviso(fmt::format("Registrador en COM{}: se lee la configuración.", numero));
-    const auto datos = registrador.leerConfiguracion();
+    const auto datos = leerConSuNumero(registrador, opciones.serie);
     exigirSerie(opciones, numero, datos.Nserie);
     consola.aviso(fmt::format("Nro {}: se descarga la memoria.", datos.Nserie));
 

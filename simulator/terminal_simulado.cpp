@@ -100,8 +100,11 @@ void TerminalSimulado::enlazar() {
         throw std::runtime_error(
             fmt::format("{} ya existe y no es un enlace: dé otro nombre", nombreVisible(enlace_)));
     }
-    if (::symlink(nombre_.c_str(), enlace_.c_str()) != 0)
-        fallar(fmt::format("no se pudo crear {}", nombreVisible(enlace_)));
+    if (::symlink(nombre_.c_str(), enlace_.c_str()) == 0) return;
+    const auto carpeta = enlace_.parent_path();
+    const auto motivo =
+        errno == ENOENT && !carpeta.empty() ? motivoSinCarpeta(carpeta) : motivoSistema(errno);
+    throw std::runtime_error(fmt::format("no se pudo crear {}: {}", nombreVisible(enlace_), motivo));
 }
 
 void TerminalSimulado::colgar() {

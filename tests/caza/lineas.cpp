@@ -56,7 +56,7 @@ std::string valor(Azar& azar, const OpcionDeclarada& opcion, const Mundo& mundo)
         {"PERFIL", {"estricto", "ampliado", "ampliado", "otro"}},
         {"FORMATO", {"csv", "xls", "jsonl", "pdf"}},
         {"MINUTOS", {"1", "5", "60", "7"}},
-        {"DD/MM/AAAA", {"31/12/2024", "29/02/2024", "30/02/2024", "01/01/2064", "01/01/2065"}},
+        {"DD/MM/AAAA", {"31/12/2024", "29/02/2024", "30/02/2024", "31/12/2064", "01/01/2065", "01/01/2000"}},
         {"HH:MM:SS", {"23:59:58", "00:00:00", "24:00:00"}},
         {"CIFRAS", {"02080050", "20800512", "123", "0208005x"}},
         {"TEXTO",

@@ -23,7 +23,7 @@ constexpr auto kNombres = std::to_array<const char*>(
      "TABLA.CSV",     "t.xls",         "t.jsonl",          "con blanco", "ñ.rgt",
      "no/hay",        "carpeta",       "enlace.rgt",       "roto",       "./a.rgt",
      "carpeta/x.rgt", "a.rgt.parcial", "carpeta/../a.rgt", "x.RGT",      "\x1b[2J\x7f.rgt",
-     "\x9b.csv",      "/dev/null"});
+     "\x9b.csv",      "/dev/null",     "[a,b].csv",        "[c]",        "++"});
 
 void escribir(const fs::path& ruta, const std::string& bytes) {
     std::ofstream(ruta, std::ios::binary) << bytes;

@@ -435,6 +435,12 @@ TEST_F(Dudas, AnImageWithAnotherNumberThanWasAskedForIsABrokenDownload) {
     EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == comoTexto(imagen));
 }
 
+TEST_F(Dudas, OneDamagedReadingRefusesNoLoggerThatWasAskedFor) {
+    danarLectura(1, registro_config::kSerie + 1, 0x81);
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--serie", "02080050"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+}
+
 TEST_F(Dudas, AnImageThatKeepsBearingAnotherNumberTakesNoNameAndIsKept) {
     danarDescarga(0, registro_config::kSerie, 0x30);
     const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--csv", carpeta / "a.csv", "--ficha",
