@@ -69,6 +69,29 @@ TEST_F(VentanaSuelta, OnASmallScreenEverythingIsReached) {
     entraEn(ventana, forma, kPantallaDoble);
 }
 
+TEST_F(VentanaSuelta, OnASmallScreenTheReadingsAreOnShowWhenTheyBegin) {
+    auto* medio = ventana.findChild<QScrollArea*>();
+    const auto aLaVista = [&](const Control& control) {
+        auto* widget = ventana.widget(control);
+        const QRect lugar(widget->mapTo(medio->viewport(), QPoint()), widget->size());
+        return medio->viewport()->rect().contains(lugar);
+    };
+    for (const auto& pantalla : {kPantallaChica, kPantallaDoble}) {
+        ventana.resize(pantalla - kMarcoDeVentana);
+        QApplication::processEvents();
+        medio->ensureWidgetVisible(ventana.widget(forma.Command4), 0, 0);
+        ASSERT_FALSE(aLaVista(forma.Text60));
+        forma.Text60.visible = true;
+        QApplication::processEvents();
+        EXPECT_TRUE(aLaVista(forma.Text60));
+        EXPECT_TRUE(aLaVista(forma.Command4));
+        forma.Text60.visible = false;
+        QApplication::processEvents();
+        EXPECT_TRUE(aLaVista(forma.Command4)) << "the form stays where it was";
+        medio->verticalScrollBar()->setValue(0);
+    }
+}
+
 TEST(Medidas, WithLettersOfTwentyPointsNothingIsCut) {
     const Letras grandes(kPuntosGrandes);
     FormaInicio forma;

@@ -133,11 +133,11 @@ QWidget* VentanaInicio::titulos() {
 }
 
 QWidget* VentanaInicio::cuerpo() {
-    auto* dosColumnas = new CuerpoDeslizable(this);
+    cuerpo_ = new CuerpoDeslizable(this);
     // A form is as wide as its fields; what the window has to spare goes to the data.
-    dosColumnas->agregar(columnaConfiguracion(), 0);
-    dosColumnas->agregar(columnaDatos(), 1);
-    return dosColumnas;
+    cuerpo_->agregar(columnaConfiguracion(), 0);
+    cuerpo_->agregar(columnaDatos(), 1);
+    return cuerpo_;
 }
 
 QLayout* VentanaInicio::columnaConfiguracion() {
@@ -300,6 +300,7 @@ void VentanaInicio::observar() {
         forma_.observar({.alCambiar =
                              [this](Control& control, Que que) {
                                  if (&control == &forma_.Command1) mostrarConexion();
+                                 if (&control == &forma_.Text60 && que == Que::visible) traerLecturas();
                                  // The pane written last is the one to look at.
                                  if (que != Que::text || control.text().empty()) return;
                                  if (&control != &forma_.RichTextBox1 && &control != &forma_.RichTextBox2)
@@ -308,6 +309,15 @@ void VentanaInicio::observar() {
                              },
                          .alCambiarForma = [this] { sincronizar(); },
                          .alImprimir = [this](const std::string&) { franja_->refrescar(); }});
+}
+
+// On a small screen they would begin below its edge; where not all of it has room, the button that stops goes
+// first.
+void VentanaInicio::traerLecturas() {
+    if (!forma_.Text60.visible()) return;
+    for (const auto* control : {&forma_.Text60, &forma_.Command4}) {
+        cuerpo_->ensureWidgetVisible(widget(*control), 0, 0);
+    }
 }
 
 // A connection that stands is told, not offered: while its button is closed it reads as a line of text.

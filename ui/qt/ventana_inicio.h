@@ -15,6 +15,7 @@ class QTabWidget;
 
 namespace telvane {
 
+class CuerpoDeslizable;
 class FranjaDiagnostico;
 
 // On the screen while the form is shown. Closing it by its frame is a click on "Salir".
@@ -57,12 +58,14 @@ class VentanaInicio final : public QWidget {
     QLayout* pie();
     void observar();
     void mostrarConexion() const;
+    void traerLecturas();
     void sincronizar();
     void primerCuadro();
 
     FormaInicio& forma_;
     Vinculos vinculos_;
     Formulario::Observacion observacion_;
+    CuerpoDeslizable* cuerpo_ = nullptr;
     QTabWidget* hojas_ = nullptr;
     FranjaDiagnostico* franja_ = nullptr;
     bool pintada_ = false;
