@@ -45,7 +45,9 @@ TEST_F(VentanaSuelta, HidingOptionsMovesNothingElse) {
     EXPECT_EQ(donde(), antes);
 }
 
-TEST_F(VentanaSuelta, ShowingTheLiveReadingMovesNothing) {
+TEST_F(VentanaSuelta, ShowingTheLiveReadingMovesNothingWhereTheWindowHasRoom) {
+    ventana.resize(1280, 900);
+    QApplication::processEvents();
     const auto antes = de<QWidget>(forma.Command4).mapTo(&ventana, QPoint(0, 0));
     const auto hojas = de<QWidget>(forma.RichTextBox1).size();
     forma.Text60.visible = true;
