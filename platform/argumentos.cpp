@@ -235,7 +235,8 @@ std::string Argumentos::motivoDeUso(int codigo, const std::string& texto) const 
         case CLI::ExitCodes::RequiredError:
             if (!faltaOrden) return fmt::format("falta {}", antesDe(" "));
             if (sobran.empty()) return "falta la orden";
-            if (!sobran.starts_with('-')) return fmt::format("no hay una orden \"{}\"", sobran);
+            if (!sobran.starts_with('-'))
+                return fmt::format("no hay una orden \"{}\"", app_->remaining(true).front());
             [[fallthrough]];
         case CLI::ExitCodes::ExtrasError:
             return fmt::format("no se entiende \"{}\"", sobran);

@@ -74,6 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
     Argumentos, MalUso,
     testing::Values(
         CasoUso{{}, "falta la orden"}, CasoUso{{"nada"}, "no hay una orden \"nada\""},
+        CasoUso{{"nada", "a.rgt", "b.csv"}, "no hay una orden \"nada\"\n"},
         CasoUso{{"buscar", "--nada"}, "no se entiende \"--nada\""},
         CasoUso{{"buscar", "sobra"}, "no se entiende \"sobra\""},
         CasoUso{{"--com", "x", "buscar"}, "--com x: "},
