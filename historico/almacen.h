@@ -11,8 +11,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -39,6 +41,7 @@ class ErrorAlmacen : public std::runtime_error {
     explicit ErrorAlmacen(const std::string& que, Clase clase = Clase::otra)
         : std::runtime_error(sinControles(que)), clase_(clase) {}
     Clase clase() const { return clase_; }
+    bool esDelDato() const { return clase_ == Clase::delDato; }
 
    private:
     Clase clase_;
@@ -48,7 +51,9 @@ class ErrorAlmacen : public std::runtime_error {
 inline constexpr Instante kPrimerMomento = std::chrono::local_days{std::chrono::year{2000} / 1 / 1};
 inline constexpr Instante kUltimoMomento = std::chrono::local_days{std::chrono::year{2100} / 1 / 1};
 
-using IdEstacion = std::int32_t;
+// Whatever SQLite keeps as one; those that are given out fit in PostgreSQL's as well.
+using IdEstacion = std::int64_t;
+inline constexpr IdEstacion kMayorId = std::numeric_limits<std::int32_t>::max();
 using Incorporada = std::chrono::sys_seconds;  // UTC
 
 // When an image came follows from nothing else. What somebody wrote in its place and is no moment of an
@@ -79,8 +84,6 @@ struct EstacionGuardada {
     std::string serie;   // 8 digits
     bool evaporacion = false;
     ResumenEstacion resumen;
-
-    bool esDeSuSerie() const { return nombre == serie || nombre.starts_with(serie + "/"); }
 };
 
 struct FichaImagen {
@@ -117,7 +120,6 @@ struct Llegada {
 
 // An image as it is kept.
 struct ImagenGuardada {
-    std::size_t bytes = 0;
     std::optional<Huella> base;  // of the same station
     int profundidad = 0;         // images below it
     std::vector<std::uint8_t> datos;
@@ -128,17 +130,24 @@ struct TablaConEstacion {
     std::string_view tabla;
     std::string_view que;
 };
-inline constexpr std::array<TablaConEstacion, 4> kTablasConEstacion = {{{"imagenes", "imágenes"},
+inline constexpr std::array<TablaConEstacion, 5> kTablasConEstacion = {{{"imagenes", "imágenes"},
+                                                                        {"contenidos", "contenidos"},
                                                                         {"muestras", "muestras"},
                                                                         {"testigos", "testigos"},
                                                                         {"descargas", "descargas"}}};
 
-inline constexpr std::array<TablaConEstacion, 2> kTablasConIncorporada = {
-    {{"estaciones", "estaciones"}, {"imagenes", "imágenes"}}};
+// By these and the station an image's rows are known.
+struct ColumnaDeTabla {
+    std::string_view tabla;
+    std::string_view columna;
+};
+inline constexpr std::array<ColumnaDeTabla, 3> kHuellasDeClave = {
+    {{"imagenes", "huella"}, {"contenidos", "huella"}, {"descargas", "imagen"}}};
 
 class Almacen {
    public:
-    enum class Modo { lectura, escritura };
+    // arreglo: writes, whatever tables are missing.
+    enum class Modo { lectura, escritura, arreglo };
 
     virtual ~Almacen() = default;
 
@@ -156,8 +165,12 @@ class Almacen {
     // By name.
     virtual std::vector<EstacionGuardada> estaciones() = 0;
     virtual std::optional<EstacionGuardada> estacion(const std::string& nombre) = 0;
-    virtual EstacionGuardada crearEstacion(const std::string& nombre, const std::string& serie,
-                                           bool evaporacion) = 0;
+    // With a number that nothing else has: not even what is left of a station that is gone.
+    EstacionGuardada crearEstacion(const std::string& nombre, const std::string& serie, bool evaporacion);
+    IdEstacion idLibre(const std::set<IdEstacion>& tomados = {});
+    // With the number that it bears.
+    virtual void agregarEstacion(const EstacionGuardada& estacion) = 0;
+    virtual void quitarEstacion(IdEstacion estacion) = 0;
     virtual void guardarResumen(IdEstacion estacion, const ResumenEstacion& resumen) = 0;
 
     // By clock and fingerprint, the newest last.
@@ -175,8 +188,14 @@ class Almacen {
     // the image is not there.
     using Cadena = std::vector<std::pair<Huella, ImagenGuardada>>;
     virtual Cadena cadena(IdEstacion estacion, const Huella& huella, std::size_t cuantas) = 0;
-    virtual void agregarImagen(IdEstacion estacion, const FichaImagen& ficha,
-                               const ImagenGuardada& imagen) = 0;
+    virtual void agregarFicha(IdEstacion estacion, const FichaImagen& ficha) = 0;
+    virtual void quitarFicha(IdEstacion estacion, const Huella& huella) = 0;
+    // In place of what is kept of it.
+    virtual void guardarContenido(IdEstacion estacion, const Huella& huella,
+                                  const ImagenGuardada& imagen) = 0;
+    virtual void quitarContenido(IdEstacion estacion, const Huella& huella) = 0;
+    // Whether its bytes are kept, as far as is known.
+    virtual bool conserva(IdEstacion estacion, const Huella& huella) = 0;
     // How images came from their logger, of those of which that is known; in no order.
     using Descargas = std::vector<std::pair<Huella, FichaDescarga>>;
     virtual Descargas descargas(IdEstacion estacion) = 0;
@@ -208,24 +227,37 @@ class Almacen {
     // Takes away what follows from the images.
     virtual void vaciarDerivado(IdEstacion estacion) = 0;
 
-    // What the images say of themselves and of their station, in place of what is kept of it.
+    // What it is called, and what follows from its number.
     virtual void corregirEstacion(const EstacionGuardada& estacion) = 0;
+    // What the image says of itself, in place of what is kept of it.
     virtual void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) = 0;
 
-    // What each image is packed upon.
+    // What is noted of all images, and upon what each is packed: of any station, also of one that is not
+    // there.
+    struct FichaGuardada {
+        IdEstacion estacion = 0;
+        FichaImagen ficha = {};
+    };
+    virtual std::vector<FichaGuardada> fichasGuardadas() = 0;
     struct Eslabon {
+        IdEstacion estacion = 0;
         Huella huella{};
-        std::optional<Huella> base;
+        std::optional<Huella> base = {};
         std::int64_t profundidad = 0;
     };
-    virtual std::vector<Eslabon> eslabones(IdEstacion estacion) = 0;
+    // The depth of a content that nobody can read: the next incorporation of its image takes its place.
+    static constexpr std::int64_t kPerdida = -1;
+    virtual std::vector<Eslabon> eslabones() = 0;
+    virtual std::vector<std::uint8_t> datosDe(const Eslabon& eslabon) = 0;
     virtual void corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) = 0;
 
     // The parts of the store that are missing or not what they must be, a line each. Outside a transaction.
     virtual std::vector<std::string> partesQueFaltan() { return {}; }
-    // Makes those of them anew that hold nothing that cannot be derived, and takes away what belongs to no
-    // station. Throws ErrorAlmacen where another one is missing.
+    // Makes those of them anew that hold nothing that cannot be derived, and of each value one of its
+    // column's kind. Throws ErrorAlmacen where another one is missing.
     virtual void reponer() {}
+    // Takes away what belongs to no station or to no image.
+    virtual void limpiar() = 0;
     // What is no part of the store and stands in its tables all the same, a line each: nobody knows what it
     // does to them.
     virtual std::vector<std::string> sobras() { return {}; }
@@ -233,26 +265,21 @@ class Almacen {
     virtual std::vector<std::string> valoresImposibles() = 0;
     // What belongs to no station, a line each.
     virtual std::vector<std::string> sinEstacion() = 0;
-    // Images of which what they hold is there, packed, and nothing else is known.
-    std::int64_t imagenesPerdidas(IdEstacion estacion) {
-        return contarSinImagen("contenidos", "huella", estacion);
-    }
-    using Perdidas = std::vector<std::pair<Huella, std::vector<std::uint8_t>>>;
-    virtual Perdidas perdidas(IdEstacion estacion) = 0;
-    // Votes of images that are not there.
-    std::int64_t testigosPerdidos(IdEstacion estacion) {
-        return contarSinImagen("testigos", "imagen", estacion);
-    }
-    // In how many rows of a table the time of incorporation is none.
-    virtual std::int64_t contarSinMomento(std::string_view tabla) = 0;
     // What is wrong with the store itself, a line each.
     virtual std::vector<std::string> defectos() = 0;
-    // Records of downloads of which there is no image.
+    // Records of downloads and votes of images that are not there.
     std::int64_t descargasPerdidas(IdEstacion estacion) {
         return contarSinImagen("descargas", "imagen", estacion);
     }
+    std::int64_t testigosPerdidos(IdEstacion estacion) {
+        return contarSinImagen("testigos", "imagen", estacion);
+    }
 
    private:
+    // 0 where there is none.
+    virtual IdEstacion mayorId() = 0;
+    // Whether any table does.
+    virtual bool seNombra(IdEstacion estacion) = 0;
     // Rows of the station whose image, named by the column, is not there.
     virtual std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna,
                                          IdEstacion estacion) = 0;

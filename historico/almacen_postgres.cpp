@@ -59,13 +59,18 @@ std::string sinZona(int cual) {
     return fmt::format("(to_timestamp(${}::bigint) AT TIME ZONE 'UTC')", cual);
 }
 
+// Of the length of a fingerprint.
+std::string comoHuella(std::string_view columna) {
+    return fmt::format("substring({}||decode(repeat('00',32),'hex'),1,32)", columna);
+}
+
 const std::string kEstacion =
     "SELECT "
     "id::bigint,nombre,serie,evaporacion,mas_nueva,cabecera,imagenes,muestras,huecos,conflictos,desde,hasta,"
     "incorporada FROM telvane.estaciones ";
 
 EstacionGuardada estacionEn(const ResultadoPostgres& r, int fila) {
-    EstacionGuardada e{.id = static_cast<IdEstacion>(r.entero(fila, 0)),
+    EstacionGuardada e{.id = r.entero(fila, 0),
                        .nombre = r.texto(fila, 1),
                        .serie = r.texto(fila, 2),
                        .evaporacion = r.logico(fila, 3),
@@ -115,6 +120,9 @@ auto deCadaFila(const ResultadoPostgres& r, Leer leer) {
     for (int i = 0; i < r.filas(); ++i) lista.push_back(leer(i));
     return lista;
 }
+
+// Nobody else writes meanwhile.
+constexpr std::string_view kBloqueo = "LOCK TABLE telvane.estaciones IN SHARE ROW EXCLUSIVE MODE";
 
 bool esVieja(std::int64_t version) {
     return version >= 0 && version < esquema_postgres::kVersion;
@@ -229,10 +237,9 @@ void AlmacenPostgres::exigirTablas(std::int64_t cual) const {
 
 void AlmacenPostgres::empezar(Modo modo) {
     // Somebody may hold the tables for himself alone: who reads waits no longer than who writes.
-    const auto sql =
-        modo == Modo::lectura
-            ? "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; " + esperaDe()
-            : "BEGIN; " + esperaDe() + "; LOCK TABLE telvane.estaciones IN SHARE ROW EXCLUSIVE MODE";
+    std::string sql = modo == Modo::lectura ? "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; " : "BEGIN; ";
+    sql += esperaDe();
+    if (modo == Modo::escritura) sql += fmt::format("; {}", kBloqueo);
     if (base_.viva()) {
         try {
             base_.ejecutar(sql);
@@ -267,14 +274,21 @@ std::optional<EstacionGuardada> AlmacenPostgres::estacion(const std::string& nom
     const auto r = base_.consultar(kEstacion + "WHERE nombre=$1", Parametros().texto(nombre));
     return r.filas() == 0 ? std::nullopt : std::optional(estacionEn(r, 0));
 }
-EstacionGuardada AlmacenPostgres::crearEstacion(const std::string& nombre, const std::string& serie,
-                                                bool evaporacion) {
-    base_.consultar(
-        "INSERT INTO telvane.estaciones(id,nombre,serie,evaporacion) SELECT "
-        "coalesce(max(id),0)+1,$1,$2,$3::int=1 "
-        "FROM telvane.estaciones",
-        Parametros().texto(nombre).texto(serie).entero(evaporacion ? 1 : 0));
-    return estacion(nombre).value();
+void AlmacenPostgres::agregarEstacion(const EstacionGuardada& e) {
+    base_.consultar("INSERT INTO telvane.estaciones(id,nombre,serie,evaporacion) VALUES($1,$2,$3,$4::int=1)",
+                    Parametros().entero(e.id).texto(e.nombre).texto(e.serie).entero(e.evaporacion ? 1 : 0));
+}
+void AlmacenPostgres::quitarEstacion(IdEstacion estacion) {
+    base_.consultar("DELETE FROM telvane.estaciones WHERE id=$1", Parametros().entero(estacion));
+}
+IdEstacion AlmacenPostgres::mayorId() {
+    return base_.consultar("SELECT coalesce(max(id),0)::bigint FROM telvane.estaciones").entero(0, 0);
+}
+bool AlmacenPostgres::seNombra(IdEstacion estacion) {
+    std::string sql = "SELECT EXISTS(SELECT 1 FROM telvane.estaciones WHERE id=$1)";
+    for (const auto& [tabla, que] : kTablasConEstacion)
+        sql += fmt::format(" OR EXISTS(SELECT 1 FROM telvane.{} WHERE estacion=$1)", tabla);
+    return base_.consultar(sql, Parametros().entero(estacion)).logico(0, 0);
 }
 void AlmacenPostgres::guardarResumen(IdEstacion estacion, const ResumenEstacion& r) {
     static const std::string kSql = fmt::format(
@@ -331,7 +345,7 @@ std::map<IdEstacion, std::vector<Llegada>> AlmacenPostgres::ultimas(std::size_t 
     constexpr int kIdEstacion = 17;
     std::map<IdEstacion, std::vector<Llegada>> ultimas;
     for (int i = 0; i < r.filas(); ++i) {
-        auto& suyas = ultimas[static_cast<IdEstacion>(r.entero(i, kIdEstacion))];
+        auto& suyas = ultimas[r.entero(i, kIdEstacion)];
         auto& llegada = suyas.emplace_back(Llegada{.imagen = fichaEn(r, i), .descarga = {}});
         if (r.esNulo(i, kTrasLaFicha)) continue;
         if (auto ficha = descargaEn(r, i, kTrasLaFicha); ficha.tieneMomento())
@@ -359,22 +373,20 @@ Almacen::Cadena AlmacenPostgres::cadena(IdEstacion estacion, const Huella& huell
         "WITH RECURSIVE cadena(lugar,huella,base) AS (SELECT 1::bigint,huella,base FROM telvane.contenidos "
         "WHERE estacion=$1 AND huella=$2 UNION ALL SELECT a.lugar+1,c.huella,c.base FROM cadena a JOIN "
         "telvane.contenidos c ON c.estacion=$1 AND c.huella=a.base WHERE a.lugar<$3) "
-        "SELECT a.huella,i.bytes::bigint,a.base,c.profundidad::bigint,c.datos FROM cadena a JOIN "
-        "telvane.imagenes i ON i.estacion=$1 AND i.huella=a.huella JOIN telvane.contenidos c ON "
+        "SELECT a.huella,a.base,c.profundidad::bigint,c.datos FROM cadena a JOIN telvane.contenidos c ON "
         "c.estacion=$1 AND c.huella=a.huella ORDER BY a.lugar",
         Parametros().entero(estacion).bytes(huella).entero(static_cast<std::int64_t>(cuantas)));
     Cadena cadena;
     for (int i = 0; i < r.filas(); ++i) {
         auto& [cual, guardada] = cadena.emplace_back(arregloEn<32>(r, i, 0), ImagenGuardada{});
-        guardada.bytes = static_cast<std::size_t>(r.entero(i, 1));
-        if (!r.esNulo(i, 2)) guardada.base = arregloEn<32>(r, i, 2);
-        guardada.profundidad = static_cast<int>(r.entero(i, 3));
-        const auto datos = r.bytes(i, 4);
+        if (!r.esNulo(i, 1)) guardada.base = arregloEn<32>(r, i, 1);
+        guardada.profundidad = static_cast<int>(r.entero(i, 2));
+        const auto datos = r.bytes(i, 3);
         guardada.datos.assign(datos.begin(), datos.end());
     }
     return cadena;
 }
-void AlmacenPostgres::agregarImagen(IdEstacion estacion, const FichaImagen& f, const ImagenGuardada& imagen) {
+void AlmacenPostgres::agregarFicha(IdEstacion estacion, const FichaImagen& f) {
     static const std::string kSql = fmt::format(
         "INSERT INTO "
         "telvane.imagenes(estacion,huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos) "
@@ -390,18 +402,44 @@ void AlmacenPostgres::agregarImagen(IdEstacion estacion, const FichaImagen& f, c
         .entero(f.muestras)
         .entero(f.retrocesos);
     base_.consultar(kSql, p);
+}
+void AlmacenPostgres::quitarFicha(IdEstacion estacion, const Huella& huella) {
+    base_.consultar("DELETE FROM telvane.imagenes WHERE estacion=$1 AND huella=$2",
+                    Parametros().entero(estacion).bytes(huella));
+}
 
+// There is hardly ever one: that is asked for where one stands in the way.
+void AlmacenPostgres::guardarContenido(IdEstacion estacion, const Huella& huella,
+                                       const ImagenGuardada& imagen) {
     Parametros c;
-    c.entero(estacion).bytes(f.huella);
+    c.entero(estacion).bytes(huella);
     if (imagen.base) {
         c.bytes(*imagen.base);
     } else {
         c.nulo();
     }
-    base_.consultar(
-        "INSERT INTO telvane.contenidos(estacion,huella,base,profundidad,datos) VALUES($1,$2,$3,$4,$5) ON "
-        "CONFLICT DO NOTHING",
-        c.entero(imagen.profundidad).bytes(imagen.datos));
+    c.entero(imagen.profundidad).bytes(imagen.datos);
+    const auto guardado = [&] {
+        return base_
+                   .consultar(
+                       "INSERT INTO telvane.contenidos(estacion,huella,base,profundidad,datos) "
+                       "VALUES($1,$2,$3,$4,$5) ON CONFLICT DO NOTHING RETURNING true",
+                       c)
+                   .filas() > 0;
+    };
+    if (guardado()) return;
+    quitarContenido(estacion, huella);
+    guardado();
+}
+void AlmacenPostgres::quitarContenido(IdEstacion estacion, const Huella& huella) {
+    base_.consultar("DELETE FROM telvane.contenidos WHERE estacion=$1 AND huella=$2",
+                    Parametros().entero(estacion).bytes(huella));
+}
+bool AlmacenPostgres::conserva(IdEstacion estacion, const Huella& huella) {
+    const auto r =
+        base_.consultar("SELECT profundidad>=0 FROM telvane.contenidos WHERE estacion=$1 AND huella=$2",
+                        Parametros().entero(estacion).bytes(huella));
+    return r.filas() > 0 && r.logico(0, 0);
 }
 AlmacenPostgres::Descargas AlmacenPostgres::descargasCon(const std::string& condicion,
                                                          const Parametros& parametros) {
@@ -512,7 +550,7 @@ void AlmacenPostgres::agregarFilas(IdEstacion estacion, std::span<const Fila> fi
     std::string copia(kComienzoDeCopia);
     for (const auto& fila : filas) {
         agregarEntero(copia, kCampos);
-        agregarNumero(copia, std::int32_t{estacion});
+        agregarNumero(copia, static_cast<std::int32_t>(estacion));
         agregarNumero(copia, microsDe(fila.instante));
         agregarCampo(copia, fila.registro);
         agregarNumero(copia, static_cast<std::int8_t>(fila.cuenta ? 1 : 0));
@@ -572,7 +610,7 @@ void AlmacenPostgres::agregarTestigos(IdEstacion estacion, std::span<const Testi
     std::string copia(kComienzoDeCopia);
     for (const auto& t : testigos) {
         agregarEntero(copia, kCampos);
-        agregarNumero(copia, std::int32_t{estacion});
+        agregarNumero(copia, static_cast<std::int32_t>(estacion));
         agregarNumero(copia, microsDe(t.instante));
         agregarCampo(copia, t.registro);
         agregarNumero(copia, static_cast<std::int32_t>(t.ranura));
@@ -590,21 +628,21 @@ void AlmacenPostgres::vaciarDerivado(IdEstacion estacion) {
 }
 
 void AlmacenPostgres::corregirEstacion(const EstacionGuardada& e) {
-    base_.consultar("UPDATE telvane.estaciones SET serie=$2,evaporacion=($3::int=1) WHERE id=$1",
-                    Parametros().entero(e.id).texto(e.serie).entero(e.evaporacion ? 1 : 0));
+    base_.consultar("UPDATE telvane.estaciones SET nombre=$2,serie=$3,evaporacion=($4::int=1) WHERE id=$1",
+                    Parametros().entero(e.id).texto(e.nombre).texto(e.serie).entero(e.evaporacion ? 1 : 0));
 }
 void AlmacenPostgres::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
     static const std::string kSql = fmt::format(
         "UPDATE telvane.imagenes SET reloj={},desde={},hasta={},muestras=$6,retrocesos=$7,"
-        "incorporada=to_timestamp($8::bigint) WHERE estacion=$1 AND huella=$2",
+        "incorporada=to_timestamp($8::bigint),bytes=$9 WHERE estacion=$1 AND huella=$2",
         sinZona(3), sinZona(4), sinZona(5));
     Parametros p;
     p.entero(estacion).bytes(f.huella);
     poner(p, f.reloj);
     poner(p, f.desde);
     poner(p, f.hasta);
-    base_.consultar(
-        kSql, p.entero(f.muestras).entero(f.retrocesos).entero(f.incorporada.time_since_epoch().count()));
+    p.entero(f.muestras).entero(f.retrocesos).entero(f.incorporada.time_since_epoch().count());
+    base_.consultar(kSql, p.entero(static_cast<std::int64_t>(f.bytes)));
 }
 
 // What the statements of the schema make, in their order.
@@ -709,17 +747,26 @@ void AlmacenPostgres::leerClaves(Tablas& tablas) {
 
 namespace {
 
-bool seRepone(const Falta& falta) {
-    switch (falta.clase) {
-        case Falta::Clase::tabla:
-            return seObtiene(falta.tabla);
-        case Falta::Clase::columna:
-            return seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre);
-        case Falta::Clase::forma:
-            return falta.soloNulos || seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre);
-        default:
-            return true;
-    }
+constexpr Dialecto kDialecto{
+    .prefijo = "telvane.",
+    .delTipo =
+        [](const Columna& columna) {
+            // The logger and we count whole seconds.
+            return columna.tipo.starts_with("timestamp")
+                       ? fmt::format("isfinite({0}) AND date_trunc('second',{0})={0}", columna.nombre)
+                       : std::string("true");
+        },
+    .momento = [](std::int64_t segundos) { return fmt::format("to_timestamp({})", segundos); },
+    .momentoDelRegistrador =
+        [](std::int64_t segundos) { return fmt::format("(to_timestamp({}) AT TIME ZONE 'UTC')", segundos); },
+    .no = "false",
+    .si = "true"};
+
+std::string_view remedioAqui(const Falta& falta) {
+    const bool seSabe = seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre);
+    if (falta.clase == Falta::Clase::clave) return kReponer;
+    if (falta.clase == Falta::Clase::forma) return falta.soloNulos || seSabe ? kReponer : kRecuperar;
+    return remedioDe(falta);
 }
 
 }  // namespace
@@ -728,8 +775,14 @@ std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
     base_.ejecutar("BEGIN; " + esperaDe());
     std::vector<std::string> lista;
     try {
-        for (const auto& falta : faltasDe(tablasDebidas(), tablas()))
-            lista.push_back(fmt::format("{}: {}", textoDe(falta), seRepone(falta) ? kReponer : kRecuperar));
+        const auto deben = tablasDebidas();
+        const auto hay = tablas();
+        // What only bears another name is not lost.
+        const bool conOtroNombre = !devolverNombres(deben, hay, kDialecto.prefijo).empty();
+        for (const auto& falta : faltasDe(deben, hay)) {
+            lista.push_back(
+                fmt::format("{}: {}", textoDe(falta), conOtroNombre ? kReponer : remedioAqui(falta)));
+        }
         // Of a table that is not there nothing else is either.
         for (const auto& parte : lista.empty() ? partesPorReponer() : std::vector<Parte>()) {
             lista.push_back(
@@ -817,10 +870,16 @@ void AlmacenPostgres::reponerClave(const Falta& falta) {
 }
 
 void AlmacenPostgres::reponerTablas() {
-    const auto faltas = faltasDe(tablasDebidas(), tablas());
+    const auto deben = tablasDebidas();
+    for (const auto& sentencia : devolverNombres(deben, tablas(), kDialecto.prefijo))
+        base_.ejecutar(sentencia);
+    const auto faltas = faltasDe(deben, tablas());
     for (const auto& falta : faltas) {
-        if (!seRepone(falta))
+        if (remedioAqui(falta) == kRecuperar)
             throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(falta), kRecuperar));
+        // What it said is known to nobody.
+        if (falta.clase == Falta::Clase::columna && remedioAqui(falta) == kSinDescargas)
+            base_.ejecutar("DELETE FROM telvane.descargas");
     }
     for (const auto& parte : partes()) {
         const bool falta = parte.clase == "TABLE" && std::ranges::any_of(faltas, [&](const Falta& una) {
@@ -837,43 +896,44 @@ void AlmacenPostgres::reponerTablas() {
     }
 }
 
-namespace {
-
-constexpr Dialecto kDialecto{
-    .prefijo = "telvane.",
-    .delTipo =
-        [](const Columna& columna) {
-            // The logger and we count whole seconds.
-            return columna.tipo.starts_with("timestamp")
-                       ? fmt::format("isfinite({0}) AND date_trunc('second',{0})={0}", columna.nombre)
-                       : std::string("true");
-        },
-    .momento = [](std::int64_t segundos) { return fmt::format("to_timestamp({})", segundos); },
-    .no = "false",
-    .si = "true"};
-
-}  // namespace
-
 void AlmacenPostgres::reponer() {
-    Transaccion transaccion(*this, Modo::escritura);
+    Transaccion transaccion(*this, Modo::arreglo);
+    if (base_.consultar("SELECT to_regclass('telvane.estaciones') IS NOT NULL").logico(0, 0))
+        base_.ejecutar(std::string(kBloqueo));
     reponerTablas();
     for (const auto& parte : partesPorReponer()) {
         if (parte.clase == "VIEW") base_.ejecutar("DROP VIEW IF EXISTS telvane." + parte.nombre);
         base_.ejecutar(parte.sql);
     }
+    // What is in the way of it is as wrong as it is, and goes with the next image.
+    for (const auto& [tabla, columna] : kHuellasDeClave) {
+        base_.ejecutar(fmt::format(
+            "UPDATE telvane.{0} t SET {1}={2} WHERE length({1})<>32 AND NOT EXISTS (SELECT 1 FROM "
+            "telvane.{0} o WHERE o.estacion=t.estacion AND o.{1}={3})",
+            tabla, columna, comoHuella(columna), comoHuella(fmt::format("t.{}", columna))));
+    }
     const auto deben = tablasDebidas();
     // What a record of a download says that cannot be is known to nobody.
     base_.ejecutar("DELETE FROM telvane.descargas WHERE " +
                    filasImposibles(*buscarTabla(deben, "descargas"), kDialecto));
-    base_.ejecutar(
-        "DELETE FROM telvane.muestras WHERE estacion NOT IN (SELECT id FROM telvane.estaciones);"
-        "DELETE FROM telvane.descargas d WHERE NOT EXISTS (SELECT 1 FROM telvane.imagenes i WHERE "
-        "i.estacion=d.estacion AND i.huella=d.imagen) AND NOT EXISTS (SELECT 1 FROM telvane.contenidos c "
-        "WHERE "
-        "c.estacion=d.estacion AND c.huella=d.imagen);"
-        "DELETE FROM telvane.testigos t WHERE estacion NOT IN (SELECT id FROM telvane.estaciones) OR NOT "
-        "EXISTS (SELECT 1 FROM telvane.imagenes i WHERE i.estacion=t.estacion AND i.huella=t.imagen)");
     transaccion.confirmar();
+}
+
+// What tells of an image that another station has goes there.
+void AlmacenPostgres::limpiar() {
+    constexpr std::string_view kSuImagen =
+        "SELECT 1 FROM telvane.imagenes i WHERE i.estacion=d.estacion AND i.huella=d.imagen";
+    base_.ejecutar(fmt::format(
+        "UPDATE telvane.descargas d SET estacion=u.estacion FROM (SELECT huella,min(estacion) AS estacion "
+        "FROM telvane.imagenes GROUP BY huella HAVING count(*)=1) u WHERE u.huella=d.imagen AND "
+        "u.estacion<>d.estacion AND NOT EXISTS ({0}) AND NOT EXISTS (SELECT 1 FROM telvane.descargas o WHERE "
+        "o.estacion=u.estacion AND o.imagen=d.imagen);"
+        "DELETE FROM telvane.descargas d WHERE NOT EXISTS ({0}) AND NOT EXISTS (SELECT 1 FROM "
+        "telvane.contenidos c WHERE c.estacion=d.estacion AND c.huella=d.imagen);"
+        "DELETE FROM telvane.muestras WHERE estacion NOT IN (SELECT id FROM telvane.estaciones);"
+        "DELETE FROM telvane.testigos t WHERE estacion NOT IN (SELECT id FROM telvane.estaciones) OR NOT "
+        "EXISTS (SELECT 1 FROM telvane.imagenes i WHERE i.estacion=t.estacion AND i.huella=t.imagen)",
+        kSuImagen));
 }
 
 std::vector<std::string> AlmacenPostgres::valoresImposibles() {
@@ -888,15 +948,38 @@ std::vector<std::string> AlmacenPostgres::valoresImposibles() {
     return lista;
 }
 
-std::vector<Almacen::Eslabon> AlmacenPostgres::eslabones(IdEstacion estacion) {
-    const auto r =
-        base_.consultar("SELECT huella,base,profundidad::bigint FROM telvane.contenidos WHERE estacion=$1",
-                        Parametros().entero(estacion));
+std::vector<Almacen::FichaGuardada> AlmacenPostgres::fichasGuardadas() {
+    const auto r = base_.consultar(
+        "SELECT huella,bytes::bigint,reloj,desde,hasta,incorporada,origen,muestras::bigint,"
+        "retrocesos::bigint,contenida,estacion::bigint FROM telvane.imagenes ORDER BY estacion,reloj NULLS "
+        "FIRST,huella");
+    return deCadaFila(
+        r, [&](int i) { return FichaGuardada{.estacion = r.entero(i, 10), .ficha = fichaEn(r, i)}; });
+}
+
+std::vector<Almacen::Eslabon> AlmacenPostgres::eslabones() {
+    const auto r = base_.consultar(
+        "SELECT estacion::bigint,huella,base,profundidad::bigint FROM telvane.contenidos ORDER BY "
+        "estacion,huella");
     return deCadaFila(r, [&](int i) {
-        Eslabon eslabon{.huella = arregloEn<32>(r, i, 0), .base = {}, .profundidad = r.entero(i, 2)};
-        if (!r.esNulo(i, 1)) eslabon.base = arregloEn<32>(r, i, 1);
+        Eslabon eslabon{.estacion = r.entero(i, 0),
+                        .huella = arregloEn<32>(r, i, 1),
+                        .base = {},
+                        .profundidad = r.entero(i, 3)};
+        if (!r.esNulo(i, 2)) eslabon.base = arregloEn<32>(r, i, 2);
         return eslabon;
     });
+}
+
+// Under a name that is not as long as one it is not found by that.
+std::vector<std::uint8_t> AlmacenPostgres::datosDe(const Eslabon& eslabon) {
+    const std::string sql = "SELECT datos FROM telvane.contenidos WHERE estacion=$1 AND ";
+    const auto suya = Parametros().entero(eslabon.estacion).bytes(eslabon.huella);
+    auto r = base_.consultar(sql + "huella=$2", suya);
+    if (r.filas() == 0) r = base_.consultar(fmt::format("{}{}=$2", sql, comoHuella("huella")), suya);
+    if (r.filas() == 0) return {};
+    const auto datos = r.bytes(0, 0);
+    return {datos.begin(), datos.end()};
 }
 void AlmacenPostgres::corregirProfundidad(IdEstacion estacion, const Huella& huella,
                                           std::int64_t profundidad) {
@@ -913,29 +996,12 @@ std::vector<std::string> AlmacenPostgres::sinEstacion() {
                                      "telvane.estaciones)",
                                      tabla))
                                  .entero(0, 0);
-        if (cuantas > 0) lista.push_back(fmt::format("{} de una estación que no está: {}", que, cuantas));
+        if (cuantas > 0)
+            lista.push_back(fmt::format("{} de una estación que no está: {}: {}", que, cuantas, kReponer));
     }
     return lista;
 }
 
-Almacen::Perdidas AlmacenPostgres::perdidas(IdEstacion estacion) {
-    const auto r = base_.consultar(
-        "SELECT huella,datos FROM telvane.contenidos c WHERE estacion=$1 AND NOT EXISTS (SELECT 1 FROM "
-        "telvane.imagenes i WHERE i.estacion=c.estacion AND i.huella=c.huella)",
-        Parametros().entero(estacion));
-    return deCadaFila(r, [&](int i) {
-        const auto datos = r.bytes(i, 1);
-        return std::pair(arregloEn<32>(r, i, 0), std::vector(datos.begin(), datos.end()));
-    });
-}
-std::int64_t AlmacenPostgres::contarSinMomento(std::string_view tabla) {
-    return base_
-        .consultar(fmt::format("SELECT count(*) FROM telvane.{} WHERE incorporada NOT BETWEEN "
-                               "to_timestamp({}) AND to_timestamp({})",
-                               tabla, kPrimeraIncorporada.time_since_epoch().count(),
-                               kUltimaIncorporada.time_since_epoch().count()))
-        .entero(0, 0);
-}
 std::int64_t AlmacenPostgres::contarSinImagen(std::string_view tabla, std::string_view columna,
                                               IdEstacion estacion) {
     return base_

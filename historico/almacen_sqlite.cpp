@@ -73,7 +73,7 @@ BytesMuestra registroEn(const Sentencia& s, int desde, Instante instante) {
 }
 
 EstacionGuardada estacionEn(const Sentencia& s) {
-    EstacionGuardada e{.id = static_cast<IdEstacion>(s.entero(0)),
+    EstacionGuardada e{.id = s.entero(0),
                        .nombre = s.texto(1),
                        .serie = s.texto(2),
                        .evaporacion = s.entero(3) != 0,
@@ -323,7 +323,7 @@ Sentencia& AlmacenSqlite::sentencia(std::string_view sql) {
 }
 
 void AlmacenSqlite::empezar(Modo modo) {
-    base_.ejecutar(modo == Modo::escritura ? "BEGIN IMMEDIATE" : "BEGIN");
+    base_.ejecutar(modo == Modo::lectura ? "BEGIN" : "BEGIN IMMEDIATE");
 }
 void AlmacenSqlite::confirmar() {
     base_.ejecutar("COMMIT");
@@ -349,18 +349,25 @@ std::optional<EstacionGuardada> AlmacenSqlite::estacion(const std::string& nombr
     return hallada;
 }
 
-EstacionGuardada AlmacenSqlite::crearEstacion(const std::string& nombre, const std::string& serie,
-                                              bool evaporacion) {
-    sentencia("INSERT INTO estaciones(nombre,serie,evaporacion) VALUES(?1,?2,?3)")
-        .poner(1, nombre)
-        .poner(2, serie)
-        .poner(3, std::int64_t{evaporacion})
+void AlmacenSqlite::agregarEstacion(const EstacionGuardada& e) {
+    sentencia("INSERT INTO estaciones(id,nombre,serie,evaporacion) VALUES(?1,?2,?3,?4)")
+        .poner(1, e.id)
+        .poner(2, e.nombre)
+        .poner(3, e.serie)
+        .poner(4, std::int64_t{e.evaporacion})
         .correr();
-    return {.id = static_cast<IdEstacion>(sqlite3_last_insert_rowid(base_.conexion())),
-            .nombre = nombre,
-            .serie = serie,
-            .evaporacion = evaporacion,
-            .resumen = {}};
+}
+void AlmacenSqlite::quitarEstacion(IdEstacion estacion) {
+    sentencia("DELETE FROM estaciones WHERE id=?1").poner(1, estacion).correr();
+}
+IdEstacion AlmacenSqlite::mayorId() {
+    return base_.numero("SELECT coalesce(max(id),0) FROM estaciones");
+}
+bool AlmacenSqlite::seNombra(IdEstacion estacion) {
+    auto sql = fmt::format("SELECT EXISTS(SELECT 1 FROM estaciones WHERE id={})", estacion);
+    for (const auto& [tabla, que] : kTablasConEstacion)
+        sql += fmt::format(" OR EXISTS(SELECT 1 FROM {} WHERE estacion={})", tabla, estacion);
+    return base_.numero(sql) != 0;
 }
 
 void AlmacenSqlite::guardarResumen(IdEstacion estacion, const ResumenEstacion& r) {
@@ -405,26 +412,22 @@ std::vector<Huella> AlmacenSqlite::imagenesSolas(IdEstacion estacion) {
 }
 
 Almacen::Cadena AlmacenSqlite::cadena(IdEstacion estacion, const Huella& huella, std::size_t cuantas) {
-    auto& s = sentencia(
-        "SELECT i.bytes,c.base,c.profundidad,c.datos FROM imagenes i JOIN contenidos c ON "
-        "c.estacion=i.estacion AND "
-        "c.huella=i.huella WHERE i.estacion=?1 AND i.huella=?2");
+    auto& s = sentencia("SELECT base,profundidad,datos FROM contenidos WHERE estacion=?1 AND huella=?2");
     Cadena cadena;
     for (std::optional<Huella> cual = huella; cual && cadena.size() < cuantas;) {
         const auto buscada = *std::exchange(cual, std::nullopt);
         s.poner(1, estacion).poner(2, std::span(buscada)).correr([&] {
             auto& guardada = cadena.emplace_back(buscada, ImagenGuardada{}).second;
-            guardada.bytes = static_cast<std::size_t>(s.entero(0));
-            if (!s.esNulo(1)) cual = guardada.base = huellaEn(s, 1);
-            guardada.profundidad = static_cast<int>(s.entero(2));
-            const auto datos = s.bytes(3);
+            if (!s.esNulo(0)) cual = guardada.base = huellaEn(s, 0);
+            guardada.profundidad = static_cast<int>(s.entero(1));
+            const auto datos = s.bytes(2);
             guardada.datos.assign(datos.begin(), datos.end());
         });
     }
     return cadena;
 }
 
-void AlmacenSqlite::agregarImagen(IdEstacion estacion, const FichaImagen& f, const ImagenGuardada& imagen) {
+void AlmacenSqlite::agregarFicha(IdEstacion estacion, const FichaImagen& f) {
     auto& s = sentencia(
         "INSERT INTO "
         "imagenes(estacion,huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos) "
@@ -435,17 +438,37 @@ void AlmacenSqlite::agregarImagen(IdEstacion estacion, const FichaImagen& f, con
     ponerOpcional(s, 6, f.hasta);
     s.poner(7, f.incorporada.time_since_epoch().count()).poner(8, f.origen);
     s.poner(9, f.muestras).poner(10, f.retrocesos).correr();
+}
+void AlmacenSqlite::quitarFicha(IdEstacion estacion, const Huella& huella) {
+    sentencia("DELETE FROM imagenes WHERE estacion=?1 AND huella=?2")
+        .poner(1, estacion)
+        .poner(2, std::span(huella))
+        .correr();
+}
 
+void AlmacenSqlite::guardarContenido(IdEstacion estacion, const Huella& huella,
+                                     const ImagenGuardada& imagen) {
     auto& c = sentencia(
-        "INSERT INTO contenidos(estacion,huella,base,profundidad,datos) VALUES(?1,?2,?3,?4,?5) ON CONFLICT "
-        "DO NOTHING");
-    c.poner(1, estacion).poner(2, std::span(f.huella)).poner(4, imagen.profundidad);
+        "INSERT OR REPLACE INTO contenidos(estacion,huella,base,profundidad,datos) VALUES(?1,?2,?3,?4,?5)");
+    c.poner(1, estacion).poner(2, std::span(huella)).poner(4, imagen.profundidad);
     if (imagen.base) {
         c.poner(3, std::span<const std::uint8_t>(*imagen.base));
     } else {
         c.ponerNulo(3);
     }
     c.poner(5, std::span<const std::uint8_t>(imagen.datos)).correr();
+}
+void AlmacenSqlite::quitarContenido(IdEstacion estacion, const Huella& huella) {
+    sentencia("DELETE FROM contenidos WHERE estacion=?1 AND huella=?2")
+        .poner(1, estacion)
+        .poner(2, std::span(huella))
+        .correr();
+}
+bool AlmacenSqlite::conserva(IdEstacion estacion, const Huella& huella) {
+    bool esta = false;
+    auto& s = sentencia("SELECT profundidad FROM contenidos WHERE estacion=?1 AND huella=?2");
+    s.poner(1, estacion).poner(2, std::span(huella)).correr([&] { esta = s.entero(0) >= 0; });
+    return esta;
 }
 
 AlmacenSqlite::Descargas AlmacenSqlite::leerDescargas(Sentencia& s) {
@@ -459,7 +482,7 @@ AlmacenSqlite::Descargas AlmacenSqlite::leerDescargas(Sentencia& s) {
 std::map<IdEstacion, std::vector<Llegada>> AlmacenSqlite::ultimas(std::size_t cuantas) {
     std::vector<IdEstacion> estaciones;
     auto& todas = sentencia("SELECT id FROM estaciones");
-    todas.correr([&] { estaciones.push_back(static_cast<IdEstacion>(todas.entero(0))); });
+    todas.correr([&] { estaciones.push_back(todas.entero(0)); });
     std::map<IdEstacion, std::vector<Llegada>> ultimas;
     constexpr int kTrasLaFicha = 10;
     for (const auto estacion : estaciones) {
@@ -641,23 +664,25 @@ void AlmacenSqlite::vaciarDerivado(IdEstacion estacion) {
 }
 
 void AlmacenSqlite::corregirEstacion(const EstacionGuardada& e) {
-    sentencia("UPDATE estaciones SET serie=?2,evaporacion=?3 WHERE id=?1")
+    sentencia("UPDATE estaciones SET nombre=?2,serie=?3,evaporacion=?4 WHERE id=?1")
         .poner(1, e.id)
-        .poner(2, e.serie)
-        .poner(3, std::int64_t{e.evaporacion})
+        .poner(2, e.nombre)
+        .poner(3, e.serie)
+        .poner(4, std::int64_t{e.evaporacion})
         .correr();
 }
 
 void AlmacenSqlite::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
     auto& s = sentencia(
-        "UPDATE imagenes SET reloj=?3,desde=?4,hasta=?5,muestras=?6,retrocesos=?7,incorporada=?8 WHERE "
-        "estacion=?1 AND huella=?2");
+        "UPDATE imagenes SET reloj=?3,desde=?4,hasta=?5,muestras=?6,retrocesos=?7,incorporada=?8,bytes=?9 "
+        "WHERE estacion=?1 AND huella=?2");
     s.poner(1, estacion).poner(2, std::span(f.huella));
     ponerOpcional(s, 3, f.reloj);
     ponerOpcional(s, 4, f.desde);
     ponerOpcional(s, 5, f.hasta);
     s.poner(6, f.muestras).poner(7, f.retrocesos);
-    s.poner(8, f.incorporada.time_since_epoch().count()).correr();
+    s.poner(8, f.incorporada.time_since_epoch().count());
+    s.poner(9, static_cast<std::int64_t>(f.bytes)).correr();
 }
 
 std::vector<AlmacenSqlite::Parte> AlmacenSqlite::partes() const {
@@ -718,18 +743,38 @@ Tablas AlmacenSqlite::tablas() const {
 
 namespace {
 
-// A key cannot be given back to a table that is there.
-bool seRepone(const Falta& falta) {
-    if (seObtiene(falta.tabla)) return true;
-    return falta.clase == Falta::Clase::columna && seObtiene(falta.tabla, falta.columna.nombre);
+constexpr Dialecto kDialecto{
+    .prefijo = "",
+    .delTipo =
+        [](const Columna& columna) {
+            const auto* clase = columna.tipo == "INTEGER" ? "integer"
+                                : columna.tipo == "TEXT"  ? "text"
+                                                          : "blob";
+            return fmt::format("typeof({}) IN ('{}'{})", columna.nombre, clase,
+                               columna.obligatoria ? "" : ",'null'");
+        },
+    .momento = [](std::int64_t segundos) { return std::to_string(segundos); },
+    .momentoDelRegistrador = [](std::int64_t segundos) { return std::to_string(segundos); },
+    .no = "0",
+    .si = "1"};
+
+// A table of another form is made anew with what is in it.
+std::string_view remedioAqui(const Falta& falta) {
+    const bool deForma = falta.clase == Falta::Clase::forma || falta.clase == Falta::Clase::clave;
+    return deForma ? kReponer : remedioDe(falta);
 }
 
 }  // namespace
 
 std::vector<std::string> AlmacenSqlite::partesQueFaltan() {
     std::vector<std::string> lista;
-    for (const auto& falta : faltasDe(tablasDebidas(), tablas()))
-        lista.push_back(fmt::format("{}: {}", textoDe(falta), seRepone(falta) ? kReponer : kRecuperar));
+    const auto hay = tablas();
+    const auto deben = tablasDebidas();
+    // What only bears another name is not lost.
+    const bool conOtroNombre = !devolverNombres(deben, hay, kDialecto.prefijo).empty();
+    for (const auto& falta : faltasDe(deben, hay)) {
+        lista.push_back(fmt::format("{}: {}", textoDe(falta), conOtroNombre ? kReponer : remedioAqui(falta)));
+    }
     // Of a table that is not there nothing else is either.
     if (!lista.empty()) return lista;
     for (const auto& parte : partesPorReponer()) {
@@ -766,40 +811,72 @@ std::vector<std::string> AlmacenSqlite::objetosAjenos(const Tablas& deben) const
 }
 
 void AlmacenSqlite::reponerTablas() {
-    const auto faltas = faltasDe(tablasDebidas(), tablas());
+    const auto deben = tablasDebidas();
+    const auto nombres = devolverNombres(deben, tablas(), kDialecto.prefijo);
+    // It names the tables, and is made anew.
+    if (!nombres.empty()) base_.ejecutar("DROP VIEW IF EXISTS lecturas");
+    for (const auto& sentencia : nombres) base_.ejecutar(sentencia);
+    const auto faltas = faltasDe(deben, tablas());
     std::set<std::string> deNuevo;
+    std::set<std::string> deOtraForma;
     for (const auto& falta : faltas) {
-        if (!seRepone(falta))
+        if (remedioAqui(falta) == kRecuperar)
             throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(falta), kRecuperar));
-        if (falta.clase != Falta::Clase::columna || !seObtiene(falta.tabla, falta.columna.nombre))
+        if (seObtiene(falta.tabla) || falta.clase == Falta::Clase::tabla) {
             deNuevo.insert(falta.tabla);
+        } else if (falta.clase != Falta::Clase::columna) {
+            deOtraForma.insert(falta.tabla);
+        }
+    }
+    for (const auto& falta : faltas) {
+        if (deNuevo.contains(falta.tabla) || falta.clase != Falta::Clase::columna) continue;
+        // What it said is known to nobody.
+        if (remedioAqui(falta) == kSinDescargas) base_.ejecutar("DELETE FROM descargas");
+        base_.ejecutar(agregarColumna(falta.tabla, falta.columna));
     }
     for (const auto& parte : temporal()->partes()) {
-        if (!deNuevo.contains(parte.nombre)) continue;
-        base_.ejecutar("DROP TABLE IF EXISTS " + parte.nombre);
-        base_.ejecutar(parte.sql);
-    }
-    for (const auto& falta : faltas) {
-        if (!deNuevo.contains(falta.tabla)) base_.ejecutar(agregarColumna(falta.tabla, falta.columna));
+        if (deNuevo.contains(parte.nombre)) {
+            base_.ejecutar("DROP TABLE IF EXISTS " + parte.nombre);
+            base_.ejecutar(parte.sql);
+        } else if (deOtraForma.contains(parte.nombre)) {
+            hacerDeNuevo(*buscarTabla(deben, parte.nombre), parte.sql);
+        }
     }
 }
 
-namespace {
-
-constexpr Dialecto kDialecto{.prefijo = "",
-                             .delTipo =
-                                 [](const Columna& columna) {
-                                     const auto* clase = columna.tipo == "INTEGER" ? "integer"
-                                                         : columna.tipo == "TEXT"  ? "text"
-                                                                                   : "blob";
-                                     return fmt::format("typeof({}) IN ('{}'{})", columna.nombre, clase,
-                                                        columna.obligatoria ? "" : ",'null'");
-                                 },
-                             .momento = [](std::int64_t segundos) { return std::to_string(segundos); },
-                             .no = "0",
-                             .si = "1"};
-
-}  // namespace
+// With the rows that are in it, each once.
+void AlmacenSqlite::hacerDeNuevo(const Tabla& tabla, const std::string& sql) {
+    constexpr std::string_view kVieja = "telvane_de_otra_forma";
+    const auto hay = tablas();
+    for (const auto& columna : buscarTabla(hay, tabla.nombre)->columnas) {
+        if (tabla.columna(columna.nombre) != nullptr) continue;
+        throw ErrorAlmacen(
+            fmt::format("{}: la tabla {} tiene una columna que no es de este programa, {}: quítela y repita",
+                        nombre(), tabla.nombre, columna.nombre));
+    }
+    std::string columnas;
+    std::string valores;
+    for (const auto& columna : tabla.columnas) {
+        const auto* coma = columnas.empty() ? "" : ",";
+        columnas += coma + columna.nombre;
+        valores += coma + (columna.obligatoria
+                               ? fmt::format("coalesce({},{})", columna.nombre, valorDeRelleno(columna.tipo))
+                               : columna.nombre);
+    }
+    base_.ejecutar("DROP VIEW IF EXISTS lecturas");
+    base_.ejecutar(fmt::format("ALTER TABLE {} RENAME TO {}", tabla.nombre, kVieja));
+    base_.ejecutar(sql);
+    const auto filas = fmt::format("SELECT DISTINCT {} FROM {}", valores, kVieja);
+    base_.ejecutar(fmt::format("INSERT OR IGNORE INTO {}({}) {}", tabla.nombre, columnas, filas));
+    if (base_.numero(fmt::format("SELECT count(*) FROM ({})", filas)) !=
+        base_.numero(fmt::format("SELECT count(*) FROM {}", tabla.nombre))) {
+        throw ErrorAlmacen(
+            fmt::format("{}: la tabla {} no es como este programa la hace, y tiene filas que se "
+                        "contradicen: {}",
+                        nombre(), tabla.nombre, kRecuperar));
+    }
+    base_.ejecutar(fmt::format("DROP TABLE {}", kVieja));
+}
 
 std::vector<std::string> AlmacenSqlite::valoresImposibles() {
     std::vector<std::string> lista;
@@ -825,39 +902,78 @@ void AlmacenSqlite::reponerValores() {
                                        tabla.nombre, columna.nombre, columna.tipo,
                                        kDialecto.delTipo(columna)));
         }
-        if (tabla.nombre == "descargas")
-            base_.ejecutar("DELETE FROM descargas WHERE " + filasImposibles(tabla, kDialecto));
     }
-    base_.ejecutar(
-        "DELETE FROM descargas WHERE NOT EXISTS (SELECT 1 FROM imagenes i WHERE "
-        "i.estacion=descargas.estacion AND "
-        "i.huella=descargas.imagen) AND NOT EXISTS (SELECT 1 FROM contenidos c WHERE "
-        "c.estacion=descargas.estacion AND c.huella=descargas.imagen)");
+    for (const auto& [tabla, columna] : kHuellasDeClave) {
+        base_.ejecutar(fmt::format(
+            "UPDATE OR IGNORE {0} SET {1}=substr(CAST({1}||zeroblob(32) AS BLOB),1,32) WHERE length({1})<>32",
+            tabla, columna));
+    }
+    base_.ejecutar("DELETE FROM descargas WHERE " +
+                   filasImposibles(*buscarTabla(tablasDebidas(), "descargas"), kDialecto));
 }
 
 void AlmacenSqlite::reponer() {
-    Transaccion transaccion(*this, Modo::escritura);
+    Transaccion transaccion(*this, Modo::arreglo);
     reponerTablas();
     reponerValores();
     for (const auto& parte : partesPorReponer()) {
         base_.ejecutar(fmt::format("DROP {} IF EXISTS {}", parte.clase, parte.nombre));
         base_.ejecutar(parte.sql);
     }
-    base_.ejecutar(
-        "DELETE FROM muestras WHERE estacion NOT IN (SELECT id FROM estaciones);"
-        "DELETE FROM testigos WHERE estacion NOT IN (SELECT id FROM estaciones) OR NOT EXISTS (SELECT 1 FROM "
-        "imagenes i WHERE i.estacion=testigos.estacion AND i.huella=testigos.imagen)");
     transaccion.confirmar();
 }
 
-std::vector<Almacen::Eslabon> AlmacenSqlite::eslabones(IdEstacion estacion) {
+// What tells of an image that another station has goes there.
+void AlmacenSqlite::limpiar() {
+    base_.ejecutar(
+        "UPDATE OR IGNORE descargas SET estacion=(SELECT i.estacion FROM imagenes i WHERE "
+        "i.huella=descargas.imagen) WHERE NOT EXISTS (SELECT 1 FROM imagenes i WHERE "
+        "i.estacion=descargas.estacion AND i.huella=descargas.imagen) AND (SELECT count(*) FROM imagenes i "
+        "WHERE i.huella=descargas.imagen)=1;"
+        "DELETE FROM descargas WHERE NOT EXISTS (SELECT 1 FROM imagenes i WHERE "
+        "i.estacion=descargas.estacion AND i.huella=descargas.imagen) AND NOT EXISTS (SELECT 1 FROM "
+        "contenidos c WHERE c.estacion=descargas.estacion AND c.huella=descargas.imagen);"
+        "DELETE FROM muestras WHERE estacion NOT IN (SELECT id FROM estaciones);"
+        "DELETE FROM testigos WHERE estacion NOT IN (SELECT id FROM estaciones) OR NOT EXISTS (SELECT 1 FROM "
+        "imagenes i WHERE i.estacion=testigos.estacion AND i.huella=testigos.imagen)");
+}
+
+std::vector<Almacen::FichaGuardada> AlmacenSqlite::fichasGuardadas() {
+    std::vector<FichaGuardada> lista;
+    auto& s = sentencia(
+        "SELECT huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida,estacion "
+        "FROM "
+        "imagenes ORDER BY estacion,reloj,huella");
+    s.correr([&] { lista.push_back({.estacion = s.entero(10), .ficha = fichaEn(s)}); });
+    return lista;
+}
+
+std::vector<Almacen::Eslabon> AlmacenSqlite::eslabones() {
     std::vector<Eslabon> lista;
-    auto& s = sentencia("SELECT huella,base,profundidad FROM contenidos WHERE estacion=?1");
-    s.poner(1, estacion).correr([&] {
-        lista.push_back({.huella = huellaEn(s, 0), .base = {}, .profundidad = s.entero(2)});
-        if (!s.esNulo(1)) lista.back().base = huellaEn(s, 1);
+    auto& s = sentencia("SELECT estacion,huella,base,profundidad FROM contenidos ORDER BY estacion,huella");
+    s.correr([&] {
+        auto& eslabon = lista.emplace_back(
+            Eslabon{.estacion = s.entero(0), .huella = huellaEn(s, 1), .profundidad = s.entero(3)});
+        if (!s.esNulo(2)) eslabon.base = huellaEn(s, 2);
     });
     return lista;
+}
+
+// Under a name that is not as long as one it is not found by that.
+std::vector<std::uint8_t> AlmacenSqlite::datosDe(const Eslabon& eslabon) {
+    std::vector<std::uint8_t> datos;
+    const auto tomar = [&](const Sentencia& s, int columna) {
+        const auto bytes = s.bytes(columna);
+        datos.assign(bytes.begin(), bytes.end());
+    };
+    auto& uno = sentencia("SELECT datos FROM contenidos WHERE estacion=?1 AND huella=?2");
+    uno.poner(1, eslabon.estacion).poner(2, std::span(eslabon.huella)).correr([&] { tomar(uno, 0); });
+    if (!datos.empty()) return datos;
+    auto& todos = sentencia("SELECT estacion,huella,datos FROM contenidos");
+    todos.correr([&] {
+        if (todos.entero(0) == eslabon.estacion && huellaEn(todos, 1) == eslabon.huella) tomar(todos, 2);
+    });
+    return datos;
 }
 void AlmacenSqlite::corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) {
     sentencia("UPDATE contenidos SET profundidad=?3 WHERE estacion=?1 AND huella=?2")
@@ -872,30 +988,12 @@ std::vector<std::string> AlmacenSqlite::sinEstacion() {
     for (const auto& [tabla, que] : kTablasConEstacion) {
         const auto cuantas = base_.numero(
             fmt::format("SELECT count(*) FROM {} WHERE estacion NOT IN (SELECT id FROM estaciones)", tabla));
-        if (cuantas > 0) lista.push_back(fmt::format("{} de una estación que no está: {}", que, cuantas));
+        if (cuantas > 0)
+            lista.push_back(fmt::format("{} de una estación que no está: {}: {}", que, cuantas, kReponer));
     }
     return lista;
 }
 
-Almacen::Perdidas AlmacenSqlite::perdidas(IdEstacion estacion) {
-    Perdidas lista;
-    auto& s = sentencia(
-        "SELECT huella,datos FROM contenidos c WHERE estacion=?1 AND NOT EXISTS (SELECT 1 FROM imagenes i "
-        "WHERE "
-        "i.estacion=c.estacion AND i.huella=c.huella)");
-    s.poner(1, estacion).correr([&] {
-        const auto datos = s.bytes(1);
-        lista.emplace_back(huellaEn(s, 0), std::vector(datos.begin(), datos.end()));
-    });
-    return lista;
-}
-std::int64_t AlmacenSqlite::contarSinMomento(std::string_view tabla) {
-    return base_.numero(
-        fmt::format("SELECT count(*) FROM {} WHERE typeof(incorporada)<>'integer' OR incorporada NOT BETWEEN "
-                    "{} AND {}",
-                    tabla, kPrimeraIncorporada.time_since_epoch().count(),
-                    kUltimaIncorporada.time_since_epoch().count()));
-}
 std::int64_t AlmacenSqlite::contarSinImagen(std::string_view tabla, std::string_view columna,
                                             IdEstacion estacion) {
     return base_.numero(fmt::format(
@@ -909,7 +1007,9 @@ std::vector<std::string> AlmacenSqlite::defectos() {
     Sentencia s(base_, "PRAGMA integrity_check");
     s.correr([&] {
         const auto texto = s.texto(0);
-        if (texto != "ok") lista.push_back(fmt::format("{}: {}", nombre(), texto));
+        if (texto != "ok")
+            lista.push_back(fmt::format("{}: {}: recupere su copia, o páselo a otro archivo con copiar",
+                                        nombre(), texto));
     });
     return lista;
 }

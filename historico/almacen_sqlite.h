@@ -45,8 +45,8 @@ class AlmacenSqlite final : public Almacen {
     void abandonar() noexcept override;
     std::vector<EstacionGuardada> estaciones() override;
     std::optional<EstacionGuardada> estacion(const std::string& nombre) override;
-    EstacionGuardada crearEstacion(const std::string& nombre, const std::string& serie,
-                                   bool evaporacion) override;
+    void agregarEstacion(const EstacionGuardada& estacion) override;
+    void quitarEstacion(IdEstacion estacion) override;
     void guardarResumen(IdEstacion estacion, const ResumenEstacion& resumen) override;
     std::vector<FichaImagen> fichas(IdEstacion estacion) override;
     std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) override;
@@ -54,7 +54,11 @@ class AlmacenSqlite final : public Almacen {
     std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
     std::vector<Huella> imagenesSolas(IdEstacion estacion) override;
     Cadena cadena(IdEstacion estacion, const Huella& huella, std::size_t cuantas) override;
-    void agregarImagen(IdEstacion estacion, const FichaImagen& ficha, const ImagenGuardada& imagen) override;
+    void agregarFicha(IdEstacion estacion, const FichaImagen& ficha) override;
+    void quitarFicha(IdEstacion estacion, const Huella& huella) override;
+    void guardarContenido(IdEstacion estacion, const Huella& huella, const ImagenGuardada& imagen) override;
+    void quitarContenido(IdEstacion estacion, const Huella& huella) override;
+    bool conserva(IdEstacion estacion, const Huella& huella) override;
     Descargas descargas(IdEstacion estacion) override;
     std::optional<FichaDescarga> descarga(IdEstacion estacion, const Huella& imagen) override;
     void guardarDescarga(IdEstacion estacion, const Huella& imagen, const FichaDescarga& ficha) override;
@@ -74,16 +78,19 @@ class AlmacenSqlite final : public Almacen {
     void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) override;
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
+    void limpiar() override;
     std::vector<std::string> sobras() override;
-    std::vector<Eslabon> eslabones(IdEstacion estacion) override;
+    std::vector<FichaGuardada> fichasGuardadas() override;
+    std::vector<Eslabon> eslabones() override;
+    std::vector<std::uint8_t> datosDe(const Eslabon& eslabon) override;
     void corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) override;
     std::vector<std::string> valoresImposibles() override;
     std::vector<std::string> sinEstacion() override;
-    Perdidas perdidas(IdEstacion estacion) override;
-    std::int64_t contarSinMomento(std::string_view tabla) override;
     std::vector<std::string> defectos() override;
 
    private:
+    IdEstacion mayorId() override;
+    bool seNombra(IdEstacion estacion) override;
     std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna,
                                  IdEstacion estacion) override;
     AlmacenSqlite(const std::filesystem::path& ruta, BaseSqlite::Acceso acceso, Opciones opciones);
@@ -101,6 +108,7 @@ class AlmacenSqlite final : public Almacen {
     Tablas tablasDebidas() const;
     std::vector<std::string> objetosAjenos(const Tablas& deben) const;
     void reponerTablas();
+    void hacerDeNuevo(const Tabla& tabla, const std::string& sql);
     void reponerValores();
     bool deNadie();
     void prepararEscritura(bool crear);

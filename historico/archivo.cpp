@@ -12,6 +12,8 @@
 #include "historico/asimilacion.h"
 #include "historico/compresion.h"
 #include "historico/lectura.h"
+#include "historico/nombre_estacion.h"
+#include "historico/rescate.h"
 #include "loggerconfig/datos_config.h"
 
 namespace telvane {
@@ -33,17 +35,13 @@ std::string serieQueVale(BytesImagen bytes, const std::optional<std::string>& di
     return propia ? *propia : *dicha;
 }
 
-bool esDeVariante(const std::string& serie) {
-    return llevaEvaporacion(numeroDeSerie(serie));
-}
-
 EstacionGuardada buscarOCrear(Almacen& almacen, const std::string& nombre, const std::string& serie) {
     auto estacion = almacen.estacion(nombre);
     return estacion ? *estacion : almacen.crearEstacion(nombre, serie, esDeVariante(serie));
 }
 
 ImagenGuardada empaquetar(const EstacionGuardada& estacion, BytesImagen bytes, Imagenes& imagenes) {
-    ImagenGuardada guardada{.bytes = bytes.size(), .base = {}, .profundidad = 0, .datos = {}};
+    ImagenGuardada guardada;
     if (estacion.resumen.masNueva) {
         const auto* abierta = imagenes.siSeLee(*estacion.resumen.masNueva);
         const int profundidad = abierta ? imagenes.profundidad() : kMasProfunda;
@@ -68,18 +66,6 @@ void tomarNota(ResumenEstacion& resumen, const ImagenNueva& imagen,
     }
     ++resumen.imagenes;
     resumen.incorporada = std::max(resumen.incorporada, ficha.incorporada);
-}
-
-// Of an image whose row is lost, what it holds is the image: only when and from where it came is not known.
-void reponerPerdidas(Almacen& almacen, IdEstacion estacion) {
-    for (const auto& [huella, datos] : almacen.perdidas(estacion)) {
-        FichaImagen ficha;
-        ficha.huella = huella;
-        // What it says of itself is read once it is there. A length that is none shows then.
-        ficha.bytes = std::min(largoDe(datos), kBytesMemoria);
-        ficha.incorporada = kPrimeraIncorporada;
-        almacen.agregarImagen(estacion, ficha, {});
-    }
 }
 
 // In the order of the clocks that the images have, not of those that are kept beside them.
@@ -129,7 +115,8 @@ void exigirQueConcuerde(Almacen& almacen, const EstacionGuardada& estacion, cons
 Incorporacion tomar(Almacen& almacen, EstacionGuardada& estacion, ImagenNueva& imagen, Imagenes& imagenes) {
     std::optional<FichaImagen> masNueva;
     if (estacion.resumen.masNueva) masNueva = almacen.ficha(estacion.id, *estacion.resumen.masNueva);
-    almacen.agregarImagen(estacion.id, imagen.ficha, empaquetar(estacion, imagen.bytes, imagenes));
+    almacen.agregarFicha(estacion.id, imagen.ficha);
+    almacen.guardarContenido(estacion.id, imagen.ficha.huella, empaquetar(estacion, imagen.bytes, imagenes));
     const auto anteriores = [&] {
         auto fichas = almacen.fichas(estacion.id);
         std::erase_if(fichas, [&](const auto& f) { return f.huella == imagen.ficha.huella; });
@@ -149,6 +136,13 @@ bool anotar(Almacen& almacen, IdEstacion estacion, const Huella& imagen,
     const auto hay = almacen.descarga(estacion, imagen);
     if (hay && !descarga->ocupaElLugarDe(*hay)) return false;
     almacen.guardarDescarga(estacion, imagen, *descarga);
+    return true;
+}
+
+// An image that is noted and whose bytes are lost; false: they are not.
+bool reponerSiSePerdio(Almacen& almacen, IdEstacion estacion, const Huella& huella, BytesImagen bytes) {
+    if (almacen.conserva(estacion, huella)) return false;
+    almacen.guardarContenido(estacion, huella, {.base = {}, .profundidad = 0, .datos = comprimir(bytes)});
     return true;
 }
 
@@ -175,9 +169,8 @@ const EstacionGuardada& laDicha(const std::vector<EstacionGuardada>& duenos, con
     return *dueno;
 }
 
-// What is told of an image that another archive does not take. Rethrows what would keep the others out too.
-std::string falloDelDato(const ErrorAlmacen& error, const EstacionGuardada& origen, const Huella& imagen) {
-    if (error.clase() != ErrorAlmacen::Clase::delDato) throw;
+// What is told of an image that another archive does not take.
+std::string noEntra(const ErrorAlmacen& error, const EstacionGuardada& origen, const Huella& imagen) {
     return fmt::format("estación {}: imagen {}: {}", origen.nombre, textoDe(imagen), error.what());
 }
 
@@ -210,7 +203,10 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
         resultado.muestras = almacen_.ficha(dueno.id, huella)->muestras;
         resultado.conflictos = static_cast<std::int64_t>(almacen_.sellosDe(dueno.id, huella).size());
         completar(resultado, dueno, bytes, huella);
-        if (anotar(almacen_, dueno.id, huella, procedencia.descarga)) transaccion.confirmar();
+        const bool anotada = anotar(almacen_, dueno.id, huella, procedencia.descarga);
+        for (const auto& una : duenos)
+            resultado.repuesta |= reponerSiSePerdio(almacen_, una.id, huella, bytes);
+        if (anotada || resultado.repuesta) transaccion.confirmar();
         return resultado;
     }
     auto estacion = buscarOCrear(almacen_, nombre, serie);
@@ -225,37 +221,42 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
     return resultado;
 }
 
-std::vector<std::string> Archivo::rehacer(const std::function<void()>& alAvanzar) {
+Archivo::Rehecho Archivo::rehacer(const std::function<void()>& alAvanzar) {
     almacen_.reponer();
-    corregirProfundidades();
-    auto fallos = almacen_.sinEstacion();
-    std::ranges::move(almacen_.sobras(), std::back_inserter(fallos));
+    Rehecho hecho;
+    std::optional<Rescate> rescate;
+    {
+        // Nobody waits while all of it is looked at.
+        const Transaccion lectura(almacen_, Almacen::Modo::lectura);
+        rescate.emplace(almacen_, alAvanzar);
+    }
+    {
+        Transaccion escritura(almacen_, Almacen::Modo::escritura);
+        if (rescate->hayQueReponer()) {
+            rescate.emplace(almacen_, alAvanzar);
+            hecho.avisos = rescate->reponer();
+        }
+        almacen_.limpiar();
+        escritura.confirmar();
+    }
+    hecho.fallos = rescate->perdidas(kVuelvaAIncorporarla);
+    std::ranges::move(almacen_.sobras(), std::back_inserter(hecho.fallos));
     for (const auto& estacion : Lectura(almacen_).estaciones()) {
+        // What its samples came from may be lost; they themselves are not thrown after it.
+        if (rescate->pierde(estacion.id)) continue;
         try {
-            if (rehacerUna(estacion.nombre, alAvanzar)) continue;
-            fallos.push_back(fmt::format(
-                "estación {}: su nombre no es el de su número de serie: recupere su copia", estacion.nombre));
+            rehacerUna(estacion.nombre, alAvanzar);
         } catch (const ErrorImagen& error) {
-            fallos.push_back(fmt::format("estación {}: {}", estacion.nombre, error.what()));
+            hecho.fallos.push_back(fmt::format("estación {}: {}", estacion.nombre, error.what()));
         }
     }
-    return fallos;
+    return hecho;
 }
 
-void Archivo::corregirProfundidades() {
-    Transaccion transaccion(almacen_, Almacen::Modo::escritura);
-    for (const auto& estacion : almacen_.estaciones()) {
-        for (const auto& mal : profundidadesPorCorregir(almacen_, estacion.id))
-            almacen_.corregirProfundidad(estacion.id, mal.huella, mal.profundidad);
-    }
-    transaccion.confirmar();
-}
-
-bool Archivo::rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar) {
+void Archivo::rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar) {
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     auto estacion = almacen_.estacion(nombre);
-    if (!estacion) return true;
-    reponerPerdidas(almacen_, estacion->id);
+    if (!estacion) return;
     almacen_.vaciarDerivado(estacion->id);
     estacion->resumen = {};
     Imagenes imagenes(almacen_, estacion->id);
@@ -272,14 +273,12 @@ bool Archivo::rehacerUna(const std::string& nombre, const std::function<void()>&
         const auto masNueva = anteriores.empty() ? std::nullopt : std::optional(anteriores.back());
         tomarNota(estacion->resumen, imagen, masNueva);
         almacen_.corregirFicha(estacion->id, imagen.ficha);
-        if (const auto serie = serieDe(bytes)) estacion->serie = *serie;
         anteriores.push_back(imagen.ficha);
     }
-    estacion->evaporacion = esDeVariante(estacion->serie);
+    // Also where what stands there reads the same.
     almacen_.corregirEstacion(*estacion);
     almacen_.guardarResumen(estacion->id, estacion->resumen);
     transaccion.confirmar();
-    return estacion->esDeSuSerie();
 }
 
 Archivo::Copia Archivo::copiarDe(Archivo& otro, const std::optional<std::string>& cual,
@@ -300,7 +299,8 @@ Archivo::Copia Archivo::copiarDe(Archivo& otro, const std::optional<std::string>
             } catch (const ErrorImagen& error) {
                 copia.fallos.push_back(fmt::format("estación {}: {}", origen.nombre, error.what()));
             } catch (const ErrorAlmacen& error) {
-                copia.fallos.push_back(falloDelDato(error, origen, ficha.huella));
+                if (!error.esDelDato()) throw;
+                copia.fallos.push_back(noEntra(error, origen, ficha.huella));
             }
         }
         copiarDescargas(otro, origen, copia);
@@ -335,14 +335,15 @@ void Archivo::copiarDescargas(Archivo& otro, const EstacionGuardada& origen, Cop
         anotarlas(faltan);
         return;
     } catch (const ErrorAlmacen& error) {
-        if (error.clase() != ErrorAlmacen::Clase::delDato) throw;
+        if (!error.esDelDato()) throw;
     }
     // One of them does not go in.
     for (const auto& una : faltan) {
         try {
             anotarlas({&una, 1});
         } catch (const ErrorAlmacen& error) {
-            copia.fallos.push_back(falloDelDato(error, origen, una.first));
+            if (!error.esDelDato()) throw;
+            copia.fallos.push_back(noEntra(error, origen, una.first));
         }
     }
 }
@@ -350,25 +351,23 @@ void Archivo::copiarDescargas(Archivo& otro, const EstacionGuardada& origen, Cop
 bool Archivo::tiene(const std::string& nombre, const Huella& huella) {
     const Transaccion transaccion(almacen_, Almacen::Modo::lectura);
     const auto estacion = almacen_.estacion(nombre);
-    return estacion && almacen_.ficha(estacion->id, huella);
+    return estacion && almacen_.ficha(estacion->id, huella) && almacen_.conserva(estacion->id, huella);
 }
 
 // An archive's word is taken for whose image it is.
 bool Archivo::copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha, BytesImagen bytes) {
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     auto estacion = buscarOCrear(almacen_, origen.nombre, origen.serie);
-    if (almacen_.ficha(estacion.id, ficha.huella)) return false;
+    if (almacen_.ficha(estacion.id, ficha.huella)) {
+        if (reponerSiSePerdio(almacen_, estacion.id, ficha.huella, bytes)) transaccion.confirmar();
+        return false;
+    }
     ImagenNueva imagen(bytes, ficha.huella, ficha.incorporada, ficha.origen);
     Imagenes imagenes(almacen_, estacion.id);
     const bool ajena = contradice(almacen_, estacion, imagen, imagenes);
     tomar(almacen_, estacion, imagen, imagenes);
     transaccion.confirmar();
     return ajena;
-}
-
-std::string avisoDePerdidas(std::int64_t cuantas) {
-    return fmt::format("de {} de sus imágenes queda el contenido y nada más: repóngalas con rehacer",
-                       cuantas);
 }
 
 ErrorImagen sinEstacion(const std::string& nombre) {

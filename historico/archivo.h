@@ -6,12 +6,15 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "historico/almacen.h"
 #include "historico/imagenes.h"
 
 namespace telvane {
+
+class Lectura;
 
 struct Procedencia {
     std::string origen;
@@ -23,6 +26,7 @@ struct Incorporacion {
     std::string estacion;
     Huella imagen{};
     bool repetida = false;
+    bool repuesta = false;  // it was there, and its bytes had been lost
     bool parcial = false;
     std::int64_t muestras = 0;  // distinct
     std::int64_t nuevas = 0;
@@ -43,10 +47,16 @@ class Archivo {
     // One transaction. Throws ErrorImagen, ErrorAlmacen.
     Incorporacion incorporar(BytesImagen bytes, const Destino& destino, const Procedencia& procedencia);
 
-    // Everything that follows from the images anew; one transaction a station. alAvanzar: before each image.
-    // Gives what it could not make good, a line each: stations that had to stay as they were, because an
-    // image of theirs cannot be read, and what only a copy can bring back.
-    std::vector<std::string> rehacer(const std::function<void()>& alAvanzar);
+    // Everything in its place, as the images tell, and what follows from them anew; one transaction a
+    // station. alAvanzar: before each image.
+    struct Rehecho {
+        // What it could not make good, a line each: images that cannot be read, whose stations had to stay as
+        // they were, and what is not of this program.
+        std::vector<std::string> fallos;
+        // What got another name.
+        std::vector<std::string> avisos = {};
+    };
+    Rehecho rehacer(const std::function<void()>& alAvanzar);
 
     // Takes over from another archive what is missing here. One transaction an image. estacion: only this
     // one.
@@ -66,9 +76,9 @@ class Archivo {
     Almacen& almacen() { return almacen_; }
 
    private:
-    // False: the station does not bear its own name.
-    bool rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
-    void corregirProfundidades();
+    std::vector<std::string> comprobarUna(Lectura& lectura, const EstacionGuardada& estacion, Almacen& prueba,
+                                          const std::function<void()>& alAvanzar);
+    void rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
     bool tiene(const std::string& nombre, const Huella& huella);
     void copiarDescargas(Archivo& otro, const EstacionGuardada& origen, Copia& copia);
     // True: the image contradicts what was there of its station.
@@ -79,7 +89,10 @@ class Archivo {
 
 // What to tell whoever names a station that the archive does not know.
 ErrorImagen sinEstacion(const std::string& nombre);
-// What to do about images that only their contents are left of.
-std::string avisoDePerdidas(std::int64_t cuantas);
+// What brings back an image whose bytes are lost.
+inline constexpr std::string_view kVuelvaAIncorporarla =
+    "vuelva a incorporarla desde su .rgt, o cópiela de otro archivo; si no la tiene, está perdida, y copiar "
+    "--a "
+    "guarda las demás";
 
 }  // namespace telvane

@@ -5,6 +5,8 @@
 #include <memory>
 #include <new>
 
+#include "link/protocolo.h"
+
 namespace telvane {
 
 namespace {
@@ -18,10 +20,10 @@ struct Soltar {
     void operator()(ZSTD_CCtx* contexto) const { ZSTD_freeCCtx(contexto); }
 };
 
+constexpr const char* kNoSePuede = "no se puede descomprimir";
+
 void exigir(std::size_t resultado) {
-    if (ZSTD_isError(resultado) != 0) {
-        throw ErrorCompresion("no se puede descomprimir");
-    }
+    if (ZSTD_isError(resultado) != 0) throw ErrorCompresion(kNoSePuede);
 }
 
 }  // namespace
@@ -42,7 +44,9 @@ std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes, std::sp
 
 std::size_t largoDe(std::span<const std::uint8_t> datos) {
     const auto largo = ZSTD_getFrameContentSize(datos.data(), datos.size());
-    return largo == ZSTD_CONTENTSIZE_UNKNOWN || largo == ZSTD_CONTENTSIZE_ERROR ? 0 : largo;
+    // The two that are none are greater than any.
+    if (largo > kBytesMemoria) throw ErrorCompresion(kNoSePuede);
+    return largo;
 }
 
 Descompresor::Descompresor() : contexto_(ZSTD_createDCtx()) {
@@ -52,12 +56,13 @@ void Descompresor::Soltar::operator()(ZSTD_DCtx_s* contexto) const {
     ZSTD_freeDCtx(contexto);
 }
 void Descompresor::abrir(std::span<const std::uint8_t> datos, std::span<const std::uint8_t> base,
-                         std::span<std::uint8_t> salida) {
+                         std::vector<std::uint8_t>& salida) {
+    salida.resize(largoDe(datos));
     exigir(ZSTD_DCtx_refPrefix(contexto_.get(), base.data(), base.size()));
     const auto largo =
         ZSTD_decompressDCtx(contexto_.get(), salida.data(), salida.size(), datos.data(), datos.size());
     exigir(largo);
-    if (largo != salida.size()) throw ErrorCompresion("no se puede descomprimir");
+    if (largo != salida.size()) throw ErrorCompresion(kNoSePuede);
 }
 
 }  // namespace telvane

@@ -22,7 +22,8 @@ class ErrorCompresion : public std::runtime_error {
 std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes,
                                     std::span<const std::uint8_t> base = {});
 
-// How many bytes were packed, as what came of them says; 0 where it does not.
+// How many bytes were packed, as what came of them says. Throws ErrorCompresion where it does not, or where
+// they are more than an image has.
 std::size_t largoDe(std::span<const std::uint8_t> datos);
 
 // For one image after the other.
@@ -31,7 +32,7 @@ class Descompresor {
     Descompresor();
     // Fills salida. base: the same that was given to the packing. Throws ErrorCompresion.
     void abrir(std::span<const std::uint8_t> datos, std::span<const std::uint8_t> base,
-               std::span<std::uint8_t> salida);
+               std::vector<std::uint8_t>& salida);
 
    private:
     struct Soltar {

@@ -8,6 +8,7 @@
 #include "historico/archivo.h"
 #include "historico/esquema.h"
 #include "historico/lectura.h"
+#include "historico/rescate.h"
 
 namespace telvane {
 
@@ -16,7 +17,7 @@ namespace {
 using Lineas = std::vector<std::string>;
 
 // More of one station say nothing more.
-constexpr std::size_t kMuestrasQueSeDicen = 10;
+constexpr std::size_t kLineasPorEstacion = 10;
 
 std::vector<Fila> filasDelAnio(Almacen& almacen, IdEstacion estacion, int anio) {
     using namespace std::chrono;
@@ -67,11 +68,6 @@ void compararResumenes(const ResumenEstacion& hay, const ResumenEstacion& debe, 
     if (!igual) defectos.emplace_back("el resumen no es el de sus imágenes");
 }
 
-void compararEstaciones(const EstacionGuardada& hay, const EstacionGuardada& debe, Lineas& defectos) {
-    if (hay.evaporacion != debe.evaporacion) defectos.emplace_back("la variante no es la de su número");
-    if (!hay.esDeSuSerie()) defectos.emplace_back("su nombre no es el de su número de serie");
-}
-
 void compararFichas(const std::vector<FichaImagen>& hay, const std::vector<FichaImagen>& debe,
                     Lineas& defectos) {
     for (const auto& una : hay) {
@@ -97,6 +93,15 @@ std::vector<std::tuple<Instante, BytesMuestra, std::size_t, Huella>> testigosDe(
     return lista;
 }
 
+void decir(const std::string& estacion, const Lineas& lineas, Lineas& defectos) {
+    for (std::size_t i = 0; i < std::min(lineas.size(), kLineasPorEstacion); ++i)
+        defectos.push_back(fmt::format("estación {}: {}", estacion, lineas[i]));
+    if (lineas.size() > kLineasPorEstacion) {
+        defectos.push_back(
+            fmt::format("estación {}: y {} defectos más", estacion, lineas.size() - kLineasPorEstacion));
+    }
+}
+
 }  // namespace
 
 std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function<void()>& alAvanzar) {
@@ -108,71 +113,43 @@ std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function
     std::ranges::move(almacen_.valoresImposibles(), std::back_inserter(defectos));
     std::ranges::move(almacen_.sinEstacion(), std::back_inserter(defectos));
     std::ranges::move(almacen_.defectos(), std::back_inserter(defectos));
-    for (const auto& [tabla, que] : kTablasConIncorporada) {
-        if (const auto cuantas = almacen_.contarSinMomento(tabla); cuantas > 0)
-            defectos.push_back(fmt::format("{} cuya incorporada no es un momento: {}", que, cuantas));
-    }
-    Archivo deNuevo(prueba);
+    const Rescate rescate(almacen_, alAvanzar);
+    for (const auto& [nombre, lineas] : rescate.porReponer()) decir(nombre, lineas, defectos);
+    std::ranges::move(rescate.perdidas(fmt::format("haga rehacer, y {}", kVuelvaAIncorporarla)),
+                      std::back_inserter(defectos));
     for (const auto& estacion : lectura.estaciones()) {
-        const auto decir = [&](const Lineas& lineas) {
-            for (std::size_t i = 0; i < std::min(lineas.size(), kMuestrasQueSeDicen); ++i) {
-                defectos.push_back(fmt::format("estación {}: {}", estacion.nombre, lineas[i]));
-            }
-            if (lineas.size() > kMuestrasQueSeDicen) {
-                defectos.push_back(fmt::format("estación {}: y {} defectos más", estacion.nombre,
-                                               lineas.size() - kMuestrasQueSeDicen));
-            }
-        };
-        Lineas honduras;
-        for (const auto& mal : profundidadesPorCorregir(almacen_, estacion.id)) {
-            honduras.push_back(fmt::format("la profundidad anotada de la imagen {} no es la de su cadena: {}",
-                                           textoDe(mal.huella), kReponer));
-        }
-        decir(honduras);
-        Imagenes imagenes(almacen_, estacion.id);
-        Lineas danadas;
-        if (const auto perdidas = almacen_.imagenesPerdidas(estacion.id); perdidas > 0)
-            danadas.push_back(avisoDePerdidas(perdidas));
-        for (const auto& ficha : lectura.imagenes(estacion)) {
-            alAvanzar();
-            try {
-                const auto bytes = imagenes.bytes(ficha.huella);
-                if (const auto serie = serieDe(bytes); serie && *serie != estacion.serie) {
-                    danadas.push_back(fmt::format("la imagen {} es del registrador {}, no del {}",
-                                                  textoDe(ficha.huella), *serie, estacion.serie));
-                }
-                deNuevo.copiarUna(estacion, ficha, bytes);
-            } catch (const ErrorImagen& error) {
-                danadas.emplace_back(error.what());
-            }
-        }
-        decir(danadas);
-        // Without all of them nobody knows what the samples must be.
-        if (!danadas.empty()) continue;
-        Lineas suyos;
-        if (const auto votos = almacen_.testigosPerdidos(estacion.id); votos > 0)
-            suyos.push_back(fmt::format("testigos de una imagen que no está: {}", votos));
-        if (const auto fichas = almacen_.descargasPerdidas(estacion.id); fichas > 0) {
-            suyos.push_back(
-                fmt::format("fichas de descarga de una imagen que no está: {}: rehacer las quita", fichas));
-        }
-        const auto debe = prueba.estacion(estacion.nombre);
-        if (!debe) {
-            suyos.emplace_back("no tiene ninguna imagen");
-        } else {
-            compararEstaciones(estacion, *debe, suyos);
-            compararResumenes(estacion.resumen, debe->resumen, suyos);
-            compararFichas(lectura.imagenes(estacion), prueba.fichas(debe->id), suyos);
-            if (testigosDe(almacen_, estacion.id) != testigosDe(prueba, debe->id))
-                suyos.emplace_back("los testigos de sus conflictos no son los de sus imágenes");
-            for (int anio = 2000; anio < 2100; ++anio) {
-                compararFilas(filasDelAnio(almacen_, estacion.id, anio), filasDelAnio(prueba, debe->id, anio),
-                              suyos);
-            }
-        }
-        decir(suyos);
+        // Without all of its images nobody knows what the samples must be.
+        if (rescate.afecta(estacion.id)) continue;
+        decir(estacion.nombre, comprobarUna(lectura, estacion, prueba, alAvanzar), defectos);
     }
     return defectos;
+}
+
+// Against what its images say in a store of their own.
+std::vector<std::string> Archivo::comprobarUna(Lectura& lectura, const EstacionGuardada& estacion,
+                                               Almacen& prueba, const std::function<void()>& alAvanzar) {
+    Archivo deNuevo(prueba);
+    Imagenes imagenes(almacen_, estacion.id);
+    for (const auto& ficha : lectura.imagenes(estacion)) {
+        alAvanzar();
+        deNuevo.copiarUna(estacion, ficha, imagenes.bytes(ficha.huella));
+    }
+    Lineas lineas;
+    if (const auto votos = almacen_.testigosPerdidos(estacion.id); votos > 0)
+        lineas.push_back(fmt::format("testigos de una imagen que no está: {}", votos));
+    const auto debe = prueba.estacion(estacion.nombre).value();
+    compararResumenes(estacion.resumen, debe.resumen, lineas);
+    compararFichas(lectura.imagenes(estacion), prueba.fichas(debe.id), lineas);
+    if (testigosDe(almacen_, estacion.id) != testigosDe(prueba, debe.id))
+        lineas.emplace_back("los testigos de sus conflictos no son los de sus imágenes");
+    for (int anio = 2000; anio < 2100; ++anio)
+        compararFilas(filasDelAnio(almacen_, estacion.id, anio), filasDelAnio(prueba, debe.id, anio), lineas);
+    for (auto& linea : lineas) linea += fmt::format(": {}", kReponer);
+    if (const auto fichas = almacen_.descargasPerdidas(estacion.id); fichas > 0) {
+        lineas.push_back(
+            fmt::format("fichas de descarga de una imagen que no está: {}: rehacer las quita", fichas));
+    }
+    return lineas;
 }
 
 }  // namespace telvane

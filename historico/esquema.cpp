@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "historico/almacen.h"
 #include "historico/ficha_descarga.h"
 #include "link/protocolo.h"
 
@@ -73,31 +74,24 @@ void leerCuerpo(std::string_view cuerpo, Tabla& tabla) {
     }
 }
 
-struct DeLasImagenes {
-    std::string_view tabla;
-    std::string_view columna;
-};
-constexpr std::array<DeLasImagenes, 18> kDeLasImagenes = {{{"estaciones", "evaporacion"},
-                                                           {"estaciones", "mas_nueva"},
-                                                           {"estaciones", "cabecera"},
-                                                           {"estaciones", "imagenes"},
-                                                           {"estaciones", "muestras"},
-                                                           {"estaciones", "huecos"},
-                                                           {"estaciones", "conflictos"},
-                                                           {"estaciones", "desde"},
-                                                           {"estaciones", "hasta"},
-                                                           {"estaciones", "incorporada"},
-                                                           {"imagenes", "reloj"},
-                                                           {"imagenes", "desde"},
-                                                           {"imagenes", "hasta"},
-                                                           {"imagenes", "muestras"},
-                                                           {"imagenes", "retrocesos"},
-                                                           {"imagenes", "contenida"},
-                                                           {"contenidos", "profundidad"},
-                                                           {"muestras", "cuenta"}}};
+// When an image came and from where they do not tell; without it they are as good.
+constexpr std::array kDeLasImagenes = {
+    ColumnaDeTabla{"estaciones", "evaporacion"}, ColumnaDeTabla{"estaciones", "serie"},
+    ColumnaDeTabla{"estaciones", "mas_nueva"},   ColumnaDeTabla{"estaciones", "cabecera"},
+    ColumnaDeTabla{"estaciones", "imagenes"},    ColumnaDeTabla{"estaciones", "muestras"},
+    ColumnaDeTabla{"estaciones", "huecos"},      ColumnaDeTabla{"estaciones", "conflictos"},
+    ColumnaDeTabla{"estaciones", "desde"},       ColumnaDeTabla{"estaciones", "hasta"},
+    ColumnaDeTabla{"estaciones", "incorporada"}, ColumnaDeTabla{"imagenes", "bytes"},
+    ColumnaDeTabla{"imagenes", "reloj"},         ColumnaDeTabla{"imagenes", "desde"},
+    ColumnaDeTabla{"imagenes", "hasta"},         ColumnaDeTabla{"imagenes", "incorporada"},
+    ColumnaDeTabla{"imagenes", "origen"},        ColumnaDeTabla{"imagenes", "muestras"},
+    ColumnaDeTabla{"imagenes", "retrocesos"},    ColumnaDeTabla{"imagenes", "contenida"},
+    ColumnaDeTabla{"contenidos", "base"},        ColumnaDeTabla{"contenidos", "profundidad"},
+    ColumnaDeTabla{"muestras", "cuenta"}};
 
 // What a column's type leaves open. {0}: the column; {1} and {2}: the first and the last moment of a
-// download; {3} and {4}: no and yes; {5}: the last port.
+// download; {3} and {4}: no and yes; {5}: the last port; {6} and {7}: the first and the last moment of an
+// incorporation; {8} and {9}: of a logger.
 struct Regla {
     std::string_view columna;  // "table.column", or a column of any table
     std::string_view condicion;
@@ -123,6 +117,11 @@ constexpr std::array kReglas = {
     Regla{.columna = "auxiliar2", .condicion = "{0} BETWEEN 0 AND 65535"},
     Regla{.columna = "muestras.evaporacion", .condicion = "{0} BETWEEN 0 AND 65535"},
     Regla{.columna = "resto", .condicion = "length({0})<=7 AND substr({0},length({0}),1)<>x'00'"},
+    Regla{.columna = "incorporada", .condicion = "{0} BETWEEN {6} AND {7}"},
+    Regla{.columna = "reloj", .condicion = "{0} BETWEEN {8} AND {9}"},
+    Regla{.columna = "desde", .condicion = "{0} BETWEEN {8} AND {9}"},
+    Regla{.columna = "hasta", .condicion = "{0} BETWEEN {8} AND {9}"},
+    Regla{.columna = "hora", .condicion = "{0} BETWEEN {8} AND {9}"},
     Regla{.columna = "cuenta", .condicion = "{0} IN ({3},{4})"},
     Regla{.columna = "contenida", .condicion = "{0} IN ({3},{4})"},
     Regla{.columna = "estaciones.evaporacion", .condicion = "{0} IN ({3},{4})"},
@@ -141,10 +140,13 @@ std::string condicionDe(const Tabla& tabla, const Columna& columna, const Dialec
             regla.columna == columna.nombre || regla.columna == tabla.nombre + "." + columna.nombre;
         if (!suya) continue;
         condicion += " AND ";
-        condicion += fmt::format(fmt::runtime(regla.condicion), columna.nombre,
-                                 dialecto.momento(kPrimeraDescarga.time_since_epoch().count()),
-                                 dialecto.momento(kUltimaDescarga.time_since_epoch().count()), dialecto.no,
-                                 dialecto.si, kUltimoPuerto);
+        const auto segundos = [](auto momento) { return momento.time_since_epoch().count(); };
+        condicion += fmt::format(
+            fmt::runtime(regla.condicion), columna.nombre, dialecto.momento(segundos(kPrimeraDescarga)),
+            dialecto.momento(segundos(kUltimaDescarga)), dialecto.no, dialecto.si, kUltimoPuerto,
+            dialecto.momento(segundos(kPrimeraIncorporada)), dialecto.momento(segundos(kUltimaIncorporada)),
+            dialecto.momentoDelRegistrador(segundos(kPrimerMomento)),
+            dialecto.momentoDelRegistrador(segundos(kUltimoMomento)));
     }
     return condicion;
 }
@@ -250,9 +252,77 @@ bool seObtiene(std::string_view tabla) {
     return tabla == "muestras" || tabla == "testigos";
 }
 bool seObtiene(std::string_view tabla, std::string_view columna) {
-    return std::ranges::any_of(kDeLasImagenes, [&](const DeLasImagenes& una) {
+    return std::ranges::any_of(kDeLasImagenes, [&](const ColumnaDeTabla& una) {
         return una.tabla == tabla && una.columna == columna;
     });
+}
+
+std::string_view remedioDe(const Falta& falta) {
+    if (falta.clase == Falta::Clase::tabla) {
+        return falta.tabla == "contenidos"  ? kSinContenidos
+               : falta.tabla == "descargas" ? kSinDescargas
+                                            : kReponer;
+    }
+    if (seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre)) return kReponer;
+    const auto& columna = falta.columna.nombre;
+    if (falta.tabla == "contenidos" && columna == "datos") return kSinContenidos;
+    // Without these nobody knows of which image it is.
+    return falta.tabla == "descargas" && columna != "estacion" && columna != "imagen" ? kSinDescargas
+                                                                                      : kRecuperar;
+}
+
+namespace {
+
+std::string entreComillas(std::string_view nombre) {
+    std::string texto = "\"";
+    for (const char letra : nombre) texto.append(letra == '"' ? 2 : 1, letra);
+    return texto + '"';
+}
+
+bool esComo(const Tabla& debe, Tabla otra) {
+    otra.nombre = debe.nombre;
+    const Tablas una{std::move(otra)};
+    return faltasDe({debe}, una).empty() && sobrasDe({debe}, una).empty();
+}
+
+template <typename Lista, typename Condicion>
+auto unicaQue(const Lista& lista, Condicion condicion) -> decltype(&lista.front()) {
+    const auto una = std::ranges::find_if(lista, condicion);
+    if (una == lista.end() || std::find_if(una + 1, lista.end(), condicion) != lista.end()) return nullptr;
+    return &*una;
+}
+
+}  // namespace
+
+std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay, std::string_view prefijo) {
+    std::vector<std::string> sentencias;
+    for (const auto& falta : faltasDe(deben, hay)) {
+        const auto& debe = *buscarTabla(deben, falta.tabla);
+        if (falta.clase == Falta::Clase::tabla) {
+            const auto* otra = unicaQue(hay, [&](const Tabla& una) {
+                return buscarTabla(deben, una.nombre) == nullptr && esComo(debe, una);
+            });
+            if (otra != nullptr)
+                sentencias.push_back(fmt::format("ALTER TABLE {}{} RENAME TO {}", prefijo,
+                                                 entreComillas(otra->nombre), debe.nombre));
+        } else if (falta.clase == Falta::Clase::columna) {
+            const auto* suya = buscarTabla(hay, falta.tabla);
+            const auto esDeEsas = [&](const Columna& una) {
+                return una.tipo == falta.columna.tipo && una.obligatoria == falta.columna.obligatoria;
+            };
+            const auto* sobra = unicaQue(suya->columnas, [&](const Columna& una) {
+                return esDeEsas(una) && debe.columna(una.nombre) == nullptr;
+            });
+            const auto* falta1 = unicaQue(debe.columnas, [&](const Columna& una) {
+                return esDeEsas(una) && suya->columna(una.nombre) == nullptr;
+            });
+            if (sobra != nullptr && falta1 != nullptr)
+                sentencias.push_back(fmt::format("ALTER TABLE {}{} RENAME COLUMN {} TO {}", prefijo,
+                                                 debe.nombre, entreComillas(sobra->nombre),
+                                                 falta.columna.nombre));
+        }
+    }
+    return sentencias;
 }
 
 std::string contarImposibles(const Tabla& tabla, const Dialecto& dialecto) {
@@ -274,13 +344,8 @@ std::string filasImposibles(const Tabla& tabla, const Dialecto& dialecto) {
 
 std::string avisoDeImposibles(std::string_view tabla, const Columna& columna, std::int64_t cuantos) {
     const bool deDescarga = tabla == "descargas";
-    const bool seSabe = seObtiene(tabla) || seObtiene(tabla, columna.nombre);
-    return fmt::format(
-        "la tabla {} tiene en su columna {} valores que este programa no escribe: {}: {}", tabla,
-        columna.nombre, cuantos,
-        deDescarga ? "rehacer quita esas fichas de descarga; incorpore después sus .rgt con su .json otra vez"
-        : seSabe   ? kReponer
-                   : "repóngalo con rehacer; si no basta, recupere su copia");
+    return fmt::format("la tabla {} tiene en su columna {} valores que este programa no escribe: {}: {}",
+                       tabla, columna.nombre, cuantos, deDescarga ? kSinDescargas : kReponer);
 }
 
 std::string valorDeRelleno(std::string_view tipo) {

@@ -50,18 +50,25 @@ struct Falta {
 std::vector<Falta> faltasDe(const Tablas& deben, const Tablas& hay);
 // For people, without what to do.
 std::string textoDe(const Falta& falta);
+// Gives back their names to tables and columns that stand under other ones: each is known by its columns, and
+// a column by being the only one of its kind that is missing where only one is too many.
+std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay, std::string_view prefijo);
 // The columns that nobody asked for, and the keys.
 std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay);
 
 // What the images tell again: a whole table, or a column of one.
 bool seObtiene(std::string_view tabla);
 bool seObtiene(std::string_view tabla, std::string_view columna);
+// What to do about a table or a column that is missing; kRecuperar where rehacer can do nothing.
+std::string_view remedioDe(const Falta& falta);
 
-// How a data base writes what every value of a type satisfies, and a moment from seconds since 1970.
+// How a data base writes what every value of a type satisfies, and a moment from seconds since 1970: ours,
+// and one of a logger.
 struct Dialecto {
     std::string_view prefijo;  // of a table
     std::string (*delTipo)(const Columna& columna);
     std::string (*momento)(std::int64_t segundos);
+    std::string (*momentoDelRegistrador)(std::int64_t segundos);
     std::string_view no;
     std::string_view si;
 };
@@ -80,5 +87,9 @@ std::string textoDe(const Clave& clave);
 inline constexpr std::string_view kRecuperar =
     "recupere su copia, o haga otro archivo con los .rgt guardados";
 inline constexpr std::string_view kReponer = "repóngalo con rehacer";
+inline constexpr std::string_view kSinContenidos =
+    "recupere su copia; si no la tiene, haga rehacer e incorpore otra vez los .rgt guardados";
+inline constexpr std::string_view kSinDescargas =
+    "rehacer quita esas fichas de descarga; incorpore después sus .rgt con su .json otra vez";
 
 }  // namespace telvane

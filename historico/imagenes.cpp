@@ -1,13 +1,17 @@
 #include "historico/imagenes.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 #include <utility>
 
 #include <fmt/format.h>
 
 namespace telvane {
+
+ImagenDanada::ImagenDanada(const Huella& huella, const std::string& motivo)
+    : ErrorImagen(fmt::format("la imagen {} está dañada en el archivo: {}; vea telvane-historico comprobar",
+                              textoDe(huella), motivo)),
+      motivo_(motivo) {}
 
 const Imagenes::Abierta* Imagenes::buscar(const Huella& huella) {
     const auto lugar = std::find_if(abiertas_.begin(), abiertas_.end(),
@@ -28,12 +32,7 @@ const Imagenes::Abierta& Imagenes::recordar(Abierta abierta) {
 }
 
 const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
-    const auto danada = [&](const std::string& que) {
-        return ErrorImagen(
-            fmt::format("la imagen {} está dañada en el archivo: {}; vuelva a incorporarla en otro "
-                        "archivo desde su .rgt",
-                        textoDe(huella), que));
-    };
+    const auto danada = [&](const std::string& que) { return ImagenDanada(huella, que); };
     // Down to one that stands alone or is at hand, and up again. As a rule the base is at hand; where it is
     // not, all that is below it is needed.
     constexpr std::size_t kDeUnaVez = 64;
@@ -57,7 +56,6 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
             const auto base = guardada.base ? BytesImagen(*abierta->bytes) : BytesImagen{};
             auto bytes = std::exchange(libre_, {});
             if (!bytes) bytes = std::make_shared<std::vector<std::uint8_t>>();
-            bytes->resize(guardada.bytes);
             descompresor_.abrir(guardada.datos, base, *bytes);
             // What is kept of the depth only follows from the chain.
             const int profundidad = guardada.base ? abierta->profundidad + 1 : 0;
@@ -84,37 +82,6 @@ std::shared_ptr<const std::vector<std::uint8_t>> Imagenes::compartida(const Huel
     if (siSeLee(huella) == nullptr) return nullptr;
     abiertas_.front().compartida = true;
     return abiertas_.front().bytes;
-}
-
-std::vector<Almacen::Eslabon> profundidadesPorCorregir(Almacen& almacen, IdEstacion estacion) {
-    const auto eslabones = almacen.eslabones(estacion);
-    std::map<Huella, const Almacen::Eslabon*> cada;
-    for (const auto& uno : eslabones) cada.emplace(uno.huella, &uno);
-    std::map<Huella, std::int64_t> hondura;
-    std::vector<Almacen::Eslabon> mal;
-    for (const auto& uno : eslabones) {
-        std::vector<const Almacen::Eslabon*> camino;
-        std::set<Huella> vistas;
-        std::optional<std::int64_t> debajo;
-        for (const auto* este = &uno; !debajo && vistas.insert(este->huella).second;) {
-            if (const auto sabida = hondura.find(este->huella); sabida != hondura.end()) {
-                debajo = sabida->second;
-                break;
-            }
-            camino.push_back(este);
-            if (!este->base) debajo = -1;
-            const auto base = este->base ? cada.find(*este->base) : cada.end();
-            if (base == cada.end()) break;
-            este = base->second;
-        }
-        for (; debajo && !camino.empty(); camino.pop_back()) {
-            hondura.emplace(camino.back()->huella, ++*debajo);
-            if (camino.back()->profundidad == *debajo) continue;
-            mal.push_back(*camino.back());
-            mal.back().profundidad = *debajo;
-        }
-    }
-    return mal;
 }
 
 }  // namespace telvane

@@ -17,12 +17,22 @@ class ErrorImagen : public std::runtime_error {
     explicit ErrorImagen(const std::string& que) : std::runtime_error(sinControles(que)) {}
 };
 
+// What is kept of it is not what its SHA-256 says.
+class ImagenDanada : public ErrorImagen {
+   public:
+    ImagenDanada(const Huella& huella, const std::string& motivo);
+    const std::string& motivo() const { return motivo_; }
+
+   private:
+    std::string motivo_;
+};
+
 // Keeps a few of them: an image is packed against one that was looked at just before, as a rule.
 class Imagenes {
    public:
     Imagenes(Almacen& almacen, IdEstacion estacion) : almacen_(almacen), estacion_(estacion) {}
 
-    // Byte for byte; valid until the next call. Throws ErrorImagen when it is not there, or damaged.
+    // Byte for byte; valid until the next call. Throws ImagenDanada, also where it is not there.
     const std::vector<std::uint8_t>& bytes(const Huella& huella);
     // The same; nullptr instead of ErrorImagen. What is new can be taken in beside a damaged image.
     const std::vector<std::uint8_t>* siSeLee(const Huella& huella);
@@ -48,9 +58,5 @@ class Imagenes {
     std::shared_ptr<std::vector<std::uint8_t>> libre_;
     Descompresor descompresor_;
 };
-
-// Images of which another depth is kept than that of their chain, with the one that it is. Those whose chain
-// comes to no end have none.
-std::vector<Almacen::Eslabon> profundidadesPorCorregir(Almacen& almacen, IdEstacion estacion);
 
 }  // namespace telvane

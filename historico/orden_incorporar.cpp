@@ -138,6 +138,12 @@ class Tanda {
                 archivo_.incorporar(bytes, {opciones_.serie, opciones_.como},
                                     {archivo, contexto_.entorno.ahora(), fichaDe(archivo, bytes)});
             relato_.decir(opciones_.json ? objeto(archivo, hecha) : linea(archivo, hecha));
+            if (hecha.repuesta) {
+                contexto_.consola.aviso(
+                    fmt::format("{}: esa imagen se había perdido en el archivo, y vuelve a estar: vea "
+                                "telvane-historico comprobar",
+                                sinControles(archivo)));
+            }
             if (hecha.parcial) {
                 contexto_.consola.aviso(fmt::format("{}: imagen parcial, {} bytes de {}",
                                                     sinControles(archivo), bytes.size(), kBytesMemoria));

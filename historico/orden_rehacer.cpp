@@ -10,7 +10,8 @@ namespace {
 
 void rehacer(ContextoHistorico& contexto) {
     const auto almacen = contexto.abrir(Uso::cambiar);
-    const auto fallos = Archivo(*almacen).rehacer([&] { contexto.atender(); });
+    const auto [fallos, avisos] = Archivo(*almacen).rehacer([&] { contexto.atender(); });
+    for (const auto& aviso : avisos) contexto.consola.aviso(aviso);
     for (const auto& fallo : fallos) contexto.consola.aviso(fallo);
     if (!fallos.empty())
         throw ErrorCli(CodigoSalida::fallo, fmt::format("queda sin reponer: {}", fallos.size()));

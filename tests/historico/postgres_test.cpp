@@ -223,22 +223,33 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
           "UPDATE telvane.imagenes SET incorporada='4000-01-01 BC'"}) {
         servidor.ejecutar("partes", "SET client_min_messages=error; " + cambio);
         EXPECT_THAT(defectos(), testing::Not(testing::IsEmpty())) << cambio;
-        EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty()) << cambio;
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::IsEmpty()) << cambio;
         EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
         EXPECT_EQ(retrato(almacen), antes) << cambio;
     }
     servidor.ejecutar("partes", "DELETE FROM telvane.imagenes");
     EXPECT_THAT(defectos(), testing::Contains(HasSubstr("de 1 de sus imágenes queda el contenido")));
-    EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty());
+    EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::IsEmpty());
     EXPECT_THAT(defectos(), testing::IsEmpty());
     EXPECT_EQ(retrato(almacen), antes);
 
-    servidor.ejecutar("partes", "DELETE FROM telvane.estaciones");
-    EXPECT_THAT(Archivo(almacen).rehacer([] {}),
-                testing::ElementsAre("imágenes de una estación que no está: 1"));
+    for (const std::string cambio :
+         {"DELETE FROM telvane.estaciones", "DROP TABLE telvane.estaciones CASCADE"}) {
+        servidor.ejecutar("partes", "SET client_min_messages=error; " + cambio);
+        EXPECT_THAT(defectos(), testing::Not(testing::IsEmpty())) << cambio;
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::IsEmpty()) << cambio;
+        EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
+        EXPECT_EQ(retrato(almacen), antes) << cambio;
+    }
     servidor.ejecutar("partes", "DROP TABLE telvane.contenidos");
-    EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }),
-                HasSubstr("falta la tabla contenidos: recupere su copia"));
+    EXPECT_THAT(defectos(),
+                testing::ElementsAre(HasSubstr("falta la tabla contenidos: recupere su copia; si no la "
+                                               "tiene, haga rehacer")));
+    EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos,
+                testing::ElementsAre(HasSubstr("falta su contenido; vuelva a incorporarla")));
+    incorporar(almacen, 10);
+    EXPECT_THAT(defectos(), testing::IsEmpty());
+    EXPECT_EQ(retrato(almacen), antes);
 }
 
 // A remedy that is told has to work.
@@ -297,7 +308,7 @@ TEST(Servidor, PostgresqlThatLostAColumnOrAKeyNamesItAndGetsItBack) {
              {"ALTER TABLE telvane.muestras RENAME TO m2", "falta la tabla muestras"}}) {
         servidor.ejecutar("claves", "SET client_min_messages=error; " + cambio);
         EXPECT_THAT(defectos(), testing::Contains(falta + ": repóngalo con rehacer").Times(1)) << cambio;
-        EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty()) << cambio;
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::IsEmpty()) << cambio;
         EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
         EXPECT_EQ(retrato(almacen), antes) << cambio;
     }
@@ -311,19 +322,41 @@ TEST(Servidor, PostgresqlThatLostAColumnOrAKeyNamesItAndGetsItBack) {
                           "contradicen: recupere su copia"));
 }
 
+TEST(Servidor, PostgresqlGivesWhatWasRenamedItsNameBack) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("nombres");
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
+    incorporar(almacen, 10);
+    const auto antes = retrato(almacen);
+    const auto defectos = [&] { return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}); };
+    for (const std::string cambio :
+         {"descargas RENAME COLUMN puerto TO otra", "imagenes RENAME COLUMN huella TO \"la \"\"otra\"",
+          "estaciones RENAME COLUMN nombre TO otra", "contenidos RENAME COLUMN datos TO otra",
+          "imagenes RENAME TO \"Las fotos\"", "contenidos RENAME TO otra", "descargas RENAME TO otra",
+          "estaciones RENAME TO otra"}) {
+        servidor.ejecutar("nombres", "ALTER TABLE telvane." + cambio);
+        EXPECT_THAT(defectos(), testing::AllOf(testing::Not(testing::IsEmpty()),
+                                               testing::Each(testing::EndsWith(": repóngalo con rehacer"))))
+            << cambio;
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::IsEmpty()) << cambio;
+        EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
+        EXPECT_EQ(retrato(almacen), antes) << cambio;
+    }
+}
+
 TEST(Servidor, PostgresqlThatLostWhatNothingTellsAgainSaysSoInSpanish) {
     auto& servidor = ServidorPostgres::unico();
-    for (const std::string columna :
-         {"descargas puerto", "imagenes origen", "estaciones serie", "contenidos datos"}) {
+    for (const auto& [tabla, columna] :
+         std::vector<std::pair<std::string, std::string>>{{"imagenes", "huella"},
+                                                          {"estaciones", "nombre"},
+                                                          {"contenidos", "huella"},
+                                                          {"descargas", "imagen"}}) {
         const auto url = servidor.baseVacia("perdida");
         AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
         incorporar(almacen, 10);
-        const auto blanco = columna.find(' ');
-        const auto tabla = columna.substr(0, blanco);
-        const auto cual = columna.substr(blanco + 1);
         servidor.ejecutar("perdida", "SET client_min_messages=error; ALTER TABLE telvane." + tabla +
-                                         " RENAME COLUMN " + cual + " TO otra");
-        const auto falta = "a la tabla " + tabla + " le falta la columna " + cual +
+                                         " DROP COLUMN " + columna + " CASCADE");
+        const auto falta = "a la tabla " + tabla + " le falta la columna " + columna +
                            ": recupere su copia, o haga otro archivo con los .rgt guardados";
         EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::Contains(falta));
         EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }), HasSubstr(falta));
@@ -362,9 +395,9 @@ TEST(Servidor, PostgresqlNamesWhatHangsOnItsTablesAndIsNotOurs) {
                             "DROP INDEX telvane.solo"}}) {
         servidor.ejecutar("ajenos", cambio);
         EXPECT_THAT(defectos(), testing::Contains(HasSubstr(dicho))) << cambio;
-        EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::ElementsAre(HasSubstr(dicho))) << cambio;
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::ElementsAre(HasSubstr(dicho))) << cambio;
         servidor.ejecutar("ajenos", remedio);
-        EXPECT_THAT(Archivo(almacen).rehacer([] {}), testing::IsEmpty()) << cambio;
+        EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::IsEmpty()) << cambio;
         EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
     }
 }
@@ -535,7 +568,7 @@ TEST(Servidor, PostgresqlWithStationsOnAnotherServerAnswersAsOneAlone) {
     EXPECT_EQ(retrato(repartido), debido);
     const auto defectos = [&] { return Archivo(repartido).comprobar(*AlmacenSqlite::temporal(), [] {}); };
     EXPECT_THAT(defectos(), testing::IsEmpty());
-    EXPECT_THAT(Archivo(repartido).rehacer([] {}), testing::IsEmpty());
+    EXPECT_THAT(Archivo(repartido).rehacer([] {}).fallos, testing::IsEmpty());
     EXPECT_THAT(defectos(), testing::IsEmpty());
     EXPECT_EQ(retrato(repartido), debido);
 
@@ -552,7 +585,7 @@ TEST(Servidor, PostgresqlWithStationsOnAnotherServerAnswersAsOneAlone) {
                       "telvane.estaciones SELECT * FROM telvane.antes; DROP TABLE telvane.antes");
     EXPECT_THAT(defectos(), testing::Contains(HasSubstr("sobra la muestra de")));
     EXPECT_EQ(tomar(repartido, ultima).nuevas, 0);
-    EXPECT_THAT(Archivo(repartido).rehacer([] {}), testing::IsEmpty());
+    EXPECT_THAT(Archivo(repartido).rehacer([] {}).fallos, testing::IsEmpty());
     EXPECT_THAT(defectos(), testing::IsEmpty());
     EXPECT_EQ(retrato(repartido), conLaUltima);
 }

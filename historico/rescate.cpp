@@ -1,0 +1,493 @@
+#include "historico/rescate.h"
+
+#include <algorithm>
+#include <iterator>
+#include <tuple>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "historico/esquema.h"
+#include "historico/imagen.h"
+#include "historico/nombre_estacion.h"
+#include "loggerconfig/datos_config.h"
+
+namespace telvane {
+
+namespace {
+
+// Of images that do not say it, and of which nobody else does.
+constexpr std::string_view kSerieDesconocida = "00000000";
+constexpr std::string_view kRecuperada = "recuperada";
+
+}  // namespace
+
+Rescate::Rescate(Almacen& almacen, const std::function<void()>& alAvanzar)
+    : almacen_(almacen),
+      alAvanzar_(alAvanzar),
+      filas_(almacen.estaciones()),
+      fichas_(almacen.fichasGuardadas()),
+      contenidos_(almacen, nombradas(), alAvanzar),
+      piezas_(piezasDe(contenidos_, fichas_)) {
+    situar();
+    agrupar();
+    fundirHuerfanas();
+    devolverAjenas();
+    apartarRepetidas();
+    nombrar();
+    describir();
+}
+
+// Images that something else than their contents speaks of.
+std::set<Huella> Rescate::nombradas() const {
+    std::set<Huella> huellas;
+    for (const auto& una : fichas_) huellas.insert(una.ficha.huella);
+    for (const auto& fila : filas_) {
+        if (fila.resumen.masNueva) huellas.insert(*fila.resumen.masNueva);
+        for (const auto& [imagen, descarga] : almacen_.descargas(fila.id)) huellas.insert(imagen);
+    }
+    return huellas;
+}
+
+// What is kept of one image in two stations belongs to the one that has its samples.
+void Rescate::situar() {
+    for (auto& pieza : piezas_) {
+        const auto* guardado = guardadoDe(pieza);
+        const auto* ficha = fichaDe(pieza);
+        if (guardado == nullptr || ficha == nullptr || guardado->estacion == ficha->estacion) continue;
+        pieza.estacion = pieza.seLee ? laDeSusMuestras({guardado->estacion, ficha->estacion}, pieza.huella)
+                                     : ficha->estacion;
+    }
+}
+
+// The first of those that have as many.
+IdEstacion Rescate::laDeSusMuestras(const std::vector<IdEstacion>& cuales, const Huella& huella) {
+    constexpr std::size_t kBastan = 20;
+    const auto filas = filasQueNoEstanEn(contenidos_.bytes(huella), {});
+    const auto paso = std::max<std::size_t>(filas.size() / kBastan, 1);
+    auto mejor = cuales.front();
+    int masDe = -1;
+    for (const auto id : cuales) {
+        int tiene = 0;
+        for (std::size_t i = 0; i < filas.size(); i += paso) {
+            almacen_.filas(id, filas[i].instante, filas[i].instante,
+                           [&](const Fila& fila) { tiene += fila.esLaMisma(filas[i]) ? 1 : 0; });
+        }
+        if (tiene > masDe) mejor = id;
+        masDe = std::max(masDe, tiene);
+    }
+    return mejor;
+}
+
+void Rescate::agrupar() {
+    grupos_.clear();
+    for (std::size_t i = 0; i < piezas_.size(); ++i) grupos_[piezas_[i].estacion].piezas.push_back(i);
+    // Those that stand at their images first.
+    for (const bool suSitio : {true, false}) {
+        for (const auto& fila : filas_) {
+            const auto id = dondeEsta(fila);
+            if ((id == fila.id) != suSitio) continue;
+            auto& grupo = grupos_[id];
+            if (!grupo.fila) grupo.fila = fila;
+        }
+    }
+    for (auto& [id, grupo] : grupos_) grupo.serie = serieDe(grupo);
+}
+
+// Whose images a station's row speaks of: the newest one and its header must be among them.
+IdEstacion Rescate::dondeEsta(const EstacionGuardada& fila) {
+    const auto& nueva = fila.resumen.masNueva;
+    if (!nueva || !contenidos_.seLee(*nueva)) return fila.id;
+    std::set<IdEstacion> quienes;
+    const auto esElla = [&](std::size_t cual) { return piezas_[cual].huella == *nueva; };
+    for (const auto& [id, grupo] : grupos_) {
+        if (std::ranges::any_of(grupo.piezas, esElla)) quienes.insert(id);
+    }
+    if (quienes.contains(fila.id) || quienes.size() != 1) return fila.id;
+    const auto& bytes = contenidos_.bytes(*nueva);
+    const auto& cabecera = fila.resumen.cabecera;
+    const bool laSuya = cabecera.size() == std::min(bytes.size(), registro_config::kCabecera) &&
+                        std::equal(cabecera.begin(), cabecera.end(), bytes.begin());
+    return laSuya ? *quienes.begin() : fila.id;
+}
+
+// The one that most of its images say; without any, the one that the station bears.
+std::string Rescate::serieDe(const Grupo& grupo) const {
+    std::map<std::string, int> votos;
+    for (const auto cual : grupo.piezas) {
+        if (piezas_[cual].serie) ++votos[*piezas_[cual].serie];
+    }
+    const auto nombre = grupo.fila ? grupo.fila->nombre : std::string();
+    const auto valeMas = [&](const auto& una, const auto& otra) {
+        return std::pair(una.second, esNombreDe(nombre, una.first)) <
+               std::pair(otra.second, esNombreDe(nombre, otra.first));
+    };
+    if (!votos.empty()) return std::ranges::max_element(votos, valeMas)->first;
+    const auto principio = nombre.substr(0, kSerieDesconocida.size());
+    if (esSerie(principio) && esNombreDe(nombre, principio)) return principio;
+    return grupo.fila && esSerie(grupo.fila->serie) ? grupo.fila->serie : std::string(kSerieDesconocida);
+}
+
+// A station that was made anew while its old images were without one.
+void Rescate::fundirHuerfanas() {
+    bool alguna = false;
+    for (const auto& [id, huerfana] : grupos_) {
+        if (huerfana.fila) continue;
+        const auto suya = std::ranges::find_if(grupos_, [&](const auto& otra) {
+            return otra.second.fila && otra.second.serie == huerfana.serie &&
+                   concuerdan(huerfana, otra.second);
+        });
+        if (suya == grupos_.end()) continue;
+        for (const auto cual : huerfana.piezas) piezas_[cual].estacion = suya->first;
+        alguna = true;
+    }
+    if (alguna) agrupar();
+}
+
+// Whether some image of the one shows that it comes from the same memory as one of the other.
+bool Rescate::concuerdan(const Grupo& uno, const Grupo& otro) {
+    for (const auto cual : uno.piezas) {
+        if (!piezas_[cual].seLee) continue;
+        const auto bytes = contenidos_.bytes(piezas_[cual].huella);
+        for (const auto cualOtra : otro.piezas) {
+            alAvanzar_();
+            const auto& otra = piezas_[cualOtra];
+            if (!otra.seLee) continue;
+            if (otra.huella == piezas_[cual].huella) return true;
+            if (comparar(bytes, contenidos_.bytes(otra.huella)) == Trato::concuerdan) return true;
+        }
+    }
+    return false;
+}
+
+// Images whose header names another logger than that of the station where they stand.
+void Rescate::devolverAjenas() {
+    for (auto& pieza : piezas_) {
+        if (!pieza.serie || *pieza.serie == grupos_.at(pieza.estacion).serie) continue;
+        pieza.estacion = estacionDe(*pieza.serie, pieza.huella);
+        grupos_[pieza.estacion].serie = *pieza.serie;
+    }
+}
+
+IdEstacion Rescate::estacionDe(const std::string& serie, const Huella& huella) {
+    std::vector<IdEstacion> suyas;
+    std::set<IdEstacion> todas;
+    for (const auto& [id, grupo] : grupos_) {
+        todas.insert(id);
+        if (grupo.serie != serie) continue;
+        const bool sinMas = grupo.fila && grupo.fila->nombre == serie;
+        suyas.insert(sinMas ? suyas.begin() : suyas.end(), id);
+    }
+    if (suyas.empty()) return almacen_.idLibre(todas);
+    return suyas.size() == 1 ? suyas.front() : laDeSusMuestras(suyas, huella);
+}
+
+void Rescate::apartarRepetidas() {
+    std::map<std::pair<IdEstacion, Huella>, std::size_t> vistas;
+    std::vector<Pieza> unicas;
+    for (auto& pieza : piezas_) {
+        const auto [lugar, nueva] = vistas.emplace(std::pair(pieza.estacion, pieza.huella), unicas.size());
+        if (nueva) {
+            unicas.push_back(std::move(pieza));
+            continue;
+        }
+        // What the first lacks it gets of the second.
+        auto& primera = unicas[lugar->second];
+        if (!esSuContenido(primera) && esSuContenido(pieza)) std::swap(primera.contenido, pieza.contenido);
+        if (!primera.ficha) std::swap(primera.ficha, pieza.ficha);
+        repetidas_.push_back(std::move(pieza));
+    }
+    piezas_ = std::move(unicas);
+    agrupar();
+}
+
+void Rescate::nombrar() {
+    std::set<std::string> usados;
+    std::set<std::string> sueltos;
+    for (const auto& fila : filas_) sueltos.insert(fila.nombre);
+    for (auto& [id, grupo] : grupos_) {
+        if (!grupo.fila) continue;
+        const auto& nombre = grupo.fila->nombre;
+        grupo.soloMuestras =
+            grupo.piezas.empty() && almacen_.contarFilas(id, kPrimerMomento, kUltimoMomento) > 0;
+        if (!grupo.soloMuestras && (grupo.piezas.empty() || !esNombreDe(nombre, grupo.serie))) continue;
+        grupo.nombre = nombre;
+        usados.insert(nombre);
+        sueltos.erase(nombre);
+    }
+    for (auto& [id, grupo] : grupos_) {
+        if (grupo.piezas.empty() || !grupo.nombre.empty()) continue;
+        grupo.nombre = nombreNuevo(grupo, sueltos, usados);
+        usados.insert(grupo.nombre);
+    }
+}
+
+// One that a station bore which has none of its images, as a rule because it is this one's.
+std::string Rescate::nombreNuevo(const Grupo& grupo, std::set<std::string>& sueltos,
+                                 const std::set<std::string>& usados) {
+    const auto suyo = std::ranges::find_if(
+        sueltos, [&](const std::string& nombre) { return esNombreDe(nombre, grupo.serie); });
+    if (suyo != sueltos.end()) return std::move(sueltos.extract(suyo).value());
+    const auto conNombre = [&](const auto& junto) { return fmt::format("{}/{}", grupo.serie, junto); };
+    const auto junto = grupo.fila ? nombreJuntoALaSerie(grupo.fila->nombre) : std::string();
+    if (!junto.empty() && !usados.contains(conNombre(junto))) return conNombre(junto);
+    auto nombre = grupo.serie;
+    for (int vez = 1; usados.contains(nombre); ++vez)
+        nombre = conNombre(vez == 1 ? std::string(kRecuperada) : fmt::format("{}-{}", kRecuperada, vez));
+    return nombre;
+}
+
+std::vector<Rescate::Sitio> Rescate::sitios() const {
+    std::vector<Sitio> sitios;
+    std::map<std::pair<IdEstacion, Huella>, std::int64_t> profundidades;
+    for (const auto& pieza : piezas_) {
+        auto& sitio = sitios.emplace_back();
+        if (!pieza.seLee) {
+            sitio.profundidad = Almacen::kPerdida;
+            continue;
+        }
+        if (esSuContenido(pieza)) {
+            const auto& sobre = contenidos_.todos()[*pieza.contenido].sobre;
+            const auto abajo = sobre ? profundidades.find({pieza.estacion, *sobre}) : profundidades.end();
+            if (abajo != profundidades.end()) {
+                sitio.base = sobre;
+                sitio.profundidad = abajo->second + 1;
+            }
+            sitio.sirve = sitio.base == sobre;
+        }
+        profundidades[{pieza.estacion, pieza.huella}] = sitio.profundidad;
+    }
+    return sitios;
+}
+
+void Rescate::describir() {
+    const auto decir = [&](IdEstacion id, const std::string& que) {
+        if (que.empty()) return;
+        porReponer_[nombreDe(id)].push_back(que);
+        afectadas_.insert(id);
+    };
+    const auto todos = sitios();
+    std::map<IdEstacion, std::int64_t> sinFicha;
+    for (std::size_t i = 0; i < piezas_.size(); ++i) {
+        const auto& pieza = piezas_[i];
+        const auto* guardado = guardadoDe(pieza);
+        const auto* ficha = fichaDe(pieza);
+        if (!pieza.seLee) afectadas_.insert(pieza.estacion);
+        if (pieza.seLee && ficha == nullptr) ++sinFicha[pieza.estacion];
+        if (guardado != nullptr && guardado->estacion != pieza.estacion)
+            afectadas_.insert(guardado->estacion);
+        if (ficha != nullptr && ficha->estacion != pieza.estacion) afectadas_.insert(ficha->estacion);
+        hayQueReponer_ =
+            hayQueReponer_ || (guardado != nullptr && guardado->profundidad != todos[i].profundidad);
+        decir(pieza.estacion, queTiene(pieza, todos[i]));
+    }
+    for (const auto& [id, cuantas] : sinFicha) {
+        decir(id, fmt::format("de {} de sus imágenes queda el contenido y nada más: repóngalas con rehacer",
+                              cuantas));
+    }
+    for (const auto& pieza : repetidas_) {
+        decir(pieza.estacion,
+              fmt::format("la imagen {} está dos veces: rehacer quita una", textoDe(pieza.huella)));
+    }
+    for (const auto& fila : filas_) {
+        const auto grupo = grupos_.find(fila.id);
+        const bool esSuya = grupo != grupos_.end() && grupo->second.fila && grupo->second.fila->id == fila.id;
+        if (!esSuya || grupo->second.piezas.empty()) afectadas_.insert(fila.id);
+        hayQueReponer_ = hayQueReponer_ || !esSuya;
+    }
+    for (const auto& [id, grupo] : grupos_) {
+        hayQueReponer_ = hayQueReponer_ || !grupo.fila;
+        decir(id, queTiene(id, grupo));
+    }
+    hayQueReponer_ = hayQueReponer_ || !porReponer_.empty();
+}
+
+std::string Rescate::queTiene(const Pieza& pieza, const Sitio& sitio) const {
+    if (!pieza.seLee) return {};
+    const auto imagen = textoDe(pieza.huella);
+    const auto* guardado = guardadoDe(pieza);
+    const auto* ficha = fichaDe(pieza);
+    for (const auto esta :
+         {guardado ? guardado->estacion : pieza.estacion, ficha ? ficha->estacion : pieza.estacion}) {
+        if (esta == pieza.estacion) continue;
+        const auto grupo = grupos_.find(esta);
+        const auto serie = grupo == grupos_.end() ? std::string() : grupo->second.serie;
+        return pieza.serie && *pieza.serie != serie && !serie.empty()
+                   ? fmt::format("la imagen {} es del registrador {}, no del {}: repóngala con rehacer",
+                                 imagen, *pieza.serie, serie)
+                   : fmt::format("la imagen {} está en otra estación que la suya: repóngala con rehacer",
+                                 imagen);
+    }
+    if (ficha != nullptr && ficha->ficha.huella != pieza.huella)
+        return fmt::format("lo anotado de la imagen {} lleva otra huella: {}", imagen, kReponer);
+    if (guardado != nullptr && guardado->huella != pieza.huella)
+        return fmt::format("el contenido de la imagen {} lleva otra huella: {}", imagen, kReponer);
+    if (guardado == nullptr || !sitio.sirve || guardado->base != sitio.base)
+        return fmt::format("el contenido de la imagen {} no está guardado como debe: {}", imagen, kReponer);
+    if (guardado->profundidad != sitio.profundidad)
+        return fmt::format("la profundidad anotada de la imagen {} no es la de su cadena: {}", imagen,
+                           kReponer);
+    return {};
+}
+
+std::string Rescate::queTiene(IdEstacion id, const Grupo& grupo) const {
+    // The store tells of what belongs to no station.
+    if (!grupo.fila || grupo.soloMuestras) return {};
+    if (grupo.piezas.empty()) return "no tiene ninguna imagen: rehacer la quita";
+    if (grupo.fila->id != id) return fmt::format("su fila lleva otro número: {}", kReponer);
+    if (grupo.fila->nombre != grupo.nombre)
+        return fmt::format("su nombre no es el de su número de serie: {}", kReponer);
+    if (grupo.fila->serie != grupo.serie)
+        return fmt::format("su número de serie no es el de sus imágenes: {}", kReponer);
+    if (grupo.fila->evaporacion != esDeVariante(grupo.serie))
+        return fmt::format("la variante no es la de su número: {}", kReponer);
+    return {};
+}
+
+std::string Rescate::nombreDe(IdEstacion id) const {
+    const auto& grupo = grupos_.at(id);
+    return grupo.fila ? grupo.fila->nombre : grupo.nombre;
+}
+
+Rescate::Lineas Rescate::perdidas(std::string_view remedio) const {
+    Lineas lineas;
+    for (const auto& pieza : piezas_) {
+        if (pieza.seLee) continue;
+        const auto& motivo = pieza.contenido ? contenidos_.todos()[*pieza.contenido].motivo
+                                             : std::string("falta su contenido");
+        lineas.push_back(fmt::format("estación {}: la imagen {} está dañada en el archivo: {}; {}",
+                                     nombreDe(pieza.estacion), textoDe(pieza.huella), motivo, remedio));
+    }
+    for (const auto& [id, grupo] : grupos_) {
+        if (!grupo.soloMuestras) continue;
+        lineas.push_back(
+            fmt::format("estación {}: no tiene ninguna imagen, y sí muestras: vuelva a incorporar "
+                        "sus .rgt; si no los tiene, guárdelas con exportar",
+                        grupo.nombre));
+    }
+    return lineas;
+}
+
+bool Rescate::pierde(IdEstacion estacion) const {
+    const auto grupo = grupos_.find(estacion);
+    if (grupo == grupos_.end()) return false;
+    return grupo->second.soloMuestras ||
+           std::ranges::any_of(grupo->second.piezas, [&](std::size_t cual) { return !piezas_[cual].seLee; });
+}
+
+Rescate::Lineas Rescate::reponer() {
+    guardarContenidos();
+    guardarFichas();
+    return guardarEstaciones();
+}
+
+void Rescate::guardarContenidos() {
+    struct Nuevo {
+        IdEstacion estacion;
+        Huella huella;
+        ImagenGuardada imagen;
+    };
+    std::vector<Nuevo> nuevos;
+    std::vector<const Almacen::Eslabon*> viejos;
+    const auto todos = sitios();
+    for (std::size_t i = 0; i < piezas_.size(); ++i) {
+        const auto& pieza = piezas_[i];
+        const auto& sitio = todos[i];
+        const auto* guardado = guardadoDe(pieza);
+        if (guardado == nullptr && !pieza.seLee) continue;
+        const bool igual =
+            !pieza.seLee || (guardado != nullptr && sitio.sirve && guardado->estacion == pieza.estacion &&
+                             guardado->huella == pieza.huella && guardado->base == sitio.base);
+        if (igual) {
+            if (guardado->profundidad != sitio.profundidad)
+                almacen_.corregirProfundidad(guardado->estacion, guardado->huella, sitio.profundidad);
+            continue;
+        }
+        if (guardado != nullptr) viejos.push_back(guardado);
+        nuevos.push_back({pieza.estacion,
+                          pieza.huella,
+                          {.base = sitio.base,
+                           .profundidad = static_cast<int>(sitio.profundidad),
+                           .datos = sitio.sirve ? almacen_.datosDe(*guardado)
+                                                : comprimir(contenidos_.bytes(pieza.huella))}});
+    }
+    for (const auto& pieza : repetidas_) {
+        if (const auto* guardado = guardadoDe(pieza)) viejos.push_back(guardado);
+    }
+    for (const auto* viejo : viejos) almacen_.quitarContenido(viejo->estacion, viejo->huella);
+    for (const auto& nuevo : nuevos) almacen_.guardarContenido(nuevo.estacion, nuevo.huella, nuevo.imagen);
+}
+
+void Rescate::guardarFichas() {
+    std::vector<Almacen::FichaGuardada> nuevas;
+    std::vector<const Almacen::FichaGuardada*> viejas;
+    for (const auto& pieza : piezas_) {
+        const auto* ficha = fichaDe(pieza);
+        if (!pieza.seLee) continue;
+        if (ficha != nullptr && ficha->estacion == pieza.estacion && ficha->ficha.huella == pieza.huella)
+            continue;
+        auto& nueva = nuevas.emplace_back(pieza.estacion, ficha != nullptr ? ficha->ficha : FichaImagen{});
+        // What else it says of itself is noted with its samples.
+        nueva.ficha.huella = pieza.huella;
+        if (ficha == nullptr) nueva.ficha.bytes = contenidos_.bytes(pieza.huella).size();
+        if (ficha != nullptr) viejas.push_back(ficha);
+    }
+    for (const auto& pieza : repetidas_) {
+        if (const auto* ficha = fichaDe(pieza)) viejas.push_back(ficha);
+    }
+    for (const auto* vieja : viejas) almacen_.quitarFicha(vieja->estacion, vieja->ficha.huella);
+    for (const auto& nueva : nuevas) almacen_.agregarFicha(nueva.estacion, nueva.ficha);
+}
+
+// No two of them may bear one name or one number, not even for a moment.
+Rescate::Lineas Rescate::guardarEstaciones() {
+    std::set<IdEstacion> enSuSitio;
+    for (const auto& [id, grupo] : grupos_) {
+        if (!grupo.nombre.empty() && grupo.fila && grupo.fila->id == id) enSuSitio.insert(id);
+    }
+    for (const auto& fila : filas_) {
+        if (!enSuSitio.contains(fila.id)) almacen_.quitarEstacion(fila.id);
+    }
+    for (const auto id : enSuSitio) {
+        auto provisional = *grupos_.at(id).fila;
+        if (provisional.nombre == grupos_.at(id).nombre) continue;
+        provisional.nombre = fmt::format("?{}", id);
+        almacen_.corregirEstacion(provisional);
+    }
+    Lineas avisos;
+    for (auto& [id, grupo] : grupos_) {
+        if (grupo.nombre.empty()) continue;
+        const EstacionGuardada estacion{.id = id,
+                                        .nombre = grupo.nombre,
+                                        .serie = grupo.serie,
+                                        .evaporacion = esDeVariante(grupo.serie),
+                                        .resumen = grupo.fila ? grupo.fila->resumen : ResumenEstacion{}};
+        if (enSuSitio.contains(id)) {
+            almacen_.corregirEstacion(estacion);
+        } else {
+            almacen_.agregarEstacion(estacion);
+            almacen_.guardarResumen(id, estacion.resumen);
+        }
+        const bool seSabia = grupo.fila && grupo.fila->nombre == grupo.nombre;
+        const bool inventado =
+            nombreJuntoALaSerie(grupo.nombre).starts_with(kRecuperada) || grupo.serie == kSerieDesconocida;
+        if (!seSabia && inventado) {
+            avisos.push_back(
+                fmt::format("estación {}: su nombre se había perdido, y este es nuevo", grupo.nombre));
+        }
+        grupo.fila = estacion;
+    }
+    return avisos;
+}
+
+bool Rescate::esSuContenido(const Pieza& pieza) const {
+    return pieza.contenido && contenidos_.todos()[*pieza.contenido].es == pieza.huella;
+}
+const Almacen::Eslabon* Rescate::guardadoDe(const Pieza& pieza) const {
+    return pieza.contenido ? &contenidos_.todos()[*pieza.contenido].guardado : nullptr;
+}
+const Almacen::FichaGuardada* Rescate::fichaDe(const Pieza& pieza) const {
+    return pieza.ficha ? &fichas_[*pieza.ficha] : nullptr;
+}
+
+}  // namespace telvane

@@ -1,0 +1,421 @@
+// What somebody changed in the tables by hand: nothing is lost by it, and whoever does what he is told comes
+// to an archive that is whole.
+#include <cstdlib>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "historico/destino.h"
+#include "historico/esquema.h"
+#include "historico/esquema_postgres.h"
+#include "historico/esquema_sqlite.h"
+#include "tests/historico/banco_ordenes.h"
+
+namespace telvane {
+namespace {
+
+using testing::HasSubstr;
+
+// An image of the archive that is damaged, and how it was taken.
+struct Original {
+    std::vector<std::string> orden;
+    std::vector<std::uint8_t> bytes;
+    Huella huella{};
+};
+
+std::vector<std::string> valores(const std::map<std::string, std::string>& cuales) {
+    std::vector<std::string> lista;
+    for (const auto& [clave, valor] : cuales) lista.push_back(valor);
+    return lista;
+}
+
+class Danos : public OrdenesEnAmbos {
+   protected:
+    // A station's image, told apart by its number.
+    std::string imagenDe(const std::string& serie, int minutos = 50) {
+        return guardar(serie + "-" + std::to_string(minutos) + ".rgt",
+                       ImagenPrueba(serie).serie(0, 0, minutos).bytes());
+    }
+    std::string exportada(const std::string& estacion) {
+        return correr({"exportar", "-", "--estacion", estacion}).salida;
+    }
+    // All that an archive holds of each station, but for when its images came.
+    std::map<std::string, std::string> todoLoQueHay() {
+        const auto almacen = abrirAlmacen(archivo(), Uso::leer, paciencia, {});
+        std::map<std::string, std::string> todo;
+        for (const auto& e : Lectura(*almacen).estaciones()) {
+            const auto& r = e.resumen;
+            std::ostringstream texto;
+            texto << r.imagenes << " " << r.muestras << " " << r.huecos << " " << r.conflictos << " "
+                  << textoDe(*r.masNueva) << "\n";
+            for (const auto& f : almacen->fichas(e.id)) {
+                texto << textoDe(f.huella) << " " << f.bytes << " " << f.muestras << " " << f.retrocesos
+                      << " " << f.contenida << " "
+                      << (almacen->descarga(e.id, f.huella) ? "descargada\n" : "\n");
+            }
+            std::vector<std::uint8_t> muestras;
+            almacen->filas(e.id, kPrimerMomento, kUltimoMomento, [&](const Fila& f) {
+                muestras.insert(muestras.end(), f.registro.begin(), f.registro.end());
+                muestras.push_back(f.cuenta);
+            });
+            texto << textoDe(huellaDe(muestras));
+            todo[e.nombre + " " + e.serie + (e.evaporacion ? " evaporacion" : "")] = texto.str();
+        }
+        return todo;
+    }
+
+    std::vector<Original> originales;
+
+    void incorporarTodas() {
+        const auto tomar = [&](const std::vector<std::uint8_t>& bytes, const std::vector<std::string>& como) {
+            const auto numero = std::to_string(originales.size());
+            std::vector<std::string> orden = {"incorporar", guardar(numero + ".rgt", bytes)};
+            std::ofstream(carpeta / (numero + ".json"))
+                << R"({"descargada":"2026-11-20T02:17:03Z","puerto":)" << numero.size() + originales.size()
+                << R"(,"dispositivo":"/dev/ttyUSB0","desfase_s":-75,"verificada":false,"reintentos":0,)"
+                << R"("errores_de_linea":0})";
+            orden.insert(orden.end(), como.begin(), como.end());
+            ASSERT_EQ(correr(orden).codigo, 0) << numero;
+            originales.push_back({orden, bytes, huellaDe(bytes)});
+        };
+        constexpr std::size_t kCorta = 8000;
+        const auto dia = [](int cual) { return kInicio + std::chrono::hours(24 * cual); };
+        // A night after the other, one of them with a spoilt record; another logger of that number; a third.
+        auto noches = ImagenPrueba().serie(0, 0, 100);
+        tomar(noches.bytes(kCorta), {});
+        tomar(noches.reloj(dia(1)).serie(100, 1000, 20).poner(7, registroDeMinuto(70, 9)).bytes(kCorta), {});
+        tomar(noches.reloj(dia(2)).serie(120, 1200, 20).poner(7, registroDeMinuto(70)).bytes(), {});
+        ImagenPrueba otro;
+        for (int i = 0; i < 60; ++i) otro.poner(static_cast<std::size_t>(i), registroDeMinuto(i * 10, 9));
+        tomar(otro.bytes(kCorta), {"--como", "norte"});
+        tomar(otro.reloj(dia(1)).serie(60, 900, 20).bytes(kCorta), {"--como", "norte"});
+        auto tercera = ImagenPrueba("32080051").serie(0, 3, 80);
+        tomar(tercera.bytes(kCorta), {});
+        tomar(tercera.reloj(dia(1)).serie(80, 900, 20).bytes(kCorta), {});
+        tomar(ImagenPrueba("").texto(0, std::string(4, '\xFF')).serie(0, 5, 70).bytes(kCorta),
+              {"--serie", "02080052"});
+        ASSERT_EQ(correr({"comprobar"}).codigo, 0);
+    }
+
+    static std::set<std::string> nombradas(const std::string& dicho) {
+        static const std::regex kPerdida("la imagen ([0-9a-f]{64}) está dañada en el archivo");
+        std::set<std::string> huellas;
+        for (std::sregex_iterator una(dicho.begin(), dicho.end(), kPerdida); una != std::sregex_iterator();
+             ++una)
+            huellas.insert((*una)[1]);
+        return huellas;
+    }
+    void exigirPasoSiguiente(const std::string& dicho) {
+        std::istringstream lineas(dicho);
+        for (std::string linea; std::getline(lineas, linea);)
+            EXPECT_THAT(linea, testing::AnyOf(HasSubstr("rehacer"), HasSubstr("defectos más"))) << linea;
+    }
+    void exigirImagenesMenos(const std::set<std::string>& perdidas) {
+        for (const auto& original : originales) {
+            const auto huella = textoDe(original.huella);
+            if (perdidas.contains(huella)) continue;
+            const auto r = correr({"imagen", huella, "-"});
+            EXPECT_EQ(r.codigo, 0) << huella << r.errores;
+            EXPECT_TRUE(std::ranges::equal(r.salida, original.bytes, {}, [](char c) {
+                return static_cast<std::uint8_t>(c);
+            })) << huella;
+        }
+    }
+
+    // Does what is told until nothing is wrong any more; the images that had to be brought again.
+    std::set<std::string> seguirElConsejo() {
+        constexpr int kPasos = 4;
+        std::set<std::string> traidas;
+        for (int paso = 0; paso < kPasos; ++paso) {
+            const auto r = correr({"comprobar"});
+            if (r.codigo == 0) return traidas;
+            exigirPasoSiguiente(r.salida);
+            EXPECT_NE(r.salida, "") << r.errores;
+            const auto rehecho = correr({"rehacer"});
+            const auto perdidas = nombradas(rehecho.errores);
+            EXPECT_EQ(rehecho.codigo, perdidas.empty() ? 0 : 1) << rehecho.errores;
+            if (r.salida.find("falta la tabla contenidos") == std::string::npos) {
+                EXPECT_THAT(nombradas(r.salida), testing::IsSupersetOf(perdidas)) << "known before";
+            }
+            exigirImagenesMenos(perdidas);
+            for (const auto& original : originales) {
+                if (!perdidas.contains(textoDe(original.huella))) continue;
+                EXPECT_THAT(correr(original.orden).errores, HasSubstr("vuelve a estar"));
+            }
+            traidas.insert(perdidas.begin(), perdidas.end());
+        }
+        ADD_FAILURE() << "no end: " << correr({"comprobar"}).salida;
+        return traidas;
+    }
+};
+INSTANTIATE_TEST_SUITE_P(En, Danos, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
+                         nombreDeTipoAlmacen);
+
+TEST_P(Danos, ANewStationNeverTakesOverWhatIsLeftOfALostOne) {
+    ASSERT_EQ(correr({"incorporar", imagenDe("02080050"), imagenDe("02080051")}).codigo, 0);
+    for (const std::string perdida : {"02080051", "02080050"}) {
+        const auto antes = exportada(perdida);
+        sql("DELETE FROM estaciones WHERE nombre='" + perdida + "'");
+        const auto nueva = "1208005" + perdida.substr(7);
+        EXPECT_THAT(correr({"incorporar", imagenDe(nueva, 7)}).salida, HasSubstr("7 muestras, 7 nuevas"));
+        EXPECT_THAT(correr({"imagenes", "--estacion", nueva}).salida, HasSubstr("7 muestras"));
+        EXPECT_THAT(exportada(nueva), testing::Not(HasSubstr("2025/03/01 08:10")));
+        EXPECT_THAT(correr({"estado", "--json"}).salida, testing::Not(HasSubstr("\"muestras\": 57")));
+        EXPECT_THAT(correr({"comprobar"}).salida,
+                    HasSubstr("imágenes de una estación que no está: 1: repóngalo con rehacer"));
+        EXPECT_EQ(correr({"rehacer"}).errores, "");
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+        EXPECT_EQ(exportada(perdida), antes);
+    }
+}
+
+TEST_P(Danos, WhatIsLeftOfAStationJoinsTheOneThatWasMadeAfterIt) {
+    ASSERT_EQ(correr({"incorporar", imagenDe("02080050", 50)}).codigo, 0);
+    sql("DELETE FROM estaciones");
+    ASSERT_EQ(correr({"incorporar", imagenDe("02080050", 60), imagenDe("02080050", 50)}).codigo, 0);
+    EXPECT_EQ(correr({"comprobar"}).codigo, 1);
+    EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    const auto todo = todoLoQueHay();
+    ASSERT_EQ(todo.size(), 1u);
+    EXPECT_THAT(todo.begin()->second, testing::StartsWith("2 60 "));
+}
+
+// As the manual tells.
+TEST_P(Danos, WhatIsLeftOfAnotherLoggerOfThatNumberStaysApartUnderANewName) {
+    ImagenPrueba otro;
+    for (int i = 0; i < 60; ++i) otro.poner(static_cast<std::size_t>(i), registroDeMinuto(i * 10, 9));
+    ASSERT_EQ(correr({"incorporar", imagenDe("02080050")}).codigo, 0);
+    ASSERT_EQ(correr({"incorporar", guardar("otro.rgt", otro.bytes()), "--como", "norte"}).codigo, 0);
+    const auto sinNumero = ImagenPrueba("").texto(0, std::string(4, '\xFF')).serie(0, 5, 70).bytes();
+    ASSERT_EQ(correr({"incorporar", guardar("sin.rgt", sinNumero), "--serie", "02080052"}).codigo, 0);
+    const auto antes = todoLoQueHay();
+    sql("DELETE FROM estaciones WHERE nombre<>'02080050'");
+    const auto r = correr({"rehacer"});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_THAT(r.errores, HasSubstr("estación 02080050/recuperada: su nombre se había perdido"));
+    EXPECT_THAT(r.errores, HasSubstr("estación 00000000: su nombre se había perdido"));
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+    EXPECT_THAT(valores(todoLoQueHay()), testing::UnorderedElementsAreArray(valores(antes)));
+    sql("UPDATE estaciones SET nombre='02080050/norte' WHERE nombre='02080050/recuperada'; UPDATE estaciones "
+        "SET "
+        "nombre='02080052' WHERE nombre='00000000'");
+    EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_EQ(correr({"comprobar"}).codigo, 0);
+    EXPECT_EQ(todoLoQueHay(), antes);
+}
+
+TEST_P(Danos, ACopyBringsBackWhatIsLost) {
+    ASSERT_EQ(correr({"incorporar", imagenDe("02080050"), imagenDe("02080050", 60)}).codigo, 0);
+    const std::string copia = carpeta / "copia.sqlite";
+    ASSERT_EQ(correr({"copiar", "--a", copia}).codigo, 0);
+    const auto antes = todoLoQueHay();
+    sql("DELETE FROM contenidos");
+    EXPECT_EQ(correr({"rehacer"}).codigo, 1);
+    EXPECT_EQ(correr({"estado", "--json"}).salida, correr({"--en", copia, "estado", "--json"}).salida);
+    EXPECT_EQ(correr({"--en", copia, "copiar", "--a", archivo()}).codigo, 0);
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_EQ(todoLoQueHay(), antes);
+}
+
+// A record of a download that cannot be, beside a station without a name.
+TEST_P(Danos, OfTwoThatMeetEachIsPutRight) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    sql("UPDATE estaciones SET nombre='' WHERE nombre='02080050'; UPDATE descargas SET puerto=0 WHERE "
+        "puerto=1; "
+        "UPDATE contenidos SET base=huella WHERE base IS NOT NULL");
+    seguirElConsejo();
+    for (const auto& original : originales) EXPECT_EQ(correr(original.orden).codigo, 0);
+    EXPECT_EQ(todoLoQueHay(), antes);
+}
+
+// One change, in both stores.
+struct Cambio {
+    std::string tabla;
+    std::string sql;
+    // Nobody can know any more what a station was called.
+    bool pierdeNombre = false;
+};
+
+std::string unidas(const std::vector<std::string>& partes, const std::string& delante = "") {
+    std::string texto;
+    for (const auto& parte : partes) texto += (texto.empty() ? "" : ",") + delante + parte;
+    return texto;
+}
+
+class TodoCambio : public Danos {
+   protected:
+    Tablas tablas() const {
+        std::string sql(esArchivo() ? esquema::kTablas : esquema_postgres::kTablas);
+        if (esArchivo()) {
+            for (const auto paso : esquema::kMigraciones) sql += paso;
+        } else {
+            for (const auto paso : esquema_postgres::kMigraciones) sql += paso;
+        }
+        auto todas = leerTablas(sql);
+        // Which version it is says nothing of what is in it.
+        std::erase_if(todas, [](const Tabla& tabla) { return tabla.nombre == "esquema"; });
+        return todas;
+    }
+
+    std::vector<std::string> valoresPara(const Columna& columna) const {
+        const auto es = [&](std::string_view tipo) { return columna.tipo.starts_with(tipo); };
+        std::vector<std::string> valores;
+        if (!columna.obligatoria) valores.emplace_back("NULL");
+        const auto agregar = [&](std::initializer_list<const char*> cuales) {
+            valores.insert(valores.end(), cuales.begin(), cuales.end());
+        };
+        if (esArchivo()) {
+            // A column takes anything.
+            agregar({"0", "-1", "9223372036854775807", "-9223372036854775808", "''", "'x'", "x''", "x'00'",
+                     "0.5", "1e300", "zeroblob(32)", "zeroblob(300)", "'09080050'", "'02080050/norte-2'",
+                     "946684800"});
+        } else if (es("boolean")) {
+            agregar({"true", "false"});
+        } else if (es("integer")) {
+            agregar({"0", "-1", "2147483647", "7"});
+        } else if (es("bigint")) {
+            agregar({"0", "-1", "9223372036854775807", "7"});
+        } else if (es("bytea")) {
+            agregar({"''", "'\\x00'", "decode(repeat('00',32),'hex')", "decode(repeat('ab',300),'hex')"});
+        } else if (es("text")) {
+            agregar({"''", "'x'", "E'\\x01'", "'09080050'", "'02080050/norte-2'", "repeat('9',3000)"});
+        } else {
+            agregar({"'infinity'", "'-infinity'", "'1950-01-01'", "'4000-01-01 BC'",
+                     "'2001-02-03 04:05:06.5'", "'2001-02-03 04:05:06'"});
+        }
+        return valores;
+    }
+
+    // The row at a place of the key's order.
+    static std::string fila(const Tabla& tabla, int cual) {
+        const auto clave = unidas(tabla.claves.front());
+        return "(" + clave + ")=(SELECT " + clave + " FROM " + tabla.nombre + " ORDER BY " + clave +
+               " LIMIT 1 OFFSET " + std::to_string(cual) + ")";
+    }
+    static std::string trocada(const Tabla& tabla, const std::string& columna, int cual) {
+        std::vector<std::string> suyas;
+        std::vector<std::string> dosDeA;
+        std::vector<std::string> dosDeB;
+        for (const auto& una : tabla.columnas) {
+            suyas.push_back(una.nombre);
+            dosDeA.push_back((una.nombre == columna ? "b." : "a.") + una.nombre);
+            dosDeB.push_back((una.nombre == columna ? "a." : "b.") + una.nombre);
+        }
+        const auto& t = tabla.nombre;
+        return "CREATE TEMP TABLE una AS SELECT * FROM " + t + " WHERE " + fila(tabla, cual) +
+               ";CREATE TEMP TABLE otra AS SELECT * FROM " + t + " WHERE " + fila(tabla, cual + 1) +
+               ";DELETE FROM " + t + " WHERE " + fila(tabla, cual) + ";DELETE FROM " + t + " WHERE " +
+               fila(tabla, cual) + ";INSERT INTO " + t + "(" + unidas(suyas) + ") SELECT " + unidas(dosDeA) +
+               " FROM una a,otra b;INSERT INTO " + t + "(" + unidas(suyas) + ") SELECT " + unidas(dosDeB) +
+               " FROM una a,otra b";
+    }
+
+    static constexpr int kEstaciones = 4;
+    static constexpr int kNorte = 1;
+    // Rows that stand for all of their table.
+    static std::vector<int> lugaresDe(const std::string& tabla) {
+        if (tabla == "muestras") return {0, 7, 9, 250};
+        if (tabla == "testigos") return {0, 1, 2};
+        if (tabla == "estaciones") return {0, 1, 2, 3};
+        return {0, 1, 2, 3, 4, 5, 6};
+    }
+
+    std::vector<Cambio> cambios() const {
+        std::vector<Cambio> todos;
+        const auto agregar = [&](const Tabla& tabla, const std::string& sql, bool pierdeNombre = false) {
+            todos.push_back({tabla.nombre, sql, pierdeNombre});
+        };
+        const auto otroNombre = [](const std::string& valor) {
+            return valor == "'02080050/norte-2'" || valor == "'09080050'";
+        };
+        for (const auto& tabla : tablas()) {
+            for (const int lugar : lugaresDe(tabla.nombre)) {
+                const bool esEstacion = tabla.nombre == "estaciones";
+                const auto donde = " WHERE " + fila(tabla, lugar);
+                agregar(tabla, "DELETE FROM " + tabla.nombre + donde, esEstacion);
+                for (const auto& columna : tabla.columnas) {
+                    for (const auto& valor : valoresPara(columna))
+                        agregar(tabla,
+                                "UPDATE " + tabla.nombre + " SET " + columna.nombre + "=" + valor + donde,
+                                columna.nombre == "nombre" && (lugar == kNorte || otroNombre(valor)));
+                    if (!esEstacion || lugar + 1 < kEstaciones)
+                        agregar(tabla, trocada(tabla, columna.nombre, lugar), columna.nombre == "nombre");
+                }
+            }
+            const bool estaciones = tabla.nombre == "estaciones";
+            agregar(tabla, "DELETE FROM " + tabla.nombre, estaciones);
+            agregar(tabla, "DROP TABLE " + tabla.nombre + (esArchivo() ? "" : " CASCADE"), estaciones);
+            agregar(tabla, "ALTER TABLE " + tabla.nombre + " RENAME TO otra_tabla");
+        }
+        return todos;
+    }
+
+    // The archive as it is now, to be put in place of whatever became of it.
+    void guardarlo() {
+        if (esArchivo()) {
+            copiarArchivo(archivo(), archivo() + ".entero");
+        } else {
+            sql("DROP SCHEMA IF EXISTS entero CASCADE; ALTER SCHEMA telvane RENAME TO entero");
+        }
+    }
+    void devolverlo() {
+        if (esArchivo()) return copiarArchivo(archivo() + ".entero", archivo());
+        sql("DROP SCHEMA IF EXISTS telvane CASCADE");
+        const AlmacenPostgres vacio(archivo(), true, paciencia);
+        std::string copia;
+        for (const auto& tabla : tablas())
+            copia += "INSERT INTO " + tabla.nombre + " SELECT * FROM entero." + tabla.nombre + ";";
+        sql(copia);
+    }
+
+   private:
+    static void copiarArchivo(const std::string& desde, const std::string& hasta) {
+        for (const auto* sufijo : {"", "-wal", "-shm"}) {
+            std::filesystem::remove(hasta + sufijo);
+            if (std::filesystem::exists(desde + sufijo))
+                std::filesystem::copy_file(desde + sufijo, hasta + sufijo);
+        }
+    }
+};
+INSTANTIATE_TEST_SUITE_P(En, TodoCambio, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
+                         nombreDeTipoAlmacen);
+
+TEST_P(TodoCambio, EndsWithAWholeArchiveForWhoDoesWhatIsTold) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    guardarlo();
+    // TELVANE_DANOS: those that hold this text; all of them where it is empty.
+    const char* pedidos = std::getenv("TELVANE_DANOS");
+    constexpr int kUnoDeCada = 211;
+    int cual = 0;
+    for (const auto& [tabla, cambio, pierdeNombre] : cambios()) {
+        const bool toca = pedidos ? cambio.find(pedidos) != std::string::npos : cual++ % kUnoDeCada == 0;
+        if (!toca) continue;
+        SCOPED_TRACE(cambio);
+        devolverlo();
+        try {
+            sql(cambio);
+        } catch (const std::runtime_error&) {
+            // The data base does not let it happen.
+            continue;
+        }
+        const auto traidas = seguirElConsejo();
+        exigirImagenesMenos({});
+        if (tabla == "muestras" || tabla == "testigos") {
+            EXPECT_THAT(traidas, testing::IsEmpty());
+        }
+        for (const auto& original : originales) correr(original.orden);
+        const auto despues = todoLoQueHay();
+        if (pierdeNombre) {
+            EXPECT_THAT(valores(despues), testing::UnorderedElementsAreArray(valores(antes)));
+        } else {
+            EXPECT_EQ(despues, antes);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace telvane
