@@ -264,25 +264,25 @@ class Almacen {
     // Values that this program writes nowhere, a line each with what to do.
     virtual std::vector<std::string> valoresImposibles() = 0;
     // What belongs to no station, a line each.
-    virtual std::vector<std::string> sinEstacion() = 0;
+    std::vector<std::string> sinEstacion();
     // What is wrong with the store itself, a line each.
     virtual std::vector<std::string> defectos() = 0;
     // Records of downloads and votes of images that are not there.
-    std::int64_t descargasPerdidas(IdEstacion estacion) {
-        return contarSinImagen("descargas", "imagen", estacion);
-    }
-    std::int64_t testigosPerdidos(IdEstacion estacion) {
-        return contarSinImagen("testigos", "imagen", estacion);
-    }
+    std::int64_t descargasPerdidas(IdEstacion estacion) { return contarSinImagen("descargas", estacion); }
+    std::int64_t testigosPerdidos(IdEstacion estacion) { return contarSinImagen("testigos", estacion); }
 
    private:
     // 0 where there is none.
-    virtual IdEstacion mayorId() = 0;
+    IdEstacion mayorId();
     // Whether any table does.
-    virtual bool seNombra(IdEstacion estacion) = 0;
-    // Rows of the station whose image, named by the column, is not there.
-    virtual std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna,
-                                         IdEstacion estacion) = 0;
+    bool seNombra(IdEstacion estacion);
+    // Rows of the station whose image is not there.
+    std::int64_t contarSinImagen(std::string_view tabla, IdEstacion estacion);
+
+    // What stands before a table's name.
+    virtual std::string_view prefijo() const = 0;
+    // The bigint that a statement answers.
+    virtual std::int64_t numero(const std::string& sql) = 0;
 };
 
 // Whatever ends it but confirmar leaves the store as it was.

@@ -281,15 +281,6 @@ void AlmacenPostgres::agregarEstacion(const EstacionGuardada& e) {
 void AlmacenPostgres::quitarEstacion(IdEstacion estacion) {
     base_.consultar("DELETE FROM telvane.estaciones WHERE id=$1", Parametros().entero(estacion));
 }
-IdEstacion AlmacenPostgres::mayorId() {
-    return base_.consultar("SELECT coalesce(max(id),0)::bigint FROM telvane.estaciones").entero(0, 0);
-}
-bool AlmacenPostgres::seNombra(IdEstacion estacion) {
-    std::string sql = "SELECT EXISTS(SELECT 1 FROM telvane.estaciones WHERE id=$1)";
-    for (const auto& [tabla, que] : kTablasConEstacion)
-        sql += fmt::format(" OR EXISTS(SELECT 1 FROM telvane.{} WHERE estacion=$1)", tabla);
-    return base_.consultar(sql, Parametros().entero(estacion)).logico(0, 0);
-}
 void AlmacenPostgres::guardarResumen(IdEstacion estacion, const ResumenEstacion& r) {
     static const std::string kSql = fmt::format(
         "UPDATE telvane.estaciones SET "
@@ -987,29 +978,11 @@ void AlmacenPostgres::corregirProfundidad(IdEstacion estacion, const Huella& hue
                     Parametros().entero(estacion).bytes(huella).entero(profundidad));
 }
 
-std::vector<std::string> AlmacenPostgres::sinEstacion() {
-    std::vector<std::string> lista;
-    for (const auto& [tabla, que] : kTablasConEstacion) {
-        const auto cuantas = base_
-                                 .consultar(fmt::format(
-                                     "SELECT count(*) FROM telvane.{} WHERE estacion NOT IN (SELECT id FROM "
-                                     "telvane.estaciones)",
-                                     tabla))
-                                 .entero(0, 0);
-        if (cuantas > 0)
-            lista.push_back(fmt::format("{} de una estación que no está: {}: {}", que, cuantas, kReponer));
-    }
-    return lista;
+std::string_view AlmacenPostgres::prefijo() const {
+    return kDialecto.prefijo;
 }
-
-std::int64_t AlmacenPostgres::contarSinImagen(std::string_view tabla, std::string_view columna,
-                                              IdEstacion estacion) {
-    return base_
-        .consultar(fmt::format(
-            "SELECT count(*) FROM telvane.{0} t WHERE t.estacion={2} AND NOT EXISTS (SELECT 1 FROM "
-            "telvane.imagenes i WHERE i.estacion=t.estacion AND i.huella=t.{1})",
-            tabla, columna, estacion))
-        .entero(0, 0);
+std::int64_t AlmacenPostgres::numero(const std::string& sql) {
+    return base_.consultar(sql).entero(0, 0);
 }
 
 std::vector<std::string> AlmacenPostgres::defectos() {

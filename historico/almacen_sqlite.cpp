@@ -360,16 +360,6 @@ void AlmacenSqlite::agregarEstacion(const EstacionGuardada& e) {
 void AlmacenSqlite::quitarEstacion(IdEstacion estacion) {
     sentencia("DELETE FROM estaciones WHERE id=?1").poner(1, estacion).correr();
 }
-IdEstacion AlmacenSqlite::mayorId() {
-    return base_.numero("SELECT coalesce(max(id),0) FROM estaciones");
-}
-bool AlmacenSqlite::seNombra(IdEstacion estacion) {
-    auto sql = fmt::format("SELECT EXISTS(SELECT 1 FROM estaciones WHERE id={})", estacion);
-    for (const auto& [tabla, que] : kTablasConEstacion)
-        sql += fmt::format(" OR EXISTS(SELECT 1 FROM {} WHERE estacion={})", tabla, estacion);
-    return base_.numero(sql) != 0;
-}
-
 void AlmacenSqlite::guardarResumen(IdEstacion estacion, const ResumenEstacion& r) {
     auto& s = sentencia(
         "UPDATE estaciones SET "
@@ -983,23 +973,11 @@ void AlmacenSqlite::corregirProfundidad(IdEstacion estacion, const Huella& huell
         .correr();
 }
 
-std::vector<std::string> AlmacenSqlite::sinEstacion() {
-    std::vector<std::string> lista;
-    for (const auto& [tabla, que] : kTablasConEstacion) {
-        const auto cuantas = base_.numero(
-            fmt::format("SELECT count(*) FROM {} WHERE estacion NOT IN (SELECT id FROM estaciones)", tabla));
-        if (cuantas > 0)
-            lista.push_back(fmt::format("{} de una estación que no está: {}: {}", que, cuantas, kReponer));
-    }
-    return lista;
+std::string_view AlmacenSqlite::prefijo() const {
+    return kDialecto.prefijo;
 }
-
-std::int64_t AlmacenSqlite::contarSinImagen(std::string_view tabla, std::string_view columna,
-                                            IdEstacion estacion) {
-    return base_.numero(fmt::format(
-        "SELECT count(*) FROM {0} t WHERE t.estacion={2} AND NOT EXISTS (SELECT 1 FROM imagenes i WHERE "
-        "i.estacion=t.estacion AND i.huella=t.{1})",
-        tabla, columna, estacion));
+std::int64_t AlmacenSqlite::numero(const std::string& sql) {
+    return base_.numero(sql);
 }
 
 std::vector<std::string> AlmacenSqlite::defectos() {

@@ -85,14 +85,11 @@ class AlmacenSqlite final : public Almacen {
     std::vector<std::uint8_t> datosDe(const Eslabon& eslabon) override;
     void corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) override;
     std::vector<std::string> valoresImposibles() override;
-    std::vector<std::string> sinEstacion() override;
     std::vector<std::string> defectos() override;
 
    private:
-    IdEstacion mayorId() override;
-    bool seNombra(IdEstacion estacion) override;
-    std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna,
-                                 IdEstacion estacion) override;
+    std::string_view prefijo() const override;
+    std::int64_t numero(const std::string& sql) override;
     AlmacenSqlite(const std::filesystem::path& ruta, BaseSqlite::Acceso acceso, Opciones opciones);
 
     // A table, index or view, and how it is made.
