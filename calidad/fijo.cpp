@@ -19,9 +19,55 @@ bool Fijo::siempreSopla(Millonesimas valor) const {
 }
 
 void Fijo::cortar() {
+    recientes_.clear();
+    siguiendo_ = false;
     tramos_.clear();
     suma_ = 0;
     sabidas_ = despues_;
+}
+
+// The time is long enough: what goes together with its last value, looked at from there.
+std::optional<Fijo::Hallado> Fijo::mirarAtras() {
+    auto menor = recientes_.back().valor;
+    auto mayor = menor;
+    auto primero = recientes_.size();
+    for (; primero > 0; --primero) {
+        const auto valor = recientes_[primero - 1].valor;
+        if (nuncaSopla(valor) || !juntos(menor, valor) || !juntos(mayor, valor)) break;
+        menor = std::min(menor, valor);
+        mayor = std::max(mayor, valor);
+    }
+    recientes_.pop_front(primero);
+    if (recientes_.empty()) {
+        cortar();
+        return std::nullopt;
+    }
+    const auto ultimo = recientes_.back().instante;
+    if (ultimo - recientes_.front().instante < limite_.dura / 2) return std::nullopt;
+    siguiendo_ = true;
+    std::optional<Hallado> hallado;
+    for (std::size_t i = 0; i < recientes_.size(); ++i) hallado = agregarAlTramo(recientes_[i]);
+    olvidarRecientes(ultimo);
+    return hallado;
+}
+
+std::optional<Fijo::Hallado> Fijo::seguir() {
+    const auto reciente = recientes_.back();
+    if (nuncaSopla(reciente.valor)) {
+        cortar();
+        return std::nullopt;
+    }
+    const auto hallado = agregarAlTramo(reciente);
+    olvidarRecientes(reciente.instante);
+    if (reciente.instante - tramos_.front().instante >= limite_.dura / 2) return hallado;
+    while (recientes_.front().posicion < tramos_.front().desde) recientes_.pop_front();
+    siguiendo_ = false;
+    tramos_.clear();
+    return hallado;
+}
+
+void Fijo::olvidarRecientes(Instante instante) {
+    while (instante - recientes_.front().instante > limite_.dura / 2) recientes_.pop_front();
 }
 
 // Keeps the longest end of the stretch that goes together with the value.
@@ -41,7 +87,8 @@ void Fijo::medirExtremos() {
     }
 }
 
-void Fijo::anotar(Posicion posicion, Instante instante, Millonesimas valor) {
+void Fijo::anotar(const Reciente& reciente) {
+    const auto valor = reciente.valor;
     if (tramos_.empty()) {
         minimo_ = maximo_ = valor;
         suma_ = 0;
@@ -52,10 +99,10 @@ void Fijo::anotar(Posicion posicion, Instante instante, Millonesimas valor) {
     // Where values pull the mean down a stretch may have to begin between two equal ones.
     const bool uno = media_ == Media::indistinta || sobre >= 0;
     if (tramos_.empty() || tramos_.back().valor != valor || !uno) {
-        tramos_.push_back({.desde = posicion, .instante = instante, .valor = valor, .sumaAntes = suma_});
+        tramos_.push_back(
+            {.desde = reciente.posicion, .instante = reciente.instante, .valor = valor, .sumaAntes = suma_});
     }
     suma_ += sobre;
-    despues_ = posicion + 1;
 }
 
 // Where the longest stretch begins that ends now and qualifies.
@@ -82,21 +129,16 @@ void Fijo::soltarSobrante(Instante instante, Millonesimas valor) {
     if (menos) medirExtremos();
 }
 
-std::optional<Fijo::Hallado> Fijo::agregar(Posicion posicion, Instante instante, Millonesimas valor) {
-    if (nuncaSopla(valor)) {
-        despues_ = posicion + 1;
-        cortar();
-        return std::nullopt;
-    }
-    recortar(valor);
-    anotar(posicion, instante, valor);
-    const auto* desde = comienzo(instante);
+std::optional<Fijo::Hallado> Fijo::agregarAlTramo(const Reciente& reciente) {
+    recortar(reciente.valor);
+    anotar(reciente);
+    const auto* desde = comienzo(reciente.instante);
     if (desde == nullptr) return std::nullopt;
-    const Hallado hallado{.desde = std::max(desde->desde, sabidas_), .hasta = posicion};
+    const Hallado hallado{.desde = std::max(desde->desde, sabidas_), .hasta = reciente.posicion};
     // All before it are known only if nothing before it stays open.
     if (desde == &tramos_.front()) {
-        sabidas_ = despues_;
-        soltarSobrante(instante, valor);
+        sabidas_ = reciente.posicion + 1;
+        soltarSobrante(reciente.instante, reciente.valor);
     }
     return hallado;
 }

@@ -14,8 +14,10 @@ namespace telvane {
 
 // Samples go in with their positions in a stream, rising; what is found are positions.
 //
-// It keeps the stretch that can still grow, of which equal values count as one. So it is short, and as long
-// as the weather only where a channel that needs wind stands still around that limit.
+// Weather moves, so that most samples need no look: those that may begin a stretch wait until it would be
+// long enough, and are looked at from its end until one has moved; a stretch that lasts to half of that is
+// followed value by value. Of one that is followed equal values count as one. So it is short, and as long as
+// the weather only where a channel that needs wind stands still around that limit.
 class Fijo {
    public:
     using Posicion = std::uint64_t;
@@ -37,16 +39,27 @@ class Fijo {
         Posicion hasta = 0;  // included
     };
     // The samples that this one makes known to stand still, it is the last of them.
-    std::optional<Hallado> agregar(Posicion posicion, Instante instante, Millonesimas valor);
+    std::optional<Hallado> agregar(Posicion posicion, Instante instante, Millonesimas valor) {
+        recientes_.push_back({.posicion = posicion, .instante = instante, .valor = valor});
+        despues_ = posicion + 1;
+        if (!siguiendo_ && instante - recientes_.front().instante < limite_.dura) return std::nullopt;
+        return siguiendo_ ? seguir() : mirarAtras();
+    }
     // No stretch goes on over this place.
     void cortar();
     // The first position of which what follows decides whether it stands still; none where all are known.
     std::optional<Posicion> abierta() const {
-        if (tramos_.empty() || sabidas_ == despues_) return std::nullopt;
-        return std::max(sabidas_, tramos_.front().desde);
+        if (sabidas_ == despues_) return std::nullopt;
+        if (siguiendo_) return std::max(sabidas_, tramos_.front().desde);
+        return std::max(sabidas_, recientes_.front().posicion);
     }
 
    private:
+    struct Reciente {
+        Posicion posicion = 0;
+        Instante instante{};
+        Millonesimas valor = 0;
+    };
     // Neighbours of one value. sumaAntes: what the stretch's values before them are above the mean's limit.
     struct Tramo {
         Posicion desde = 0;
@@ -55,11 +68,16 @@ class Fijo {
         Millonesimas sumaAntes = 0;
     };
 
+    std::optional<Hallado> mirarAtras();
+    std::optional<Hallado> seguir();
+    std::optional<Hallado> agregarAlTramo(const Reciente& reciente);
+    void olvidarRecientes(Instante instante);
+
     bool juntos(Millonesimas a, Millonesimas b) const;
     bool nuncaSopla(Millonesimas valor) const;
     bool siempreSopla(Millonesimas valor) const;
     void recortar(Millonesimas valor);
-    void anotar(Posicion posicion, Instante instante, Millonesimas valor);
+    void anotar(const Reciente& reciente);
     const Tramo* comienzo(Instante instante) const;
     void soltarSobrante(Instante instante, Millonesimas valor);
     void medirExtremos();
@@ -67,7 +85,10 @@ class Fijo {
     LimiteFijo limite_;
     Amplitud amplitud_;
     Media media_;
-    Anillo<Tramo> tramos_;
+    // Not siguiendo_: all that may begin a stretch. Else those of half the time that one must last.
+    Anillo<Reciente> recientes_;
+    bool siguiendo_ = false;
+    Anillo<Tramo> tramos_;  // siguiendo_: never empty
     Millonesimas minimo_ = 0;
     Millonesimas maximo_ = 0;
     Millonesimas suma_ = 0;

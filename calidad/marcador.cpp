@@ -17,10 +17,6 @@ void cadaCanal(Para&& para) {
     for (std::size_t i = 0; i < kCanales; ++i) para(static_cast<Canal>(i), i);
 }
 
-Millonesimas valorExacto(const Medidas& medidas, Canal canal) {
-    return enMillonesimas(valorDe(medidas, canal), canal);
-}
-
 // The widest whole number of the channel within a limit: towards it from inside.
 std::int32_t haciaAbajo(Millonesimas limite, Millonesimas escala) {
     const auto entero = limite / escala - (limite % escala < 0 ? 1 : 0);
@@ -56,6 +52,7 @@ Marcador::Marcador(const Limites& limites, std::function<void(const Juzgada&)> a
         const bool veleta = canal == Canal::dirViento;
         detenidos_.push_back(
             {.canal = canal,
+             .escala = escalaDe(canal),
              .fijo = Fijo(*limite, veleta ? Fijo::Amplitud::hastaElla : Fijo::Amplitud::menor,
                           canal == Canal::velViento ? Fijo::Media::mayor : Fijo::Media::indistinta),
              .soloConViento = veleta ? std::optional(limite->viento) : std::nullopt});
@@ -84,7 +81,9 @@ void Marcador::alSaberPaso(const Cadencia& paso) {
         juzgar(cola_[juzgadas_]);
         ++juzgadas_;
     }
+    if (juzgadas_ < soltarCon_) return;
     soltar();
+    soltarCon_ = juzgadas_ + kDeUnaVez;
 }
 
 void Marcador::juzgar(Juzgada& juzgada) {
@@ -137,7 +136,7 @@ void Marcador::juzgarSalto(Juzgada& juzgada) const {
 void Marcador::juzgarFijo(const Juzgada& juzgada) {
     const auto& medidas = juzgada.observacion.medidas;
     const auto posicion = primera_ + juzgadas_;
-    const auto viento = valorExacto(medidas, Canal::velViento);
+    const auto viento = enMillonesimas(medidas.velViento, Canal::velViento);
     for (auto& detenido : detenidos_) {
         if (huecoDesdeVecina_) detenido.fijo.cortar();
         if (detenido.soloConViento && viento <= *detenido.soloConViento) {
@@ -145,7 +144,7 @@ void Marcador::juzgarFijo(const Juzgada& juzgada) {
             continue;
         }
         const auto hallado = detenido.fijo.agregar(posicion, juzgada.observacion.instante,
-                                                   valorExacto(medidas, detenido.canal));
+                                                   valorDe(medidas, detenido.canal) * detenido.escala);
         if (!hallado) continue;
         // What has come out already was known to stand still when it did.
         for (auto p = std::max(hallado->desde, primera_); p <= hallado->hasta; ++p) {

@@ -5,10 +5,10 @@
 //     while (auto o = siguiente()) marcador.agregar(*o);
 //     marcador.terminar();
 //
-// Each sample comes out once, in the order in which they went in, as soon as what follows cannot change its
-// marks: ten stamps later, and a still channel when it has moved, stopped or stood still for long enough (12
-// hours at most; a wind around its limit as long as it lasts). A caller with more to say of a sample keeps it
-// in a queue of its own.
+// Each sample comes out once, in the order in which they went in, when what follows cannot change its marks:
+// at most some dozens of samples and the time that a channel must stand still (12 hours) later; with a wind
+// around its limit as long as that lasts. A caller with more to say of a sample keeps it in a queue of its
+// own.
 #pragma once
 
 #include <array>
@@ -34,6 +34,9 @@ struct Juzgada {
 
 class Marcador {
    public:
+    // They come out so many at once, because asking who still needs them costs as much as one of them does.
+    static constexpr std::size_t kDeUnaVez = 64;
+
     Marcador(const Limites& limites, std::function<void(const Juzgada&)> alJuzgar);
     Marcador(const Marcador&) = delete;
     Marcador& operator=(const Marcador&) = delete;
@@ -47,6 +50,7 @@ class Marcador {
    private:
     struct Detenido {
         Canal canal;
+        Millonesimas escala;  // of its values
         Fijo fijo;
         std::optional<Millonesimas> soloConViento;  // above this, at every sample
     };
@@ -78,6 +82,7 @@ class Marcador {
     Anillo<Juzgada> cola_;
     std::uint64_t primera_ = 0;  // position of the queue's front in the series
     std::size_t juzgadas_ = 0;
+    std::size_t soltarCon_ = 0;          // so many of them
     std::optional<Observacion> vecina_;  // the last without a conflict
     bool huecoDesdeVecina_ = false;
 };

@@ -42,18 +42,18 @@ void Ritmo::soltarPaso() {
 }
 
 void Ritmo::contarPaso(std::int64_t segundos) {
-    const auto fin = pasos_.begin() + static_cast<std::ptrdiff_t>(cuantos_);
-    const auto lugar = std::upper_bound(pasos_.begin(), fin, segundos);
+    const auto fin = pasos_.begin() + static_cast<std::ptrdiff_t>(cuantos_++);
+    // As a rule they are all alike.
+    const auto lugar =
+        cuantos_ == 1 || *(fin - 1) <= segundos ? fin : std::upper_bound(pasos_.begin(), fin, segundos);
     std::move_backward(lugar, fin, fin + 1);
     *lugar = segundos;
-    ++cuantos_;
 }
 
 void Ritmo::olvidarPaso(std::int64_t segundos) {
-    const auto fin = pasos_.begin() + static_cast<std::ptrdiff_t>(cuantos_);
-    const auto lugar = std::lower_bound(pasos_.begin(), fin, segundos);
+    const auto fin = pasos_.begin() + static_cast<std::ptrdiff_t>(cuantos_--);
+    const auto lugar = *(fin - 1) == segundos ? fin - 1 : std::lower_bound(pasos_.begin(), fin, segundos);
     std::move(lugar + 1, fin, lugar);
-    --cuantos_;
 }
 
 }  // namespace telvane
