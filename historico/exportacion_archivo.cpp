@@ -2,6 +2,8 @@
 
 #include <array>
 #include <deque>
+#include <utility>
+#include <vector>
 
 #include "calidad/marcador.h"
 #include "data/informe.h"
@@ -94,28 +96,46 @@ bool esta(const Periodo& periodo, Instante instante) {
     return (!periodo.desde || instante >= *periodo.desde) && (!periodo.hasta || instante < *periodo.hasta);
 }
 
-// The marks of a sample follow from what surrounds it, so that all of the station's are looked at.
+// Samples with the marks of those of which they are known.
+struct Calificado {
+    Envio envio;
+    std::size_t cuantas = 0;
+    std::vector<Marcas> marcas;
+    bool listo() const { return marcas.size() == cuantas; }
+};
+
+// The marks of a sample follow from what surrounds it, so that all of the station's are looked at. One thread
+// reads, one judges, one writes.
 void escribirConCalidad(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
                         Tablero& tablero) {
-    struct Marcada {
-        BytesMuestra registro;
-        Marcas marcas;
-    };
-    Relevo<Marcada> escritor([&](const Marcada& m) { tablero.muestra(m.registro, m.marcas); });
-    std::deque<BytesMuestra> enCola;
-    Marcador marcador(*peticion.calidad, [&](const Juzgada& juzgada) {
-        if (esta(peticion.periodo, juzgada.observacion.instante)) {
-            escritor.dar({enCola.front(), juzgada.marcas});
-        }
-        enCola.pop_front();
-    });
-    recorrerAparte(lectura, estacion, {}, peticion.cuales, [&](const Envio& envio) {
-        envio.recorrer([&](const MuestraArchivada& m) {
-            enCola.push_back(m.registro);
-            marcador.agregar({m.instante, medidas(m.registro), m.conflicto});
+    Relevo<Calificado, 1> escritor([&](const Calificado& calificado) {
+        auto marcas = calificado.marcas.begin();
+        calificado.envio.recorrer([&](const MuestraArchivada& m) {
+            const auto suyas = *marcas++;
+            if (esta(peticion.periodo, m.instante)) tablero.muestra(m.registro, suyas);
         });
     });
+    std::deque<Calificado> enCola;
+    std::size_t listos = 0;
+    Marcador marcador(*peticion.calidad, [&](const Juzgada& juzgada) {
+        enCola[listos].marcas.push_back(juzgada.marcas);
+        if (enCola[listos].listo()) ++listos;
+    });
+    const auto entregar = [&] {
+        for (; listos > 0; --listos, enCola.pop_front()) escritor.dar(std::move(enCola.front()));
+    };
+    recorrerAparte(lectura, estacion, {}, peticion.cuales, [&](Envio&& envio) {
+        const auto cuantas = envio.cuantas();
+        if (cuantas == 0) return;
+        auto& suyo = enCola.emplace_back(Calificado{std::move(envio), cuantas, {}});
+        suyo.marcas.reserve(cuantas);
+        suyo.envio.recorrer([&](const MuestraArchivada& m) {
+            marcador.agregar({m.instante, medidas(m.registro), m.conflicto});
+        });
+        entregar();
+    });
     marcador.terminar();
+    entregar();
     escritor.terminar();
 }
 

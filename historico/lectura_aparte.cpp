@@ -8,8 +8,7 @@
 namespace telvane {
 
 void recorrerAparte(Lectura& lectura, const EstacionGuardada& estacion, const Periodo& periodo, Cuales cuales,
-                    const std::function<void(const Envio&)>& alRecibir,
-                    const std::function<void()>& alEnviar) {
+                    const std::function<void(Envio&&)>& alRecibir, const std::function<void()>& alEnviar) {
     // As many as an image holds.
     constexpr std::size_t kMuestras = 8192;
     Relevo<Envio, 1> relevo(alRecibir);

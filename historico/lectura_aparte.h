@@ -1,6 +1,7 @@
 // A station's samples read in this thread and taken in another one.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -14,6 +15,7 @@ struct Envio {
     std::vector<MuestraArchivada> muestras;
     std::optional<TramoImagen> tramo;
 
+    std::size_t cuantas() const { return muestras.size() + (tramo ? tramo->cuantas() : 0); }
     // Calls para(muestra) for each, in their order.
     template <typename Para>
     void recorrer(Para&& para) const {
@@ -26,6 +28,6 @@ struct Envio {
 // them; what either throws ends the reading and is thrown here.
 void recorrerAparte(
     Lectura& lectura, const EstacionGuardada& estacion, const Periodo& periodo, Cuales cuales,
-    const std::function<void(const Envio&)>& alRecibir, const std::function<void()>& alEnviar = [] {});
+    const std::function<void(Envio&&)>& alRecibir, const std::function<void()>& alEnviar = [] {});
 
 }  // namespace telvane

@@ -17,7 +17,7 @@ template <typename T, std::size_t kLote = 4096>
 class Relevo {
    public:
     // alRecibir is called in the other thread only, until terminar() returns.
-    explicit Relevo(std::function<void(const T&)> alRecibir)
+    explicit Relevo(std::function<void(T&&)> alRecibir)
         : alRecibir_(std::move(alRecibir)), hilo_([this] { recibir(); }) {}
     Relevo(const Relevo&) = delete;
     Relevo& operator=(const Relevo&) = delete;
@@ -70,7 +70,7 @@ class Relevo {
             cambio_.notify_all();
             if (fallo) continue;
             try {
-                for (const auto& uno : lote) alRecibir_(uno);
+                for (auto& uno : lote) alRecibir_(std::move(uno));
             } catch (...) {
                 fallo = true;
                 const std::scoped_lock cerrojo(turno_);
@@ -79,7 +79,7 @@ class Relevo {
         }
     }
 
-    std::function<void(const T&)> alRecibir_;
+    std::function<void(T&&)> alRecibir_;
     std::vector<T> lote_;
     std::mutex turno_;
     std::condition_variable cambio_;

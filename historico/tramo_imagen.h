@@ -1,6 +1,7 @@
 // Samples of a stretch of time that an image tells all by itself: each the only one of its stamp.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -17,18 +18,19 @@ class TramoImagen {
 
     // Between two moments, both included.
     TramoImagen(Bytes imagen, Instante desde, Instante hasta)
-        : imagen_(std::move(imagen)), desde_(desde), hasta_(hasta) {}
+        : imagen_(std::move(imagen)), ranuras_(ranurasEnOrden(*imagen_, desde, hasta)) {}
 
-    // Calls para(registro) for each distinct one, in order of stamp.
+    // Distinct ones.
+    std::size_t cuantas() const { return ranuras_.size(); }
+    // Calls para(registro) for each, in order of stamp.
     template <typename Para>
     void recorrer(Para&& para) const {
-        for (const auto ranura : ranurasEnOrden(*imagen_, desde_, hasta_)) para(enRanura(*imagen_, ranura));
+        for (const auto ranura : ranuras_) para(enRanura(*imagen_, ranura));
     }
 
    private:
     Bytes imagen_;
-    Instante desde_;
-    Instante hasta_;
+    std::vector<std::uint16_t> ranuras_;
 };
 
 }  // namespace telvane

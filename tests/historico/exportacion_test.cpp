@@ -2,9 +2,11 @@
 #include <algorithm>
 #include <random>
 #include <set>
+#include <sstream>
 
 #include <rapidcheck.h>
 
+#include "calidad/marcador.h"
 #include "data/conversion.h"
 #include "historico/exportacion_archivo.h"
 #include "tests/historico/banco_historico.h"
@@ -86,10 +88,13 @@ class Exportacion : public testing::TestWithParam<TipoAlmacen> {
         return almacen;
     }
     static std::string exportada(Almacen& almacen, Formato formato) {
-        Lectura lectura(almacen);
-        std::string texto;
         PeticionTabla peticion;
         peticion.formato = formato;
+        return exportada(almacen, peticion);
+    }
+    static std::string exportada(Almacen& almacen, PeticionTabla peticion) {
+        Lectura lectura(almacen);
+        std::string texto;
         peticion.momento = kMomento;
         escribirTabla(lectura, lectura.estaciones().front(), peticion,
                       [&](std::string_view bytes) { texto += bytes; });
@@ -137,6 +142,75 @@ TEST_P(Exportacion, OfAnImageThatIsCutHasTheLinesOfTheConversion) {
         const auto almacen = con(imagen);
         EXPECT_EQ(lineasDe(exportada(*almacen, Formato::csv)), lineasDe(convertida(imagen, Formato::csv)))
             << largo;
+    }
+}
+
+// Lines of samples alone.
+std::vector<std::string> muestrasDe(const std::string& texto) {
+    std::vector<std::string> lineas;
+    std::istringstream entrada(texto);
+    for (std::string linea; std::getline(entrada, linea);) {
+        if (linea.size() > 10 && linea[2] == '/' && linea[5] == '/' && linea[10] == ',')
+            lineas.push_back(linea);
+    }
+    return lineas;
+}
+
+// So many that images tell them, of weather that jumps, leaves its range, stands still and stops.
+std::vector<ImagenPrueba> imagenesDeMuchoTiempo() {
+    Azar azar(7);
+    std::vector<ImagenPrueba> imagenes;
+    for (int i = 0; i < 3; ++i) {
+        auto imagen = ImagenPrueba().reloj(kInicio + std::chrono::days(i)).serie(0, i * 90'000, 8'000);
+        for (int veces = 0; veces < 100; ++veces) {
+            const auto ranura = entre(azar, 0, 7'999);
+            const auto instante =
+                kInicio + std::chrono::minutes(i * 90'000 + ranura * 10 + entre(azar, 0, 9));
+            imagen.poner(static_cast<std::size_t>(ranura), registroAlAzar(azar, instante));
+        }
+        imagenes.push_back(imagen);
+    }
+    return imagenes;
+}
+
+TEST_P(Exportacion, MarksAreThoseOfTheWholeSeriesWhateverTellsTheSamples) {
+    const auto almacen = almacenes.nuevo();
+    const auto imagenes = imagenesDeMuchoTiempo();
+    for (const auto& imagen : imagenes) Archivo(*almacen).incorporar(imagen.bytes(), {}, {});
+    for (const bool conConflicto : {false, true}) {
+        if (conConflicto) {
+            auto otra = imagenes[1];
+            Archivo(*almacen).incorporar(otra.poner(4'000, registroDeMinuto(90'000 + 40'000, 1)).bytes(), {},
+                                         {});
+        }
+        std::vector<std::string> marcas;
+        std::size_t marcadas = 0;
+        Marcador marcador(limitesUsuales(), [&](const Juzgada& j) {
+            marcas.push_back(j.marcas.texto());
+            if (!j.marcas.ninguna()) ++marcadas;
+        });
+        {
+            Lectura lectura(*almacen);
+            lectura.recorrer(lectura.estaciones().front(), {}, Cuales::lasQueCuentan, [&](const auto& m) {
+                marcador.agregar({m.instante, medidas(m.registro), m.conflicto});
+            });
+        }
+        marcador.terminar();
+        auto esperadas = muestrasDe(exportada(*almacen, Formato::csv));
+        ASSERT_EQ(esperadas.size(), marcas.size());
+        EXPECT_GT(marcadas, 300U);
+        for (std::size_t i = 0; i < marcas.size(); ++i)
+            esperadas[i].insert(esperadas[i].size() - 1, ',' + marcas[i]);
+        PeticionTabla peticion;
+        peticion.calidad = limitesUsuales();
+        EXPECT_TRUE(muestrasDe(exportada(*almacen, peticion)) == esperadas) << conConflicto;
+        peticion.periodo = {.desde = kInicio + std::chrono::minutes(79'000),
+                            .hasta = kInicio + std::chrono::minutes(131'000)};
+        PeticionTabla sola = peticion;
+        sola.calidad.reset();
+        const auto delPeriodo = muestrasDe(exportada(*almacen, peticion));
+        ASSERT_EQ(delPeriodo.size(), muestrasDe(exportada(*almacen, sola)).size());
+        EXPECT_FALSE(std::ranges::search(esperadas, delPeriodo).empty());
     }
 }
 
