@@ -11,8 +11,11 @@ namespace telvane {
 
 namespace {
 
-// The quickest also packs an image of measurements closest; more effort saves a tenth of a night, 120 bytes.
+// Upon another image the quickest that is still thorough: a night takes 1.5 KB; more effort saves 120 bytes.
 constexpr int kEsfuerzo = 1;
+// An image by itself without shorter codes for frequent bytes: 80 KB instead of 70, unpacked in half the
+// time.
+constexpr int kEsfuerzoSola = -1;
 // Reaches over a whole image and the one before it.
 constexpr int kVentana = 20;
 
@@ -31,7 +34,8 @@ void exigir(std::size_t resultado) {
 std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> base) {
     const std::unique_ptr<ZSTD_CCtx, Soltar> contexto(ZSTD_createCCtx());
     if (!contexto) throw std::bad_alloc();
-    exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_compressionLevel, kEsfuerzo));
+    exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_compressionLevel,
+                                  base.empty() ? kEsfuerzoSola : kEsfuerzo));
     exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_windowLog, kVentana));
     exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_checksumFlag, 0));
     if (!base.empty()) exigir(ZSTD_CCtx_refPrefix(contexto.get(), base.data(), base.size()));

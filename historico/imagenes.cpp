@@ -24,10 +24,7 @@ const Imagenes::Abierta* Imagenes::buscar(const Huella& huella) {
 const Imagenes::Abierta& Imagenes::recordar(Abierta abierta) {
     constexpr std::size_t kAbiertas = 4;
     abiertas_.push_front(std::move(abierta));
-    if (abiertas_.size() > kAbiertas) {
-        if (!abiertas_.back().compartida) libre_ = std::move(abiertas_.back().bytes);
-        abiertas_.pop_back();
-    }
+    if (abiertas_.size() > kAbiertas) abiertas_.pop_back();
     return abiertas_.front();
 }
 
@@ -54,8 +51,7 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
         const auto& [cual, guardada] = pila.back();
         try {
             const auto base = guardada.base ? BytesImagen(*abierta->bytes) : BytesImagen{};
-            auto bytes = std::exchange(libre_, {});
-            if (!bytes) bytes = std::make_shared<std::vector<std::uint8_t>>();
+            auto bytes = reserva_.tomar();
             descompresor_.abrir(guardada.datos, base, *bytes);
             // What is kept of the depth only follows from the chain.
             const int profundidad = guardada.base ? abierta->profundidad + 1 : 0;
@@ -79,9 +75,7 @@ const std::vector<std::uint8_t>* Imagenes::siSeLee(const Huella& huella) {
 }
 
 std::shared_ptr<const std::vector<std::uint8_t>> Imagenes::compartida(const Huella& huella) {
-    if (siSeLee(huella) == nullptr) return nullptr;
-    abiertas_.front().compartida = true;
-    return abiertas_.front().bytes;
+    return siSeLee(huella) == nullptr ? nullptr : abiertas_.front().bytes;
 }
 
 }  // namespace telvane

@@ -8,6 +8,7 @@
 
 #include "historico/almacen.h"
 #include "historico/compresion.h"
+#include "historico/reserva_bytes.h"
 
 namespace telvane {
 
@@ -47,7 +48,6 @@ class Imagenes {
         std::shared_ptr<std::vector<std::uint8_t>> bytes;
         int profundidad = 0;
         bool comprobada = false;  // known to be what its fingerprint says
-        bool compartida = false;
     };
     const Abierta* buscar(const Huella& huella);
     const Abierta& recordar(Abierta abierta);
@@ -55,7 +55,7 @@ class Imagenes {
     Almacen& almacen_;
     IdEstacion estacion_;
     std::list<Abierta> abiertas_;  // the last one used first
-    std::shared_ptr<std::vector<std::uint8_t>> libre_;
+    ReservaBytes reserva_;
     Descompresor descompresor_;
 };
 
