@@ -79,7 +79,7 @@ std::vector<FichaImagen> fichasDeNuevo(Almacen& almacen, IdEstacion estacion, Im
 // Whether it looks like the image of another logger that carries the same serial number.
 bool contradice(Almacen& almacen, const EstacionGuardada& estacion, const ImagenNueva& imagen,
                 Imagenes& imagenes) {
-    if (!estacion.resumen.masNueva || imagen.filas.empty()) return false;
+    if (!estacion.resumen.masNueva || imagen.ranuras.empty()) return false;
     const auto tratoCon = [&](const Huella& huella) {
         const auto* bytes = imagenes.siSeLee(huella);
         return bytes ? comparar(imagen.bytes, *bytes) : Trato::ajenas;

@@ -44,26 +44,27 @@ bool alcanza(const FichaImagen& ficha, const Sellos& sellos) {
 
 ImagenNueva::ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporada cuando,
                          std::string_view origen)
-    : bytes(contenido), filas(filasDe(contenido)) {
+    : bytes(contenido), ranuras(ranurasEnOrden(contenido, kPrimerMomento, kUltimoMomento)) {
     ficha.huella = huella;
     ficha.bytes = bytes.size();
     ficha.reloj = relojDe(bytes);
-    if (!filas.empty()) {
-        ficha.desde = filas.front().instante;
-        ficha.hasta = filas.back().instante;
+    if (!ranuras.empty()) {
+        ficha.desde = instante(ranuras.front());
+        ficha.hasta = instante(ranuras.back());
     }
     ficha.incorporada = cuando;
     ficha.origen = utf8Valido(origen);
-    ficha.muestras = static_cast<std::int64_t>(filas.size());
+    ficha.muestras = static_cast<std::int64_t>(ranuras.size());
     ficha.retrocesos = retrocesosDe(bytes);
 }
 
 Asimilada Asimilacion::asimilar(const ImagenNueva& imagen) {
-    if (imagen.filas.empty()) return {};
+    if (imagen.ranuras.empty()) return {};
     // What stands in the same place of the newest image is in the set.
     const auto* reciente = resumen_.masNueva ? imagenes_.siSeLee(*resumen_.masNueva) : nullptr;
-    const auto candidatas = reciente ? filasQueNoEstanEn(imagen.bytes, *reciente) : imagen.filas;
-    const auto antes = sellosConTestigos(imagen.filas);
+    const auto candidatas =
+        filasQueNoEstanEn(imagen.bytes, reciente ? BytesImagen(*reciente) : BytesImagen());
+    const auto antes = sellosConTestigos(imagen);
     auto hallazgo = buscarNuevas(candidatas);
     resumen_.huecos += contarHuecosDeMas(hallazgo.sellosNuevos);
     almacen_.agregarFilas(estacion_, hallazgo.nuevas);
@@ -140,18 +141,16 @@ std::int64_t Asimilacion::contarHuecosDeMas(const Sellos& sellosNuevos) {
 }
 
 // Stamps of these samples that are in conflict already.
-Sellos Asimilacion::sellosConTestigos(const std::vector<Fila>& filas) {
+Sellos Asimilacion::sellosConTestigos(const ImagenNueva& imagen) {
     Sellos enConflicto;
-    for (const auto& t : almacen_.testigos(estacion_, filas.front().instante, filas.back().instante)) {
+    for (const auto& t : almacen_.testigos(estacion_, *imagen.ficha.desde, *imagen.ficha.hasta)) {
         if (enConflicto.empty() || enConflicto.back() != t.instante) enConflicto.push_back(t.instante);
     }
-    Sellos propios;
-    for (const auto sello : enConflicto) {
-        const auto lugar = std::lower_bound(filas.begin(), filas.end(), sello,
-                                            [](const Fila& fila, Instante i) { return fila.instante < i; });
-        if (lugar != filas.end() && lugar->instante == sello) propios.push_back(sello);
-    }
-    return propios;
+    const auto instante = [&](std::uint16_t ranura) { return imagen.instante(ranura); };
+    std::erase_if(enConflicto, [&](Instante sello) {
+        return !std::ranges::binary_search(imagen.ranuras, sello, {}, instante);
+    });
+    return enConflicto;
 }
 
 void Asimilacion::atestiguar(const ImagenNueva& imagen, const Sellos& sellos) {

@@ -1,6 +1,8 @@
 // How one image changes what follows from the images of its station.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <vector>
@@ -14,8 +16,10 @@ namespace telvane {
 struct ImagenNueva {
     ImagenNueva(BytesImagen contenido, const Huella& huella, Incorporada cuando, std::string_view origen);
 
+    Instante instante(std::size_t ranura) const { return instanteDe(enRanura(bytes, ranura)); }
+
     BytesImagen bytes;
-    std::vector<Fila> filas;
+    std::vector<std::uint16_t> ranuras;  // of its distinct samples, in order of stamp
     FichaImagen ficha;
 };
 
@@ -50,7 +54,7 @@ class Asimilacion {
     Hallazgo buscarNuevas(const std::vector<Fila>& candidatas);
     void buscarEnTramo(std::span<const Fila> candidatas, Hallazgo& hallazgo);
     std::int64_t contarHuecosDeMas(const std::vector<Instante>& sellosNuevos);
-    std::vector<Instante> sellosConTestigos(const std::vector<Fila>& filas);
+    std::vector<Instante> sellosConTestigos(const ImagenNueva& imagen);
     void atestiguar(const ImagenNueva& imagen, const std::vector<Instante>& sellos);
     void atestiguarAnteriores(const std::vector<Instante>& sellos);
     std::vector<Instante> revisarParciales(const ImagenNueva& imagen);

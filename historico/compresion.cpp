@@ -39,11 +39,12 @@ std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes, std::sp
     exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_windowLog, kVentana));
     exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_checksumFlag, 0));
     if (!base.empty()) exigir(ZSTD_CCtx_refPrefix(contexto.get(), base.data(), base.size()));
-    std::vector<std::uint8_t> datos(ZSTD_compressBound(bytes.size()));
-    const auto largo = ZSTD_compress2(contexto.get(), datos.data(), datos.size(), bytes.data(), bytes.size());
+    // Room for what cannot be packed; a night touches a page of it.
+    const auto cabe = ZSTD_compressBound(bytes.size());
+    const auto datos = std::make_unique_for_overwrite<std::uint8_t[]>(cabe);
+    const auto largo = ZSTD_compress2(contexto.get(), datos.get(), cabe, bytes.data(), bytes.size());
     exigir(largo);
-    datos.resize(largo);
-    return datos;
+    return {datos.get(), datos.get() + largo};
 }
 
 std::size_t largoDe(std::span<const std::uint8_t> datos) {
