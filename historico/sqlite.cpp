@@ -3,6 +3,9 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <filesystem>
+#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
@@ -15,6 +18,10 @@ namespace telvane {
 namespace {
 
 constexpr int kSoloCodigo = 0xFF;
+
+constexpr std::string_view kSinLosSuyos =
+    "le faltan sus archivos -wal y -shm y aquí no hay permiso para hacerlos: los repone el próximo "
+    "incorporar";
 
 // How often whoever waits for a lock looks at it, and at what else there is to do.
 constexpr int kVistazoMs = 20;
@@ -88,13 +95,13 @@ std::string BaseSqlite::motivo(int codigo) const {
             return "no queda espacio en el disco: libere espacio y repita; lo que ya estaba sigue entero";
         case SQLITE_READONLY:
         case SQLITE_PERM:
-            if (acceso_ == Acceso::lectura) {
-                return "le faltan sus archivos -wal y -shm y aquí no hay permiso para hacerlos: los repone "
-                       "el "
-                       "próximo incorporar";
-            }
+            if (acceso_ == Acceso::lectura) return std::string(kSinLosSuyos);
             return "no se puede escribir en él: revise sus permisos y los de su carpeta";
         case SQLITE_CANTOPEN:
+            // It is there: it is the one of those two that a writer, killed, had not yet made.
+            if (std::error_code sinMotivo;
+                acceso_ == Acceso::lectura && sistema == ENOENT && std::filesystem::exists(ruta_, sinMotivo))
+                return std::string(kSinLosSuyos);
             return fmt::format("no se puede abrir: {}", sistema != 0
                                                             ? motivoSistema(sistema)
                                                             : "revise sus permisos y los de su carpeta");

@@ -68,6 +68,16 @@ primerCorte() {
     "$programa" --en "$archivo" incorporar "$primera" >/dev/null
 }
 
+# Of the two files beside it only one had been made.
+soloUno() {
+    local cual
+    for cual in -wal -shm; do
+        poner
+        : >"$archivo$cual"
+        leerSinPermiso "solo $cual"
+    done
+}
+
 # What each command is tried on, how it is called, and what must hold after it was broken off.
 preparar_incorporar() {
     "$programa" --en "$carpeta/antes/h.sqlite" incorporar "$primera" >/dev/null
@@ -169,6 +179,7 @@ probarLlamada() {
 
 [ "$orden" != incorporar ] || primerCorte
 "preparar_$orden"
+[ "$orden" != incorporar ] || soloUno
 # They change what is on a disk.
 cambian=(pwrite64 fdatasync fsync ftruncate fallocate unlink openat rename)
 for llamada in "${cambian[@]}"; do
