@@ -1,12 +1,13 @@
 #include "cli/ejecuciones.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <set>
 #include <sstream>
 #include <string_view>
 #include <utility>
+
+#include "platform/numero.h"
 
 namespace telvane {
 
@@ -39,21 +40,13 @@ std::string_view propiedad(const Propiedades& unidad, std::string_view nombre) {
     return lugar == unidad.end() ? std::string_view{} : std::string_view(lugar->second);
 }
 
-template <typename Entero>
-std::optional<Entero> numero(std::string_view texto) {
-    Entero valor = 0;
-    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), valor);
-    const bool bien = error == std::errc() && fin == texto.data() + texto.size() && !texto.empty();
-    return bien ? std::optional(valor) : std::nullopt;
-}
-
 // "Sat 2026-11-21 02:17:03 UTC"
 std::optional<std::chrono::sys_seconds> momentoEscrito(std::string_view texto) {
     using namespace std::chrono;
     constexpr std::size_t kLargo = 27;
     if (texto.size() != kLargo || !texto.ends_with(" UTC")) return std::nullopt;
     const auto parte = [&](std::size_t desde, std::size_t cifras) {
-        return numero<int>(texto.substr(desde, cifras)).value_or(-1);
+        return numeroDe<int>(texto.substr(desde, cifras)).value_or(-1);
     };
     const year_month_day dia{year(parte(4, 4)), month(static_cast<unsigned>(parte(9, 2))),
                              day(static_cast<unsigned>(parte(12, 2)))};
@@ -68,7 +61,7 @@ std::optional<std::chrono::sys_seconds> momentoEscrito(std::string_view texto) {
 // moment that never was.
 std::optional<std::chrono::sys_seconds> momento(std::string_view texto) {
     if (!texto.starts_with('@')) return momentoEscrito(texto);
-    const auto segundos = numero<std::int64_t>(texto.substr(1));
+    const auto segundos = numeroDe<std::int64_t>(texto.substr(1));
     if (!segundos || *segundos <= 0) return std::nullopt;
     return std::chrono::sys_seconds(std::chrono::seconds(*segundos));
 }
@@ -124,7 +117,7 @@ std::optional<std::map<std::string, Ejecuciones>> ejecucionesDe(const Systemctl&
             suya.enMarcha = propiedad(s->second, "ActiveState") == "activating";
             suya.ultima = momento(propiedad(s->second, "ExecMainStartTimestamp"));
             suya.resultado = propiedad(s->second, "Result");
-            suya.codigo = numero<int>(propiedad(s->second, "ExecMainStatus")).value_or(0);
+            suya.codigo = numeroDe<int>(propiedad(s->second, "ExecMainStatus")).value_or(0);
         }
     }
     return todas;

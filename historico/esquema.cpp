@@ -10,25 +10,20 @@
 #include "historico/almacen.h"
 #include "historico/ficha_descarga.h"
 #include "link/protocolo.h"
+#include "platform/recorte.h"
 
 namespace telvane {
 
 namespace {
 
-std::string_view recortado(std::string_view texto) {
-    constexpr std::string_view kBlancos = " \n\t,";
-    const auto desde = texto.find_first_not_of(kBlancos);
-    if (desde == std::string_view::npos) return {};
-    return texto.substr(desde, texto.find_last_not_of(kBlancos) + 1 - desde);
-}
-
+constexpr std::string_view kEntreColumnas = " \n\t,";
 constexpr std::string_view kClavePrimaria = "PRIMARY KEY";
 
 Clave leerClave(std::string_view columnas) {
     Clave clave;
     while (!columnas.empty()) {
         const auto hasta = std::min(columnas.find(','), columnas.size());
-        clave.emplace_back(recortado(columnas.substr(0, hasta)));
+        clave.emplace_back(recortado(columnas.substr(0, hasta), kEntreColumnas));
         columnas.remove_prefix(std::min(hasta + 1, columnas.size()));
     }
     return clave;
@@ -37,7 +32,7 @@ Clave leerClave(std::string_view columnas) {
 Columna leerColumna(std::string_view linea) {
     const auto blanco = linea.find(' ');
     Columna columna{.nombre = std::string(linea.substr(0, blanco)), .tipo = {}};
-    const auto declaracion = recortado(linea.substr(blanco));
+    const auto declaracion = recortado(linea.substr(blanco), kEntreColumnas);
     auto finDelTipo = declaracion.size();
     for (const std::string_view palabra :
          {" PRIMARY", " NOT", " DEFAULT", " COLLATE", " UNIQUE", " REFERENCES"})
@@ -69,7 +64,7 @@ void leerCuerpo(std::string_view cuerpo, Tabla& tabla) {
         const char letra = i < cuerpo.size() ? cuerpo[i] : ',';
         abiertos += letra == '(' ? 1 : letra == ')' ? -1 : 0;
         if (letra != ',' || abiertos > 0) continue;
-        leerLinea(recortado(cuerpo.substr(desde, i - desde)), tabla);
+        leerLinea(recortado(cuerpo.substr(desde, i - desde), kEntreColumnas), tabla);
         desde = i + 1;
     }
 }
@@ -171,7 +166,7 @@ Tablas leerTablas(std::string_view sql) {
     Tablas tablas;
     std::istringstream texto{std::string(sql)};
     for (std::string sentencia; std::getline(texto, sentencia, ';');) {
-        const auto toda = recortado(sentencia);
+        const auto toda = recortado(sentencia, kEntreColumnas);
         if (!toda.starts_with(kComienzo)) continue;
         const auto abre = toda.find('(');
         auto nombre = toda.substr(kComienzo.size(), abre - kComienzo.size());

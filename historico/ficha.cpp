@@ -1,7 +1,6 @@
 #include "historico/ficha.h"
 
 #include <array>
-#include <charconv>
 #include <set>
 #include <string>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "historico/textos_historico.h"
 #include "link/protocolo.h"
 #include "platform/archivo.h"
+#include "platform/numero.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -38,12 +38,9 @@ std::optional<Instante> leerSegundo(std::string_view texto) {
     constexpr std::size_t kEntero = 19;
     if (texto.size() != kEntero || texto[kHastaMinuto] != ':') return std::nullopt;
     const auto minuto = leerMomento(texto.substr(0, kHastaMinuto));
-    int segundo = -1;
-    const auto* inicio = texto.data() + kHastaMinuto + 1;
-    const auto [fin, error] = std::from_chars(inicio, inicio + 2, segundo);
-    const bool bien = minuto && error == std::errc() && fin == inicio + 2 && segundo >= 0 && segundo < 60;
-    if (!bien) return std::nullopt;
-    return *minuto + std::chrono::seconds(segundo);
+    const auto segundo = numeroDe<int>(texto.substr(kHastaMinuto + 1));
+    if (!minuto || !segundo || *segundo < 0 || *segundo >= 60) return std::nullopt;
+    return *minuto + std::chrono::seconds(*segundo);
 }
 
 // The same with a Z behind it.

@@ -1,5 +1,4 @@
 // telvane-historico estado
-#include <charconv>
 #include <cmath>
 #include <memory>
 #include <string>
@@ -13,6 +12,7 @@
 #include "historico/ordenes.h"
 #include "historico/textos_estado.h"
 #include "historico/textos_historico.h"
+#include "platform/numero.h"
 
 namespace telvane {
 
@@ -27,11 +27,8 @@ struct OpcionesEstado {
 };
 
 std::optional<double> leerHoras(const std::string& texto) {
-    double horas = 0;
-    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), horas);
-    const bool bien =
-        error == std::errc() && fin == texto.data() + texto.size() && std::isfinite(horas) && horas >= 0;
-    return bien ? std::optional(horas) : std::nullopt;
+    const auto horas = numeroDe<double>(texto);
+    return horas && std::isfinite(*horas) && *horas >= 0 ? horas : std::nullopt;
 }
 std::string motivoHoras(const std::string& texto) {
     return leerHoras(texto) ? "" : "debe ser un número de horas";

@@ -1,6 +1,5 @@
 // telvane-historico informe, resumen
 #include <algorithm>
-#include <charconv>
 #include <memory>
 #include <string>
 
@@ -16,6 +15,7 @@
 #include "informe/informe.h"
 #include "informe/texto_html.h"
 #include "loggerconfig/datos_config.h"
+#include "platform/numero.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -41,12 +41,8 @@ struct OpcionesInforme {
 // "2018-11"
 std::optional<Mes> leerMes(std::string_view texto) {
     if (texto.size() != 7 || texto[4] != '-') return std::nullopt;
-    const auto entero = [](std::string_view t) {
-        int n = -1;
-        const auto [fin, error] = std::from_chars(t.data(), t.data() + t.size(), n);
-        return error == std::errc() && fin == t.data() + t.size() ? n : -1;
-    };
-    const Mes mes{.anio = entero(texto.substr(0, 4)), .mes = entero(texto.substr(5))};
+    const Mes mes{.anio = numeroDe<int>(texto.substr(0, 4)).value_or(-1),
+                  .mes = numeroDe<int>(texto.substr(5)).value_or(-1)};
     if (mes.anio < 0 || mes.mes < 1 || mes.mes > 12) return std::nullopt;
     return mes;
 }

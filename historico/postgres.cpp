@@ -5,10 +5,8 @@
 #include <signal.h>
 
 #include <array>
-#include <charconv>
 #include <condition_variable>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -16,6 +14,7 @@
 
 #include "historico/almacen.h"
 #include "historico/biblioteca_postgres.h"
+#include "platform/numero.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -40,10 +39,7 @@ std::string valorDe(const OpcionesDeUrl& opciones, std::string_view clave) {
 bool sonPuertos(std::string_view texto) {
     while (!texto.empty()) {
         const auto uno = texto.substr(0, texto.find(','));
-        std::uint16_t numero = 0;
-        const auto [fin, error] = std::from_chars(uno.data(), uno.data() + uno.size(), numero);
-        const bool bien = error == std::errc() && fin == uno.data() + uno.size() && numero != 0;
-        if (!uno.empty() && !bien) return false;
+        if (!uno.empty() && numeroDe<std::uint16_t>(uno).value_or(0) == 0) return false;
         texto.remove_prefix(std::min(uno.size() + 1, texto.size()));
     }
     return true;

@@ -1,11 +1,10 @@
 #include "historico/textos_historico.h"
 
-#include <charconv>
-
 #include <fmt/format.h>
 
 #include "loggerconfig/datos_config.h"
 #include "platform/cp1252.h"
+#include "platform/numero.h"
 #include "platform/recorte.h"
 #include "platform/texto_visible.h"
 
@@ -15,10 +14,7 @@ namespace {
 
 // All of the text as one number.
 std::optional<int> cifras(std::string_view texto) {
-    int valor = 0;
-    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), valor);
-    const bool todas = error == std::errc() && fin == texto.data() + texto.size() && texto.front() != '-';
-    return todas ? std::optional(valor) : std::nullopt;
+    return texto.starts_with('-') ? std::nullopt : numeroDe<int>(texto);
 }
 
 // Text of the header from desde to hasta; erased bytes are none.

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "platform/recorte.h"
 #include "regional/formatos.h"
 
 namespace telvane::informe {
@@ -72,9 +73,7 @@ std::string_view escape(char32_t c) {
 
 std::string limpio(std::string_view texto, bool conEscapes) {
     std::string salida;
-    const auto desde = texto.find_first_not_of(' ');
-    if (desde == std::string_view::npos) return salida;
-    texto = texto.substr(desde, texto.find_last_not_of(' ') + 1 - desde);
+    texto = recortado(texto);
     while (!texto.empty()) {
         const auto c = primero(texto);
         const auto puesto = conEscapes ? escape(c.codigo) : std::string_view();

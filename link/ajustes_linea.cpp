@@ -1,10 +1,9 @@
 #include <array>
-#include <charconv>
 #include <string_view>
-#include <system_error>
 
 #include "link/puerto_serie.h"
 #include "link/velocidades.h"
+#include "platform/numero.h"
 
 namespace telvane {
 
@@ -17,9 +16,7 @@ namespace {
 
 // -1 for anything but a plain decimal number.
 int numero(std::string_view texto) {
-    int valor = -1;
-    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), valor);
-    return error == std::errc() && fin == texto.data() + texto.size() ? valor : -1;
+    return numeroDe<int>(texto).value_or(-1);
 }
 
 std::array<std::string_view, 4> partes(const std::string& texto) {

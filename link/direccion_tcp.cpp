@@ -1,8 +1,9 @@
 #include "link/direccion_tcp.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
+
+#include "platform/numero.h"
 
 namespace telvane {
 
@@ -11,9 +12,7 @@ namespace {
 constexpr std::string_view kEsquema = "tcp://";
 
 bool esPuerto(std::string_view texto) {
-    std::uint16_t numero = 0;
-    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), numero);
-    return error == std::errc() && fin == texto.data() + texto.size() && numero != 0;
+    return numeroDe<std::uint16_t>(texto).value_or(0) != 0;
 }
 
 // What a name or an address is made of; a zone follows a percent sign ("fe80::1%eth0").

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <fstream>
 #include <string_view>
@@ -20,6 +19,7 @@
 
 #include "link/direccion_tcp.h"
 #include "link/protocolo.h"
+#include "platform/numero.h"
 #include "platform/recorte.h"
 #include "platform/texto_visible.h"
 
@@ -33,15 +33,6 @@ constexpr std::string_view kEnPlaca = "ttyS";
 // Prefixes in the order of the numbering.
 constexpr std::array<std::pair<std::string_view, int>, 3> kFamilias = {
     {{"ttyUSB", 0}, {"ttyACM", 0}, {kEnPlaca, 1}}};
-
-// nullopt for anything but a plain decimal number.
-template <class Numero>
-std::optional<Numero> leerNumero(std::string_view texto, int base = 10) {
-    Numero valor{};
-    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), valor, base);
-    if (error != std::errc() || fin != texto.data() + texto.size()) return std::nullopt;
-    return valor;
-}
 
 // First line of a small file, without outer blanks; nullopt: it cannot be read.
 std::optional<std::string> primeraLinea(const fs::path& archivo) {
@@ -76,7 +67,7 @@ using Orden = std::tuple<int, unsigned, std::string>;
 std::optional<Orden> ordenDe(const std::string& nombre) {
     for (const auto& [prefijo, familia] : kFamilias) {
         if (!nombre.starts_with(prefijo)) continue;
-        if (const auto numero = leerNumero<unsigned>(std::string_view(nombre).substr(prefijo.size()))) {
+        if (const auto numero = numeroDe<unsigned>(std::string_view(nombre).substr(prefijo.size()))) {
             return Orden(familia, *numero, nombre);
         }
     }
@@ -122,7 +113,7 @@ bool esElMismo(const fs::path& descriptor, const Dispositivo& buscado) {
 // first: asking about a file of a network disk may take for ever.
 void buscarDescriptores(const Dispositivo& buscado, const fs::path& proc, std::vector<Ocupante>& ocupantes) {
     for (const auto& proceso : entradas(proc)) {
-        const auto pid = leerNumero<pid_t>(proceso.filename().native());
+        const auto pid = numeroDe<pid_t>(proceso.filename().native());
         if (!pid) continue;
         const auto descriptores = entradas(proceso / "fd");
         if (std::any_of(descriptores.begin(), descriptores.end(), [&](const fs::path& d) {
@@ -147,7 +138,7 @@ void buscarCerrojos(const Dispositivo& buscado, const fs::path& proc, std::vecto
     std::string lugar;
     std::string resto;
     while (entrada >> orden >> clase >> aviso >> modo >> pid >> lugar && std::getline(entrada, resto)) {
-        const auto numero = leerNumero<pid_t>(pid);
+        const auto numero = numeroDe<pid_t>(pid);
         if (lugar == clave && numero && *numero > 0) anotar(ocupantes, *numero, proc);
     }
 }
@@ -268,7 +259,7 @@ MapaCom MapaCom::fijo(const std::vector<std::string>& pares, std::string_view op
         const auto igual = texto.find('=');
         if (igual == std::string::npos)
             rehusarPar(par, "se espera NÚMERO=DISPOSITIVO, por ejemplo 1=/dev/ttyUSB0");
-        const auto numero = leerNumero<int>(std::string_view(texto).substr(0, igual));
+        const auto numero = numeroDe<int>(std::string_view(texto).substr(0, igual));
         if (!numero || *numero < 1 || *numero > kUltimoPuerto) {
             rehusarPar(par, fmt::format("el número va de 1 a {}", kUltimoPuerto));
         }

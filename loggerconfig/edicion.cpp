@@ -1,9 +1,9 @@
 #include "loggerconfig/edicion.h"
 
 #include <array>
-#include <charconv>
 
 #include "loggerconfig/datos_config.h"
+#include "platform/numero.h"
 #include "regional/formatos.h"
 
 namespace telvane {
@@ -27,11 +27,9 @@ std::optional<std::chrono::seconds> leerHora(std::string_view texto) {
         const auto cifras = texto.substr(0, fin);
         const bool ultima = parte + 1 == kLimites.size();
         if (cifras.empty() || cifras.size() > 2 || (fin == texto.size()) != ultima) return std::nullopt;
-        int valor = 0;
-        const auto leido = std::from_chars(cifras.data(), cifras.data() + cifras.size(), valor);
-        if (leido.ec != std::errc{} || leido.ptr != cifras.data() + cifras.size()) return std::nullopt;
-        if (valor < 0 || valor >= kLimites[parte]) return std::nullopt;
-        total = total * 60 + valor;
+        const auto valor = numeroDe<int>(cifras);
+        if (!valor || *valor < 0 || *valor >= kLimites[parte]) return std::nullopt;
+        total = total * 60 + *valor;
         texto.remove_prefix(ultima ? fin : fin + 1);
     }
     return std::chrono::seconds(total);

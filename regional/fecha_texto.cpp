@@ -1,7 +1,6 @@
 #include "regional/fecha_texto.h"
 
-#include <algorithm>
-#include <charconv>
+#include "platform/numero.h"
 
 namespace telvane {
 
@@ -11,12 +10,8 @@ constexpr std::size_t kCifrasAnio = 4;
 
 // A whole number made of digits only, of no more than a year has.
 std::optional<int> numero(std::string_view cifras) {
-    const bool soloCifras =
-        std::all_of(cifras.begin(), cifras.end(), [](char c) { return c >= '0' && c <= '9'; });
-    if (cifras.empty() || cifras.size() > kCifrasAnio || !soloCifras) return std::nullopt;
-    int valor = 0;
-    std::from_chars(cifras.data(), cifras.data() + cifras.size(), valor);
-    return valor;
+    if (cifras.size() > kCifrasAnio || cifras.starts_with('-')) return std::nullopt;
+    return numeroDe<int>(cifras);
 }
 
 }  // namespace

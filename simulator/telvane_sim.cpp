@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <exception>
 #include <functional>
@@ -25,6 +24,7 @@
 #include "platform/destino.h"
 #include "platform/flujos.h"
 #include "platform/motivos.h"
+#include "platform/numero.h"
 #include "platform/texto_visible.h"
 #include "simulator/memoria_guardada.h"
 #include "simulator/memoria_simulada.h"
@@ -46,16 +46,8 @@ struct Opciones {
     std::vector<std::string> fallos;
 };
 
-std::optional<std::uint32_t> numero(const std::string& texto) {
-    std::uint32_t valor = 0;
-    const auto* fin = texto.data() + texto.size();
-    const auto [hasta, error] = std::from_chars(texto.data(), fin, valor);
-    if (error != std::errc() || hasta != fin) return std::nullopt;
-    return valor;
-}
-
 std::string comprobarSemilla(const std::string& texto) {
-    return numero(texto) ? "" : "debe ser un número, 0 a 4294967295";
+    return numeroDe<std::uint32_t>(texto) ? "" : "debe ser un número, 0 a 4294967295";
 }
 
 std::string comprobarBaudios(const std::string& texto) {
@@ -103,7 +95,7 @@ void declarar(Argumentos& argumentos, Opciones& opciones) {
 }
 
 MaquinaRegistrador prepararMaquina(const Opciones& opciones, const std::optional<MemoriaGuardada>& memoria) {
-    const Clima clima(numero(opciones.semilla).value_or(1));
+    const Clima clima(numeroDe<std::uint32_t>(opciones.semilla).value_or(1));
     MaquinaRegistrador maquina(memoria && memoria->leida() ? *memoria->leida() : memoriaSimulada(clima),
                                clima);
     if (!opciones.serie.empty()) maquina.ponerSerie(opciones.serie);
