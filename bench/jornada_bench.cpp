@@ -70,7 +70,8 @@ void medirEnLinea(VentanaViva& ventana) {
 
 // From the opening byte, two seconds after the click, to the last acknowledgement.
 void medirDescarga(VentanaViva& ventana) {
-    constexpr double kCable = static_cast<double>(kBytesMemoria + kBloquesMemoria + 5) * 10 / kBaudios;
+    constexpr double kCable =
+        static_cast<double>(kBytesMemoria + kBloquesMemoria + 5) * kBitsPorByte / kBaudios;
     const auto antes = segundosDeProcesador();
     const auto inicio = std::chrono::steady_clock::now();
     ventana.pulsar("Command13");

@@ -68,11 +68,21 @@ struct OpcionesConfigurar {
     bool sinVerificar = false;
 };
 
+// "1, 5, 10, 15, 30 o 60"
+std::string losIntervalos() {
+    std::string texto;
+    for (const auto& intervalo : kIntervalos) {
+        if (!texto.empty()) texto += &intervalo == &kIntervalos.back() ? " o " : ", ";
+        texto += intervalo.texto;
+    }
+    return texto;
+}
+
 std::string motivoIntervalo(const std::string& texto) {
     for (const auto& intervalo : kIntervalos) {
         if (texto == intervalo.texto) return "";
     }
-    return "debe ser 1, 5, 10, 15, 30 o 60";
+    return "debe ser " + losIntervalos();
 }
 std::string motivoFecha(const std::string& texto) {
     const auto fecha = leerFechaCorta(texto);
@@ -434,7 +444,7 @@ void declararConfigurar(Argumentos& argumentos, ContextoCli& contexto) {
     }
     orden.opcion(opciones->intervalo, {.nombre = "--intervalo",
                                        .valor = "MINUTOS",
-                                       .ayuda = "Minutos entre muestras: 1, 5, 10, 15, 30 o 60",
+                                       .ayuda = "Minutos entre muestras: " + losIntervalos(),
                                        .comprobar = motivoIntervalo});
     orden.opcion(
         opciones->fecha,

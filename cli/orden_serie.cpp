@@ -10,6 +10,7 @@
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
 #include "consola/codigos_salida.h"
+#include "link/protocolo.h"
 #include "link/puerto_serie.h"
 #include "loggerconfig/pasos_serie.h"
 
@@ -19,7 +20,7 @@ namespace {
 
 [[noreturn]] void fallar(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) {
     const auto estado = estadoDelEnvio(
-        enviados, RegistradorCli::kBytesSerieEnviados, "el número y la memoria",
+        enviados, kBytesMensajeSerie, "el número y la memoria",
         "La memoria sigue como estaba; mire con \"telvane-cli configuracion\" qué número tiene, y "
         "repita la orden si no es el que quería.",
         "repita la orden");
@@ -34,8 +35,7 @@ void escribir(Consola& consola, RegistradorCli& registrador, const std::string& 
     } catch (const ErrorCli& error) {
         fallar(error.codigo(), error.what(), enviados);
     } catch (const ErrorPuerto& error) {
-        if (enviados < RegistradorCli::kBytesSerieEnviados)
-            fallar(CodigoSalida::fallo, error.what(), enviados);
+        if (enviados < kBytesMensajeSerie) fallar(CodigoSalida::fallo, error.what(), enviados);
         consola.aviso(error.what());
     }
 }
@@ -48,9 +48,9 @@ void leerDeVuelta(RegistradorCli& registrador, const std::string& cifras) {
         try {
             ahora = registrador.leerConfiguracion().Nserie;
         } catch (const ErrorCli& error) {
-            fallar(error.codigo(), error.what(), RegistradorCli::kBytesSerieEnviados);
+            fallar(error.codigo(), error.what(), kBytesMensajeSerie);
         } catch (const ErrorPuerto& error) {
-            fallar(CodigoSalida::fallo, error.what(), RegistradorCli::kBytesSerieEnviados);
+            fallar(CodigoSalida::fallo, error.what(), kBytesMensajeSerie);
         }
         if (ahora == cifras) return;
     }

@@ -59,8 +59,7 @@ class RegistradorCli {
     // is that of their sending. The logger erases its data. enviados counts what was handed to the line, also
     // when an exception ends it; a byte that the port refused is counted, for it may have left.
     void escribirConfiguracion(const std::function<std::string()>& mensaje, std::size_t& enviados);
-    // The same; of kBytesSerieEnviados.
-    static constexpr std::size_t kBytesSerieEnviados = 5;
+    // The same; of kBytesMensajeSerie.
     void escribirSerie(const SerieEmpacada& serie, std::size_t& enviados);
 
     // Live frames for as long as the object lives. A frame has neither a checksum nor an end mark: one that

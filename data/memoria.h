@@ -54,6 +54,6 @@ inline constexpr std::int32_t kPrimerBloqueConMuestras = 6;
 
 // Last block that the decoding loops visit, the bar's maximum, and the end value of a download's counter
 // (2 handshake replies and 4096 blocks).
-inline constexpr std::int32_t kUltimoBloque = 4098;
+inline constexpr std::int32_t kUltimoBloque = kAcuses + kBloquesMemoria;
 
 }  // namespace telvane

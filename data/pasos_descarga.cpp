@@ -4,13 +4,6 @@
 
 namespace telvane {
 
-namespace {
-
-constexpr std::int32_t kPrimeraRespuesta = 1;
-constexpr std::int32_t kSegundaRespuesta = 2;
-
-}  // namespace
-
 Paso<HitoDescarga> pasoDescarga(std::int32_t contador, std::int32_t ultimoBloque, std::uint8_t byte) {
     if (contador < kPrimeraRespuesta || contador > ultimoBloque) return {.hito = HitoDescarga::error};
     if (contador == kPrimeraRespuesta) {

@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* datos, std::size_t cua
     using namespace telvane;
     try {
         const auto fallo = Fallo::leer(Entrada(datos, cuantos).texto());
-        exigirQue(fallo.indice < 2 + kBytesMemoria);
+        exigirQue(fallo.indice < kRespuestasDescarga);
         static_cast<void>(efectoDe(fallo, 0x55));
     } catch (const std::invalid_argument&) {
     }

@@ -8,6 +8,10 @@
 
 namespace telvane {
 
+// The counter's values at which the logger answers the opening byte and the byte that selects the exchange.
+inline constexpr std::int32_t kPrimeraRespuesta = 1;
+inline constexpr std::int32_t kSegundaRespuesta = 2;
+
 template <typename Hito>
 struct Paso {
     Hito hito{};

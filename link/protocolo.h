@@ -18,12 +18,24 @@ inline constexpr std::uint8_t kEscribirConfig = 0x96;  // PC: configuration writ
 inline constexpr std::uint8_t kEscribirSerie = 0x64;   // PC: serial number write
 
 // Lengths in bytes.
-inline constexpr std::size_t kBytesMarco = 31;           // live frame
-inline constexpr std::size_t kBytesConfig = 111;         // configuration record as read, clock included
-inline constexpr std::size_t kBytesMensajeConfig = 107;  // configuration message as written
+inline constexpr std::size_t kBytesMarco = 31;                 // live frame
+inline constexpr std::size_t kBytesSerie = 4;                  // serial number, packed decimal
+inline constexpr std::size_t kDigitosSerie = 2 * kBytesSerie;  // as it is shown and typed
+inline constexpr std::size_t kBytesConfig = 111;               // configuration record as read, clock included
+// As written: a configuration leaves the serial number out, the last byte of a serial number goes out twice.
+inline constexpr std::size_t kBytesMensajeConfig = kBytesConfig - kBytesSerie;
+inline constexpr std::size_t kBytesMensajeSerie = kBytesSerie + 1;
 inline constexpr std::size_t kBytesBloque = 64;
 inline constexpr std::size_t kBloquesMemoria = 4096;
 inline constexpr std::size_t kBytesMemoria = kBytesBloque * kBloquesMemoria;
+
+// What the logger sends in an exchange: an answer to the opening byte, one to the byte that selects the
+// exchange, then what it was asked for; in a write, an answer to each byte of the message but the last.
+inline constexpr std::size_t kAcuses = 2;
+inline constexpr std::size_t kRespuestasLectura = kAcuses + kBytesConfig;
+inline constexpr std::size_t kRespuestasEscritura = kAcuses + kBytesMensajeConfig - 1;
+inline constexpr std::size_t kRespuestasSerie = kAcuses + kBytesMensajeSerie - 1;
+inline constexpr std::size_t kRespuestasDescarga = kAcuses + kBytesMemoria;
 
 // Offsets in bytes within the live frame, from 0; two-byte quantities are big-endian and signed. Bytes 0 to 2
 // and 18 to 30 are not used.
@@ -44,7 +56,7 @@ inline constexpr int kUmbralBloque = static_cast<int>(kBytesBloque);
 inline constexpr int kUmbralMarco = static_cast<int>(kBytesMarco);
 inline constexpr int kUmbralSonda = 21;  // an answer to the probe counts as the logger's from here on
 
-// No handshake, DTR and RTS low; one byte is ten bits.
+// No handshake, DTR and RTS low.
 inline constexpr std::string_view kAjustesLinea = "19200,n,8,1";
 inline constexpr int kBaudios = [] {
     int baudios = 0;
@@ -52,6 +64,7 @@ inline constexpr int kBaudios = [] {
         baudios = baudios * 10 + (cifra - '0');
     return baudios;
 }();
+inline constexpr int kBitsPorByte = 10;  // a start bit, eight data bits, a stop bit
 
 // Port numbers run from 1 to this one: those that a channel accepts, a map names and a search tries.
 inline constexpr int kUltimoPuerto = 12;

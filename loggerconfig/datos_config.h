@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "link/protocolo.h"
+
 namespace telvane {
 
 // Offsets in bytes within the record, on the line (after the two acknowledges) and at the head of the memory
@@ -23,7 +25,7 @@ inline constexpr std::size_t kLongitud = 84;    // 15
 inline constexpr std::size_t kAltitud = 99;     // 5
 inline constexpr std::size_t kIntervalo = 104;  // 1, packed decimal minutes
 inline constexpr std::size_t kReloj = 105;      // hour, minute, second, day, month, year; packed decimal
-inline constexpr std::size_t kFin = 111;
+inline constexpr std::size_t kFin = kBytesConfig;
 inline constexpr std::size_t kCabecera = 432;  // header of the memory image: the record, then reserved bytes
 }  // namespace registro_config
 

@@ -6,12 +6,6 @@
 
 namespace telvane {
 
-namespace {
-
-constexpr std::int32_t kPrimero = 1;
-
-}  // namespace
-
 std::string rellenado(std::string_view texto, int ancho) {
     const auto cabe = static_cast<std::size_t>(ancho);
     auto largo = caracteres(texto);
@@ -36,11 +30,11 @@ std::string mensajeConfig(const ConfigAEnviar& config) {
 }
 
 Paso<HitoEnvio> pasoEscritura(std::int32_t contador, std::string_view mensaje) {
-    if (contador == kPrimero) return {.respuesta = kEscribirConfig};
-    const auto ultimo = static_cast<std::int32_t>(kBytesMensajeConfig) + kPrimero;
-    if (contador < kPrimero || contador > ultimo) return {.hito = HitoEnvio::fueraDePaso};
-    const auto indice = static_cast<std::size_t>(contador - kPrimero - 1);
-    return {.hito = contador == ultimo ? HitoEnvio::fin : HitoEnvio::ninguno,
+    if (contador == kPrimeraRespuesta) return {.respuesta = kEscribirConfig};
+    constexpr auto kUltimo = static_cast<std::int32_t>(kRespuestasEscritura);
+    if (contador < kPrimeraRespuesta || contador > kUltimo) return {.hito = HitoEnvio::fueraDePaso};
+    const auto indice = static_cast<std::size_t>(contador - kPrimeraRespuesta - 1);
+    return {.hito = contador == kUltimo ? HitoEnvio::fin : HitoEnvio::ninguno,
             .respuesta = static_cast<std::uint8_t>(mensaje[indice])};
 }
 

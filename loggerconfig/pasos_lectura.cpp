@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <charconv>
 
-#include "link/protocolo.h"
 #include "platform/cp1252.h"
 
 namespace telvane {
 
 namespace {
 
-constexpr std::int32_t kAcuse1 = 1;
-constexpr std::int32_t kAcuse2 = 2;
-constexpr std::int32_t kPrimerByte = 3;  // counter of the record's byte 0
+constexpr std::int32_t kPrimerByte = kAcuses + 1;  // counter of the record's byte 0
 
 // The raw byte is what is compared: day and month share the bound of minutes.
 constexpr std::array<std::uint8_t, 6> kLimitesReloj = {
@@ -67,11 +64,11 @@ int numero(const std::string& ranura) {
 
 PasoLectura pasoLectura(std::int32_t contador, std::uint8_t byte, DatosConfig& datos) {
     PasoLectura paso;
-    if (contador == kAcuse1) {
+    if (contador == kPrimeraRespuesta) {
         paso.respuesta = kLeerConfig;
         return paso;
     }
-    if (contador == kAcuse2) {
+    if (contador == kSegundaRespuesta) {
         paso.respuesta = kApertura;
         return paso;
     }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "link/paso.h"
+#include "link/protocolo.h"
 #include "loggerconfig/datos_config.h"
 #include "regional/formatos.h"
 
@@ -33,7 +34,7 @@ struct PasoLectura : Paso<HitoLectura> {
 };
 
 // contador: 1 for the first byte received (2 acknowledges, then the record at 3 to 113).
-inline constexpr std::int32_t kContadorFinLectura = 113;
+inline constexpr auto kContadorFinLectura = static_cast<std::int32_t>(kRespuestasLectura);
 PasoLectura pasoLectura(std::int32_t contador, std::uint8_t byte, DatosConfig& datos);
 
 // Whether every slot holds an accepted byte whose nibbles are decimal. A refused byte stays there as its

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "link/protocolo.h"
-
 namespace telvane {
 
 SerieEmpacada empacarSerie(std::string_view digitos) {
@@ -22,7 +20,8 @@ namespace {
 std::string motivoHasta(char ultima, const std::string& texto) {
     const bool cifras =
         std::all_of(texto.begin(), texto.end(), [&](char c) { return c >= '0' && c <= ultima; });
-    return cifras && texto.size() == 8 ? "" : "el número de serie tiene 8 cifras, ceros incluidos";
+    return cifras && texto.size() == kDigitosSerie ? ""
+                                                   : "el número de serie tiene 8 cifras, ceros incluidos";
 }
 
 }  // namespace
@@ -36,19 +35,11 @@ std::string motivoSerieMostrada(const std::string& texto) {
 }
 
 Paso<HitoEnvio> pasoSerie(std::int32_t contador, const SerieEmpacada& serie) {
-    switch (contador) {
-        case 1:
-            return {.respuesta = kEscribirSerie};
-        case 2:
-        case 3:
-        case 4:
-        case 5:
-            return {.respuesta = serie[static_cast<std::size_t>(contador - 2)]};
-        case 6:
-            return {.hito = HitoEnvio::fin, .respuesta = serie.back()};
-        default:
-            return {.hito = HitoEnvio::fueraDePaso};
-    }
+    if (contador == kPrimeraRespuesta) return {.respuesta = kEscribirSerie};
+    constexpr auto kUltimo = static_cast<std::int32_t>(kRespuestasSerie);
+    if (contador < kPrimeraRespuesta || contador > kUltimo) return {.hito = HitoEnvio::fueraDePaso};
+    if (contador == kUltimo) return {.hito = HitoEnvio::fin, .respuesta = serie.back()};
+    return {.respuesta = serie[static_cast<std::size_t>(contador - kPrimeraRespuesta - 1)]};
 }
 
 }  // namespace telvane

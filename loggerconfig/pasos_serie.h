@@ -7,10 +7,11 @@
 #include <string_view>
 
 #include "link/paso.h"
+#include "link/protocolo.h"
 
 namespace telvane {
 
-using SerieEmpacada = std::array<std::uint8_t, 4>;
+using SerieEmpacada = std::array<std::uint8_t, kBytesSerie>;
 
 // Digits, most significant first; a short entry is filled with zeros on the right ("2080" is 20800000).
 SerieEmpacada empacarSerie(std::string_view digitos);

@@ -6,12 +6,6 @@
 
 namespace telvane {
 
-namespace {
-
-constexpr int kDigitos = 8;
-
-}  // namespace
-
 int teclaDeSerie(int tecla) {
     const bool cifra = tecla >= '0' && tecla <= '9';
     return cifra || tecla == kTeclaRetroceso || tecla == kTeclaIntro ? tecla : 0;
@@ -19,7 +13,7 @@ int teclaDeSerie(int tecla) {
 
 void EscrituraSerie::alTeclear() {
     enlace_.estado.respuesta = false;
-    enlace_.forma.Text10.maxLength = kDigitos;
+    enlace_.forma.Text10.maxLength = static_cast<int>(kDigitosSerie);
 }
 
 Tarea<> EscrituraSerie::enviar() {
@@ -28,7 +22,7 @@ Tarea<> EscrituraSerie::enviar() {
     serie_ = empacarSerie(enviada_);
     // The buffer of the last read's digits is overwritten by what is sent.
     config_.digitosSerie = forma.Text10.text();
-    config_.digitosSerie.resize(kDigitos, '0');
+    config_.digitosSerie.resize(kDigitosSerie, '0');
     entera_ = true;
     forma.Text10.enabled = false;
     forma.Label1.enabled = true;

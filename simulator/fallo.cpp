@@ -1,14 +1,15 @@
 #include "simulator/fallo.h"
 
 #include <array>
-#include <charconv>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 #include <fmt/format.h>
 
+#include "link/protocolo.h"
 #include "platform/argumentos.h"
+#include "platform/numero.h"
 
 namespace telvane {
 
@@ -24,14 +25,13 @@ struct FilaOperacion {
     Intercambio intercambio;
     std::size_t bytes;
 };
-constexpr std::size_t kBytesSaludo = 2;
 constexpr std::array<FilaOperacion, 6> kOperaciones = {{
     {"sonda", Operacion::sonda, Intercambio::reposo, kBytesMarco},
     {"en-linea", Operacion::enLinea, Intercambio::reposo, kBytesMarco},
-    {"lectura", Operacion::lectura, Intercambio::lectura, kBytesSaludo + kBytesConfig},
-    {"escritura", Operacion::escritura, Intercambio::escritura, 1 + kBytesMensajeConfig},
-    {"serie", Operacion::serie, Intercambio::serie, 6},
-    {"descarga", Operacion::descarga, Intercambio::descarga, kBytesSaludo + kBytesMemoria},
+    {"lectura", Operacion::lectura, Intercambio::lectura, kRespuestasLectura},
+    {"escritura", Operacion::escritura, Intercambio::escritura, kRespuestasEscritura},
+    {"serie", Operacion::serie, Intercambio::serie, kRespuestasSerie},
+    {"descarga", Operacion::descarga, Intercambio::descarga, kRespuestasDescarga},
 }};
 
 struct FilaClase {
@@ -115,7 +115,7 @@ class LectorDeFallo {
    private:
     void tomar(const Pieza& pieza) {
         if (pieza.nombre == "byte") {
-            byte_ = numero(pieza, 10, kBytesSaludo + kBytesMemoria - 1);
+            byte_ = numero(pieza, 10, kRespuestasDescarga - 1);
         } else if (pieza.nombre == "bloque" && fallo_.operacion == Operacion::descarga) {
             bloque_ = numero(pieza, 10, kBloquesMemoria - 1);
         } else if (pieza.nombre == "cuadro" && fallo_.operacion == Operacion::enLinea) {
@@ -140,20 +140,18 @@ class LectorDeFallo {
     }
 
     std::size_t numero(const Pieza& pieza, int base, std::size_t maximo) const {
-        const auto cifras = pieza.valor.value_or("");
-        std::size_t valor = 0;
-        const auto [fin, error] = std::from_chars(cifras.data(), cifras.data() + cifras.size(), valor, base);
-        if (error != std::errc() || fin != cifras.data() + cifras.size() || valor > maximo) {
+        const auto valor = numeroDe<std::size_t>(pieza.valor.value_or(""), base);
+        if (!valor || *valor > maximo) {
             rechazar(texto_, fmt::format("valor de {} fuera de rango", pieza.nombre));
         }
-        return valor;
+        return *valor;
     }
 
     void colocar(const FilaOperacion& fila) {
         fallo_.indice = byte_;
         if (bloque_) {
             if (byte_ >= kBytesBloque) rechazar(texto_, "un bloque tiene los bytes 0 a 63");
-            fallo_.indice = kBytesSaludo + *bloque_ * kBytesBloque + byte_;
+            fallo_.indice = kAcuses + *bloque_ * kBytesBloque + byte_;
         }
         if (fallo_.indice >= fila.bytes) {
             rechazar(texto_, fmt::format("{} tiene los bytes 0 a {}", fila.nombre, fila.bytes - 1));

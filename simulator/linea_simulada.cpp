@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "link/protocolo.h"
+
 namespace telvane {
 
 namespace {
 
-// A start bit, eight data bits, a stop bit.
-constexpr std::int64_t kBitsPorByte = 10;
 // What separates an answer from its request where bytes take no time.
 constexpr std::chrono::nanoseconds kInstante{1};
 // Live frames asked for at most this long after the one before belong to one row.

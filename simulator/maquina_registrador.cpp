@@ -10,8 +10,6 @@ namespace {
 
 using std::chrono::nanoseconds;
 
-constexpr std::size_t kBytesSerie = 4;
-
 FechaHora relojPorDefecto() {
     return {2019, 10, 26, std::chrono::hours(17)};
 }

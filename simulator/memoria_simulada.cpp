@@ -18,14 +18,14 @@ SegundosCiviles primeraMuestra() {
 }  // namespace
 
 void ponerSerie(std::span<std::uint8_t> imagen, std::string_view digitos) {
-    for (std::size_t i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < kBytesSerie; ++i) {
         imagen[registro_config::kSerie + i] =
             empacarBcd((digitos[2 * i] - '0') * 10 + (digitos[2 * i + 1] - '0'));
     }
 }
 
 bool tieneSerie(std::span<const std::uint8_t> imagen) {
-    const auto serie = imagen.subspan(registro_config::kSerie, 4);
+    const auto serie = imagen.subspan(registro_config::kSerie, kBytesSerie);
     return std::all_of(serie.begin(), serie.end(), [](auto b) { return (b >> 4) < 10 && (b & 0x0F) < 10; });
 }
 

@@ -9,9 +9,6 @@ using namespace std::chrono_literals;
 
 class Lectura : public Banco {
    protected:
-    // What the logger sends before the record.
-    static constexpr std::size_t kAcuses = 2;
-
     // A read of a record in which the byte at this place has this value.
     void leerCon(std::size_t indiceRegistro, std::uint8_t byte) {
         puertos.manipular(1, [=](const ByteSaliente& saliente) {

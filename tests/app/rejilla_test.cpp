@@ -103,15 +103,12 @@ TEST_F(Rejilla, EveryFaultInTheWakeUp) {
 
 // ---- The configuration read: two acknowledges and the record, each byte answered.
 
-constexpr std::size_t kAcuses = 2;
-constexpr std::size_t kBytesLectura = kAcuses + kBytesConfig;
-
 const Regla kReglasLectura[] = {
     {0, 0, kMudo | kPierde | kTardaDeMas, &kNoResponde},
-    {1, kBytesLectura - 1, kMudo | kPierde, &kSeDetiene},
+    {1, kRespuestasLectura - 1, kMudo | kPierde, &kSeDetiene},
     // The answer to the last byte is the echo that nobody waits for.
-    {0, kBytesLectura - 2, kNoEscribe, &kSeDetiene},
-    {0, kBytesLectura - 1, kCualquiera, &kLee},
+    {0, kRespuestasLectura - 2, kNoEscribe, &kSeDetiene},
+    {0, kRespuestasLectura - 1, kCualquiera, &kLee},
 };
 
 // What reaches the program of the bytes that the logger would say.
@@ -126,7 +123,7 @@ Bytes recibidos(const Bytes& dichos, std::size_t lugar, const FalloDeRejilla& fa
         *aqui = cambiado;
     } else if (fallo.clase == kSobra) {
         bytes.insert(aqui + 1, fallo.sobran, fallo.texto == "doblar" ? *aqui : std::uint8_t{0});
-        bytes.resize(kBytesLectura);
+        bytes.resize(kRespuestasLectura);
     }
     return bytes;
 }
@@ -191,7 +188,7 @@ class RejillaLectura : public Rejilla {
 };
 
 void RejillaLectura::rejilla() {
-    for (std::size_t lugar = 0; lugar < kBytesLectura; lugar += pasoDeRejilla(5)) {
+    for (std::size_t lugar = 0; lugar < kRespuestasLectura; lugar += pasoDeRejilla(5)) {
         for (const auto& fallo : losFallos()) {
             enReposo();
             SCOPED_TRACE(armar("lectura", lugar, fallo.texto));
@@ -218,7 +215,7 @@ TEST_F(RejillaLecturaConElPasoDeLaLinea, EveryFaultInTheReading) {
 
 TEST_F(RejillaLectura, EveryValueInTheReading) {
     constexpr FalloDeRejilla kValor{"", kCambia, 0};
-    for (std::size_t lugar = 0; lugar < kBytesLectura; lugar += pasoDeRejilla(20)) {
+    for (std::size_t lugar = 0; lugar < kRespuestasLectura; lugar += pasoDeRejilla(20)) {
         for (unsigned valor = 0; valor < 256; ++valor) {
             // The clock runs between this look and the read: its own value is then one more wrong one.
             if (valor == dichos()[lugar]) continue;
@@ -233,8 +230,6 @@ TEST_F(RejillaLectura, EveryValueInTheReading) {
 
 // ---- The configuration write: the logger's bytes only pace it.
 
-constexpr std::size_t kBytesEscritura = 1 + kBytesMensajeConfig;
-
 const Fin kEscribe{"written", {kBorrara}, {kTodo, false, false}, true};
 const Fin kEscribeSinUltimo{"written but for the last byte", {kBorrara}, {kTodo, false, false}, false};
 const Fin kEscrituraDetenida{"stalls", {kBorrara}, {kTodo, false, true}, false};
@@ -242,10 +237,10 @@ const Fin kEscrituraSinRespuesta{"no answer", {kBorrara, kNoHay}, {kTodo, true, 
 
 // What an earlier exchange left in respuesta ends the wait at once: no answer is no message.
 const Regla kReglasEscritura[] = {
-    {0, kBytesEscritura - 1, kMudo | kPierde, &kEscrituraDetenida},
-    {0, kBytesEscritura - 2, kNoEscribe, &kEscrituraDetenida},
-    {kBytesEscritura - 1, kBytesEscritura - 1, kNoEscribe, &kEscribeSinUltimo},
-    {0, kBytesEscritura - 1, kCualquiera, &kEscribe},
+    {0, kRespuestasEscritura - 1, kMudo | kPierde, &kEscrituraDetenida},
+    {0, kRespuestasEscritura - 2, kNoEscribe, &kEscrituraDetenida},
+    {kRespuestasEscritura - 1, kRespuestasEscritura - 1, kNoEscribe, &kEscribeSinUltimo},
+    {0, kRespuestasEscritura - 1, kCualquiera, &kEscribe},
 };
 // Without one the first byte is waited for.
 const Regla kReglasEscrituraSinRespuesta[] = {
@@ -284,7 +279,7 @@ class RejillaEscritura : public Rejilla {
 };
 
 void RejillaEscritura::rejilla() {
-    for (std::size_t lugar = 0; lugar < kBytesEscritura; lugar += pasoDeRejilla(5)) {
+    for (std::size_t lugar = 0; lugar < kRespuestasEscritura; lugar += pasoDeRejilla(5)) {
         for (const auto& fallo : losFallos()) {
             enReposo();
             SCOPED_TRACE(armar("escritura", lugar, fallo.texto));
@@ -320,7 +315,7 @@ TEST_F(RejillaEscritura, EveryFaultInTheWriteWithoutAnEarlierAnswer) {
 }
 
 TEST_F(RejillaEscritura, EveryValueInTheWrite) {
-    for (std::size_t lugar = 0; lugar < kBytesEscritura; lugar += pasoDeRejilla(20)) {
+    for (std::size_t lugar = 0; lugar < kRespuestasEscritura; lugar += pasoDeRejilla(20)) {
         for (unsigned valor = 0; valor < 256; ++valor) {
             if (valor == kApertura) continue;
             enReposo();
@@ -333,18 +328,16 @@ TEST_F(RejillaEscritura, EveryValueInTheWrite) {
 
 // ---- The serial number write, six bytes, values not examined either.
 
-constexpr std::size_t kBytesSerieEnviados = 6;
-
 const Fin kSerieEscrita{"written", {}, {kTodo, false, false}, true};
 const Fin kSerieSinConfirmar{"written but not confirmed", {}, {kTodo, false, false}, false};
 const Fin kSerieDetenida{"stalls", {}, {kSinSerie, false, true}, false};
 
 const Regla kReglasSerie[] = {
     {0, 0, kMudo | kPierde | kTardaDeMas, &kNoResponde},
-    {1, kBytesSerieEnviados - 1, kMudo | kPierde, &kSerieDetenida},
-    {0, kBytesSerieEnviados - 2, kNoEscribe, &kSerieDetenida},
-    {kBytesSerieEnviados - 1, kBytesSerieEnviados - 1, kNoEscribe, &kSerieSinConfirmar},
-    {0, kBytesSerieEnviados - 1, kCualquiera, &kSerieEscrita},
+    {1, kRespuestasSerie - 1, kMudo | kPierde, &kSerieDetenida},
+    {0, kRespuestasSerie - 2, kNoEscribe, &kSerieDetenida},
+    {kRespuestasSerie - 1, kRespuestasSerie - 1, kNoEscribe, &kSerieSinConfirmar},
+    {0, kRespuestasSerie - 1, kCualquiera, &kSerieEscrita},
 };
 
 class RejillaSerie : public Rejilla {
@@ -372,7 +365,7 @@ class RejillaSerie : public Rejilla {
 };
 
 void RejillaSerie::rejilla() {
-    for (std::size_t lugar = 0; lugar < kBytesSerieEnviados; lugar += pasoDeRejilla(1)) {
+    for (std::size_t lugar = 0; lugar < kRespuestasSerie; lugar += pasoDeRejilla(1)) {
         for (const auto& fallo : losFallos()) {
             enReposo();
             SCOPED_TRACE(armar("serie", lugar, fallo.texto));
@@ -397,7 +390,7 @@ TEST_F(RejillaSerieConElPasoDeLaLinea, EveryFaultInTheSerialNumber) {
 }
 
 TEST_F(RejillaSerie, EveryValueInTheSerialNumber) {
-    for (std::size_t lugar = 0; lugar < kBytesSerieEnviados; lugar += pasoDeRejilla(2)) {
+    for (std::size_t lugar = 0; lugar < kRespuestasSerie; lugar += pasoDeRejilla(2)) {
         for (unsigned valor = 0; valor < 256; ++valor) {
             if (valor == kApertura) continue;
             enReposo();

@@ -15,8 +15,6 @@ using namespace std::chrono_literals;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr std::size_t kAcuses = 2;
-
 class Dudas : public CliPrueba {
    protected:
     // One byte of the given reading's record, counted from 1 in this command, comes as another.

@@ -54,9 +54,6 @@ struct Etapa {
     std::vector<Regla> reglas;  // first match decides; none: done
 };
 
-constexpr std::size_t kBytesLectura = 2 + kBytesConfig;
-constexpr std::size_t kBytesEscritura = 1 + kBytesMensajeConfig;
-constexpr std::size_t kBytesSerie = 6;
 constexpr unsigned kSeCorta = kDesaparece | kCortaLectura;
 constexpr std::size_t kUmbral = kUmbralSonda;
 
@@ -110,12 +107,12 @@ Etapa lectura(std::vector<Regla> delRegistro = {}) {
         regla.clases = kCambia;
     }
     // The record is whole with its last byte: its echo is waited for by nobody here.
-    delRegistro.push_back({kBytesLectura - 1, kBytesLectura - 1, kNoEscribe, kHecho});
+    delRegistro.push_back({kRespuestasLectura - 1, kRespuestasLectura - 1, kNoEscribe, kHecho});
     delRegistro.push_back({0, 0, kTardaDeMas, kSeRepite});
     delRegistro.push_back(
-        {0, kBytesLectura, kCalla | kPierde | kSobra | kCortaLectura | kNoEscribe, kSeRepite});
-    delRegistro.push_back({0, kBytesLectura, kDesaparece, kErrorDePuerto});
-    return {kBytesLectura, std::move(delRegistro)};
+        {0, kRespuestasLectura, kCalla | kPierde | kSobra | kCortaLectura | kNoEscribe, kSeRepite});
+    delRegistro.push_back({0, kRespuestasLectura, kDesaparece, kErrorDePuerto});
+    return {kRespuestasLectura, std::move(delRegistro)};
 }
 
 Etapa marco(bool ultimo) {
@@ -267,7 +264,7 @@ class RejillaConElPasoDeLaLinea : public RejillaCli {
 
 TEST_F(RejillaConElPasoDeLaLinea, AByteTooManyAnywhereInTheReadingIsSeen) {
     constexpr std::size_t kAntes = 2 * kBytesMarco;
-    for (std::size_t lugar = 0; lugar < kBytesLectura; lugar += pasoDeRejilla(7)) {
+    for (std::size_t lugar = 0; lugar < kRespuestasLectura; lugar += pasoDeRejilla(7)) {
         for (const auto* fallo : {"insertar=1", "doblar", "insertar=40"}) {
             SCOPED_TRACE(fmt::format("lectura:byte={}:{}", lugar, fallo));
             armar(kAntes + lugar, fallo);
@@ -278,6 +275,9 @@ TEST_F(RejillaConElPasoDeLaLinea, AByteTooManyAnywhereInTheReadingIsSeen) {
         limpia({"configuracion"});
     }
 }
+
+// The greatest byte that each place of the record's clock takes.
+constexpr std::array<unsigned, 6> kMayores = {0x23, 0x59, 0x59, 0x59, 0x59, 0x64};
 
 // What `configuracion` makes of a record, straight from its bytes.
 std::string configuracionDe(std::span<const std::uint8_t> ficha) {
@@ -299,7 +299,6 @@ std::string configuracionDe(std::span<const std::uint8_t> ficha) {
     campo("Latitud: ", 69, 15);
     campo("Longitud: ", 84, 15);
     campo("Altitud: ", 99, 5);
-    constexpr std::array<unsigned, 6> kMayores = {0x23, 0x59, 0x59, 0x59, 0x59, 0x64};
     std::array<int, 6> reloj{};
     for (std::size_t i = 0; i < reloj.size(); ++i) {
         const unsigned byte = ficha[105 + i];
@@ -313,7 +312,6 @@ std::string configuracionDe(std::span<const std::uint8_t> ficha) {
 
 // And what it complains of.
 std::string quejaDe(std::span<const std::uint8_t> ficha) {
-    constexpr std::array<unsigned, 6> kMayores = {0x23, 0x59, 0x59, 0x59, 0x59, 0x64};
     std::string queja;
     for (std::size_t i = 0; i < kMayores.size(); ++i) {
         if (ficha[105 + i] > kMayores[i]) queja += i < 3 ? "hora mal\n" : "fecha mal\n";
@@ -324,7 +322,7 @@ std::string quejaDe(std::span<const std::uint8_t> ficha) {
 // Wrong values that the other end cannot be told apart from right ones.
 TEST_F(RejillaCli, EveryValueInEveryByteOfTheReading) {
     constexpr std::size_t kAntes = 2 * kBytesMarco;
-    for (std::size_t lugar = 0; lugar < kBytesLectura; lugar += pasoDeRejilla(30)) {
+    for (std::size_t lugar = 0; lugar < kRespuestasLectura; lugar += pasoDeRejilla(30)) {
         for (unsigned valor = 0; valor < 256; ++valor) {
             SCOPED_TRACE(fmt::format("lectura:byte={}:cambiar={:02x}", lugar, valor));
             std::vector<std::uint8_t> ficha;
@@ -344,9 +342,9 @@ TEST_F(RejillaCli, EveryValueInEveryByteOfTheReading) {
 }
 
 TEST_F(RejillaCli, EveryValueInEveryByteOfTheSerialNumber) {
-    constexpr std::size_t kAntes = kBytesMarco + kBytesMarco + kBytesLectura + kBytesMarco;
+    constexpr std::size_t kAntes = kBytesMarco + kBytesMarco + kRespuestasLectura + kBytesMarco;
     const std::vector<std::string> orden = {"serie", "02080050"};
-    for (std::size_t lugar = 0; lugar < kBytesSerie; ++lugar) {
+    for (std::size_t lugar = 0; lugar < kRespuestasSerie; ++lugar) {
         for (unsigned valor = 0; valor < 256; valor += static_cast<unsigned>(pasoDeRejilla(5))) {
             SCOPED_TRACE(fmt::format("serie:byte={}:cambiar={:02x}", lugar, valor));
             puertos.maquina(kPuerto).ponerSerie("02080051");
@@ -370,20 +368,20 @@ INSTANTIATE_TEST_SUITE_P(
         Orden{"serie",
               {"serie", "02080050"},
               {sonda(Sigue::lectura), despertarParaLeer(), lectura(), despertarParaEscribir(),
-               escritura(kBytesSerie, kOtroNumero), despertarParaLeer(), lectura()}},
+               escritura(kRespuestasSerie, kOtroNumero), despertarParaLeer(), lectura()}},
         Orden{"configurar",
               {"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"},
               {sonda(Sigue::lectura), despertarParaLeer(),
                lectura({{0, kFinIntervalo, kCambia, kOtraLectura}}), despertarParaLeer(),
                lectura({{0, kFinIntervalo, kCambia, kOtraLectura}}), despertarParaEscribir(),
-               escritura(kBytesEscritura, kNoLaTomo), despertarParaLeer(), lectura()}}),
+               escritura(kRespuestasEscritura, kNoLaTomo), despertarParaLeer(), lectura()}}),
     [](const auto& caso) { return std::string(caso.param.nombre); });
 
 // ---- The download: what came is on the disk, whatever the fault.
 
 class RejillaDescarga : public RejillaCli {
    protected:
-    static constexpr std::size_t kAntes = 3 * kBytesMarco + kBytesLectura;
+    static constexpr std::size_t kAntes = 3 * kBytesMarco + kRespuestasLectura;
 
     std::vector<std::string> orden() {
         return {"descargar", "--reintentos", "0", "--reemplazar", "--base", (carpeta / "a.rgt").string()};

@@ -22,16 +22,24 @@ TEST(Protocolo, TheBytesOnTheLine) {
 
 TEST(Protocolo, TheLengthsAndWaits) {
     EXPECT_EQ(kBytesMarco, 31u);
+    EXPECT_EQ(kBytesSerie, 4u);
+    EXPECT_EQ(kDigitosSerie, 8u);
     EXPECT_EQ(kBytesConfig, 111u);
     EXPECT_EQ(kBytesMensajeConfig, 107u);
+    EXPECT_EQ(kBytesMensajeSerie, 5u);
     EXPECT_EQ(kBytesBloque, 64u);
     EXPECT_EQ(kBloquesMemoria, 4096u);
     EXPECT_EQ(kBytesMemoria, 262144u);
+    EXPECT_EQ(kRespuestasLectura, 113u);
+    EXPECT_EQ(kRespuestasEscritura, 108u);
+    EXPECT_EQ(kRespuestasSerie, 6u);
+    EXPECT_EQ(kRespuestasDescarga, 262146u);
     EXPECT_EQ(kUmbralByte, 1);
     EXPECT_EQ(kUmbralBloque, 64);
     EXPECT_EQ(kUmbralMarco, 31);
     EXPECT_EQ(kUmbralSonda, 21);
     EXPECT_EQ(kBaudios, 19200);
+    EXPECT_EQ(kBitsPorByte, 10);
     EXPECT_EQ(kUltimoPuerto, 12);
     EXPECT_EQ(kDespertar, std::chrono::milliseconds(2000));
     EXPECT_EQ(kEsperaRespuesta, std::chrono::seconds(1));
