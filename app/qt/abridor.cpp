@@ -1,35 +1,18 @@
 #include "app/qt/abridor.h"
 
-#include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
-#include <optional>
-#include <string>
+#include "platform/abridor.h"
 
 namespace telvane {
 
 namespace {
 
-constexpr const char* kPrograma = "xdg-open";
 // Without a desktop the opener stays until the opened program ends: how that ends says nothing about the
 // opening.
 constexpr std::chrono::minutes kAbierto{1};
-
-// In a session of its own: what ends us, a terminal's interrupt included, does not end what was opened.
-std::optional<pid_t> lanzar(std::string ruta) {
-    std::string programa = kPrograma;
-    const std::array<char*, 3> argumentos = {programa.data(), ruta.data(), nullptr};
-    posix_spawnattr_t atributos;
-    if (::posix_spawnattr_init(&atributos) != 0) return std::nullopt;
-    ::posix_spawnattr_setflags(&atributos, POSIX_SPAWN_SETSID);
-    pid_t proceso = 0;
-    const int error = ::posix_spawnp(&proceso, kPrograma, nullptr, &atributos, argumentos.data(), ::environ);
-    ::posix_spawnattr_destroy(&atributos);
-    return error == 0 ? std::optional(proceso) : std::nullopt;
-}
 
 }  // namespace
 
@@ -38,7 +21,7 @@ Abridor::~Abridor() {
 }
 
 void Abridor::abrir(const std::filesystem::path& ruta, const std::function<void()>& alFallar) {
-    const auto proceso = lanzar(ruta.string());
+    const auto proceso = lanzarAbridor(ruta);
     if (!proceso) {
         bucle_.entregar(alFallar);
         return;
