@@ -14,7 +14,6 @@ namespace telvane {
 
 namespace {
 
-constexpr int kFallo = 1;
 constexpr const char* kVariableTema = "QT_QPA_PLATFORMTHEME";
 
 // No display, or no way to draw on it: a sentence and an exit status instead of a core dump.

@@ -26,6 +26,9 @@ class Aplicacion final : public QApplication {
     std::function<void(const std::string&)> alFallar_;
 };
 
+// Exit status without a display, and after what nobody expected.
+inline constexpr int kFallo = 1;
+
 inline constexpr const char* kSinPantalla =
     "telvane: no se puede abrir una ventana en esta pantalla. Entre en una sesión gráfica, o use "
     "telvane-cli\n";

@@ -7,12 +7,6 @@
 #include "app/qt/programa.h"
 #include "platform/flujos.h"
 
-namespace {
-
-constexpr int kFallo = 1;
-
-}  // namespace
-
 int main(int argc, char** argv) {
     // Whatever the toolkit warns of must not reach the display's own connection.
     const auto flujos = telvane::flujosHeredados();
@@ -21,11 +15,11 @@ int main(int argc, char** argv) {
         const int motivo = telvane::escribirTodo(flujos.salida, ordenes.salida);
         const auto queja = motivo == 0 ? ordenes.error : "telvane: " + telvane::quejaDeSalida(motivo) + "\n";
         static_cast<void>(telvane::escribirTodo(flujos.errores, queja));
-        return motivo == 0 ? ordenes.estado : kFallo;
+        return motivo == 0 ? ordenes.estado : telvane::kFallo;
     }
     if (!telvane::hayPantalla()) {
         static_cast<void>(telvane::escribirTodo(flujos.errores, telvane::kSinPantalla));
-        return kFallo;
+        return telvane::kFallo;
     }
     telvane::prepararQt();
     // The arguments were ours; the toolkit gets none.

@@ -16,8 +16,6 @@ namespace telvane {
 
 namespace {
 
-constexpr int kFallo = 1;
-
 std::filesystem::path rutaRegional() {
     const auto carpeta = carpetaDeAjustes();
     return carpeta.empty() ? carpeta : carpeta / "regional";
