@@ -9,6 +9,7 @@
 #include "informe/recursos.h"
 #include "informe/tablas.h"
 #include "informe/texto_html.h"
+#include "informe/textos_cuenta.h"
 #include "regional/formatos.h"
 
 namespace telvane::informe {
@@ -75,16 +76,6 @@ void ficha(std::string& html, std::string_view clase, std::string_view nombre, c
             clase, nombre, valor, unidad, detalle);
 }
 
-// Values marked salto or fijo are in it; the legend says so.
-std::string asterisco(bool marcado) {
-    return marcado ? "*" : "";
-}
-std::string minimoDe(const CuentaCanal& cuenta, Canal canal) {
-    return numero(std::int64_t{cuenta.minimo}, decimalesDe(canal)) + asterisco(cuenta.minimoMarcado);
-}
-std::string maximoDe(const CuentaCanal& cuenta, Canal canal) {
-    return numero(std::int64_t{cuenta.maximo}, decimalesDe(canal)) + asterisco(cuenta.maximoMarcado);
-}
 std::string deHasta(const Cuentas& c, Canal canal) {
     const auto& cuenta = c[canal];
     if (cuenta.valores == 0) return "sin valores";
@@ -93,14 +84,14 @@ std::string deHasta(const Cuentas& c, Canal canal) {
 }
 std::string mediaDe(const Cuentas& c, Canal canal, int decimales) {
     const auto media = c.media(canal);
-    return media ? numero(*media, decimales) + asterisco(c[canal].conMarcados()) : "–";
+    return media ? numero(*media, decimales).append(asterisco(c[canal].conMarcados())) : "–";
 }
 std::string maximoCuando(const Cuentas& c, Canal canal) {
     const auto& cuenta = c[canal];
     return cuenta.valores == 0 ? "sin valores" : fechaHora(cuenta.cuandoMaximo);
 }
 std::string sumaDe(const Cuentas& c, Canal canal) {
-    return numero(c[canal].suma, decimalesDe(canal)) + asterisco(c[canal].conMarcados());
+    return numero(c[canal].suma, decimalesDe(canal)).append(asterisco(c[canal].conMarcados()));
 }
 
 void resumen(std::string& html, const EstacionInformada& estacion, const Informe& informe) {
@@ -124,8 +115,9 @@ void resumen(std::string& html, const EstacionInformada& estacion, const Informe
     conMaximo("viento", "Viento máximo", Canal::velViento, "km/h");
     const auto rumbo = c.rumboDominante();
     ficha(html, "direccion", "Rumbo dominante",
-          rumbo ? std::string(kNombresRumbo[*rumbo]) + asterisco(c[Canal::dirViento].conMarcados()) : "–", "",
-          fmt::format("calma {}%", numero(c.calmas * 100.0 / std::max(c.muestras, 1U), 0)));
+          rumbo ? fmt::format("{}{}", kNombresRumbo[*rumbo], asterisco(c[Canal::dirViento].conMarcados()))
+                : "–",
+          "", fmt::format("calma {}%", numero(c.calmas * 100.0 / std::max(c.muestras, 1U), 0)));
     conMaximo("radiacion", "Radiación máxima", Canal::radSolar, "kW/m²");
     ficha(html, "lluvia", "Lluvia", sumaDe(c, Canal::lluvia), "mm",
           c.conAgujeros(Canal::lluvia) ? "incompleto: faltan valores" : "total del período");

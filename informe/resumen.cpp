@@ -7,6 +7,7 @@
 #include "informe/clima.h"
 #include "informe/informe.h"
 #include "informe/texto_html.h"
+#include "informe/textos_cuenta.h"
 #include "platform/cp1252.h"
 #include "regional/formatos.h"
 
@@ -75,7 +76,6 @@ Marcas marcasDe(const Cuentas* c, bool lluviaConAgujeros) {
     if (c == nullptr) return marcas;
     const auto& temperatura = (*c)[Canal::temperatura];
     const auto& viento = (*c)[Canal::velViento];
-    const auto asterisco = [](bool marcado) { return std::string_view(marcado ? "*" : ""); };
     marcas[1] = asterisco(temperatura.conMarcados());
     marcas[2] = asterisco(temperatura.maximoMarcado);
     marcas[4] = asterisco(temperatura.minimoMarcado);
@@ -112,13 +112,7 @@ void encabezar(std::string& texto, const EstacionInformada& estacion, const MesC
     agregarLinea(texto, "");
 }
 
-}  // namespace
-
-std::string resumenDelMes(const EstacionInformada& estacion, const Informe& informe, const MesContado& mes) {
-    const auto clima = climaDe(informe.estadistica, mes);
-    const auto& c = mes.cuentas;
-    std::string texto;
-    encabezar(texto, estacion, mes);
+void ponerTabla(std::string& texto, const ClimaDelMes& clima, const MesContado& mes) {
     agregarLinea(texto, "           Temperatura (ºC)            Grados-día   Lluvia      Viento (km/h)");
     agregarLinea(texto, fila({"Día", "Media", "Máx.", "Hora", "Mín.", "Hora", "Cal.", "Refr.", "mm", "Media",
                               "Máx.", "Hora", "De"}));
@@ -128,16 +122,18 @@ std::string resumenDelMes(const EstacionInformada& estacion, const Informe& info
                                    opcional(dia.refrigeracion), true, dia.lluviaConAgujeros));
     }
     agregarLinea(texto, std::string(80, '-'));
-    agregarLinea(texto, filaDe("Mes", &c, numero(clima.calefaccion, 1), numero(clima.refrigeracion, 1), false,
-                               mes.conAgujeros(Canal::lluvia)));
+    agregarLinea(texto, filaDe("Mes", &mes.cuentas, numero(clima.calefaccion, 1),
+                               numero(clima.refrigeracion, 1), false, mes.conAgujeros(Canal::lluvia)));
     agregarLinea(texto, "");
+}
 
+void ponerExtremosYDias(std::string& texto, const ClimaDelMes& clima, const Cuentas& c) {
     const auto diaHora = [](Instante m) { return fmt::format("día {} a las {}", fechaDe(m).dia, hora(m)); };
     const auto& temperatura = c[Canal::temperatura];
     if (temperatura.valores > 0) {
         const auto extremo = [&](std::string_view nombre, std::int32_t v, bool marcado, Instante m) {
             agregarLinea(texto, fmt::format("Temperatura {} {}{} ºC, {}", nombre, numero(std::int64_t{v}, 1),
-                                            marcado ? "*" : "", diaHora(m)));
+                                            asterisco(marcado), diaHora(m)));
         };
         extremo("máxima", temperatura.maximo, temperatura.maximoMarcado, temperatura.cuandoMaximo);
         extremo("mínima", temperatura.minimo, temperatura.minimoMarcado, temperatura.cuandoMinimo);
@@ -153,6 +149,11 @@ std::string resumenDelMes(const EstacionInformada& estacion, const Informe& info
     agregarLinea(texto,
                  fmt::format("Calma (menos de 1.8 km/h): {} muestras;  sin rumbo: {}", c.calmas, c.sinRumbo));
     agregarLinea(texto, "");
+}
+
+// How much the month rests on, and what its marks say.
+void ponerPie(std::string& texto, const MesContado& mes) {
+    const auto& c = mes.cuentas;
     agregarLinea(texto,
                  fmt::format("Muestras: {} de {} esperadas;  huecos: {};  conflictos: {};  marcadas: {}",
                              c.sellos, c.esperadas(), c.huecos, c.conflictos, c.marcadas));
@@ -174,6 +175,17 @@ std::string resumenDelMes(const EstacionInformada& estacion, const Informe& info
     agregarLinea(texto,
                  fmt::format("Grados-día con base {} ºC. Un día va de las 00:00 a las 24:00 del registrador.",
                              numero(kBaseGradosDia, 1)));
+}
+
+}  // namespace
+
+std::string resumenDelMes(const EstacionInformada& estacion, const Informe& informe, const MesContado& mes) {
+    const auto clima = climaDe(informe.estadistica, mes);
+    std::string texto;
+    encabezar(texto, estacion, mes);
+    ponerTabla(texto, clima, mes);
+    ponerExtremosYDias(texto, clima, mes.cuentas);
+    ponerPie(texto, mes);
     return texto;
 }
 

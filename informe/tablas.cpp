@@ -8,6 +8,7 @@
 
 #include "informe/grafico.h"
 #include "informe/texto_html.h"
+#include "informe/textos_cuenta.h"
 #include "regional/formatos.h"
 
 namespace telvane::informe {
@@ -52,48 +53,35 @@ std::string diaYHora(Instante momento) {
     return fmt::format("{:02} {}", fechaDe(momento).dia, hora(momento));
 }
 
-// Values marked salto or fijo are in it: an asterisk says so, and the page's notes what it means.
-std::string_view asterisco(bool marcado) {
-    return marcado ? "*" : "";
-}
-std::string_view asterisco(const CuentaCanal& cuenta) {
-    return asterisco(cuenta.conMarcados());
-}
 std::string_view incompleto(bool loEs) {
     return loEs ? "<small class=aviso>incompleto</small>" : "";
 }
 
-std::string minimo(const CuentaCanal& c, Canal canal) {
-    return fmt::format("{}{}", numero(std::int64_t{c.minimo}, decimalesDe(canal)),
-                       asterisco(c.minimoMarcado));
-}
-std::string maximo(const CuentaCanal& c, Canal canal) {
-    return fmt::format("{}{}", numero(std::int64_t{c.maximo}, decimalesDe(canal)),
-                       asterisco(c.maximoMarcado));
-}
 std::string maximo(const Cuentas& c, Canal canal, Cuando cuando) {
     if (c[canal].valores == 0) return std::string(kNada);
-    return fmt::format("{}<i>{}</i>", maximo(c[canal], canal), cuando(c[canal].cuandoMaximo));
+    return fmt::format("{}<i>{}</i>", maximoDe(c[canal], canal), cuando(c[canal].cuandoMaximo));
 }
 std::string minimo(const Cuentas& c, Canal canal, Cuando cuando) {
     if (c[canal].valores == 0) return std::string(kNada);
-    return fmt::format("{}<i>{}</i>", minimo(c[canal], canal), cuando(c[canal].cuandoMinimo));
+    return fmt::format("{}<i>{}</i>", minimoDe(c[canal], canal), cuando(c[canal].cuandoMinimo));
 }
 
 std::string media(const Cuentas& c, Canal canal, bool incompleta = false) {
     const auto m = c.media(canal);
     if (!m) return std::string(kNada);
     const auto decimales = std::max(decimalesDe(canal), canal == Canal::humedad ? 0 : 1);
-    return fmt::format("{}{}{}", numero(*m, decimales), asterisco(c[canal]), incompleto(incompleta));
+    return fmt::format("{}{}{}", numero(*m, decimales), asterisco(c[canal].conMarcados()),
+                       incompleto(incompleta));
 }
 std::string suma(const Cuentas& c, Canal canal, bool conAgujeros) {
     if (c[canal].valores == 0) return std::string(kNada);
-    return fmt::format("{}{}{}", numero(c[canal].suma, decimalesDe(canal)), asterisco(c[canal]),
+    return fmt::format("{}{}{}", numero(c[canal].suma, decimalesDe(canal)), asterisco(c[canal].conMarcados()),
                        incompleto(conAgujeros));
 }
 std::string rumbo(const Cuentas& c) {
     const auto r = c.rumboDominante();
-    return r ? fmt::format("{}{}", kNombresRumbo[*r], asterisco(c[Canal::dirViento])) : std::string(kNada);
+    return r ? fmt::format("{}{}", kNombresRumbo[*r], asterisco(c[Canal::dirViento].conMarcados()))
+             : std::string(kNada);
 }
 std::string direccion(const Cuentas& c, const std::function<bool(Canal)>& incompleta) {
     const auto grados = c.direccionMedia();
@@ -258,9 +246,9 @@ std::string tablaDeExtremos(const Informe& informe, bool evaporacion) {
         tabla.fila(fmt::format("{} <small>{}</small>", canal.nombre, canal.unidad));
         // Wind and radiation have none: they fall to nothing every night.
         const bool conMinimo = hay && (canal.conMinimo || sumas);
-        tabla.celda(conMinimo ? minimo(c, canal.canal) : std::string(kNada));
+        tabla.celda(conMinimo ? minimoDe(c, canal.canal) : std::string(kNada));
         tabla.celda(conMinimo ? fechaHora(c.cuandoMinimo) : std::string(kNada));
-        tabla.celda(hay ? maximo(c, canal.canal) : std::string(kNada));
+        tabla.celda(hay ? maximoDe(c, canal.canal) : std::string(kNada));
         tabla.celda(hay ? fechaHora(c.cuandoMaximo) : std::string(kNada));
         tabla.celda(direccionDelViento ? direccion(todo, incompleta)
                     : sumas            ? std::string(kNada)
