@@ -16,6 +16,7 @@ namespace telvane {
 namespace {
 
 namespace limites = limites_aviso;
+using std::chrono::days;
 using std::chrono::hours;
 using std::chrono::minutes;
 using std::chrono::seconds;
@@ -31,11 +32,11 @@ std::string cuantos(std::int64_t n, std::string_view uno, std::string_view vario
 
 // "95 segundos", "12 minutos", "3 horas", "4 días"
 std::string enPalabras(seconds cuanto) {
-    const auto s = std::abs(cuanto.count());
-    if (s < 120) return cuantos(s, "segundo", "segundos");
-    if (s < 7200) return fmt::format("{} minutos", s / 60);
-    if (s < 48 * 3600) return fmt::format("{} horas", s / 3600);
-    return fmt::format("{} días", s / (24 * 3600));
+    const auto largo = abs(cuanto);
+    if (largo < minutes(2)) return cuantos(largo.count(), "segundo", "segundos");
+    if (largo < hours(2)) return fmt::format("{} minutos", floor<minutes>(largo).count());
+    if (largo < days(2)) return fmt::format("{} horas", floor<hours>(largo).count());
+    return fmt::format("{} días", floor<days>(largo).count());
 }
 
 // The newest of which it is known how it came.

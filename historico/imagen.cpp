@@ -33,7 +33,7 @@ void ordenarDistintas(std::vector<T>& lista, Antes antes, LaMisma laMisma) {
     lista.erase(std::unique(lista.begin(), lista.end(), laMisma), lista.end());
 }
 void ordenar(std::vector<Fila>& filas) {
-    ordenarDistintas(filas, std::less<Fila>(), std::mem_fn(&Fila::esLaMisma));
+    ordenarDistintas(filas, std::less<>(), std::mem_fn(&Fila::esLaMisma));
 }
 
 // A good stamp as a number that rises with time: year, month, day, hour, minute, second.
