@@ -6,7 +6,6 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -21,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include "link/protocolo.h"
+#include "tests/apoyo/azar.h"
 #include "tests/caza/lineas.h"
 #include "tests/caza/manual.h"
 
@@ -309,12 +309,6 @@ std::string caso(unsigned semilla, const std::vector<OrdenDeclarada>& ordenes) {
         }
     }
     return hallazgos;
-}
-
-std::optional<unsigned> delEntorno(const char* nombre) {
-    const char* valor = std::getenv(nombre);
-    if (!valor) return std::nullopt;
-    return static_cast<unsigned>(std::strtoul(valor, nullptr, 10));
 }
 
 TEST(Caza, TheLawsHoldWhateverComes) {

@@ -43,8 +43,10 @@ std::string fallo(Azar& azar) {
                                                   "doblar",   "colgar"};
     constexpr std::array<const char*, 4> kVeces = {"", "", ":vez=2", ":siempre"};
     const std::string donde = uno(azar, kDonde);
-    const std::size_t bytes = donde.starts_with("serie") ? 6 : donde.starts_with("descarga:") ? 64 : 31;
-    const auto byte = donde == "descarga" ? tirar(azar, 2) : tirar(azar, bytes);
+    const auto bytes = donde.starts_with("serie")       ? kRespuestasSerie
+                       : donde.starts_with("descarga:") ? kBytesBloque
+                                                        : kBytesMarco;
+    const auto byte = donde == "descarga" ? tirar(azar, kAcuses) : tirar(azar, bytes);
     return fmt::format("{}:byte={}{}:{}", donde, byte, uno(azar, kVeces), uno(azar, kQue));
 }
 

@@ -5,28 +5,14 @@
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
+#include "tests/apoyo/azar.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/proceso.h"
 
 namespace telvane {
-
-using Azar = std::mt19937;
-
-// 0 to hasta - 1.
-inline std::size_t tirar(Azar& azar, std::size_t hasta) {
-    return std::uniform_int_distribution<std::size_t>(0, hasta - 1)(azar);
-}
-template <class Lista>
-const auto& uno(Azar& azar, const Lista& lista) {
-    return lista[tirar(azar, std::size(lista))];
-}
-inline bool vez(Azar& azar, std::size_t deCada) {
-    return tirar(azar, deCada) == 0;
-}
 
 class Mundo {
    public:

@@ -7,7 +7,6 @@
 #include <array>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <random>
@@ -19,6 +18,7 @@
 #include <gtest/gtest.h>
 
 #include "loggerconfig/pasos_serie.h"
+#include "tests/apoyo/azar.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/leer_todo.h"
 #include "tests/apoyo/leyes_de_reposo.h"
@@ -30,18 +30,9 @@ namespace telvane {
 namespace {
 
 using namespace std::chrono_literals;
-using Azar = std::mt19937;
 
 constexpr std::size_t kCabecera = 448;
 constexpr int kPasosPorJornada = 60;
-
-int tirar(Azar& azar, int hasta) {
-    return std::uniform_int_distribution<int>(0, hasta - 1)(azar);
-}
-template <class Lista>
-const auto& uno(Azar& azar, const Lista& lista) {
-    return lista[static_cast<std::size_t>(tirar(azar, static_cast<int>(std::size(lista))))];
-}
 
 // One thing on the screen, as it was when it was looked at.
 struct Cosa {
@@ -389,12 +380,6 @@ class Jornada {
     std::chrono::steady_clock::time_point permitidoHasta_{};
     bool seAcaba_ = false;
 };
-
-std::optional<unsigned> delEntorno(const char* nombre) {
-    const char* valor = std::getenv(nombre);
-    if (!valor) return std::nullopt;
-    return static_cast<unsigned>(std::strtoul(valor, nullptr, 10));
-}
 
 TEST(OperadorE2e, TheLawsHoldWhateverHeDoes) {
     const auto hasta = std::chrono::steady_clock::now() +
