@@ -124,6 +124,9 @@ auto deCadaFila(const ResultadoPostgres& r, Leer leer) {
 // Nobody else writes meanwhile.
 constexpr std::string_view kBloqueo = "LOCK TABLE telvane.estaciones IN SHARE ROW EXCLUSIVE MODE";
 
+// It says of which version the others are.
+constexpr std::string_view kEsquema = "esquema";
+
 bool esVieja(std::int64_t version) {
     return version >= 0 && version < esquema_postgres::kVersion;
 }
@@ -151,9 +154,21 @@ bool AlmacenPostgres::esDireccion(std::string_view destino) {
 
 AlmacenPostgres::AlmacenPostgres(const std::string& url, bool crear, std::chrono::milliseconds paciencia,
                                  std::function<void()> atender)
+    : AlmacenPostgres(url, crear ? Apertura::crear : Apertura::leer, paciencia, std::move(atender)) {}
+
+std::unique_ptr<AlmacenPostgres> AlmacenPostgres::abrirParaReponer(const std::string& url,
+                                                                   std::chrono::milliseconds paciencia,
+                                                                   std::function<void()> atender) {
+    return std::unique_ptr<AlmacenPostgres>(
+        new AlmacenPostgres(url, Apertura::reponer, paciencia, std::move(atender)));
+}
+
+AlmacenPostgres::AlmacenPostgres(const std::string& url, Apertura como, std::chrono::milliseconds paciencia,
+                                 std::function<void()> atender)
     : base_(url, std::move(atender)), paciencia_(paciencia) {
     auto hay = versionQueHay();
-    if (crear && esVieja(hay)) hay = ponerAlDia();
+    if (como == Apertura::crear && esVieja(hay)) hay = ponerAlDia();
+    if (como == Apertura::reponer && hay == kCallada) return;
     exigirTablas(hay);
 }
 
@@ -161,11 +176,23 @@ std::int64_t AlmacenPostgres::version() {
     // A schema without anything in it is what whoever administers the server makes for somebody.
     const auto hay = base_.consultar(
         "SELECT EXISTS(SELECT 1 FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON "
-        "n.oid=c.relnamespace WHERE n.nspname='telvane'),to_regclass('telvane.esquema') IS NOT NULL");
+        "n.oid=c.relnamespace WHERE n.nspname='telvane'),EXISTS(SELECT 1 FROM pg_catalog.pg_attribute a "
+        "WHERE "
+        "a.attrelid=to_regclass('telvane.esquema') AND a.attname='version' AND "
+        "a.atttypid='integer'::regtype)");
     if (!hay.logico(0, 0)) return kSinTablas;
-    if (!hay.logico(0, 1)) return kNoLoDice;
-    const auto r = base_.consultar("SELECT version::bigint FROM telvane.esquema");
-    return r.filas() == 1 && r.entero(0, 0) > 0 ? r.entero(0, 0) : kNoLoDice;
+    if (hay.logico(0, 1)) {
+        const auto r = base_.consultar("SELECT version::bigint FROM telvane.esquema");
+        if (r.filas() == 1 && r.entero(0, 0) > 0) return r.entero(0, 0);
+    }
+    return tieneLasDeSiempre() ? kCallada : kNoLoDice;
+}
+
+bool AlmacenPostgres::tieneLasDeSiempre() {
+    const auto hay = tablas();
+    return std::ranges::all_of(leerTablas(esquema_postgres::kTablas), [&](const Tabla& debe) {
+        return debe.nombre == kEsquema || buscarTabla(hay, debe.nombre) != nullptr;
+    });
 }
 
 std::int64_t AlmacenPostgres::versionQueHay() {
@@ -219,11 +246,9 @@ void AlmacenPostgres::exigirTablas(std::int64_t cual) const {
             "{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
             nombre()));
     }
-    if (cual == kNoLoDice) {
-        throw ErrorAlmacen(fmt::format(
-            "{}: no dice de qué versión es, en su tabla telvane.esquema: recupere su copia, o haga otro "
-            "archivo con los .rgt guardados",
-            nombre()));
+    if (cual == kNoLoDice || cual == kCallada) {
+        throw ErrorAlmacen(fmt::format("{}: no dice de qué versión es, en su tabla telvane.esquema: {}",
+                                       nombre(), cual == kCallada ? kReponer : kRecuperar));
     }
     if (cual < kAhora) {
         throw ErrorAlmacen(fmt::format(
@@ -887,11 +912,19 @@ void AlmacenPostgres::reponerTablas() {
     }
 }
 
+// All that this version has is there by now.
+void AlmacenPostgres::reponerVersion() {
+    if (version() > 0) return;
+    base_.ejecutar(fmt::format("DELETE FROM telvane.esquema; INSERT INTO telvane.esquema VALUES({})",
+                               esquema_postgres::kVersion));
+}
+
 void AlmacenPostgres::reponer() {
     Transaccion transaccion(*this, Modo::arreglo);
     if (base_.consultar("SELECT to_regclass('telvane.estaciones') IS NOT NULL").logico(0, 0))
         base_.ejecutar(std::string(kBloqueo));
     reponerTablas();
+    reponerVersion();
     for (const auto& parte : partesPorReponer()) {
         if (parte.clase == "VIEW") base_.ejecutar("DROP VIEW IF EXISTS telvane." + parte.nombre);
         base_.ejecutar(parte.sql);

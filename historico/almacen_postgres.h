@@ -21,6 +21,10 @@ class AlmacenPostgres final : public Almacen {
     // writes. atender: called while the server works; what it throws ends that.
     AlmacenPostgres(const std::string& url, bool crear, std::chrono::milliseconds paciencia,
                     std::function<void()> atender = {});
+    // To be put right: also one that does not say of which version it is.
+    static std::unique_ptr<AlmacenPostgres> abrirParaReponer(const std::string& url,
+                                                             std::chrono::milliseconds paciencia,
+                                                             std::function<void()> atender = {});
 
     std::string nombre() const override { return base_.nombre(); }
     void empezar(Modo modo) override;
@@ -71,6 +75,10 @@ class AlmacenPostgres final : public Almacen {
     std::vector<std::string> defectos() override;
 
    private:
+    enum class Apertura { leer, crear, reponer };
+    AlmacenPostgres(const std::string& url, Apertura como, std::chrono::milliseconds paciencia,
+                    std::function<void()> atender);
+
     std::string_view prefijo() const override;
     std::int64_t numero(const std::string& sql) override;
     // A table, index or view, and how it is made.
@@ -88,12 +96,16 @@ class AlmacenPostgres final : public Almacen {
     void reponerTablas();
     void reponerForma(const Falta& falta);
     void reponerClave(const Falta& falta);
+    void reponerVersion();
     bool vistaEsLaNuestra();
     static constexpr std::int64_t kSinTablas = 0;
     static constexpr std::int64_t kNoLoDice = -1;
-    // Or one of these two.
+    // Nor does this one, but it has the tables that every version had.
+    static constexpr std::int64_t kCallada = -2;
+    // Or one of these three.
     std::int64_t version();
     std::int64_t versionQueHay();
+    bool tieneLasDeSiempre();
     std::string esperaDe() const;
     // Makes the tables, or of an older version's those of now.
     std::int64_t ponerAlDia();

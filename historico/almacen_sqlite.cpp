@@ -240,24 +240,27 @@ bool AlmacenSqlite::deNadie() {
            base_.numero("SELECT count(*) FROM sqlite_master") == 0;
 }
 
+// What copies the tables with another program into a new file leaves behind the two numbers that say whose
+// it is and of which version.
+bool AlmacenSqlite::callaQueEsNuestro() {
+    const auto deQuien = base_.numero("PRAGMA application_id");
+    const bool calla =
+        deQuien == 0 || (deQuien == esquema::kDeTelvane && base_.numero("PRAGMA user_version") < 1);
+    return calla && faltasDe(leerTablas(esquema::kTablas), tablas()).empty();
+}
+
 void AlmacenSqlite::prepararEscritura(bool crear) {
-    // Of another program nothing is touched.
     const bool sinHacer = deNadie();
-    if (!sinHacer) {
-        const auto version = base_.numero("PRAGMA user_version");
-        if (base_.numero("PRAGMA application_id") != esquema::kDeTelvane || version >= versionDeAhora()) {
-            exigirVersion();
-        }
-        exigirVersionDeSiempre();
-    } else if (!crear) {
-        noHayArchivo(base_.ruta());
-    }
+    if (sinHacer && !crear) noHayArchivo(base_.ruta());
+    const bool porDecir = !crear && callaQueEsNuestro();
+    // Of another program nothing is touched.
+    if (!sinHacer && !porDecir) exigirNuestro();
     base_.ejecutar("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA journal_size_limit=1048576");
-    if (sinHacer) {
-        crearTablas();
-    } else if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora()) {
-        migrar(version);
-    }
+    if (sinHacer) return crearTablas();
+    // The migrations find what is there already.
+    if (porDecir)
+        base_.ejecutar(fmt::format("PRAGMA application_id={}; PRAGMA user_version=1", esquema::kDeTelvane));
+    if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora()) migrar(version);
 }
 
 void AlmacenSqlite::crearTablas() {
@@ -290,30 +293,32 @@ void AlmacenSqlite::migrar(std::int64_t desde) {
     transaccion.confirmar();
 }
 
-void AlmacenSqlite::exigirVersion() {
+void AlmacenSqlite::exigirNuestro() {
+    if (callaQueEsNuestro()) {
+        throw ErrorAlmacen(fmt::format(
+            "{}: no dice que es un archivo histórico de Telvane, ni de qué versión: {}", nombre(), kReponer));
+    }
     if (base_.numero("PRAGMA application_id") != esquema::kDeTelvane) base_.fallar(SQLITE_NOTADB);
-    exigirVersionDeSiempre();
     const auto version = base_.numero("PRAGMA user_version");
+    // There was never one before the first: nobody knows what such a file holds.
+    if (version < 1) {
+        throw ErrorAlmacen(fmt::format("{}: dice ser de una versión que nunca hubo ({}): {}", nombre(),
+                                       version, kRecuperar));
+    }
     if (version > versionDeAhora()) {
         throw ErrorAlmacen(
             fmt::format("{}: es de una versión más nueva ({}) que la de este programa ({}): actualice "
                         "telvane-historico",
                         nombre(), version, versionDeAhora()));
     }
-    if (version < versionDeAhora()) {
+}
+
+void AlmacenSqlite::exigirVersion() {
+    exigirNuestro();
+    if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora()) {
         throw ErrorAlmacen(fmt::format(
             "{}: es de una versión anterior ({}): la pone al día el próximo incorporar", nombre(), version));
     }
-}
-
-// There was never one before the first: nobody knows what such a file holds.
-void AlmacenSqlite::exigirVersionDeSiempre() {
-    const auto version = base_.numero("PRAGMA user_version");
-    if (version >= 1) return;
-    throw ErrorAlmacen(fmt::format(
-        "{}: dice ser de una versión que nunca hubo ({}): recupere su copia, o haga otro archivo con los "
-        ".rgt guardados",
-        nombre(), version));
 }
 
 Sentencia& AlmacenSqlite::sentencia(std::string_view sql) {

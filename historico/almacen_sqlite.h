@@ -29,7 +29,8 @@ class AlmacenSqlite final : public Almacen {
     };
     // Only what is there; nothing is written.
     static std::unique_ptr<AlmacenSqlite> abrirParaLeer(const std::filesystem::path& ruta, Opciones opciones);
-    // crear: makes it where there is none yet, or an empty file. An older version is migrated, after a copy.
+    // crear: makes it where there is none yet, or an empty file; otherwise it is to be put right, and may be
+    // one that does not say so. An older version is migrated, after a copy.
     static std::unique_ptr<AlmacenSqlite> abrirParaEscribir(const std::filesystem::path& ruta, bool crear,
                                                             Opciones opciones);
     // Seen by nobody else and gone with it.
@@ -111,8 +112,10 @@ class AlmacenSqlite final : public Almacen {
     void prepararEscritura(bool crear);
     void crearTablas();
     void migrar(std::int64_t desde);
+    bool callaQueEsNuestro();
+    // Whichever version it is.
+    void exigirNuestro();
     void exigirVersion();
-    void exigirVersionDeSiempre();
     std::int64_t versionDeAhora() const {
         return static_cast<std::int64_t>(opciones_.migraciones.size()) + 1;
     }

@@ -31,6 +31,8 @@ std::unique_ptr<Almacen> abrirAlmacen(const std::string& destino, Uso uso,
                                       std::chrono::milliseconds paciencia, std::function<void()> atender) {
     if (const auto motivo = motivoDestino(destino); !motivo.empty()) throw ErrorAlmacen(motivo);
     if (AlmacenPostgres::esDireccion(destino)) {
+        if (uso == Uso::reponer)
+            return AlmacenPostgres::abrirParaReponer(destino, paciencia, std::move(atender));
         return std::make_unique<AlmacenPostgres>(destino, uso == Uso::incorporar, paciencia,
                                                  std::move(atender));
     }

@@ -12,7 +12,7 @@ namespace telvane {
 
 enum class Uso {
     leer,
-    cambiar,    // what is there
+    reponer,    // what is there, whatever it lacks
     incorporar  // makes it where there is none yet
 };
 

@@ -244,7 +244,8 @@ std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay) {
 }
 
 bool seObtiene(std::string_view tabla) {
-    return tabla == "muestras" || tabla == "testigos";
+    // The tables themselves tell of which version they are.
+    return tabla == "muestras" || tabla == "testigos" || tabla == "esquema";
 }
 bool seObtiene(std::string_view tabla, std::string_view columna) {
     return std::ranges::any_of(kDeLasImagenes, [&](const ColumnaDeTabla& una) {

@@ -56,7 +56,7 @@ std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay,
 // The columns that nobody asked for, and the keys.
 std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay);
 
-// What the images tell again: a whole table, or a column of one.
+// What is told again, by the images as a rule: a whole table, or a column of one.
 bool seObtiene(std::string_view tabla);
 bool seObtiene(std::string_view tabla, std::string_view columna);
 // What to do about a table or a column that is missing; kRecuperar where rehacer can do nothing.

@@ -9,7 +9,7 @@ namespace telvane {
 namespace {
 
 void rehacer(ContextoHistorico& contexto) {
-    const auto almacen = contexto.abrir(Uso::cambiar);
+    const auto almacen = contexto.abrir(Uso::reponer);
     const auto [fallos, avisos] = Archivo(*almacen).rehacer([&] { contexto.atender(); });
     for (const auto& aviso : avisos) contexto.consola.aviso(aviso);
     for (const auto& fallo : fallos) contexto.consola.aviso(fallo);

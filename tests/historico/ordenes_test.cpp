@@ -496,16 +496,40 @@ TEST_F(Ordenes, TheFormatIsInTheNameInWhateverCase) {
     EXPECT_EQ(tabla.get(), '{');
 }
 
-TEST_F(Ordenes, AVersionThatNeverWasIsRefused) {
+// As who copies the tables into a new file with another program leaves it.
+TEST_F(Ordenes, AnArchiveThatDoesNotSayThatItIsOneIsPutRight) {
     const auto base = imagen();
-    for (const auto* version : {"0", "-1"}) {
-        correr({"incorporar", base});
-        sql(std::string("PRAGMA user_version=") + version);
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    const auto antes = correr({"estado", "--json"}).salida;
+    for (const auto* cambio : {"PRAGMA application_id=0; PRAGMA user_version=0", "PRAGMA application_id=0",
+                               "PRAGMA user_version=0", "PRAGMA user_version=-1"}) {
+        sql(cambio);
+        for (const auto& orden : {std::vector<std::string>{"incorporar", base}, {"estado"}, {"comprobar"}}) {
+            const auto r = correr(orden);
+            EXPECT_EQ(r.codigo, 1) << cambio;
+            EXPECT_THAT(r.errores, HasSubstr("h.sqlite: no dice que es un archivo histórico de Telvane, ni "
+                                             "de qué versión: repóngalo con rehacer"))
+                << cambio;
+        }
+        EXPECT_EQ(correr({"rehacer"}).errores, "") << cambio;
+        EXPECT_EQ(correr({"comprobar"}).codigo, 0) << cambio;
+        EXPECT_EQ(correr({"estado", "--json"}).salida, antes) << cambio;
+    }
+}
+
+TEST_F(Ordenes, WhatHasNotAllTablesOfAnArchiveIsNoneThatDoesNotSayIt) {
+    const auto base = imagen();
+    for (const std::string numeros : {"PRAGMA application_id=0", "PRAGMA user_version=0",
+                                      "PRAGMA user_version=-1", "PRAGMA application_id=7"}) {
+        ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+        sql("DROP TABLE testigos;" + numeros);
         for (const auto& orden :
              {std::vector<std::string>{"incorporar", base}, {"rehacer"}, {"estado"}, {"comprobar"}}) {
             const auto r = correr(orden);
             EXPECT_EQ(r.codigo, 1);
-            EXPECT_THAT(r.errores, HasSubstr("dice ser de una versión que nunca hubo"));
+            EXPECT_THAT(r.errores, HasSubstr(numeros.find("user") == std::string::npos
+                                                 ? "no es un archivo histórico de Telvane: nombre otro"
+                                                 : "dice ser de una versión que nunca hubo"));
         }
         std::filesystem::remove(archivo());
     }

@@ -344,6 +344,36 @@ TEST(Servidor, PostgresqlGivesWhatWasRenamedItsNameBack) {
     }
 }
 
+TEST(Servidor, PostgresqlThatDoesNotSayOfWhichVersionItIsIsPutRight) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("callada");
+    incorporar(*std::make_unique<AlmacenPostgres>(url, true, std::chrono::seconds(10)), 10);
+    const auto antes = retrato(*std::make_unique<AlmacenPostgres>(url, false, std::chrono::seconds(10)));
+    for (const std::string cambio :
+         {"DELETE FROM telvane.esquema", "DROP TABLE telvane.esquema", "UPDATE telvane.esquema SET version=0",
+          "UPDATE telvane.esquema SET version=-1", "INSERT INTO telvane.esquema VALUES(1)",
+          "ALTER TABLE telvane.esquema RENAME TO otra",
+          "ALTER TABLE telvane.esquema RENAME COLUMN version TO otra; DELETE FROM telvane.esquema",
+          "ALTER TABLE telvane.esquema ALTER version TYPE text USING 'dos'",
+          "DROP TABLE telvane.esquema; DROP TABLE telvane.descargas; ALTER TABLE telvane.muestras DROP "
+          "COLUMN cuenta CASCADE"}) {
+        servidor.ejecutar("callada", "SET client_min_messages=error; " + cambio);
+        for (const bool crear : {false, true}) {
+            EXPECT_THAT(motivoDe([&] { AlmacenPostgres(url, crear, std::chrono::seconds(10)); }),
+                        HasSubstr("telvane.esquema: repóngalo con rehacer"))
+                << cambio;
+        }
+        EXPECT_THAT(
+            Archivo(*AlmacenPostgres::abrirParaReponer(url, std::chrono::seconds(10))).rehacer([] {}).fallos,
+            testing::IsEmpty())
+            << cambio;
+        AlmacenPostgres almacen(url, false, std::chrono::seconds(10));
+        EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty())
+            << cambio;
+        EXPECT_EQ(retrato(almacen), antes) << cambio;
+    }
+}
+
 TEST(Servidor, PostgresqlThatLostWhatNothingTellsAgainSaysSoInSpanish) {
     auto& servidor = ServidorPostgres::unico();
     for (const auto& [tabla, columna] :
@@ -419,10 +449,8 @@ TEST(Servidor, PostgresqlThatLacksATableIsToldInSpanishWithWhatToDo) {
     }
     EXPECT_THAT(estropeada("ALTER TABLE telvane.imagenes DROP COLUMN retrocesos"),
                 HasSubstr("le falta una parte: vea telvane-historico comprobar"));
-    for (const std::string cambio :
-         {"DELETE FROM telvane.esquema", "DROP TABLE telvane.esquema", "UPDATE telvane.esquema SET version=0",
-          "INSERT INTO telvane.esquema VALUES(1)"})
-        EXPECT_THAT(estropeada(cambio), HasSubstr("no dice de qué versión es")) << cambio;
+    EXPECT_THAT(estropeada("DROP TABLE telvane.esquema, telvane.contenidos"),
+                HasSubstr("no dice de qué versión es, en su tabla telvane.esquema: recupere su copia"));
     EXPECT_THAT(estropeada("UPDATE telvane.esquema SET version=99"),
                 HasSubstr("es de una versión más nueva (99) que la de este programa"));
 }
