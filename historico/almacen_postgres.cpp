@@ -200,16 +200,22 @@ std::int64_t AlmacenPostgres::versionQueHay() {
     return version();
 }
 
-// How long this transaction waits for whoever holds a table.
-std::string AlmacenPostgres::esperaDe() const {
-    return fmt::format("SET LOCAL lock_timeout={}", paciencia_.count());
+// What a transaction goes by, whatever is set for the server, the data base or the role: it waits so long for
+// whoever holds a table, and otherwise takes what it takes; rows that are kept from this role are a right
+// that it lacks, not rows that are lost; types are called as they are here.
+std::string AlmacenPostgres::condiciones() const {
+    return fmt::format(
+        "SET LOCAL lock_timeout={}; SET LOCAL statement_timeout=0; SET LOCAL "
+        "idle_in_transaction_session_timeout=0; SET LOCAL row_security=off; SET LOCAL "
+        "quote_all_identifiers=off",
+        paciencia_.count());
 }
 
 std::int64_t AlmacenPostgres::ponerAlDia() {
     base_.ejecutar("BEGIN");
     try {
         // Two may begin at once: the second finds it done.
-        base_.ejecutar(esperaDe() + "; SELECT pg_advisory_xact_lock(hashtext('telvane'))");
+        base_.ejecutar(condiciones() + "; SELECT pg_advisory_xact_lock(hashtext('telvane'))");
         if (const auto desde = version(); esVieja(desde)) {
             // What every version had: without it there is nothing to begin with.
             const auto faltas = desde == kSinTablas
@@ -263,7 +269,7 @@ void AlmacenPostgres::exigirTablas(std::int64_t cual) const {
 void AlmacenPostgres::empezar(Modo modo) {
     // Somebody may hold the tables for himself alone: who reads waits no longer than who writes.
     std::string sql = modo == Modo::lectura ? "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; " : "BEGIN; ";
-    sql += esperaDe();
+    sql += condiciones();
     if (modo == Modo::escritura) sql += fmt::format("; {}", kBloqueo);
     if (base_.viva()) {
         try {
@@ -788,7 +794,7 @@ std::string_view remedioAqui(const Falta& falta) {
 }  // namespace
 
 std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
-    base_.ejecutar("BEGIN; " + esperaDe());
+    base_.ejecutar("BEGIN; " + condiciones());
     std::vector<std::string> lista;
     try {
         const auto deben = tablasDebidas();

@@ -106,7 +106,7 @@ class AlmacenPostgres final : public Almacen {
     std::int64_t version();
     std::int64_t versionQueHay();
     bool tieneLasDeSiempre();
-    std::string esperaDe() const;
+    std::string condiciones() const;
     // Makes the tables, or of an older version's those of now.
     std::int64_t ponerAlDia();
     void exigirTablas(std::int64_t cual) const;

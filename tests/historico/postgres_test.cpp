@@ -80,6 +80,48 @@ TEST(Servidor, PostgresqlTellsWhoHasNoRight) {
                 HasSubstr("el servidor no da permiso"));
 }
 
+// What a policy hides from a role is not lost, and is not told as that.
+TEST(Servidor, PostgresqlThatHidesRowsIsToldAsARightThatIsMissing) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("oculta");
+    incorporar(*std::make_unique<AlmacenPostgres>(url, true, std::chrono::seconds(10)), 10);
+    servidor.ejecutar("oculta",
+                      "CREATE ROLE corta LOGIN; GRANT USAGE ON SCHEMA telvane TO corta; GRANT ALL ON ALL "
+                      "TABLES IN SCHEMA telvane TO corta");
+    AlmacenPostgres suyo(servidor.url("oculta", "corta"), false, std::chrono::seconds(10));
+    const auto antes = retrato(suyo);
+    for (const std::string tabla : {"contenidos", "imagenes", "estaciones", "muestras"}) {
+        const auto cambiar = [&](const std::string& que) {
+            servidor.ejecutar("oculta", "ALTER TABLE telvane." + tabla + " " + que + " ROW LEVEL SECURITY");
+        };
+        cambiar("ENABLE");
+        for (const auto& accion : std::vector<std::function<void()>>{
+                 [&] { Archivo(suyo).comprobar(*AlmacenSqlite::temporal(), [] {}); },
+                 [&] { Archivo(suyo).rehacer([] {}); }, [&] { incorporar(suyo, 20); }})
+            EXPECT_THAT(motivoDe(accion), HasSubstr("el servidor no da permiso")) << tabla;
+        cambiar("DISABLE");
+        EXPECT_EQ(retrato(suyo), antes) << tabla;
+    }
+}
+
+TEST(Servidor, PostgresqlsSettingsReachNoTransaction) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("ajustes");
+    servidor.ejecutar("ajustes",
+                      "ALTER DATABASE ajustes SET quote_all_identifiers=on; ALTER DATABASE ajustes SET "
+                      "statement_timeout='1min'; ALTER DATABASE ajustes SET "
+                      "idle_in_transaction_session_timeout='1min'");
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
+    servidor.ejecutar("ajustes",
+                      "CREATE FUNCTION mirar() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN IF "
+                      "current_setting(''statement_timeout'')||current_setting(''idle_in_transaction_session_"
+                      "timeout'')<>''00'' THEN RAISE ''hay plazo''; END IF; RETURN NEW; END'; CREATE TRIGGER "
+                      "mirar BEFORE INSERT ON telvane.imagenes FOR EACH ROW EXECUTE FUNCTION mirar()");
+    EXPECT_EQ(incorporar(almacen, 10).nuevas, 10);
+    servidor.ejecutar("ajustes", "DROP TRIGGER mirar ON telvane.imagenes");
+    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
+}
+
 TEST(Servidor, PostgresqlThatAnotherWritesToIsWaitedForAndTold) {
     auto& servidor = ServidorPostgres::unico();
     const auto url = servidor.baseVacia("ocupada");
