@@ -216,16 +216,51 @@ TEST_F(Programa, TwoAtOnceBothSucceed) {
 }
 
 // The example queries of the manual, as they stand there, on an archive with a conflict.
-std::vector<std::string> consultasDelManual() {
+// The first block of commands under a heading.
+std::vector<std::string> ordenesDelManual(const std::string& titulo) {
     std::ifstream manual(MANUAL);
     std::vector<std::string> lineas;
     std::string linea;
-    while (std::getline(manual, linea) && linea != "### Consultas") {
+    while (std::getline(manual, linea) && linea != "### " + titulo) {
     }
     while (std::getline(manual, linea) && linea != "```") {
     }
     while (std::getline(manual, linea) && linea != "```") lineas.push_back(linea);
     return lineas;
+}
+std::vector<std::string> consultasDelManual() {
+    return ordenesDelManual("Consultas");
+}
+
+TEST_F(Programa, WhatTheManualTellsSavesWhatIsLeftOfADamagedFile) {
+    const auto correr = [&](const std::string& ordenes) {
+        // The system's own programs, and this one.
+        Proceso proceso({"/bin/sh", "-c", "PATH=$1:/usr/bin:/bin; cd \"$0\" && " + ordenes,
+                         carpeta.ruta().string(),
+                         std::filesystem::path(TELVANE_HISTORICO).parent_path().string()});
+        const auto codigo = proceso.terminar().value_or(-1);
+        return std::pair(codigo, proceso.salida() + proceso.errores());
+    };
+    guardar("a.rgt", ImagenPrueba().serie(0, 0, 3000).bytes());
+    guardar("b.rgt", ImagenPrueba().reloj(kInicio + std::chrono::hours(24)).serie(0, 0, 3144).bytes());
+    const std::string enEl = "telvane-historico --en historico.sqlite ";
+    ASSERT_EQ(correr(enEl + "incorporar a.rgt b.rgt").first, 0);
+    const auto antes = correr(enEl + "estado --json");
+    // A page of the samples.
+    ASSERT_EQ(
+        correr(
+            "rm historico.sqlite-*; pagina=$(sqlite3 historico.sqlite \"SELECT rootpage-1 FROM "
+            "sqlite_master WHERE name='muestras'\"); rm -f historico.sqlite-*; head -c 4096 /dev/zero | dd "
+            "of=historico.sqlite bs=4096 seek=$pagina conv=notrunc status=none"),
+        std::pair(0, std::string()));
+    EXPECT_EQ(
+        correr(enEl + "comprobar"),
+        std::pair(1, std::string("telvane-historico: historico.sqlite: está dañado: recupere su copia, o "
+                                 "haga otro archivo con los .rgt guardados\n")));
+    std::string ordenes;
+    for (const auto& linea : ordenesDelManual("Si algo se dañó")) ordenes += linea + "\n";
+    EXPECT_EQ(correr(ordenes), std::pair(0, std::string("El archivo está entero.\n")));
+    EXPECT_EQ(correr("telvane-historico --en salvado.sqlite estado --json"), antes);
 }
 
 class Consulta : public Programa, public testing::WithParamInterface<std::string> {};
