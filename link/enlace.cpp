@@ -39,6 +39,16 @@ Tarea<> Enlace::esperar(std::chrono::milliseconds plazo, Esperas::Condicion cond
     co_await esperas.hasta(estado.tInicio, plazo, std::move(condicion));
 }
 
+Tarea<bool> Enlace::empezar(MSComm& canal) {
+    co_await despertar();
+    abrir(canal);
+    co_await esperarRespuesta();
+    if (estado.respuesta) co_return true;
+    canal.PortOpen(false);
+    co_await avisarSinEquipo();
+    co_return false;
+}
+
 Tarea<> Enlace::avisar(std::string_view texto) {
     co_await preguntar(dialogos, Mensaje(texto));
 }

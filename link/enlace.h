@@ -61,6 +61,9 @@ struct Enlace {
     Tarea<> esperarRespuesta(std::chrono::milliseconds plazo = kEsperaRespuesta);
     // The same for any condition.
     Tarea<> esperar(std::chrono::milliseconds plazo, Esperas::Condicion condicion);
+    // The beginning that the exchanges of the configuration share: wakes the logger, opens the channel and
+    // waits for respuesta. False: there was none, the channel is closed and the user was told.
+    Tarea<bool> empezar(MSComm& canal);
     // A message box with this text and one button.
     Tarea<> avisar(std::string_view texto);
     // Command1 enabled, asking whether to connect.

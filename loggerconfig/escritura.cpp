@@ -42,7 +42,8 @@ Tarea<> EscrituraConfig::confirmado() {
     enviando_ = true;
     enlace_.forma.Check1.value = 0;
     prepararMensaje();
-    co_await enviar();
+    // respuesta is not cleared first: what an earlier exchange left there ends the wait at once.
+    co_await enlace_.empezar(enlace_.canales.MSComm5);
     enviando_ = false;
 }
 
@@ -83,16 +84,6 @@ void EscrituraConfig::prepararMensaje() {
     config.mes = fecha.mes;
     config.anio = fecha.anio;
     config_.mensajeConfig = mensajeConfig(config);
-}
-
-Tarea<> EscrituraConfig::enviar() {
-    co_await enlace_.despertar();
-    enlace_.abrir(enlace_.canales.MSComm5);
-    // respuesta is not cleared first: what an earlier exchange left there ends the wait at once.
-    co_await enlace_.esperarRespuesta();
-    if (enlace_.estado.respuesta) co_return;
-    enlace_.canales.MSComm5.PortOpen(false);
-    co_await enlace_.avisarSinEquipo();
 }
 
 void EscrituraConfig::alComunicar() {

@@ -25,7 +25,6 @@ class EscrituraConfig {
     Tarea<> confirmado();
     Tarea<bool> sePuedeEnviar();
     void prepararMensaje();
-    Tarea<> enviar();
     void terminarTransferencia();
 
     Enlace& enlace_;

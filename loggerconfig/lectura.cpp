@@ -29,14 +29,8 @@ Tarea<> LecturaConfig::alPulsar() {
     for (auto* campo : forma.camposTexto()) campo->text = "";
     // A serial number write that stalled left its field closed.
     forma.Text10.enabled = true;
-    co_await enlace_.despertar();
-    enlace_.abrir(enlace_.canales.MSComm2);
-    co_await enlace_.esperarRespuesta();
-    if (!enlace_.estado.respuesta) {
-        enlace_.canales.MSComm2.PortOpen(false);
-        co_await enlace_.avisarSinEquipo();
-        forma.configuracion.enabled = true;
-    }
+    const bool responde = co_await enlace_.empezar(enlace_.canales.MSComm2);
+    if (!responde) forma.configuracion.enabled = true;
     habilitarEdicion(forma);
 }
 

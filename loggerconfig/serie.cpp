@@ -27,13 +27,8 @@ Tarea<> EscrituraSerie::enviar() {
     forma.Text10.enabled = false;
     forma.Label1.enabled = true;
     forma.Label1.caption = "comienzo transmision";
-    co_await enlace_.despertar();
-    enlace_.abrir(enlace_.canales.MSComm3);
-    co_await enlace_.esperarRespuesta();
-    if (enlace_.estado.respuesta) co_return;
-    enlace_.canales.MSComm3.PortOpen(false);
-    co_await enlace_.avisarSinEquipo();
-    forma.Text10.enabled = true;
+    const bool responde = co_await enlace_.empezar(enlace_.canales.MSComm3);
+    if (!responde) forma.Text10.enabled = true;
 }
 
 void EscrituraSerie::alComunicar() {
