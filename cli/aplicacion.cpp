@@ -1,16 +1,21 @@
 #include "cli/aplicacion.h"
 
+#include <fmt/format.h>
+
 #include "cli/ordenes.h"
 #include "consola/aplicacion_consola.h"
 #include "consola/consola.h"
+#include "link/protocolo.h"
 
 namespace telvane {
 
 void declararOrdenes(Argumentos& argumentos, ContextoCli& contexto) {
     argumentos.programa().opcion(
-        contexto.com, {.nombre = "--com",
-                       .valor = "N=DISPOSITIVO",
-                       .ayuda = "Puerto N (1 a 12) y su dispositivo; repetible. Sin ninguno, los presentes"});
+        contexto.com,
+        {.nombre = "--com",
+         .valor = "N=DISPOSITIVO",
+         .ayuda = fmt::format("Puerto N (1 a {}) y su dispositivo; repetible. Sin ninguno, los presentes",
+                              kUltimoPuerto)});
     for (const auto declarar : kDeclaraciones) declarar(argumentos, contexto);
     argumentos.programa().pie(
         "Códigos de salida: 0 hecho, 1 fallo, 2 mal uso, 3 sin registrador, 130 interrumpido.");

@@ -10,7 +10,6 @@
 
 #include "cli/archivo_parcial.h"
 #include "cli/error_intercambio.h"
-#include "cli/reintentos.h"
 #include "consola/codigos_salida.h"
 #include "consola/progreso.h"
 #include "data/muestra.h"

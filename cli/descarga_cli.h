@@ -10,6 +10,7 @@
 
 #include "cli/entorno_cli.h"
 #include "cli/registrador_cli.h"
+#include "cli/reintentos.h"
 #include "consola/consola.h"
 #include "loggerconfig/datos_config.h"
 #include "platform/destino.h"
@@ -17,10 +18,10 @@
 namespace telvane {
 
 struct PeticionDescarga {
-    std::optional<Destino> base;  // none: the image is only returned
-    bool verificar = false;       // downloads again until two images agree
-    int reintentos = 2;           // attempts beyond those that are needed
-    std::string serie;            // 8 digits that the image must bear; empty: any
+    std::optional<Destino> base;            // none: the image is only returned
+    bool verificar = false;                 // downloads again until two images agree
+    int reintentos = Reintentos::kUsuales;  // attempts beyond those that are needed
+    std::string serie;                      // 8 digits that the image must bear; empty: any
 };
 
 struct ImagenDescargada {

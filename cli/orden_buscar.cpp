@@ -3,6 +3,7 @@
 
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
+#include "link/protocolo.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -20,7 +21,8 @@ void buscar(ContextoCli& contexto) {
 
 void declararBuscar(Argumentos& argumentos, ContextoCli& contexto) {
     auto orden = argumentos.orden("buscar", "Busca el puerto en que responde el registrador y lo escribe");
-    orden.pie("Prueba COM1 a COM12 en orden, 3 s cada uno. Escribe \"COM1 /dev/ttyUSB0\".");
+    orden.pie(fmt::format("Prueba COM1 a COM{} en orden, {} s cada uno. Escribe \"COM1 /dev/ttyUSB0\".",
+                          kUltimoPuerto, (kEsperaSonda + kEsperaSegundaSonda).count()));
     orden.alElegir([&contexto] { contexto.orden = [&contexto] { buscar(contexto); }; });
 }
 

@@ -37,8 +37,8 @@ struct OpcionesDescargar {
     std::string ficha;
     std::string serie;
     std::string perfil = "estricto";
-    std::string espera = "5";
-    std::string reintentos = "2";
+    std::string espera = std::to_string(RegistradorCli::kEspera.count());
+    std::string reintentos = std::to_string(Reintentos::kUsuales);
     bool verificar = false;
     bool reemplazar = false;
 };
@@ -194,14 +194,17 @@ void declararOpciones(OrdenDeLinea& orden, OpcionesDescargar& opciones) {
                                   .comprobar = motivoSerieMostrada});
     orden.bandera(opciones.reemplazar, "--reemplazar", "El archivo base puede ser uno que ya existe");
     orden.bandera(opciones.verificar, "--verificar", "Descarga dos veces y compara");
-    orden.opcion(opciones.espera, {.nombre = "--espera",
-                                   .valor = "S",
-                                   .ayuda = "Segundos sin respuesta que se toleran; 5 si falta",
-                                   .comprobar = motivoSegundos});
-    orden.opcion(opciones.reintentos, {.nombre = "--reintentos",
-                                       .valor = "N",
-                                       .ayuda = "Veces que se vuelve a empezar tras un fallo; 2 si falta",
-                                       .comprobar = motivoReintentos});
+    orden.opcion(opciones.espera,
+                 {.nombre = "--espera",
+                  .valor = "S",
+                  .ayuda = fmt::format("Segundos sin respuesta que se toleran; {} si falta", opciones.espera),
+                  .comprobar = motivoSegundos});
+    orden.opcion(opciones.reintentos,
+                 {.nombre = "--reintentos",
+                  .valor = "N",
+                  .ayuda = fmt::format("Veces que se vuelve a empezar tras un fallo; {} si falta",
+                                       opciones.reintentos),
+                  .comprobar = motivoReintentos});
     orden.opcion(opciones.perfil, {.nombre = "--perfil",
                                    .valor = "PERFIL",
                                    .ayuda = "Fechas que valen en el CSV: estricto (2001 a 2019) o ampliado",

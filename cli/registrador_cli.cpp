@@ -9,7 +9,6 @@
 #include <fmt/ranges.h>
 
 #include "cli/error_intercambio.h"
-#include "cli/reintentos.h"
 #include "cli/reloj_registrador.h"
 #include "consola/codigos_salida.h"
 #include "data/memoria.h"
@@ -22,14 +21,10 @@ namespace telvane {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-// For an answer to a second probe.
-constexpr auto kEsperaSegundaSonda = 1s;
 constexpr int kIntentosMarco = CanalesPropios::kVeces;
 
 // What is waited for a byte too many behind a record, at the least.
-constexpr Bucle::Duracion kSobraTardia = 20ms;
+constexpr std::chrono::milliseconds kSobraTardia{20};
 
 constexpr std::string_view kNoResponde = "el registrador no responde: revise el cable y la alimentación";
 
@@ -165,7 +160,7 @@ DatosConfig RegistradorCli::leerUnaVez() {
     const auto inicio = entorno_.reloj.monotono();
     linea.enviar(kApertura);
     DatosConfig datos;
-    auto masLenta = kSobraTardia;
+    Bucle::Duracion masLenta = kSobraTardia;
     for (std::int32_t contador = 1; contador <= kContadorFinLectura; ++contador) {
         const auto pedido = entorno_.reloj.monotono();
         const auto byte = recibir(linea, contador);

@@ -12,6 +12,7 @@
 
 #include "cli/entorno_cli.h"
 #include "cli/linea_registrador.h"
+#include "cli/reintentos.h"
 #include "consola/consola.h"
 #include "link/paso.h"
 #include "link/protocolo.h"
@@ -104,7 +105,7 @@ class RegistradorCli {
     Consola& consola_;
     Puertos& puertos_;
     Bucle::Duracion espera_ = kEspera;
-    int reintentos_ = 2;
+    int reintentos_ = Reintentos::kUsuales;
     int numero_ = 0;
     bool conocido_ = false;  // what is on the port is a logger
     FechaHora momentoDeLectura_;

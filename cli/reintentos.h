@@ -12,6 +12,9 @@ namespace telvane {
 
 class Reintentos {
    public:
+    // Unless somebody says otherwise.
+    static constexpr int kUsuales = 2;
+
     // cuantos: attempts beyond the first.
     Reintentos(EntornoConsola& entorno, Consola& consola, int cuantos)
         : entorno_(entorno), consola_(consola), quedan_(cuantos) {}

@@ -150,7 +150,8 @@ class LectorDeFallo {
     void colocar(const FilaOperacion& fila) {
         fallo_.indice = byte_;
         if (bloque_) {
-            if (byte_ >= kBytesBloque) rechazar(texto_, "un bloque tiene los bytes 0 a 63");
+            if (byte_ >= kBytesBloque)
+                rechazar(texto_, fmt::format("un bloque tiene los bytes 0 a {}", kBytesBloque - 1));
             fallo_.indice = kAcuses + *bloque_ * kBytesBloque + byte_;
         }
         if (fallo_.indice >= fila.bytes) {
@@ -227,13 +228,15 @@ void aplicar(const Fallo& fallo, Efecto& efecto) {
 
 }  // namespace
 
-const std::string_view kAyudaFallo =
-    R"(Un fallo se escribe OPERACION[:bloque=K|:cuadro=K][:byte=B][:vez=N|:siempre]:FALLO
+std::string ayudaFallo() {
+    const auto ultimo = [](Operacion operacion) { return filaDe(operacion).bytes - 1; };
+    return fmt::format(
+        R"(Un fallo se escribe OPERACION[:bloque=K|:cuadro=K][:byte=B][:vez=N|:siempre]:FALLO
   OPERACION  sonda      primera respuesta a 0xBE (búsqueda, despertar)
              en-linea   toda respuesta a 0xBE; cuadro=K: solo la K-ésima seguida, desde 0
-             lectura    de la configuración (bytes 0 a 112: dos avisos y el registro)
-             escritura  de la configuración (bytes 0 a 107)
-             serie      escritura del número de serie (bytes 0 a 5)
+             lectura    de la configuración (bytes 0 a {}: dos avisos y el registro)
+             escritura  de la configuración (bytes 0 a {})
+             serie      escritura del número de serie (bytes 0 a {})
              descarga   de la memoria (bytes 0 y 1: saludo); bloque=K: el byte B es de ese bloque
   byte=B     byte, desde 0, de lo que el registrador envía en el intercambio (0 si falta); el byte 0 de lectura,
              escritura, serie y descarga responde a la apertura, común a las cuatro
@@ -249,7 +252,9 @@ const std::string_view kAyudaFallo =
              colgar       el puerto desaparece; vuelve a los 2 segundos
   En el propio puerto del PC, que un pseudoterminal no puede mostrar (solo en las pruebas del programa):
              suceso=N, error-lectura, error-escritura, escritura-corta
-Ejemplo: --fallo descarga:bloque=2047:byte=12:cortar)";
+Ejemplo: --fallo descarga:bloque=2047:byte=12:cortar)",
+        ultimo(Operacion::lectura), ultimo(Operacion::escritura), ultimo(Operacion::serie));
+}
 
 Fallo Fallo::leer(std::string_view texto) {
     return LectorDeFallo(texto).leer();

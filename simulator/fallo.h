@@ -74,7 +74,7 @@ struct Fallo {
     std::size_t valor = 0;              // milliseconds, byte value, number of bytes or event code
     std::size_t vez = 1;                // the how manieth time it is reached; 0: every time
 
-    // Reads "OPERATION[:bloque=K|:cuadro=K][:byte=B][:vez=N|:siempre]:FAULT[=VALUE]" (see kAyudaFallo).
+    // Reads "OPERATION[:bloque=K|:cuadro=K][:byte=B][:vez=N|:siempre]:FAULT[=VALUE]" (see ayudaFallo).
     // Throws std::invalid_argument with the reason in Spanish.
     static Fallo leer(std::string_view texto);
     // Whether it happens in the PC's own driver, and so in process only.
@@ -85,7 +85,7 @@ struct Fallo {
 Efecto efectoDe(const Fallo& fallo, std::uint8_t byte);
 
 // The grammar for the user.
-extern const std::string_view kAyudaFallo;
+std::string ayudaFallo();
 
 // Faults at work; each remembers how often its byte came by.
 class PlanDeFallos {

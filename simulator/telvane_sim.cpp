@@ -91,7 +91,7 @@ void declarar(Argumentos& argumentos, Opciones& opciones) {
                                       .valor = "FALLO",
                                       .ayuda = "Fallo de la línea, repetible",
                                       .comprobar = comprobarFallo});
-    programa.pie("\n" + std::string(kAyudaFallo));
+    programa.pie("\n" + ayudaFallo());
 }
 
 MaquinaRegistrador prepararMaquina(const Opciones& opciones, const std::optional<MemoriaGuardada>& memoria) {

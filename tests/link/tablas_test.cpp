@@ -47,6 +47,7 @@ TEST(Protocolo, TheLengthsAndWaits) {
     EXPECT_EQ(kRestoMarco, std::chrono::milliseconds(100));
     EXPECT_EQ(kEsperaSuceso, std::chrono::seconds(1));
     EXPECT_EQ(kEsperaSonda, std::chrono::seconds(2));
+    EXPECT_EQ(kEsperaSegundaSonda, std::chrono::seconds(1));
 }
 
 TEST(Protocolo, TheReadingsStandWhereTheLoggerPutsThemInALiveFrame) {

@@ -22,7 +22,9 @@ TEST(Fallo, ReadsTheExampleOfTheHelp) {
     EXPECT_EQ(fallo.clase, Fallo::Clase::cortar);
     EXPECT_EQ(fallo.indice, 2u + 2047u * 64u + 12u);
     EXPECT_EQ(fallo.vez, 1u);
-    EXPECT_THAT(std::string(kAyudaFallo), testing::HasSubstr("descarga:bloque=2047:byte=12:cortar"));
+    EXPECT_THAT(ayudaFallo(), testing::HasSubstr("descarga:bloque=2047:byte=12:cortar"));
+    for (const auto* bytes : {"(bytes 0 a 112: ", "(bytes 0 a 107)", "(bytes 0 a 5)"})
+        EXPECT_THAT(ayudaFallo(), testing::HasSubstr(bytes));
 }
 
 TEST(Fallo, ReadsValuesAndTimes) {
