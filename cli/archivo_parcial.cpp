@@ -52,7 +52,14 @@ void exigirArchivo(const fs::path& ruta, const struct stat& datos) {
 
 }  // namespace
 
-void ArchivoParcial::revisar(const Destino& destino) {
+void ArchivoParcial::revisar(const Destino& destino, int salida) {
+    ArchivosLeidos parcial;
+    parcial.agregar(rutaParcial(destino));
+    parcial.exigirOtro(salida, "la salida de la orden");
+    exigirSitio(destino);
+}
+
+void ArchivoParcial::exigirSitio(const Destino& destino) {
     const auto ruta = rutaParcial(destino);
     struct stat datos {};
     if (::lstat(ruta.c_str(), &datos) != 0) return;
@@ -82,7 +89,7 @@ void ArchivoParcial::exigir(int motivo) const {
 // Whoever held the lock may have given the file its final name, or put another in its place, meanwhile.
 void ArchivoParcial::abrir() {
     do {
-        revisar(destino_);
+        exigirSitio(destino_);
         descriptor_ = Descriptor(
             ::open(ruta_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kModo));
         exigir(descriptor_() < 0 ? errno : 0);

@@ -23,8 +23,9 @@ class ArchivoParcial {
     using Coinciden = std::function<bool(std::size_t desde, Bytes antes, Bytes ahora)>;
 
     // Throws where something else than a file that may be written stands in the partial file's place: known
-    // before the logger is asked for anything.
-    static void revisar(const Destino& destino);
+    // before the logger is asked for anything. Throws ErrorNombre where the descriptor salida leads to it,
+    // whose text would go over the memory's blocks.
+    static void revisar(const Destino& destino, int salida);
 
     // Opens the file, with what an earlier run left in it. One that another run is writing is refused, and so
     // is anything that is not a file.
@@ -48,6 +49,7 @@ class ArchivoParcial {
     void terminar(Bytes imagen);
 
    private:
+    static void exigirSitio(const Destino& destino);
     void abrir();
     void leer();
     void reponer();

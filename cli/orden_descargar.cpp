@@ -75,6 +75,14 @@ void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, con
     }
 }
 
+void revisarParcial(const EntornoConsola& entorno, const Destino& destino) {
+    try {
+        ArchivoParcial::revisar(destino, entorno.salida);
+    } catch (const ErrorNombre& error) {
+        throw ErrorCli(CodigoSalida::malUso, error.what());
+    }
+}
+
 class Salidas {
    public:
     Salidas(const EntornoConsola& entorno, const OpcionesDescargar& opciones) : base(salidaBase(opciones)) {
@@ -138,7 +146,7 @@ void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
     const auto& base = salidas.base;
     auto& consola = contexto.consola;
     if (salidas.algunaEstandar()) consola.exigirSalida();
-    if (base.archivo()) ArchivoParcial::revisar(base.destino());
+    if (base.archivo()) revisarParcial(contexto.entorno, base.destino());
     SesionCli sesion(contexto.entorno, consola, contexto.com);
     auto& registrador = sesion.registrador();
     registrador.espera(std::chrono::seconds(leerEntero(opciones.espera)));
@@ -166,7 +174,8 @@ void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
                   {.descargada = contexto.entorno.ahoraUtc(),
                    .puerto = numero,
                    .dispositivo = sesion.dispositivo(numero),
-                   .reloj = relojDe(datos),
+                   // Another logger may have come to the cable since.
+                   .reloj = datos.Nserie == leerCabecera(imagen).digitosSerie ? relojDe(datos) : std::nullopt,
                    .relojPc = registrador.momentoDeLectura(),
                    .verificada = opciones.verificar,
                    .reintentos = descarga.reintentos,

@@ -21,7 +21,22 @@ constexpr std::string_view kFiltro = "datos base (*.rgt)|*.rgt";
 constexpr std::string_view kCarpeta = "C:\\mis Documentos\\";
 // Of base files, of downloads that are not whole, and of those that were set aside.
 constexpr std::array<std::string_view, 3> kTerminaciones = {".rgt", ".parcial", ".anterior"};
+constexpr std::string_view kAhiHayUnaBase =
+    "ahí está lo que parece un archivo base; quítelo de ahí, o dé otro nombre";
 constexpr std::string_view kProcesado = "El archivo se proceso con exito";
+
+// Whole blocks that no text has, whatever the file's name: those of a logger, for all that anybody can tell.
+bool pareceImagen(const std::filesystem::path& ruta) {
+    std::error_code error;
+    const auto largo = std::filesystem::file_size(ruta, error);
+    if (error || largo == 0 || largo > kBytesMemoria || largo % kBytesBloque != 0) return false;
+    const auto noEsTexto = [](std::uint8_t b) { return b < ' ' && b != '\t' && b != '\r' && b != '\n'; };
+    try {
+        return std::ranges::any_of(leerArchivo(ruta, kBytesMemoria), noEsTexto);
+    } catch (const ErrorLectura&) {
+        return false;  // may be written and not read: nobody can tell
+    }
+}
 
 }  // namespace
 
@@ -42,7 +57,9 @@ ReglaDestino reglaDeBase(bool reemplazar) {
 }
 
 ReglaDestino reglaDeTabla() {
-    return {.vedadas = kTerminaciones};
+    return {.vedadas = kTerminaciones, .porque = [](const std::filesystem::path& ruta) {
+                return pareceImagen(ruta) ? std::string(kAhiHayUnaBase) : std::string();
+            }};
 }
 
 std::filesystem::path rutaLibre(const std::filesystem::path& primera) {

@@ -111,7 +111,7 @@ void revisarCarpeta(const Destino& destino) {
         fallar(errno);
     }
     if (!S_ISDIR(datos.st_mode)) fallar(ENOTDIR);
-    if (esVistaDelSistema(carpeta)) throw Fallo{"ahí el sistema no guarda archivos; dé otra carpeta"};
+    if (esVistaDelSistema(carpeta)) throw Fallo{std::string(kSinArchivos)};
     exigir(::faccessat(AT_FDCWD, carpeta.c_str(), W_OK | X_OK, AT_EACCESS) == 0);
     // In a folder like /tmp only its owner may put something in a file's place.
     const auto yo = ::geteuid();
@@ -152,7 +152,7 @@ bool esDeUnaBaseDeDatos(const fs::path& ruta) {
 
 // What stands there already. A file that may not be written is not replaced either, although the folder's
 // permission would allow it.
-void revisarPrevio(Destino& destino) {
+void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
     constexpr std::string_view kDeUnaBase =
         "ahí está un archivo histórico u otra base de datos; dé otro nombre";
     struct stat datos {};
@@ -168,6 +168,8 @@ void revisarPrevio(Destino& destino) {
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
     if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase)};
+    if (const auto porque = regla.porque ? regla.porque(destino.ruta) : std::string(); !porque.empty())
+        throw Fallo{porque, true};
     destino.previo = datos;
 }
 
@@ -189,7 +191,7 @@ void revisar(Destino& destino, const ReglaDestino& regla) {
     revisarNombre(destino.pedido, regla.vedadas);
     revisarNombre(destino.ruta, regla.vedadas);
     regla.leidos.exigirOtro(destino.pedido);
-    revisarPrevio(destino);
+    revisarPrevio(destino, regla);
     // A descriptor's name under /proc leads to a file that may have no name any more.
     if (esta && S_ISREG(datos.st_mode) &&
         (!destino.previo || destino.previo->st_ino != datos.st_ino || destino.previo->st_dev != datos.st_dev))

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <set>
 #include <span>
@@ -19,7 +20,7 @@ class ErrorGuardado : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The name itself says that another kind of file is meant.
+// The name, or what stands under it, says that another kind of file is meant.
 class ErrorNombre : public ErrorGuardado {
    public:
     using ErrorGuardado::ErrorGuardado;
@@ -62,6 +63,8 @@ struct ReglaDestino {
     // Endings, in lower case, of files of another kind: a name that ends so, in whatever case, is refused,
     // and so is a link to one.
     std::span<const std::string_view> vedadas = {};
+    // Says that the file that stands there is of another kind, which is refused as well; empty: it is not.
+    std::function<std::string(const std::filesystem::path&)> porque = {};
     std::uint64_t bytes = 0;  // that must find room; 0: nobody knows
     ArchivosLeidos leidos = {};
 };

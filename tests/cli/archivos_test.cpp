@@ -148,6 +148,41 @@ TEST_F(Archivos, ATableNeverTakesTheNameOfABaseFile) {
     EXPECT_THAT(nombresEn(carpeta.ruta()), UnorderedElementsAre("a.rgt", "b.rgt", "b.csv"));
 }
 
+TEST_F(Archivos, ATableTakesNoMemorysPlaceWhateverItsName) {
+    const auto a = poner("a.rgt", imagen()).string();
+    for (const auto largo : {std::size_t{64}, std::size_t{6400}, kBytesMemoria}) {
+        const auto otra = poner("estacion", imagen().substr(0, largo));
+        const auto r = correr({"convertir", a, otra.string()});
+        EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+        EXPECT_THAT(r.errores, HasSubstr("estacion: ahí está lo que parece un archivo base"));
+        for (const std::string opcion : {"--csv", "--ficha"}) {
+            esperarRehusado(correr({"descargar", "--base", carpeta / "d.rgt", opcion, otra}),
+                            CodigoSalida::malUso, "ahí está lo que parece un archivo base");
+        }
+        EXPECT_TRUE(leerTodo(otra) == imagen().substr(0, largo));
+    }
+    // A text of a memory's length is a text.
+    const auto tabla = poner("tabla", std::string(kBytesMemoria, 'x'));
+    EXPECT_EQ(correr({"convertir", a, tabla.string()}).codigo, CodigoSalida::hecho);
+    EXPECT_EQ(correr({"convertir", a, poner("nada", "").string()}).codigo, CodigoSalida::hecho);
+}
+
+// A shell makes the file before the program begins.
+TEST_F(Archivos, AnOutputThatLeadsToTheDownloadsPartIsRefused) {
+    const Descriptor parte(::open((carpeta / "a.rgt.parcial").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    salidaAjena = parte();
+    const std::string base = carpeta / "a.rgt";
+    const std::vector<std::string> ordenes[] = {
+        {"descargar", "--base", base, "--csv", "-"},
+        {"descargar", "--base", base, "--ficha", "/dev/stdout"},
+        {"descargar", "--base", base},
+        {"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", base}};
+    for (const auto& orden : ordenes)
+        esperarRehusado(correr(orden), CodigoSalida::malUso, "la salida de la orden");
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt.parcial"), "");
+}
+
 TEST_F(Archivos, AnOutputIsNeverOneOfTheInputsByAnyName) {
     const auto a = poner("a.bin", imagen());
     fs::create_hard_link(a, carpeta / "duro.csv");

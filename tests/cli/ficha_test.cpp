@@ -61,6 +61,19 @@ TEST_F(Ficha, AClockThatIsNoneTellsNothing) {
     EXPECT_TRUE(ficha["reloj"].is_null());
 }
 
+// Whoever answered before the download and whoever was downloaded are two.
+TEST_F(Ficha, AnotherLoggersClockTellsNothing) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        const bool deSerie =
+            saliente.intercambio == Intercambio::descarga && saliente.indice >= 2 && saliente.indice < 6;
+        return Efecto::pasar(deSerie ? 0x77 : saliente.byte);
+    });
+    const auto ficha = descargar();
+    EXPECT_EQ(ficha["serie"], "77777777");
+    EXPECT_TRUE(ficha["desfase_s"].is_null());
+    EXPECT_TRUE(ficha["reloj"].is_null());
+}
+
 TEST_F(Ficha, CountsWhatWentWrong) {
     puertos.manipular(kPuerto, [veces = 0](const ByteSaliente& saliente) mutable {
         auto efecto = Efecto::pasar(saliente.byte);
