@@ -293,7 +293,7 @@ std::filesystem::path Configurador::rutaDeRespaldo() const {
 Destino Configurador::destinoDeRespaldo() const {
     try {
         auto destino = revisarDestino(rutaDeRespaldo(), reglaDeBase());
-        ArchivoParcial::revisar(destino);
+        ArchivoParcial::revisar(destino, contexto_.entorno.salida);
         return destino;
     } catch (const ErrorNombre& error) {
         throw ErrorCli(CodigoSalida::malUso, error.what());
@@ -401,8 +401,8 @@ void Configurador::comprobarEscrito() {
             return;
         }
     }
-    const bool intacta = leido.textos == actual_.textos && leido.intervaloCodigo == actual_.intervaloCodigo &&
-                         distinto.back() == kReloj;
+    const bool intacta = leido.Nserie == actual_.Nserie && leido.textos == actual_.textos &&
+                         leido.intervaloCodigo == actual_.intervaloCodigo && distinto.back() == kReloj;
     throw ErrorCli(
         CodigoSalida::fallo,
         fmt::format("lo leído después no es lo enviado ({}). {}\n{}", fmt::join(distinto, ", "),
@@ -415,6 +415,8 @@ void Configurador::comprobarEscrito() {
 // What reads back otherwise than it was sent, the clock last.
 std::vector<std::string> Configurador::diferencias(const DatosConfig& leido) const {
     std::vector<std::string> distinto;
+    // Of another logger everything else says nothing.
+    if (leido.Nserie != actual_.Nserie) distinto.emplace_back("Nro");
     for (std::size_t i = 0; i < kCampos.size(); ++i) {
         if (leido.textos[i] != textoAEnviar(i)) distinto.emplace_back(kCampos[i].nombre);
     }

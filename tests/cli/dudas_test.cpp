@@ -335,6 +335,25 @@ TEST_F(Dudas, OneDamagedReadingAfterTheWriteIsNoFailure) {
     EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
 }
 
+TEST_F(Dudas, AnotherNumberAfterTheWriteIsReadAgain) {
+    danarLectura(3, registro_config::kSerie + 2, 0x42);
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.salida, HasSubstr("Nro  : 02080050"));
+}
+
+TEST_F(Dudas, ALoggerOfAnotherNumberConfirmsNoConfiguration) {
+    puertos.manipular(kPuerto, [lecturas = 0](const ByteSaliente& saliente) mutable {
+        const bool deSerie = saliente.intercambio == Intercambio::lectura &&
+                             saliente.indice == kAcuses + registro_config::kSerie;
+        return Efecto::pasar(deSerie && ++lecturas > 2 ? 0x77 : saliente.byte);
+    });
+    const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("lo leído después no es lo enviado (Nro)"));
+    EXPECT_THAT(r.salida, IsEmpty());
+}
+
 TEST_F(Dudas, ASerialNumberSentInPartSaysSo) {
     callarEn(Intercambio::serie, 3);
     const auto r = correr({"serie", "20800512"});
