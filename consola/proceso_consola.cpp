@@ -1,12 +1,12 @@
 #include "consola/proceso_consola.h"
 
-#include <csignal>
+#include "platform/senales_de_fin.h"
 
 namespace telvane {
 
 SenalesConsola::SenalesConsola(Bucle& bucle, EntornoConsola& entorno)
     : entorno_(entorno),
-      senales_(bucle, {SIGINT, SIGTERM, SIGHUP}, [&entorno](int senal) { entorno.senal = senal; }) {
+      senales_(bucle, senalesQueTerminan(), [&entorno](int senal) { entorno.senal = senal; }) {
     entorno.senalEnEspera = [this] { return senales_.enEspera(); };
 }
 

@@ -181,7 +181,7 @@ bool BuclePosix::entregarAlarmas(const Fin& fin) {
     }
 }
 
-Senales::Senales(Bucle& bucle, std::initializer_list<int> cuales, std::function<void(int)> alLlegar)
+Senales::Senales(Bucle& bucle, const std::vector<int>& cuales, std::function<void(int)> alLlegar)
     : alLlegar_(std::move(alLlegar)) {
     sigset_t conjunto;
     sigemptyset(&conjunto);

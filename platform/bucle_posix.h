@@ -57,7 +57,7 @@ class BuclePosix final : public Bucle {
 class Senales {
    public:
     // Throws std::system_error when the system gives no descriptor.
-    Senales(Bucle& bucle, std::initializer_list<int> cuales, std::function<void(int senal)> alLlegar);
+    Senales(Bucle& bucle, const std::vector<int>& cuales, std::function<void(int senal)> alLlegar);
     Senales(const Senales&) = delete;
     Senales& operator=(const Senales&) = delete;
     ~Senales();

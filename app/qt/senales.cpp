@@ -11,11 +11,11 @@
 
 #include <QSocketNotifier>
 
+#include "platform/senales_de_fin.h"
+
 namespace telvane {
 
 namespace {
-
-constexpr std::array<int, 3> kSenales = {SIGTERM, SIGINT, SIGHUP};
 
 // A signal handler is handed nothing but the signal: the ends of the pipe it writes to stand here.
 std::array<int, 2> tubo = {-1, -1};
@@ -28,16 +28,16 @@ void alRecibir(int) {
     errno = previo;
 }
 
-void instalar(void (*manejador)(int)) {
+void instalar(const std::vector<int>& senales, void (*manejador)(int)) {
     struct sigaction accion = {};
     accion.sa_handler = manejador;
     accion.sa_flags = SA_RESTART;
-    for (const int senal : kSenales) ::sigaction(senal, &accion, nullptr);
+    for (const int senal : senales) ::sigaction(senal, &accion, nullptr);
 }
 
 }  // namespace
 
-SenalesDeFin::SenalesDeFin(std::function<void()> alTerminar) {
+SenalesDeFin::SenalesDeFin(std::function<void()> alTerminar) : senales_(senalesQueTerminan()) {
     if (::pipe2(tubo.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         throw std::system_error(errno, std::generic_category(), "pipe2");
     }
@@ -47,11 +47,11 @@ SenalesDeFin::SenalesDeFin(std::function<void()> alTerminar) {
                          aviso_->setEnabled(false);
                          alTerminar();
                      });
-    instalar(alRecibir);
+    instalar(senales_, alRecibir);
 }
 
 SenalesDeFin::~SenalesDeFin() {
-    instalar(SIG_DFL);
+    instalar(senales_, SIG_DFL);
     aviso_.reset();
     for (auto& extremo : tubo) ::close(std::exchange(extremo, -1));
 }

@@ -1,8 +1,9 @@
-// SIGTERM, SIGINT and SIGHUP, turned into an ordinary event of the loop.
+// The signals that end the program, turned into an ordinary event of the loop.
 #pragma once
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 class QSocketNotifier;
 
@@ -18,6 +19,7 @@ class SenalesDeFin {
     ~SenalesDeFin();
 
    private:
+    std::vector<int> senales_;
     std::unique_ptr<QSocketNotifier> aviso_;
 };
 

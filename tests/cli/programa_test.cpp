@@ -198,6 +198,25 @@ TEST_P(Senalado, ASignalLeavesThePartialFileAndSaysSo) {
 
 INSTANTIATE_TEST_SUITE_P(ConCadaSenal, Senalado, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
+TEST_F(Programa, UnderNohupItOutlivesItsTerminal) {
+    conectar({"--baudios", "19200"});
+    const auto parcial = carpeta / "a.rgt.parcial";
+    auto comando = orden({"descargar", "--base", (carpeta / "a.rgt").string()});
+    comando.insert(comando.begin(), {"/bin/sh", "-c", "trap '' HUP; exec \"$@\"", "sh"});
+    Proceso proceso(comando);
+    const auto bloques = [&] {
+        std::error_code error;
+        const auto bytes = fs::file_size(parcial, error);
+        return error ? 0 : bytes;
+    };
+    ASSERT_TRUE(esperarA([&] { return bloques() > 0; }));
+    proceso.senal(SIGHUP);
+    const auto antes = bloques();
+    EXPECT_TRUE(esperarA([&] { return bloques() > antes + 640; }));
+    proceso.senal(SIGTERM);
+    EXPECT_EQ(proceso.terminar(), 130);
+}
+
 TEST_F(Programa, WhileItWaitsForItsInputASignalEndsIt) {
     int tubo[2];
     ASSERT_EQ(::pipe(tubo), 0);
