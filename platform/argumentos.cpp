@@ -48,6 +48,10 @@ void completar(CLI::Option& nueva, const OpcionDeLinea& opcion) {
     nueva.transform(CLI::Validator(tomar, ""));
 }
 
+std::string noHayOrden(const std::string& palabra) {
+    return fmt::format("no hay una orden \"{}\"", palabra);
+}
+
 std::shared_ptr<CLI::Formatter> formatoEspanol() {
     auto formato = std::make_shared<CLI::Formatter>();
     formato->label("Usage", "Uso");
@@ -188,28 +192,47 @@ std::vector<std::string> Argumentos::conMarcas(const std::vector<std::string>& a
 }
 
 // What somebody typed may stand in it: it stays one line, and an address shows no secret.
-LineaLeida Argumentos::malUso(const std::string& motivo) const {
+LineaLeida Argumentos::malUso(const std::vector<std::string>& argumentos, const std::string& motivo) const {
+    const auto* orden = ordenDe(argumentos);
+    const auto donde = orden == nullptr ? nombre_ : fmt::format("{} {}", nombre_, orden->get_name());
     return {LineaLeida::Que::malUso,
-            fmt::format("{}\n({} --help)", sinContrasenas(sinControles(motivo)), nombre_)};
+            fmt::format("{}\n({} --help)", sinContrasenas(sinControles(motivo)), donde)};
+}
+
+// The one that a line names, also one that cannot be understood.
+const CLI::App* Argumentos::ordenDe(const std::vector<std::string>& argumentos) const {
+    for (std::size_t i = 0; i < argumentos.size(); ++i) {
+        const auto* opcion = declarada(argumentos[i]);
+        if (opcion != nullptr && opcion->get_items_expected_max() > 0) {
+            ++i;
+        } else if (!argumentos[i].starts_with('-')) {
+            const auto ordenes =
+                app_->get_subcommands([&](const CLI::App* una) { return una->get_name() == argumentos[i]; });
+            return ordenes.empty() ? nullptr : ordenes.front();
+        }
+    }
+    return nullptr;
 }
 
 LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
     using Que = LineaLeida::Que;
-    if (const auto motivo = malPuestas(argumentos); !motivo.empty()) return malUso(motivo);
+    if (const auto motivo = malPuestas(argumentos); !motivo.empty()) return malUso(argumentos, motivo);
     for (auto* orden : app_->get_subcommands({})) {
         for (auto* opcion : orden->get_options()) opcion->group(kOpciones);
     }
     try {
-        argumentos = conNombresDetras(conMarcas(argumentos));
+        auto alReves = conNombresDetras(conMarcas(argumentos));
         // The library takes them from the end.
-        std::reverse(argumentos.begin(), argumentos.end());
-        app_->parse(std::move(argumentos));
+        std::reverse(alReves.begin(), alReves.end());
+        app_->parse(std::move(alReves));
     } catch (const CLI::CallForHelp&) {
+        const auto sobran = app_->remaining(true);
+        if (faltaOrden() && !sobran.empty()) return malUso(argumentos, noHayOrden(sobran.front()));
         return {Que::terminar, app_->help() + opcionesDeTodas()};
     } catch (const CLI::CallForVersion& version) {
         return {Que::terminar, fmt::format("{}\n", version.what())};
     } catch (const CLI::ParseError& error) {
-        return malUso(motivoDeUso(error.get_exit_code(), error.what()));
+        return malUso(argumentos, motivoDeUso(error.get_exit_code(), error.what()));
     }
     return {};
 }
@@ -226,20 +249,24 @@ std::string Argumentos::opcionesDeTodas() const {
     return lineas;
 }
 
+bool Argumentos::faltaOrden() const {
+    return !app_->get_subcommands({}).empty() && app_->get_subcommands().empty();
+}
+
 // The library's own texts are in English; those of our checks stand behind the option's name.
 std::string Argumentos::motivoDeUso(int codigo, const std::string& texto) const {
     const auto antesDe = [&](std::string_view marca) { return texto.substr(0, texto.find(marca)); };
-    const auto sobran = fmt::format("{}", fmt::join(app_->remaining(true), " "));
-    const bool faltaOrden = !app_->get_subcommands({}).empty() && app_->get_subcommands().empty();
+    const auto sobran = app_->remaining(true);
     switch (static_cast<CLI::ExitCodes>(codigo)) {
         case CLI::ExitCodes::RequiredError:
-            if (!faltaOrden) return fmt::format("falta {}", antesDe(" "));
-            if (sobran.empty()) return "falta la orden";
-            if (!sobran.starts_with('-'))
-                return fmt::format("no hay una orden \"{}\"", app_->remaining(true).front());
+            if (faltaOrden() && !sobran.empty() && !sobran.front().starts_with('-'))
+                return noHayOrden(sobran.front());
+            // What is missing may be what was misspelt.
+            if (sobran.empty())
+                return faltaOrden() ? "falta la orden" : fmt::format("falta {}", antesDe(" "));
             [[fallthrough]];
         case CLI::ExitCodes::ExtrasError:
-            return fmt::format("no se entiende \"{}\"", sobran);
+            return fmt::format("no se entiende \"{}\"", fmt::join(sobran, " "));
         case CLI::ExitCodes::ArgumentMismatch:
             return fmt::format("{}: falta su valor o sobra alguno", antesDe(":"));
         default:

@@ -80,7 +80,9 @@ class Argumentos {
     std::vector<std::string> conNombresDetras(const std::vector<std::string>& argumentos) const;
     std::string malPuestas(const std::vector<std::string>& argumentos) const;
     std::string opcionesDeTodas() const;
-    LineaLeida malUso(const std::string& motivo) const;
+    const CLI::App* ordenDe(const std::vector<std::string>& argumentos) const;
+    bool faltaOrden() const;
+    LineaLeida malUso(const std::vector<std::string>& argumentos, const std::string& motivo) const;
     std::string motivoDeUso(int codigo, const std::string& texto) const;
 
     std::string nombre_;

@@ -76,7 +76,13 @@ std::string motivoEscritura(int numero) {
 }
 
 std::string motivoSinCarpeta(const std::filesystem::path& carpeta) {
-    return fmt::format("no existe la carpeta {}", nombreVisible(carpeta));
+    std::error_code error;
+    const auto que = std::filesystem::status(carpeta, error).type();
+    if (que == std::filesystem::file_type::directory) return std::string(kSinArchivos);
+    if (que == std::filesystem::file_type::none) return motivoSistema(error.value());
+    if (que == std::filesystem::file_type::not_found)
+        return fmt::format("no existe la carpeta {}", nombreVisible(carpeta));
+    return fmt::format("{} no es una carpeta", nombreVisible(carpeta));
 }
 
 std::string motivoDe(const std::exception& error) {

@@ -14,6 +14,9 @@ std::string motivoSistema(int numero);
 std::string motivoEscritura(int numero);
 // A device, a socket and the like stand where a file is meant.
 inline constexpr std::string_view kNoEsArchivoNormal = "no es un archivo normal";
+// The system's own views of itself take no new file.
+inline constexpr std::string_view kSinArchivos = "ahí el sistema no guarda archivos; dé otra carpeta";
+// Why nothing can be put into this one.
 std::string motivoSinCarpeta(const std::filesystem::path& carpeta);
 
 // The text of an exception for the user, in Spanish whoever threw it: those of the system and of the standard

@@ -23,12 +23,16 @@ namespace fs = std::filesystem;
 
 constexpr auto kDeMemoria = std::to_array<std::string_view>({".rgt", ".rgt.parcial"});
 
-Descriptor reservarArchivo(const Destino& destino) {
+std::runtime_error enUso(const Destino& destino) {
+    return std::runtime_error(fmt::format("otro telvane-sim usa la memoria {}: termínelo o dé otro --memoria",
+                                          nombreVisible(destino.pedido)));
+}
+
+Descriptor reservarNombre(const Destino& destino) {
     std::error_code error;
     const auto entero = fs::weakly_canonical(fs::absolute(destino.ruta, error), error);
     if (auto reserva = reservar("telvane-sim memoria", entero)) return std::move(*reserva);
-    throw std::runtime_error(fmt::format("otro telvane-sim usa la memoria {}: termínelo o dé otro --memoria",
-                                         nombreVisible(destino.pedido)));
+    throw enUso(destino);
 }
 
 // The name as it was given, and where it leads.
@@ -59,12 +63,20 @@ std::vector<std::uint8_t> leer(const Destino& destino) {
 MemoriaGuardada::MemoriaGuardada(fs::path ruta) : ruta_(std::move(ruta)) {
     // A file that cannot be written is told now and not after the first change.
     const auto destino = revisarDestino(ruta_, {.bytes = kBytesMemoria});
-    reserva_ = reservarArchivo(destino);
-    if (destino.previo) leida_ = leer(destino);
+    nombre_ = reservarNombre(destino);
+    if (!destino.previo) return;
+    reservarArchivo();
+    if (!archivo_) throw enUso(destino);
+    leida_ = leer(destino);
 }
 
-void MemoriaGuardada::guardar(std::span<const std::uint8_t> imagen) const {
+void MemoriaGuardada::guardar(std::span<const std::uint8_t> imagen) {
     guardarAtomico(ruta_, imagen);
+    reservarArchivo();
+}
+
+void MemoriaGuardada::reservarArchivo() {
+    archivo_ = reservar("telvane-sim archivo", identidad(ruta_));
 }
 
 }  // namespace telvane

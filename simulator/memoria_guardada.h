@@ -20,11 +20,16 @@ class MemoriaGuardada {
     // Nothing: there is no such file yet. Shorter than a memory where the file is.
     const std::optional<std::vector<std::uint8_t>>& leida() const { return leida_; }
     // Throws ErrorGuardado.
-    void guardar(std::span<const std::uint8_t> imagen) const;
+    void guardar(std::span<const std::uint8_t> imagen);
 
    private:
+    void reservarArchivo();
+
     std::filesystem::path ruta_;
-    Descriptor reserva_;  // two that write one file would each lose what the other was told
+    // Two that write one file would each lose what the other was told. It may have another name, a hard link,
+    // and is another file after each save.
+    Descriptor nombre_;
+    std::optional<Descriptor> archivo_;
     std::optional<std::vector<std::uint8_t>> leida_;
 };
 

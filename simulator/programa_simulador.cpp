@@ -58,9 +58,10 @@ void ProgramaSimulador::servir(int senales) {
             errno != EINTR) {
             throw std::system_error(errno, std::generic_category(), "poll");
         }
-        if (vigilados[0].revents != 0) return;
+        if (vigilados[0].revents != 0) break;
         if (vigilados[1].revents != 0) escuchar();
     }
+    if (sinGuardar_) memoria_->guardar(linea_.maquina().imagen());
 }
 
 // A wire carries an answer on at once; here two processes have to be woken first. What the PC wrote sets out
@@ -102,8 +103,10 @@ void ProgramaSimulador::guardar() {
     const auto cambios = linea_.maquina().cambios();
     if (!memoria_ || guardados_ == cambios) return;
     guardados_ = cambios;
+    sinGuardar_ = true;
     try {
         memoria_->guardar(linea_.maquina().imagen());
+        sinGuardar_ = false;
     } catch (const ErrorGuardado& error) {
         decir_(error.what());
     }

@@ -25,6 +25,7 @@
 #include "platform/flujos.h"
 #include "platform/motivos.h"
 #include "platform/numero.h"
+#include "platform/senales_de_fin.h"
 #include "platform/texto_visible.h"
 #include "simulator/memoria_guardada.h"
 #include "simulator/memoria_simulada.h"
@@ -54,6 +55,10 @@ std::string comprobarBaudios(const std::string& texto) {
     return texto == std::to_string(kBaudios) || texto == "0" ? "" : fmt::format("debe ser {} o 0", kBaudios);
 }
 
+std::string comprobarMemoria(const std::string& texto) {
+    return texto == "-" ? "debe ser un archivo; uno de ese nombre se escribe ./-" : "";
+}
+
 std::string comprobarFallo(const std::string& texto) {
     try {
         if (!Fallo::leer(texto).enElPc()) return "";
@@ -76,7 +81,8 @@ void declarar(Argumentos& argumentos, Opciones& opciones) {
                                      .comprobar = motivoSerie});
     programa.opcion(opciones.memoria, {.nombre = "--memoria",
                                        .valor = "ARCHIVO",
-                                       .ayuda = "Archivo base (.rgt) con la memoria; recibe los cambios"});
+                                       .ayuda = "Archivo base (.rgt) con la memoria; recibe los cambios",
+                                       .comprobar = comprobarMemoria});
     programa.opcion(opciones.semilla, {.nombre = "--semilla",
                                        .valor = "N",
                                        .ayuda = "Número del que sale el tiempo medido; 1 si falta",
@@ -104,13 +110,11 @@ MaquinaRegistrador prepararMaquina(const Opciones& opciones, const std::optional
     return maquina;
 }
 
-constexpr std::array kSenales = {SIGINT, SIGTERM, SIGHUP};
-
 // The signals that end the program, to be read instead of interrupting it.
 Descriptor abrirSenales() {
     sigset_t senales;
     sigemptyset(&senales);
-    for (const int senal : kSenales) sigaddset(&senales, senal);
+    for (const int senal : senalesQueTerminan()) sigaddset(&senales, senal);
     if (::sigprocmask(SIG_BLOCK, &senales, nullptr) != 0)
         throw std::system_error(errno, std::generic_category());
     Descriptor descriptor(::signalfd(-1, &senales, SFD_CLOEXEC));
@@ -121,8 +125,9 @@ Descriptor abrirSenales() {
 // One that was caught so, and not read.
 bool senalEnEspera() {
     sigset_t pendientes;
-    return ::sigpending(&pendientes) == 0 &&
-           std::ranges::any_of(kSenales, [&](int senal) { return sigismember(&pendientes, senal) == 1; });
+    return ::sigpending(&pendientes) == 0 && std::ranges::any_of(senalesQueTerminan(), [&](int senal) {
+               return sigismember(&pendientes, senal) == 1;
+           });
 }
 
 void decir(const FlujosHeredados& flujos, const std::string& que, const std::function<bool()>& parar) {

@@ -14,6 +14,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 using Palabras = std::vector<std::string>;
 
@@ -41,6 +42,23 @@ class ArgumentosDeLinea : public testing::Test {
     std::string en;
     std::optional<std::string> usuario;
 };
+
+TEST_F(ArgumentosDeLinea, AWrongOneIsToldWithTheHelpThatNamesIt) {
+    EXPECT_EQ(leer({"a", "--nada"}).texto, "no se entiende \"--nada\"\n(programa convertir --help)");
+    EXPECT_EQ(leer({"a", "--en"}).texto, "--en: falta su valor o sobra alguno\n(programa convertir --help)");
+    EXPECT_EQ(leer({"--com", "buscar"}).texto, "falta ARCHIVO\n(programa convertir --help)");
+    Argumentos linea("programa", "1", "");
+    linea.programa().opcion(com, {.nombre = "--com", .valor = "X", .ayuda = ""});
+    linea.orden("buscar", "");
+    EXPECT_EQ(linea.leer({"--com", "buscar", "nada"}).texto, "no hay una orden \"nada\"\n(programa --help)");
+    EXPECT_EQ(linea.leer({"nada", "--help"}).texto, "no hay una orden \"nada\"\n(programa --help)");
+    EXPECT_EQ(linea.leer({"--com", "x", "buscar", "--nada"}).texto,
+              "no se entiende \"--nada\"\n(programa buscar --help)");
+}
+
+TEST_F(ArgumentosDeLinea, WhatWasMisspeltIsToldBeforeWhatIsMissing) {
+    EXPECT_THAT(leer({"--usuari", "x"}).texto, StartsWith("no se entiende \"--usuari"));
+}
 
 class NombreDeArchivo : public ArgumentosDeLinea, public testing::WithParamInterface<std::string> {};
 

@@ -2,11 +2,14 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <new>
 #include <stdexcept>
 #include <system_error>
 
 #include <gtest/gtest.h>
+
+#include "tests/apoyo/carpeta_temporal.h"
 
 namespace telvane {
 namespace {
@@ -33,6 +36,15 @@ TEST(MotivoSistema, ErrorsOfFilesAndPortsHaveTheirPhrase) {
 TEST(MotivoSistema, TheOthersGiveTheirNumber) {
     EXPECT_EQ(motivoSistema(9999), "error 9999 del sistema");
     EXPECT_EQ(motivoSistema(0), "error 0 del sistema");
+}
+
+TEST(MotivoSinCarpeta, TellsWhatStandsThereInstead) {
+    const CarpetaTemporal carpeta;
+    std::ofstream(carpeta / "archivo") << "x";
+    const auto de = [&](const std::string& nombre) { return motivoSinCarpeta(carpeta / nombre); };
+    EXPECT_EQ(de("nada"), "no existe la carpeta " + (carpeta / "nada").string());
+    EXPECT_EQ(de("archivo"), (carpeta / "archivo").string() + " no es una carpeta");
+    EXPECT_EQ(motivoSinCarpeta("/proc"), kSinArchivos);
 }
 
 }  // namespace

@@ -199,6 +199,8 @@ TEST_F(TelvaneSim, WrongUsageEndsWithTwo) {
     EXPECT_THAT(queja, HasSubstr("nada"));
     EXPECT_EQ(rechazado(orden({"--fallo", "serie:error-escritura"})), 2);
     EXPECT_THAT(queja, HasSubstr("un pseudoterminal no lo puede mostrar"));
+    EXPECT_EQ(rechazado(orden({"--memoria", "-"})), 2);
+    EXPECT_THAT(queja, HasSubstr("uno de ese nombre se escribe ./-"));
     EXPECT_EQ(rechazado(orden({"--fallo"})), 2);
     EXPECT_EQ(rechazado(orden({"--otra"})), 2);
     EXPECT_EQ(rechazado(orden({"sobra"})), 2);
@@ -251,6 +253,33 @@ TEST_F(TelvaneSim, KeepsWhatIsWrittenToIt) {
     ASSERT_THAT(registro, SizeIs(kBytesConfig));
     EXPECT_EQ(Bytes(registro.begin(), registro.begin() + 4), (Bytes{0x20, 0x80, 0x05, 0x12}));
     EXPECT_LE(registro[registro_config::kReloj], 0x23);
+}
+
+TEST_F(TelvaneSim, WhatItCouldNotKeepIsAFailureInTheEnd) {
+    const auto memoria = carpeta / "base.rgt";
+    const auto escribirSerie = [&] {
+        PuertoCrudo puerto(enlace);
+        EXPECT_EQ(puerto.pedir(kApertura), kApertura);
+        EXPECT_NE(puerto.pedir(kEscribirSerie), 256u);
+        for (const auto byte : Bytes{0x20, 0x80, 0x05, 0x12}) EXPECT_NE(puerto.pedir(byte), 256u);
+        puerto.escribir(0x12);
+        // Before it answers again it has tried to save.
+        EXPECT_EQ(puerto.pedir(kApertura), kApertura);
+    };
+    for (const bool vuelve : {false, true}) {
+        fs::remove_all(memoria);
+        const auto proceso = arrancar({"--baudios", "0", "--memoria", memoria.string()});
+        fs::remove(memoria);
+        fs::create_directory(memoria);
+        escribirSerie();
+        if (vuelve) fs::remove(memoria);
+        proceso->senal(SIGTERM);
+        EXPECT_EQ(proceso->terminar(), vuelve ? 0 : 1);
+        EXPECT_THAT(proceso->errores(), HasSubstr("no se pudo guardar"));
+        if (vuelve) {
+            EXPECT_EQ(contenido(memoria)[3], 0x12);
+        }
+    }
 }
 
 TEST_F(TelvaneSim, AMemoryThatIsTooLongIsRefused) {
@@ -363,7 +392,8 @@ TEST_F(TelvaneSim, TwoDoNotWriteOneMemory) {
     const auto memoria = carpeta / "m.rgt";
     auto primero = arrancar({"--memoria", memoria});
     fs::create_symlink("m.rgt", carpeta / "otro nombre.rgt");
-    for (const auto* nombre : {"m.rgt", "otro nombre.rgt", "./m.rgt"}) {
+    fs::create_hard_link(memoria, carpeta / "duro.rgt");
+    for (const auto* nombre : {"m.rgt", "otro nombre.rgt", "./m.rgt", "duro.rgt"}) {
         EXPECT_EQ(rechazado({TELVANE_SIM, "--enlace", carpeta / "otro", "--memoria", carpeta / nombre}), 1);
         EXPECT_THAT(queja, HasSubstr("otro telvane-sim usa la memoria"));
     }
