@@ -688,6 +688,23 @@ std::vector<AlmacenPostgres::Parte> AlmacenPostgres::partes() {
     return lista;
 }
 
+// A view by a table's name, and the like.
+std::vector<std::string> AlmacenPostgres::intrusos() {
+    const auto r = base_.consultar(
+        "SELECT relname::text,CASE relkind WHEN 'v' THEN 'VIEW' WHEN 'm' THEN 'MATERIALIZED VIEW' WHEN 'i' "
+        "THEN "
+        "'INDEX' WHEN 'I' THEN 'INDEX' WHEN 'S' THEN 'SEQUENCE' WHEN 'c' THEN 'TYPE' ELSE 'TABLE' END FROM "
+        "pg_catalog.pg_class WHERE relnamespace=to_regnamespace('telvane') ORDER BY 1");
+    const auto deben = partes();
+    std::vector<std::string> lista;
+    for (int i = 0; i < r.filas(); ++i) {
+        const auto debe = std::ranges::find(deben, r.texto(i, 0), &Parte::nombre);
+        if (debe != deben.end() && debe->clase != r.texto(i, 1))
+            lista.push_back(avisoDeIntruso(r.texto(i, 1), "telvane." + r.texto(i, 0)));
+    }
+    return lista;
+}
+
 // Whether the view is the one that this program makes: the server writes out what it keeps of each, and does
 // so alike. Who may make nothing there cannot ask. In a transaction.
 bool AlmacenPostgres::vistaEsLaNuestra() {
@@ -797,11 +814,12 @@ std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
     base_.ejecutar("BEGIN; " + condiciones());
     std::vector<std::string> lista;
     try {
+        lista = intrusos();
         const auto deben = tablasDebidas();
         const auto hay = tablas();
         // What only bears another name is not lost.
         const bool conOtroNombre = !devolverNombres(deben, hay, kDialecto.prefijo).empty();
-        for (const auto& falta : faltasDe(deben, hay)) {
+        for (const auto& falta : lista.empty() ? faltasDe(deben, hay) : std::vector<Falta>()) {
             lista.push_back(
                 fmt::format("{}: {}", textoDe(falta), conOtroNombre ? kReponer : remedioAqui(falta)));
         }
@@ -927,6 +945,8 @@ void AlmacenPostgres::reponerVersion() {
 
 void AlmacenPostgres::reponer() {
     Transaccion transaccion(*this, Modo::arreglo);
+    if (const auto ajenos = intrusos(); !ajenos.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}", nombre(), ajenos.front()));
     if (base_.consultar("SELECT to_regclass('telvane.estaciones') IS NOT NULL").logico(0, 0))
         base_.ejecutar(std::string(kBloqueo));
     reponerTablas();

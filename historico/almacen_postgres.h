@@ -90,6 +90,7 @@ class AlmacenPostgres final : public Almacen {
     static std::vector<Parte> partes();
     // Views and indexes.
     std::vector<Parte> partesPorReponer();
+    std::vector<std::string> intrusos();
     static Tablas tablasDebidas();
     Tablas tablas();
     void leerClaves(Tablas& tablas);

@@ -761,8 +761,24 @@ std::string_view remedioAqui(const Falta& falta) {
 
 }  // namespace
 
-std::vector<std::string> AlmacenSqlite::partesQueFaltan() {
+// A view by a table's name, and the like.
+std::vector<std::string> AlmacenSqlite::intrusos() const {
     std::vector<std::string> lista;
+    const auto deben = temporal()->partes();
+    for (const auto& una : partes()) {
+        const auto debe = std::ranges::find(deben, una.nombre, &Parte::nombre);
+        if (debe == deben.end() || debe->clase == una.clase || una.clase == "trigger") continue;
+        lista.push_back(avisoDeIntruso(una.clase == "view"    ? "VIEW"
+                                       : una.clase == "index" ? "INDEX"
+                                                              : "TABLE",
+                                       una.nombre));
+    }
+    return lista;
+}
+
+std::vector<std::string> AlmacenSqlite::partesQueFaltan() {
+    auto lista = intrusos();
+    if (!lista.empty()) return lista;
     const auto hay = tablas();
     const auto deben = tablasDebidas();
     // What only bears another name is not lost.
@@ -909,6 +925,8 @@ void AlmacenSqlite::reponerValores() {
 
 void AlmacenSqlite::reponer() {
     Transaccion transaccion(*this, Modo::arreglo);
+    if (const auto ajenos = intrusos(); !ajenos.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}", nombre(), ajenos.front()));
     reponerTablas();
     reponerValores();
     for (const auto& parte : partesPorReponer()) {

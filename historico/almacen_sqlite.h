@@ -104,6 +104,7 @@ class AlmacenSqlite final : public Almacen {
     std::vector<Parte> partesPorReponer() const;
     Tablas tablas() const;
     Tablas tablasDebidas() const;
+    std::vector<std::string> intrusos() const;
     std::vector<std::string> objetosAjenos(const Tablas& deben) const;
     void reponerTablas();
     void hacerDeNuevo(const Tabla& tabla, const std::string& sql);

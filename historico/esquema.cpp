@@ -243,6 +243,11 @@ std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay) {
     return sobras;
 }
 
+std::string avisoDeIntruso(std::string_view clase, std::string_view nombre) {
+    return fmt::format("lo que se llama {1} no es de este programa: quítelo con DROP {0} {1}, y haga rehacer",
+                       clase, nombre);
+}
+
 bool seObtiene(std::string_view tabla) {
     // The tables themselves tell of which version they are.
     return tabla == "muestras" || tabla == "testigos" || tabla == "esquema";

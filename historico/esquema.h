@@ -56,6 +56,9 @@ std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay,
 // The columns that nobody asked for, and the keys.
 std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay);
 
+// Something else stands where a part of ours must; clase: as its DROP calls it.
+std::string avisoDeIntruso(std::string_view clase, std::string_view nombre);
+
 // What is told again, by the images as a rule: a whole table, or a column of one.
 bool seObtiene(std::string_view tabla);
 bool seObtiene(std::string_view tabla, std::string_view columna);

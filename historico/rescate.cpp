@@ -376,8 +376,9 @@ bool Rescate::pierde(IdEstacion estacion) const {
 }
 
 Rescate::Lineas Rescate::reponer() {
-    guardarContenidos();
+    // These ask for bytes where they stand until the contents are moved.
     guardarFichas();
+    guardarContenidos();
     return guardarEstaciones();
 }
 

@@ -63,6 +63,8 @@ BaseSqlite::BaseSqlite(const std::filesystem::path& ruta, Acceso acceso, std::ch
         base_,
         [](void* esta, int vez) { return static_cast<BaseSqlite*>(esta)->seguirEsperando(vez) ? 1 : 0; },
         this);
+    // Whoever hung some on our tables hung them there for himself: they may take away what is kept.
+    sqlite3_db_config(base_, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     // Who may only read is shut out once the last writer has taken these files away.
     int quedan = 1;
     sqlite3_file_control(base_, "main", SQLITE_FCNTL_PERSIST_WAL, &quedan);

@@ -182,6 +182,45 @@ TEST_P(Danos, WhatIsLeftOfAStationJoinsTheOneThatWasMadeAfterIt) {
     EXPECT_THAT(todo.begin()->second, testing::StartsWith("2 60 "));
 }
 
+TEST_P(Danos, ContentsAloneJoinTheStationThatWasMadeAfterThem) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    sql("DELETE FROM imagenes; DELETE FROM estaciones");
+    ASSERT_EQ(correr(originales.front().orden).codigo, 0);
+    EXPECT_EQ(correr({"rehacer"}).codigo, 0);
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    exigirImagenesMenos({});
+    EXPECT_THAT(valores(todoLoQueHay()), testing::UnorderedElementsAreArray(valores(antes)));
+}
+
+TEST_P(Danos, WhatStandsInTheWayOfATableOrAViewIsNamed) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    struct Caso {
+        std::string cambio;
+        std::string remedio;
+    };
+    for (const auto& [cambio, remedio] :
+         std::vector<Caso>{{"DROP VIEW lecturas; DROP TABLE testigos; CREATE VIEW testigos AS SELECT 1 AS a",
+                            "VIEW testigos"},
+                           {"DROP VIEW lecturas; CREATE TABLE lecturas(a integer)", "TABLE lecturas"},
+                           {"DROP INDEX imagenes_por_reloj; CREATE TABLE imagenes_por_reloj(a integer)",
+                            "TABLE imagenes_por_reloj"}}) {
+        sql(cambio);
+        const auto nombre = (esArchivo() ? "" : "telvane.") + remedio.substr(remedio.find(' ') + 1);
+        const auto dicho = "lo que se llama " + nombre + " no es de este programa: quítelo con DROP " +
+                           remedio.substr(0, remedio.find(' ') + 1) + nombre + ", y haga rehacer\n";
+        EXPECT_EQ(correr({"comprobar"}).salida, dicho);
+        const auto r = correr({"rehacer"});
+        EXPECT_EQ(r.codigo, 1) << cambio;
+        EXPECT_THAT(r.errores, testing::EndsWith(dicho));
+        sql("DROP " + remedio);
+        EXPECT_EQ(correr({"rehacer"}).errores, "") << cambio;
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n") << cambio;
+        EXPECT_EQ(todoLoQueHay(), antes) << cambio;
+    }
+}
+
 // As the manual tells.
 TEST_P(Danos, WhatIsLeftOfAnotherLoggerOfThatNumberStaysApartUnderANewName) {
     ImagenPrueba otro;

@@ -718,6 +718,11 @@ TEST_F(Ordenes, WhatHangsOnTheTablesAndIsNotOursIsNamed) {
               "muestras tiene un disparador que no es de este programa, borrar: quítelo con DROP TRIGGER "
               "borrar",
               "DROP TRIGGER borrar"},
+             // Whatever it does, it does not do it here.
+             {"CREATE TRIGGER borrar AFTER INSERT ON muestras BEGIN DELETE FROM contenidos; END",
+              "muestras tiene un disparador que no es de este programa, borrar: quítelo con DROP TRIGGER "
+              "borrar",
+              "DROP TRIGGER borrar"},
              {"CREATE UNIQUE INDEX solo ON testigos(hora) WHERE ranura=1",
               "testigos tiene un índice que no es de este programa, solo: quítelo con DROP INDEX solo",
               "DROP INDEX solo"},
