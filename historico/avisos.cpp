@@ -115,7 +115,10 @@ Texto relojIncorrecto(const Observada& o) {
     // What came last has no time of its own.
     const auto reloj = relojDe(o.estacion.resumen.cabecera);
     if (!reloj) return fmt::format("el reloj de su imagen no es una fecha: {}", kRemedio);
-    const seconds delante = reloj->time_since_epoch() - o.estacion.resumen.incorporada.time_since_epoch();
+    const auto cuando = o.estacion.resumen.incorporada;
+    // Nobody knows any more when it came.
+    if (cuando == kPrimeraIncorporada) return std::nullopt;
+    const seconds delante = reloj->time_since_epoch() - cuando.time_since_epoch();
     if (delante <= limites::kRelojFuturo) return std::nullopt;
     return fmt::format("el reloj de su imagen está en el futuro ({}): {}", isoDe(*reloj), kRemedio);
 }

@@ -143,6 +143,12 @@ TEST_P(Avisos, AClockThatIsNoDateOrLiesInTheFuture) {
     EXPECT_FALSE(dichos(11).contains(otra)) << "what came since has a time of its own";
 }
 
+TEST_P(Avisos, AClockIsNotInTheFutureOfATimeThatIsLost) {
+    Archivo(*almacen).incorporar(memoria(una, 10).bytes(), {}, {"prueba", kPrimeraIncorporada});
+    EXPECT_EQ(dichos(10)[una].size(), 1U);
+    EXPECT_TRUE(dichos(10)[una].contains("silencio"));
+}
+
 // A clock that began anew makes every image older than those before it.
 TEST_P(Avisos, AClockThatBeganAnewIsHeardOfAllTheSame) {
     noches(una, 1, 9);
