@@ -30,6 +30,14 @@ namespace telvane {
 
 namespace {
 
+constexpr std::string_view kLecturaAMedias =
+    "el registrador dejó de contestar: su configuración no llegó entera, impórtela otra vez";
+constexpr std::string_view kSerieAMedias =
+    "el registrador dejó de contestar: el número no le llegó entero, escríbalo otra vez";
+constexpr std::string_view kEscrituraAMedias =
+    "el registrador dejó de contestar: la configuración no le llegó entera, impórtela y mire qué guarda";
+constexpr std::string_view kLecturaVieja =
+    "el registrador dejó de contestar: la lectura que se ve es la última que llegó";
 constexpr std::string_view kIntercambioEnCurso = "hay un intercambio en curso: espere a que termine";
 
 }  // namespace
@@ -63,8 +71,11 @@ struct Inicio::Partes {
     bool cedeElTurno() const;
     // Whether what the user does to this control would make the form show something else than is being sent.
     bool seEnvia(const Control& control) const;
+    // queQuedo: what is told of it where the logger falls silent in the middle; nothing where the operator
+    // sees it stand still.
     template <class Operacion>
-    void alRecibir(MSComm& canal, Operacion& operacion);
+    void alRecibir(MSComm& canal, Operacion& operacion, std::string_view queQuedo);
+    void vigilarSilencio(MSComm& canal, std::string_view queQuedo);
 
     Entorno entorno;
     Inicio& formas;
@@ -77,6 +88,7 @@ struct Inicio::Partes {
     EstadoDatos datos;
     Enlace enlace;
     Vigilia vigilia;
+    Bucle::Asidero silencio;
 
     Edicion edicion;
     LecturaConfig lectura;
@@ -134,6 +146,7 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
 }
 
 Tarea<> Inicio::Partes::enTurno(Tarea<> tarea) {
+    silencio.reset();
     const Turno::Operacion operacion(turno);
     co_await tarea;
 }
@@ -155,22 +168,37 @@ bool Inicio::Partes::seEnvia(const Control& control) const {
 }
 
 template <class Operacion>
-void Inicio::Partes::alRecibir(MSComm& canal, Operacion& operacion) {
-    canal.alComunicar = [this, &canal, &operacion] {
-        if (canal.CommEvent() == suceso::kRecibido) turno.vive();
+void Inicio::Partes::alRecibir(MSComm& canal, Operacion& operacion, std::string_view queQuedo) {
+    canal.alComunicar = [this, &canal, &operacion, queQuedo] {
+        const bool recibido = canal.CommEvent() == suceso::kRecibido;
+        if (recibido) turno.vive();
         operacion.alComunicar();
+        if (recibido) vigilarSilencio(canal, queQuedo);
     };
-    canal.alFallar = [this](const std::string& porQue) { forma.imprimir(porQue); };
+    canal.alFallar = [this](const std::string& porQue) {
+        silencio.reset();
+        forma.imprimir(porQue);
+    };
+}
+
+// The exchange itself waits for as long as it takes; the operator need not.
+void Inicio::Partes::vigilarSilencio(MSComm& canal, std::string_view queQuedo) {
+    silencio.reset();
+    if (queQuedo.empty() || !canal.PortOpen()) return;
+    silencio = entorno.bucle.alarma(kSilencio, [this, &canal, queQuedo] {
+        const bool parando = &canal == &canales.MSComm6 && !enLinea.enLinea();
+        if (canal.PortOpen() && !parando) forma.imprimir(std::string(queQuedo));
+    });
 }
 
 void Inicio::Partes::conectarCanales() {
     canales.MSComm1.alComunicar = [this] { alComunicarSonda(enlace); };
     canales.MSComm1.vigilarLinea(true);
-    alRecibir(canales.MSComm2, lectura);
-    alRecibir(canales.MSComm3, serie);
-    alRecibir(canales.MSComm4, descarga);
-    alRecibir(canales.MSComm5, escritura);
-    alRecibir(canales.MSComm6, enLinea);
+    alRecibir(canales.MSComm2, lectura, kLecturaAMedias);
+    alRecibir(canales.MSComm3, serie, kSerieAMedias);
+    alRecibir(canales.MSComm4, descarga, {});
+    alRecibir(canales.MSComm5, escritura, kEscrituraAMedias);
+    alRecibir(canales.MSComm6, enLinea, kLecturaVieja);
     turno.canalEnUso([this] {
         // Live data that was stopped waits for a last frame, which may be lost.
         return canales.MSComm2.PortOpen() || canales.MSComm3.PortOpen() || canales.MSComm4.PortOpen() ||

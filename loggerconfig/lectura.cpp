@@ -57,6 +57,9 @@ void LecturaConfig::mostrar(const PasoLectura& paso) {
             config_.digitosSerie = datos_.Nserie;
             config_.numeroSerie = numeroDeSerie(datos_.Nserie);
             forma.Label4.caption = lineaSerie(datos_.Nserie);
+            // Where this reading breaks off, the interval of the one before is sent to nobody: it may be
+            // another logger's.
+            config_.intervaloCodigo = 0;
             break;
         case HitoLectura::texto:
             forma.camposTexto()[static_cast<std::size_t>(*paso.campo)]->text = datos_[*paso.campo];

@@ -27,7 +27,8 @@ Rejilla::Rejilla(int baudios)
                                                  linea == "el puerto no acepta más datos" ||
                                                  linea.starts_with("se cortó la conexión con 127.") ||
                                                  linea.find(" rechaza la conexión") != std::string::npos;
-                            (perdida ? perdidas : impresas).push_back(linea);
+                            const bool silencio = linea.starts_with("el registrador dejó de contestar: ");
+                            (perdida ? perdidas : silencio ? silencios : impresas).push_back(linea);
                         }});
 }
 
@@ -45,6 +46,7 @@ void Rejilla::enReposo() {
     dialogos.olvidar();
     impresas.clear();
     perdidas.clear();
+    silencios.clear();
     puertos.olvidarTrafico(1);
     corridas.otra();
     ASSERT_FALSE(abierto());
@@ -97,6 +99,8 @@ void Rejilla::esperar(const Fin& fin) const {
     }
     EXPECT_EQ(abierto(), fin.pantalla.abierto);
     EXPECT_LE(perdidas.size(), 1u) << "a port that goes away is told once";
+    EXPECT_LE(silencios.size(), fin.pantalla.abierto ? 1U : 0U)
+        << "only an exchange that stands still is silent";
     EXPECT_TRUE(fallos.empty()) << fallos.front();
     EXPECT_TRUE(terminaciones.empty());
 }
@@ -108,6 +112,7 @@ void Rejilla::reponer() {
     dialogos.olvidar();
     impresas.clear();
     perdidas.clear();
+    silencios.clear();
 }
 
 void Rejilla::lecturaLimpia() {

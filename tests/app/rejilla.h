@@ -67,7 +67,8 @@ class Rejilla : public Banco {
 
     // Lines printed since the run began.
     std::vector<std::string> impresas;
-    std::vector<std::string> perdidas;  // the same, of a port that went away
+    std::vector<std::string> perdidas;   // the same, of a port that went away
+    std::vector<std::string> silencios;  // the same, of a logger that fell silent in the middle
     CuentaDeCorridas corridas;
     // Waits put before each live frame, so that frames take time on a line that has none.
     bool conRitmo = false;

@@ -492,5 +492,84 @@ TEST_F(TurnoDe, ANumberThatNobodyAnsweredDoesNotNameTheNextBaseFile) {
     EXPECT_EQ(base.substr(0, 9), "02080050_");
 }
 
+// ---- An exchange waits for as long as the logger takes; the operator is told after five seconds.
+
+constexpr const char* kCalla = "el registrador dejó de contestar: ";
+
+class Callado : public TurnoDeLinea {
+   protected:
+    std::vector<std::string> dichas() const {
+        auto todas = lineas();
+        std::erase_if(todas, [](const std::string& linea) { return !linea.starts_with(kCalla); });
+        return todas;
+    }
+};
+
+TEST_F(Callado, AReadingThatStandsStillIsToldOnce) {
+    conectar();
+    detenerTras(Intercambio::lectura, 50);
+    pulsar(forma.configuracion);
+    pasar(7s);
+    EXPECT_TRUE(dichas().empty());
+    pasar(60s);
+    EXPECT_EQ(dichas(), (std::vector<std::string>{std::string(kCalla) +
+                                                  "su configuración no llegó entera, impórtela otra vez"}));
+}
+
+TEST_F(Callado, AWriteThatStandsStillDoesNotLookLikeOneThatArrived) {
+    conectar();
+    pulsar(forma.Command2);
+    inicio.cambiar(forma.Text2, "Ana");
+    detenerTras(Intercambio::escritura, 50);
+    dialogos.responderSiempre(Boton::aceptar);
+    pulsar(forma.Command3);
+    pasar(20s);
+    EXPECT_EQ(dichas(), (std::vector<std::string>{std::string(kCalla) +
+                                                  "la configuración no le llegó entera, impórtela y mire qué "
+                                                  "guarda"}));
+}
+
+TEST_F(Callado, ASerialNumberThatStandsStillIsTold) {
+    conectar();
+    detenerTras(Intercambio::serie, 3);
+    forma.Text10.text = "12345678";
+    intro();
+    pasar(20s);
+    EXPECT_EQ(dichas(), (std::vector<std::string>{std::string(kCalla) +
+                                                  "el número no le llegó entero, escríbalo otra vez"}));
+}
+
+TEST_F(Callado, AReadingThatIsNoLongerLiveIsNotTakenForOne) {
+    conectar();
+    pulsar(forma.Command4);
+    pasar(30s);
+    EXPECT_TRUE(dichas().empty());
+    detenerTras(Intercambio::reposo, 0);
+    pasar(10s);
+    EXPECT_EQ(dichas(), (std::vector<std::string>{std::string(kCalla) +
+                                                  "la lectura que se ve es la última que llegó"}));
+    pulsar(forma.Command4);
+    pasar(20s);
+    EXPECT_EQ(dichas().size(), 1U);
+}
+
+TEST_F(Callado, TheIntervalOfTheLoggerBeforeIsSentToNobody) {
+    conectar();
+    detenerTras(Intercambio::lectura, 60);
+    pulsar(forma.configuracion);
+    pasar(20s);
+    puertos.manipular(1, {});
+    puertos.reponer(1);
+    pulsar(forma.Command2);
+    dialogos.olvidar();
+    dialogos.responderSiempre(Boton::aceptar);
+    puertos.olvidarTrafico(1);
+    pulsar(forma.Command3);
+    pasar(20s);
+    EXPECT_EQ(dialogos.mensajes().size(), 2U);
+    EXPECT_EQ(dialogos.textos().back(), "Falta el intervalo de muestreo: elija uno");
+    EXPECT_TRUE(puertos.escritos(1).empty());
+}
+
 }  // namespace
 }  // namespace telvane
