@@ -10,7 +10,7 @@ namespace telvane {
 
 EstacionGuardada Almacen::crearEstacion(const std::string& nombre, const std::string& serie,
                                         bool evaporacion) {
-    const EstacionGuardada estacion{
+    EstacionGuardada estacion{
         .id = idLibre(), .nombre = nombre, .serie = serie, .evaporacion = evaporacion, .resumen = {}};
     agregarEstacion(estacion);
     return estacion;

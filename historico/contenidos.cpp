@@ -76,9 +76,9 @@ std::vector<Contenido> Contenidos::leerSanos(const std::function<void()>& alAvan
         esperadas_.insert(eslabon.huella);
     }
     std::vector<Contenido> pendientes;
-    for (auto& eslabon : enOrdenDeCadena(std::move(eslabones))) {
+    for (const auto& eslabon : enOrdenDeCadena(std::move(eslabones))) {
         alAvanzar();
-        Contenido contenido{.guardado = std::move(eslabon)};
+        Contenido contenido{.guardado = eslabon};
         try {
             const auto& guardado = contenido.guardado;
             contenido.serie = serieDe(imagenesDe(guardado.estacion).bytes(guardado.huella));

@@ -123,7 +123,7 @@ std::string Rescate::serieDe(const Grupo& grupo) const {
                std::pair(otra.second, esNombreDe(nombre, otra.first));
     };
     if (!votos.empty()) return std::ranges::max_element(votos, valeMas)->first;
-    const auto principio = nombre.substr(0, kSerieDesconocida.size());
+    auto principio = nombre.substr(0, kSerieDesconocida.size());
     if (esSerie(principio) && esNombreDe(nombre, principio)) return principio;
     return grupo.fila && esSerie(grupo.fila->serie) ? grupo.fila->serie : std::string(kSerieDesconocida);
 }
@@ -131,7 +131,8 @@ std::string Rescate::serieDe(const Grupo& grupo) const {
 // A station that was made anew while its old images were without one.
 void Rescate::fundirHuerfanas() {
     bool alguna = false;
-    for (const auto& [id, huerfana] : grupos_) {
+    for (const auto& grupo : grupos_) {
+        const auto& huerfana = grupo.second;
         if (huerfana.fila) continue;
         const auto suya = std::ranges::find_if(grupos_, [&](const auto& otra) {
             return otra.second.fila && otra.second.serie == huerfana.serie &&
@@ -427,7 +428,8 @@ void Rescate::guardarFichas() {
         if (!pieza.seLee) continue;
         if (ficha != nullptr && ficha->estacion == pieza.estacion && ficha->ficha.huella == pieza.huella)
             continue;
-        auto& nueva = nuevas.emplace_back(pieza.estacion, ficha != nullptr ? ficha->ficha : FichaImagen{});
+        auto& nueva = nuevas.emplace_back(Almacen::FichaGuardada{
+            .estacion = pieza.estacion, .ficha = ficha != nullptr ? ficha->ficha : FichaImagen{}});
         // What else it says of itself is noted with its samples.
         nueva.ficha.huella = pieza.huella;
         if (ficha == nullptr) nueva.ficha.bytes = contenidos_.bytes(pieza.huella).size();
