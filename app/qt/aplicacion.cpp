@@ -3,10 +3,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 
 #include <QLibraryInfo>
 #include <QLocale>
 
+#include "app/qt/estilo.h"
 #include "platform/motivos.h"
 #include "ui/qt/letras.h"
 
@@ -34,7 +36,7 @@ bool hayPantalla() {
 
 void prepararQt() {
     qInstallMessageHandler(alHablarQt);
-    QApplication::setStyle(QStringLiteral("fusion"));
+    QApplication::setStyle(std::make_unique<Estilo>().release());
     QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
     // Some desktops would load a second toolkit into the process for its dialogs alone. Fonts and icons come
     // without.

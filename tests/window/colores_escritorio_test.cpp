@@ -1,30 +1,16 @@
 // The dark colours can be read, and without a bus nothing happens.
 #include "app/qt/colores_escritorio.h"
 
-#include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include <QApplication>
 #include <gtest/gtest.h>
 
 #include "app/qt/paleta_oscura.h"
+#include "tests/window/contraste.h"
 
 namespace telvane {
 namespace {
-
-double lineal(double canal) {
-    return canal <= 0.04045 ? canal / 12.92 : std::pow((canal + 0.055) / 1.055, 2.4);
-}
-
-double luminancia(const QColor& color) {
-    return 0.2126 * lineal(color.redF()) + 0.7152 * lineal(color.greenF()) + 0.0722 * lineal(color.blueF());
-}
-
-double contraste(const QColor& uno, const QColor& otro) {
-    const auto [menor, mayor] = std::minmax({luminancia(uno), luminancia(otro)});
-    return (mayor + 0.05) / (menor + 0.05);
-}
 
 struct Pareja {
     const char* que;
