@@ -97,6 +97,7 @@ std::size_t leerTuberia(Consola& consola, std::span<std::uint8_t> destino) {
 
 void convertirUna(ContextoCli& contexto, const TrabajoDeConversion& trabajo, const Par& par) {
     const SalidaConsola salida(par.salida, reglaDeTabla());
+    if (salida.estandar()) contexto.consola.exigirSalida();
     Conversor conversor;
     const auto bytes = esEntradaEstandar(par.entrada) ? leerTuberia(contexto.consola, conversor.destino())
                                                       : leerArchivo(par.entrada, conversor.destino());

@@ -123,6 +123,7 @@ std::vector<std::string> remedios(const std::vector<FichaPuerto>& fichas, const 
 }
 
 void mostrarPuertos(ContextoCli& contexto, bool json) {
+    contexto.consola.exigirSalida();
     const auto mapa = leerMapa(contexto.entorno, contexto.com);
     auto lista = Json::lista();
     std::string texto;

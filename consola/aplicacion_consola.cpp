@@ -18,7 +18,10 @@ void leerLinea(const ProgramaConsola& programa, Consola& consola, const std::vec
     const auto leida = linea.leer(argumentos);
     if (leida.que == LineaLeida::Que::malUso) throw ErrorCli(CodigoSalida::malUso, leida.texto);
     if (leida.que == LineaLeida::Que::terminar) {
-        elegida = [&consola, texto = leida.texto] { consola.resultado(texto); };
+        elegida = [&consola, texto = leida.texto] {
+            consola.exigirSalida();
+            consola.resultado(texto);
+        };
     }
 }
 

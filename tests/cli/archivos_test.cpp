@@ -462,12 +462,18 @@ TEST_F(Archivos, AnOutputThatWasClosedIsToldBeforeTheLoggerHearsAnything) {
              {"descargar", "--base", "-"},
              {"descargar", "--base", base, "--csv", "-"},
              {"buscar"},
+             {"puertos"},
+             {"--help"},
+             {"--version"},
+             {"convertir", "--help"},
+             {"convertir", "no.rgt", "-"},
              {"configuracion"},
              {"en-linea", "--cuenta", "1"},
              {"serie", "02080051"},
              {"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"}}) {
         SCOPED_TRACE(orden.front());
-        esperarRehusado(correr(orden), CodigoSalida::fallo, "no se pudo escribir en la salida: está cerrada");
+        esperarRehusado(correr(orden), CodigoSalida::fallo,
+                        "está cerrada. Ábrala, por ejemplo con >archivo, y repita");
     }
     EXPECT_THAT(nombresEn(carpeta.ruta()), IsEmpty());
     // What is to stand in a file needs no output.
