@@ -136,6 +136,7 @@ void Marcador::juzgarSalto(Juzgada& juzgada) const {
 void Marcador::juzgarFijo(const Juzgada& juzgada) {
     const auto& medidas = juzgada.observacion.medidas;
     const auto posicion = primera_ + juzgadas_;
+    const auto valores = valoresDe(medidas);
     const auto viento = enMillonesimas(medidas.velViento, Canal::velViento);
     for (auto& detenido : detenidos_) {
         if (huecoDesdeVecina_) detenido.fijo.cortar();
@@ -143,8 +144,9 @@ void Marcador::juzgarFijo(const Juzgada& juzgada) {
             detenido.fijo.cortar();
             continue;
         }
-        const auto hallado = detenido.fijo.agregar(posicion, juzgada.observacion.instante,
-                                                   valorDe(medidas, detenido.canal) * detenido.escala);
+        const auto hallado =
+            detenido.fijo.agregar(posicion, juzgada.observacion.instante,
+                                  valores[static_cast<std::size_t>(detenido.canal)] * detenido.escala);
         if (!hallado) continue;
         // What has come out already was known to stand still when it did.
         for (auto p = std::max(hallado->desde, primera_); p <= hallado->hasta; ++p) {

@@ -34,9 +34,6 @@ constexpr std::array<std::int32_t, kCanales> valoresDe(const Medidas& m) {
     return {m.humedad,  m.temperatura, m.dirViento, m.velViento,
             m.radSolar, m.presion,     m.lluvia,    m.evaporacion};
 }
-constexpr std::int32_t valorDe(const Medidas& m, Canal canal) {
-    return valoresDe(m)[static_cast<std::size_t>(canal)];
-}
 
 enum class Marca : std::uint8_t {
     rango,  // no such weather

@@ -40,15 +40,8 @@ class Tablero {
     }
     void muestra(BytesMuestraConst registro, const Marcas& marcas) {
         ++muestras_;
-        const auto lista = marcas.lista();
-        std::string columna;
-        for (const auto& marca : lista) {
-            if (redaccion_ == Redaccion::objeto) {
-                columna += (columna.empty() ? "\"" : ",\"") + marca + '"';
-            } else {
-                columna += (columna.empty() ? "" : " ") + marca;
-            }
-        }
+        // Most have none.
+        const auto columna = marcas.ninguna() ? std::string() : columnaDe(marcas);
         char* p = lugar(kObjetoMaximo + columna.size() + 2 * kColumnaDeMas);
         if (redaccion_ == Redaccion::objeto) {
             p = escribirMiembros(p, registro, evaporacion_);
@@ -70,6 +63,12 @@ class Tablero {
    private:
     static constexpr std::size_t kColumnaDeMas = 16;
 
+    std::string columnaDe(const Marcas& marcas) const {
+        if (redaccion_ != Redaccion::objeto) return marcas.texto();
+        std::string columna;
+        for (const auto& marca : marcas.lista()) columna += (columna.empty() ? "\"" : ",\"") + marca + '"';
+        return columna;
+    }
     char* lugar(std::size_t cuanto) {
         if (usado_ + cuanto > trozo_.size()) soltar();
         return trozo_.data() + usado_;
