@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <span>
 
 #include <fmt/format.h>
 
@@ -25,14 +26,19 @@ constexpr std::string_view kAhiHayUnaBase =
     "ahí está lo que parece un archivo base; quítelo de ahí, o dé otro nombre";
 constexpr std::string_view kProcesado = "El archivo se proceso con exito";
 
-// Whole blocks that no text has, whatever the file's name: those of a logger, for all that anybody can tell.
+// It begins with the eight digits of a serial number, or with an erased one, and no text goes on like this:
+// for all that anybody can tell a logger's, whole or not. The spreadsheets' own formats begin otherwise.
 bool pareceImagen(const std::filesystem::path& ruta) {
-    std::error_code error;
-    const auto largo = std::filesystem::file_size(ruta, error);
-    if (error || largo == 0 || largo > kBytesMemoria || largo % kBytesBloque != 0) return false;
+    constexpr std::size_t kSerie = 4;
+    const auto deCifras = [](std::uint8_t b) { return (b & 0x0F) <= 9 && b >> 4 <= 9; };
+    const auto borrado = [](std::uint8_t b) { return b == 0xFF; };
     const auto noEsTexto = [](std::uint8_t b) { return b < ' ' && b != '\t' && b != '\r' && b != '\n'; };
     try {
-        return std::ranges::any_of(leerArchivo(ruta, kBytesMemoria), noEsTexto);
+        const auto bytes = leerArchivo(ruta, kBytesMemoria);
+        if (bytes.size() < kSerie) return false;
+        const auto serie = std::span(bytes).first(kSerie);
+        return (std::ranges::all_of(serie, deCifras) || std::ranges::all_of(serie, borrado)) &&
+               std::ranges::any_of(bytes, noEsTexto);
     } catch (const ErrorLectura&) {
         return false;  // may be written and not read: nobody can tell
     }

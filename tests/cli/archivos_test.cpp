@@ -150,7 +150,7 @@ TEST_F(Archivos, ATableNeverTakesTheNameOfABaseFile) {
 
 TEST_F(Archivos, ATableTakesNoMemorysPlaceWhateverItsName) {
     const auto a = poner("a.rgt", imagen()).string();
-    for (const auto largo : {std::size_t{64}, std::size_t{6400}, kBytesMemoria}) {
+    for (const auto largo : {std::size_t{64}, std::size_t{6400}, std::size_t{100'000}, kBytesMemoria}) {
         const auto otra = poner("estacion", imagen().substr(0, largo));
         const auto r = correr({"convertir", a, otra.string()});
         EXPECT_EQ(r.codigo, CodigoSalida::malUso);
@@ -160,6 +160,13 @@ TEST_F(Archivos, ATableTakesNoMemorysPlaceWhateverItsName) {
                             CodigoSalida::malUso, "ahí está lo que parece un archivo base");
         }
         EXPECT_TRUE(leerTodo(otra) == imagen().substr(0, largo));
+    }
+    EXPECT_EQ(correr({"convertir", a, poner("larga", imagen() + imagen()).string()}).codigo,
+              CodigoSalida::malUso);
+    // What a spreadsheet program made of an earlier table is a table.
+    for (const std::string comienzo : {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", "PK\x03\x04"}) {
+        const auto hoja = poner("hoja.xls", comienzo + std::string(512 - comienzo.size(), '\0'));
+        EXPECT_EQ(correr({"convertir", a, hoja.string()}).codigo, CodigoSalida::hecho);
     }
     // A text of a memory's length is a text.
     const auto tabla = poner("tabla", std::string(kBytesMemoria, 'x'));
