@@ -68,10 +68,15 @@ void tomarNota(ResumenEstacion& resumen, const ImagenNueva& imagen,
     resumen.incorporada = std::max(resumen.incorporada, ficha.incorporada);
 }
 
-// In the order of the clocks that the images have, not of those that are kept beside them.
+// As the images tell, whatever was kept beside them, and in the order of their clocks. All of them before the
+// first is taken in: whether one is partial matters to the others.
 std::vector<FichaImagen> fichasDeNuevo(Almacen& almacen, IdEstacion estacion, Imagenes& imagenes) {
     auto fichas = almacen.fichas(estacion);
-    for (auto& ficha : fichas) ficha.reloj = relojDe(imagenes.bytes(ficha.huella));
+    for (auto& ficha : fichas) {
+        ficha =
+            ImagenNueva(imagenes.bytes(ficha.huella), ficha.huella, ficha.incorporada, ficha.origen).ficha;
+        almacen.corregirFicha(estacion, ficha);
+    }
     std::ranges::sort(fichas, [](const auto& a, const auto& b) { return b.esMasNuevaQue(a); });
     return fichas;
 }
@@ -261,7 +266,6 @@ void Archivo::rehacerUna(const std::string& nombre, const std::function<void()>&
     estacion->resumen = {};
     Imagenes imagenes(almacen_, estacion->id);
     std::vector<FichaImagen> anteriores;
-    // By their own clocks, whatever was kept of them.
     for (const auto& ficha : fichasDeNuevo(almacen_, estacion->id, imagenes)) {
         alAvanzar();
         const auto bytes = imagenes.bytes(ficha.huella);
@@ -272,7 +276,6 @@ void Archivo::rehacerUna(const std::string& nombre, const std::function<void()>&
         // They come in order: the one before is the newest so far.
         const auto masNueva = anteriores.empty() ? std::nullopt : std::optional(anteriores.back());
         tomarNota(estacion->resumen, imagen, masNueva);
-        almacen_.corregirFicha(estacion->id, imagen.ficha);
         anteriores.push_back(imagen.ficha);
     }
     // Also where what stands there reads the same.

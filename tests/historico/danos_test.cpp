@@ -270,6 +270,22 @@ TEST_P(Danos, OfTwoThatMeetEachIsPutRight) {
     EXPECT_EQ(todoLoQueHay(), antes);
 }
 
+TEST_P(Danos, WhatIsNotedOfTheImagesIsPutRightAtOnce) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    const std::string sies = esArchivo() ? "1" : "true";
+    for (const auto& nota : std::vector<std::string>{
+             "bytes=12", "bytes=262144", "muestras=7", "desde=NULL,hasta=NULL", "reloj=NULL", "retrocesos=3",
+             "contenida=" + sies, "bytes=1,muestras=1,contenida=" + sies}) {
+        SCOPED_TRACE(nota);
+        sql("UPDATE imagenes SET " + nota);
+        EXPECT_EQ(correr({"comprobar"}).codigo, 1);
+        EXPECT_EQ(correr({"rehacer"}).errores, "");
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+        EXPECT_EQ(todoLoQueHay(), antes);
+    }
+}
+
 // One change, in both stores.
 struct Cambio {
     std::string tabla;
