@@ -52,6 +52,7 @@ void CuentaCanal::agregar(const CuentaCanal& otra) {
         maximoMarcado = otra.maximoMarcado;
     }
     suma += otra.suma;
+    valoresMarcados += otra.valoresMarcados;
     valores += otra.valores;
 }
 

@@ -55,17 +55,15 @@ struct CuentaCanal {
     Instante cuandoMinimo{};
     Instante cuandoMaximo{};
     std::int64_t suma = 0;
-    std::uint32_t valores = 0;  // that entered
+    std::uint32_t valores = 0;          // that entered
+    std::uint32_t valoresMarcados = 0;  // of them
     std::array<std::uint32_t, kMarcas> marcados{};
     bool minimoMarcado = false;
     bool maximoMarcado = false;
 
     std::uint32_t fueraDeRango() const { return marcados[static_cast<std::size_t>(Marca::rango)]; }
     // Whether values marked salto or fijo entered.
-    bool conMarcados() const {
-        return marcados[static_cast<std::size_t>(Marca::salto)] > 0 ||
-               marcados[static_cast<std::size_t>(Marca::fijo)] > 0;
-    }
+    bool conMarcados() const { return valoresMarcados > 0; }
     void agregar(std::int32_t valor, Instante cuando, bool marcado) {
         if (valores == 0 || valor < minimo) {
             minimo = valor;
@@ -79,6 +77,7 @@ struct CuentaCanal {
         }
         suma += valor;
         ++valores;
+        if (marcado) ++valoresMarcados;
     }
     void agregar(const CuentaCanal& otra);
 };

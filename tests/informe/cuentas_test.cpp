@@ -132,6 +132,17 @@ TEST(Cuentas, AnExtremeIsMarkedThatIsAJumpItself) {
     EXPECT_FALSE(c.minimoMarcado);
 }
 
+TEST(Cuentas, AJumpThatStaysOutForItsRangeMarksNoMean) {
+    auto todas = serie(100);
+    todas.back().medidas.temperatura = 900;
+    const auto informe = informeDe(todas);
+    const auto c = informe.estadistica.todo()[Canal::temperatura];
+    EXPECT_EQ(c.marcados[static_cast<std::size_t>(Marca::salto)], 1U);
+    EXPECT_EQ(c.fueraDeRango(), 1U);
+    EXPECT_EQ(c.valores, 99U);
+    EXPECT_FALSE(c.conMarcados());
+}
+
 TEST(Cuentas, OfEqualExtremesTheFirstCounts) {
     auto todas = serie(10);
     todas[3].medidas.temperatura = todas[7].medidas.temperatura = 250;
