@@ -48,10 +48,6 @@ void completar(CLI::Option& nueva, const OpcionDeLinea& opcion) {
     nueva.transform(CLI::Validator(tomar, ""));
 }
 
-std::string noHayOrden(const std::string& palabra) {
-    return fmt::format("no hay una orden \"{}\"", palabra);
-}
-
 std::shared_ptr<CLI::Formatter> formatoEspanol() {
     auto formato = std::make_shared<CLI::Formatter>();
     formato->label("Usage", "Uso");
@@ -226,10 +222,10 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
         std::reverse(alReves.begin(), alReves.end());
         app_->parse(std::move(alReves));
     } catch (const CLI::CallForHelp&) {
-        const auto sobran = app_->remaining(true);
-        if (faltaOrden() && !sobran.empty()) return malUso(argumentos, noHayOrden(sobran.front()));
+        if (const auto motivo = motivoSinOrden(); !motivo.empty()) return malUso(argumentos, motivo);
         return {Que::terminar, app_->help() + opcionesDeTodas()};
     } catch (const CLI::CallForVersion& version) {
+        if (const auto motivo = motivoSinOrden(); !motivo.empty()) return malUso(argumentos, motivo);
         return {Que::terminar, fmt::format("{}\n", version.what())};
     } catch (const CLI::ParseError& error) {
         return malUso(argumentos, motivoDeUso(error.get_exit_code(), error.what()));
@@ -253,14 +249,21 @@ bool Argumentos::faltaOrden() const {
     return !app_->get_subcommands({}).empty() && app_->get_subcommands().empty();
 }
 
+// Words where an order is missing; empty where there is one, or nothing at all.
+std::string Argumentos::motivoSinOrden() const {
+    const auto sobran = app_->remaining(true);
+    if (!faltaOrden() || sobran.empty()) return {};
+    if (!sobran.front().starts_with('-')) return fmt::format("no hay una orden \"{}\"", sobran.front());
+    return fmt::format("no se entiende \"{}\"", fmt::join(sobran, " "));
+}
+
 // The library's own texts are in English; those of our checks stand behind the option's name.
 std::string Argumentos::motivoDeUso(int codigo, const std::string& texto) const {
     const auto antesDe = [&](std::string_view marca) { return texto.substr(0, texto.find(marca)); };
     const auto sobran = app_->remaining(true);
     switch (static_cast<CLI::ExitCodes>(codigo)) {
         case CLI::ExitCodes::RequiredError:
-            if (faltaOrden() && !sobran.empty() && !sobran.front().starts_with('-'))
-                return noHayOrden(sobran.front());
+            if (const auto motivo = motivoSinOrden(); !motivo.empty()) return motivo;
             // What is missing may be what was misspelt.
             if (sobran.empty())
                 return faltaOrden() ? "falta la orden" : fmt::format("falta {}", antesDe(" "));

@@ -82,6 +82,7 @@ class Argumentos {
     std::string opcionesDeTodas() const;
     const CLI::App* ordenDe(const std::vector<std::string>& argumentos) const;
     bool faltaOrden() const;
+    std::string motivoSinOrden() const;
     LineaLeida malUso(const std::vector<std::string>& argumentos, const std::string& motivo) const;
     std::string motivoDeUso(int codigo, const std::string& texto) const;
 

@@ -52,6 +52,9 @@ TEST_F(ArgumentosDeLinea, AWrongOneIsToldWithTheHelpThatNamesIt) {
     linea.orden("buscar", "");
     EXPECT_EQ(linea.leer({"--com", "buscar", "nada"}).texto, "no hay una orden \"nada\"\n(programa --help)");
     EXPECT_EQ(linea.leer({"nada", "--help"}).texto, "no hay una orden \"nada\"\n(programa --help)");
+    EXPECT_EQ(linea.leer({"nada", "--version"}).texto, "no hay una orden \"nada\"\n(programa --help)");
+    EXPECT_EQ(linea.leer({"--nada", "--help"}).texto, "no se entiende \"--nada\"\n(programa --help)");
+    EXPECT_EQ(linea.leer({"--version"}).que, LineaLeida::Que::terminar);
     EXPECT_EQ(linea.leer({"--com", "x", "buscar", "--nada"}).texto,
               "no se entiende \"--nada\"\n(programa buscar --help)");
 }
