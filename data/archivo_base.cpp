@@ -29,14 +29,13 @@ constexpr std::string_view kProcesado = "El archivo se proceso con exito";
 // It begins with the eight digits of a serial number, or with an erased one, and no text goes on like this:
 // for all that anybody can tell a logger's, whole or not. The spreadsheets' own formats begin otherwise.
 bool pareceImagen(const std::filesystem::path& ruta) {
-    constexpr std::size_t kSerie = 4;
     const auto deCifras = [](std::uint8_t b) { return (b & 0x0F) <= 9 && b >> 4 <= 9; };
     const auto borrado = [](std::uint8_t b) { return b == 0xFF; };
     const auto noEsTexto = [](std::uint8_t b) { return b < ' ' && b != '\t' && b != '\r' && b != '\n'; };
     try {
         const auto bytes = leerArchivo(ruta, kBytesMemoria);
-        if (bytes.size() < kSerie) return false;
-        const auto serie = std::span(bytes).first(kSerie);
+        if (bytes.size() < kBytesSerie) return false;
+        const auto serie = std::span(bytes).first(kBytesSerie);
         return (std::ranges::all_of(serie, deCifras) || std::ranges::all_of(serie, borrado)) &&
                std::ranges::any_of(bytes, noEsTexto);
     } catch (const ErrorLectura&) {

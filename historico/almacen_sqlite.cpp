@@ -72,6 +72,10 @@ BytesMuestra registroEn(const Sentencia& s, int desde, Instante instante) {
     return registroDe(instante, canales);
 }
 
+void correrCon(Sentencia& s, const EstacionGuardada& e) {
+    s.poner(1, e.id).poner(2, e.nombre).poner(3, e.serie).poner(4, std::int64_t{e.evaporacion}).correr();
+}
+
 EstacionGuardada estacionEn(const Sentencia& s) {
     EstacionGuardada e{.id = s.entero(0),
                        .nombre = s.texto(1),
@@ -355,12 +359,7 @@ std::optional<EstacionGuardada> AlmacenSqlite::estacion(const std::string& nombr
 }
 
 void AlmacenSqlite::agregarEstacion(const EstacionGuardada& e) {
-    sentencia("INSERT INTO estaciones(id,nombre,serie,evaporacion) VALUES(?1,?2,?3,?4)")
-        .poner(1, e.id)
-        .poner(2, e.nombre)
-        .poner(3, e.serie)
-        .poner(4, std::int64_t{e.evaporacion})
-        .correr();
+    correrCon(sentencia("INSERT INTO estaciones(id,nombre,serie,evaporacion) VALUES(?1,?2,?3,?4)"), e);
 }
 void AlmacenSqlite::quitarEstacion(IdEstacion estacion) {
     sentencia("DELETE FROM estaciones WHERE id=?1").poner(1, estacion).correr();
@@ -659,12 +658,7 @@ void AlmacenSqlite::vaciarDerivado(IdEstacion estacion) {
 }
 
 void AlmacenSqlite::corregirEstacion(const EstacionGuardada& e) {
-    sentencia("UPDATE estaciones SET nombre=?2,serie=?3,evaporacion=?4 WHERE id=?1")
-        .poner(1, e.id)
-        .poner(2, e.nombre)
-        .poner(3, e.serie)
-        .poner(4, std::int64_t{e.evaporacion})
-        .correr();
+    correrCon(sentencia("UPDATE estaciones SET nombre=?2,serie=?3,evaporacion=?4 WHERE id=?1"), e);
 }
 
 void AlmacenSqlite::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
