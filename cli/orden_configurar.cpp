@@ -119,9 +119,7 @@ void revisarTextos(const OpcionesConfigurar& opciones) {
                   fmt::format("{}: caben {} caracteres: acorte el texto", kCampos[i].opcion, kAnchos[i]));
         exigirUso(sinControles(texto) == texto,
                   fmt::format("{}: hay un carácter de control o mal escrito", kCampos[i].opcion));
-        const auto bytes = cp1252DeUtf8(texto);
-        exigirUso(utf8DeCp1252({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}) == texto,
-                  fmt::format("{}: hay un carácter que el registrador no tiene", kCampos[i].opcion));
+        exigirUso(loTieneElRegistrador(texto), fmt::format("{}: {}", kCampos[i].opcion, kCaracterAjeno));
     }
 }
 

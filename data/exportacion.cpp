@@ -7,6 +7,7 @@
 #include "data/informe.h"
 #include "platform/cp1252.h"
 #include "platform/guardado.h"
+#include "platform/texto_visible.h"
 #include "ui/textos.h"
 
 namespace telvane {
@@ -35,7 +36,7 @@ Tarea<> Exportacion::generargt() {
     if (co_await guardar(std::move(peticion), forma.RichTextBox1.text(), recuento)) {
         const auto abrir = co_await preguntar(enlace_.dialogos, Mensaje(kAbrir, Botones::siNo));
         if (abrir == Boton::si) {
-            enlace_.dialogos.abrirDocumento(guardado_, [&forma, archivo = guardado_.filename().string()] {
+            enlace_.dialogos.abrirDocumento(guardado_, [&forma, archivo = nombreVisible(guardado_)] {
                 forma.imprimir("no se pudo abrir " + archivo);
             });
         }

@@ -42,6 +42,11 @@ std::array<char, 2> digitosBcd(std::uint8_t byte) {
     return {static_cast<char>('0' + (byte >> 4)), static_cast<char>('0' + (byte & 0x0F))};
 }
 
+bool loTieneElRegistrador(std::string_view texto) {
+    const auto bytes = cp1252DeUtf8(texto);
+    return utf8DeCp1252({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}) == texto;
+}
+
 std::string anioQueNoCabe(int anio) {
     return fmt::format("el reloj del registrador no admite el año {}: ponga uno de {} a {}", anio,
                        kPrimerAnioReloj, kUltimoAnioReloj);

@@ -33,6 +33,11 @@ inline constexpr std::size_t kCabecera = 432;  // header of the memory image: th
 enum class CampoTexto : std::uint8_t { usuario, ubicacion, latitud, longitud, altitud };
 inline constexpr std::array<int, 5> kAnchos = {30, 35, 15, 15, 5};
 
+// Whether the logger can hold every character of a UTF-8 text, one byte each. Any other would arrive as "?".
+bool loTieneElRegistrador(std::string_view texto);
+// Why a text with another one is not sent; after the name of its field.
+inline constexpr std::string_view kCaracterAjeno = "hay un carácter que el registrador no tiene: cámbielo";
+
 // Packed decimal. A byte becomes two characters, each nibble plus the code of "0": 0x9A gives "9:".
 std::array<char, 2> digitosBcd(std::uint8_t byte);
 // 0 to 99.

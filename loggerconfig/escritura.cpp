@@ -1,5 +1,7 @@
 #include "loggerconfig/escritura.h"
 
+#include <fmt/format.h>
+
 #include "link/siguiendo.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_escritura.h"
@@ -57,6 +59,11 @@ Tarea<bool> EscrituraConfig::sePuedeEnviar() {
         const auto porQue =
             fecha ? "Fecha incorrecta: " + anioQueNoCabe(fecha->anio) : std::string(kFechaIncorrecta);
         co_await enlace_.avisar(porQue);
+        co_return false;
+    }
+    for (const auto* campo : enlace_.forma.camposTexto()) {
+        if (loTieneElRegistrador(campo->text())) continue;
+        co_await enlace_.avisar(fmt::format("{}: {}", campo->nombreAccesible(), kCaracterAjeno));
         co_return false;
     }
     // No logger told one, its reading having broken off, and nobody chose one. Without a port nothing is sent

@@ -160,6 +160,29 @@ TEST_F(Escritura, AYearThatTheLoggersClockCannotHoldIsToldOnceAndStaysAsTyped) {
     }
 }
 
+TEST_F(Escritura, ACharacterThatTheLoggerLacksIsToldOnceWithItsFieldAndStaysAsTyped) {
+    conectar();
+    for (auto* campo : forma.camposTexto()) {
+        SCOPED_TRACE(campo->nombreAccesible());
+        dialogos.olvidar();
+        pulsar(forma.Command2);
+        inicio.cambiar(*campo, "a😀");
+        dialogos.responder(Boton::aceptar, kBorrara);
+        dialogos.responder(Boton::aceptar,
+                           fmt::format("{}: hay un carácter que el registrador no tiene: cámbielo",
+                                       campo->nombreAccesible()));
+        pulsar(forma.Command3);
+        EXPECT_EQ(dialogos.mensajes().size(), 2u);
+        fueraDeEdicion();
+        EXPECT_EQ(campo->text(), "a😀") << "not padded: nothing was sent";
+        EXPECT_TRUE(puertos.escritos(1).empty());
+        pulsar(forma.Command2);
+        inicio.cambiar(*campo, "a€");
+    }
+    enviar();
+    EXPECT_EQ(puertos.maquina(1).texto(CampoTexto::altitud), "   a€") << "of its characters it is one";
+}
+
 TEST_F(Escritura, TheFirstAndTheLastYearOfTheLoggersClockComeBackAsTheyWereSent) {
     conectar();
     for (const std::string fecha : {"01/01/2000", "31/12/2064"}) {

@@ -78,8 +78,9 @@ TEST_F(Exportar, YesOpensTheSavedFile) {
 TEST_F(Exportar, ADesktopThatCannotOpenTheFileIsTold) {
     conectar();
     dialogos.elEscritorioAbre(false);
-    descargarHasta(carpeta.ruta() / "datos.CSV", Boton::si);
-    EXPECT_EQ(forma.lineas().back(), "no se pudo abrir datos.CSV");
+    const auto ruta = carpeta.ruta() / "datos.CSV";
+    descargarHasta(ruta, Boton::si);
+    EXPECT_EQ(forma.lineas().back(), "no se pudo abrir " + ruta.string());
 }
 
 TEST_F(Exportar, ProposesTheLocationAndTheDateAndKeepsThePathOut) {
