@@ -22,6 +22,7 @@
 
 #include "app/qt/clases_de_archivo.h"
 #include "ui/qt/medida_pantalla.h"
+#include "ui/qt/tapada.h"
 #include "ui/qt/texto_qt.h"
 #include "ui/qt/ventana_inicio.h"
 #include "ui/textos.h"
@@ -124,9 +125,15 @@ class DialogoDeArchivo final : private ClasesDeArchivo, public QFileDialog {
 
     // Before the dialog looks whether the file exists already. One of the desktop's own has no such field.
     void accept() override {
+        if (tapada(*this)) return;
         auto* campo = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         if (campo != nullptr && acceptMode() == AcceptSave) campo->setText(nombreEntero(campo->text()));
         QFileDialog::accept();
+    }
+
+    // Not while it asks whether to replace a file: its own question would outlive it.
+    void reject() override {
+        if (!tapada(*this)) QFileDialog::reject();
     }
 
    protected:

@@ -1,9 +1,11 @@
 // Message boxes and file dialogs of the desktop: what they say, and what their answers mean.
 #include "app/qt/dialogos_qt.h"
 
+#include <algorithm>
 #include <fstream>
 #include <optional>
 
+#include <QAccessible>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
@@ -11,9 +13,11 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QScopeGuard>
 #include <QScreen>
 #include <QStandardPaths>
+#include <QTimer>
 #include <QTreeView>
 
 #include "app/qt/bucle_qt.h"
@@ -203,6 +207,62 @@ TEST_F(Cajas, APauseHoldsTheAnswerBack) {
     cerrada();
 }
 
+// Its owner may be asked by assistive technology, which neither mouse nor keyboard is.
+class Tapada : public Cajas {
+   protected:
+    Tapada() {
+        forma.mostrar();
+        QApplication::processEvents();
+    }
+
+    FormaInicio forma;
+    UsuarioPrueba hecho;
+    VentanaInicio ventana{forma, hecho.usuario()};
+};
+
+TEST_F(Tapada, BehindABoxNothingIsPressedMarkedOrWritten) {
+    auto* boton = dynamic_cast<QPushButton*>(ventana.widget(forma.Command13));
+    auto* opcion = dynamic_cast<QRadioButton*>(ventana.widget(forma.Option5));
+    auto* campo = dynamic_cast<QLineEdit*>(ventana.widget(forma.Text4));
+    auto* serie = dynamic_cast<QLineEdit*>(ventana.widget(forma.Text10));
+    std::string teclas;
+    forma.Text10.alTeclear = [&](int& tecla) { teclas += static_cast<char>(tecla); };
+    const auto hacerTodo = [&] {
+        boton->click();
+        opcion->click();
+        const auto escribir = [](QLineEdit& en, const QString& nuevo) {
+            auto* accesible = QAccessible::queryAccessibleInterface(&en);
+            accesible->editableTextInterface()->replaceText(0, static_cast<int>(en.text().size()), nuevo);
+        };
+        escribir(*campo, QStringLiteral("34 S"));
+        escribir(*serie, QStringLiteral("7"));
+        QApplication::processEvents();
+    };
+    auto& caja = preguntar(Mensaje("x"));
+    hacerTodo();
+    EXPECT_EQ(hecho.pulsados, Lista{});
+    EXPECT_EQ(hecho.cambiados, Lista{});
+    EXPECT_EQ(teclas, "");
+    EXPECT_FALSE(opcion->isChecked());
+    EXPECT_EQ(texto(campo->text()), "") << "what was not taken does not stay on show";
+    EXPECT_EQ(texto(serie->text()), "");
+    caja.buttons().front()->click();
+    EXPECT_EQ(respuesta, Boton::aceptar) << "the box itself is reached";
+    cerrada();
+    hacerTodo();
+    EXPECT_EQ(hecho.pulsados, (Lista{"Command13", "Option5"}));
+    EXPECT_EQ(hecho.cambiados, (Lista{"Text4=34 S", "Text10=7"}));
+    EXPECT_EQ(teclas, "7");
+}
+
+TEST_F(Tapada, ItsFrameEndsTheProgramAllTheSame) {
+    auto& caja = preguntar(Mensaje("x"));
+    ventana.close();
+    EXPECT_EQ(hecho.pulsados, Lista{"salir"});
+    caja.buttons().front()->click();
+    cerrada();
+}
+
 TEST_F(VentanaSuelta, TheFirstQuestionWaitsForTheWindow) {
     FormaInicio otra;
     VentanaInicio nueva(otra, hecho.usuario());
@@ -302,6 +362,29 @@ TEST_F(Archivos, AFoldersNameGoesIntoIt) {
     EXPECT_TRUE(elegido.empty());
     EXPECT_EQ(texto(dialogo.directory().path()), (carpeta.ruta() / "sub.dir").string());
     dialogo.reject();
+}
+
+TEST_F(Archivos, WhileItAsksWhetherToReplaceAFileItIsNeitherClosedNorAskedAgain) {
+    std::ofstream(carpeta.ruta() / "datos.CSV") << "viejo";
+    auto& dialogo = pedir(csv);
+    QTimer::singleShot(0, &dialogo, [&] {
+        const auto preguntas = [] {
+            return std::ranges::count_if(QApplication::topLevelWidgets(), [](const QWidget* ventana) {
+                return ventana->isVisible() && dynamic_cast<const QMessageBox*>(ventana) != nullptr;
+            });
+        };
+        ASSERT_EQ(preguntas(), 1);
+        QMetaObject::invokeMethod(&dialogo, "accept");
+        QMetaObject::invokeMethod(&dialogo, "reject");
+        EXPECT_EQ(preguntas(), 1);
+        EXPECT_TRUE(elegido.empty());
+        abierto<QMessageBox>()->reject();
+    });
+    escribirNombre(dialogo, "datos");
+    EXPECT_TRUE(elegido.empty()) << "the old file stays";
+    EXPECT_TRUE(dialogo.isVisible());
+    dialogo.reject();
+    EXPECT_EQ(elegido, std::vector<Ruta>{std::nullopt});
 }
 
 TEST_F(Archivos, CancellingChoosesNothing) {

@@ -18,6 +18,7 @@
 #include "ui/qt/boton_holgado.h"
 #include "ui/qt/campo_linea.h"
 #include "ui/qt/letras.h"
+#include "ui/qt/tapada.h"
 #include "ui/qt/texto_qt.h"
 #include "ui/qt/vista_lineas.h"
 
@@ -331,11 +332,30 @@ void Vinculo::aplicarTodo() {
     }
 }
 
-Vinculos::Vinculos(Formulario& forma, Usuario usuario) : usuario_(std::move(usuario)) {
+Vinculos::Vinculos(Formulario& forma, Usuario usuario)
+    : usuario_(std::move(usuario)), alAlcance_(soloAlAlcance()) {
     observacion_ =
         forma.observar({.alCambiar = [this](Control& control, Que que) { alCambiar(control, que); },
                         .alCambiarForma = {},
                         .alImprimir = {}});
+}
+
+// What a box stands before takes nothing from anybody. That a field was left is told all the same: the box
+// may be what made the keyboard leave it.
+Usuario Vinculos::soloAlAlcance() {
+    const auto alcance = [this](const Control& control) { return !tapada(*widget(control)); };
+    return {.pulsar =
+                [this, alcance](Control& control) {
+                    if (alcance(control)) usuario_.pulsar(control);
+                },
+            .cambiar =
+                [this, alcance](Control& control, const std::string& texto) {
+                    if (alcance(control)) usuario_.cambiar(control, texto);
+                },
+            .salirDe = usuario_.salirDe,
+            .teclear = [this, alcance](
+                           Control& control,
+                           int tecla) { return alcance(control) ? usuario_.teclear(control, tecla) : 0; }};
 }
 
 void Vinculos::alCambiar(const Control& control, Que que) {
@@ -389,28 +409,29 @@ std::unique_ptr<Vinculo> Vinculos::vincular(Control& control, QWidget* padre) {
             auto* boton = new BotonHolgado(padre);
             // Enter presses the button that has the focus.
             boton->setAutoDefault(true);
-            return std::make_unique<VinculoBoton<QPushButton>>(control, usuario_, *boton);
+            return std::make_unique<VinculoBoton<QPushButton>>(control, alAlcance_, *boton);
         }
         case Clase::opcion:
-            return std::make_unique<VinculoBoton<QRadioButton>>(control, usuario_, *new QRadioButton(padre));
+            return std::make_unique<VinculoBoton<QRadioButton>>(control, alAlcance_,
+                                                                *new QRadioButton(padre));
         case Clase::casilla:
-            return std::make_unique<VinculoBoton<QCheckBox>>(control, usuario_, *new QCheckBox(padre));
+            return std::make_unique<VinculoBoton<QCheckBox>>(control, alAlcance_, *new QCheckBox(padre));
         case Clase::texto:
         case Clase::mascara:
-            return std::make_unique<VinculoCampo>(control, usuario_, *new CampoLinea(padre));
+            return std::make_unique<VinculoCampo>(control, alAlcance_, *new CampoLinea(padre));
         case Clase::textoLargo: {
             auto* vista = new VistaLineas(padre, kFilasTextoLargo);
             vista->setFont(letraDeColumnas());
-            return std::make_unique<VinculoTextoLargo>(control, usuario_, *vista);
+            return std::make_unique<VinculoTextoLargo>(control, alAlcance_, *vista);
         }
         case Clase::progreso:
-            return std::make_unique<VinculoProgreso>(control, usuario_, *new QProgressBar(padre));
+            return std::make_unique<VinculoProgreso>(control, alAlcance_, *new QProgressBar(padre));
         case Clase::linea:
-            return std::make_unique<VinculoAdorno>(control, usuario_, *new LineaFina(padre));
+            return std::make_unique<VinculoAdorno>(control, alAlcance_, *new LineaFina(padre));
         default: {
             auto* rotulo = new QLabel(padre);
             rotulo->setTextFormat(Qt::PlainText);
-            return std::make_unique<VinculoRotulo>(control, usuario_, *rotulo);
+            return std::make_unique<VinculoRotulo>(control, alAlcance_, *rotulo);
         }
     }
 }

@@ -51,15 +51,18 @@ class Vinculos {
     QWidget* crear(Control& control, QWidget* padre);
     // nullptr if none was made.
     QWidget* widget(const Control& control) const;
+    // For what a window does by itself, as when its frame closes it.
     const Usuario& usuario() const { return usuario_; }
 
    private:
+    Usuario soloAlAlcance();
     std::unique_ptr<Vinculo> vincular(Control& control, QWidget* padre);
     void alCambiar(const Control& control, Que que);
     void apartarFoco(QWidget& widget);
     void devolverFoco(QWidget& widget);
 
     Usuario usuario_;
+    Usuario alAlcance_;
     std::unordered_map<const Control*, std::unique_ptr<Vinculo>> vinculos_;
     // The widget that had the focus when it was closed, and the one that has it for that long.
     QPointer<QWidget> apartado_;
