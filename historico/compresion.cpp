@@ -37,7 +37,7 @@ std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes, std::sp
     exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_compressionLevel,
                                   base.empty() ? kEsfuerzoSola : kEsfuerzo));
     exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_windowLog, kVentana));
-    exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_checksumFlag, 0));
+    exigir(ZSTD_CCtx_setParameter(contexto.get(), ZSTD_c_checksumFlag, 1));
     if (!base.empty()) exigir(ZSTD_CCtx_refPrefix(contexto.get(), base.data(), base.size()));
     // Room for what cannot be packed; a night touches a page of it.
     const auto cabe = ZSTD_compressBound(bytes.size());
@@ -45,6 +45,13 @@ std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes, std::sp
     const auto largo = ZSTD_compress2(contexto.get(), datos.get(), cabe, bytes.data(), bytes.size());
     exigir(largo);
     return {datos.get(), datos.get() + largo};
+}
+
+bool conSuma(std::span<const std::uint8_t> datos) {
+    // The frame header's descriptor and its flag (RFC 8878, 3.1.1.1.1).
+    constexpr std::size_t kDescriptor = 4;
+    constexpr unsigned kSuma = 1U << 2;
+    return datos.size() > kDescriptor && (datos[kDescriptor] & kSuma) != 0;
 }
 
 std::size_t largoDe(std::span<const std::uint8_t> datos) {

@@ -22,6 +22,10 @@ class ErrorCompresion : public std::runtime_error {
 std::vector<std::uint8_t> comprimir(std::span<const std::uint8_t> bytes,
                                     std::span<const std::uint8_t> base = {});
 
+// Whether they carry a checksum of what was packed, which every unpacking compares. Those of older versions
+// carry none.
+bool conSuma(std::span<const std::uint8_t> datos);
+
 // How many bytes were packed, as what came of them says. Throws ErrorCompresion where it does not, or where
 // they are more than an image has.
 std::size_t largoDe(std::span<const std::uint8_t> datos);

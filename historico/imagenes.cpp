@@ -13,7 +13,7 @@ ImagenDanada::ImagenDanada(const Huella& huella, const std::string& motivo)
                               textoDe(huella), motivo)),
       motivo_(motivo) {}
 
-const Imagenes::Abierta* Imagenes::buscar(const Huella& huella) {
+Imagenes::Abierta* Imagenes::buscar(const Huella& huella) {
     const auto lugar = std::find_if(abiertas_.begin(), abiertas_.end(),
                                     [&](const Abierta& a) { return a.huella == huella; });
     if (lugar == abiertas_.end()) return nullptr;
@@ -21,20 +21,20 @@ const Imagenes::Abierta* Imagenes::buscar(const Huella& huella) {
     return &abiertas_.front();
 }
 
-const Imagenes::Abierta& Imagenes::recordar(Abierta abierta) {
+Imagenes::Abierta& Imagenes::recordar(Abierta abierta) {
     constexpr std::size_t kAbiertas = 4;
     abiertas_.push_front(std::move(abierta));
     if (abiertas_.size() > kAbiertas) abiertas_.pop_back();
     return abiertas_.front();
 }
 
-const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
+Imagenes::Abierta& Imagenes::abrir(const Huella& huella) {
     const auto danada = [&](const std::string& que) { return ImagenDanada(huella, que); };
     // Down to one that stands alone or is at hand, and up again. As a rule the base is at hand; where it is
     // not, all that is below it is needed.
     constexpr std::size_t kDeUnaVez = 64;
     Almacen::Cadena pila;
-    const Abierta* abierta = nullptr;
+    Abierta* abierta = nullptr;
     std::set<Huella> vistas;
     for (auto cual = huella; (abierta = buscar(cual)) == nullptr;) {
         auto tramo = almacen_.cadena(estacion_, cual, pila.empty() ? 1 : kDeUnaVez);
@@ -55,15 +55,28 @@ const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
             descompresor_.abrir(guardada.datos, base, *bytes);
             // What is kept of the depth only follows from the chain.
             const int profundidad = guardada.base ? abierta->profundidad + 1 : 0;
-            abierta = &recordar({.huella = cual, .bytes = std::move(bytes), .profundidad = profundidad});
+            abierta = &recordar({.huella = cual,
+                                 .bytes = std::move(bytes),
+                                 .profundidad = profundidad,
+                                 .conSuma = conSuma(guardada.datos)});
         } catch (const ErrorCompresion& error) {
             throw danada(error.what());
         }
     }
-    // Of a chain the last one tells: it is whole where all of them are.
-    if (!abierta->comprobada && huellaDe(*abierta->bytes) != huella) throw danada("su SHA-256 no es el suyo");
-    abiertas_.front().comprobada = true;
-    return *abierta->bytes;
+    return *abierta;
+}
+
+// Of a chain the last one tells: it is whole where all of them are.
+void Imagenes::comprobar(Abierta& abierta) {
+    if (!abierta.comprobada && huellaDe(*abierta.bytes) != abierta.huella)
+        throw ImagenDanada(abierta.huella, "su SHA-256 no es el suyo");
+    abierta.comprobada = true;
+}
+
+const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
+    auto& abierta = abrir(huella);
+    comprobar(abierta);
+    return *abierta.bytes;
 }
 
 const std::vector<std::uint8_t>* Imagenes::siSeLee(const Huella& huella) {
@@ -75,7 +88,13 @@ const std::vector<std::uint8_t>* Imagenes::siSeLee(const Huella& huella) {
 }
 
 std::shared_ptr<const std::vector<std::uint8_t>> Imagenes::compartida(const Huella& huella) {
-    return siSeLee(huella) == nullptr ? nullptr : abiertas_.front().bytes;
+    try {
+        auto& abierta = abrir(huella);
+        if (!abierta.conSuma) comprobar(abierta);
+        return abierta.bytes;
+    } catch (const ErrorImagen&) {
+        return nullptr;
+    }
 }
 
 }  // namespace telvane

@@ -23,6 +23,8 @@ struct Tramo {
     Candidata* candidata;
     Instante desde;
     Instante hasta;
+    // Samples there, where they have been counted.
+    std::int64_t muestras = 0;
 };
 
 class Recorrido {
@@ -38,12 +40,14 @@ class Recorrido {
     }
 
     void correr(Instante desde, Instante hasta) {
-        const auto plan = planear();
+        auto plan = planear();
         if (sonTodas(plan)) {
             for (const auto& tramo : plan) {
-                const auto primero = std::max(desde, tramo.desde);
-                const auto ultimo = std::min(hasta, tramo.hasta);
-                if (primero <= ultimo && !contar({tramo.candidata, primero, ultimo})) leer(primero, ultimo);
+                const Tramo parte{tramo.candidata, std::max(desde, tramo.desde),
+                                  std::min(hasta, tramo.hasta)};
+                if (parte.desde > parte.hasta) continue;
+                const bool entero = parte.desde == tramo.desde && parte.hasta == tramo.hasta;
+                if (!(entero ? contarEntero(tramo) : contar(parte))) leer(parte.desde, parte.hasta);
             }
         } else {
             while (desde <= hasta) desde = avanzar(desde, hasta) + kUnPaso;
@@ -65,19 +69,15 @@ class Recorrido {
     }
 
     // Whether they are, together, as many samples as there are. Then no row needs to be looked at.
-    bool sonTodas(const std::vector<Tramo>& plan) {
+    bool sonTodas(std::vector<Tramo>& plan) {
         if (estacion_.resumen.conflictos > 0) return false;
         std::int64_t muestras = 0;
-        for (const auto& tramo : plan) {
+        for (auto& tramo : plan) {
             const auto& ficha = tramo.candidata->ficha;
-            if (*ficha.desde >= tramo.desde) {
-                muestras += ficha.muestras;
-            } else {
-                muestras += muestrasEn(tramo);
-            }
+            tramo.muestras = *ficha.desde >= tramo.desde ? ficha.muestras : muestrasEn(tramo);
+            muestras += tramo.muestras;
         }
-        seguras_ = muestras == estacion_.resumen.muestras;
-        return seguras_;
+        return muestras == estacion_.resumen.muestras;
     }
 
     // Tells the rows from a moment on; gives the moment up to which they are told.
@@ -127,15 +127,20 @@ class Recorrido {
     }
 
     // Tells the image if it holds all that there is; whether it does.
-    bool contar(const Tramo& tramo) {
-        if (!seguras_) {
-            const auto suyas = muestrasEn(tramo);
-            if (suyas == 0 || suyas != almacen_.contarFilas(estacion_.id, tramo.desde, tramo.hasta))
-                return false;
-        }
+    bool contar(Tramo tramo) {
+        tramo.muestras = muestrasEn(tramo);
+        return tramo.muestras > 0 &&
+               tramo.muestras == almacen_.contarFilas(estacion_.id, tramo.desde, tramo.hasta) &&
+               contarEntero(tramo);
+    }
+
+    // The same of samples that have been counted. Another image's would not be as many there.
+    bool contarEntero(const Tramo& tramo) {
         const auto imagen = imagenes_.compartida(tramo.candidata->ficha.huella);
         if (!imagen) return false;
-        alRecorrer_.tramo({imagen, tramo.desde, tramo.hasta});
+        const TramoImagen suyo(imagen, tramo.desde, tramo.hasta);
+        if (suyo.cuantas() != static_cast<std::size_t>(tramo.muestras)) return false;
+        alRecorrer_.tramo(suyo);
         return true;
     }
 
@@ -148,7 +153,6 @@ class Recorrido {
     Imagenes imagenes_;
     const AlRecorrer& alRecorrer_;
     std::vector<Candidata> candidatas_;
-    bool seguras_ = false;
 };
 
 }  // namespace

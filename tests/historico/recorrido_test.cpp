@@ -96,30 +96,120 @@ TEST_P(Recorrido, WithoutSamplesNothingIsTold) {
     EXPECT_EQ(contadasPorImagenes(), 0);
 }
 
-TEST(RecorridoDeUnArchivo, GoesPastADamagedImage) {
-    const CarpetaTemporal carpeta;
-    {
-        const auto almacen = AlmacenSqlite::abrirParaEscribir(carpeta / "h.sqlite", true, {});
+using Datos = std::vector<std::uint8_t>;
+
+// Three images in a file, and what is kept of them changed behind the archive's back.
+class RecorridoDeUnArchivo : public testing::Test {
+   protected:
+    void SetUp() override {
+        const auto almacen = AlmacenSqlite::abrirParaEscribir(ruta, true, {});
         for (int i = 0; i < 3; ++i) {
             Archivo(*almacen).incorporar(ImagenPrueba().serie(0, i * 1000, 100).bytes(), {},
                                          {"prueba", Incorporada(std::chrono::seconds(1))});
         }
     }
-    sqlite3* base = nullptr;
-    ASSERT_EQ(sqlite3_open((carpeta / "h.sqlite").c_str(), &base), SQLITE_OK);
-    ASSERT_EQ(
-        sqlite3_exec(base, "UPDATE contenidos SET datos=x'00' WHERE rowid=2", nullptr, nullptr, nullptr),
-        SQLITE_OK);
-    sqlite3_close(base);
-    const auto almacen = AlmacenSqlite::abrirParaLeer(carpeta / "h.sqlite", {});
-    int filas = 0;
-    recorrerFilas(*almacen, almacen->estacion("02080050").value(), kPrimerMomento, kUltimoMomento,
-                  {.tramo = [&](const TramoImagen& tramo) { tramo.recorrer([&](auto) { ++filas; }); },
-                   .fila = [&](const Fila&) { ++filas; }});
-    EXPECT_EQ(filas, 300);
+    Datos contenido(int cual) const {
+        Datos datos;
+        conSentencia("SELECT datos FROM contenidos WHERE rowid=?2", [&](sqlite3_stmt* s) {
+            sqlite3_bind_int(s, 2, cual);
+            EXPECT_EQ(sqlite3_step(s), SQLITE_ROW);
+            const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_column_blob(s, 0));
+            datos.assign(bytes, bytes + sqlite3_column_bytes(s, 0));
+        });
+        return datos;
+    }
+    void cambiar(int cual, const Datos& datos) const {
+        conSentencia("UPDATE contenidos SET datos=?1 WHERE rowid=?2", [&](sqlite3_stmt* s) {
+            sqlite3_bind_blob(s, 1, datos.data(), static_cast<int>(datos.size()), SQLITE_STATIC);
+            sqlite3_bind_int(s, 2, cual);
+            EXPECT_EQ(sqlite3_step(s), SQLITE_DONE);
+        });
+    }
+    // What is told, and by how many images.
+    std::pair<std::vector<Fila>, int> recorrer() const {
+        const auto almacen = AlmacenSqlite::abrirParaLeer(ruta, {});
+        std::pair<std::vector<Fila>, int> todo;
+        recorrerFilas(*almacen, almacen->estacion("02080050").value(), kPrimerMomento, kUltimoMomento,
+                      {.tramo =
+                           [&](const TramoImagen& tramo) {
+                               ++todo.second;
+                               tramo.recorrer([&](BytesMuestraConst registro) {
+                                   todo.first.push_back({instanteDe(registro), copiaDe(registro)});
+                               });
+                           },
+                       .fila = [&](const Fila& f) { todo.first.push_back(f); }});
+        return todo;
+    }
+    static bool iguales(const std::vector<Fila>& unas, const std::vector<Fila>& otras) {
+        return std::ranges::equal(unas, otras, std::mem_fn(&Fila::esLaMisma));
+    }
+
+    // No other one is packed upon it.
+    static constexpr int kUltima = 3;
+    const CarpetaTemporal carpeta;
+    const std::filesystem::path ruta = carpeta / "h.sqlite";
+
+   private:
+    template <typename Con>
+    void conSentencia(const char* sql, Con con) const {
+        sqlite3* base = nullptr;
+        ASSERT_EQ(sqlite3_open(ruta.c_str(), &base), SQLITE_OK);
+        sqlite3_stmt* s = nullptr;
+        EXPECT_EQ(sqlite3_prepare_v2(base, sql, -1, &s, nullptr), SQLITE_OK);
+        con(s);
+        sqlite3_finalize(s);
+        sqlite3_close(base);
+    }
+};
+
+TEST_F(RecorridoDeUnArchivo, GoesPastADamagedImage) {
+    const auto [filas, deImagenes] = recorrer();
+    ASSERT_EQ(filas.size(), 300U);
+    ASSERT_EQ(deImagenes, 3);
+    const auto sano = contenido(kUltima);
+    for (std::size_t i = 0; i < sano.size(); ++i) {
+        auto danado = sano;
+        danado[i] ^= 1;
+        cambiar(kUltima, danado);
+        const auto [suyas, imagenes] = recorrer();
+        EXPECT_TRUE(iguales(suyas, filas)) << "byte " << i << " of " << sano.size();
+    }
+    cambiar(kUltima, {0});
+    const auto [suyas, imagenes] = recorrer();
+    EXPECT_TRUE(iguales(suyas, filas));
+    EXPECT_EQ(imagenes, 2);
 }
 
-TEST(RecorridoDeUnArchivo, OfAChainTheEndTellsOfADamageBelow) {
+TEST_F(RecorridoDeUnArchivo, TellsNothingOfAnotherImageInTheRightOnesPlace) {
+    const auto [filas, deImagenes] = recorrer();
+    cambiar(kUltima, comprimir(ImagenPrueba().serie(0, 7000, 100).bytes()));
+    const auto [suyas, imagenes] = recorrer();
+    EXPECT_TRUE(iguales(suyas, filas));
+    EXPECT_EQ(imagenes, 2);
+}
+
+TEST_F(RecorridoDeUnArchivo, ReadsAnImageThatWasPackedWithoutAChecksumAndFindsItsDamage) {
+    const auto [filas, deImagenes] = recorrer();
+    // Without its checksum, as earlier versions packed them.
+    constexpr std::size_t kDescriptor = 4;
+    constexpr std::size_t kBytesSuma = 4;
+    auto datos = contenido(1);
+    ASSERT_TRUE(conSuma(datos));
+    datos[kDescriptor] ^= 4;
+    datos.resize(datos.size() - kBytesSuma);
+    ASSERT_FALSE(conSuma(datos));
+    cambiar(1, datos);
+    EXPECT_EQ(recorrer().second, 3);
+    for (std::size_t i = 0; i < datos.size(); ++i) {
+        auto danado = datos;
+        danado[i] ^= 1;
+        cambiar(1, danado);
+        const auto [suyas, imagenes] = recorrer();
+        EXPECT_TRUE(iguales(suyas, filas)) << "byte " << i << " of " << datos.size();
+    }
+}
+
+TEST(ImagenesDeUnArchivo, OfAChainTheEndTellsOfADamageBelow) {
     const CarpetaTemporal carpeta;
     const auto hecha = [&] {
         const auto almacen = AlmacenSqlite::abrirParaEscribir(carpeta / "h.sqlite", true, {});
