@@ -259,9 +259,14 @@ class Lector {
     }
 
     void ponerNombreDeArchivo() {
+        // What the names of its units and files add to it fits into what systemd and a folder take.
+        constexpr std::size_t kMasLargo = 200;
         ajustes_.nombre = archivo_.stem().string();
-        if (!soloDeNombre(ajustes_.nombre))
-            falta("el nombre de la estación es el del archivo, de letras sin tilde, cifras, - y _: cámbielo");
+        if (ajustes_.nombre.size() > kMasLargo || !soloDeNombre(ajustes_.nombre))
+            falta(
+                fmt::format("el nombre de la estación es el del archivo, de letras sin tilde, cifras, - y _, "
+                            "{} como mucho: cámbielo",
+                            kMasLargo));
     }
 
     void tomarLinea(std::string_view texto) {

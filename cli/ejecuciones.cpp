@@ -99,7 +99,8 @@ std::optional<std::map<std::string, Ejecuciones>> ejecucionesDe(const Systemctl&
     if (unidades.empty()) return todas;
     std::vector<std::string> argumentos = {
         "show", "--timestamp=unix",
-        "--property=Id,ActiveState,NextElapseUSecRealtime,ExecMainStartTimestamp,Result,ExecMainStatus"};
+        "--property=Id,ActiveState,NextElapseUSecRealtime,ExecMainStartTimestamp,Result,ExecMainCode,"
+        "ExecMainStatus"};
     for (const auto& unidad : unidades) {
         argumentos.push_back(unidad + ".timer");
         argumentos.push_back(unidad + ".service");
@@ -118,6 +119,9 @@ std::optional<std::map<std::string, Ejecuciones>> ejecucionesDe(const Systemctl&
             suya.ultima = momento(propiedad(s->second, "ExecMainStartTimestamp"));
             suya.resultado = propiedad(s->second, "Result");
             suya.codigo = numeroDe<int>(propiedad(s->second, "ExecMainStatus")).value_or(0);
+            // CLD_KILLED, CLD_DUMPED
+            const auto final = propiedad(s->second, "ExecMainCode");
+            suya.porSenal = final == "2" || final == "3";
         }
     }
     return todas;

@@ -19,7 +19,8 @@ struct Ejecuciones {
     std::optional<std::chrono::sys_seconds> ultima;  // when the last one began
     std::optional<std::chrono::sys_seconds> proxima;
     std::string resultado;  // of the last one, in systemd's words: "success", "exit-code", ...
-    int codigo = 0;         // its exit status
+    int codigo = 0;         // its exit status, or the signal that ended it
+    bool porSenal = false;
 };
 
 // unidades: without ".timer" and ".service". Of one that systemd does not know all is empty. nullopt: nobody

@@ -56,6 +56,13 @@ std::string sinContrasena(std::string destino) {
     return destino;
 }
 
+// NAME_2026-11-21_021913.rgt
+bool esImagenDe(const AjustesDescarga& ajustes, const std::string& archivo) {
+    constexpr std::string_view kMomento = "_AAAA-MM-DD_HHMMSS.rgt";
+    return archivo.size() == ajustes.nombre.size() + kMomento.size() &&
+           archivo.starts_with(ajustes.nombre + "_2") && archivo.ends_with(".rgt");
+}
+
 // The moment is in the name: of one station the last name is the newest.
 std::string ultimaImagen(const AjustesDescarga& ajustes) {
     std::string ultima;
@@ -63,8 +70,7 @@ std::string ultimaImagen(const AjustesDescarga& ajustes) {
     fs::directory_iterator lugar(carpetaDe(ajustes), sinMotivo);
     for (; !sinMotivo && lugar != fs::directory_iterator(); lugar.increment(sinMotivo)) {
         const auto nombre = lugar->path().filename().string();
-        if (nombre.starts_with(ajustes.nombre + "_2") && nombre.ends_with(".rgt"))
-            ultima = std::max(ultima, nombre);
+        if (esImagenDe(ajustes, nombre)) ultima = std::max(ultima, nombre);
     }
     return ultima;
 }
@@ -151,14 +157,19 @@ Json objeto(const Estacion& estacion) {
     return json;
 }
 
-std::string comoFue(const Ejecuciones& e) {
+std::string comoFue(const Estacion& estacion) {
+    const auto& e = *estacion.ejecuciones;
     if (e.enMarcha)
         return fmt::format(", en marcha desde {}", e.ultima ? utcIso(*e.ultima) : "hace un momento");
-    if (!e.ultima) return ", ninguna vez todavía";
+    // systemd forgets a run that went well when no timer waits for the next one, and any run when the machine
+    // starts.
+    if (!e.ultima) return estacion.ultimaImagen.empty() ? ", ninguna imagen todavía" : "";
     // "systemctl reset-failed" forgets that it failed, and not with which status.
     const bool bien = e.resultado == "success" && e.codigo == 0;
-    return fmt::format(", la última {} ({})", utcIso(*e.ultima),
-                       bien ? "bien" : fmt::format("falló, código {}", e.codigo));
+    const auto como = bien         ? std::string("bien")
+                      : e.porSenal ? fmt::format("interrumpida, señal {}", e.codigo)
+                                   : fmt::format("falló, código {}", e.codigo);
+    return fmt::format(", la última {} ({})", utcIso(*e.ultima), como);
 }
 
 std::string cuandoToca(const Estacion& estacion) {
@@ -172,7 +183,7 @@ std::string linea(const Estacion& estacion) {
     std::string texto = fmt::format("{}: COM{}", a.nombre, a.com.front());
     if (!a.serie.empty()) texto += fmt::format(", registrador {}", a.serie);
     if (!a.como.empty()) texto += fmt::format(", como {}", a.como);
-    if (estacion.ejecuciones) texto += comoFue(*estacion.ejecuciones) + cuandoToca(estacion);
+    if (estacion.ejecuciones) texto += comoFue(estacion) + cuandoToca(estacion);
     if (!estacion.ultimaImagen.empty()) texto += fmt::format(", última imagen {}", estacion.ultimaImagen);
     return sinControles(texto) + "\n";
 }

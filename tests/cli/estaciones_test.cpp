@@ -131,6 +131,9 @@ TEST_F(Estaciones, WhatCannotBeIsToldWithItsFileAndLine) {
     EXPECT_THAT(motivo("COM=\"1=/dev/a COM2=/dev/b\"\n"), HasSubstr("parece haber dos puertos"));
     EXPECT_THAT(motivo(kPuertoUsb, "finca norte.conf"),
                 HasSubstr("el nombre de la estación es el del archivo"));
+    // With telvane-correo@telvane-descarga-red@NAME.service.service around it, systemd takes no more.
+    EXPECT_EQ(motivo(kPuertoUsb, std::string(200, 'a') + ".conf"), "");
+    EXPECT_THAT(motivo(kPuertoUsb, std::string(201, 'a') + ".conf"), HasSubstr("200 como mucho: cámbielo"));
 }
 
 TEST_F(Estaciones, OptionsThatTheDownloadDoesNotUnderstandAreToldBeforeTheNight) {
@@ -279,7 +282,7 @@ TEST_F(Estaciones, SystemdTellsTheLastAndTheNextRun) {
         "enable --now telvane-descarga-red@b.timer\n"
         "c: COM1=/dev/ttyUSB0, en marcha desde 2026-11-20T02:17:03Z, apagada: sudo systemctl enable --now "
         "telvane-descarga@c.timer\n"
-        "d: COM1=/dev/ttyUSB0, ninguna vez todavía, apagada: sudo systemctl enable --now "
+        "d: COM1=/dev/ttyUSB0, ninguna imagen todavía, apagada: sudo systemctl enable --now "
         "telvane-descarga@d.timer\n");
     EXPECT_THAT(preguntado, testing::Contains("telvane-descarga-red@b.timer"));
     EXPECT_THAT(r.errores, IsEmpty());
@@ -289,6 +292,18 @@ TEST_F(Estaciones, SystemdTellsTheLastAndTheNextRun) {
     EXPECT_EQ(json[1]["encendida"], false);
     EXPECT_EQ(json[2]["en_marcha"], true);
     EXPECT_TRUE(json[3]["ultima"].is_null());
+}
+
+// It forgets a run that went well when no timer waits for the next one.
+TEST_F(Estaciones, ADownloadThatSystemdForgotIsNotSaidToBeMissing) {
+    poner("a.conf", kPuertoUsb + ("CARPETA=" + carpeta.ruta().string() + "\n"));
+    poner("a_2026-11-21_021913.rgt", "");
+    // Of another station in the same folder.
+    poner("a_2_2026-11-22_021913.rgt", "");
+    systemctl = [](const std::vector<std::string>&) { return std::optional<std::string>(""); };
+    EXPECT_EQ(listar().salida,
+              "a: COM1=/dev/ttyUSB0, apagada: sudo systemctl enable --now telvane-descarga@a.timer, última "
+              "imagen a_2026-11-21_021913.rgt\n");
 }
 
 // As systemd 252 writes it, whatever form was asked for.
@@ -347,6 +362,17 @@ TEST_F(Estaciones, ATimerWhoseFileIsGoneIsListedWithWhatToDo) {
     r = correr({"estaciones"});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho);
     EXPECT_THAT(r.salida, HasSubstr("a: ya no tiene archivo"));
+}
+
+// Whoever stopped it, or the machine's end, is no failure with a status that the manual explains.
+TEST_F(Estaciones, ADownloadThatASignalEndedIsToldAsThat) {
+    poner("a.conf", kPuertoUsb);
+    systemctl = [](const std::vector<std::string>&) {
+        return std::optional<std::string>(
+            "Result=signal\nExecMainStartTimestamp=@1795141023\nExecMainCode=2\nExecMainStatus=15\n"
+            "Id=telvane-descarga@a.service\nActiveState=failed\n");
+    };
+    EXPECT_THAT(listar().salida, HasSubstr("la última 2026-11-20T02:17:03Z (interrumpida, señal 15)"));
 }
 
 TEST_F(Estaciones, AFailureThatSystemdWasToldToForgetIsStillOne) {
