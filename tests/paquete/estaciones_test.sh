@@ -97,31 +97,39 @@ exec 8>&-
 wait "$segunda" || true
 ! grep -q 'es de otra descarga' "$raiz/errores" || fallar "de día no se espera al puerto: $(cat "$raiz/errores")"
 [ "$(find "$datos/norte" -name '*.rgt' | wc -l)" = 2 ] || fallar "la segunda no descargó: $(cat "$raiz/errores")"
-exec 8>"$datos/norte/.descarga.cerrojo"
+exec 8>"$datos/norte/.norte.cerrojo"
 flock 8
 descargar norte
-exec 8>&-
 espera 75 "estación en marcha" 'la descarga anterior de norte no ha terminado'
+# Two stations may share a folder, and neither takes the other's for its own.
+ajustar vecina "${comunes[@]}" "CARPETA=$datos/norte" "ARCHIVO=$datos/h.sqlite"
+descargar vecina 8>&-
+exec 8>&-
+espera 0 "dos estaciones en una carpeta"
+# A list that cannot be written is told of before a memory is read for nothing.
+ln -sf /dev/full "$datos/norte/.vecina.por_incorporar"
+descargar vecina
+espera 1 "disco lleno" "no se pudo escribir en $datos/norte: libere espacio"
 
 # What an archive did not take it gets the next time, and no failure of one costs the base file.
 ajustar sur "${comunes[@]}" "CARPETA=$datos/sur" "ARCHIVO=$datos/no/h.sqlite" "CENTRAL=$datos/no/central.sqlite"
 for _ in 1 2; do
     descargar sur
     espera 1 "archivo que falta" 'se repite la próxima vez'
-    # Names hold the second.
-    sleep 1
 done
 [ "$(find "$datos/sur" -name '*.rgt' | wc -l)" = 2 ] || fallar "un archivo que falta costó una imagen"
-sort -c "$datos/sur/.por_incorporar" || fallar "las pendientes no están en orden"
-[ "$(wc -l <"$datos/sur/.por_incorporar")" = 2 ] || fallar "pendientes: $(cat "$datos/sur/.por_incorporar")"
+pendientes=$datos/sur/.sur.por_incorporar
+sort -c "$pendientes" || fallar "las pendientes no están en orden"
+[ "$(wc -l <"$pendientes")" = 2 ] || fallar "pendientes: $(cat "$pendientes")"
+# As the list was called before.
+mv "$pendientes" "$datos/sur/.por_incorporar"
 mkdir "$datos/no"
 ajustar sur "${comunes[@]}" "CARPETA=$datos/sur" "ARCHIVO=$datos/no/h.sqlite" "CENTRAL=$datos/tampoco/central.sqlite"
 descargar sur
 espera 1 "central que falta" 'lo que falta en el archivo central se copia la próxima vez'
 [ "$(grep -c 'estación 02080050' "$raiz/salida")" = 3 ] || fallar "pendientes sin incorporar: $(cat "$raiz/salida")"
-! [ -s "$datos/sur/.por_incorporar" ] || fallar "quedan pendientes"
+! [ -s "$pendientes" ] || fallar "quedan pendientes"
 mkdir "$datos/tampoco"
-sleep 1
 descargar sur
 espera 0 "central que vuelve"
 [ "$(cuantas "$datos/tampoco/central.sqlite")" = "$(cuantas "$datos/no/h.sqlite")" ] || fallar "el central no se puso al día"
@@ -139,7 +147,6 @@ ajustar solo "${comunes[@]}" "CARPETA=$datos/solo"
 descargar solo PATH="$raiz/solo:/usr/bin:/bin"
 espera 0 "sin telvane-historico"
 ajustar solo "${comunes[@]}" "CARPETA=$datos/solo" "ARCHIVO=$datos/h.sqlite"
-sleep 1
 descargar solo PATH="$raiz/solo:/usr/bin:/bin"
 espera 1 "sin telvane-historico" 'hace falta el paquete telvane-historico'
 
