@@ -88,14 +88,14 @@ class Salidas {
     Salidas(const EntornoConsola& entorno, const OpcionesDescargar& opciones) : base(salidaBase(opciones)) {
         std::vector<SalidaNombrada> todas = {{"--base", base}};
         const auto agregar = [&](std::string_view opcion, const std::string& nombre,
-                                 std::optional<SalidaConsola>& salida) {
+                                 const ReglaDestino& regla, std::optional<SalidaConsola>& salida) {
             if (nombre.empty()) return;
-            salida.emplace(nombre, reglaDeTabla());
+            salida.emplace(nombre, regla);
             for (const auto& otra : todas) revisarJuntas(entorno, otra, {opcion, *salida});
             todas.push_back({opcion, *salida});
         };
-        agregar("--csv", opciones.csv, csv);
-        agregar("--ficha", opciones.ficha, ficha);
+        agregar("--csv", opciones.csv, reglaDeTabla(), csv);
+        agregar("--ficha", opciones.ficha, reglaDeFicha(), ficha);
     }
 
     bool algunaEstandar() const {

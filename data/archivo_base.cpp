@@ -12,6 +12,7 @@
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
 #include "platform/guardado.h"
+#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -24,23 +25,45 @@ constexpr std::string_view kCarpeta = "C:\\mis Documentos\\";
 constexpr std::array<std::string_view, 3> kTerminaciones = {".rgt", ".parcial", ".anterior"};
 constexpr std::string_view kAhiHayUnaBase =
     "ahí está lo que parece un archivo base; quítelo de ahí, o dé otro nombre";
+constexpr std::string_view kAhiHayUnaFicha =
+    "ahí está la ficha de una descarga; quítela de ahí, o dé otro nombre";
 constexpr std::string_view kProcesado = "El archivo se proceso con exito";
 
 // It begins with the eight digits of a serial number, or with an erased one, and no text goes on like this:
 // for all that anybody can tell a logger's, whole or not. The spreadsheets' own formats begin otherwise.
-bool pareceImagen(const std::filesystem::path& ruta) {
+bool pareceImagen(std::span<const std::uint8_t> bytes) {
     const auto deCifras = [](std::uint8_t b) { return (b & 0x0F) <= 9 && b >> 4 <= 9; };
     const auto borrado = [](std::uint8_t b) { return b == 0xFF; };
     const auto noEsTexto = [](std::uint8_t b) { return b < ' ' && b != '\t' && b != '\r' && b != '\n'; };
+    if (bytes.size() < kBytesSerie) return false;
+    const auto serie = bytes.first(kBytesSerie);
+    return (std::ranges::all_of(serie, deCifras) || std::ranges::all_of(serie, borrado)) &&
+           std::ranges::any_of(bytes, noEsTexto);
+}
+
+// An object with two names that no table has, in whatever order somebody left them.
+bool pareceFicha(std::string_view texto) {
+    const auto comienzo = texto.find_first_not_of(" \t\r\n");
+    return comienzo != std::string_view::npos && texto[comienzo] == '{' &&
+           texto.find("\"descargada\"") != std::string_view::npos &&
+           texto.find("\"errores_de_linea\"") != std::string_view::npos;
+}
+
+// Empty: what stands there may be replaced.
+std::string porqueSeQueda(const std::filesystem::path& ruta, bool ficha) {
     try {
         const auto bytes = leerArchivo(ruta, kBytesMemoria);
-        if (bytes.size() < kBytesSerie) return false;
-        const auto serie = std::span(bytes).first(kBytesSerie);
-        return (std::ranges::all_of(serie, deCifras) || std::ranges::all_of(serie, borrado)) &&
-               std::ranges::any_of(bytes, noEsTexto);
-    } catch (const ErrorLectura&) {
-        return false;  // may be written and not read: nobody can tell
+        if (pareceImagen(bytes)) return std::string(kAhiHayUnaBase);
+        const bool esFicha = pareceFicha({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+        return esFicha && !ficha ? std::string(kAhiHayUnaFicha) : "";
+    } catch (const ErrorLectura& error) {
+        return noSeSabeQueEs(error.motivo());
     }
+}
+
+ReglaDestino reglaDeLoHecho(bool ficha) {
+    return {.vedadas = kTerminaciones,
+            .porque = [ficha](const std::filesystem::path& ruta) { return porqueSeQueda(ruta, ficha); }};
 }
 
 }  // namespace
@@ -62,9 +85,11 @@ ReglaDestino reglaDeBase(bool reemplazar) {
 }
 
 ReglaDestino reglaDeTabla() {
-    return {.vedadas = kTerminaciones, .porque = [](const std::filesystem::path& ruta) {
-                return pareceImagen(ruta) ? std::string(kAhiHayUnaBase) : std::string();
-            }};
+    return reglaDeLoHecho(false);
+}
+
+ReglaDestino reglaDeFicha() {
+    return reglaDeLoHecho(true);
 }
 
 std::filesystem::path rutaLibre(const std::filesystem::path& primera) {

@@ -41,8 +41,10 @@ inline constexpr std::string_view kBaseVacia = "el archivo base está vacío: de
 // somebody asks for it, and never has the name of a part of one.
 ReglaDestino reglaDeBase(bool reemplazar = false);
 // Where anything made of an image may be written: over an earlier one, but never under the name of a base
-// file or of a part of one.
+// file or of a part of one, nor over a memory or a data sheet, which nothing makes again.
 ReglaDestino reglaDeTabla();
+// The same of a download's data sheet, which does take an earlier one's place.
+ReglaDestino reglaDeFicha();
 
 // The name, or "<name>_2.rgt" and so on: under which nothing stands yet.
 std::filesystem::path rutaLibre(const std::filesystem::path& primera);

@@ -154,6 +154,11 @@ bool esDeUnaBaseDeDatos(const fs::path& ruta) {
 // permission would allow it.
 void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
     constexpr std::string_view kDeUnaBase =
+void exigirQueSeLea(const fs::path& ruta) {
+    const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (archivo() < 0) throw Fallo{noSeSabeQueEs(motivoSistema(errno))};
+}
+
         "ahí está un archivo histórico u otra base de datos; dé otro nombre";
     struct stat datos {};
     if (::stat(destino.ruta.c_str(), &datos) != 0) {
@@ -171,6 +176,7 @@ void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
     if (const auto porque = regla.porque ? regla.porque(destino.ruta) : std::string(); !porque.empty())
         throw Fallo{porque, true};
     destino.previo = datos;
+    exigirQueSeLea(destino.ruta);
 }
 
 void revisar(Destino& destino, const ReglaDestino& regla) {

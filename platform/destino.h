@@ -81,9 +81,9 @@ struct Destino {
 };
 
 // Throws ErrorGuardado with the file's name and the reason in Spanish where writing is refused or bound to
-// fail: a folder that is missing or closed, a file that may not be written or that would be replaced against
-// the rule, a data base (whatever its name), too little room, anything that is neither a regular file nor,
-// where the rule lets it, a stream. Writes nothing.
+// fail: a folder that is missing or closed, a file that may not be written or read or that would be replaced
+// against the rule, a data base (whatever its name), too little room, anything that is neither a regular file
+// nor, where the rule lets it, a stream. Writes nothing.
 Destino revisarDestino(const std::filesystem::path& ruta, const ReglaDestino& regla = {});
 
 // A text that is equal for two names of the same file, also before it is there: of what is there, its place

@@ -174,6 +174,30 @@ TEST_F(Archivos, ATableTakesNoMemorysPlaceWhateverItsName) {
     EXPECT_EQ(correr({"convertir", a, poner("nada", "").string()}).codigo, CodigoSalida::hecho);
 }
 
+// What it tells of a download stands nowhere else.
+TEST_F(Archivos, ADataSheetsPlaceIsTakenByAnotherOneOnly) {
+    const std::string base = carpeta / "a.rgt";
+    const std::string ficha = carpeta / "a.rgt.json";
+    ASSERT_EQ(correr({"descargar", "--base", base, "--ficha", ficha}).codigo, CodigoSalida::hecho);
+    oidas = puertos.aperturas(kPuerto);
+    const auto dicha = leerTodo(ficha);
+    const auto motivo =
+        noGuardado(ficha, "ahí está la ficha de una descarga; quítela de ahí, o dé otro nombre");
+    const auto r = correr({"convertir", base, ficha});
+    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+    EXPECT_THAT(r.errores, HasSubstr(motivo.what()));
+    esperarRehusado(correr({"descargar", "--base", carpeta / "b.rgt", "--csv", ficha}), CodigoSalida::malUso,
+                    motivo.what());
+    EXPECT_EQ(leerTodo(ficha), dicha);
+    // Somebody tidied it up; and a table of samples is none, whatever a station's name says.
+    poner("otra.json", R"( {"errores_de_linea": 0, "descargada": "2026-01-02T03:04:05Z"})");
+    EXPECT_EQ(correr({"convertir", base, carpeta / "otra.json"}).codigo, CodigoSalida::malUso);
+    poner("tabla.jsonl", R"({"usuario": "\"descargada\" y \"errores_de_linea\""})");
+    EXPECT_EQ(correr({"convertir", base, carpeta / "tabla.jsonl"}).codigo, CodigoSalida::hecho);
+    EXPECT_EQ(correr({"descargar", "--base", base, "--reemplazar", "--ficha", ficha}).codigo,
+              CodigoSalida::hecho);
+}
+
 // A shell makes the file before the program begins.
 TEST_F(Archivos, AnOutputThatLeadsToTheDownloadsPartIsRefused) {
     const Descriptor parte(::open((carpeta / "a.rgt.parcial").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));

@@ -197,6 +197,19 @@ TEST_F(Guardado, AWriteProtectedFileIsRefusedAlthoughItsFolderIsNot) {
     EXPECT_EQ(entradas(), 1u);
 }
 
+// It may be anything.
+TEST_F(Guardado, WhatCannotBeReadIsNotReplaced) {
+    guardarAtomico(ruta("x.csv"), "viejo");
+    fs::permissions(ruta("x.csv"), fs::perms(0222));
+    fs::permissions(carpeta_, fs::perms(0777));
+    const auto motivo =
+        noGuardado(ruta("x.csv"),
+                   "lo que hay ahí no se puede leer (no hay permiso) y no se sabe qué es; dé otro nombre");
+    EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), motivo.what()), ::testing::ExitedWithCode(0), "");
+    EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
+    EXPECT_EQ(entradas(), 1u);
+}
+
 TEST_F(Guardado, AWriteProtectedFolderIsRefused) {
     guardarAtomico(ruta("x.csv"), "viejo");
     fs::permissions(ruta("x.csv"), fs::perms(0666));
