@@ -54,7 +54,8 @@ std::vector<Par> pares(const OpcionesConvertir& opciones, Formato formato) {
     if (opciones.carpeta.empty()) {
         if (opciones.archivos.size() != 2) {
             throw ErrorCli(CodigoSalida::malUso,
-                           "se esperan ENTRADA y SALIDA, o --en CARPETA y las entradas");
+                           "se esperan ENTRADA y SALIDA, o --en CARPETA y las entradas\n(telvane-cli "
+                           "convertir --help)");
         }
         return {{opciones.archivos[0], opciones.archivos[1]}};
     }

@@ -21,12 +21,14 @@ constexpr const char* kOpciones = "Opciones";
 constexpr const char* kOrdenes = "Órdenes";
 constexpr std::size_t kAnchoDeNombres = 28;
 
-// The library takes a word in brackets for a list of words, and "++" for the end of a command. They are names
-// and values like others: with this in front, which is taken away again, it sees nothing in them.
+// The library takes a word in brackets for a list of words, "++" for the end of a command, and a second "--"
+// for another mark. They are names and values like others: with this in front, which is taken away again, it
+// sees nothing in them.
 constexpr char kMarca = '\x1f';
 
 std::string conMarca(const std::string& palabra) {
-    const bool especial = palabra == "++" || palabra.starts_with('[') || palabra.starts_with(kMarca);
+    const bool especial =
+        palabra == "++" || palabra == "--" || palabra.starts_with('[') || palabra.starts_with(kMarca);
     return especial ? kMarca + palabra : palabra;
 }
 
@@ -46,6 +48,22 @@ void completar(CLI::Option& nueva, const OpcionDeLinea& opcion) {
         return revisar(texto);
     };
     nueva.transform(CLI::Validator(tomar, ""));
+}
+
+// "-a.rgt"
+bool pareceArchivo(const std::string& palabra) {
+    return palabra.starts_with('-') && !palabra.starts_with("--") && palabra.find('.') != std::string::npos;
+}
+
+std::string noSeEntiende(const std::vector<std::string>& palabras) {
+    const auto archivo = std::ranges::find_if(palabras, pareceArchivo);
+    return fmt::format(
+        "no se entiende \"{}\"{}", fmt::join(palabras, "\", \""),
+        archivo == palabras.end() ? "" : fmt::format("; si es un archivo, escríbalo ./{}", *archivo));
+}
+
+bool pideAyuda(const std::string& palabra) {
+    return palabra == "-h" || palabra == "--help" || palabra == "--version";
 }
 
 std::shared_ptr<CLI::Formatter> formatoEspanol() {
@@ -123,6 +141,31 @@ const CLI::Option* Argumentos::declarada(const std::string& nombre) const {
     return nullptr;
 }
 
+// Whoever asks for the help or the version gets it, whatever follows: of that only the order counts, where
+// none stood before. What stands before is read as ever, as other tools do.
+std::vector<std::string> Argumentos::hastaLaAyuda(const std::vector<std::string>& argumentos) const {
+    std::vector<std::string> leidas;
+    bool conOrden = app_->get_subcommands({}).empty();
+    bool ayuda = false;
+    for (auto una = argumentos.begin(); una != argumentos.end(); ++una) {
+        if (*una == "--") {
+            if (!ayuda) leidas.insert(leidas.end(), una, argumentos.end());
+            break;
+        }
+        const bool nombre = !una->starts_with('-');
+        if (!ayuda || (nombre && !conOrden)) leidas.push_back(*una);
+        const auto* opcion = declarada(*una);
+        if (opcion && opcion->get_items_expected_max() > 0 && una + 1 != argumentos.end()) {
+            ++una;
+            if (!ayuda) leidas.push_back(*una);
+            continue;
+        }
+        ayuda = ayuda || pideAyuda(*una);
+        conOrden = conOrden || nombre;
+    }
+    return leidas;
+}
+
 // Behind "--" every word is a name. The library forgets that when it stands behind a command's first name, so
 // the names before it go behind it as well.
 std::vector<std::string> Argumentos::conNombresDetras(const std::vector<std::string>& argumentos) const {
@@ -144,6 +187,12 @@ std::vector<std::string> Argumentos::conNombresDetras(const std::vector<std::str
     return delante;
 }
 
+// The library would take "-hx" for "-h" and "-x"; one letter is all that an option of ours has.
+bool Argumentos::esMontonDeLetras(const std::string& palabra) const {
+    return palabra.size() > 2 && palabra.starts_with('-') && !palabra.starts_with("--") &&
+           declarada(palabra.substr(0, 2)) != nullptr;
+}
+
 // The library takes the word behind an option for its value, whatever it reads; here one that begins like an
 // option is one, and the value before it is missing. Each option stands once, unless it keeps every value.
 std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) const {
@@ -152,6 +201,7 @@ std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) c
         const auto igual = argumentos[i].find('=');
         const auto nombre = argumentos[i].substr(0, igual);
         const auto* opcion = nombre.starts_with('-') ? declarada(nombre) : nullptr;
+        if (!opcion && esMontonDeLetras(argumentos[i])) return noSeEntiende({argumentos[i]});
         if (!opcion) continue;
         const bool lleva = opcion->get_items_expected_max() > 0;
         if (!lleva && igual != std::string::npos) return noLlevaValor(nombre);
@@ -183,7 +233,9 @@ std::vector<std::string> Argumentos::conMarcas(const std::vector<std::string>& a
             todos.push_back(kMarca + *++una);
         }
     }
-    std::transform(marca, argumentos.end(), std::back_inserter(todos), conMarca);
+    if (marca == argumentos.end()) return todos;
+    todos.emplace_back("--");
+    std::transform(marca + 1, argumentos.end(), std::back_inserter(todos), conMarca);
     return todos;
 }
 
@@ -212,6 +264,7 @@ const CLI::App* Argumentos::ordenDe(const std::vector<std::string>& argumentos) 
 
 LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
     using Que = LineaLeida::Que;
+    argumentos = hastaLaAyuda(argumentos);
     if (const auto motivo = malPuestas(argumentos); !motivo.empty()) return malUso(argumentos, motivo);
     for (auto* orden : app_->get_subcommands({})) {
         for (auto* opcion : orden->get_options()) opcion->group(kOpciones);
@@ -222,10 +275,10 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
         std::reverse(alReves.begin(), alReves.end());
         app_->parse(std::move(alReves));
     } catch (const CLI::CallForHelp&) {
-        if (const auto motivo = motivoSinOrden(); !motivo.empty()) return malUso(argumentos, motivo);
+        if (const auto motivo = motivoDeSobra(); !motivo.empty()) return malUso(argumentos, motivo);
         return {Que::terminar, app_->help() + opcionesDeTodas()};
     } catch (const CLI::CallForVersion& version) {
-        if (const auto motivo = motivoSinOrden(); !motivo.empty()) return malUso(argumentos, motivo);
+        if (const auto motivo = motivoDeSobra(); !motivo.empty()) return malUso(argumentos, motivo);
         return {Que::terminar, fmt::format("{}\n", version.what())};
     } catch (const CLI::ParseError& error) {
         return malUso(argumentos, motivoDeUso(error.get_exit_code(), error.what()));
@@ -249,27 +302,32 @@ bool Argumentos::faltaOrden() const {
     return !app_->get_subcommands({}).empty() && app_->get_subcommands().empty();
 }
 
-// Words where an order is missing; empty where there is one, or nothing at all.
-std::string Argumentos::motivoSinOrden() const {
-    const auto sobran = app_->remaining(true);
-    if (!faltaOrden() || sobran.empty()) return {};
-    if (!sobran.front().starts_with('-')) return fmt::format("no hay una orden \"{}\"", sobran.front());
-    return fmt::format("no se entiende \"{}\"", fmt::join(sobran, " "));
+// What the line leaves over, "--" not counted.
+std::vector<std::string> Argumentos::sobran() const {
+    auto palabras = app_->remaining(true);
+    std::erase(palabras, "--");
+    return palabras;
+}
+
+// Empty where nothing is left over.
+std::string Argumentos::motivoDeSobra() const {
+    const auto palabras = sobran();
+    if (palabras.empty()) return {};
+    if (faltaOrden() && !palabras.front().starts_with('-'))
+        return fmt::format("no hay una orden \"{}\"", palabras.front());
+    return noSeEntiende(palabras);
 }
 
 // The library's own texts are in English; those of our checks stand behind the option's name.
 std::string Argumentos::motivoDeUso(int codigo, const std::string& texto) const {
     const auto antesDe = [&](std::string_view marca) { return texto.substr(0, texto.find(marca)); };
-    const auto sobran = app_->remaining(true);
     switch (static_cast<CLI::ExitCodes>(codigo)) {
         case CLI::ExitCodes::RequiredError:
-            if (const auto motivo = motivoSinOrden(); !motivo.empty()) return motivo;
             // What is missing may be what was misspelt.
-            if (sobran.empty())
-                return faltaOrden() ? "falta la orden" : fmt::format("falta {}", antesDe(" "));
-            [[fallthrough]];
+            if (const auto motivo = motivoDeSobra(); !motivo.empty()) return motivo;
+            return faltaOrden() ? "falta la orden" : fmt::format("falta {}", antesDe(" "));
         case CLI::ExitCodes::ExtrasError:
-            return fmt::format("no se entiende \"{}\"", fmt::join(sobran, " "));
+            return motivoDeSobra();
         case CLI::ExitCodes::ArgumentMismatch:
             return fmt::format("{}: falta su valor o sobra alguno", antesDe(":"));
         default:

@@ -70,19 +70,23 @@ class Argumentos {
     OrdenDeLinea orden(const std::string& nombre, const std::string& ayuda);
 
     // argumentos: without the program's name. A value that begins with "--" is written "--option=--value"; an
-    // option that stands twice is refused, unless it keeps every value.
+    // option that stands twice is refused, unless it keeps every value. The help and the version are given
+    // where what stands before them is understood, whatever stands behind.
     LineaLeida leer(std::vector<std::string> argumentos);
 
    private:
     // By the program or any of its commands.
     const CLI::Option* declarada(const std::string& nombre) const;
+    std::vector<std::string> hastaLaAyuda(const std::vector<std::string>& argumentos) const;
     std::vector<std::string> conMarcas(const std::vector<std::string>& argumentos) const;
     std::vector<std::string> conNombresDetras(const std::vector<std::string>& argumentos) const;
+    bool esMontonDeLetras(const std::string& palabra) const;
     std::string malPuestas(const std::vector<std::string>& argumentos) const;
     std::string opcionesDeTodas() const;
     const CLI::App* ordenDe(const std::vector<std::string>& argumentos) const;
     bool faltaOrden() const;
-    std::string motivoSinOrden() const;
+    std::vector<std::string> sobran() const;
+    std::string motivoDeSobra() const;
     LineaLeida malUso(const std::vector<std::string>& argumentos, const std::string& motivo) const;
     std::string motivoDeUso(int codigo, const std::string& texto) const;
 

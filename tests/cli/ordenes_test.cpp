@@ -110,7 +110,7 @@ INSTANTIATE_TEST_SUITE_P(
         CasoUso{{"en-linea", "--json", "--json"}, "--json se dio dos veces"},
         CasoUso{{"en-linea", "--cuenta", "1", "--cuenta=2"}, "--cuenta se dio dos veces"},
         CasoUso{{"en-linea", "--json=no"}, "--json no lleva valor"}, CasoUso{{"convertir"}, "falta ARCHIVO"},
-        CasoUso{{"convertir", "a"}, "se esperan ENTRADA y SALIDA"},
+        CasoUso{{"convertir", "a"}, "y las entradas\n(telvane-cli convertir --help)"},
         CasoUso{{"convertir", "a", "b", "c"}, "se esperan ENTRADA y SALIDA"},
         CasoUso{{"convertir", "a", "b", "--formato", "pdf"}, "--formato: debe ser csv, xls o "},
         CasoUso{{"convertir", "a", "b", "--serie", "1"}, "8 cifras"},

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -41,6 +42,7 @@ class ArgumentosDeLinea : public testing::Test {
     Palabras archivos;
     std::string en;
     std::optional<std::string> usuario;
+    bool bandera = false;
 };
 
 TEST_F(ArgumentosDeLinea, AWrongOneIsToldWithTheHelpThatNamesIt) {
@@ -57,6 +59,67 @@ TEST_F(ArgumentosDeLinea, AWrongOneIsToldWithTheHelpThatNamesIt) {
     EXPECT_EQ(linea.leer({"--version"}).que, LineaLeida::Que::terminar);
     EXPECT_EQ(linea.leer({"--com", "x", "buscar", "--nada"}).texto,
               "no se entiende \"--nada\"\n(programa buscar --help)");
+}
+
+TEST_F(ArgumentosDeLinea, TheHelpIsGivenWhereWhatStandsBeforeItIsUnderstood) {
+    Palabras nada;
+    const auto con = [&](Palabras palabras) {
+        Argumentos linea("programa", "1", "");
+        linea.programa().opcion(com, {.nombre = "--com", .valor = "X", .ayuda = ""});
+        linea.orden("buscar", "Busca").bandera(bandera, "--json", "");
+        linea.orden("dar", "Da").opcion(nada, {.nombre = "ARCHIVO", .valor = "", .ayuda = ""});
+        const auto leida = linea.leer(std::move(palabras));
+        return leida.que == LineaLeida::Que::terminar ? leida.texto.substr(0, leida.texto.find('\n'))
+                                                      : "! " + leida.texto;
+    };
+    for (const auto& palabras : {Palabras{"buscar", "--help"},
+                                 {"buscar", "--help", "--nada"},
+                                 {"buscar", "-h", "-hj", "x", "--com"},
+                                 {"--help", "buscar", "--nada"},
+                                 {"--help", "--com", "1=x", "buscar"},
+                                 {"buscar", "--help", "--", "x"},
+                                 {"--com", "1=x", "buscar", "-h", "--json", "--json"}})
+        EXPECT_EQ(con(palabras), "Busca") << testing::PrintToString(palabras);
+    EXPECT_EQ(con({"dar", "x", "y", "--help"}), "Da");
+    EXPECT_EQ(con({"buscar", "--version", "--nada"}), "programa 1");
+    const auto no = [](std::string_view que) {
+        return fmt::format("! no se entiende \"{}\"\n(programa buscar --help)", que);
+    };
+    EXPECT_EQ(con({"buscar", "--nada", "--help"}), no("--nada"));
+    EXPECT_EQ(con({"--nada", "buscar", "--help"}), no("--nada"));
+    EXPECT_EQ(con({"buscar", "--nada", "--version"}), no("--nada"));
+    EXPECT_EQ(con({"buscar", "x", "--help"}), no("x"));
+    EXPECT_EQ(con({"buscar", "-hj"}), no("-hj"));
+    EXPECT_EQ(con({"buscar", "-jh"}), no("-jh"));
+    EXPECT_EQ(con({"--help", "nada"}), "! no hay una orden \"nada\"\n(programa --help)");
+}
+
+TEST_F(ArgumentosDeLinea, WordsTooManyAreQuotedOneByOneAndTheMarkIsNone) {
+    std::string cifras;
+    const auto con = [&](const Palabras& palabras) {
+        Argumentos linea("programa", "1", "");
+        linea.orden("serie", "")
+            .opcion(cifras,
+                    {.nombre = "CIFRAS", .valor = "", .ayuda = "", .comprobar = {}, .obligatoria = true});
+        const auto texto = linea.leer(palabras).texto;
+        return texto.substr(0, texto.find('\n'));
+    };
+    EXPECT_EQ(con({"serie", "1", "2", "3"}), "no se entiende \"2\", \"3\"");
+    EXPECT_EQ(con({"serie", "--", "1", "2"}), "no se entiende \"2\"");
+    EXPECT_EQ(con({"serie", "1", "--", "2"}), "no se entiende \"2\"");
+    EXPECT_EQ(con({"serie", "1", "--", "--"}), "no se entiende \"--\"");
+    EXPECT_EQ(con({"serie", "--"}), "falta CIFRAS");
+    EXPECT_EQ(con({"serie", "--", "--"}), "");
+    EXPECT_EQ(cifras, "--");
+}
+
+TEST_F(ArgumentosDeLinea, ANameThatBeginsLikeAnOptionGetsAdvice) {
+    EXPECT_THAT(leer({"-a.rgt", "x.csv"}).texto,
+                StartsWith("no se entiende \"-a.rgt\"; si es un archivo, escríbalo ./-a.rgt\n"));
+    EXPECT_THAT(leer({"-helada.rgt", "x.csv"}).texto,
+                StartsWith("no se entiende \"-helada.rgt\"; si es un archivo, escríbalo ./-helada.rgt\n"));
+    EXPECT_THAT(leer({"a", "--bas=x.rgt"}).texto, StartsWith("no se entiende \"--bas=x.rgt\"\n"));
+    exigirQueCorra({"./-a.rgt", "x.csv"});
 }
 
 TEST_F(ArgumentosDeLinea, WhatWasMisspeltIsToldBeforeWhatIsMissing) {
