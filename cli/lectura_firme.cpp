@@ -19,12 +19,15 @@ bool relojesDeAcuerdo(const LecturaFirme& antes, const LecturaFirme& ahora) {
 }
 
 bool deAcuerdo(const LecturaFirme& antes, const LecturaFirme& ahora, bool conReloj) {
-    return antes.datos.Nserie == ahora.datos.Nserie && antes.datos.textos == ahora.datos.textos &&
-           antes.datos.intervaloCodigo == ahora.datos.intervaloCodigo &&
+    return antes.datos.Nserie == ahora.datos.Nserie && mismosAjustes(antes.datos, ahora.datos) &&
            (!conReloj || relojesDeAcuerdo(antes, ahora));
 }
 
 }  // namespace
+
+bool mismosAjustes(const DatosConfig& unos, const DatosConfig& otros) {
+    return unos.textos == otros.textos && unos.intervaloCodigo == otros.intervaloCodigo;
+}
 
 LecturaFirme leerFirme(RegistradorCli& registrador, Consola& consola, const Reloj& reloj, bool conReloj) {
     const auto leer = [&] {

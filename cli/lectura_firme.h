@@ -16,6 +16,9 @@ struct LecturaFirme {
     std::chrono::nanoseconds momento{0};  // monotonic, when the logger's clock stood as it says
 };
 
+// Texts and interval: what the writing of a serial number leaves alone.
+bool mismosAjustes(const DatosConfig& unos, const DatosConfig& otros);
+
 // conReloj: whether the clocks have to agree too, allowing for the time between the readings. Throws as
 // RegistradorCli::leerConfiguracion does, and ErrorCli (fallo) when too many readings contradict each other.
 LecturaFirme leerFirme(RegistradorCli& registrador, Consola& consola, const Reloj& reloj, bool conReloj);

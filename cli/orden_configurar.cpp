@@ -399,8 +399,8 @@ void Configurador::comprobarEscrito() {
             return;
         }
     }
-    const bool intacta = leido.Nserie == actual_.Nserie && leido.textos == actual_.textos &&
-                         leido.intervaloCodigo == actual_.intervaloCodigo && distinto.back() == kReloj;
+    const bool intacta =
+        leido.Nserie == actual_.Nserie && mismosAjustes(leido, actual_) && distinto.back() == kReloj;
     throw ErrorCli(
         CodigoSalida::fallo,
         fmt::format("lo leído después no es lo enviado ({}). {}\n{}", fmt::join(distinto, ", "),

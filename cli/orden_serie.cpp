@@ -7,6 +7,7 @@
 
 #include "cli/argumentos.h"
 #include "cli/estado_envio.h"
+#include "cli/lectura_firme.h"
 #include "cli/ordenes.h"
 #include "cli/sesion_cli.h"
 #include "consola/codigos_salida.h"
@@ -40,26 +41,37 @@ void escribir(Consola& consola, RegistradorCli& registrador, const std::string& 
     }
 }
 
+// Another one that answers may bear the number already.
+[[noreturn]] void noConfirmado(const std::string& leido, const std::string& cifras) {
+    throw ErrorCli(
+        CodigoSalida::fallo,
+        leido == cifras
+            ? fmt::format("lo leído después lleva el número {}, y el resto de la configuración no es el de "
+                          "antes: contestó otro registrador, o la línea estropea las lecturas. Escribir el "
+                          "número no borra nada. Revise el cable y mire con \"telvane-cli configuracion\" "
+                          "quién contesta",
+                          cifras)
+            : fmt::format("lo leído después es el número {}, no {}. Escribir el número no borra nada: la "
+                          "memoria sigue como estaba. Mire con \"telvane-cli configuracion\" qué número "
+                          "tiene y, si no es el que quería, repita la orden",
+                          leido, cifras));
+}
+
 // The logger confirms nothing: only reading it back tells, and a number that is not the one may be the line's
 // fault.
-void leerDeVuelta(RegistradorCli& registrador, const std::string& cifras) {
-    std::string ahora;
+void leerDeVuelta(RegistradorCli& registrador, const DatosConfig& antes, const std::string& cifras) {
+    DatosConfig ahora;
     for (int i = 0; i < kLecturasDeVuelta; ++i) {
         try {
-            ahora = registrador.leerConfiguracion().Nserie;
+            ahora = registrador.leerConfiguracion();
         } catch (const ErrorCli& error) {
             fallar(error.codigo(), error.what(), kBytesMensajeSerie);
         } catch (const ErrorPuerto& error) {
             fallar(CodigoSalida::fallo, error.what(), kBytesMensajeSerie);
         }
-        if (ahora == cifras) return;
+        if (ahora.Nserie == cifras && mismosAjustes(ahora, antes)) return;
     }
-    throw ErrorCli(
-        CodigoSalida::fallo,
-        fmt::format("lo leído después es el número {}, no {}. Escribir el número no borra nada: la "
-                    "memoria sigue como estaba. Mire con \"telvane-cli configuracion\" qué número "
-                    "tiene y, si no es el que quería, repita la orden",
-                    ahora, cifras));
+    noConfirmado(ahora.Nserie, cifras);
 }
 
 void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
@@ -68,10 +80,10 @@ void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
     SesionCli sesion(contexto.entorno, consola, contexto.com);
     sesion.buscar();
     auto& registrador = sesion.registrador();
-    const auto antes = registrador.leerConfiguracion().Nserie;
-    consola.aviso(fmt::format("Nro de serie: {} -> {}", antes, cifras));
+    const auto antes = leerFirme(registrador, consola, contexto.entorno.reloj, false).datos;
+    consola.aviso(fmt::format("Nro de serie: {} -> {}", antes.Nserie, cifras));
     escribir(consola, registrador, cifras);
-    leerDeVuelta(registrador, cifras);
+    leerDeVuelta(registrador, antes, cifras);
     consola.resultadoDe("el número quedó escrito y comprobado", fmt::format("{}\n", cifras));
 }
 

@@ -342,7 +342,7 @@ TEST_F(RejillaCli, EveryValueInEveryByteOfTheReading) {
 }
 
 TEST_F(RejillaCli, EveryValueInEveryByteOfTheSerialNumber) {
-    constexpr std::size_t kAntes = kBytesMarco + kBytesMarco + kRespuestasLectura + kBytesMarco;
+    constexpr std::size_t kAntes = kBytesMarco + 2 * (kBytesMarco + kRespuestasLectura) + kBytesMarco;
     const std::vector<std::string> orden = {"serie", "02080050"};
     for (std::size_t lugar = 0; lugar < kRespuestasSerie; ++lugar) {
         for (unsigned valor = 0; valor < 256; valor += static_cast<unsigned>(pasoDeRejilla(5))) {
@@ -367,7 +367,9 @@ INSTANTIATE_TEST_SUITE_P(
         Orden{"configuracion", {"configuracion"}, {sonda(Sigue::lectura), despertarParaLeer(), lectura()}},
         Orden{"serie",
               {"serie", "02080050"},
-              {sonda(Sigue::lectura), despertarParaLeer(), lectura(), despertarParaEscribir(),
+              {sonda(Sigue::lectura), despertarParaLeer(),
+               lectura({{0, kFinIntervalo, kCambia, kOtraLectura}}), despertarParaLeer(),
+               lectura({{0, kFinIntervalo, kCambia, kOtraLectura}}), despertarParaEscribir(),
                escritura(kRespuestasSerie, kOtroNumero), despertarParaLeer(), lectura()}},
         Orden{"configurar",
               {"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"},

@@ -309,6 +309,36 @@ TEST_F(Ordenes, TheSerialNumberIsWrittenAndReadBack) {
     EXPECT_EQ(puertos.maquina(kPuerto).serie(), "20800512");
 }
 
+// Its cable was put into another logger meanwhile, which bears the number already.
+TEST_F(Ordenes, ASerialNumberIsConfirmedByTheLoggerThatTookIt) {
+    bool escrito = false;
+    puertos.manipular(kPuerto, [&](const ByteSaliente& saliente) {
+        escrito = escrito || saliente.intercambio == Intercambio::serie;
+        const bool letra =
+            escrito && saliente.intercambio == Intercambio::lectura && saliente.indice == 2 + 40;
+        return Efecto::pasar(letra ? 'X' : saliente.byte);
+    });
+    const auto r = correr({"serie", "20800512"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.salida, IsEmpty());
+    EXPECT_THAT(r.errores,
+                HasSubstr("lo leído después lleva el número 20800512, y el resto de la configuración "
+                          "no es el de antes: contestó otro registrador, o la línea estropea las "
+                          "lecturas. Escribir el número no borra nada. Revise el cable y mire con "
+                          "\"telvane-cli configuracion\" quién contesta\n"));
+}
+
+// The number that is told is not believed after one reading.
+TEST_F(Ordenes, ASerialNumberIsReadTwiceBeforeItIsReplaced) {
+    puertos.manipular(kPuerto, [veces = 0](const ByteSaliente& saliente) mutable {
+        const bool cifra = saliente.intercambio == Intercambio::lectura && saliente.indice == 2;
+        return Efecto::pasar(cifra && ++veces == 1 ? 0x77 : saliente.byte);
+    });
+    const auto r = correr({"serie", "20800512"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_THAT(r.errores, HasSubstr("02080050 -> 20800512"));
+}
+
 TEST_F(Ordenes, ASerialNumberThatDidNotStayIsAFailure) {
     puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
         const bool cifra = saliente.intercambio == Intercambio::lectura && saliente.indice == 2;
