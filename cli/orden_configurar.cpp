@@ -149,6 +149,22 @@ void revisar(const OpcionesConfigurar& opciones) {
                        CodigoSalida::malUso);
 }
 
+std::filesystem::path carpetaPropia() {
+    auto carpeta = carpetaDeDatos();
+    if (!carpeta.empty()) return carpeta;
+    throw ErrorCli(CodigoSalida::fallo,
+                   "no hay carpeta de datos para el respaldo: indique --respaldo ARCHIVO");
+}
+
+// como: makes it, or looks whether it can be made.
+void prepararCarpetaPropia(void (*como)(const std::filesystem::path&)) {
+    try {
+        como(carpetaPropia());
+    } catch (const ErrorGuardado& error) {
+        throw ErrorCli(CodigoSalida::fallo, fmt::format("{}; indique --respaldo ARCHIVO", error.what()));
+    }
+}
+
 class Configurador {
    public:
     Configurador(ContextoCli& contexto, const OpcionesConfigurar& opciones)
@@ -164,6 +180,7 @@ class Configurador {
     bool anunciarCambios();
     Destino destinoDeRespaldo() const;
     std::filesystem::path rutaDeRespaldo() const;
+    void revisarRespaldo() const;
     void respaldar();
     void exigirSuMemoria(std::span<const std::uint8_t> imagen) const;
     std::string comoRepetir() const;
@@ -194,7 +211,7 @@ class Configurador {
 void Configurador::correr() {
     contexto_.consola.exigirSalida();
     // Where the backup cannot go is told before the logger hears anything.
-    if (!opciones_.sinRespaldo && opciones_.borrarMemoria) destinoDeRespaldo();
+    if (!opciones_.sinRespaldo && opciones_.borrarMemoria) revisarRespaldo();
     sesion_.buscar();
     leer();
     if (!anunciarCambios()) {
@@ -274,31 +291,24 @@ std::uint8_t Configurador::codigoAEnviar() const {
 
 std::filesystem::path Configurador::rutaDeRespaldo() const {
     if (!opciones_.respaldo.empty()) return opciones_.respaldo;
-    const auto carpeta = carpetaDeDatos();
-    if (carpeta.empty()) {
-        throw ErrorCli(CodigoSalida::fallo,
-                       "no hay carpeta de datos para el respaldo: indique --respaldo ARCHIVO");
-    }
-    try {
-        crearCarpeta(carpeta);
-    } catch (const ErrorGuardado& error) {
-        throw ErrorCli(CodigoSalida::fallo, fmt::format("{}; indique --respaldo ARCHIVO", error.what()));
-    }
-    return rutaBaseLibre(carpeta, actual_.Nserie, contexto_.entorno.reloj.ahora());
+    return rutaBaseLibre(carpetaPropia(), actual_.Nserie, contexto_.entorno.reloj.ahora());
 }
 
 // Only a file keeps a copy that can be found again.
 Destino Configurador::destinoDeRespaldo() const {
-    try {
-        auto destino = revisarDestino(rutaDeRespaldo(), reglaDeBase());
-        ArchivoParcial::revisar(destino, contexto_.entorno.salida);
-        return destino;
-    } catch (const ErrorNombre& error) {
-        throw ErrorCli(CodigoSalida::malUso, error.what());
-    }
+    auto destino = revisarDestino(rutaDeRespaldo(), reglaDeBase());
+    ArchivoParcial::revisar(destino, contexto_.entorno.salida);
+    return destino;
+}
+
+// Makes nothing: the logger may have nothing to change.
+void Configurador::revisarRespaldo() const {
+    if (opciones_.respaldo.empty()) prepararCarpetaPropia(exigirQueSePuedaCrear);
+    if (!opciones_.respaldo.empty() || std::filesystem::exists(carpetaPropia())) destinoDeRespaldo();
 }
 
 void Configurador::respaldar() {
+    if (opciones_.respaldo.empty()) prepararCarpetaPropia(crearCarpeta);
     PeticionDescarga peticion;
     peticion.base = destinoDeRespaldo();
     // Once the logger has erased it this is the only copy, and the line carries no checksum.

@@ -103,8 +103,7 @@ bool esVistaDelSistema(const fs::path& carpeta) {
            (datos.f_type == PROC_SUPER_MAGIC || datos.f_type == SYSFS_MAGIC);
 }
 
-void revisarCarpeta(const Destino& destino) {
-    const auto carpeta = carpetaDe(destino.ruta);
+struct stat exigirQueAdmita(const fs::path& carpeta) {
     struct stat datos {};
     if (::stat(carpeta.c_str(), &datos) != 0) {
         if (errno == ENOENT) throw Fallo{motivoSinCarpeta(carpeta)};
@@ -113,6 +112,11 @@ void revisarCarpeta(const Destino& destino) {
     if (!S_ISDIR(datos.st_mode)) fallar(ENOTDIR);
     if (esVistaDelSistema(carpeta)) throw Fallo{std::string(kSinArchivos)};
     exigir(::faccessat(AT_FDCWD, carpeta.c_str(), W_OK | X_OK, AT_EACCESS) == 0);
+    return datos;
+}
+
+void revisarCarpeta(const Destino& destino) {
+    const auto datos = exigirQueAdmita(carpetaDe(destino.ruta));
     // In a folder like /tmp only its owner may put something in a file's place.
     const auto yo = ::geteuid();
     if (destino.previo && (datos.st_mode & S_ISVTX) != 0 && yo != 0 && yo != datos.st_uid &&
@@ -150,15 +154,15 @@ bool esDeUnaBaseDeDatos(const fs::path& ruta) {
         });
 }
 
-// What stands there already. A file that may not be written is not replaced either, although the folder's
-// permission would allow it.
-void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
-    constexpr std::string_view kDeUnaBase =
 void exigirQueSeLea(const fs::path& ruta) {
     const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (archivo() < 0) throw Fallo{noSeSabeQueEs(motivoSistema(errno))};
 }
 
+// What stands there already. A file that may not be written is not replaced either, although the folder's
+// permission would allow it.
+void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
+    constexpr std::string_view kDeUnaBase =
         "ahí está un archivo histórico u otra base de datos; dé otro nombre";
     struct stat datos {};
     if (::stat(destino.ruta.c_str(), &datos) != 0) {
@@ -172,11 +176,11 @@ void exigirQueSeLea(const fs::path& ruta) {
     if (destino.nuevo) throw Fallo{motivoEscritura(EEXIST)};
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
+    exigirQueSeLea(destino.ruta);
     if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase)};
     if (const auto porque = regla.porque ? regla.porque(destino.ruta) : std::string(); !porque.empty())
         throw Fallo{porque, true};
     destino.previo = datos;
-    exigirQueSeLea(destino.ruta);
 }
 
 void revisar(Destino& destino, const ReglaDestino& regla) {
@@ -206,6 +210,11 @@ void revisar(Destino& destino, const ReglaDestino& regla) {
     revisarSitio(destino, regla.bytes);
 }
 
+ErrorGuardado noCreada(const fs::path& carpeta, std::string_view motivo) {
+    ErrorGuardado error(fmt::format("no se pudo crear la carpeta {}: {}", nombreVisible(carpeta), motivo));
+    return error;
+}
+
 // A file's place on the disk.
 std::string lugar(const struct stat& datos) {
     return fmt::format("{}:{}", datos.st_dev, datos.st_ino);
@@ -220,9 +229,19 @@ std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const
 void crearCarpeta(const fs::path& carpeta) {
     std::error_code error;
     fs::create_directories(carpeta, error);
-    if (!error) return;
-    throw ErrorGuardado(fmt::format("no se pudo crear la carpeta {}: {}", nombreVisible(carpeta),
-                                    motivoSistema(error.value())));
+    if (error) throw noCreada(carpeta, motivoSistema(error.value()));
+}
+
+void exigirQueSePuedaCrear(const fs::path& carpeta) {
+    auto hasta = carpeta;
+    struct stat datos {};
+    while (::lstat(hasta.c_str(), &datos) != 0 && errno == ENOENT && hasta.has_relative_path())
+        hasta = carpetaDe(hasta);
+    try {
+        exigirQueAdmita(hasta);
+    } catch (const Fallo& fallo) {
+        throw noCreada(carpeta, fallo.motivo);
+    }
 }
 
 bool terminaEn(const fs::path& ruta, std::span<const std::string_view> terminaciones) {

@@ -31,6 +31,8 @@ std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const
 
 // With those above it, where they are missing. Throws ErrorGuardado.
 void crearCarpeta(const std::filesystem::path& carpeta);
+// Throws as that would where it is known by now that a file cannot come there; makes nothing.
+void exigirQueSePuedaCrear(const std::filesystem::path& carpeta);
 
 // Whether the file's name has one of these endings, told in lower case, in whatever case.
 bool terminaEn(const std::filesystem::path& ruta, std::span<const std::string_view> terminaciones);

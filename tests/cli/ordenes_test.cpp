@@ -400,6 +400,22 @@ TEST_F(Ordenes, WithoutABackupFileTheMemoryGoesToTheUsersFolder) {
     EXPECT_THAT(archivos[0], StartsWith(nombre));
 }
 
+TEST_F(Ordenes, TheUsersFolderIsNotMadeUnlessSomethingGoesThere) {
+    ASSERT_EQ(::setenv("XDG_DATA_HOME", (carpeta / "datos").c_str(), 1), 0);
+    for (const std::vector<std::string>& orden :
+         {std::vector<std::string>{"configurar", "--usuario", "INTA Estacion Experimental",
+                                   "--borrar-memoria"},
+          {"configurar", "--usuario", "Otro"},
+          {"configurar", "--usuario", "Otro", "--borrar-memoria", "--sin-respaldo"},
+          {"configurar", "--intervalo", "5", "--borrar-memoria", "--respaldo", carpeta / "x.rgt"}})
+        correr(orden);
+    PuertosSimulados vacios(bucle, bucle.reloj(), 0);
+    losPuertos = &vacios;
+    EXPECT_EQ(correr({"configurar", "--reloj-pc", "--borrar-memoria"}).codigo, CodigoSalida::sinRegistrador);
+    ::unsetenv("XDG_DATA_HOME");
+    EXPECT_THAT(nombresEn(carpeta.ruta()), testing::ElementsAre("x.rgt"));
+}
+
 TEST_F(Ordenes, AFailedBackupWritesNothing) {
     const auto r =
         correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", carpeta / "no/x.rgt"});

@@ -193,6 +193,28 @@ TEST_F(DestinoDe, AnEmptyNameIsNone) {
     EXPECT_THAT(negativa(ruta("x/")), HasSubstr("no es una carpeta"));
 }
 
+TEST_F(DestinoDe, AFolderIsKnownToBePossibleBeforeItIsMade) {
+    const auto queja = [](const fs::path& carpeta) {
+        try {
+            exigirQueSePuedaCrear(carpeta);
+        } catch (const ErrorGuardado& error) {
+            return std::string(error.what());
+        }
+        return std::string();
+    };
+    poner("x");
+    fs::create_symlink("nada", ruta("roto"));
+    EXPECT_EQ(queja(carpeta_), "");
+    EXPECT_EQ(queja(ruta("a/b/c")), "");
+    EXPECT_EQ(queja("a/b"), "");
+    EXPECT_EQ(queja(ruta("x/a/b")), "no se pudo crear la carpeta " + ruta("x/a/b").string() +
+                                        ": una parte de la ruta no es una carpeta");
+    EXPECT_THAT(queja(ruta("x")), EndsWith("una parte de la ruta no es una carpeta"));
+    EXPECT_THAT(queja(ruta("roto/a")), HasSubstr("no existe la carpeta"));
+    EXPECT_THAT(queja("/proc/a/b"), HasSubstr("ahí el sistema no guarda archivos"));
+    EXPECT_FALSE(fs::exists(ruta("a")));
+}
+
 TEST_F(DestinoDe, WhatIsReadIsNeverReplacedByWhateverName) {
     poner("a");
     fs::create_directory(ruta("d"));
