@@ -75,14 +75,6 @@ void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, con
     }
 }
 
-void revisarParcial(const EntornoConsola& entorno, const Destino& destino) {
-    try {
-        ArchivoParcial::revisar(destino, entorno.salida);
-    } catch (const ErrorNombre& error) {
-        throw ErrorCli(CodigoSalida::malUso, error.what());
-    }
-}
-
 class Salidas {
    public:
     Salidas(const EntornoConsola& entorno, const OpcionesDescargar& opciones) : base(salidaBase(opciones)) {
@@ -146,7 +138,7 @@ void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
     const auto& base = salidas.base;
     auto& consola = contexto.consola;
     if (salidas.algunaEstandar()) consola.exigirSalida();
-    if (base.archivo()) revisarParcial(contexto.entorno, base.destino());
+    if (base.archivo()) ArchivoParcial::revisar(base.destino(), contexto.entorno.salida);
     SesionCli sesion(contexto.entorno, consola, contexto.com);
     auto& registrador = sesion.registrador();
     registrador.espera(std::chrono::seconds(leerEntero(opciones.espera)));

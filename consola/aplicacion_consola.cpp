@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
+#include "platform/destino.h"
 #include "platform/motivos.h"
 
 namespace telvane {
@@ -40,6 +41,8 @@ int correrPrograma(const ProgramaConsola& programa, Consola& consola,
         return static_cast<int>(CodigoSalida::hecho);
     } catch (const ErrorCli& error) {
         return fallar(error.codigo(), error.what());
+    } catch (const ErrorNombre& error) {
+        return fallar(CodigoSalida::malUso, error.what());
     } catch (const std::exception& error) {
         return fallar(CodigoSalida::fallo, motivoDe(error));
     }

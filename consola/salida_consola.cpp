@@ -5,7 +5,6 @@
 #include <chrono>
 #include <utility>
 
-#include "consola/codigos_salida.h"
 #include "platform/motivos.h"
 
 namespace telvane {
@@ -34,23 +33,15 @@ bool esSalidaEstandar(const std::string& nombre) {
 
 void exigirQueNoSeLea(const EntornoConsola& entorno, const std::string& salida,
                       const ArchivosLeidos& leidos) {
-    try {
-        esSalidaEstandar(salida) ? leidos.exigirOtro(entorno.salida, "la salida de la orden")
-                                 : leidos.exigirOtro(salida);
-    } catch (const ErrorNombre& error) {
-        throw ErrorCli(CodigoSalida::malUso, error.what());
-    }
+    esSalidaEstandar(salida) ? leidos.exigirOtro(entorno.salida, "la salida de la orden")
+                             : leidos.exigirOtro(salida);
 }
 
 SalidaConsola::SalidaConsola(std::string nombre, ReglaDestino regla)
     : nombre_(std::move(nombre)), regla_(std::move(regla)), estandar_(esSalidaEstandar(nombre_)) {
     if (estandar_) return;
     regla_.corriente = true;
-    try {
-        destino_ = revisarDestino(nombre_, regla_);
-    } catch (const ErrorNombre& error) {
-        throw ErrorCli(CodigoSalida::malUso, error.what());
-    }
+    destino_ = revisarDestino(nombre_, regla_);
 }
 
 void SalidaConsola::escribir(EntornoConsola& entorno, Consola& consola, std::string_view bytes) const {

@@ -16,14 +16,13 @@ namespace telvane {
 bool esEntradaEstandar(const std::string& nombre);
 bool esSalidaEstandar(const std::string& nombre);
 
-// What an output's name says against it alone: ErrorCli (malUso) where it is read for itself. The standard
-// output counts as the file that a shell put there.
+// What an output's name says against it alone: ErrorNombre where it is read for itself. The standard output
+// counts as the file that a shell put there.
 void exigirQueNoSeLea(const EntornoConsola& entorno, const std::string& salida, const ArchivosLeidos& leidos);
 
 class SalidaConsola {
    public:
-    // Looks at the place before anything is done for it. Throws ErrorGuardado, and ErrorCli (malUso) where
-    // the name alone is wrong.
+    // Looks at the place before anything is done for it. Throws ErrorGuardado.
     SalidaConsola(std::string nombre, ReglaDestino regla);
 
     const std::string& nombre() const { return nombre_; }

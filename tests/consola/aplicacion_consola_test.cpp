@@ -6,6 +6,7 @@
 
 #include "consola/enteros.h"
 #include "consola/nombres.h"
+#include "platform/destino.h"
 #include "tests/consola/consola_prueba.h"
 
 namespace telvane {
@@ -32,8 +33,9 @@ TEST_F(Corrida, EveryEndHasItsStatusAndItsLine) {
     EXPECT_EQ(errores.texto(), "");
     EXPECT_EQ(terminar([] { throw ErrorCli(CodigoSalida::sinRegistrador, "no hay"); }), 3);
     EXPECT_EQ(terminar([] { interrumpir(); }), 130);
+    EXPECT_EQ(terminar([] { throw ErrorNombre("otra clase"); }), 2);
     EXPECT_EQ(terminar([] { throw std::runtime_error("otra cosa"); }), 1);
-    EXPECT_EQ(errores.texto(), "prog: no hay\nprog: interrumpido\nprog: otra cosa\n");
+    EXPECT_EQ(errores.texto(), "prog: no hay\nprog: interrumpido\nprog: otra clase\nprog: otra cosa\n");
 }
 
 TEST_F(Corrida, WhatTheSystemSaysIsToldInSpanish) {

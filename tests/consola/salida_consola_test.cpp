@@ -19,6 +19,7 @@ using namespace std::chrono_literals;
 
 using testing::HasSubstr;
 using testing::Pair;
+using testing::ThrowsMessage;
 
 class Salidas : public ConsolaPrueba {
    protected:
@@ -65,10 +66,10 @@ TEST_F(Salidas, AFileIsThereWholeOrAsItWas) {
     EXPECT_EQ(leerTodo(archivo()), "nuevo");
 }
 
-TEST_F(Salidas, ANameOfAnotherKindOfFileIsWrongUse) {
+TEST_F(Salidas, ANameOfAnotherKindOfFileIsToldAsSuch) {
     static constexpr auto kVedadas = std::to_array<std::string_view>({".rgt"});
-    EXPECT_THAT(final([&] { escribir(carpeta / "a.RGT", "x", {.vedadas = kVedadas}); }),
-                Pair(CodigoSalida::malUso, HasSubstr("son de otra clase de archivo")));
+    EXPECT_THAT([&] { escribir(carpeta / "a.RGT", "x", {.vedadas = kVedadas}); },
+                ThrowsMessage<ErrorNombre>(HasSubstr("son de otra clase de archivo")));
     EXPECT_THROW(escribir(carpeta / "no/hay/a.csv", "x"), ErrorGuardado);
 }
 
@@ -76,13 +77,13 @@ TEST_F(Salidas, AnOutputIsNoFileThatIsRead) {
     std::ofstream(archivo()) << "leido";
     ArchivosLeidos leidos;
     leidos.agregar(std::filesystem::path(archivo()));
-    EXPECT_THAT(final([&] { escribir(archivo(), "x", {.leidos = leidos}); }),
-                Pair(CodigoSalida::malUso, HasSubstr("de ahí se lee")));
+    EXPECT_THAT([&] { escribir(archivo(), "x", {.leidos = leidos}); },
+                ThrowsMessage<ErrorNombre>(HasSubstr("de ahí se lee")));
     // A shell put the same file there.
     const Descriptor agregado(::open(archivo().c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
     entorno.salida = agregado();
-    EXPECT_THAT(final([&] { escribir("-", "x", {.leidos = leidos}); }),
-                Pair(CodigoSalida::malUso, HasSubstr("la salida de la orden")));
+    EXPECT_THAT([&] { escribir("-", "x", {.leidos = leidos}); },
+                ThrowsMessage<ErrorNombre>(HasSubstr("la salida de la orden")));
     EXPECT_EQ(leerTodo(archivo()), "leido");
 }
 
