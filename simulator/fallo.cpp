@@ -1,6 +1,8 @@
 #include "simulator/fallo.h"
 
+#include <algorithm>
 #include <array>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -114,11 +116,15 @@ class LectorDeFallo {
 
    private:
     void tomar(const Pieza& pieza) {
+        if (!vistas_.insert(pieza.nombre == "siempre" ? "vez" : pieza.nombre).second)
+            rechazar(texto_, fmt::format("\"{}\" no va con lo anterior: deje uno de los dos", pieza.nombre));
         if (pieza.nombre == "byte") {
             byte_ = numero(pieza, 10, kRespuestasDescarga - 1);
-        } else if (pieza.nombre == "bloque" && fallo_.operacion == Operacion::descarga) {
+        } else if (pieza.nombre == "bloque") {
+            exigir(Operacion::descarga, "bloque= es solo de descarga");
             bloque_ = numero(pieza, 10, kBloquesMemoria - 1);
-        } else if (pieza.nombre == "cuadro" && fallo_.operacion == Operacion::enLinea) {
+        } else if (pieza.nombre == "cuadro") {
+            exigir(Operacion::enLinea, "cuadro= es solo de en-linea");
             fallo_.cuadro = numero(pieza, 10, 1'000'000);
         } else if (pieza.nombre == "vez") {
             fallo_.vez = numero(pieza, 10, 1'000'000);
@@ -137,6 +143,10 @@ class LectorDeFallo {
         if (fila->base != 0) fallo_.valor = numero(pieza, fila->base, fila->maximo);
         fallo_.clase = fila->clase;
         hayClase_ = true;
+    }
+
+    void exigir(Operacion operacion, const std::string& motivo) const {
+        if (fallo_.operacion != operacion) rechazar(texto_, motivo);
     }
 
     std::size_t numero(const Pieza& pieza, int base, std::size_t maximo) const {
@@ -163,6 +173,7 @@ class LectorDeFallo {
     Fallo fallo_;
     std::size_t byte_ = 0;
     std::optional<std::size_t> bloque_;
+    std::set<std::string_view> vistas_;
     bool hayClase_ = false;
 };
 
@@ -226,7 +237,73 @@ void aplicar(const Fallo& fallo, Efecto& efecto) {
     }
 }
 
+// A probe is answered by the first frame of a row.
+bool deCuadro(const Fallo& fallo) {
+    return fallo.operacion == Operacion::sonda || fallo.operacion == Operacion::enLinea;
+}
+
+std::optional<std::size_t> cuadroDe(const Fallo& fallo) {
+    return fallo.operacion == Operacion::sonda ? 0 : fallo.cuadro;
+}
+
+// Whether each exchange in which the first one's byte is reached has the other one's as well.
+bool suIntercambio(const Fallo& fallo, const Fallo& otro) {
+    if (deCuadro(fallo) != deCuadro(otro)) return false;
+    if (deCuadro(fallo)) return !cuadroDe(otro) || cuadroDe(otro) == cuadroDe(fallo);
+    return fallo.operacion == otro.operacion || otro.indice == 0;
+}
+
+bool mismoByte(const Fallo& fallo, const Fallo& otro) {
+    return fallo.indice == otro.indice && suIntercambio(fallo, otro);
+}
+
+// Whether the other one is at work whenever the first one is, at one byte.
+bool cadaVezLosDos(const Fallo& fallo, const Fallo& otro) {
+    return mismoByte(fallo, otro) && (otro.vez == 0 || (otro.vez == fallo.vez && mismoByte(otro, fallo)));
+}
+
+// What can be seen of it: where nothing arrives nobody knows what would have.
+Efecto visible(Efecto efecto) {
+    if (efecto.colgar) efecto.cortar = false;
+    if (efecto.colgar || efecto.cortar) efecto.callar = false;
+    if (efecto.colgar || efecto.cortar || efecto.callar) efecto.bytes.clear();
+    if (efecto.cortar || efecto.callar) efecto.demora = {};
+    return efecto;
+}
+
+// Whether the other one, at the same byte, leaves nothing of the first to be seen, whatever the byte.
+bool loTapa(const Fallo& fallo, const Fallo& otro, bool otroDespues) {
+    return std::ranges::all_of(std::to_array<std::uint8_t>({0x5A, 0xA5}), [&](std::uint8_t byte) {
+        auto solo = Efecto::pasar(byte);
+        aplicar(otro, solo);
+        auto juntos = Efecto::pasar(byte);
+        aplicar(otroDespues ? fallo : otro, juntos);
+        aplicar(otroDespues ? otro : fallo, juntos);
+        return visible(solo) == visible(juntos);
+    });
+}
+
+// Whether the other one stands before the first in its exchange and lets nothing more arrive by then.
+bool loCorta(const Fallo& fallo, const Fallo& otro) {
+    if (otro.indice >= fallo.indice || !suIntercambio(fallo, otro)) return false;
+    const bool calla = otro.clase == Clase::silencio || otro.clase == Clase::colgar;
+    if (otro.vez == 0) return calla || otro.clase == Clase::cortar;
+    // Its byte comes by at least as often.
+    return otro.clase == Clase::cortar && (fallo.vez == 0 ? otro.vez == 1 : otro.vez <= fallo.vez);
+}
+
 }  // namespace
+
+std::optional<FallosQueChocan> fallosQueChocan(const std::vector<Fallo>& fallos) {
+    for (std::size_t i = 0; i < fallos.size(); ++i) {
+        for (std::size_t j = 0; j < fallos.size(); ++j) {
+            if (fallos[i] == fallos[j]) continue;
+            const bool tapado = cadaVezLosDos(fallos[i], fallos[j]) && loTapa(fallos[i], fallos[j], i < j);
+            if (tapado || loCorta(fallos[i], fallos[j])) return FallosQueChocan{i, j};
+        }
+    }
+    return std::nullopt;
+}
 
 std::string ayudaFallo() {
     const auto ultimo = [](Operacion operacion) { return filaDe(operacion).bytes - 1; };

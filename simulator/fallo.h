@@ -39,6 +39,8 @@ struct Efecto {
     bool escrituraCorta = false;         // the driver takes half of the PC's next write and no more
     std::optional<int> suceso = {};      // a line event (see CommEvent) right before it
 
+    bool operator==(const Efecto&) const = default;
+
     static Efecto pasar(std::uint8_t byte) {
         Efecto efecto;
         efecto.bytes.push_back(byte);
@@ -77,12 +79,21 @@ struct Fallo {
     // Reads "OPERATION[:bloque=K|:cuadro=K][:byte=B][:vez=N|:siempre]:FAULT[=VALUE]" (see ayudaFallo).
     // Throws std::invalid_argument with the reason in Spanish.
     static Fallo leer(std::string_view texto);
+    bool operator==(const Fallo&) const = default;
     // Whether it happens in the PC's own driver, and so in process only.
     bool enElPc() const { return clase >= Clase::suceso; }
 };
 
 // What the fault does to its byte, wherever that is.
 Efecto efectoDe(const Fallo& fallo, std::uint8_t byte);
+
+// One that can never happen, and another one beside which it cannot: that stands in its place, or before it
+// where nothing more arrives. nullopt: all can. One that is told twice is told twice.
+struct FallosQueChocan {
+    std::size_t nunca;
+    std::size_t otro;
+};
+std::optional<FallosQueChocan> fallosQueChocan(const std::vector<Fallo>& fallos);
 
 // The grammar for the user.
 std::string ayudaFallo();

@@ -45,11 +45,11 @@ ProgramaSimulador::ProgramaSimulador(LineaSimulada linea, std::filesystem::path 
     if (memoria_ && !memoria_->leida()) memoria_->guardar(linea_.maquina().imagen());
 }
 
-void ProgramaSimulador::servir(int senales) {
+bool ProgramaSimulador::servir(int senales) {
     for (;;) {
         linea_.alDia(reloj_.monotono());
         entregar();
-        guardar();
+        guardarSiCambio();
         std::optional<timespec> plazo;
         if (const auto cuando = proximo())
             plazo = comoTimespec(std::max(*cuando - reloj_.monotono(), nanoseconds(0)));
@@ -61,7 +61,8 @@ void ProgramaSimulador::servir(int senales) {
         if (vigilados[0].revents != 0) break;
         if (vigilados[1].revents != 0) escuchar();
     }
-    if (sinGuardar_) memoria_->guardar(linea_.maquina().imagen());
+    if (!porQueNo_.empty()) guardar();
+    return porQueNo_.empty();
 }
 
 // A wire carries an answer on at once; here two processes have to be woken first. What the PC wrote sets out
@@ -98,17 +99,21 @@ void ProgramaSimulador::entregar() {
     }
 }
 
-// A memory that cannot be saved is told; the logger goes on with it.
-void ProgramaSimulador::guardar() {
+void ProgramaSimulador::guardarSiCambio() {
     const auto cambios = linea_.maquina().cambios();
     if (!memoria_ || guardados_ == cambios) return;
     guardados_ = cambios;
-    sinGuardar_ = true;
+    guardar();
+}
+
+// A memory that cannot be saved is told; the logger goes on with it.
+void ProgramaSimulador::guardar() {
     try {
         memoria_->guardar(linea_.maquina().imagen());
-        sinGuardar_ = false;
+        porQueNo_.clear();
     } catch (const ErrorGuardado& error) {
-        decir_(error.what());
+        if (porQueNo_ != error.what()) decir_(error.what());
+        porQueNo_ = error.what();
     }
 }
 

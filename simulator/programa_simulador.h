@@ -27,15 +27,16 @@ class ProgramaSimulador {
                       std::optional<MemoriaGuardada> memoria, Decir decir);
 
     const std::string& dispositivo() const { return terminal_.nombre(); }
-    // Serves the line until the descriptor senales can be read. Throws ErrorGuardado when the memory is not
-    // saved then.
-    void servir(int senales);
+    // Serves the line until the descriptor senales can be read. False: the memory is not saved then, which
+    // was told.
+    bool servir(int senales);
 
    private:
     using Momento = LineaSimulada::Momento;
 
     void escuchar();
     void entregar();
+    void guardarSiCambio();
     void guardar();
     std::optional<Momento> proximo() const;
 
@@ -45,7 +46,7 @@ class ProgramaSimulador {
     std::optional<MemoriaGuardada> memoria_;
     Decir decir_;
     std::size_t guardados_ = 0;
-    bool sinGuardar_ = false;
+    std::string porQueNo_;           // the memory is not saved; each reason is told once
     std::optional<Momento> vuelve_;  // when a hung-up device is there again
     Momento ultimaLlegada_{0};       // when the last byte was due at the PC ...
     Momento atraso_{0};              // ... and how late it left

@@ -143,13 +143,18 @@ void decirDonde(const FlujosHeredados& flujos, const std::string& enlace, const 
     if (motivo != 0 && motivo != EINTR) decir(flujos, quejaDeSalida(motivo), senalEnEspera);
 }
 
-void correr(const Opciones& opciones, const FlujosHeredados& flujos) {
+std::vector<Fallo> fallosDe(const Opciones& opciones) {
+    std::vector<Fallo> fallos;
+    for (const auto& texto : opciones.fallos) fallos.push_back(Fallo::leer(texto));
+    return fallos;
+}
+
+// Gives the exit status.
+int correr(const Opciones& opciones, const FlujosHeredados& flujos) {
     std::optional<MemoriaGuardada> memoria;
     if (!opciones.memoria.empty()) memoria.emplace(opciones.memoria);
     LineaSimulada linea(prepararMaquina(opciones, memoria), opciones.baudios == "0" ? 0 : kBaudios);
-    std::vector<Fallo> fallos;
-    for (const auto& texto : opciones.fallos) fallos.push_back(Fallo::leer(texto));
-    if (!fallos.empty()) linea.manipular(PlanDeFallos(std::move(fallos)));
+    if (auto fallos = fallosDe(opciones); !fallos.empty()) linea.manipular(PlanDeFallos(std::move(fallos)));
 
     // The kernel would otherwise let every deadline pass by up to 50 us.
     ::prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
@@ -158,14 +163,18 @@ void correr(const Opciones& opciones, const FlujosHeredados& flujos) {
                                // Whoever does not read it holds no logger up.
                                [&](const std::string& que) { decir(flujos, que, [] { return true; }); });
     decirDonde(flujos, opciones.enlace, programa.dispositivo());
-    programa.servir(senales());
+    return programa.servir(senales()) ? 0 : kFallo;
 }
 
 // What cannot be known of one option alone; empty: nothing.
 std::string revisarJuntas(const Opciones& opciones) {
     const bool mismo =
         !opciones.memoria.empty() && lugarDeNombre(opciones.enlace) == lugarDeNombre(opciones.memoria);
-    return mismo ? sonElMismoArchivo("--enlace", "--memoria", opciones.memoria) : "";
+    if (mismo) return sonElMismoArchivo("--enlace", "--memoria", opciones.memoria);
+    const auto chocan = fallosQueChocan(fallosDe(opciones));
+    return chocan ? fmt::format("fallo \"{}\": con \"{}\" no ocurre nunca: quite uno de los dos",
+                                opciones.fallos[chocan->nunca], opciones.fallos[chocan->otro])
+                  : "";
 }
 
 // Returns the exit status; throws what ends the program with a failure.
@@ -184,8 +193,7 @@ int ejecutar(std::vector<std::string> linea, const FlujosHeredados& flujos) {
         decir(flujos, queja, senalEnEspera);
         return kMalUso;
     }
-    correr(opciones, flujos);
-    return 0;
+    return correr(opciones, flujos);
 }
 
 }  // namespace

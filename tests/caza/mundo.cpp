@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "link/protocolo.h"
+#include "simulator/fallo.h"
 #include "simulator/memoria_simulada.h"
 #include "tests/apoyo/leer_todo.h"
 
@@ -50,6 +51,21 @@ std::string fallo(Azar& azar) {
     return fmt::format("{}:byte={}{}:{}", donde, byte, uno(azar, kVeces), uno(azar, kQue));
 }
 
+// The simulator takes none beside which another one could never happen.
+std::vector<std::string> fallosQueVanJuntos(Azar& azar) {
+    std::vector<std::string> textos;
+    std::vector<Fallo> fallos;
+    for (auto cuantos = tirar(azar, 3); cuantos > 0; --cuantos) {
+        auto texto = fallo(azar);
+        fallos.push_back(Fallo::leer(texto));
+        if (fallosQueChocan(fallos))
+            fallos.pop_back();
+        else
+            textos.push_back(std::move(texto));
+    }
+    return textos;
+}
+
 }  // namespace
 
 Mundo::Mundo(Azar& azar, std::string simulador) : programa_(std::move(simulador)) {
@@ -59,13 +75,10 @@ Mundo::Mundo(Azar& azar, std::string simulador) : programa_(std::move(simulador)
 }
 
 void Mundo::encender(Azar& azar) {
-    fallos_.clear();
+    fallos_ = fallosQueVanJuntos(azar);
     std::vector<std::string> orden = {
         programa_, "--enlace", puerto(), "--memoria", temporal_ / "memoria.rgt", "--baudios", "0"};
-    for (auto cuantos = tirar(azar, 3); cuantos > 0; --cuantos) {
-        fallos_.push_back(fallo(azar));
-        orden.insert(orden.end(), {"--fallo", fallos_.back()});
-    }
+    for (const auto& uno : fallos_) orden.insert(orden.end(), {"--fallo", uno});
     simulador_ = std::make_unique<Proceso>(orden);
     if (!simulador_->linea()) throw std::runtime_error("telvane-sim: " + simulador_->errores());
 }

@@ -63,6 +63,72 @@ INSTANTIATE_TEST_SUITE_P(CadaUno, FalloMalEscrito,
                                          "descarga:cambiar", "descarga:demora=", "serie:suceso=1012",
                                          "serie:error-lectura=1", "descarga:insertar=99999999999999999999"));
 
+TEST(FalloMalEscrito, SaysWhatIsWrong) {
+    const auto queja = [](const char* texto) {
+        try {
+            static_cast<void>(Fallo::leer(texto));
+        } catch (const std::invalid_argument& error) {
+            return std::string(error.what());
+        }
+        return std::string();
+    };
+    EXPECT_EQ(queja("serie:bloque=1:perder"), "fallo \"serie:bloque=1:perder\": bloque= es solo de descarga");
+    EXPECT_EQ(queja("sonda:cuadro=1:perder"), "fallo \"sonda:cuadro=1:perder\": cuadro= es solo de en-linea");
+    for (const std::string texto :
+         {"serie:byte=1:byte=2:perder", "serie:vez=2:siempre:perder", "descarga:bloque=1:bloque=2:perder"})
+        EXPECT_THAT(queja(texto.c_str()), testing::EndsWith("no va con lo anterior: deje uno de los dos"));
+}
+
+struct Pareja {
+    std::vector<const char*> fallos;
+    // Which of them can never happen; -1: both can.
+    int nunca = -1;
+};
+class FallosJuntos : public testing::TestWithParam<Pareja> {};
+
+TEST_P(FallosJuntos, AreRefusedWhereOneCanNeverHappen) {
+    std::vector<Fallo> fallos;
+    for (const auto* texto : GetParam().fallos) fallos.push_back(Fallo::leer(texto));
+    const auto chocan = fallosQueChocan(fallos);
+    EXPECT_EQ(chocan ? static_cast<int>(chocan->nunca) : -1, GetParam().nunca);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CadaUno, FallosJuntos,
+    testing::Values(
+        // At one byte.
+        Pareja{{"lectura:byte=5:cambiar=01", "lectura:byte=5:cambiar=02"}, 0},
+        Pareja{{"lectura:byte=5:cambiar=01", "lectura:byte=5:silencio"}, 0},
+        Pareja{{"lectura:byte=5:perder", "lectura:byte=5:demora=9"}},
+        Pareja{{"lectura:byte=5:silencio", "lectura:byte=5:demora=9"}, 1},
+        Pareja{{"lectura:byte=5:invertir", "lectura:byte=5:cambiar=01"}, 0},
+        Pareja{{"lectura:byte=5:cambiar=5A", "lectura:byte=5:invertir"}},
+        Pareja{{"lectura:byte=5:cambiar=01", "lectura:byte=5:doblar"}},
+        Pareja{{"lectura:byte=5:cortar", "lectura:byte=5:silencio"}, 1},
+        Pareja{{"lectura:byte=5:perder", "lectura:byte=5:perder"}},
+        // Not always at once.
+        Pareja{{"lectura:byte=5:cambiar=01", "lectura:byte=5:vez=2:cambiar=02"}},
+        Pareja{{"lectura:byte=5:siempre:cambiar=01", "lectura:byte=5:vez=2:cambiar=02"}},
+        Pareja{{"lectura:byte=5:vez=2:cambiar=01", "lectura:byte=5:siempre:cambiar=02"}, 0},
+        // In the same place by another name, and not.
+        Pareja{{"lectura:siempre:perder", "serie:siempre:silencio"}, 0},
+        Pareja{{"lectura:byte=1:perder", "serie:byte=1:silencio"}},
+        Pareja{{"sonda:byte=3:perder", "en-linea:cuadro=0:byte=3:silencio"}, 0},
+        Pareja{{"en-linea:cuadro=2:byte=3:perder", "en-linea:cuadro=3:byte=3:silencio"}},
+        Pareja{{"en-linea:cuadro=2:byte=3:perder", "en-linea:byte=3:silencio"}},
+        Pareja{{"en-linea:cuadro=2:byte=3:perder", "en-linea:byte=3:siempre:silencio"}, 0},
+        // Behind what ends the exchange.
+        Pareja{{"descarga:bloque=3:siempre:silencio", "descarga:bloque=3:byte=1:perder"}, 1},
+        Pareja{{"descarga:bloque=3:silencio", "descarga:bloque=3:byte=1:perder"}},
+        Pareja{{"descarga:bloque=3:siempre:silencio", "descarga:bloque=2:byte=1:perder"}},
+        Pareja{{"descarga:bloque=9:colgar", "descarga:bloque=3:cortar"}, 0},
+        Pareja{{"descarga:bloque=9:colgar", "descarga:bloque=3:vez=2:cortar"}},
+        Pareja{{"descarga:bloque=9:vez=2:colgar", "descarga:bloque=3:vez=2:cortar"}, 0},
+        Pareja{{"descarga:bloque=9:siempre:perder", "descarga:bloque=3:vez=2:cortar"}},
+        Pareja{{"serie:siempre:silencio", "descarga:bloque=3:cortar"}, 1},
+        Pareja{{"sonda:siempre:silencio", "en-linea:cuadro=4:byte=3:perder"}},
+        Pareja{{"sonda:siempre:silencio", "lectura:byte=3:perder"}}));
+
 // What arrives at the PC when these bytes are sent one after the other.
 struct Oyente {
     explicit Oyente(const char* fallo, int baudios = 0) : linea(MaquinaRegistrador(), baudios) {

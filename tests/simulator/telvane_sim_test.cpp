@@ -199,6 +199,9 @@ TEST_F(TelvaneSim, WrongUsageEndsWithTwo) {
     EXPECT_THAT(queja, HasSubstr("nada"));
     EXPECT_EQ(rechazado(orden({"--fallo", "serie:error-escritura"})), 2);
     EXPECT_THAT(queja, HasSubstr("un pseudoterminal no lo puede mostrar"));
+    EXPECT_EQ(rechazado(orden({"--fallo", "serie:silencio", "--fallo", "serie:perder"})), 2);
+    EXPECT_THAT(queja, HasSubstr("fallo \"serie:perder\": con \"serie:silencio\" no ocurre nunca: quite uno "
+                                 "de los dos"));
     EXPECT_EQ(rechazado(orden({"--memoria", "-"})), 2);
     EXPECT_THAT(queja, HasSubstr("uno de ese nombre se escribe ./-"));
     EXPECT_EQ(rechazado(orden({"--fallo"})), 2);
@@ -277,6 +280,8 @@ TEST_F(TelvaneSim, WhatItCouldNotKeepIsAFailureInTheEnd) {
         if (vuelve) fs::remove(memoria);
         proceso->senal(SIGTERM);
         EXPECT_EQ(proceso->terminar(), vuelve ? 0 : 1);
+        const auto dicho = proceso->errores();
+        EXPECT_EQ(dicho.find("no se pudo guardar"), dicho.rfind("no se pudo guardar")) << dicho;
         if (vuelve) {
             EXPECT_EQ(contenido(memoria)[3], 0x12);
         }
