@@ -67,6 +67,8 @@ struct Inicio::Partes {
         if (!cedeElTurno()) lanzar(enTurno(operacion()));
     }
     Tarea<> enTurno(Tarea<> tarea);
+    // Until it is stopped; what was held back does not wait for its end.
+    bool leyendoEnLinea() const { return canales.MSComm6.PortOpen() && enLinea.enLinea(); }
     bool ocupado() const { return turno.enProgreso() || formas.progress.mostrado(); }
     bool cedeElTurno() const;
     // Whether what the user does to this control would make the form show something else than is being sent.
@@ -131,8 +133,9 @@ Inicio::Partes::Partes(Inicio& inicio, Entorno e)
                {.lanzar = [this](Tarea<> tarea) { lanzar(std::move(tarea)); },
                 .guardarBase = [this] { archivoBase.guardarDescarga(); },
                 .generargt = [this] { return exportacion.generargt(); }}),
-      usuario(entorno.bucle, {.libre = [this] { return !ocupado() && tareas.enCurso() == 0; },
-                              .falta = [this] { return turno.falta(); }}),
+      usuario(entorno.bucle,
+              {.libre = [this] { return tareas.enCurso() == 0 && (leyendoEnLinea() || !ocupado()); },
+               .falta = [this] { return turno.falta(); }}),
       tareas([this](const std::exception_ptr& fallo) { fallar(fallo); }) {
     datos.carpetaBase = entorno.carpetaBase;
     entorno.bucle.alTerminarSuceso([this] {
@@ -202,7 +205,7 @@ void Inicio::Partes::conectarCanales() {
     turno.canalEnUso([this] {
         // Live data that was stopped waits for a last frame, which may be lost.
         return canales.MSComm2.PortOpen() || canales.MSComm3.PortOpen() || canales.MSComm4.PortOpen() ||
-               canales.MSComm5.PortOpen() || (canales.MSComm6.PortOpen() && enLinea.enLinea());
+               canales.MSComm5.PortOpen() || leyendoEnLinea();
     });
 }
 

@@ -66,6 +66,17 @@ TEST_F(TurnoDeLinea, ClicksWithinThePauseWaitForTheEndOfTheExchange) {
     EXPECT_EQ(dialogos.mensajes().size(), 2u) << "those of the start";
 }
 
+TEST_F(TurnoDeLinea, WhatWasHeldBackDoesNotWaitForTheEndOfLiveDataThatBeganBeforeIt) {
+    conectar();
+    pulsar(forma.configuracion);
+    pasar(1s);
+    pulsar(forma.Command4);
+    pulsar(forma.Command5);
+    EXPECT_TRUE(bucle.correrHasta([&] { return inicio.coef.mostrado(); }));
+    EXPECT_EQ(forma.Command4.caption(), "PARAR");
+    EXPECT_NE(forma.Label4.caption(), "") << "the read came first";
+}
+
 TEST_F(TurnoDeLinea, AWriteClickedAgainAsksOnceAndIsWhole) {
     conectar();
     pulsar(forma.Command2);
