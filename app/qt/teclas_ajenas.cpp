@@ -3,7 +3,6 @@
 #include <utility>
 
 #include <QApplication>
-#include <QKeyEvent>
 #include <QWindow>
 
 namespace telvane {
@@ -30,12 +29,14 @@ bool TeclasAjenas::eventFilter(QObject* objeto, QEvent* suceso) {
     const bool pulsada = suceso->type() == QEvent::KeyPress;
     if ((!pulsada && suceso->type() != QEvent::KeyRelease) || !objeto->isWindowType()) return false;
     const auto& tecla = *static_cast<QKeyEvent*>(suceso);
-    const bool ajena = esAjena(tecla.key(), pulsada, tecla.isAutoRepeat());
+    const bool ajena = esAjena(tecla, pulsada);
+    if (!pulsada) subidas_[tecla.key()] = tecla.timestamp();
     return ajena && ventana_ != nullptr && objeto == ventana_->windowHandle();
 }
 
-bool TeclasAjenas::esAjena(int tecla, bool pulsada, bool repetida) {
-    if (!pulsada || repetida) return !propias_.contains(tecla);
+bool TeclasAjenas::esAjena(const QKeyEvent& suceso, bool pulsada) {
+    const int tecla = suceso.key();
+    if (!pulsada || suceso.isAutoRepeat() || sigueAbajo(suceso)) return !propias_.contains(tecla);
     if (contesta(tecla)) {
         const auto ahora = std::chrono::steady_clock::now();
         const auto anterior = std::exchange(pulsaciones_[tecla], ahora);
@@ -43,6 +44,13 @@ bool TeclasAjenas::esAjena(int tecla, bool pulsada, bool repetida) {
     }
     propias_.insert(tecla);
     return false;
+}
+
+// A display repeats a held key as one that goes up and down in the same instant. Where the two arrive apart,
+// as on a busy machine, the toolkit takes them for two strokes.
+bool TeclasAjenas::sigueAbajo(const QKeyEvent& suceso) const {
+    const auto subida = subidas_.find(suceso.key());
+    return suceso.timestamp() != 0 && subida != subidas_.end() && subida->second == suceso.timestamp();
 }
 
 // The second stroke of two, the first of which went to what was there before.

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <set>
 
+#include <QKeyEvent>
 #include <QObject>
 #include <QPointer>
 #include <QWidget>
@@ -25,12 +27,14 @@ class TeclasAjenas final : public QObject {
    private:
     using Instante = std::chrono::steady_clock::time_point;
 
-    bool esAjena(int tecla, bool pulsada, bool repetida);
+    bool esAjena(const QKeyEvent& tecla, bool pulsada);
+    bool sigueAbajo(const QKeyEvent& tecla) const;
     bool seguida(int tecla, Instante anterior, Instante ahora) const;
 
     QPointer<QWidget> ventana_;
-    std::map<int, Instante> pulsaciones_;  // of Enter and the space bar: what answers
-    std::set<int> propias_;                // pressed anew since the window is there
+    std::map<int, Instante> pulsaciones_;   // of Enter and the space bar: what answers
+    std::map<int, std::uint64_t> subidas_;  // when a key went up last, in the display's milliseconds
+    std::set<int> propias_;                 // pressed anew since the window is there
 };
 
 }  // namespace telvane

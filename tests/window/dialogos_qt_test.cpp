@@ -53,6 +53,21 @@ class Cajas : public ::testing::Test {
         if (caja == nullptr) throw std::logic_error("no hay caja");
         return *caja;
     }
+    // As the display delivers it, at a moment of its own: to the window, which hands it to whoever has the
+    // focus.
+    void suceder(QWidget& en, QEvent::Type que, Qt::Key tecla, bool repetida = false) {
+        QKeyEvent suceso(que, tecla, Qt::NoModifier, QStringLiteral("\r"), repetida);
+        suceso.setTimestamp(milisegundo);
+        QCoreApplication::sendEvent(en.windowHandle(), &suceso);
+    }
+    void teclear(QWidget& en, Qt::Key tecla, bool repetida = false) {
+        ++milisegundo;
+        suceder(en, QEvent::KeyPress, tecla, repetida);
+    }
+    void soltar(QWidget& en, Qt::Key tecla) {
+        ++milisegundo;
+        suceder(en, QEvent::KeyRelease, tecla);
+    }
     void cerrada() {
         EXPECT_TRUE(QTest::qWaitFor([&] { return abierto<QMessageBox>() == nullptr; }));
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -62,6 +77,7 @@ class Cajas : public ::testing::Test {
     RelojSistema reloj;
     DialogosQt dialogos{bucle, reloj};
     std::optional<Boton> respuesta;
+    std::uint64_t milisegundo = 1'000;
 };
 
 TEST_F(Cajas, TheTextIsShownPlainWithItsBlanksAndLineEnds) {
@@ -126,14 +142,6 @@ TEST_F(Cajas, EnterGivesTheDefaultAnswer) {
     cerrada();
 }
 
-// As the system delivers it: to the window, which hands it to whoever has the focus.
-void teclear(QWidget& en, Qt::Key tecla, bool repetida = false) {
-    QTest::simulateEvent(en.windowHandle(), true, tecla, Qt::NoModifier, QStringLiteral("\r"), repetida);
-}
-void soltar(QWidget& en, Qt::Key tecla) {
-    QTest::simulateEvent(en.windowHandle(), false, tecla, Qt::NoModifier, QStringLiteral("\r"), false);
-}
-
 TEST_F(Cajas, AKeyThatWasAlreadyDownAnswersNothing) {
     auto& caja = preguntar(Mensaje("x", Botones::siNo));
     for (const auto tecla : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Escape}) {
@@ -143,6 +151,19 @@ TEST_F(Cajas, AKeyThatWasAlreadyDownAnswersNothing) {
     EXPECT_FALSE(respuesta.has_value());
     teclear(caja, Qt::Key_Return);
     EXPECT_EQ(respuesta, Boton::si);
+    cerrada();
+}
+
+TEST_F(Cajas, AHeldKeyThatGoesUpAndDownInOneInstantIsStillTheSameStroke) {
+    auto& caja = preguntar(Mensaje("x", Botones::siNo));
+    for (int repeticion = 0; repeticion < 3; ++repeticion) {
+        soltar(caja, Qt::Key_Return);
+        suceder(caja, QEvent::KeyPress, Qt::Key_Return);
+        EXPECT_FALSE(respuesta.has_value());
+    }
+    soltar(caja, Qt::Key_Return);
+    teclear(caja, Qt::Key_Return);
+    EXPECT_EQ(respuesta, Boton::si) << "pressed anew";
     cerrada();
 }
 
