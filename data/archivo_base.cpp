@@ -29,16 +29,22 @@ constexpr std::string_view kAhiHayUnaFicha =
     "ahí está la ficha de una descarga; quítela de ahí, o dé otro nombre";
 constexpr std::string_view kProcesado = "El archivo se proceso con exito";
 
-// It begins with the eight digits of a serial number, or with an erased one, and no text goes on like this:
-// for all that anybody can tell a logger's, whole or not. The spreadsheets' own formats begin otherwise.
+std::string_view comoTexto(std::span<const std::uint8_t> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// It begins with the eight digits of a serial number, or with an erased one, and no text's first line goes on
+// like this: for all that anybody can tell a logger's, whole or not. The spreadsheets' own formats begin
+// otherwise; further down a table holds whatever the logger's texts do.
 bool pareceImagen(std::span<const std::uint8_t> bytes) {
     const auto deCifras = [](std::uint8_t b) { return (b & 0x0F) <= 9 && b >> 4 <= 9; };
     const auto borrado = [](std::uint8_t b) { return b == 0xFF; };
     const auto noEsTexto = [](std::uint8_t b) { return b < ' ' && b != '\t' && b != '\r' && b != '\n'; };
     if (bytes.size() < kBytesSerie) return false;
     const auto serie = bytes.first(kBytesSerie);
+    const auto linea = comoTexto(bytes).substr(0, comoTexto(bytes).find("\r\n"));
     return (std::ranges::all_of(serie, deCifras) || std::ranges::all_of(serie, borrado)) &&
-           std::ranges::any_of(bytes, noEsTexto);
+           std::ranges::any_of(bytes.first(linea.size()), noEsTexto);
 }
 
 // An object with two names that no table has, in whatever order somebody left them.
@@ -54,7 +60,7 @@ std::string porqueSeQueda(const std::filesystem::path& ruta, bool ficha) {
     try {
         const auto bytes = leerArchivo(ruta, kBytesMemoria);
         if (pareceImagen(bytes)) return std::string(kAhiHayUnaBase);
-        const bool esFicha = pareceFicha({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+        const bool esFicha = pareceFicha(comoTexto(bytes));
         return esFicha && !ficha ? std::string(kAhiHayUnaFicha) : "";
     } catch (const ErrorLectura& error) {
         return noSeSabeQueEs(error.motivo());

@@ -168,6 +168,13 @@ TEST_F(Archivos, ATableTakesNoMemorysPlaceWhateverItsName) {
         const auto hoja = poner("hoja.xls", comienzo + std::string(512 - comienzo.size(), '\0'));
         EXPECT_EQ(correr({"convertir", a, hoja.string()}).codigo, CodigoSalida::hecho);
     }
+    // The texts of a logger that nobody configured are no text, and stand in its table.
+    auto sinTextos = imagen();
+    sinTextos.replace(4, 100, 100, '\0');
+    const auto b = poner("b.rgt", sinTextos).string();
+    for (int vez = 0; vez < 2; ++vez)
+        EXPECT_EQ(correr({"convertir", b, carpeta / "b.csv"}).codigo, CodigoSalida::hecho) << vez;
+    EXPECT_EQ(correr({"convertir", a, poner("otra", sinTextos).string()}).codigo, CodigoSalida::malUso);
     // A text of a memory's length is a text.
     const auto tabla = poner("tabla", std::string(kBytesMemoria, 'x'));
     EXPECT_EQ(correr({"convertir", a, tabla.string()}).codigo, CodigoSalida::hecho);
