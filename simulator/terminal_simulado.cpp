@@ -96,10 +96,11 @@ void TerminalSimulado::enlazar() {
     } else if (que == fs::file_type::symlink) {
         throw std::runtime_error(fmt::format(
             "{} ya lleva a otro dispositivo o archivo: bórrelo o dé otro nombre", nombreVisible(enlace_)));
-    } else if (que != fs::file_type::not_found) {
+    } else if (que != fs::file_type::not_found && que != fs::file_type::none) {
         throw std::runtime_error(
             fmt::format("{} ya existe y no es un enlace: dé otro nombre", nombreVisible(enlace_)));
     }
+    // Why a name cannot be looked up is told here as well.
     if (::symlink(nombre_.c_str(), enlace_.c_str()) == 0) return;
     const auto carpeta = enlace_.parent_path();
     const auto motivo =

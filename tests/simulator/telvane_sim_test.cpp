@@ -187,6 +187,11 @@ TEST_F(TelvaneSim, ALinkInAFolderThatIsNotThereIsAFailure) {
     EXPECT_THAT(queja, testing::EndsWith("hay: no existe la carpeta " + (carpeta / "no").string() + "\n"));
 }
 
+TEST_F(TelvaneSim, ALinkThatCannotBeMadeIsToldWithItsReason) {
+    EXPECT_EQ(rechazado({TELVANE_SIM, "--enlace", (carpeta / std::string(300, 'n')).string()}), 1);
+    EXPECT_THAT(queja, HasSubstr("el nombre es demasiado largo"));
+}
+
 TEST_F(TelvaneSim, WrongUsageEndsWithTwo) {
     EXPECT_EQ(rechazado({TELVANE_SIM}), 2);
     EXPECT_THAT(queja, HasSubstr("falta --enlace"));
