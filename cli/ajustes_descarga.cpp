@@ -252,10 +252,14 @@ class Lector {
 
     std::vector<std::uint8_t> contenido() const {
         try {
-            return leerArchivo(archivo_, kMaximo);
+            auto bytes = leerArchivo(archivo_, kMaximo + 1);
+            if (bytes.size() <= kMaximo) return bytes;
         } catch (const ErrorLectura& error) {
             mal(fmt::format("no se pueden leer los ajustes {}: {}", cual(), error.motivo()));
         }
+        // What would stand behind would count for nothing.
+        mal(fmt::format("no se pueden leer los ajustes {}: tiene más de {} bytes, quite lo que sobra", cual(),
+                        kMaximo));
     }
 
     void ponerNombreDeArchivo() {
@@ -282,6 +286,8 @@ class Lector {
         if (igual == std::string_view::npos) mal("se espera NOMBRE=valor");
         if (texto.starts_with("export ")) return tomarLinea(texto.substr(7));
         const std::string nombre(texto.substr(0, igual));
+        if (!nombre.empty() && blanco(nombre.back()))
+            mal(fmt::format("sobra el blanco delante de =: escriba {}=valor", recortado(nombre, kBlancos)));
         poner(nombre, texto.substr(igual + 1));
     }
 

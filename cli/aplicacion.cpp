@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "cli/ordenes.h"
+#include "cli/sesion_cli.h"
 #include "consola/aplicacion_consola.h"
 #include "consola/consola.h"
 #include "link/protocolo.h"
@@ -16,6 +17,10 @@ void declararOrdenes(Argumentos& argumentos, ContextoCli& contexto) {
          .valor = "N=DISPOSITIVO",
          .ayuda = fmt::format("Puerto N (1 a {}) y su dispositivo; repetible. Sin ninguno, los presentes",
                               kUltimoPuerto)});
+    // Also for an order that needs no port.
+    argumentos.programa().alElegir([&contexto] {
+        if (!contexto.com.empty()) static_cast<void>(leerMapa(contexto.entorno, contexto.com));
+    });
     for (const auto declarar : kDeclaraciones) declarar(argumentos, contexto);
     argumentos.programa().pie(
         "Códigos de salida: 0 hecho, 1 fallo, 2 mal uso, 3 sin registrador, 130 interrumpido.");

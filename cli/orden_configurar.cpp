@@ -87,7 +87,8 @@ std::string motivoIntervalo(const std::string& texto) {
 std::string motivoFecha(const std::string& texto) {
     const auto fecha = leerFechaCorta(texto);
     if (fecha && cabeEnElReloj(fecha->anio)) return "";
-    return fmt::format("debe ser dd/mm/aaaa, de {} a {}", kPrimerAnioReloj, kUltimoAnioReloj);
+    return fmt::format("debe ser una fecha que existe, dd/mm/aaaa, de {} a {}", kPrimerAnioReloj,
+                       kUltimoAnioReloj);
 }
 std::string motivoHora(const std::string& texto) {
     return leerHora(texto) ? "" : "debe ser hh:mm:ss";

@@ -8,7 +8,8 @@ namespace telvane {
 
 std::string motivoRango(const std::string& texto, int minimo, int maximo) {
     const auto valor = numeroDe<int>(texto);
-    if (valor && *valor >= minimo && *valor <= maximo) return "";
+    const bool menosNada = valor && *valor == 0 && texto.starts_with('-');
+    if (valor && *valor >= minimo && *valor <= maximo && !menosNada) return "";
     return fmt::format("debe ser un número entero de {} a {}", minimo, maximo);
 }
 

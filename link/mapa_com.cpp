@@ -186,7 +186,7 @@ bool puedeUsarse(const fs::path& archivo) {
 // Whether a device's place holds what was meant as an address: of no file that is named so does a user stand
 // before its first folder.
 bool pareceDireccion(std::string_view dispositivo) {
-    return dispositivo.find("://") != std::string_view::npos ||
+    return dispositivo.find("://") != std::string_view::npos || dispositivo.starts_with("tcp:") ||
            dispositivo.substr(0, dispositivo.find('/')).find('@') != std::string_view::npos;
 }
 

@@ -28,7 +28,7 @@ std::optional<std::chrono::seconds> leerHora(std::string_view texto) {
         const bool ultima = parte + 1 == kLimites.size();
         if (cifras.empty() || cifras.size() > 2 || (fin == texto.size()) != ultima) return std::nullopt;
         const auto valor = numeroDe<int>(cifras);
-        if (!valor || *valor < 0 || *valor >= kLimites[parte]) return std::nullopt;
+        if (!valor || cifras.front() == '-' || *valor >= kLimites[parte]) return std::nullopt;
         total = total * 60 + *valor;
         texto.remove_prefix(ultima ? fin : fin + 1);
     }

@@ -46,7 +46,8 @@ std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::si
 
 std::size_t leerArchivo(const std::filesystem::path& ruta, std::span<std::uint8_t> destino) {
     const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (archivo() < 0) fallar(ruta, motivoSistema(errno));
+    // A socket, or a device that nobody drives.
+    if (archivo() < 0) fallar(ruta, errno == ENXIO ? "no es un archivo" : motivoSistema(errno));
     struct stat datos {};
     if (::fstat(archivo(), &datos) != 0) fallar(ruta, motivoSistema(errno));
     if (S_ISDIR(datos.st_mode)) fallar(ruta, motivoSistema(EISDIR));

@@ -94,6 +94,15 @@ TEST_F(Estaciones, AFileSaysOneStation) {
                     .red());
 }
 
+// What would stand behind counted for nothing.
+TEST_F(Estaciones, AFileThatIsTooLongIsToldAndNotCut) {
+    const auto largo =
+        kPuertoUsb + ("#" + std::string((1U << 20U) - 1 - std::string(kPuertoUsb).size(), 'x'));
+    EXPECT_EQ(motivo(largo), "");
+    EXPECT_THAT(motivo(largo + "\nSERIE=99\n"),
+                HasSubstr("norte.conf: tiene más de 1048576 bytes, quite lo que sobra"));
+}
+
 TEST_F(Estaciones, WhatCannotBeIsToldWithItsFileAndLine) {
     const auto tras = [&](const std::string& linea) { return motivo(kPuertoUsb + linea + "\n"); };
     EXPECT_EQ(tras("CARPTEA=/x"), carpeta /
@@ -121,6 +130,8 @@ TEST_F(Estaciones, WhatCannotBeIsToldWithItsFileAndLine) {
     for (const auto* opcion : {"--base x", "--csv=x", "--com 1=x", "--ficha x", "--serie 1", "--reemplazar"})
         EXPECT_THAT(tras(std::string("OPCIONES=\"") + opcion + "\""), HasSubstr("no vale aquí")) << opcion;
     EXPECT_THAT(motivo(""), HasSubstr("norte.conf: falta COM"));
+    EXPECT_THAT(motivo("COM = 1=/dev/ttyUSB0"),
+                HasSubstr("línea 1: sobra el blanco delante de =: escriba COM="));
     EXPECT_THAT(motivo("COM=1=dev/ttyUSB0\n"),
                 HasSubstr("línea 1: COM: \"1=dev/ttyUSB0\" no es NÚMERO=/DISPOSITIVO"));
     EXPECT_THAT(motivo("COM=13=/dev/ttyUSB0\n"), HasSubstr("el número va de 1 a 12"));

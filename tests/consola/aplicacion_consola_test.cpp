@@ -63,7 +63,7 @@ TEST_F(Corrida, HelpAndVersionGoToTheOutput) {
 
 TEST(ValorDeOpcion, AWholeNumberIsOneWithinItsBounds) {
     for (const auto* bueno : {"0", "7", "-3", "60"}) EXPECT_EQ(motivoRango(bueno, -3, 60), "") << bueno;
-    for (const auto* malo : {"", "61", "-4", "7x", " 7", "7.0", "+7", "99999999999"})
+    for (const auto* malo : {"", "61", "-4", "7x", " 7", "7.0", "+7", "-0", "-00", "99999999999"})
         EXPECT_EQ(motivoRango(malo, -3, 60), "debe ser un número entero de -3 a 60") << malo;
     EXPECT_EQ(leerEntero("-3"), -3);
 }

@@ -36,7 +36,8 @@ TEST(DireccionTcp, WhatIsNeitherIsRefused) {
                               "tcp://usuario@maquina:4001", "/dev/ttyUSB0"}) {
         EXPECT_FALSE(leerDireccionTcp(texto)) << texto;
     }
-    EXPECT_THROW(MapaCom::fijo({"1=tcp://maquina"}), ErrorPuerto);
+    for (const auto* par : {"1=tcp://maquina", "1=tcp:/maquina:4001", "1=tcp:maquina:4001"})
+        EXPECT_THROW(MapaCom::fijo({par}), ErrorPuerto) << par;
     EXPECT_EQ(MapaCom::fijo({"1=TCP://maquina:4001"}).dispositivo(1), "tcp://maquina:4001");
     EXPECT_EQ(MapaCom::fijo({"1=/dev/serial/by-id/a@1"}).dispositivo(1), "/dev/serial/by-id/a@1");
     EXPECT_EQ(MapaCom::fijo({"1=tcp://maquina:4001"}).dispositivo(1), "tcp://maquina:4001");
