@@ -109,7 +109,7 @@ void repartirColumnas(const QFileDialog& dialogo) {
     cabecera->setSectionResizeMode(QHeaderView::ResizeToContents);
     cabecera->setSectionResizeMode(0, QHeaderView::Stretch);
     // Kind, size and date, with the letters that the list must have room for to show them too.
-    constexpr std::array<std::pair<int, int>, 3> kSobrantes = {{{2, 100}, {1, 80}, {3, 60}}};
+    constexpr std::array<std::pair<int, int>, 3> kSobrantes = {{{2, 100}, {1, 80}, {3, 76}}};
     const int letras = dialogo.width() / dialogo.fontMetrics().averageCharWidth();
     for (const auto& [columna, necesarias] : kSobrantes)
         cabecera->setSectionHidden(columna, letras < necesarias);

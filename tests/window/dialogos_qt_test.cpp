@@ -441,6 +441,8 @@ TEST_F(Archivos, TheNameHasRoomWithLargeLettersAsWell) {
     }));
     EXPECT_TRUE(lista->isColumnHidden(2)) << "the kind goes first";
     EXPECT_FALSE(lista->isColumnHidden(3));
+    dialogo.resize(dialogo.fontMetrics().averageCharWidth() * 72, 900);
+    EXPECT_TRUE(lista->isColumnHidden(3)) << "with icons as large as the letters the name needs its room";
     dialogo.reject();
     QApplication::setFont(antes);
 }

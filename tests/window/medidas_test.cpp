@@ -119,6 +119,20 @@ TEST(Medidas, WithLettersOfTwentyPointsASmallScreenScrollsDownwardsOnly) {
     }
 }
 
+// Titles and maker's line would leave the form two lines of its own.
+TEST(Medidas, WhereTheScreenHasFewLinesWhatIsOnlyLookedAtScrollsWithTheForm) {
+    const Letras grandes(QApplication::primaryScreen()->availableSize().height() / 20);
+    FormaInicio forma;
+    UsuarioPrueba hecho;
+    const VentanaInicio ventana(forma, hecho.usuario());
+    const auto* medio = ventana.findChild<QScrollArea*>();
+    ASSERT_NE(medio, nullptr);
+    for (const auto* control : {&forma.Label14, &forma.Label15, &forma.Label16})
+        EXPECT_TRUE(medio->isAncestorOf(ventana.widget(*control))) << control->nombre();
+    for (const auto* control : {&forma.Command1, &forma.salir})
+        EXPECT_FALSE(medio->isAncestorOf(ventana.widget(*control))) << control->nombre();
+}
+
 TEST(Medidas, TheLabelsOfAllFieldsEndAtTheSamePlace) {
     for (const int puntos : {9, kPuntosGrandes}) {
         const Letras letras(puntos);

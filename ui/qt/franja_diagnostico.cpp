@@ -1,27 +1,19 @@
 #include "ui/qt/franja_diagnostico.h"
 
-#include <QScreen>
+#include "ui/qt/medida_pantalla.h"
 
 namespace telvane {
 
 namespace {
 
 constexpr int kFilas = 3;
-// A line, and the bar to move along it, where the screen has few lines.
-constexpr int kFilasEnPantallaChica = 2;
-constexpr int kLineasDePantallaChica = 22;
-
-int filasPara(const QWidget& ventana) {
-    const auto* pantalla = ventana.screen();
-    const bool chica = pantalla != nullptr && pantalla->availableSize().height() <
-                                                  kLineasDePantallaChica * ventana.fontMetrics().height();
-    return chica ? kFilasEnPantallaChica : kFilas;
-}
+// A line, and the bar to move along it.
+constexpr int kFilasDondeHayPocas = 2;
 
 }  // namespace
 
 FranjaDiagnostico::FranjaDiagnostico(const Formulario& forma, QWidget* padre)
-    : VistaLineas(padre, filasPara(*padre)), forma_(forma) {
+    : VistaLineas(padre, pocasLineas(*padre) ? kFilasDondeHayPocas : kFilas), forma_(forma) {
     setObjectName(QStringLiteral("Diagnostico"));
     setAccessibleName(objectName());
     setFrameShape(QFrame::NoFrame);

@@ -26,4 +26,12 @@ inline int anchoDeContenido(const QWidget& widget) {
            2 * estilo.pixelMetric(QStyle::PM_ScrollBarExtent);
 }
 
+// A screen with so few lines of the window's letters has none to spare for what is only looked at.
+inline bool pocasLineas(const QWidget& ventana) {
+    constexpr int kLineas = 22;
+    const auto* pantalla = ventana.screen();
+    return pantalla != nullptr &&
+           pantalla->availableSize().height() < kLineas * ventana.fontMetrics().height();
+}
+
 }  // namespace telvane

@@ -109,7 +109,7 @@ QWidget* VentanaInicio::encabezado(Control& control, Control& linea) {
 
 QWidget* VentanaInicio::cabecera() {
     auto* partida = new FilaPartible(this);
-    partida->fila().addWidget(titulos());
+    if (!pocasLineas(*this)) partida->fila().addWidget(titulos());
     partida->fila().addStretch();
     auto* conexion = new QWidget(partida);
     auto* fila = sinMargen(new QHBoxLayout(conexion));
@@ -142,6 +142,7 @@ QWidget* VentanaInicio::cuerpo() {
 
 QLayout* VentanaInicio::columnaConfiguracion() {
     auto* columna = new QVBoxLayout;
+    if (pocasLineas(*this)) columna->addWidget(titulos());
     columna->addWidget(encabezado(forma_.Label11, forma_.Line2));
     columna->addWidget(filaDeBotones(forma_.configuracion, forma_.Command2));
     auto* campos = camposConfiguracion();
@@ -253,6 +254,7 @@ QLayout* VentanaInicio::columnaDatos() {
     lectura->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     conservarSitio(*lectura);
     columna->addWidget(lectura);
+    if (pocasLineas(*this)) columna->addWidget(crear(forma_.Label15));
     return columna;
 }
 
@@ -288,7 +290,7 @@ QLayout* VentanaInicio::pie() {
     franja_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     columna->addWidget(franja_);
     auto* partida = new FilaPartible(this);
-    partida->fila().addWidget(crear(forma_.Label15, partida));
+    if (!pocasLineas(*this)) partida->fila().addWidget(crear(forma_.Label15, partida));
     partida->fila().addStretch();
     partida->fila().addWidget(crear(forma_.salir, partida));
     columna->addWidget(partida);
