@@ -564,6 +564,17 @@ TEST_F(Callado, AReadingThatIsNoLongerLiveIsNotTakenForOne) {
     EXPECT_EQ(dichas().size(), 1U);
 }
 
+TEST_F(Callado, AReadingThatWasStoppedInItsSilenceIsNoConcern) {
+    conectar();
+    pulsar(forma.Command4);
+    pasar(30s);
+    detenerTras(Intercambio::reposo, 0);
+    pasar(3s);
+    pulsar(forma.Command4);
+    pasar(20s);
+    EXPECT_EQ(dichas(), std::vector<std::string>{});
+}
+
 TEST_F(Callado, TheIntervalOfTheLoggerBeforeIsSentToNobody) {
     conectar();
     detenerTras(Intercambio::lectura, 60);

@@ -28,7 +28,7 @@ inline int anchoDeContenido(const QWidget& widget) {
 
 // A screen with so few lines of the window's letters has none to spare for what is only looked at.
 inline bool pocasLineas(const QWidget& ventana) {
-    constexpr int kLineas = 22;
+    constexpr int kLineas = 24;
     const auto* pantalla = ventana.screen();
     return pantalla != nullptr &&
            pantalla->availableSize().height() < kLineas * ventana.fontMetrics().height();
