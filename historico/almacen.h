@@ -36,8 +36,8 @@ class ErrorAlmacen : public std::runtime_error {
    public:
     // pasajera: the same may succeed at once on a new connection. agotada: somebody else holds the store, and
     // waiting for him has taken all the time there is. delDato: what was to be kept is not taken there;
-    // something else may be.
-    enum class Clase { otra, pasajera, agotada, delDato };
+    // something else may be. ajeno: what stands there is no archive.
+    enum class Clase { otra, pasajera, agotada, delDato, ajeno };
     explicit ErrorAlmacen(const std::string& que, Clase clase = Clase::otra)
         : std::runtime_error(sinControles(que)), clase_(clase) {}
     Clase clase() const { return clase_; }
@@ -153,6 +153,8 @@ class Almacen {
 
     // How messages name it.
     virtual std::string nombre() const = 0;
+    // What stands before a table's name.
+    virtual std::string_view prefijo() const = 0;
     // The file of limits that belongs to it; empty where it stands in no folder.
     virtual std::filesystem::path limitesAlLado() const { return {}; }
     // The files that it consists of, or may at any moment.
@@ -279,8 +281,6 @@ class Almacen {
     // Rows of the station whose image is not there.
     std::int64_t contarSinImagen(std::string_view tabla, IdEstacion estacion);
 
-    // What stands before a table's name.
-    virtual std::string_view prefijo() const = 0;
     // The bigint that a statement answers.
     virtual std::int64_t numero(const std::string& sql) = 0;
 };

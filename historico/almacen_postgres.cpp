@@ -815,14 +815,7 @@ std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
     std::vector<std::string> lista;
     try {
         lista = intrusos();
-        const auto deben = tablasDebidas();
-        const auto hay = tablas();
-        // What only bears another name is not lost.
-        const bool conOtroNombre = !devolverNombres(deben, hay, kDialecto.prefijo).empty();
-        for (const auto& falta : lista.empty() ? faltasDe(deben, hay) : std::vector<Falta>()) {
-            lista.push_back(
-                fmt::format("{}: {}", textoDe(falta), conOtroNombre ? kReponer : remedioAqui(falta)));
-        }
+        if (lista.empty()) lista = avisosDeFaltas(tablasDebidas(), tablas(), remedioAqui);
         // Of a table that is not there nothing else is either.
         for (const auto& parte : lista.empty() ? partesPorReponer() : std::vector<Parte>()) {
             lista.push_back(

@@ -773,13 +773,7 @@ std::vector<std::string> AlmacenSqlite::intrusos() const {
 std::vector<std::string> AlmacenSqlite::partesQueFaltan() {
     auto lista = intrusos();
     if (!lista.empty()) return lista;
-    const auto hay = tablas();
-    const auto deben = tablasDebidas();
-    // What only bears another name is not lost.
-    const bool conOtroNombre = !devolverNombres(deben, hay, kDialecto.prefijo).empty();
-    for (const auto& falta : faltasDe(deben, hay)) {
-        lista.push_back(fmt::format("{}: {}", textoDe(falta), conOtroNombre ? kReponer : remedioAqui(falta)));
-    }
+    lista = avisosDeFaltas(tablasDebidas(), tablas(), remedioAqui);
     // Of a table that is not there nothing else is either.
     if (!lista.empty()) return lista;
     for (const auto& parte : partesPorReponer()) {

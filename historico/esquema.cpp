@@ -293,35 +293,96 @@ auto unicaQue(const Lista& lista, Condicion condicion) -> decltype(&lista.front(
     return &*una;
 }
 
+// A table that stands under another name, maybe that of another one of them. It is known by its columns.
+struct Mudanza {
+    std::string desde;
+    std::string hasta;
+};
+
+std::vector<Mudanza> mudanzasDe(const Tablas& deben, const Tablas& hay) {
+    const auto tieneTodo = [](const Tabla& debe, Tabla una) {
+        una.nombre = debe.nombre;
+        return faltasDe({debe}, {std::move(una)}).empty();
+    };
+    const auto estaBien = [&](const Tabla& una) {
+        const auto* debe = buscarTabla(deben, una.nombre);
+        return debe != nullptr && tieneTodo(*debe, una);
+    };
+    std::vector<Mudanza> mudanzas;
+    for (const auto& debe : deben) {
+        const auto* suya = buscarTabla(hay, debe.nombre);
+        if (suya != nullptr && estaBien(*suya)) continue;
+        const auto* otra =
+            unicaQue(hay, [&](const Tabla& una) { return !estaBien(una) && esComo(debe, una); });
+        if (otra == nullptr)
+            otra = unicaQue(hay, [&](const Tabla& una) { return !estaBien(una) && tieneTodo(debe, una); });
+        if (otra != nullptr) mudanzas.push_back({.desde = otra->nombre, .hasta = debe.nombre});
+    }
+    // Nothing is pushed out of a place where it may belong.
+    const auto ocupado = [&](const Mudanza& una) {
+        return buscarTabla(hay, una.hasta) != nullptr &&
+               std::ranges::find(mudanzas, una.hasta, &Mudanza::desde) == mudanzas.end();
+    };
+    for (auto una = mudanzas.begin(); una != mudanzas.end();) {
+        // Without it the place that it was to leave stays taken.
+        una = ocupado(*una) ? (mudanzas.erase(una), mudanzas.begin()) : una + 1;
+    }
+    return mudanzas;
+}
+
+// The one of its kind that is too many, where this is the only one of its kind that is missing.
+const Columna* conOtroNombre(const Tablas& deben, const Tablas& hay, const Falta& falta) {
+    if (falta.clase != Falta::Clase::columna) return nullptr;
+    const auto& debe = *buscarTabla(deben, falta.tabla);
+    const auto* suya = buscarTabla(hay, falta.tabla);
+    const auto esDeEsas = [&](const Columna& una) {
+        return una.tipo == falta.columna.tipo && una.obligatoria == falta.columna.obligatoria;
+    };
+    const auto* faltaSola = unicaQue(debe.columnas, [&](const Columna& una) {
+        return esDeEsas(una) && suya->columna(una.nombre) == nullptr;
+    });
+    return faltaSola == nullptr ? nullptr : unicaQue(suya->columnas, [&](const Columna& una) {
+        return esDeEsas(una) && debe.columna(una.nombre) == nullptr;
+    });
+}
+
+bool seMuda(const std::vector<Mudanza>& mudanzas, const Falta& falta) {
+    return std::ranges::find(mudanzas, falta.tabla, &Mudanza::hasta) != mudanzas.end();
+}
+
 }  // namespace
+
+std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay,
+                                        std::string_view (*remedio)(const Falta& falta)) {
+    std::vector<std::string> lista;
+    const auto mudanzas = mudanzasDe(deben, hay);
+    for (const auto& una : mudanzas)
+        lista.push_back(fmt::format("la tabla {} lleva el nombre {}: {}", una.hasta, una.desde, kReponer));
+    for (const auto& falta : faltasDe(deben, hay)) {
+        if (seMuda(mudanzas, falta)) continue;
+        // What only bears another name is not lost.
+        const bool esta = conOtroNombre(deben, hay, falta) != nullptr;
+        lista.push_back(fmt::format("{}: {}", textoDe(falta), esta ? kReponer : remedio(falta)));
+    }
+    return lista;
+}
 
 std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay, std::string_view prefijo) {
     std::vector<std::string> sentencias;
+    const auto llamar = [&](const std::string& una, const std::string& nombre) {
+        sentencias.push_back(
+            fmt::format("ALTER TABLE {}{} RENAME TO {}", prefijo, entreComillas(una), nombre));
+    };
+    // Two may stand in each other's place.
+    const auto provisional = [](const Mudanza& una) { return "telvane_de_" + una.hasta; };
+    const auto mudanzas = mudanzasDe(deben, hay);
+    for (const auto& una : mudanzas) llamar(una.desde, provisional(una));
+    for (const auto& una : mudanzas) llamar(provisional(una), una.hasta);
     for (const auto& falta : faltasDe(deben, hay)) {
-        const auto& debe = *buscarTabla(deben, falta.tabla);
-        if (falta.clase == Falta::Clase::tabla) {
-            const auto* otra = unicaQue(hay, [&](const Tabla& una) {
-                return buscarTabla(deben, una.nombre) == nullptr && esComo(debe, una);
-            });
-            if (otra != nullptr)
-                sentencias.push_back(fmt::format("ALTER TABLE {}{} RENAME TO {}", prefijo,
-                                                 entreComillas(otra->nombre), debe.nombre));
-        } else if (falta.clase == Falta::Clase::columna) {
-            const auto* suya = buscarTabla(hay, falta.tabla);
-            const auto esDeEsas = [&](const Columna& una) {
-                return una.tipo == falta.columna.tipo && una.obligatoria == falta.columna.obligatoria;
-            };
-            const auto* sobra = unicaQue(suya->columnas, [&](const Columna& una) {
-                return esDeEsas(una) && debe.columna(una.nombre) == nullptr;
-            });
-            const auto* falta1 = unicaQue(debe.columnas, [&](const Columna& una) {
-                return esDeEsas(una) && suya->columna(una.nombre) == nullptr;
-            });
-            if (sobra != nullptr && falta1 != nullptr)
-                sentencias.push_back(fmt::format("ALTER TABLE {}{} RENAME COLUMN {} TO {}", prefijo,
-                                                 debe.nombre, entreComillas(sobra->nombre),
-                                                 falta.columna.nombre));
-        }
+        const auto* otra = seMuda(mudanzas, falta) ? nullptr : conOtroNombre(deben, hay, falta);
+        if (otra != nullptr)
+            sentencias.push_back(fmt::format("ALTER TABLE {}{} RENAME COLUMN {} TO {}", prefijo, falta.tabla,
+                                             entreComillas(otra->nombre), falta.columna.nombre));
     }
     return sentencias;
 }

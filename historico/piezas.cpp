@@ -1,8 +1,9 @@
 #include "historico/piezas.h"
 
+#include <algorithm>
+#include <array>
 #include <map>
 #include <span>
-#include <tuple>
 #include <utility>
 
 #include "historico/asimilacion.h"
@@ -13,9 +14,11 @@ namespace {
 
 class Emparejador {
    public:
-    Emparejador(Contenidos& contenidos, const std::vector<Almacen::FichaGuardada>& fichas)
+    Emparejador(Contenidos& contenidos, const std::vector<Almacen::FichaGuardada>& fichas,
+                const std::set<Huella>& deOtros)
         : contenidos_(contenidos),
           fichas_(fichas),
+          deOtros_(deOtros),
           deContenido_(contenidos.todos().size()),
           usadas_(fichas.size()) {}
 
@@ -25,8 +28,11 @@ class Emparejador {
         const auto sitio = [](const Almacen::FichaGuardada& f) { return Sitio(f.estacion, f.ficha.huella); };
         porClave<Sitio>(true, sitioDe, sitio);
         porClave<Huella>(true, nombreDe, [](const Almacen::FichaGuardada& f) { return f.ficha.huella; });
-        porLoQueDicen();
+        porLoQueDicen(0);
         porClave<Sitio>(false, sitioDe, sitio);
+        // Two nights of one memory differ in more.
+        constexpr std::size_t kCambiadas = 2;
+        for (std::size_t cuantas = 1; cuantas <= kCambiadas; ++cuantas) porLoQueDicen(cuantas);
         return juntar();
     }
 
@@ -50,24 +56,36 @@ class Emparejador {
         }
     }
 
-    // What was noted of an image under a wrong name is known by what it says.
-    void porLoQueDicen() {
+    // What was noted of an image under a wrong name is known by what it says, but for so many of its values.
+    void porLoQueDicen(std::size_t cambiadas) {
         for (std::size_t i = 0; i < deContenido_.size(); ++i) {
             const auto& contenido = contenidos_.todos()[i];
             if (deContenido_[i] || !contenido.es) continue;
             std::optional<FichaImagen> dicha;
             for (std::size_t j = 0; j < fichas_.size() && !deContenido_[i]; ++j) {
-                if (usadas_[j] || fichas_[j].estacion != contenido.guardado.estacion) continue;
+                if (usadas_[j] || (cambiadas > 0 && !esDeNadie(fichas_[j].ficha.huella))) continue;
                 if (!dicha)
                     dicha = ImagenNueva(contenidos_.bytes(*contenido.es), *contenido.es, {}, {}).ficha;
-                if (loQueDice(*dicha) == loQueDice(fichas_[j].ficha)) unir(i, j);
+                const Almacen::FichaGuardada debida{.estacion = contenido.guardado.estacion, .ficha = *dicha};
+                if (distintas(debida, fichas_[j]) == cambiadas) unir(i, j);
             }
         }
     }
-    using Dicho = std::tuple<std::size_t, std::optional<Instante>, std::optional<Instante>,
-                             std::optional<Instante>, std::int64_t, std::int64_t>;
-    static Dicho loQueDice(const FichaImagen& f) {
-        return {f.bytes, f.reloj, f.desde, f.hasta, f.muestras, f.retrocesos};
+    static std::size_t distintas(const Almacen::FichaGuardada& una, const Almacen::FichaGuardada& otra) {
+        const auto& a = una.ficha;
+        const auto& b = otra.ficha;
+        const std::array lasDos = {una.estacion != otra.estacion,
+                                   a.bytes != b.bytes,
+                                   a.reloj != b.reloj,
+                                   a.desde != b.desde,
+                                   a.hasta != b.hasta,
+                                   a.muestras != b.muestras,
+                                   a.retrocesos != b.retrocesos};
+        return static_cast<std::size_t>(std::ranges::count(lasDos, true));
+    }
+    // Of an image that was there something else would tell as well.
+    bool esDeNadie(const Huella& huella) const {
+        return !contenidos_.seLee(huella) && !deOtros_.contains(huella);
     }
 
     void unir(std::size_t contenido, std::size_t ficha) {
@@ -101,14 +119,16 @@ class Emparejador {
 
     Contenidos& contenidos_;
     const std::vector<Almacen::FichaGuardada>& fichas_;
+    const std::set<Huella>& deOtros_;
     std::vector<std::optional<std::size_t>> deContenido_;
     std::vector<bool> usadas_;
 };
 
 }  // namespace
 
-std::vector<Pieza> piezasDe(Contenidos& contenidos, const std::vector<Almacen::FichaGuardada>& fichas) {
-    return Emparejador(contenidos, fichas).emparejar();
+std::vector<Pieza> piezasDe(Contenidos& contenidos, const std::vector<Almacen::FichaGuardada>& fichas,
+                            const std::set<Huella>& deOtros) {
+    return Emparejador(contenidos, fichas, deOtros).emparejar();
 }
 
 }  // namespace telvane

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,9 @@ struct Pieza {
     bool seLee = false;
 };
 
-// Each after the one that it is packed upon.
-std::vector<Pieza> piezasDe(Contenidos& contenidos, const std::vector<Almacen::FichaGuardada>& fichas);
+// Each after the one that it is packed upon. deOtros: images of which something else than contents' names and
+// notes tells; a note of an image that nobody knows may be that of a content which has none.
+std::vector<Pieza> piezasDe(Contenidos& contenidos, const std::vector<Almacen::FichaGuardada>& fichas,
+                            const std::set<Huella>& deOtros);
 
 }  // namespace telvane

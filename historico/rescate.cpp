@@ -20,6 +20,13 @@ namespace {
 constexpr std::string_view kSerieDesconocida = "00000000";
 constexpr std::string_view kRecuperada = "recuperada";
 
+// Whether a station is still called what it was, but for the number of its logger.
+bool seConserva(const std::string& nombre, const std::string& nuevo) {
+    const auto serie = nombre.substr(0, kSerieDesconocida.size());
+    return nombre == nuevo || (esSerie(serie) && esNombreDe(nombre, serie) &&
+                               nombreJuntoALaSerie(nombre) == nombreJuntoALaSerie(nuevo));
+}
+
 }  // namespace
 
 Rescate::Rescate(Almacen& almacen, const std::function<void()>& alAvanzar)
@@ -27,8 +34,9 @@ Rescate::Rescate(Almacen& almacen, const std::function<void()>& alAvanzar)
       alAvanzar_(alAvanzar),
       filas_(almacen.estaciones()),
       fichas_(almacen.fichasGuardadas()),
+      deOtros_(deOtros()),
       contenidos_(almacen, nombradas(), alAvanzar),
-      piezas_(piezasDe(contenidos_, fichas_)) {
+      piezas_(piezasDe(contenidos_, fichas_, deOtros_)) {
     situar();
     agrupar();
     fundirHuerfanas();
@@ -38,14 +46,25 @@ Rescate::Rescate(Almacen& almacen, const std::function<void()>& alAvanzar)
     describir();
 }
 
-// Images that something else than their contents speaks of.
-std::set<Huella> Rescate::nombradas() const {
+// Images of which something else tells than what stands for them themselves.
+std::set<Huella> Rescate::deOtros() const {
     std::set<Huella> huellas;
-    for (const auto& una : fichas_) huellas.insert(una.ficha.huella);
+    for (const auto& eslabon : almacen_.eslabones()) {
+        if (eslabon.base) huellas.insert(*eslabon.base);
+    }
     for (const auto& fila : filas_) {
         if (fila.resumen.masNueva) huellas.insert(*fila.resumen.masNueva);
         for (const auto& [imagen, descarga] : almacen_.descargas(fila.id)) huellas.insert(imagen);
+        for (const auto& testigo : almacen_.testigos(fila.id, kPrimerMomento, kUltimoMomento))
+            huellas.insert(testigo.imagen);
     }
+    return huellas;
+}
+
+// Images that something else than their contents speaks of.
+std::set<Huella> Rescate::nombradas() const {
+    auto huellas = deOtros_;
+    for (const auto& una : fichas_) huellas.insert(una.ficha.huella);
     return huellas;
 }
 
@@ -94,7 +113,8 @@ void Rescate::agrupar() {
     for (auto& [id, grupo] : grupos_) grupo.serie = serieDe(grupo);
 }
 
-// Whose images a station's row speaks of: the newest one and its header must be among them.
+// Whose images a station's row speaks of: the newest one must be among them, and so its header where the
+// row's own number leads to other ones.
 IdEstacion Rescate::dondeEsta(const EstacionGuardada& fila) {
     const auto& nueva = fila.resumen.masNueva;
     if (!nueva || !contenidos_.seLee(*nueva)) return fila.id;
@@ -106,8 +126,10 @@ IdEstacion Rescate::dondeEsta(const EstacionGuardada& fila) {
     if (quienes.contains(fila.id) || quienes.size() != 1) return fila.id;
     const auto& bytes = contenidos_.bytes(*nueva);
     const auto& cabecera = fila.resumen.cabecera;
-    const bool laSuya = cabecera.size() == std::min(bytes.size(), registro_config::kCabecera) &&
-                        std::equal(cabecera.begin(), cabecera.end(), bytes.begin());
+    const auto suGrupo = grupos_.find(fila.id);
+    const bool sinOtras = suGrupo == grupos_.end() || suGrupo->second.piezas.empty();
+    const bool laSuya = sinOtras || (cabecera.size() == std::min(bytes.size(), registro_config::kCabecera) &&
+                                     std::equal(cabecera.begin(), cabecera.end(), bytes.begin()));
     return laSuya ? *quienes.begin() : fila.id;
 }
 
@@ -471,16 +493,20 @@ Rescate::Lineas Rescate::guardarEstaciones() {
             almacen_.agregarEstacion(estacion);
             almacen_.guardarResumen(id, estacion.resumen);
         }
-        const bool seSabia = grupo.fila && grupo.fila->nombre == grupo.nombre;
-        const bool inventado =
-            nombreJuntoALaSerie(grupo.nombre).starts_with(kRecuperada) || grupo.serie == kSerieDesconocida;
-        if (!seSabia && inventado) {
-            avisos.push_back(
-                fmt::format("estación {}: su nombre se había perdido, y este es nuevo", grupo.nombre));
-        }
+        if (!grupo.fila || !seConserva(grupo.fila->nombre, grupo.nombre))
+            avisos.push_back(avisoDeNombre(grupo));
         grupo.fila = estacion;
     }
     return avisos;
+}
+
+// Also where it is likely: of two stations of one number it may be the other's.
+std::string Rescate::avisoDeNombre(const Grupo& grupo) const {
+    const auto otro = grupo.serie == kSerieDesconocida ? std::string("SERIE") : grupo.serie + "/NOMBRE";
+    return fmt::format(
+        "estación {0}: su nombre se había perdido, y este es nuevo; si era otro, póngaselo con UPDATE "
+        "{1}estaciones SET nombre='{2}' WHERE nombre='{0}', y haga rehacer",
+        grupo.nombre, almacen_.prefijo(), otro);
 }
 
 bool Rescate::esSuContenido(const Pieza& pieza) const {

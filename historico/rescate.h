@@ -56,6 +56,7 @@ class Rescate {
         bool sirve = false;  // as it is packed
     };
 
+    std::set<Huella> deOtros() const;
     std::set<Huella> nombradas() const;
     void situar();
     IdEstacion laDeSusMuestras(const std::vector<IdEstacion>& cuales, const Huella& huella);
@@ -80,6 +81,7 @@ class Rescate {
     void guardarContenidos();
     void guardarFichas();
     Lineas guardarEstaciones();
+    std::string avisoDeNombre(const Grupo& grupo) const;
 
     bool esSuContenido(const Pieza& pieza) const;
     const Almacen::Eslabon* guardadoDe(const Pieza& pieza) const;
@@ -89,6 +91,7 @@ class Rescate {
     std::function<void()> alAvanzar_;
     std::vector<EstacionGuardada> filas_;
     std::vector<Almacen::FichaGuardada> fichas_;
+    std::set<Huella> deOtros_;
     Contenidos contenidos_;
     std::vector<Pieza> piezas_;
     std::vector<Pieza> repetidas_;

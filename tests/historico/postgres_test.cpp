@@ -347,7 +347,7 @@ TEST(Servidor, PostgresqlThatLostAColumnOrAKeyNamesItAndGetsItBack) {
              {"ALTER TABLE telvane.imagenes ALTER reloj SET NOT NULL",
               "la columna reloj de la tabla imagenes no es como este programa la hace (timestamp without "
               "time zone)"},
-             {"ALTER TABLE telvane.muestras RENAME TO m2", "falta la tabla muestras"}}) {
+             {"ALTER TABLE telvane.muestras RENAME TO m2", "la tabla muestras lleva el nombre m2"}}) {
         servidor.ejecutar("claves", "SET client_min_messages=error; " + cambio);
         EXPECT_THAT(defectos(), testing::Contains(falta + ": repóngalo con rehacer").Times(1)) << cambio;
         EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::IsEmpty()) << cambio;
