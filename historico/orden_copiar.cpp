@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "consola/codigos_salida.h"
 #include "historico/ordenes.h"
 
 namespace telvane {
@@ -22,6 +23,17 @@ bool hayQueCopiar(Almacen& origen, const std::optional<std::string>& cual) {
     return !lectura.estaciones().empty();
 }
 
+// A name of something else is as wrong here as for any other output.
+std::unique_ptr<Almacen> abrirDestino(const ContextoHistorico& contexto, const std::string& destino) {
+    try {
+        return abrirAlmacen(destino, Uso::incorporar, contexto.entorno.paciencia,
+                            [&] { contexto.atender(); });
+    } catch (const ErrorAlmacen& error) {
+        if (error.clase() != ErrorAlmacen::Clase::ajeno) throw;
+        throw ErrorCli(CodigoSalida::malUso, error.what());
+    }
+}
+
 // sinCopiar: of how many images it failed.
 void terminar(Consola& consola, std::size_t copiadas, std::size_t sinCopiar) {
     Relato relato(consola);
@@ -36,8 +48,7 @@ void copiar(ContextoHistorico& contexto, const OpcionesCopiar& opciones) {
         terminar(contexto.consola, 0, 0);
         return;
     }
-    const auto destino = abrirAlmacen(opciones.destino, Uso::incorporar, contexto.entorno.paciencia,
-                                      [&] { contexto.atender(); });
+    const auto destino = abrirDestino(contexto, opciones.destino);
     Archivo suyo(*origen);
     const auto copia = Archivo(*destino).copiarDe(suyo, opciones.estacion, [&] { contexto.atender(); });
     for (const auto& fallo : copia.fallos) contexto.consola.aviso(fallo);

@@ -34,6 +34,8 @@ ErrorAlmacen::Clase claseDe(int codigo) {
         case SQLITE_CONSTRAINT:
         case SQLITE_TOOBIG:
             return ErrorAlmacen::Clase::delDato;
+        case SQLITE_NOTADB:
+            return ErrorAlmacen::Clase::ajeno;
         default:
             return ErrorAlmacen::Clase::otra;
     }

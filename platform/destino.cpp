@@ -168,16 +168,16 @@ void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
     if (::stat(destino.ruta.c_str(), &datos) != 0) {
         exigir(errno == ENOENT);
         // The data base would take what stands there for its own.
-        if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase)};
+        if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase), true};
         return;
     }
     if (S_ISDIR(datos.st_mode)) fallar(EISDIR);
     if (!S_ISREG(datos.st_mode)) throw Fallo{std::string(kNoEsArchivoNormal)};
+    if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase), true};
     if (destino.nuevo) throw Fallo{motivoEscritura(EEXIST)};
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
     exigirQueSeLea(destino.ruta);
-    if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase)};
     if (const auto porque = regla.porque ? regla.porque(destino.ruta) : std::string(); !porque.empty())
         throw Fallo{porque, true};
     destino.previo = datos;
