@@ -1,12 +1,11 @@
 #include "data/decodificador.h"
 
-#include <string_view>
-
 #include <fmt/format.h>
 
 #include "data/columnas.h"
 #include "data/conversiones.h"
 #include "data/linea_muestra.h"
+#include "platform/contados.h"
 
 namespace telvane {
 
@@ -19,10 +18,6 @@ constexpr float enDecimas(std::int32_t valor) {
 }
 constexpr float enCentesimas(std::int32_t valor) {
     return static_cast<float>(valor / 100.0);
-}
-
-std::string contados(std::uint32_t cuantos, std::string_view uno, std::string_view varios) {
-    return fmt::format("{} {}", cuantos, cuantos == 1 ? uno : varios);
 }
 
 void agregarLinea(std::string& lineas, BytesMuestraConst registro, bool evaporacion) {

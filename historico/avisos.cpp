@@ -9,6 +9,7 @@
 
 #include "historico/limites_aviso.h"
 #include "historico/textos_historico.h"
+#include "platform/contados.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -26,14 +27,10 @@ double enHoras(seconds cuanto) {
     return std::chrono::duration<double, hours::period>(cuanto).count();
 }
 
-std::string cuantos(std::int64_t n, std::string_view uno, std::string_view varios) {
-    return fmt::format("{} {}", n, n == 1 ? uno : varios);
-}
-
 // "95 segundos", "12 minutos", "3 horas", "4 días"
 std::string enPalabras(seconds cuanto) {
     const auto largo = abs(cuanto);
-    if (largo < minutes(2)) return cuantos(largo.count(), "segundo", "segundos");
+    if (largo < minutes(2)) return contados(largo.count(), "segundo", "segundos");
     if (largo < hours(2)) return fmt::format("{} minutos", floor<minutes>(largo).count());
     if (largo < days(2)) return fmt::format("{} horas", floor<hours>(largo).count());
     return fmt::format("{} días", floor<days>(largo).count());
@@ -68,7 +65,7 @@ Texto silencio(const Observada& o, const Mirada& mirada) {
     const seconds hace = mirada.ahora - ultima;
     const auto enteras = std::chrono::floor<hours>(hace).count();
     return fmt::format("sin imágenes desde hace {}, la última es de {}",
-                       enteras > 0 ? cuantos(enteras, "hora", "horas") : enPalabras(hace), isoDe(ultima));
+                       enteras > 0 ? contados(enteras, "hora", "horas") : enPalabras(hace), isoDe(ultima));
 }
 
 Texto relojDesviado(const Observada& o) {
@@ -202,26 +199,26 @@ Texto parcial(const Observada& o) {
     if (o.ultimas.empty()) return std::nullopt;
     const auto& ultima = o.ultimas.back().imagen;
     if (!ultima.parcial()) return std::nullopt;
-    return fmt::format("su última imagen es parcial, {} bytes de {}: descárguela otra vez", ultima.bytes,
-                       kBytesMemoria);
+    return fmt::format("su última imagen es parcial, {} de {}: descárguela otra vez",
+                       contados(static_cast<std::int64_t>(ultima.bytes), "byte", "bytes"), kBytesMemoria);
 }
 
 Texto conflictos(const Observada& o) {
     if (o.conflictosNuevos == 0) return std::nullopt;
     return fmt::format("la última imagen trae {} en conflicto: mire exportar --todo",
-                       cuantos(o.conflictosNuevos, "hora", "horas"));
+                       contados(o.conflictosNuevos, "hora", "horas"));
 }
 
 Texto huecos(const Observada& o) {
     if (o.huecosNuevos == 0) return std::nullopt;
     return fmt::format("la última imagen trae {}: mire la alimentación del registrador",
-                       cuantos(o.huecosNuevos, "hueco", "huecos"));
+                       contados(o.huecosNuevos, "hueco", "huecos"));
 }
 
 Texto sinCopiar(const Observada& o, const Mirada& mirada) {
     if (o.sinCopiar.value_or(0) == 0) return std::nullopt;
     return fmt::format("{} en {}: copie con copiar --a",
-                       cuantos(*o.sinCopiar, "imagen no está", "imágenes no están"), mirada.copia);
+                       contados(*o.sinCopiar, "imagen no está", "imágenes no están"), mirada.copia);
 }
 
 }  // namespace

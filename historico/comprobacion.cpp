@@ -9,6 +9,7 @@
 #include "historico/esquema.h"
 #include "historico/lectura.h"
 #include "historico/rescate.h"
+#include "platform/contados.h"
 
 namespace telvane {
 
@@ -97,8 +98,9 @@ void decir(const std::string& estacion, const Lineas& lineas, Lineas& defectos) 
     for (std::size_t i = 0; i < std::min(lineas.size(), kLineasPorEstacion); ++i)
         defectos.push_back(fmt::format("estación {}: {}", estacion, lineas[i]));
     if (lineas.size() > kLineasPorEstacion) {
-        defectos.push_back(
-            fmt::format("estación {}: y {} defectos más", estacion, lineas.size() - kLineasPorEstacion));
+        defectos.push_back(fmt::format(
+            "estación {}: y {} más", estacion,
+            contados(static_cast<std::int64_t>(lineas.size() - kLineasPorEstacion), "defecto", "defectos")));
     }
 }
 

@@ -8,6 +8,7 @@
 #include "consola/json.h"
 #include "historico/ordenes.h"
 #include "historico/textos_historico.h"
+#include "platform/contados.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -58,11 +59,12 @@ std::string linea(const FichaDescarga& descarga) {
 
 std::string linea(const EstacionGuardada& estacion, const FichaImagen& ficha, const Descargas& descargas) {
     const auto suya = descargas.find(ficha.huella);
-    return fmt::format(
-        "{}  estación {}  {} bytes  reloj {}  {} muestras  {} retrocesos  incorporada {}  {}{}\n",
-        textoDe(ficha.huella), estacion.nombre, ficha.bytes, ficha.reloj ? isoDe(*ficha.reloj) : "incorrecto",
-        ficha.muestras, ficha.retrocesos, isoDe(ficha.incorporada), sinControles(ficha.origen),
-        suya == descargas.end() ? "" : linea(suya->second));
+    return fmt::format("{}  estación {}  {}  reloj {}  {}  {}  incorporada {}  {}{}\n", textoDe(ficha.huella),
+                       estacion.nombre, contados(static_cast<std::int64_t>(ficha.bytes), "byte", "bytes"),
+                       ficha.reloj ? isoDe(*ficha.reloj) : "incorrecto",
+                       contados(ficha.muestras, "muestra", "muestras"),
+                       contados(ficha.retrocesos, "retroceso", "retrocesos"), isoDe(ficha.incorporada),
+                       sinControles(ficha.origen), suya == descargas.end() ? "" : linea(suya->second));
 }
 
 void imagenes(ContextoHistorico& contexto, const OpcionesImagenes& opciones) {

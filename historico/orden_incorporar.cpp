@@ -16,6 +16,7 @@
 #include "historico/ordenes.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
+#include "platform/contados.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
 
@@ -112,9 +113,10 @@ class Tanda {
     // Throws ErrorCli where a file failed, each of which was told, or could not be told of.
     void correr(const std::vector<PorIncorporar>& archivos) {
         const auto fallidos = todos(archivos);
-        relato_.terminar(
-            fallidos == 0 ? "" : fmt::format("{} de {} archivos sin incorporar", fallidos, archivos.size()),
-            "lo incorporado está dentro: véalo con telvane-historico imagenes");
+        relato_.terminar(fallidos == 0 ? ""
+                                       : fmt::format("{} de {} sin incorporar", fallidos,
+                                                     contados(std::ssize(archivos), "archivo", "archivos")),
+                         "lo incorporado está dentro: véalo con telvane-historico imagenes");
     }
 
    private:
@@ -145,8 +147,9 @@ class Tanda {
                                 sinControles(archivo)));
             }
             if (hecha.parcial) {
-                contexto_.consola.aviso(fmt::format("{}: imagen parcial, {} bytes de {}",
-                                                    sinControles(archivo), bytes.size(), kBytesMemoria));
+                contexto_.consola.aviso(fmt::format("{}: imagen parcial, {} de {}", sinControles(archivo),
+                                                    contados(std::ssize(bytes), "byte", "bytes"),
+                                                    kBytesMemoria));
             }
             return true;
         } catch (const ErrorImagen& error) {

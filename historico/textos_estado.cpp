@@ -9,6 +9,7 @@
 
 #include "consola/json.h"
 #include "historico/textos_historico.h"
+#include "platform/contados.h"
 
 namespace telvane {
 
@@ -166,8 +167,9 @@ std::string estadoParaPersonas(const std::vector<EstadoEstacion>& estaciones) {
         if (!texto.empty()) texto += '\n';
         texto += fmt::format("Estación {}\n  Ubicación:   {}\n  Usuario:     {}\n", e.nombre, datos.ubicacion,
                              datos.usuario);
-        texto += datos.intervalo ? fmt::format("  Intervalo:   {} minutos\n", *datos.intervalo)
-                                 : std::string("  Intervalo:   desconocido\n");
+        texto += datos.intervalo
+                     ? fmt::format("  Intervalo:   {}\n", contados(*datos.intervalo, "minuto", "minutos"))
+                     : std::string("  Intervalo:   desconocido\n");
         texto += fmt::format("  Muestras:    {}\n", r.muestras);
         if (r.desde)
             texto += fmt::format("  Desde:       {}\n  Hasta:       {}\n", isoDe(*r.desde), isoDe(*r.hasta));

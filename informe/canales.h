@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "calidad/marcas.h"
+#include "platform/contados.h"
 
 namespace telvane::informe {
 
@@ -79,7 +80,7 @@ inline constexpr std::array<MarcaInformada, kMarcas> kMarcasInformadas = {{
 
 // "1 salto", "3 saltos".
 inline std::string cuantas(std::int64_t cuenta, const MarcaInformada& marca) {
-    return std::to_string(cuenta) + ' ' + std::string(cuenta == 1 ? marca.nombre : marca.varios);
+    return contados(cuenta, marca.nombre, marca.varios);
 }
 
 }  // namespace telvane::informe

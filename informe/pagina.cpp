@@ -10,6 +10,7 @@
 #include "informe/tablas.h"
 #include "informe/texto_html.h"
 #include "informe/textos_cuenta.h"
+#include "platform/contados.h"
 #include "regional/formatos.h"
 
 namespace telvane::informe {
@@ -130,7 +131,7 @@ void resumen(std::string& html, const EstacionInformada& estacion, const Informe
         agregar(html, "<div><dt>{}</dt><dd>{}</dd></div>\n", nombre, valor);
     };
     const auto repetidas = c.muestras - c.sellos;
-    cuenta("Muestras", fmt::format("{} de {} esperadas{}", c.sellos, c.esperadas(),
+    cuenta("Muestras", fmt::format("{} de {}{}", c.sellos, contados(c.esperadas(), "esperada", "esperadas"),
                                    repetidas == 0 ? "" : fmt::format(", y {} más en conflicto", repetidas)));
     // Each sample stands for its interval: the last one reaches beyond its own stamp.
     cuenta("Horas con datos", numero(static_cast<double>(c.segundos) / 3600, 1));
@@ -238,13 +239,14 @@ void rosa(std::string& html, const Informe& informe) {
     const bool conMarcados = c[Canal::dirViento].conMarcados() || c[Canal::velViento].conMarcados();
     const bool incompleta = e.incompleta(Canal::dirViento) || e.incompleta(Canal::velViento);
     const auto palabras = fmt::format(
-        "Rosa de los vientos: de dónde sopla. {} Calma, menos de 1.8 km/h: {} muestras; sin rumbo: {}; en "
+        "Rosa de los vientos: de dónde sopla. {} Calma, menos de 1.8 km/h: {}; sin rumbo: {}; en "
         "total {}.{}",
-        rumbo ? fmt::format("Sobre todo del {}, {} muestras; dirección media del vector {}º{}{}.",
-                            kNombresRumbo[*rumbo], c.rumbos[*rumbo], direccion ? numero(*direccion, 0) : "–",
-                            asterisco(conMarcados), incompleta ? " (incompleto: faltan días)" : "")
+        rumbo ? fmt::format("Sobre todo del {}, {}; dirección media del vector {}º{}{}.",
+                            kNombresRumbo[*rumbo], contados(c.rumbos[*rumbo], "muestra", "muestras"),
+                            direccion ? numero(*direccion, 0) : "–", asterisco(conMarcados),
+                            incompleta ? " (incompleto: faltan días)" : "")
               : "Ninguna muestra con viento y rumbo.",
-        c.calmas, c.sinRumbo, c.muestras,
+        contados(c.calmas, "muestra", "muestras"), c.sinRumbo, c.muestras,
         dudosas == 0
             ? ""
             : fmt::format(" De {} de ellas la velocidad está fuera de rango: la dirección media no las "
@@ -293,10 +295,10 @@ void clima(std::string& html, const Estadistica& e) {
     const bool plegados = meses.size() > kMesesAbiertos;
     if (tablas.size() < meses.size()) {
         agregar(html,
-                "<p class=nota>Aquí, los últimos {} meses: más no caben en la página. Para otro, pida el "
+                "<p class=nota>Aquí, {}: más no caben en la página. Para otro, pida el "
                 "informe de "
                 "ese mes.</p>\n",
-                tablas.size());
+                tablas.size() == 1 ? "el último mes" : fmt::format("los últimos {} meses", tablas.size()));
     }
     if (plegados)
         html +=

@@ -8,6 +8,7 @@
 #include "informe/informe.h"
 #include "informe/texto_html.h"
 #include "informe/textos_cuenta.h"
+#include "platform/contados.h"
 #include "platform/cp1252.h"
 #include "regional/formatos.h"
 
@@ -146,17 +147,17 @@ void ponerExtremosYDias(std::string& texto, const ClimaDelMes& clima, const Cuen
                                     clima.lluviaDesde02, clima.lluviaDesde2, clima.lluviaDesde20));
     if (clima.diaMasLluvioso)
         agregarLinea(texto, fmt::format("Día de más lluvia: {}", *clima.diaMasLluvioso));
-    agregarLinea(texto,
-                 fmt::format("Calma (menos de 1.8 km/h): {} muestras;  sin rumbo: {}", c.calmas, c.sinRumbo));
+    agregarLinea(texto, fmt::format("Calma (menos de 1.8 km/h): {};  sin rumbo: {}",
+                                    contados(c.calmas, "muestra", "muestras"), c.sinRumbo));
     agregarLinea(texto, "");
 }
 
 // How much the month rests on, and what its marks say.
 void ponerPie(std::string& texto, const MesContado& mes) {
     const auto& c = mes.cuentas;
-    agregarLinea(texto,
-                 fmt::format("Muestras: {} de {} esperadas;  huecos: {};  conflictos: {};  marcadas: {}",
-                             c.sellos, c.esperadas(), c.huecos, c.conflictos, c.marcadas));
+    agregarLinea(texto, fmt::format("Muestras: {} de {};  huecos: {};  conflictos: {};  marcadas: {}",
+                                    c.sellos, contados(c.esperadas(), "esperada", "esperadas"), c.huecos,
+                                    c.conflictos, c.marcadas));
     std::uint32_t fuera = 0;
     for (const auto& canal : c.canales) fuera += canal.fueraDeRango();
     if (fuera > 0) {

@@ -458,6 +458,51 @@ TEST_F(Ordenes, NothingIsWrittenOverWhatItIsReadFrom) {
     EXPECT_FALSE(std::filesystem::exists(archivo() + "-journal"));
 }
 
+// As it is over a base file: the name is wrong, not the work.
+TEST_F(Ordenes, AnotherArchiveOrWhatBelongsToItIsNoOutput) {
+    const auto base = imagen();
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    const std::string otro = carpeta / "otro.sqlite";
+    ASSERT_EQ(correr({"--en", otro, "incorporar", base}).codigo, 0);
+    const auto huella = textoDe(huellaDe(ImagenPrueba().serie(0, 0, 50).bytes()));
+    std::filesystem::create_symlink("otro.sqlite", carpeta / "enlace.csv");
+    const std::string enlace = carpeta / "enlace.csv";
+    for (const auto& salida : {otro, enlace, otro + "-wal", otro + "-journal"}) {
+        SCOPED_TRACE(salida);
+        for (const auto& orden :
+             std::vector<std::vector<std::string>>{{"exportar", salida, "--estacion", "02080050"},
+                                                   {"estado", "--prometheus", salida},
+                                                   {"informe", salida, "--estacion", "02080050"},
+                                                   {"informe", salida, "--imagen", base},
+                                                   {"imagen", huella, salida}}) {
+            const auto r = correr(orden);
+            EXPECT_EQ(r.codigo, 2) << orden.front();
+            EXPECT_THAT(r.errores, HasSubstr("ahí está un archivo histórico u otra base de datos"));
+        }
+    }
+    EXPECT_EQ(correr({"--en", otro, "comprobar"}).codigo, 0);
+    const auto r = correr({"copiar", "--a", base});
+    EXPECT_EQ(r.codigo, 2);
+    EXPECT_THAT(r.errores, HasSubstr("no es un archivo histórico de Telvane: nombre otro"));
+    EXPECT_EQ(std::filesystem::file_size(base), kBytesMemoria);
+}
+
+TEST_F(Ordenes, OneOfAThingIsToldAsOne) {
+    auto una = ImagenPrueba().serie(0, 0, 1);
+    const auto entera = guardar("una.rgt", una.bytes());
+    EXPECT_THAT(correr({"incorporar", entera}).salida, HasSubstr(", 1 muestras, 1 nuevas, 0 en conflicto"))
+        << "other programs read this one";
+    EXPECT_THAT(correr({"imagenes"}).salida,
+                HasSubstr("262144 bytes  reloj 2025-03-01T00:00:00  1 muestra  0 retrocesos"));
+    const auto byte = guardar("byte.rgt", {0x02});
+    EXPECT_THAT(correr({"incorporar", byte, "--serie", "02080050"}).errores, HasSubstr("parcial, 1 byte de"));
+    EXPECT_THAT(correr({"imagenes"}).salida, HasSubstr("1 byte  reloj incorrecto  0 muestras"));
+    EXPECT_THAT(correr({"incorporar", carpeta / "no.rgt"}).errores,
+                HasSubstr("1 de 1 archivo sin incorporar"));
+    EXPECT_THAT(correr({"resumen", "--estacion", "02080050", "--mes", "2025-03"}).salida,
+                HasSubstr("Calma (menos de 1.8 km/h): 1 muestra;"));
+}
+
 TEST_F(Ordenes, NoTableTakesABaseFilesName) {
     const auto base = imagen();
     ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
@@ -589,7 +634,7 @@ TEST_F(Ordenes, WhateverFollowsFromTheImagesIsLookedAtAndMadeGood) {
     sql("DELETE FROM estaciones");
     EXPECT_THAT(correr({"comprobar"}).salida,
                 HasSubstr("imágenes de una estación que no está: 2: repóngalo con rehacer"));
-    EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_THAT(correr({"rehacer"}).errores, HasSubstr("estación 02080050: su nombre se había perdido"));
     EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
 }
 
@@ -653,7 +698,8 @@ TEST_F(Ordenes, WhatNothingTellsAgainIsNamedWithWhatToDoAndThatHelps) {
              {"DROP TABLE descargas", "falta la tabla descargas" + deDescargas},
              {"ALTER TABLE imagenes DROP COLUMN origen",
               "a la tabla imagenes le falta la columna origen: repóngalo con rehacer"},
-             {"ALTER TABLE imagenes RENAME TO fotos", "falta la tabla imagenes: repóngalo con rehacer"},
+             {"ALTER TABLE imagenes RENAME TO fotos",
+              "la tabla imagenes lleva el nombre fotos: repóngalo con rehacer"},
              {"DROP TABLE imagenes", "falta la tabla imagenes: repóngalo con rehacer"},
              {"DROP VIEW lecturas; ALTER TABLE estaciones DROP COLUMN serie",
               "a la tabla estaciones le falta la columna serie: repóngalo con rehacer"},
