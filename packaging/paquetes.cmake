@@ -61,7 +61,12 @@ set(CPACK_DEBIAN_TELVANE-HISTORICO_PACKAGE_RECOMMENDS "bash-completion, libpq5, 
 set(CPACK_DEBIAN_TELVANE-HISTORICO_PACKAGE_SUGGESTS "telvane-cli, postgresql")
 
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/conffiles "/etc/default/telvane-descarga\n")
-set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_CONTROL_EXTRA
-  "${CMAKE_CURRENT_BINARY_DIR}/conffiles;${CMAKE_CURRENT_SOURCE_DIR}/debian/postinst"
-  "${CMAKE_CURRENT_SOURCE_DIR}/debian/prerm;${CMAKE_CURRENT_SOURCE_DIR}/debian/postrm")
+set(CPACK_DEBIAN_TELVANE-CLI_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/conffiles)
+foreach(TELVANE_PAQUETE telvane-cli telvane-historico)
+  string(TOUPPER ${TELVANE_PAQUETE} TELVANE_EN_CPACK)
+  foreach(TELVANE_GUION postinst prerm postrm)
+    list(APPEND CPACK_DEBIAN_${TELVANE_EN_CPACK}_PACKAGE_CONTROL_EXTRA
+      ${CMAKE_CURRENT_SOURCE_DIR}/debian/${TELVANE_PAQUETE}/${TELVANE_GUION})
+  endforeach()
+endforeach()
 include(CPack)
