@@ -160,6 +160,13 @@ wait $tarde || true
 [ "$(find "$datos/tarde" -name 'tarde_*.rgt' | wc -l)" = 1 ] || fallar "tarde: $(cat "$raiz/errores")"
 grep -q 'dentro de 1 s' "$raiz/errores" || fallar "las pausas no crecen: $(cat "$raiz/errores")"
 
+# Whoever begins one by hand hears at once how it went, by night as well.
+ajustar tarde "COM=1=$raiz/COM3" "HASTA=$de_noche" "CARPETA=$datos/tarde" ARCHIVO=
+estado=0
+env -i PATH="$PATH" TZ=UTC TELVANE_ESTACIONES="$estaciones" TELVANE_ESTADO="$raiz/general" \
+    timeout 60 sh -c 'SYSTEMD_EXEC_PID=$$ exec sh "$0" tarde' "$guion" </dev/null >"$raiz/salida" 2>"$raiz/errores" || estado=$?
+espera 3 "a mano, de noche"
+
 # All of them at a glance, the broken one with its line.
 ajustar mala "COM=$raiz/COM1"
 estado=0
