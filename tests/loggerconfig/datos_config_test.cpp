@@ -43,6 +43,15 @@ std::string rellenar(std::string_view texto, std::size_t ancho) {
     return std::string(texto) + std::string(ancho - texto.size(), ' ');
 }
 
+TEST(LoTieneElRegistrador, EveryCharacterOfItsCodePageAndNoOther) {
+    std::vector<std::uint8_t> todos;
+    for (unsigned b = 0; b < 256; ++b) todos.push_back(static_cast<std::uint8_t>(b));
+    EXPECT_TRUE(loTieneElRegistrador(utf8DeCp1252(todos)));
+    EXPECT_TRUE(loTieneElRegistrador(""));
+    for (const auto* otro : {"Łódź", "日本", "😀", "Finca ≈", "n\u0303", "\xC3"})
+        EXPECT_FALSE(loTieneElRegistrador(otro)) << otro;
+}
+
 TEST(RegistroConfig, TheFieldsAreWhereTheLoggerPutsThem) {
     using namespace registro_config;
     const std::array<std::size_t, 10> lugares = {kSerie,   kUsuario,   kUbicacion, kLatitud, kLongitud,
