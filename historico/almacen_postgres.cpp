@@ -1,9 +1,7 @@
 #include "historico/almacen_postgres.h"
 
 #include <algorithm>
-#include <set>
 #include <span>
-#include <sstream>
 #include <utility>
 
 #include <fmt/format.h>
@@ -57,11 +55,6 @@ std::array<std::uint8_t, N> arregloEn(const ResultadoPostgres& r, int fila, int 
 // Of the logger's moments, $n being seconds since 1970.
 std::string sinZona(int cual) {
     return fmt::format("(to_timestamp(${}::bigint) AT TIME ZONE 'UTC')", cual);
-}
-
-// Of the length of a fingerprint.
-std::string comoHuella(std::string_view columna) {
-    return fmt::format("substring({}||decode(repeat('00',32),'hex'),1,32)", columna);
 }
 
 const std::string kEstacion =
@@ -124,9 +117,6 @@ auto deCadaFila(const ResultadoPostgres& r, Leer leer) {
 // Nobody else writes meanwhile.
 constexpr std::string_view kBloqueo = "LOCK TABLE telvane.estaciones IN SHARE ROW EXCLUSIVE MODE";
 
-// It says of which version the others are.
-constexpr std::string_view kEsquema = "esquema";
-
 bool esVieja(std::int64_t version) {
     return version >= 0 && version < esquema_postgres::kVersion;
 }
@@ -165,7 +155,7 @@ std::unique_ptr<AlmacenPostgres> AlmacenPostgres::abrirParaReponer(const std::st
 
 AlmacenPostgres::AlmacenPostgres(const std::string& url, Apertura como, std::chrono::milliseconds paciencia,
                                  std::function<void()> atender)
-    : base_(url, std::move(atender)), paciencia_(paciencia) {
+    : base_(url, std::move(atender)), tablas_(base_), paciencia_(paciencia) {
     auto hay = versionQueHay();
     if (como == Apertura::crear && esVieja(hay)) hay = ponerAlDia();
     if (como == Apertura::reponer && hay == kCallada) return;
@@ -185,14 +175,7 @@ std::int64_t AlmacenPostgres::version() {
         const auto r = base_.consultar("SELECT version::bigint FROM telvane.esquema");
         if (r.filas() == 1 && r.entero(0, 0) > 0) return r.entero(0, 0);
     }
-    return tieneLasDeSiempre() ? kCallada : kNoLoDice;
-}
-
-bool AlmacenPostgres::tieneLasDeSiempre() {
-    const auto hay = tablas();
-    return std::ranges::all_of(leerTablas(esquema_postgres::kTablas), [&](const Tabla& debe) {
-        return debe.nombre == kEsquema || buscarTabla(hay, debe.nombre) != nullptr;
-    });
+    return tablas_.estanLasDeSiempre() ? kCallada : kNoLoDice;
 }
 
 std::int64_t AlmacenPostgres::versionQueHay() {
@@ -218,18 +201,10 @@ std::int64_t AlmacenPostgres::ponerAlDia() {
         base_.ejecutar(condiciones() + "; SELECT pg_advisory_xact_lock(hashtext('telvane'))");
         if (const auto desde = version(); esVieja(desde)) {
             // What every version had: without it there is nothing to begin with.
-            const auto faltas = desde == kSinTablas
-                                    ? std::vector<Falta>()
-                                    : faltasDe(leerTablas(esquema_postgres::kTablas), tablas());
+            const auto faltas = desde == kSinTablas ? std::vector<Falta>() : tablas_.faltasDeSiempre();
             if (!faltas.empty())
                 throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(faltas.front()), kRecuperar));
-            if (desde == kSinTablas) {
-                if (base_.consultar("SELECT to_regnamespace('telvane') IS NULL").logico(0, 0))
-                    base_.ejecutar("CREATE SCHEMA telvane");
-                base_.ejecutar(std::string(esquema_postgres::kTablas));
-                base_.ejecutar(std::string(esquema_postgres::kVista));
-                base_.ejecutar("INSERT INTO telvane.esquema VALUES(1)");
-            }
+            if (desde == kSinTablas) tablas_.crear();
             const std::span pasos(esquema_postgres::kMigraciones);
             for (const auto paso :
                  pasos.subspan(static_cast<std::size_t>(desde == kSinTablas ? 0 : desde - 1)))
@@ -667,266 +642,17 @@ void AlmacenPostgres::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
     base_.consultar(kSql, p.entero(static_cast<std::int64_t>(f.bytes)));
 }
 
-// What the statements of the schema make, in their order.
-std::vector<AlmacenPostgres::Parte> AlmacenPostgres::partes() {
-    std::string todo = std::string(esquema_postgres::kTablas) + std::string(esquema_postgres::kVista);
-    for (const auto paso : esquema_postgres::kMigraciones) todo += paso;
-    std::vector<Parte> lista;
-    std::istringstream texto(todo);
-    for (std::string sentencia; std::getline(texto, sentencia, ';');) {
-        std::istringstream palabras(sentencia);
-        std::string verbo;
-        std::string clase;
-        std::string nombre;
-        palabras >> verbo >> clase >> nombre;
-        if (nombre == "IF") palabras >> nombre >> nombre >> nombre;
-        if (verbo != "CREATE") continue;
-        constexpr std::string_view kPrefijo = "telvane.";
-        if (nombre.starts_with(kPrefijo)) nombre.erase(0, kPrefijo.size());
-        lista.push_back({clase, nombre.substr(0, nombre.find('(')), sentencia});
-    }
-    return lista;
-}
-
-// A view by a table's name, and the like.
-std::vector<std::string> AlmacenPostgres::intrusos() {
-    const auto r = base_.consultar(
-        "SELECT relname::text,CASE relkind WHEN 'v' THEN 'VIEW' WHEN 'm' THEN 'MATERIALIZED VIEW' WHEN 'i' "
-        "THEN "
-        "'INDEX' WHEN 'I' THEN 'INDEX' WHEN 'S' THEN 'SEQUENCE' WHEN 'c' THEN 'TYPE' ELSE 'TABLE' END FROM "
-        "pg_catalog.pg_class WHERE relnamespace=to_regnamespace('telvane') ORDER BY 1");
-    const auto deben = partes();
-    std::vector<std::string> lista;
-    for (int i = 0; i < r.filas(); ++i) {
-        const auto debe = std::ranges::find(deben, r.texto(i, 0), &Parte::nombre);
-        if (debe != deben.end() && debe->clase != r.texto(i, 1))
-            lista.push_back(avisoDeIntruso(r.texto(i, 1), "telvane." + r.texto(i, 0)));
-    }
-    return lista;
-}
-
-// Whether the view is the one that this program makes: the server writes out what it keeps of each, and does
-// so alike. Who may make nothing there cannot ask. In a transaction.
-bool AlmacenPostgres::vistaEsLaNuestra() {
-    auto debida = std::string(esquema_postgres::kVista);
-    constexpr std::string_view kSuNombre = "telvane.lecturas";
-    debida.replace(debida.find(kSuNombre), kSuNombre.size(), "pg_temp.lecturas_debida");
-    bool igual = true;
-    base_.ejecutar("SAVEPOINT comparacion");
-    try {
-        base_.ejecutar(debida);
-        const auto r = base_.consultar(
-            "SELECT "
-            "pg_get_viewdef(to_regclass('telvane.lecturas'))=pg_get_viewdef(to_regclass('pg_temp.lecturas_"
-            "debida'))");
-        igual = r.logico(0, 0);
-    } catch (const ErrorAlmacen&) {
-        if (!base_.viva()) throw;
-    }
-    base_.ejecutar("ROLLBACK TO comparacion");
-    return igual;
-}
-
-std::vector<AlmacenPostgres::Parte> AlmacenPostgres::partesPorReponer() {
-    const auto r = base_.consultar(
-        "SELECT c.relname::text FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON "
-        "n.oid=c.relnamespace WHERE n.nspname='telvane'");
-    std::set<std::string> hay;
-    for (int i = 0; i < r.filas(); ++i) hay.insert(r.texto(i, 0));
-    auto deben = partes();
-    std::erase_if(deben, [&](const Parte& parte) {
-        if (parte.clase == "TABLE") return true;
-        return hay.contains(parte.nombre) && (parte.clase != "VIEW" || vistaEsLaNuestra());
-    });
-    return deben;
-}
-
-Tablas AlmacenPostgres::tablasDebidas() {
-    std::string sql(esquema_postgres::kTablas);
-    for (const auto paso : esquema_postgres::kMigraciones) sql += paso;
-    return leerTablas(sql);
-}
-
-Tablas AlmacenPostgres::tablas() {
-    const auto r = base_.consultar(
-        "SELECT c.relname::text,a.attname::text,format_type(a.atttypid,a.atttypmod),a.attnotnull,"
-        "c.relkind='f' OR EXISTS(SELECT 1 FROM pg_catalog.pg_inherits h JOIN pg_catalog.pg_class p ON "
-        "p.oid=h.inhrelid WHERE h.inhparent=c.oid AND p.relkind='f') FROM pg_catalog.pg_class c JOIN "
-        "pg_catalog.pg_attribute a ON a.attrelid=c.oid AND a.attnum>0 AND NOT a.attisdropped WHERE "
-        "c.relnamespace=to_regnamespace('telvane') AND c.relkind IN ('r','p','f') ORDER BY "
-        "c.relname,a.attnum");
-    Tablas tablas;
-    for (int i = 0; i < r.filas(); ++i) {
-        if (tablas.empty() || tablas.back().nombre != r.texto(i, 0))
-            tablas.push_back(
-                {.nombre = r.texto(i, 0), .columnas = {}, .claves = {}, .ajena = r.logico(i, 4)});
-        tablas.back().columnas.push_back(
-            {.nombre = r.texto(i, 1), .tipo = r.texto(i, 2), .obligatoria = r.logico(i, 3)});
-    }
-    leerClaves(tablas);
-    return tablas;
-}
-
-void AlmacenPostgres::leerClaves(Tablas& tablas) {
-    const auto r = base_.consultar(
-        "SELECT c.relname::text,i.indexrelid::bigint,a.attname::text FROM pg_catalog.pg_index i JOIN "
-        "pg_catalog.pg_class c ON c.oid=i.indrelid CROSS JOIN LATERAL unnest(i.indkey::int2[]) WITH "
-        "ORDINALITY "
-        "k(columna,lugar) JOIN pg_catalog.pg_attribute a ON a.attrelid=c.oid AND a.attnum=k.columna WHERE "
-        "c.relnamespace=to_regnamespace('telvane') AND c.relkind IN ('r','p') AND i.indisunique AND "
-        "i.indisvalid "
-        "AND k.lugar<=i.indnkeyatts ORDER BY 1,i.indisprimary DESC,2,k.lugar");
-    std::int64_t anterior = 0;
-    for (int i = 0; i < r.filas(); ++i) {
-        auto& claves = std::ranges::find(tablas, r.texto(i, 0), &Tabla::nombre)->claves;
-        if (std::exchange(anterior, r.entero(i, 1)) != r.entero(i, 1)) claves.emplace_back();
-        claves.back().push_back(r.texto(i, 2));
-    }
-}
-
-namespace {
-
-constexpr Dialecto kDialecto{
-    .prefijo = "telvane.",
-    .delTipo =
-        [](const Columna& columna) {
-            // The logger and we count whole seconds.
-            return columna.tipo.starts_with("timestamp")
-                       ? fmt::format("isfinite({0}) AND date_trunc('second',{0})={0}", columna.nombre)
-                       : std::string("true");
-        },
-    .momento = [](std::int64_t segundos) { return fmt::format("to_timestamp({})", segundos); },
-    .momentoDelRegistrador =
-        [](std::int64_t segundos) { return fmt::format("(to_timestamp({}) AT TIME ZONE 'UTC')", segundos); },
-    .no = "false",
-    .si = "true"};
-
-std::string_view remedioAqui(const Falta& falta) {
-    const bool seSabe = seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre);
-    if (falta.clase == Falta::Clase::clave) return kReponer;
-    if (falta.clase == Falta::Clase::forma) return falta.soloNulos || seSabe ? kReponer : kRecuperar;
-    return remedioDe(falta);
-}
-
-}  // namespace
-
 std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
     base_.ejecutar("BEGIN; " + condiciones());
     std::vector<std::string> lista;
     try {
-        lista = intrusos();
-        if (lista.empty()) lista = avisosDeFaltas(tablasDebidas(), tablas(), remedioAqui);
-        // Of a table that is not there nothing else is either.
-        for (const auto& parte : lista.empty() ? partesPorReponer() : std::vector<Parte>()) {
-            lista.push_back(
-                fmt::format("falta {}, o no es como este programa lo hace: {}", parte.nombre, kReponer));
-        }
+        lista = tablas_.faltan();
     } catch (const ErrorAlmacen&) {
         abandonar();
         throw;
     }
     base_.ejecutar("ROLLBACK");
     return lista;
-}
-
-// Other tables and views are whoever's; what hangs on ours changes what they hold. What refuses rows may
-// refuse them from whoever is to bring them.
-std::vector<std::string> AlmacenPostgres::sobras() {
-    const auto deben = tablasDebidas();
-    auto lista = sobrasDe(deben, tablas());
-    const auto r = base_.consultar(
-        "SELECT c.relname::text,o.que,o.nombre,o.orden FROM pg_catalog.pg_class c JOIN (SELECT tgrelid AS "
-        "tabla,'un disparador' AS que,tgname::text AS nombre,'DROP TRIGGER' AS orden FROM "
-        "pg_catalog.pg_trigger "
-        "WHERE NOT tgisinternal AND tgparentid=0 UNION ALL SELECT ev_class,'una regla',rulename::text,'DROP "
-        "RULE' "
-        "FROM pg_catalog.pg_rewrite WHERE rulename<>'_RETURN' UNION ALL SELECT conrelid,'una "
-        "condición',conname::text,'DROP CONSTRAINT' FROM pg_catalog.pg_constraint WHERE contype IN "
-        "('c','f','x')) o ON o.tabla=c.oid WHERE c.relnamespace=to_regnamespace('telvane') ORDER BY 1,3");
-    for (int i = 0; i < r.filas(); ++i) {
-        const auto tabla = r.texto(i, 0);
-        if (buscarTabla(deben, tabla) == nullptr && tabla != "lecturas") continue;
-        lista.push_back(
-            fmt::format("{} tiene {} que no es de este programa, {}: que quien administra el "
-                        "servidor lo quite ({})",
-                        tabla, r.texto(i, 1), r.texto(i, 2), r.texto(i, 3)));
-    }
-    return lista;
-}
-
-// Of a table that the images fill again nothing needs to stay.
-void AlmacenPostgres::reponerForma(const Falta& falta) {
-    const auto tabla = "telvane." + falta.tabla;
-    const auto& columna = falta.columna;
-    const bool seSabe = seObtiene(falta.tabla) || seObtiene(falta.tabla, columna.nombre);
-    if (falta.soloNulos) {
-        if (columna.obligatoria && seSabe)
-            base_.ejecutar(fmt::format("UPDATE {0} SET {1}={2} WHERE {1} IS NULL", tabla, columna.nombre,
-                                       valorDeRelleno(columna.tipo)));
-        base_.ejecutar(fmt::format("ALTER TABLE {} ALTER {} {} NOT NULL", tabla, columna.nombre,
-                                   columna.obligatoria ? "SET" : "DROP"));
-        return;
-    }
-    const bool deLaClave = seObtiene(falta.tabla) && !seObtiene(falta.tabla, columna.nombre);
-    if (deLaClave) base_.ejecutar("DELETE FROM " + tabla);
-    if (falta.clase == Falta::Clase::forma)
-        base_.ejecutar(fmt::format("DROP VIEW IF EXISTS telvane.lecturas; ALTER TABLE {} DROP COLUMN {}",
-                                   tabla, columna.nombre));
-    base_.ejecutar(agregarColumna(tabla, columna));
-}
-
-void AlmacenPostgres::reponerClave(const Falta& falta) {
-    const auto columnas = textoDe(falta.clave);
-    const auto repetidas = [&] {
-        return base_
-            .consultar(fmt::format("SELECT EXISTS(SELECT 1 FROM telvane.{} GROUP BY {} HAVING count(*)>1)",
-                                   falta.tabla, columnas))
-            .logico(0, 0);
-    };
-    // Of two rows that say the same one is enough; the samples count anew.
-    if (repetidas()) {
-        base_.ejecutar(fmt::format(
-            "DELETE FROM telvane.{0} WHERE (tableoid,ctid) IN (SELECT f.tabla,f.lugar FROM (SELECT "
-            "t.tableoid "
-            "AS tabla,t.ctid AS lugar,row_number() OVER (PARTITION BY {1}{2}) AS vez FROM telvane.{0} t) f "
-            "WHERE f.vez>1)",
-            falta.tabla, columnas, seObtiene(falta.tabla) ? "" : ",t"));
-    }
-    if (repetidas()) {
-        throw ErrorAlmacen(fmt::format("{}: {}, y tiene filas que se contradicen: {}", nombre(),
-                                       textoDe(falta), kRecuperar));
-    }
-    const auto deben = tablasDebidas();
-    const bool primaria = buscarTabla(deben, falta.tabla)->claves.front() == falta.clave;
-    base_.ejecutar(fmt::format("ALTER TABLE telvane.{} ADD {}({})", falta.tabla,
-                               primaria ? "PRIMARY KEY" : "UNIQUE", columnas));
-}
-
-void AlmacenPostgres::reponerTablas() {
-    const auto deben = tablasDebidas();
-    for (const auto& sentencia : devolverNombres(deben, tablas(), kDialecto.prefijo))
-        base_.ejecutar(sentencia);
-    const auto faltas = faltasDe(deben, tablas());
-    for (const auto& falta : faltas) {
-        if (remedioAqui(falta) == kRecuperar)
-            throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(falta), kRecuperar));
-        // What it said is known to nobody.
-        if (falta.clase == Falta::Clase::columna && remedioAqui(falta) == kSinDescargas)
-            base_.ejecutar("DELETE FROM telvane.descargas");
-    }
-    for (const auto& parte : partes()) {
-        const bool falta = parte.clase == "TABLE" && std::ranges::any_of(faltas, [&](const Falta& una) {
-                               return una.clase == Falta::Clase::tabla && una.tabla == parte.nombre;
-                           });
-        if (falta) base_.ejecutar(parte.sql);
-    }
-    for (const auto& falta : faltas) {
-        if (falta.clase == Falta::Clase::columna || falta.clase == Falta::Clase::forma) reponerForma(falta);
-    }
-    // A column takes along the keys that it stands in.
-    for (const auto& falta : faltasDe(tablasDebidas(), tablas())) {
-        if (falta.clase == Falta::Clase::clave) reponerClave(falta);
-    }
 }
 
 // All that this version has is there by now.
@@ -938,27 +664,11 @@ void AlmacenPostgres::reponerVersion() {
 
 void AlmacenPostgres::reponer() {
     Transaccion transaccion(*this, Modo::arreglo);
-    if (const auto ajenos = intrusos(); !ajenos.empty())
-        throw ErrorAlmacen(fmt::format("{}: {}", nombre(), ajenos.front()));
+    tablas_.exigirSinIntrusos();
     if (base_.consultar("SELECT to_regclass('telvane.estaciones') IS NOT NULL").logico(0, 0))
         base_.ejecutar(std::string(kBloqueo));
-    reponerTablas();
+    tablas_.reponer();
     reponerVersion();
-    for (const auto& parte : partesPorReponer()) {
-        if (parte.clase == "VIEW") base_.ejecutar("DROP VIEW IF EXISTS telvane." + parte.nombre);
-        base_.ejecutar(parte.sql);
-    }
-    // What is in the way of it is as wrong as it is, and goes with the next image.
-    for (const auto& [tabla, columna] : kHuellasDeClave) {
-        base_.ejecutar(fmt::format(
-            "UPDATE telvane.{0} t SET {1}={2} WHERE length({1})<>32 AND NOT EXISTS (SELECT 1 FROM "
-            "telvane.{0} o WHERE o.estacion=t.estacion AND o.{1}={3})",
-            tabla, columna, comoHuella(columna), comoHuella(fmt::format("t.{}", columna))));
-    }
-    const auto deben = tablasDebidas();
-    // What a record of a download says that cannot be is known to nobody.
-    base_.ejecutar("DELETE FROM telvane.descargas WHERE " +
-                   filasImposibles(*buscarTabla(deben, "descargas"), kDialecto));
     transaccion.confirmar();
 }
 
@@ -977,18 +687,6 @@ void AlmacenPostgres::limpiar() {
         "DELETE FROM telvane.testigos t WHERE estacion NOT IN (SELECT id FROM telvane.estaciones) OR NOT "
         "EXISTS (SELECT 1 FROM telvane.imagenes i WHERE i.estacion=t.estacion AND i.huella=t.imagen)",
         kSuImagen));
-}
-
-std::vector<std::string> AlmacenPostgres::valoresImposibles() {
-    std::vector<std::string> lista;
-    for (const auto& tabla : tablasDebidas()) {
-        const auto r = base_.consultar(contarImposibles(tabla, kDialecto));
-        for (std::size_t i = 0; i < tabla.columnas.size(); ++i) {
-            if (const auto cuantos = r.entero(0, static_cast<int>(i)); cuantos > 0)
-                lista.push_back(avisoDeImposibles(tabla.nombre, tabla.columnas[i], cuantos));
-        }
-    }
-    return lista;
 }
 
 std::vector<Almacen::FichaGuardada> AlmacenPostgres::fichasGuardadas() {
@@ -1019,7 +717,8 @@ std::vector<std::uint8_t> AlmacenPostgres::datosDe(const Eslabon& eslabon) {
     const std::string sql = "SELECT datos FROM telvane.contenidos WHERE estacion=$1 AND ";
     const auto suya = Parametros().entero(eslabon.estacion).bytes(eslabon.huella);
     auto r = base_.consultar(sql + "huella=$2", suya);
-    if (r.filas() == 0) r = base_.consultar(fmt::format("{}{}=$2", sql, comoHuella("huella")), suya);
+    if (r.filas() == 0)
+        r = base_.consultar(fmt::format("{}{}=$2", sql, TablasPostgres::comoHuella("huella")), suya);
     if (r.filas() == 0) return {};
     const auto datos = r.bytes(0, 0);
     return {datos.begin(), datos.end()};
@@ -1030,9 +729,6 @@ void AlmacenPostgres::corregirProfundidad(IdEstacion estacion, const Huella& hue
                     Parametros().entero(estacion).bytes(huella).entero(profundidad));
 }
 
-std::string_view AlmacenPostgres::prefijo() const {
-    return kDialecto.prefijo;
-}
 std::int64_t AlmacenPostgres::numero(const std::string& sql) {
     return base_.consultar(sql).entero(0, 0);
 }

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "historico/almacen.h"
-#include "historico/esquema.h"
 #include "historico/postgres.h"
+#include "historico/tablas_postgres.h"
 
 namespace telvane {
 
@@ -66,12 +66,12 @@ class AlmacenPostgres final : public Almacen {
     std::vector<std::string> partesQueFaltan() override;
     void reponer() override;
     void limpiar() override;
-    std::vector<std::string> sobras() override;
+    std::vector<std::string> sobras() override { return tablas_.sobras(); }
     std::vector<FichaGuardada> fichasGuardadas() override;
     std::vector<Eslabon> eslabones() override;
     std::vector<std::uint8_t> datosDe(const Eslabon& eslabon) override;
     void corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) override;
-    std::vector<std::string> valoresImposibles() override;
+    std::vector<std::string> valoresImposibles() override { return tablas_.imposibles(); }
     std::vector<std::string> defectos() override;
 
    private:
@@ -79,26 +79,9 @@ class AlmacenPostgres final : public Almacen {
     AlmacenPostgres(const std::string& url, Apertura como, std::chrono::milliseconds paciencia,
                     std::function<void()> atender);
 
-    std::string_view prefijo() const override;
+    std::string_view prefijo() const override { return TablasPostgres::kPrefijo; }
     std::int64_t numero(const std::string& sql) override;
-    // A table, index or view, and how it is made.
-    struct Parte {
-        std::string clase;
-        std::string nombre;
-        std::string sql;
-    };
-    static std::vector<Parte> partes();
-    // Views and indexes.
-    std::vector<Parte> partesPorReponer();
-    std::vector<std::string> intrusos();
-    static Tablas tablasDebidas();
-    Tablas tablas();
-    void leerClaves(Tablas& tablas);
-    void reponerTablas();
-    void reponerForma(const Falta& falta);
-    void reponerClave(const Falta& falta);
     void reponerVersion();
-    bool vistaEsLaNuestra();
     static constexpr std::int64_t kSinTablas = 0;
     static constexpr std::int64_t kNoLoDice = -1;
     // Nor does this one, but it has the tables that every version had.
@@ -106,7 +89,6 @@ class AlmacenPostgres final : public Almacen {
     // Or one of these three.
     std::int64_t version();
     std::int64_t versionQueHay();
-    bool tieneLasDeSiempre();
     std::string condiciones() const;
     // Makes the tables, or of an older version's those of now.
     std::int64_t ponerAlDia();
@@ -116,6 +98,7 @@ class AlmacenPostgres final : public Almacen {
     std::vector<Instante> sellos(const std::string& sql, const Parametros& parametros);
 
     BasePostgres base_;
+    TablasPostgres tablas_;
     std::chrono::milliseconds paciencia_;
 };
 

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "historico/almacen.h"
-#include "historico/esquema.h"
 #include "historico/esquema_sqlite.h"
 #include "historico/sqlite.h"
+#include "historico/tablas_sqlite.h"
 
 namespace telvane {
 
@@ -77,38 +77,22 @@ class AlmacenSqlite final : public Almacen {
     void vaciarDerivado(IdEstacion estacion) override;
     void corregirEstacion(const EstacionGuardada& estacion) override;
     void corregirFicha(IdEstacion estacion, const FichaImagen& ficha) override;
-    std::vector<std::string> partesQueFaltan() override;
+    std::vector<std::string> partesQueFaltan() override { return tablas_.faltan(); }
     void reponer() override;
     void limpiar() override;
-    std::vector<std::string> sobras() override;
+    std::vector<std::string> sobras() override { return tablas_.sobras(); }
     std::vector<FichaGuardada> fichasGuardadas() override;
     std::vector<Eslabon> eslabones() override;
     std::vector<std::uint8_t> datosDe(const Eslabon& eslabon) override;
     void corregirProfundidad(IdEstacion estacion, const Huella& huella, std::int64_t profundidad) override;
-    std::vector<std::string> valoresImposibles() override;
+    std::vector<std::string> valoresImposibles() override { return tablas_.imposibles(); }
     std::vector<std::string> defectos() override;
 
    private:
-    std::string_view prefijo() const override;
+    std::string_view prefijo() const override { return TablasSqlite::kPrefijo; }
     std::int64_t numero(const std::string& sql) override;
     AlmacenSqlite(const std::filesystem::path& ruta, BaseSqlite::Acceso acceso, Opciones opciones);
 
-    // A table, index or view, and how it is made.
-    struct Parte {
-        std::string clase;
-        std::string nombre;
-        std::string sql;
-    };
-    std::vector<Parte> partes() const;
-    // Views and indexes.
-    std::vector<Parte> partesPorReponer() const;
-    Tablas tablas() const;
-    Tablas tablasDebidas() const;
-    std::vector<std::string> intrusos() const;
-    std::vector<std::string> objetosAjenos(const Tablas& deben) const;
-    void reponerTablas();
-    void hacerDeNuevo(const Tabla& tabla, const std::string& sql);
-    void reponerValores();
     bool deNadie();
     void prepararEscritura(bool crear);
     void crearTablas();
@@ -128,6 +112,7 @@ class AlmacenSqlite final : public Almacen {
 
     Opciones opciones_;
     BaseSqlite base_;
+    TablasSqlite tablas_;
     std::map<std::string_view, std::unique_ptr<Sentencia>> sentencias_;
 };
 

@@ -37,6 +37,13 @@ const Tabla* buscarTabla(const Tablas& tablas, std::string_view cual);
 // The tables that CREATE TABLE statements make, a column a line.
 Tablas leerTablas(std::string_view sql);
 
+// A table, index or view, and the statement that makes it.
+struct Parte {
+    std::string clase;
+    std::string nombre;
+    std::string sql;
+};
+
 // What is not there as it must be.
 struct Falta {
     enum class Clase { tabla, columna, forma, clave };

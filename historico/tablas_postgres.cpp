@@ -1,0 +1,333 @@
+#include "historico/tablas_postgres.h"
+
+#include <algorithm>
+#include <set>
+#include <sstream>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "historico/almacen.h"
+#include "historico/esquema_postgres.h"
+
+namespace telvane {
+
+namespace {
+
+constexpr Dialecto kDialecto{
+    .prefijo = TablasPostgres::kPrefijo,
+    .delTipo =
+        [](const Columna& columna) {
+            // The logger and we count whole seconds.
+            return columna.tipo.starts_with("timestamp")
+                       ? fmt::format("isfinite({0}) AND date_trunc('second',{0})={0}", columna.nombre)
+                       : std::string("true");
+        },
+    .momento = [](std::int64_t segundos) { return fmt::format("to_timestamp({})", segundos); },
+    .momentoDelRegistrador =
+        [](std::int64_t segundos) { return fmt::format("(to_timestamp({}) AT TIME ZONE 'UTC')", segundos); },
+    .no = "false",
+    .si = "true"};
+
+std::string_view remedioAqui(const Falta& falta) {
+    const bool seSabe = seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre);
+    if (falta.clase == Falta::Clase::clave) return kReponer;
+    if (falta.clase == Falta::Clase::forma) return falta.soloNulos || seSabe ? kReponer : kRecuperar;
+    return remedioDe(falta);
+}
+
+}  // namespace
+
+void TablasPostgres::crear() {
+    if (base_.consultar("SELECT to_regnamespace('telvane') IS NULL").logico(0, 0))
+        base_.ejecutar("CREATE SCHEMA telvane");
+    base_.ejecutar(std::string(esquema_postgres::kTablas));
+    base_.ejecutar(std::string(esquema_postgres::kVista));
+    base_.ejecutar("INSERT INTO telvane.esquema VALUES(1)");
+}
+
+std::vector<Falta> TablasPostgres::faltasDeSiempre() {
+    return faltasDe(leerTablas(esquema_postgres::kTablas), hay());
+}
+
+bool TablasPostgres::estanLasDeSiempre() {
+    // It says of which version the others are.
+    constexpr std::string_view kEsquema = "esquema";
+    const auto tablas = hay();
+    return std::ranges::all_of(leerTablas(esquema_postgres::kTablas), [&](const Tabla& debe) {
+        return debe.nombre == kEsquema || buscarTabla(tablas, debe.nombre) != nullptr;
+    });
+}
+
+std::string TablasPostgres::comoHuella(std::string_view columna) {
+    return fmt::format("substring({}||decode(repeat('00',32),'hex'),1,32)", columna);
+}
+
+// What the statements of the schema make, in their order.
+std::vector<Parte> TablasPostgres::partes() {
+    std::string todo = std::string(esquema_postgres::kTablas) + std::string(esquema_postgres::kVista);
+    for (const auto paso : esquema_postgres::kMigraciones) todo += paso;
+    std::vector<Parte> lista;
+    std::istringstream texto(todo);
+    for (std::string sentencia; std::getline(texto, sentencia, ';');) {
+        std::istringstream palabras(sentencia);
+        std::string verbo;
+        std::string clase;
+        std::string nombre;
+        palabras >> verbo >> clase >> nombre;
+        if (nombre == "IF") palabras >> nombre >> nombre >> nombre;
+        if (verbo != "CREATE") continue;
+        constexpr std::string_view kPrefijo = "telvane.";
+        if (nombre.starts_with(kPrefijo)) nombre.erase(0, kPrefijo.size());
+        lista.push_back({clase, nombre.substr(0, nombre.find('(')), sentencia});
+    }
+    return lista;
+}
+
+// A view by a table's name, and the like.
+std::vector<std::string> TablasPostgres::intrusos() {
+    const auto r = base_.consultar(
+        "SELECT relname::text,CASE relkind WHEN 'v' THEN 'VIEW' WHEN 'm' THEN 'MATERIALIZED VIEW' WHEN 'i' "
+        "THEN "
+        "'INDEX' WHEN 'I' THEN 'INDEX' WHEN 'S' THEN 'SEQUENCE' WHEN 'c' THEN 'TYPE' ELSE 'TABLE' END FROM "
+        "pg_catalog.pg_class WHERE relnamespace=to_regnamespace('telvane') ORDER BY 1");
+    const auto deben = partes();
+    std::vector<std::string> lista;
+    for (int i = 0; i < r.filas(); ++i) {
+        const auto debe = std::ranges::find(deben, r.texto(i, 0), &Parte::nombre);
+        if (debe != deben.end() && debe->clase != r.texto(i, 1))
+            lista.push_back(avisoDeIntruso(r.texto(i, 1), "telvane." + r.texto(i, 0)));
+    }
+    return lista;
+}
+
+// Whether the view is the one that this program makes: the server writes out what it keeps of each, and does
+// so alike. Who may make nothing there cannot ask. In a transaction.
+bool TablasPostgres::vistaEsLaNuestra() {
+    auto debida = std::string(esquema_postgres::kVista);
+    constexpr std::string_view kSuNombre = "telvane.lecturas";
+    debida.replace(debida.find(kSuNombre), kSuNombre.size(), "pg_temp.lecturas_debida");
+    bool igual = true;
+    base_.ejecutar("SAVEPOINT comparacion");
+    try {
+        base_.ejecutar(debida);
+        const auto r = base_.consultar(
+            "SELECT "
+            "pg_get_viewdef(to_regclass('telvane.lecturas'))=pg_get_viewdef(to_regclass('pg_temp.lecturas_"
+            "debida'))");
+        igual = r.logico(0, 0);
+    } catch (const ErrorAlmacen&) {
+        if (!base_.viva()) throw;
+    }
+    base_.ejecutar("ROLLBACK TO comparacion");
+    return igual;
+}
+
+std::vector<Parte> TablasPostgres::partesPorReponer() {
+    const auto r = base_.consultar(
+        "SELECT c.relname::text FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON "
+        "n.oid=c.relnamespace WHERE n.nspname='telvane'");
+    std::set<std::string> hay;
+    for (int i = 0; i < r.filas(); ++i) hay.insert(r.texto(i, 0));
+    auto deben = partes();
+    std::erase_if(deben, [&](const Parte& parte) {
+        if (parte.clase == "TABLE") return true;
+        return hay.contains(parte.nombre) && (parte.clase != "VIEW" || vistaEsLaNuestra());
+    });
+    return deben;
+}
+
+Tablas TablasPostgres::debidas() {
+    std::string sql(esquema_postgres::kTablas);
+    for (const auto paso : esquema_postgres::kMigraciones) sql += paso;
+    return leerTablas(sql);
+}
+
+Tablas TablasPostgres::hay() {
+    const auto r = base_.consultar(
+        "SELECT c.relname::text,a.attname::text,format_type(a.atttypid,a.atttypmod),a.attnotnull,"
+        "c.relkind='f' OR EXISTS(SELECT 1 FROM pg_catalog.pg_inherits h JOIN pg_catalog.pg_class p ON "
+        "p.oid=h.inhrelid WHERE h.inhparent=c.oid AND p.relkind='f') FROM pg_catalog.pg_class c JOIN "
+        "pg_catalog.pg_attribute a ON a.attrelid=c.oid AND a.attnum>0 AND NOT a.attisdropped WHERE "
+        "c.relnamespace=to_regnamespace('telvane') AND c.relkind IN ('r','p','f') ORDER BY "
+        "c.relname,a.attnum");
+    Tablas tablas;
+    for (int i = 0; i < r.filas(); ++i) {
+        if (tablas.empty() || tablas.back().nombre != r.texto(i, 0))
+            tablas.push_back(
+                {.nombre = r.texto(i, 0), .columnas = {}, .claves = {}, .ajena = r.logico(i, 4)});
+        tablas.back().columnas.push_back(
+            {.nombre = r.texto(i, 1), .tipo = r.texto(i, 2), .obligatoria = r.logico(i, 3)});
+    }
+    leerClaves(tablas);
+    return tablas;
+}
+
+void TablasPostgres::leerClaves(Tablas& tablas) {
+    const auto r = base_.consultar(
+        "SELECT c.relname::text,i.indexrelid::bigint,a.attname::text FROM pg_catalog.pg_index i JOIN "
+        "pg_catalog.pg_class c ON c.oid=i.indrelid CROSS JOIN LATERAL unnest(i.indkey::int2[]) WITH "
+        "ORDINALITY "
+        "k(columna,lugar) JOIN pg_catalog.pg_attribute a ON a.attrelid=c.oid AND a.attnum=k.columna WHERE "
+        "c.relnamespace=to_regnamespace('telvane') AND c.relkind IN ('r','p') AND i.indisunique AND "
+        "i.indisvalid "
+        "AND k.lugar<=i.indnkeyatts ORDER BY 1,i.indisprimary DESC,2,k.lugar");
+    std::int64_t anterior = 0;
+    for (int i = 0; i < r.filas(); ++i) {
+        auto& claves = std::ranges::find(tablas, r.texto(i, 0), &Tabla::nombre)->claves;
+        if (std::exchange(anterior, r.entero(i, 1)) != r.entero(i, 1)) claves.emplace_back();
+        claves.back().push_back(r.texto(i, 2));
+    }
+}
+
+std::vector<std::string> TablasPostgres::faltan() {
+    auto lista = intrusos();
+    if (lista.empty()) lista = avisosDeFaltas(debidas(), hay(), remedioAqui);
+    // Of a table that is not there nothing else is either.
+    for (const auto& parte : lista.empty() ? partesPorReponer() : std::vector<Parte>()) {
+        lista.push_back(
+            fmt::format("falta {}, o no es como este programa lo hace: {}", parte.nombre, kReponer));
+    }
+    return lista;
+}
+
+// Other tables and views are whoever's; what hangs on ours changes what they hold. What refuses rows may
+// refuse them from whoever is to bring them.
+std::vector<std::string> TablasPostgres::sobras() {
+    const auto deben = debidas();
+    auto lista = sobrasDe(deben, hay());
+    const auto r = base_.consultar(
+        "SELECT c.relname::text,o.que,o.nombre,o.orden FROM pg_catalog.pg_class c JOIN (SELECT tgrelid AS "
+        "tabla,'un disparador' AS que,tgname::text AS nombre,'DROP TRIGGER' AS orden FROM "
+        "pg_catalog.pg_trigger "
+        "WHERE NOT tgisinternal AND tgparentid=0 UNION ALL SELECT ev_class,'una regla',rulename::text,'DROP "
+        "RULE' "
+        "FROM pg_catalog.pg_rewrite WHERE rulename<>'_RETURN' UNION ALL SELECT conrelid,'una "
+        "condición',conname::text,'DROP CONSTRAINT' FROM pg_catalog.pg_constraint WHERE contype IN "
+        "('c','f','x')) o ON o.tabla=c.oid WHERE c.relnamespace=to_regnamespace('telvane') ORDER BY 1,3");
+    for (int i = 0; i < r.filas(); ++i) {
+        const auto tabla = r.texto(i, 0);
+        if (buscarTabla(deben, tabla) == nullptr && tabla != "lecturas") continue;
+        lista.push_back(
+            fmt::format("{} tiene {} que no es de este programa, {}: que quien administra el "
+                        "servidor lo quite ({})",
+                        tabla, r.texto(i, 1), r.texto(i, 2), r.texto(i, 3)));
+    }
+    return lista;
+}
+
+// Of a table that the images fill again nothing needs to stay.
+void TablasPostgres::reponerForma(const Falta& falta) {
+    const auto tabla = "telvane." + falta.tabla;
+    const auto& columna = falta.columna;
+    const bool seSabe = seObtiene(falta.tabla) || seObtiene(falta.tabla, columna.nombre);
+    if (falta.soloNulos) {
+        if (columna.obligatoria && seSabe)
+            base_.ejecutar(fmt::format("UPDATE {0} SET {1}={2} WHERE {1} IS NULL", tabla, columna.nombre,
+                                       valorDeRelleno(columna.tipo)));
+        base_.ejecutar(fmt::format("ALTER TABLE {} ALTER {} {} NOT NULL", tabla, columna.nombre,
+                                   columna.obligatoria ? "SET" : "DROP"));
+        return;
+    }
+    const bool deLaClave = seObtiene(falta.tabla) && !seObtiene(falta.tabla, columna.nombre);
+    if (deLaClave) base_.ejecutar("DELETE FROM " + tabla);
+    if (falta.clase == Falta::Clase::forma)
+        base_.ejecutar(fmt::format("DROP VIEW IF EXISTS telvane.lecturas; ALTER TABLE {} DROP COLUMN {}",
+                                   tabla, columna.nombre));
+    base_.ejecutar(agregarColumna(tabla, columna));
+}
+
+void TablasPostgres::reponerClave(const Falta& falta) {
+    const auto columnas = textoDe(falta.clave);
+    const auto repetidas = [&] {
+        return base_
+            .consultar(fmt::format("SELECT EXISTS(SELECT 1 FROM telvane.{} GROUP BY {} HAVING count(*)>1)",
+                                   falta.tabla, columnas))
+            .logico(0, 0);
+    };
+    // Of two rows that say the same one is enough; the samples count anew.
+    if (repetidas()) {
+        base_.ejecutar(fmt::format(
+            "DELETE FROM telvane.{0} WHERE (tableoid,ctid) IN (SELECT f.tabla,f.lugar FROM (SELECT "
+            "t.tableoid "
+            "AS tabla,t.ctid AS lugar,row_number() OVER (PARTITION BY {1}{2}) AS vez FROM telvane.{0} t) f "
+            "WHERE f.vez>1)",
+            falta.tabla, columnas, seObtiene(falta.tabla) ? "" : ",t"));
+    }
+    if (repetidas()) {
+        throw ErrorAlmacen(fmt::format("{}: {}, y tiene filas que se contradicen: {}", base_.nombre(),
+                                       textoDe(falta), kRecuperar));
+    }
+    const auto deben = debidas();
+    const bool primaria = buscarTabla(deben, falta.tabla)->claves.front() == falta.clave;
+    base_.ejecutar(fmt::format("ALTER TABLE telvane.{} ADD {}({})", falta.tabla,
+                               primaria ? "PRIMARY KEY" : "UNIQUE", columnas));
+}
+
+void TablasPostgres::reponerTablas() {
+    const auto deben = debidas();
+    for (const auto& sentencia : devolverNombres(deben, hay(), kDialecto.prefijo)) base_.ejecutar(sentencia);
+    const auto faltas = faltasDe(deben, hay());
+    for (const auto& falta : faltas) {
+        if (remedioAqui(falta) == kRecuperar)
+            throw ErrorAlmacen(fmt::format("{}: {}: {}", base_.nombre(), textoDe(falta), kRecuperar));
+        // What it said is known to nobody.
+        if (falta.clase == Falta::Clase::columna && remedioAqui(falta) == kSinDescargas)
+            base_.ejecutar("DELETE FROM telvane.descargas");
+    }
+    for (const auto& parte : partes()) {
+        const bool falta = parte.clase == "TABLE" && std::ranges::any_of(faltas, [&](const Falta& una) {
+                               return una.clase == Falta::Clase::tabla && una.tabla == parte.nombre;
+                           });
+        if (falta) base_.ejecutar(parte.sql);
+    }
+    for (const auto& falta : faltas) {
+        if (falta.clase == Falta::Clase::columna || falta.clase == Falta::Clase::forma) reponerForma(falta);
+    }
+    // A column takes along the keys that it stands in.
+    for (const auto& falta : faltasDe(debidas(), hay())) {
+        if (falta.clase == Falta::Clase::clave) reponerClave(falta);
+    }
+}
+
+void TablasPostgres::exigirSinIntrusos() {
+    if (const auto ajenos = intrusos(); !ajenos.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}", base_.nombre(), ajenos.front()));
+}
+
+void TablasPostgres::reponerValores() {
+    // What is in the way of it is as wrong as it is, and goes with the next image.
+    for (const auto& [tabla, columna] : kHuellasDeClave) {
+        base_.ejecutar(fmt::format(
+            "UPDATE telvane.{0} t SET {1}={2} WHERE length({1})<>32 AND NOT EXISTS (SELECT 1 FROM "
+            "telvane.{0} o WHERE o.estacion=t.estacion AND o.{1}={3})",
+            tabla, columna, comoHuella(columna), comoHuella(fmt::format("t.{}", columna))));
+    }
+    const auto deben = debidas();
+    // What a record of a download says that cannot be is known to nobody.
+    base_.ejecutar("DELETE FROM telvane.descargas WHERE " +
+                   filasImposibles(*buscarTabla(deben, "descargas"), kDialecto));
+}
+
+void TablasPostgres::reponer() {
+    reponerTablas();
+    for (const auto& parte : partesPorReponer()) {
+        if (parte.clase == "VIEW") base_.ejecutar("DROP VIEW IF EXISTS telvane." + parte.nombre);
+        base_.ejecutar(parte.sql);
+    }
+    reponerValores();
+}
+
+std::vector<std::string> TablasPostgres::imposibles() {
+    std::vector<std::string> lista;
+    for (const auto& tabla : debidas()) {
+        const auto r = base_.consultar(contarImposibles(tabla, kDialecto));
+        for (std::size_t i = 0; i < tabla.columnas.size(); ++i) {
+            if (const auto cuantos = r.entero(0, static_cast<int>(i)); cuantos > 0)
+                lista.push_back(avisoDeImposibles(tabla.nombre, tabla.columnas[i], cuantos));
+        }
+    }
+    return lista;
+}
+
+}  // namespace telvane

@@ -1,0 +1,62 @@
+// The tables, indexes and the view of an archive in PostgreSQL: which there are, which there must be, and
+// what puts them right.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "historico/esquema.h"
+#include "historico/postgres.h"
+
+namespace telvane {
+
+// Every routine throws ErrorAlmacen. Each belongs in a transaction, also those that only look: to compare the
+// view they make another one for a moment.
+class TablasPostgres {
+   public:
+    static constexpr std::string_view kPrefijo = "telvane.";
+
+    // It outlives this.
+    explicit TablasPostgres(BasePostgres& base) : base_(base) {}
+
+    // Those of the first version, where there are none.
+    void crear();
+    // What is missing of what every version had.
+    std::vector<Falta> faltasDeSiempre();
+    // Whether there are tables of those names, but for the one that says which version it is.
+    bool estanLasDeSiempre();
+
+    // What is missing or not as it must be, a line each with what to do.
+    std::vector<std::string> faltan();
+    // What hangs on them and is not ours, a line each.
+    std::vector<std::string> sobras();
+    // Values that this program writes nowhere, a line each with what to do.
+    std::vector<std::string> imposibles();
+    // Throws where something else bears the name of one of ours.
+    void exigirSinIntrusos();
+    // Makes what is missing of what holds nothing that cannot be derived, and of each value one of its
+    // column's kind.
+    void reponer();
+
+    // An expression: the column's value made as long as a fingerprint.
+    static std::string comoHuella(std::string_view columna);
+
+   private:
+    static std::vector<Parte> partes();
+    // Views and indexes.
+    std::vector<Parte> partesPorReponer();
+    std::vector<std::string> intrusos();
+    static Tablas debidas();
+    Tablas hay();
+    void leerClaves(Tablas& tablas);
+    bool vistaEsLaNuestra();
+    void reponerTablas();
+    void reponerForma(const Falta& falta);
+    void reponerClave(const Falta& falta);
+    void reponerValores();
+
+    BasePostgres& base_;
+};
+
+}  // namespace telvane

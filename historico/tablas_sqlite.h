@@ -1,0 +1,56 @@
+// The tables, indexes and views of an archive in SQLite: which there are, which there must be, and what puts
+// them right.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "historico/esquema.h"
+#include "historico/sqlite.h"
+
+namespace telvane {
+
+// Every routine throws ErrorAlmacen.
+class TablasSqlite {
+   public:
+    static constexpr std::string_view kPrefijo = "";
+
+    // migraciones: what makes of the first version's tables those of now. Both outlive this.
+    TablasSqlite(BaseSqlite& base, std::span<const std::string_view> migraciones)
+        : base_(base), migraciones_(migraciones) {}
+
+    // All of them, in a file without any.
+    void crear();
+    // What is missing of what every version had.
+    std::vector<Falta> faltasDeSiempre() const;
+
+    // What is missing or not as it must be, a line each with what to do.
+    std::vector<std::string> faltan() const;
+    // What hangs on them and is not ours, a line each.
+    std::vector<std::string> sobras() const;
+    // Values that this program writes nowhere, a line each with what to do.
+    std::vector<std::string> imposibles() const;
+    // Makes what is missing of what holds nothing that cannot be derived, and of each value one of its
+    // column's kind. In a transaction.
+    void reponer();
+
+   private:
+    std::vector<Parte> partes() const;
+    std::vector<Parte> recienHechas() const;
+    // Views and indexes.
+    std::vector<Parte> partesPorReponer() const;
+    Tablas hay() const;
+    Tablas debidas() const;
+    std::vector<std::string> intrusos() const;
+    std::vector<std::string> objetosAjenos(const Tablas& deben) const;
+    void reponerTablas();
+    void hacerDeNuevo(const Tabla& tabla, const std::string& sql);
+    void reponerValores();
+
+    BaseSqlite& base_;
+    std::span<const std::string_view> migraciones_;
+};
+
+}  // namespace telvane
