@@ -137,17 +137,20 @@ cat >"$raiz/carta"
 FIN
 cat >"$tapados/systemctl" <<'FIN'
 #!/bin/sh
-case $* in *InvocationID*) echo 0123abcd ;; *) echo Result=exit-code ;; esac
+case $* in *ExecMainStartTimestamp*) echo @1795375511 ;; *) echo Result=exit-code ;; esac
 FIN
 cat >"$tapados/journalctl" <<'FIN'
 #!/bin/sh
-case $* in *_SYSTEMD_INVOCATION_ID=0123abcd*) echo 'telvane-historico: estación 02080050: sin imágenes' ;; esac
+case $* in *--since=@1795375511*_SYSTEMD_UNIT=telvane-avisos.service*) echo 'telvane-historico: estación 02080050: sin imágenes' ;; esac
 FIN
 chmod +x "$tapados"/{sendmail,systemctl,journalctl}
 DESTINATARIO=operador@ejemplo.org "$correo" telvane-avisos.service
 grep -qx 'To: operador@ejemplo.org' "$raiz/carta" || fallar "carta: $(cat "$raiz/carta")"
 grep -q '^Subject: telvane-avisos.service en ' "$raiz/carta" || fallar "asunto"
 grep -q 'sin imágenes' "$raiz/carta" || fallar "la carta no dice nada"
+# systemd takes a service's name without its ending as well.
+DESTINATARIO=operador@ejemplo.org "$correo" telvane-avisos
+grep -q 'sin imágenes' "$raiz/carta" || fallar "la carta de prueba no dice nada"
 rm "$raiz/carta"
 ! DESTINATARIO=$'a@b\nBcc: c@d' "$correo" telvane-avisos.service 2>/dev/null || fallar "una línea de más en la cabecera"
 ! "$correo" $'x\nBcc: c@d' 2>/dev/null || fallar "una línea de más en el asunto"
