@@ -160,9 +160,32 @@ wait $tarde || true
 [ "$(find "$datos/tarde" -name 'tarde_*.rgt' | wc -l)" = 1 ] || fallar "tarde: $(cat "$raiz/errores")"
 grep -q 'dentro de 1 s' "$raiz/errores" || fallar "las pausas no crecen: $(cat "$raiz/errores")"
 
+# A clock that was set back comes by the same second again: what is there stays, and a name is found.
+mkdir "$raiz/reloj" "$datos/atras"
+cat >"$raiz/reloj/date" <<'FIN'
+#!/bin/sh
+case $1 in
+    +%Y*)
+        [ -e "$0.visto" ] || {
+            : >"$0.visto"
+            echo 2026-01-02_030405
+            exit
+        } ;;
+esac
+exec /bin/date "$@"
+FIN
+chmod +x "$raiz/reloj/date"
+: >"$datos/atras/atras_2026-01-02_030405.rgt"
+ajustar atras "${comunes[@]}" "CARPETA=$datos/atras" ARCHIVO=
+descargar atras PATH="$raiz/reloj:$PATH"
+espera 0 "reloj atrasado"
+! [ -s "$datos/atras/atras_2026-01-02_030405.rgt" ] || fallar "se escribió sobre una descarga"
+[ "$(find "$datos/atras" -name '*.rgt' -size +0 | wc -l)" = 1 ] || fallar "reloj atrasado: nada descargado"
+
 # Whoever begins one by hand hears at once how it went, by night as well.
 ajustar tarde "COM=1=$raiz/COM3" "HASTA=$de_noche" "CARPETA=$datos/tarde" ARCHIVO=
 estado=0
+# shellcheck disable=SC2016
 env -i PATH="$PATH" TZ=UTC TELVANE_ESTACIONES="$estaciones" TELVANE_ESTADO="$raiz/general" \
     timeout 60 sh -c 'SYSTEMD_EXEC_PID=$$ exec sh "$0" tarde' "$guion" </dev/null >"$raiz/salida" 2>"$raiz/errores" || estado=$?
 espera 3 "a mano, de noche"

@@ -158,6 +158,11 @@ correr "$raiz/errores" TELVANE_ESTADO="$raiz/general" TELVANE_PLAZO=0 sh -c "$or
 [ $estado -eq 0 ] || fallar "puerto libre: $estado $(cat "$raiz/errores")"
 bajados libre
 
+# Its unit sees no network: whoever names a port there hears what to do.
+ajustar COM=1=TCP://servidor.invalid:4001 "CARPETA=$datos"
+correr "$raiz/errores" TELVANE_RED=no sh -c "$orden_cron"
+falla 2 'haga de la estación un archivo de ' "tcp sin red"
+
 ajustar "COM=1=$raiz/COM1" "CARPETA=$raiz/no/hay"
 correr "$raiz/errores" sh -c "$orden_cron"
 falla 1 "no se puede escribir en $raiz/no/hay" carpeta
