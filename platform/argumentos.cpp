@@ -55,8 +55,15 @@ bool pareceArchivo(const std::string& palabra) {
     return palabra.starts_with('-') && !palabra.starts_with("--") && palabra.find('.') != std::string::npos;
 }
 
-std::string noSeEntiende(const std::vector<std::string>& palabras) {
-    const auto archivo = std::ranges::find_if(palabras, pareceArchivo);
+// Told by their place on the line, as files are.
+bool tomaNombres(const CLI::App* app) {
+    const auto opciones = app ? app->get_options() : std::vector<const CLI::Option*>();
+    return std::ranges::any_of(opciones, [](const auto* una) { return una->get_positional(); });
+}
+
+// app: whose words they are; null: nobody's.
+std::string noSeEntiende(const std::vector<std::string>& palabras, const CLI::App* app) {
+    const auto archivo = tomaNombres(app) ? std::ranges::find_if(palabras, pareceArchivo) : palabras.end();
     return fmt::format(
         "no se entiende \"{}\"{}", fmt::join(palabras, "\", \""),
         archivo == palabras.end() ? "" : fmt::format("; si es un archivo, escríbalo ./{}", *archivo));
@@ -201,7 +208,8 @@ std::string Argumentos::malPuestas(const std::vector<std::string>& argumentos) c
         const auto igual = argumentos[i].find('=');
         const auto nombre = argumentos[i].substr(0, igual);
         const auto* opcion = nombre.starts_with('-') ? declarada(nombre) : nullptr;
-        if (!opcion && esMontonDeLetras(argumentos[i])) return noSeEntiende({argumentos[i]});
+        if (!opcion && esMontonDeLetras(argumentos[i]))
+            return noSeEntiende({argumentos[i]}, ordenDe(argumentos));
         if (!opcion) continue;
         const bool lleva = opcion->get_items_expected_max() > 0;
         if (!lleva && igual != std::string::npos) return noLlevaValor(nombre);
@@ -315,7 +323,8 @@ std::string Argumentos::motivoDeSobra() const {
     if (palabras.empty()) return {};
     if (faltaOrden() && !palabras.front().starts_with('-'))
         return fmt::format("no hay una orden \"{}\"", palabras.front());
-    return noSeEntiende(palabras);
+    const auto elegidas = app_->get_subcommands();
+    return noSeEntiende(palabras, elegidas.empty() ? app_.get() : elegidas.back());
 }
 
 // The library's own texts are in English; those of our checks stand behind the option's name.

@@ -120,6 +120,8 @@ TEST_F(ArgumentosDeLinea, ANameThatBeginsLikeAnOptionGetsAdvice) {
                 StartsWith("no se entiende \"-helada.rgt\"; si es un archivo, escríbalo ./-helada.rgt\n"));
     EXPECT_THAT(leer({"a", "--bas=x.rgt"}).texto, StartsWith("no se entiende \"--bas=x.rgt\"\n"));
     exigirQueCorra({"./-a.rgt", "x.csv"});
+    Argumentos linea("programa", "1", "");
+    EXPECT_EQ(linea.leer({"-a.rgt"}).texto, "no se entiende \"-a.rgt\"\n(programa --help)");
 }
 
 TEST_F(ArgumentosDeLinea, WhatWasMisspeltIsToldBeforeWhatIsMissing) {
