@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <map>
 #include <optional>
@@ -20,6 +21,7 @@
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
 #include "platform/contrasena.h"
+#include "platform/motivos.h"
 #include "platform/palabra_de_consola.h"
 #include "platform/recorte.h"
 #include "platform/texto_visible.h"
@@ -255,7 +257,10 @@ class Lector {
             auto bytes = leerArchivo(archivo_, kMaximo + 1);
             if (bytes.size() <= kMaximo) return bytes;
         } catch (const ErrorLectura& error) {
-            mal(fmt::format("no se pueden leer los ajustes {}: {}", cual(), error.motivo()));
+            const bool sinPermiso = error.motivo() == motivoSistema(EACCES);
+            mal(fmt::format(
+                "no se pueden leer los ajustes {}: {}{}", cual(), error.motivo(),
+                sinPermiso ? ": repita con sudo; para que la descarga los lea, " + soloSuyos() : ""));
         }
         // What would stand behind would count for nothing.
         mal(fmt::format("no se pueden leer los ajustes {}: tiene más de {} bytes, quite lo que sobra", cual(),
@@ -386,13 +391,15 @@ class Lector {
         ocultarContrasena(tapado);
         struct stat datos {};
         const bool otrosLeen = ::stat(archivo_.c_str(), &datos) != 0 || (datos.st_mode & S_IROTH) != 0;
-        if (tapado != valor && otrosLeen) {
-            mal(fmt::format(
-                "lleva una contraseña y todos pueden leer el archivo: sudo chown root:telvane {0} "
-                "&& sudo chmod 0640 {0}",
-                palabraDeConsola(fs::absolute(archivo_).string())));
-        }
+        if (tapado != valor && otrosLeen)
+            mal("lleva una contraseña y todos pueden leer el archivo: " + soloSuyos());
         return valor;
+    }
+
+    // Commands after which nobody reads the file but the download and whoever keeps the machine.
+    std::string soloSuyos() const {
+        return fmt::format("sudo chown root:telvane {0} && sudo chmod 0640 {0}",
+                           palabraDeConsola(fs::absolute(archivo_).string()));
     }
 
     fs::path archivo_;

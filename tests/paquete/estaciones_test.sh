@@ -182,6 +182,16 @@ espera 0 "reloj atrasado"
 ! [ -s "$datos/atras/atras_2026-01-02_030405.rgt" ] || fallar "se escribió sobre una descarga"
 [ "$(find "$datos/atras" -name '*.rgt' -size +0 | wc -l)" = 1 ] || fallar "reloj atrasado: nada descargado"
 
+# Settings that are kept from all include the download, which is not root.
+chmod 0600 "$estaciones/atras.conf"
+if [ "$(id -u)" -eq 0 ]; then
+    chmod 0755 "$raiz"
+    estado=0
+    setpriv --reuid nobody --regid nogroup --clear-groups "$programas/telvane-cli" estaciones --valores "$estaciones/atras.conf" 2>"$raiz/errores" >/dev/null || estado=$?
+    espera 2 "ajustes de nadie" "no hay permiso: repita con sudo; para que la descarga los lea, sudo chown root:telvane $estaciones/atras.conf"
+fi
+chmod 0644 "$estaciones/atras.conf"
+
 # Whoever begins one by hand hears at once how it went, by night as well.
 ajustar tarde "COM=1=$raiz/COM3" "HASTA=$de_noche" "CARPETA=$datos/tarde" ARCHIVO=
 estado=0
