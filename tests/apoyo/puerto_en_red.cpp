@@ -150,7 +150,7 @@ void PuertoEnRed::escuchar(bool si) {
     auto donde = maquinaPropia();
     if (!direccion_.puerto.empty())
         donde.sin_port = htons(static_cast<in_port_t>(std::stoi(direccion_.puerto)));
-    escucha_ = Descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    escucha_ = Descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     ponerOpcion(escucha_(), SOL_SOCKET, SO_REUSEADDR, 1);
     if (::bind(escucha_(), reinterpret_cast<const sockaddr*>(&donde), sizeof donde) != 0) fallar("bind");
     if (::listen(escucha_(), 4) != 0) fallar("listen");
@@ -191,10 +191,16 @@ void PuertoEnRed::aceptar() {
         const auto suya = extremo(candidato, Lado::propio).value();
         if (cliente_ && iguales(suya, cliente_->direccionDelPc)) continue;
         if (cliente_) tomar();
-        cliente_ = std::make_unique<Cliente>();
-        cliente_->delPc = candidato;
-        cliente_->direccionDelPc = suya;
-        cliente_->propio = Descriptor(::accept4(escucha_(), nullptr, nullptr, SOCK_CLOEXEC));
+        auto nuevo = std::make_unique<Cliente>();
+        nuevo->delPc = candidato;
+        nuevo->direccionDelPc = suya;
+        // One that was hung up on a moment ago looks like a new one until its end hears of it.
+        nuevo->esperarA([&](const tcp_info&) {
+            nuevo->propio = Descriptor(::accept4(escucha_(), nullptr, nullptr, SOCK_CLOEXEC));
+            return nuevo->propio() >= 0;
+        });
+        if (nuevo->propio() < 0) continue;
+        cliente_ = std::move(nuevo);
         if (!iguales(extremo(cliente_->propio(), Lado::ajeno), suya)) fallar("accept");
         ponerOpcion(cliente_->propio(), IPPROTO_TCP, TCP_NODELAY, 1);
         abrirDispositivo();
