@@ -268,8 +268,9 @@ class Lector {
     }
 
     void ponerNombreDeArchivo() {
-        // What the names of its units and files add to it fits into what systemd and a folder take.
-        constexpr std::size_t kMasLargo = 200;
+        // systemd makes file names of it, with those of the unit and of the unit that mails its failures: 147
+        // would still fit.
+        constexpr std::size_t kMasLargo = 128;
         ajustes_.nombre = archivo_.stem().string();
         if (ajustes_.nombre.size() > kMasLargo || !soloDeNombre(ajustes_.nombre))
             falta(

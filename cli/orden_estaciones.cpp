@@ -151,7 +151,8 @@ Json objeto(const Estacion& estacion) {
     json.poner("encendida", e ? Json(e->encendida) : Json());
     json.poner("en_marcha", e ? Json(e->enMarcha) : Json());
     json.poner("ultima", e ? oNulo(e->ultima) : Json());
-    json.poner("resultado", e && e->ultima ? oNulo(e->resultado) : Json());
+    const bool conResultado = e && (e->ultima || e->resultado != "success");
+    json.poner("resultado", conResultado ? oNulo(e->resultado) : Json());
     json.poner("codigo", e && e->ultima ? Json(e->codigo) : Json());
     json.poner("proxima", e ? oNulo(e->proxima) : Json());
     return json;
@@ -161,12 +162,16 @@ std::string comoFue(const Estacion& estacion) {
     const auto& e = *estacion.ejecuciones;
     if (e.enMarcha)
         return fmt::format(", en marcha desde {}", e.ultima ? utcIso(*e.ultima) : "hace un momento");
+    // The machine lacked something, and nothing ran.
+    const bool sinEmpezar = !e.resultado.empty() && e.resultado != "success" && e.codigo == 0;
+    if (!e.ultima && sinEmpezar) return fmt::format(", la última no pudo empezar ({})", e.resultado);
     // systemd forgets a run that went well when no timer waits for the next one, and any run when the machine
     // starts.
     if (!e.ultima) return estacion.ultimaImagen.empty() ? ", ninguna imagen todavía" : "";
     // "systemctl reset-failed" forgets that it failed, and not with which status.
     const bool bien = e.resultado == "success" && e.codigo == 0;
     const auto como = bien         ? std::string("bien")
+                      : sinEmpezar ? fmt::format("la de después no pudo empezar: {}", e.resultado)
                       : e.porSenal ? fmt::format("interrumpida, señal {}", e.codigo)
                                    : fmt::format("falló, código {}", e.codigo);
     return fmt::format(", la última {} ({})", utcIso(*e.ultima), como);

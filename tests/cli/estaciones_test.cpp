@@ -142,9 +142,8 @@ TEST_F(Estaciones, WhatCannotBeIsToldWithItsFileAndLine) {
     EXPECT_THAT(motivo("COM=\"1=/dev/a COM2=/dev/b\"\n"), HasSubstr("parece haber dos puertos"));
     EXPECT_THAT(motivo(kPuertoUsb, "finca norte.conf"),
                 HasSubstr("el nombre de la estación es el del archivo"));
-    // With telvane-correo@telvane-descarga-red@NAME.service.service around it, systemd takes no more.
-    EXPECT_EQ(motivo(kPuertoUsb, std::string(200, 'a') + ".conf"), "");
-    EXPECT_THAT(motivo(kPuertoUsb, std::string(201, 'a') + ".conf"), HasSubstr("200 como mucho: cámbielo"));
+    EXPECT_EQ(motivo(kPuertoUsb, std::string(128, 'a') + ".conf"), "");
+    EXPECT_THAT(motivo(kPuertoUsb, std::string(129, 'a') + ".conf"), HasSubstr("128 como mucho: cámbielo"));
 }
 
 TEST_F(Estaciones, OptionsThatTheDownloadDoesNotUnderstandAreToldBeforeTheNight) {
@@ -315,6 +314,22 @@ TEST_F(Estaciones, ADownloadThatSystemdForgotIsNotSaidToBeMissing) {
     EXPECT_EQ(listar().salida,
               "a: COM1=/dev/ttyUSB0, apagada: sudo systemctl enable --now telvane-descarga@a.timer, última "
               "imagen a_2026-11-21_021913.rgt\n");
+}
+
+// A full disk where systemd makes a unit's private folder.
+TEST_F(Estaciones, ADownloadThatCouldNotBeginIsToldAsThat) {
+    poner("a.conf", kPuertoUsb);
+    std::string empezo;
+    systemctl = [&](const std::vector<std::string>&) {
+        return std::optional<std::string>("Result=resources\nExecMainStartTimestamp=" + empezo +
+                                          "\nExecMainCode=0\nExecMainStatus=0\n"
+                                          "Id=telvane-descarga@a.service\nActiveState=failed\n");
+    };
+    EXPECT_THAT(listar().salida, HasSubstr(", la última no pudo empezar (resources), "));
+    EXPECT_EQ(nlohmann::json::parse(listar({"--json"}).salida)["estaciones"][0]["resultado"], "resources");
+    empezo = "@1795141023";
+    EXPECT_THAT(listar().salida,
+                HasSubstr("la última 2026-11-20T02:17:03Z (la de después no pudo empezar: resources)"));
 }
 
 // As systemd 252 writes it, whatever form was asked for.
