@@ -1,6 +1,7 @@
 #include "calidad/fijo.h"
 
 #include <algorithm>
+#include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -87,6 +88,46 @@ RC_GTEST_PROP(Fijo, FindsTheStretchesWhoseMeanIsAboveTheLimitToo, ()) {
                             .viento = *rc::gen::inRange(0, 7)};
     RC_ASSERT(hallados(Fijo(limite, Fijo::Amplitud::menor, Fijo::Media::mayor), puntos) ==
               aLaLetra(limite, false, true, puntos));
+}
+
+// Weather as it stands still: most values are the one before or lie beside it, and limits lie among them.
+class Azar {
+   public:
+    int hasta(int mayor) { return std::uniform_int_distribution(0, mayor)(numeros_); }
+    std::vector<Punto> puntos() {
+        std::vector<Punto> todos(static_cast<std::size_t>(hasta(60)));
+        const int mayor = 1 + hasta(7);
+        const int deCada = 1 + hasta(5);
+        int valor = hasta(mayor);
+        for (auto& punto : todos) {
+            if (hasta(deCada) == 0) valor = std::clamp(valor + hasta(2) - 1, 0, mayor);
+            if (hasta(30) == 0) valor = hasta(mayor);
+            punto = {.paso = 1 + hasta(2), .valor = valor, .corte = hasta(40) == 0};
+        }
+        return todos;
+    }
+
+   private:
+    std::mt19937 numeros_{1};
+};
+
+TEST(Fijo, FindsInThousandsOfStillSeriesWhatLookingAtEveryStretchFinds) {
+    constexpr int kSeries = 6'000;
+    Azar azar;
+    for (int serie = 0; serie < kSeries; ++serie) {
+        const auto puntos = azar.puntos();
+        const LimiteFijo limite{.dura = std::chrono::minutes(1 + azar.hasta(14)),
+                                .amplitud = azar.hasta(4),
+                                .viento = azar.hasta(6)};
+        const bool hastaElla = azar.hasta(1) == 0;
+        const auto amplitud = hastaElla ? Fijo::Amplitud::hastaElla : Fijo::Amplitud::menor;
+        ASSERT_EQ(hallados(Fijo(limite, amplitud, Fijo::Media::indistinta), puntos),
+                  aLaLetra(limite, hastaElla, false, puntos))
+            << serie;
+        ASSERT_EQ(hallados(Fijo(limite, Fijo::Amplitud::menor, Fijo::Media::mayor), puntos),
+                  aLaLetra(limite, false, true, puntos))
+            << serie;
+    }
 }
 
 TEST(Fijo, AStretchMustLastTheWholeTime) {
