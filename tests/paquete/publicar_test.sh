@@ -156,4 +156,10 @@ rm "$raiz/carta"
 ! "$correo" $'x\nBcc: c@d' 2>/dev/null || fallar "una línea de más en el asunto"
 ! [ -e "$raiz/carta" ] || fallar "se mandó una carta"
 
+# Whoever removes a package leaves nothing of it running.
+while IFS= read -r unidad; do
+    nombre=${unidad##*/}
+    cat "$(dirname "$0")"/../../packaging/debian/*/prerm | tr -s " '" '\n' | grep -qxF -e "${nombre/@./@*.}" || fallar "al quitar el paquete sigue $nombre"
+done < <(find "$raiz" -path '*/systemd/system/telvane-*' -type f)
+
 [ $fallos -eq 0 ]
