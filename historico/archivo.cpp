@@ -163,12 +163,17 @@ std::vector<EstacionGuardada> quienesLaTienen(Almacen& almacen, BytesImagen byte
     return estaciones;
 }
 
-// Of them the one that is meant: without a name beside the number any station of that number will do.
-const EstacionGuardada& laDicha(const std::vector<EstacionGuardada>& duenos, const std::string& nombre,
-                                const std::string& serie, bool conNombre) {
+// Of them the one that is meant: without a name beside the number any station of that number will do, and
+// where its bytes are lost whichever lacks them.
+const EstacionGuardada& laDicha(Almacen& almacen, const std::vector<EstacionGuardada>& duenos,
+                                const std::string& nombre, const std::string& serie, bool conNombre,
+                                const Huella& huella) {
     auto dueno = std::ranges::find(duenos, nombre, &EstacionGuardada::nombre);
     if (dueno == duenos.end() && !conNombre)
         dueno = std::ranges::find(duenos, serie, &EstacionGuardada::serie);
+    if (dueno == duenos.end())
+        dueno = std::ranges::find_if(
+            duenos, [&](const EstacionGuardada& e) { return !almacen.conserva(e.id, huella); });
     if (dueno == duenos.end())
         throw ErrorImagen(fmt::format("ya está en el archivo, en la estación {}", duenos.front().nombre));
     return *dueno;
@@ -203,7 +208,7 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     Incorporacion resultado;
     if (const auto duenos = quienesLaTienen(almacen_, bytes, huella); !duenos.empty()) {
-        const auto& dueno = laDicha(duenos, nombre, serie, destino.como.has_value());
+        const auto& dueno = laDicha(almacen_, duenos, nombre, serie, destino.como.has_value(), huella);
         resultado.repetida = true;
         resultado.muestras = almacen_.ficha(dueno.id, huella)->muestras;
         resultado.conflictos = static_cast<std::int64_t>(almacen_.sellosDe(dueno.id, huella).size());

@@ -64,6 +64,7 @@ Contenidos::Contenidos(Almacen& almacen, std::set<Huella> esperadas, const std::
     : almacen_(almacen), esperadas_(std::move(esperadas)) {
     auto pendientes = leerSanos(alAvanzar);
     while (identificarAlguno(pendientes, Contra::laDicha, alAvanzar) ||
+           identificarAlguno(pendientes, Contra::lasDeOtros, alAvanzar) ||
            identificarAlguno(pendientes, Contra::todas, alAvanzar)) {
     }
     for (auto& contenido : pendientes) todos_.push_back(std::move(contenido));
@@ -100,11 +101,11 @@ bool Contenidos::identificarAlguno(std::vector<Contenido>& pendientes, Contra co
     for (std::size_t i = 0; i < pendientes.size(); ++i) {
         auto& uno = pendientes[i];
         // That of a known loss was tried before.
-        const bool seIntenta = contra == Contra::laDicha ||
+        const bool seIntenta = contra != Contra::todas ||
                                (uno.guardado.profundidad != Almacen::kPerdida && noEspera(pendientes, uno));
         if (!seIntenta) continue;
         alAvanzar();
-        const auto bases = contra == Contra::laDicha ? laDicha(uno) : todasPara(uno, pendientes);
+        const auto bases = basesPara(contra, uno, pendientes);
         const auto datos = almacen_.datosDe(uno.guardado);
         resueltos[i] = std::ranges::any_of(bases, [&](const std::optional<Huella>& base) {
             alAvanzar();
@@ -123,16 +124,24 @@ Contenidos::Bases Contenidos::laDicha(const Contenido& uno) const {
     return bases;
 }
 
-// Of a base by a wrong name nothing tells but trying all that may be meant: those of its station, and those
-// of others with which it was mixed up.
-Contenidos::Bases Contenidos::todasPara(const Contenido& uno,
-                                        const std::vector<Contenido>& pendientes) const {
+// What one says may be another's: those of which they say that they are packed upon them.
+Contenidos::Bases Contenidos::lasDichas(const std::vector<Contenido>& pendientes) const {
     Bases bases;
     for (const auto& otro : pendientes) {
         if (otro.guardado.base && seLee(*otro.guardado.base)) bases.push_back(otro.guardado.base);
     }
     std::ranges::sort(bases);
     bases.erase(std::unique(bases.begin(), bases.end()), bases.end());
+    return bases;
+}
+
+// Of a base by a wrong name nothing tells but trying all that may be meant: those of its station, and those
+// of others with which it was mixed up.
+Contenidos::Bases Contenidos::basesPara(Contra contra, const Contenido& uno,
+                                        const std::vector<Contenido>& pendientes) const {
+    if (contra == Contra::laDicha) return laDicha(uno);
+    auto bases = lasDichas(pendientes);
+    if (contra == Contra::lasDeOtros) return bases;
     for (const auto& otro : todos_) {
         if (otro.guardado.estacion == uno.guardado.estacion) bases.push_back(otro.es);
     }

@@ -47,10 +47,11 @@ class Contenidos {
    private:
     using Bytes = std::vector<std::uint8_t>;
     // Upon which images one is tried.
-    enum class Contra { laDicha, todas };
+    enum class Contra { laDicha, lasDeOtros, todas };
     using Bases = std::vector<std::optional<Huella>>;
     Bases laDicha(const Contenido& uno) const;
-    Bases todasPara(const Contenido& uno, const std::vector<Contenido>& pendientes) const;
+    Bases basesPara(Contra contra, const Contenido& uno, const std::vector<Contenido>& pendientes) const;
+    Bases lasDichas(const std::vector<Contenido>& pendientes) const;
     std::vector<Contenido> leerSanos(const std::function<void()>& alAvanzar);
     bool identificarAlguno(std::vector<Contenido>& pendientes, Contra contra,
                            const std::function<void()>& alAvanzar);

@@ -67,21 +67,9 @@ class Emparejador {
                 if (!dicha)
                     dicha = ImagenNueva(contenidos_.bytes(*contenido.es), *contenido.es, {}, {}).ficha;
                 const Almacen::FichaGuardada debida{.estacion = contenido.guardado.estacion, .ficha = *dicha};
-                if (distintas(debida, fichas_[j]) == cambiadas) unir(i, j);
+                if (valoresDistintos(debida, fichas_[j]) == cambiadas) unir(i, j);
             }
         }
-    }
-    static std::size_t distintas(const Almacen::FichaGuardada& una, const Almacen::FichaGuardada& otra) {
-        const auto& a = una.ficha;
-        const auto& b = otra.ficha;
-        const std::array lasDos = {una.estacion != otra.estacion,
-                                   a.bytes != b.bytes,
-                                   a.reloj != b.reloj,
-                                   a.desde != b.desde,
-                                   a.hasta != b.hasta,
-                                   a.muestras != b.muestras,
-                                   a.retrocesos != b.retrocesos};
-        return static_cast<std::size_t>(std::ranges::count(lasDos, true));
     }
     // Of an image that was there something else would tell as well.
     bool esDeNadie(const Huella& huella) const {
@@ -125,6 +113,19 @@ class Emparejador {
 };
 
 }  // namespace
+
+std::size_t valoresDistintos(const Almacen::FichaGuardada& una, const Almacen::FichaGuardada& otra) {
+    const auto& a = una.ficha;
+    const auto& b = otra.ficha;
+    const std::array lasDos = {una.estacion != otra.estacion,
+                               a.bytes != b.bytes,
+                               a.reloj != b.reloj,
+                               a.desde != b.desde,
+                               a.hasta != b.hasta,
+                               a.muestras != b.muestras,
+                               a.retrocesos != b.retrocesos};
+    return static_cast<std::size_t>(std::ranges::count(lasDos, true));
+}
 
 std::vector<Pieza> piezasDe(Contenidos& contenidos, const std::vector<Almacen::FichaGuardada>& fichas,
                             const std::set<Huella>& deOtros) {

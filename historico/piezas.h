@@ -23,6 +23,9 @@ struct Pieza {
     bool seLee = false;
 };
 
+// In how much two notes differ of where they stand and of what the image says.
+std::size_t valoresDistintos(const Almacen::FichaGuardada& una, const Almacen::FichaGuardada& otra);
+
 // Each after the one that it is packed upon. deOtros: images of which something else than contents' names and
 // notes tells; a note of an image that nobody knows may be that of a content which has none.
 std::vector<Pieza> piezasDe(Contenidos& contenidos, const std::vector<Almacen::FichaGuardada>& fichas,

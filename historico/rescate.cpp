@@ -205,10 +205,27 @@ IdEstacion Rescate::estacionDe(const std::string& serie, const Huella& huella) {
     return suyas.size() == 1 ? suyas.front() : laDeSusMuestras(suyas, huella);
 }
 
+// A note under a false name whose image was brought anew: nothing else tells of an image of that name.
+bool Rescate::repiteLoDeOtra(const Pieza& pieza) const {
+    const auto* ficha = fichaDe(pieza);
+    if (ficha == nullptr || pieza.contenido || pieza.seLee || deOtros_.contains(pieza.huella)) return false;
+    return std::ranges::any_of(piezas_, [&](const Pieza& otra) {
+        const auto* suya = fichaDe(otra);
+        return otra.seLee && suya != nullptr && valoresDistintos(*ficha, *suya) == 0;
+    });
+}
+
 void Rescate::apartarRepetidas() {
     std::map<std::pair<IdEstacion, Huella>, std::size_t> vistas;
     std::vector<Pieza> unicas;
-    for (auto& pieza : piezas_) {
+    std::vector<bool> sobran;
+    for (const auto& pieza : piezas_) sobran.push_back(repiteLoDeOtra(pieza));
+    for (std::size_t i = 0; i < piezas_.size(); ++i) {
+        auto& pieza = piezas_[i];
+        if (sobran[i]) {
+            repetidas_.push_back(std::move(pieza));
+            continue;
+        }
         const auto [lugar, nueva] = vistas.emplace(std::pair(pieza.estacion, pieza.huella), unicas.size());
         if (nueva) {
             unicas.push_back(std::move(pieza));

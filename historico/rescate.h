@@ -67,6 +67,7 @@ class Rescate {
     bool concuerdan(const Grupo& uno, const Grupo& otro);
     void devolverAjenas();
     IdEstacion estacionDe(const std::string& serie, const Huella& huella);
+    bool repiteLoDeOtra(const Pieza& pieza) const;
     void apartarRepetidas();
     void nombrar();
     static std::string nombreNuevo(const Grupo& grupo, std::set<std::string>& sueltos,

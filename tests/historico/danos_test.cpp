@@ -334,6 +334,24 @@ TEST_P(Danos, ANoteWhoseFingerprintAndAnotherValueWereChangedFindsItsContent) {
     }
 }
 
+// Its content is gone, and nobody can tell any more which image it was; the image comes back as a new one.
+TEST_P(Danos, ANoteUnderAFalseNameGoesOnceItsImageIsBack) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    const auto& perdida = originales[4];
+    const std::string suya =
+        "huella=" + (esArchivo() ? "x'" : std::string("'\\x")) + textoDe(perdida.huella) + "'";
+    const std::string otra = esArchivo() ? "zeroblob(32)" : "decode(repeat('00',32),'hex')";
+    sql("DELETE FROM contenidos WHERE " + suya + "; UPDATE imagenes SET huella=" + otra + " WHERE " + suya);
+    EXPECT_THAT(correr({"rehacer"}).errores, HasSubstr("la imagen " + std::string(64, '0') + " está dañada"));
+    EXPECT_EQ(correr(perdida.orden).codigo, 0);
+    EXPECT_THAT(correr({"comprobar"}).salida,
+                HasSubstr("la imagen " + std::string(64, '0') + " está dos veces: rehacer quita una"));
+    EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_EQ(todoLoQueHay(), antes);
+}
+
 // What tells of it besides its note: a packed one upon it, its station, its download.
 TEST_P(Danos, AnImageOfWhichSomethingElseTellsIsNamedAsLostAndTakesNoOthersContent) {
     incorporarTodas();
@@ -346,6 +364,40 @@ TEST_P(Danos, AnImageOfWhichSomethingElseTellsIsNamedAsLostAndTakesNoOthersConte
     const auto r = correr({"rehacer"});
     EXPECT_EQ(r.codigo, 1);
     EXPECT_TRUE(nombradas(r.errores).contains(textoDe(perdida))) << r.errores;
+}
+
+// The one below is packed upon the third, the one above upon the one below.
+TEST_P(Danos, BytesThatStandInEachOthersPlaceInOneChainAreFound) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    const auto literal = [&](std::size_t cual) {
+        return (esArchivo() ? "x'" : "bytea '\\x") + textoDe(originales[cual].huella) + "'";
+    };
+    for (const auto& [una, otra] : {std::pair(1, 2), std::pair(0, 2), std::pair(4, 6)}) {
+        sql("CREATE TEMP TABLE dos AS SELECT huella,datos FROM contenidos; UPDATE contenidos SET "
+            "datos=(SELECT d.datos FROM dos d WHERE d.huella=CASE contenidos.huella WHEN " +
+            literal(una) + " THEN " + literal(otra) + " ELSE " + literal(una) + " END) WHERE huella IN (" +
+            literal(una) + "," + literal(otra) + ")");
+        EXPECT_EQ(correr({"comprobar"}).codigo, 1);
+        EXPECT_EQ(correr({"rehacer"}).errores, "");
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+        EXPECT_EQ(todoLoQueHay(), antes);
+    }
+}
+
+// Its row says of another station whose it is.
+TEST_P(Danos, ALostImageComesBackWhereverItIsNoted) {
+    const auto sinNumero = ImagenPrueba("").texto(0, std::string(4, '\xFF')).serie(0, 5, 70).bytes();
+    const auto archivoBase = guardar("sin.rgt", sinNumero);
+    ASSERT_EQ(correr({"incorporar", archivoBase, "--serie", "02080052"}).codigo, 0);
+    sql("UPDATE estaciones SET nombre='02080059', serie='02080059'; UPDATE contenidos SET datos=" +
+        std::string(esArchivo() ? "x'00'" : "''"));
+    EXPECT_EQ(correr({"rehacer"}).codigo, 1);
+    EXPECT_THAT(correr({"incorporar", archivoBase, "--serie", "02080052"}).errores,
+                HasSubstr("vuelve a estar"));
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_THAT(correr({"incorporar", archivoBase, "--serie", "02080052"}).errores,
+                HasSubstr("ya está en el archivo, en la estación 02080059"));
 }
 
 TEST_P(Danos, TablesThatStandUnderEachOthersNamesGetTheirOwnBack) {

@@ -64,6 +64,8 @@ TEST_F(DestinoDe, ADataBaseIsNeverReplacedWhateverItsNameNorWhatStandsBesideIt) 
     for (const auto* nombre :
          {"a.sqlite", "datos.csv", "enlace.csv", "a.sqlite-wal", "a.sqlite-shm", "a.sqlite-journal"})
         EXPECT_THAT(negativa(ruta(nombre)), HasSubstr("base de datos; dé otro nombre")) << nombre;
+    EXPECT_TRUE(porNombre(ruta("a.sqlite")) && porNombre(ruta("a.sqlite-journal")));
+    EXPECT_THAT(negativa(ruta("a.sqlite"), {.nuevo = true}), HasSubstr("base de datos; dé otro nombre"));
     for (const auto* nombre : {"a.csv", "b-wal", "nuevo.csv"})
         EXPECT_EQ(negativa(ruta(nombre)), "") << nombre;
 }
