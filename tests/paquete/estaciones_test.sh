@@ -135,10 +135,10 @@ espera 0 "central que vuelve"
 [ "$(cuantas "$datos/tampoco/central.sqlite")" = "$(cuantas "$datos/no/h.sqlite")" ] || fallar "el central no se puso al día"
 
 # Two loggers of one number, each under its name.
-ajustar mellizo "${comunes[@]}" SERIE=02080050 COMO=mellizo "CARPETA=$datos/mellizo" "ARCHIVO=$datos/m.sqlite" "CENTRAL=$datos/mc.sqlite"
+ajustar mellizo "${comunes[@]}" SERIE=02080050 COMO=-mellizo "CARPETA=$datos/mellizo" "ARCHIVO=$datos/m.sqlite" "CENTRAL=$datos/mc.sqlite"
 descargar mellizo
 espera 0 mellizo
-telvane-historico --en "$datos/mc.sqlite" estado --json | grep -q '"serie": "02080050/mellizo"' || fallar "COMO no llegó al archivo central"
+telvane-historico --en "$datos/mc.sqlite" estado --json | grep -q '"serie": "02080050/-mellizo"' || fallar "COMO no llegó al archivo central"
 
 # Without the archive's program the images wait; whoever asked for one hears of it.
 mkdir "$raiz/solo"
