@@ -184,6 +184,7 @@ class Configurador {
     void revisarRespaldo() const;
     void respaldar();
     void exigirSuMemoria(std::span<const std::uint8_t> imagen) const;
+    void exigirQueSigaAhi();
     std::string comoRepetir() const;
     std::string mensaje();
     void escribir();
@@ -222,7 +223,10 @@ void Configurador::correr() {
     exigirUso(
         opciones_.borrarMemoria,
         "el registrador borra todos sus datos al recibir una configuración: confirme con --borrar-memoria");
-    if (!opciones_.sinRespaldo) respaldar();
+    if (!opciones_.sinRespaldo) {
+        respaldar();
+        exigirQueSigaAhi();
+    }
     escribir();
     comprobarEscrito();
     contexto_.consola.resultadoDe(
@@ -333,6 +337,22 @@ void Configurador::exigirSuMemoria(std::span<const std::uint8_t> imagen) const {
                     "Revise el cable y {}; si vuelven a no coincidir, guarde el respaldo y use "
                     "--sin-respaldo.\n{}",
                     actual_.Nserie, propia, comoRepetir(), dondeEstaElRespaldo()));
+}
+
+// While the memory was copied another logger may have been plugged in. One reading may be damaged.
+void Configurador::exigirQueSigaAhi() {
+    const auto esElMismo = [this](const DatosConfig& leida) {
+        return leida.Nserie == actual_.Nserie && mismosAjustes(leida, actual_);
+    };
+    auto& registrador = sesion_.registrador();
+    if (esElMismo(registrador.leerConfiguracion())) return;
+    const auto firme = leerFirme(registrador, contexto_.consola, contexto_.entorno.reloj, false).datos;
+    if (esElMismo(firme)) return;
+    throw ErrorCli(CodigoSalida::fallo,
+                   fmt::format("después del respaldo contesta otro registrador (Nro {}, y el respaldo es del "
+                               "Nro {}), o el mismo con otra configuración: no se envía ni se borra nada. "
+                               "Revise qué equipo está conectado y {}.\n{}",
+                               firme.Nserie, actual_.Nserie, comoRepetir(), dondeEstaElRespaldo()));
 }
 
 // A backup is never replaced: the same order needs another name for the next one.

@@ -393,6 +393,30 @@ TEST_F(Ordenes, AValueThatBeginsLikeAnOptionIsWrittenWithTheEqualSign) {
     EXPECT_EQ(maquina.texto(CampoTexto::latitud), std::string(10, ' ') + "-33.5");
 }
 
+TEST_F(Ordenes, WhoeverAnswersAfterTheBackupIsTheOneThatWasBackedUp) {
+    for (const bool siempre : {true, false}) {
+        bool copiada = false;
+        int letras = 0;
+        puertos.manipular(kPuerto, [&](const ByteSaliente& saliente) {
+            copiada = copiada || saliente.intercambio == Intercambio::descarga;
+            const bool letra =
+                copiada && saliente.intercambio == Intercambio::lectura && saliente.indice == 1 + 40;
+            return Efecto::pasar(letra && (letras++ == 0 || siempre) ? 'X' : saliente.byte);
+        });
+        const auto respaldo = carpeta / (siempre ? "otro.rgt" : "mismo.rgt");
+        const auto r =
+            correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", respaldo.string()});
+        EXPECT_TRUE(std::filesystem::exists(respaldo));
+        // One damaged reading is read again.
+        EXPECT_EQ(r.codigo, siempre ? CodigoSalida::fallo : CodigoSalida::hecho) << r.errores;
+        EXPECT_EQ(puertos.maquina(kPuerto).cambios() == 0U, siempre);
+        if (siempre) {
+            EXPECT_THAT(r.errores, HasSubstr("después del respaldo contesta otro registrador"));
+            EXPECT_THAT(r.errores, HasSubstr("El respaldo de la memoria está en " + respaldo.string()));
+        }
+    }
+}
+
 TEST_F(Ordenes, WithoutABackupFileTheMemoryGoesToTheUsersFolder) {
     ASSERT_EQ(::setenv("XDG_DATA_HOME", carpeta.ruta().c_str(), 1), 0);
     const auto r = correr({"configurar", "--usuario", "Otro", "--borrar-memoria"});
