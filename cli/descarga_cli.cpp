@@ -14,6 +14,7 @@
 #include "consola/progreso.h"
 #include "data/muestra.h"
 #include "data/registros.h"
+#include "data/sello.h"
 #include "link/puerto_serie.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
@@ -33,6 +34,11 @@ bool borrado(std::span<const std::uint8_t> registro) {
         return std::all_of(registro.begin(), registro.end(), [&](std::uint8_t b) { return b == valor; });
     };
     return todos(0xFF) || todos(0x00);
+}
+
+// What the logger may have put meanwhile into a slot that was empty.
+bool esMuestra(std::span<const std::uint8_t> registro) {
+    return registro.size() == kRegistro && sello::bueno(registro.first<kRegistro>(), Perfil::ampliado);
 }
 
 // The decoder looks for samples from this byte on.
@@ -213,7 +219,7 @@ std::optional<std::size_t> primeraDiferencia(std::span<const std::uint8_t> antes
         const auto nuevo = ahora.subspan(desde, largo);
         const auto cuantos = static_cast<std::ptrdiff_t>(std::min(largo, firmes(inicio + desde)));
         if (std::equal(viejo.begin(), viejo.begin() + cuantos, nuevo.begin())) continue;
-        if (inicio + desde >= kMuestras && borrado(viejo)) continue;
+        if (inicio + desde >= kMuestras && borrado(viejo) && esMuestra(nuevo)) continue;
         return (inicio + desde) / kBytesBloque;
     }
     return std::nullopt;

@@ -3,6 +3,9 @@
 #include <signal.h>
 #include <sys/file.h>
 
+#include <algorithm>
+#include <array>
+
 #include "cli/descarga_cli.h"
 #include "data/conversion.h"
 #include "tests/cli/cli_prueba.h"
@@ -261,8 +264,15 @@ TEST(PrimeraDiferencia, OnlyWhatALoggerDoesNotChangeByItselfCounts) {
     auto ahora = antes;
     EXPECT_EQ(primeraDiferencia(antes, ahora), std::nullopt);
     EXPECT_EQ(primeraDiferencia({}, ahora), std::nullopt);
-    // A sample where nothing was.
+    const auto conMuestra = [](std::vector<std::uint8_t> imagen, std::size_t lugar) {
+        constexpr std::array<std::uint8_t, 8> kComienzo = {0x17, 0x04, 0x09, 0x20, 0x11, 0x26, 0xFF, 0x40};
+        std::ranges::copy(kComienzo, imagen.begin() + static_cast<std::ptrdiff_t>(lugar));
+        return imagen;
+    };
+    // A sample where nothing was, and not a byte that only one of the readings has.
     ahora[64 * 100 + 3] = 0x12;
+    EXPECT_EQ(primeraDiferencia(antes, ahora), 100U);
+    ahora = conMuestra(antes, 64 * 100);
     EXPECT_EQ(primeraDiferencia(antes, ahora), std::nullopt);
     // A sample that changed, or went.
     EXPECT_EQ(primeraDiferencia(ahora, antes), 100U);
@@ -272,11 +282,15 @@ TEST(PrimeraDiferencia, OnlyWhatALoggerDoesNotChangeByItselfCounts) {
     ahora[383] = 0x01;
     EXPECT_EQ(primeraDiferencia(antes, ahora), std::nullopt);
     // From here on samples can stand.
-    for (const std::size_t lugar : {384u, 415u, 416u, 431u, 432u, 447u}) {
-        auto muestra = antes;
-        muestra[lugar] = 0x01;
+    for (const std::size_t lugar : {384u, 416u}) {
+        const auto muestra = conMuestra(antes, lugar);
         EXPECT_EQ(primeraDiferencia(antes, muestra), std::nullopt);
         EXPECT_EQ(primeraDiferencia(muestra, antes), 6U) << lugar;
+        for (const std::size_t byte : {0u, 15u, 16u, 31u}) {
+            auto suelto = antes;
+            suelto[lugar + byte] = 0x01;
+            EXPECT_EQ(primeraDiferencia(antes, suelto), 6U) << lugar + byte;
+        }
     }
     ahora[104] = 0x60;
     EXPECT_EQ(primeraDiferencia(antes, ahora), 1U);
