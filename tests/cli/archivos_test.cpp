@@ -163,6 +163,18 @@ TEST_F(Archivos, ATableTakesNoMemorysPlaceWhateverItsName) {
     }
     EXPECT_EQ(correr({"convertir", a, poner("larga", imagen() + imagen()).string()}).codigo,
               CodigoSalida::malUso);
+    // Nor that of one whose number the line has spoilt.
+    for (const auto& serie : {std::string("\x02\x0A\x00\x50", 4), std::string("\xAA\xBC\xDE\xFA"),
+                              std::string("\x02\xFF\xFF\xFF")}) {
+        for (const auto largo : {std::size_t{6400}, kBytesMemoria}) {
+            const auto danada = imagen().replace(0, serie.size(), serie).substr(0, largo);
+            const auto otra = poner("estacion", danada);
+            EXPECT_EQ(correr({"convertir", a, otra.string()}).codigo, CodigoSalida::malUso) << largo;
+            EXPECT_TRUE(leerTodo(otra) == danada);
+        }
+    }
+    const auto vacia = poner("estacion", std::string(kBytesMemoria, '\xFF'));
+    EXPECT_EQ(correr({"convertir", a, vacia.string()}).codigo, CodigoSalida::malUso);
     // What a spreadsheet program made of an earlier table is a table.
     for (const std::string comienzo : {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", "PK\x03\x04"}) {
         const auto hoja = poner("hoja.xls", comienzo + std::string(512 - comienzo.size(), '\0'));
@@ -199,6 +211,8 @@ TEST_F(Archivos, ADataSheetsPlaceIsTakenByAnotherOneOnly) {
     // Somebody tidied it up; and a table of samples is none, whatever a station's name says.
     poner("otra.json", R"( {"errores_de_linea": 0, "descargada": "2026-01-02T03:04:05Z"})");
     EXPECT_EQ(correr({"convertir", base, carpeta / "otra.json"}).codigo, CodigoSalida::malUso);
+    poner("marcada.json", "\xEF\xBB\xBF" + dicha);
+    EXPECT_EQ(correr({"convertir", base, carpeta / "marcada.json"}).codigo, CodigoSalida::malUso);
     poner("tabla.jsonl", R"({"usuario": "\"descargada\" y \"errores_de_linea\""})");
     EXPECT_EQ(correr({"convertir", base, carpeta / "tabla.jsonl"}).codigo, CodigoSalida::hecho);
     EXPECT_EQ(correr({"descargar", "--base", base, "--reemplazar", "--ficha", ficha}).codigo,
