@@ -10,9 +10,11 @@
 
 #include <fmt/format.h>
 
+#include "data/archivo_base.h"
 #include "historico/canales.h"
 #include "historico/limites_aviso.h"
 #include "platform/destino.h"
+#include "platform/guardado.h"
 #include "platform/motivos.h"
 
 namespace telvane {
@@ -278,14 +280,34 @@ void AlmacenSqlite::crearTablas() {
     transaccion.confirmar();
 }
 
+// Under a name that nothing has: an earlier copy, or whatever else stands there, stays.
+void AlmacenSqlite::copiarAntesDeMigrar(std::int64_t desde) {
+    const auto ruta =
+        std::filesystem::absolute(base_.ruta()).concat(fmt::format(".version{}", desde)).string();
+    const std::filesystem::path aMedias = fmt::format("{}.{}.parcial", ruta, ::getpid());
+    std::error_code sinMotivo;
+    std::filesystem::remove(aMedias, sinMotivo);
+    try {
+        Sentencia(base_, "VACUUM INTO ?1").poner(1, std::string_view(aMedias.native())).correr();
+        int motivo = 0;
+        do {
+            auto destino = revisarDestino(rutaLibre(ruta), {.nuevo = true});
+            motivo = colocar(aMedias, destino);
+            if (motivo == 0) motivo = sincronizarCarpeta(destino.ruta.parent_path());
+        } while (motivo == EEXIST);
+        if (motivo != 0)
+            throw ErrorAlmacen(fmt::format("{}: no se puede copiar: {}", ruta, motivoSistema(motivo)));
+    } catch (...) {
+        std::filesystem::remove(aMedias, sinMotivo);
+        throw;
+    }
+}
+
 void AlmacenSqlite::migrar(std::int64_t desde) {
     // What every version had: without it there is nothing to begin with.
     if (const auto faltas = tablas_.faltasDeSiempre(); !faltas.empty())
         throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(faltas.front()), kRecuperar));
-    const auto copia = fmt::format("{}.version{}", std::filesystem::absolute(base_.ruta()).string(), desde);
-    std::error_code sinMotivo;
-    std::filesystem::remove(copia, sinMotivo);
-    Sentencia(base_, "VACUUM INTO ?1").poner(1, std::string_view(copia)).correr();
+    copiarAntesDeMigrar(desde);
     Transaccion transaccion(*this, Modo::escritura);
     for (auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora(); ++version) {
         base_.ejecutar(std::string(opciones_.migraciones[static_cast<std::size_t>(version) - 1]));

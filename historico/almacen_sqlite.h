@@ -96,6 +96,7 @@ class AlmacenSqlite final : public Almacen {
     bool deNadie();
     void prepararEscritura(bool crear);
     void crearTablas();
+    void copiarAntesDeMigrar(std::int64_t desde);
     void migrar(std::int64_t desde);
     bool callaQueEsNuestro();
     // Whichever version it is.
