@@ -89,6 +89,18 @@ struct Contado {
     Informe informe;
 };
 
+// A damaged image says nothing of them; the samples are there all the same.
+void contarRanurasDeLaUltima(ContextoHistorico& contexto, Lectura& lectura, const EstacionGuardada& guardada,
+                             informe::EstacionInformada& estacion) {
+    try {
+        const auto ranuras = contarRanuras(lectura.bytesDe(guardada, *guardada.resumen.masNueva));
+        estacion.vacios = ranuras.vacias;
+        estacion.descartados = ranuras.descartadas;
+    } catch (const ErrorImagen& error) {
+        contexto.consola.aviso(error.what());
+    }
+}
+
 Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const OpcionesInforme& opciones,
                        const Periodo& periodo) {
     const auto limites = leerLimites(contexto, opciones.limites, almacen.limitesAlLado());
@@ -110,11 +122,7 @@ Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const Opci
                                      .retrocesos = ficha.retrocesos,
                                      .parcial = ficha.parcial()});
     }
-    if (guardada.resumen.masNueva) {
-        const auto ranuras = contarRanuras(lectura.bytesDe(guardada, *guardada.resumen.masNueva));
-        estacion.vacios = ranuras.vacias;
-        estacion.descartados = ranuras.descartadas;
-    }
+    if (guardada.resumen.masNueva) contarRanurasDeLaUltima(contexto, lectura, guardada, estacion);
     // The marks hang on a sample's neighbours, not on the period: the whole series is looked at.
     Marcador marcador(limites.de(guardada.nombre), [&](const Juzgada& j) { contado.informe.agregar(j); });
     recorrerAparte(

@@ -30,8 +30,9 @@ struct EstacionInformada {
     std::optional<Instante> reloj;
     bool evaporacion = false;
     std::vector<ImagenInformada> imagenes;
-    std::int64_t vacios = 0;       // slots of the newest image
-    std::int64_t descartados = 0;  // the same
+    // Slots of the newest image; nothing where it cannot be read any more.
+    std::optional<std::int64_t> vacios;
+    std::optional<std::int64_t> descartados;
 
     const std::string& operator[](CampoTexto campo) const { return textos[static_cast<std::size_t>(campo)]; }
 };

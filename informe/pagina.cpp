@@ -368,8 +368,11 @@ void procedencia(std::string& html, const EstacionInformada& estacion, const Inf
     dato("Altitud", deRegistrador(estacion[CampoTexto::altitud]));
     dato("Intervalo de muestreo", estacion.intervalo ? fmt::format("{} min", *estacion.intervalo) : "");
     dato("Reloj del registrador", estacion.reloj ? fechaHora(*estacion.reloj) : "");
-    dato("Registros vacíos de la última imagen", std::to_string(estacion.vacios));
-    dato("Registros descartados de la última imagen", std::to_string(estacion.descartados));
+    const auto registros = [](const std::optional<std::int64_t>& cuantos) {
+        return cuantos ? std::to_string(*cuantos) : "";
+    };
+    dato("Registros vacíos de la última imagen", registros(estacion.vacios));
+    dato("Registros descartados de la última imagen", registros(estacion.descartados));
     std::int64_t retrocesos = 0;
     for (const auto& imagen : estacion.imagenes) retrocesos += imagen.retrocesos;
     dato("Retrocesos del reloj en las imágenes", std::to_string(retrocesos));

@@ -50,23 +50,28 @@ std::string rumbo(const Cuentas* cuentas) {
     return r ? std::string(kNombresRumbo[*r]) : "-";
 }
 
-// Right in their columns, a cell's mark behind it. What is wider than its own takes from those behind it: a
-// blank always parts two.
+// Right in their columns, a cell's mark behind it. What is wider than its own takes from those behind it, and
+// where the line ends from those before it: a blank always parts two.
 constexpr std::size_t kColumnas = 13;
 using Marcas = std::array<std::string_view, kColumnas>;
 std::string fila(const std::array<std::string, kColumnas>& celdas, const Marcas& marcas = {}) {
     constexpr std::array<std::size_t, kColumnas> kAnchosDeColumna = {3, 6, 6, 7, 6, 7, 7, 7, 8, 6, 6, 7, 4};
-    std::string linea;
+    std::array<std::size_t, kColumnas> blancos{};
+    std::array<std::size_t, kColumnas> minimos{};
     std::size_t largo = 0;
     std::size_t hasta = 0;
-    for (std::size_t i = 0; i < celdas.size(); ++i) {
+    for (std::size_t i = 0; i < kColumnas; ++i) {
         hasta += kAnchosDeColumna[i];
         const auto suyo = caracteres(celdas[i]);
-        const std::size_t minimo = i == 0 || suyo == 0 ? 0 : 1;
-        const auto blancos = hasta > largo + suyo ? std::max(hasta - largo - suyo, minimo) : minimo;
-        linea += std::string(blancos, ' ') + celdas[i];
-        linea += marcas[i];
-        largo += blancos + suyo + marcas[i].size();
+        minimos[i] = i == 0 || suyo == 0 ? 0 : 1;
+        blancos[i] = hasta > largo + suyo ? std::max(hasta - largo - suyo, minimos[i]) : minimos[i];
+        largo += blancos[i] + suyo + marcas[i].size();
+    }
+    std::string linea;
+    for (std::size_t i = kColumnas; i-- > 0;) {
+        const auto sobra = std::min(largo - std::min(largo, kAncho), blancos[i] - minimos[i]);
+        largo -= sobra;
+        linea.insert(0, std::string(blancos[i] - sobra, ' ').append(celdas[i]).append(marcas[i]));
     }
     return linea;
 }

@@ -11,6 +11,7 @@
 
 #include "platform/archivo.h"
 #include "platform/contrasena.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/historico/banco_ordenes.h"
 
 namespace telvane {
@@ -347,6 +348,23 @@ TEST_F(Ordenes, AnOlderVersionIsMigratedAfterACopy) {
     EXPECT_EQ(copia.numero("PRAGMA user_version"), version);
 }
 
+TEST_F(Ordenes, TheCopyBeforeAMigrationReplacesNothing) {
+    correr({"incorporar", imagen()});
+    const auto copia = archivo() + ".version" + std::to_string(std::ssize(esquema::kMigraciones) + 1);
+    std::ofstream(copia) << "otra cosa";
+    AlmacenSqlite::abrirParaEscribir(archivo(), false,
+                                     conOtroPaso("ALTER TABLE imagenes ADD COLUMN ficha TEXT"));
+    EXPECT_EQ(leerTodo(copia), "otra cosa");
+    // It stands beside it, whole, and nothing else does.
+    const auto otra =
+        std::filesystem::path(archivo()).concat("_2" + std::filesystem::path(copia).extension().string());
+    EXPECT_EQ(BaseSqlite(otra, BaseSqlite::Acceso::lectura, std::chrono::seconds(1))
+                  .numero("SELECT count(*) FROM estaciones"),
+              1);
+    for (const auto& archivo : std::filesystem::directory_iterator(otra.parent_path()))
+        EXPECT_NE(archivo.path().extension(), ".parcial");
+}
+
 TEST_F(Ordenes, AMigrationThatFailsChangesNothing) {
     correr({"incorporar", imagen()});
     EXPECT_THROW(AlmacenSqlite::abrirParaEscribir(
@@ -409,6 +427,16 @@ TEST_F(Ordenes, ADamagedImageIsNamedAndTheRestGoesOn) {
     EXPECT_EQ(correr({"incorporar", guardar("b.rgt", ImagenPrueba().serie(0, 0, 60).bytes())}).codigo, 0);
     EXPECT_EQ(correr({"rehacer"}).codigo, 1);
     EXPECT_THAT(correr({"estado", "--json"}).salida, HasSubstr("\"muestras\": 60"));
+}
+
+TEST_F(Ordenes, AReportOfAStationWithADamagedImageTellsTheSamplesAndOfTheDamage) {
+    correr({"incorporar", imagen()});
+    sql("UPDATE contenidos SET datos=zeroblob(100)");
+    const auto r = correr({"informe", "-", "--estacion", "02080050"});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_THAT(r.errores, HasSubstr("está dañada en el archivo"));
+    EXPECT_THAT(r.salida, HasSubstr("50 de 50 esperadas"));
+    EXPECT_THAT(r.salida, HasSubstr("<dt>Registros vacíos de la última imagen</dt><dd><bdi>–</bdi></dd>"));
 }
 
 TEST_F(Ordenes, ASampleThatIsNotTheImagesIsFoundAndMadeGood) {

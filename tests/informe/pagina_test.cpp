@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <sstream>
 #include <string>
 
 #include <fmt/format.h>
@@ -333,6 +334,21 @@ TEST(TextoDeRegistrador, KeepsWhatPeopleWrite) {
 }
 
 // Between the widest values too.
+// A gale from the north-northeast, each value of it marked.
+TEST(Resumen, TheNameOfADirectionIsNeverCut) {
+    auto observaciones = serie(300);
+    for (auto& o : observaciones) {
+        o.medidas.velViento = 2304;
+        o.medidas.crudoDirViento = 150;
+        o.medidas.dirViento = 3375;
+    }
+    const auto informe = informeDe(observaciones);
+    const auto texto = resumenDelMes(estacionBuena(), informe, informe.estadistica.meses().front());
+    EXPECT_THAT(texto, HasSubstr("230.4* 230.4* 00:00 NNE*\n"));
+    std::istringstream lineas(texto);
+    for (std::string linea; std::getline(lineas, linea);) EXPECT_LE(caracteres(linea), 80U) << linea;
+}
+
 TEST(Resumen, KeepsItsColumnsApart) {
     for (const int decimas : {550, -500}) {
         auto todas = serie(30 * 144, 10min, instante({.anio = 2018, .mes = 11, .dia = 1}));
