@@ -12,7 +12,6 @@
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
 #include "platform/guardado.h"
-#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -73,15 +72,10 @@ bool pareceFicha(std::string_view texto) {
 
 // Empty: what stands there may be replaced.
 std::string porqueSeQueda(const std::filesystem::path& ruta, bool ficha) {
-    try {
-        // One more tells what is longer than a memory.
-        const auto bytes = leerArchivo(ruta, kBytesMemoria + 1);
-        if (pareceImagen(bytes)) return std::string(kAhiHayUnaBase);
-        const bool esFicha = pareceFicha(comoTexto(bytes));
-        return esFicha && !ficha ? std::string(kAhiHayUnaFicha) : "";
-    } catch (const ErrorLectura& error) {
-        return noSeSabeQueEs(error.motivo());
-    }
+    // One more tells what is longer than a memory.
+    const auto bytes = leerArchivo(ruta, kBytesMemoria + 1);
+    if (pareceImagen(bytes)) return std::string(kAhiHayUnaBase);
+    return !ficha && pareceFicha(comoTexto(bytes)) ? std::string(kAhiHayUnaFicha) : "";
 }
 
 ReglaDestino reglaDeLoHecho(bool ficha) {

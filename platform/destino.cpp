@@ -15,6 +15,7 @@
 
 #include <fmt/format.h>
 
+#include "platform/archivo.h"
 #include "platform/descriptor.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
@@ -154,9 +155,23 @@ bool esDeUnaBaseDeDatos(const fs::path& ruta) {
         });
 }
 
+// What stands where a file is to go may be worth more than it, where nobody can look at it; motivo: why not.
+std::string noSeSabeQueEs(std::string_view motivo) {
+    return fmt::format("lo que hay ahí no se puede leer ({}) y no se sabe qué es; dé otro nombre", motivo);
+}
+
 void exigirQueSeLea(const fs::path& ruta) {
     const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (archivo() < 0) throw Fallo{noSeSabeQueEs(motivoSistema(errno))};
+}
+
+void exigirQueSePuedaReemplazar(const fs::path& ruta, const ReglaDestino& regla) {
+    if (!regla.porque) return;
+    try {
+        if (const auto porque = regla.porque(ruta); !porque.empty()) throw Fallo{porque, true};
+    } catch (const ErrorLectura& error) {
+        throw Fallo{noSeSabeQueEs(error.motivo())};
+    }
 }
 
 // What stands there already. A file that may not be written is not replaced either, although the folder's
@@ -178,8 +193,7 @@ void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
     exigirQueSeLea(destino.ruta);
-    if (const auto porque = regla.porque ? regla.porque(destino.ruta) : std::string(); !porque.empty())
-        throw Fallo{porque, true};
+    exigirQueSePuedaReemplazar(destino.ruta, regla);
     destino.previo = datos;
 }
 

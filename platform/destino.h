@@ -66,6 +66,7 @@ struct ReglaDestino {
     // and so is a link to one.
     std::span<const std::string_view> vedadas = {};
     // Says that the file that stands there is of another kind, which is refused as well; empty: it is not.
+    // Throws ErrorLectura where that cannot be known.
     std::function<std::string(const std::filesystem::path&)> porque = {};
     std::uint64_t bytes = 0;  // that must find room; 0: nobody knows
     ArchivosLeidos leidos = {};

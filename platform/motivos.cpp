@@ -75,10 +75,6 @@ std::string motivoEscritura(int numero) {
     return motivoSistema(numero);
 }
 
-std::string noSeSabeQueEs(std::string_view motivo) {
-    return fmt::format("lo que hay ahí no se puede leer ({}) y no se sabe qué es; dé otro nombre", motivo);
-}
-
 std::string motivoSinCarpeta(const std::filesystem::path& carpeta) {
     std::error_code error;
     const auto que = std::filesystem::status(carpeta, error).type();

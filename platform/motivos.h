@@ -16,8 +16,6 @@ std::string motivoEscritura(int numero);
 inline constexpr std::string_view kNoEsArchivoNormal = "no es un archivo normal";
 // The system's own views of itself take no new file.
 inline constexpr std::string_view kSinArchivos = "ahí el sistema no guarda archivos; dé otra carpeta";
-// What stands where a file is to go may be worth more than it, where nobody can look at it; motivo: why not.
-std::string noSeSabeQueEs(std::string_view motivo);
 // Why nothing can be put into this one.
 std::string motivoSinCarpeta(const std::filesystem::path& carpeta);
 

@@ -8,6 +8,8 @@
 # are, and a kill at all other calls too.
 set -euo pipefail
 programa=$1 orden=$2 primera=$3 segunda=$4 cuantas=$5
+# Whoever is traced cannot be looked through for leaks.
+export ASAN_OPTIONS=detect_leaks=0
 # In memory where there is some: what a disk takes to settle is not what is tried.
 carpeta=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 alcance=$(mktemp -d)
