@@ -77,7 +77,6 @@ std::vector<Parte> TablasPostgres::partes() {
         palabras >> verbo >> clase >> nombre;
         if (nombre == "IF") palabras >> nombre >> nombre >> nombre;
         if (verbo != "CREATE") continue;
-        constexpr std::string_view kPrefijo = "telvane.";
         if (nombre.starts_with(kPrefijo)) nombre.erase(0, kPrefijo.size());
         lista.push_back({clase, nombre.substr(0, nombre.find('(')), sentencia});
     }
