@@ -44,10 +44,8 @@ void ColoresDelEscritorio::alSaber(const QDBusMessage& mensaje) {
     // A desktop whose own theme is dark already has chosen better than we would.
     if (oscuro && esOscura(QApplication::palette())) return;
     oscurecido_ = oscuro;
-    auto colores = oscuro ? paletaOscura() : QPalette();
-    // No colour of its own: the theme's again.
-    if (!oscuro) colores.setResolveMask(0);
-    QApplication::setPalette(colores);
+    // An empty one has no colour of its own: the theme's again.
+    QApplication::setPalette(oscuro ? paletaOscura() : QPalette());
 }
 
 }  // namespace telvane

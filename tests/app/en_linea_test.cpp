@@ -134,6 +134,8 @@ class EnLineaOtraVez : public EnLinea {
 TEST_F(EnLineaOtraVez, TheRestOfAFrameIsNotTakenForTheBeginningOfTheNext) {
     conectar();
     pulsar(forma.Command4);
+    bucle.avanzar(100ms);
+    const auto aperturas = puertos.aperturas(1);
     for (int vez = 0; vez < 40; ++vez) {
         bucle.avanzar(100ms + std::chrono::milliseconds(vez));
         pulsar(forma.Command4);
@@ -142,6 +144,7 @@ TEST_F(EnLineaOtraVez, TheRestOfAFrameIsNotTakenForTheBeginningOfTheNext) {
         bucle.avanzar(100ms);
         ASSERT_TRUE(bienLeido()) << vez << ": " << forma.Text60.text();
     }
+    EXPECT_EQ(puertos.aperturas(1), aperturas) << "the frame that was asked for before the stop is the first";
     EXPECT_EQ(std::count(forma.lineas().begin(), forma.lineas().end(), "falta"), 0);
     pulsar(forma.Command4);
     bucle.avanzar(100ms);

@@ -4,6 +4,8 @@
 #include <utility>
 
 #include <QApplication>
+#include <QDBusMessage>
+#include <QDBusVariant>
 #include <gtest/gtest.h>
 
 #include "app/qt/paleta_oscura.h"
@@ -51,6 +53,40 @@ TEST(PaletaOscura, NoRoleIsLeftToTheToolkit) {
             EXPECT_TRUE(paleta.isBrushSet(grupo, static_cast<QPalette::ColorRole>(rol))) << grupo << rol;
         }
     }
+}
+
+// What the desktop says, as its answer comes from the bus.
+void decir(ColoresDelEscritorio& colores, uint preferencia) {
+    auto mensaje =
+        QDBusMessage::createSignal(QStringLiteral("/x"), QStringLiteral("x.x"), QStringLiteral("x"));
+    mensaje << QVariant::fromValue(QDBusVariant(preferencia));
+    ASSERT_TRUE(QMetaObject::invokeMethod(&colores, "alSaber", Q_ARG(QDBusMessage, mensaje)));
+}
+
+class Preferencia : public ::testing::Test {
+   protected:
+    ~Preferencia() override { QApplication::setPalette(antes); }
+
+    static constexpr uint kOscuro = 1;
+    static constexpr uint kClaro = 2;
+    QPalette antes = QApplication::palette();
+    ColoresDelEscritorio colores{QDBusConnection(QStringLiteral("ninguno"))};
+};
+
+TEST_F(Preferencia, AThemeThatIsDarkAlreadyIsLeftAsItIs) {
+    const QPalette suya(QColor(60, 20, 20));
+    QApplication::setPalette(suya);
+    const auto propia = QApplication::palette();
+    decir(colores, kOscuro);
+    EXPECT_EQ(QApplication::palette(), propia);
+}
+
+TEST_F(Preferencia, LightAgainTheThemesOwnChangesCountOnceMore) {
+    decir(colores, kOscuro);
+    EXPECT_EQ(QApplication::palette().color(QPalette::Window), paletaOscura().color(QPalette::Window));
+    decir(colores, kClaro);
+    EXPECT_EQ(QApplication::palette(), antes);
+    EXPECT_EQ(QApplication::palette().resolveMask(), antes.resolveMask()) << "no colour is ours any more";
 }
 
 TEST(ColoresDelEscritorio, WithoutABusTheColoursStayAsTheyAre) {

@@ -299,6 +299,28 @@ TEST_F(VentanaSuelta, TheFirstQuestionWaitsForTheWindow) {
     abierto<QMessageBox>()->close();
 }
 
+// Hears of every message box, from inside the loop in which it waits for its answer.
+class CajasQueAparecen : public QObject {
+   public:
+    CajasQueAparecen() { QCoreApplication::instance()->installEventFilter(this); }
+
+    int cuantas() const { return cuantas_; }
+
+    std::function<void(QMessageBox&)> alAparecer;
+
+   private:
+    bool eventFilter(QObject* objeto, QEvent* suceso) override {
+        auto* caja = suceso->type() == QEvent::Show ? dynamic_cast<QMessageBox*>(objeto) : nullptr;
+        if (caja != nullptr) {
+            ++cuantas_;
+            QTimer::singleShot(0, caja, [this, caja] { alAparecer(*caja); });
+        }
+        return false;
+    }
+
+    int cuantas_ = 0;
+};
+
 class Archivos : public ::testing::Test {
    protected:
     QFileDialog& pedir(const PeticionArchivo& peticion) {
@@ -377,31 +399,42 @@ TEST_F(Archivos, ATypedNameGetsItsEnding) {
 }
 
 TEST_F(Archivos, AFoldersNameGoesIntoIt) {
-    std::filesystem::create_directory(carpeta.ruta() / "sub.dir");
-    auto& dialogo = pedir(csv);
-    escribirNombre(dialogo, "sub.dir");
-    EXPECT_TRUE(elegido.empty());
-    EXPECT_EQ(texto(dialogo.directory().path()), (carpeta.ruta() / "sub.dir").string());
-    dialogo.reject();
+    const auto dentro = carpeta.ruta() / "sub.dir" / "otra.v2";
+    std::filesystem::create_directories(dentro);
+    // The toolkit marks in its list what is typed, and takes what is marked; while somebody types, nothing
+    // else.
+    for (const auto& [nombre, lugar] : {std::pair{std::string("sub.dir"), dentro.parent_path()},
+                                        {"sub.dir/otra.v2", dentro},
+                                        {dentro, dentro}}) {
+        auto& dialogo = pedir(csv);
+        QApplication::setActiveWindow(&dialogo);
+        dialogo.findChild<QLineEdit*>("fileNameEdit")->setFocus();
+        escribirNombre(dialogo, QString::fromStdString(nombre));
+        EXPECT_TRUE(elegido.empty()) << nombre;
+        elegido.clear();
+        EXPECT_EQ(texto(dialogo.directory().path()), lugar.string()) << nombre;
+        dialogo.reject();
+        elegido.clear();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
 }
 
 TEST_F(Archivos, WhileItAsksWhetherToReplaceAFileItIsNeitherClosedNorAskedAgain) {
     std::ofstream(carpeta.ruta() / "datos.CSV") << "viejo";
     auto& dialogo = pedir(csv);
-    QTimer::singleShot(0, &dialogo, [&] {
-        const auto preguntas = [] {
-            return std::ranges::count_if(QApplication::topLevelWidgets(), [](const QWidget* ventana) {
-                return ventana->isVisible() && dynamic_cast<const QMessageBox*>(ventana) != nullptr;
-            });
-        };
-        ASSERT_EQ(preguntas(), 1);
-        QMetaObject::invokeMethod(&dialogo, "accept");
-        QMetaObject::invokeMethod(&dialogo, "reject");
-        EXPECT_EQ(preguntas(), 1);
-        EXPECT_TRUE(elegido.empty());
-        abierto<QMessageBox>()->reject();
-    });
+    CajasQueAparecen preguntas;
+    preguntas.alAparecer = [&](QMessageBox& pregunta) {
+        // Each stands in a loop of its own: a second one would wait for an answer that nobody gives.
+        if (preguntas.cuantas() == 1) {
+            QMetaObject::invokeMethod(&dialogo, "accept");
+            if (preguntas.cuantas() == 1) QMetaObject::invokeMethod(&dialogo, "reject");
+            EXPECT_TRUE(dialogo.isVisible());
+            EXPECT_TRUE(elegido.empty());
+        }
+        pregunta.reject();
+    };
     escribirNombre(dialogo, "datos");
+    EXPECT_EQ(preguntas.cuantas(), 1);
     EXPECT_TRUE(elegido.empty()) << "the old file stays";
     EXPECT_TRUE(dialogo.isVisible());
     dialogo.reject();

@@ -1,6 +1,7 @@
 // The main window as a whole: its layout, its keyboard order, its strip of printed lines, its closing.
 #include <QAccessible>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -28,6 +29,7 @@ TEST_F(VentanaSuelta, TheReadingsHaveTheLetterOfColumns) {
 TEST_F(VentanaSuelta, HiddenOptionsLeaveNoGap) {
     const auto primera = de<QWidget>(forma.Option1).pos();
     soloVisible(forma, forma.Option5);
+    disponer();
     EXPECT_EQ(de<QWidget>(forma.Option5).pos(), primera);
 }
 
@@ -40,18 +42,21 @@ TEST_F(VentanaSuelta, HidingOptionsMovesNothingElse) {
         }
         return lugares;
     };
+    disponer();
     const auto antes = donde();
     soloVisible(forma, forma.Option4);
+    disponer();
     EXPECT_EQ(donde(), antes);
 }
 
 TEST_F(VentanaSuelta, ShowingTheLiveReadingMovesNothingWhereTheWindowHasRoom) {
     ventana.resize(1280, 900);
     QApplication::processEvents();
+    disponer();
     const auto antes = de<QWidget>(forma.Command4).mapTo(&ventana, QPoint(0, 0));
     const auto hojas = de<QWidget>(forma.RichTextBox1).size();
     forma.Text60.visible = true;
-    QApplication::processEvents();
+    disponer();
     EXPECT_EQ(de<QWidget>(forma.Command4).mapTo(&ventana, QPoint(0, 0)), antes);
     EXPECT_EQ(de<QWidget>(forma.RichTextBox1).size(), hojas);
 }
@@ -115,8 +120,11 @@ TEST_F(VentanaSuelta, AReadOnlyFieldDoesNotStaySelected) {
     auto& campo = de<QLineEdit>(forma.Text2);
     forma.Text2.text = "INTA";
     forma.Text2.locked = true;
+    // It has the focus from the start.
+    de<QWidget>(forma.Text3).setFocus();
     campo.setFocus(Qt::TabFocusReason);
     EXPECT_FALSE(campo.hasSelectedText());
+    EXPECT_EQ(campo.cursorPosition(), 0);
     de<QWidget>(forma.Text3).setFocus();
     forma.Text2.locked = false;
     campo.setFocus(Qt::TabFocusReason);
@@ -188,9 +196,11 @@ TEST_F(VentanaSuelta, WhatIsPrintedStandsInTheStripTheNewestBelow) {
     EXPECT_EQ(texto(accesible->text(QAccessible::Name)), "Diagnostico");
     ASSERT_NE(accesible->textInterface(), nullptr);
     EXPECT_TRUE(accesible->textInterface()->text(0, 100000).endsWith("<b>19</b>\n"));
+    QApplication::clipboard()->setText(QStringLiteral("antes"));
     QTest::mouseClick(franja->viewport(), Qt::LeftButton, {}, QPoint(10, 10));
     QTest::keyClick(franja, Qt::Key_A, Qt::ControlModifier);
-    QApplication::clipboard();
+    QTest::keyClick(franja, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(texto(QApplication::clipboard()->text()), "antes") << "part of the surface, nobody's text";
 }
 
 TEST_F(VentanaSuelta, ClosingByTheFrameIsPressingSalirAndClosesNothing) {

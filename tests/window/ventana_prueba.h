@@ -7,6 +7,8 @@
 #include <vector>
 
 #include <QApplication>
+#include <QLayout>
+#include <QScrollArea>
 #include <QTest>
 
 #include "tests/app/banco.h"
@@ -50,6 +52,13 @@ class VentanaSuelta : public ::testing::Test {
         auto* widget = dynamic_cast<Widget*>(ventana.widget(control));
         if (widget == nullptr) throw std::logic_error("no es ese widget: " + std::string(control.nombre()));
         return *widget;
+    }
+
+    // The layouts ask each other for room by events that come later; this is where all of them will have
+    // ended.
+    void disponer() const {
+        QApplication::processEvents();
+        ventana.findChild<QScrollArea*>()->widget()->layout()->activate();
     }
 
     FormaInicio forma;

@@ -138,6 +138,12 @@ TEST(AparicionDeVentana, ShowingAgainBringsItBackMinimisedOrCovered) {
     ASSERT_TRUE(ventana->isMinimized());
     forma.mostrar();
     EXPECT_TRUE(QTest::qWaitFor([&] { return !ventana->isMinimized(); }));
+    QWidget otra;
+    otra.show();
+    otra.activateWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &otra; }));
+    forma.mostrar();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == ventana; }));
     EXPECT_EQ(aparicion.ventana(), ventana);
 }
 

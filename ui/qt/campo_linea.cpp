@@ -76,10 +76,7 @@ void CampoLinea::keyPressEvent(QKeyEvent* suceso) {
 // What can only be read is not marked as if the next key would replace it.
 void CampoLinea::focusInEvent(QFocusEvent* suceso) {
     QLineEdit::focusInEvent(suceso);
-    if (isReadOnly() && suceso->reason() != Qt::MouseFocusReason) {
-        deselect();
-        home(false);
-    }
+    if (isReadOnly() && suceso->reason() != Qt::MouseFocusReason) home(false);
 }
 
 void CampoLinea::focusOutEvent(QFocusEvent* suceso) {

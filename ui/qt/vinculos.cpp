@@ -132,14 +132,12 @@ class ValidadorCampo final : public QValidator {
 
     QString loQueCabe(const QString& comienzo, const QString& agregado, const QString& cola) const {
         qsizetype caben = 0;
-        // One more never needs less room.
+        // One more never needs less room, and the second half of a character none at all.
         for (qsizetype demasiados = agregado.size() + 1; demasiados - caben > 1;) {
             const auto medio = (caben + demasiados) / 2;
             (cabe(comienzo + agregado.first(medio) + cola) ? caben : demasiados) = medio;
         }
-        auto queda = agregado.first(caben);
-        if (!queda.isEmpty() && queda.back().isHighSurrogate()) queda.chop(1);
-        return queda;
+        return agregado.first(caben);
     }
 
     static std::ptrdiff_t caracteres(const QString& texto) {
