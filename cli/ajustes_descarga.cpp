@@ -258,9 +258,10 @@ class Lector {
             if (bytes.size() <= kMaximo) return bytes;
         } catch (const ErrorLectura& error) {
             const bool sinPermiso = error.motivo() == motivoSistema(EACCES);
-            mal(fmt::format(
-                "no se pueden leer los ajustes {}: {}{}", cual(), error.motivo(),
-                sinPermiso ? ": repita con sudo; para que la descarga los lea, " + soloSuyos() : ""));
+            mal(fmt::format("no se pueden leer los ajustes {}: {}", cual(),
+                            sinPermiso ? motivoSinConsejo(EACCES) +
+                                             ": repita con sudo; para que la descarga los lea, " + soloSuyos()
+                                       : error.motivo()));
         }
         // What would stand behind would count for nothing.
         mal(fmt::format("no se pueden leer los ajustes {}: tiene más de {} bytes, quite lo que sobra", cual(),

@@ -46,7 +46,7 @@ fs::path rutaParcial(const Destino& destino) {
 
 void exigirArchivo(const fs::path& ruta, const struct stat& datos) {
     if (S_ISLNK(datos.st_mode)) rehusar(ruta, "es un enlace");
-    if (S_ISDIR(datos.st_mode)) rehusar(ruta, motivoSistema(EISDIR));
+    if (S_ISDIR(datos.st_mode)) rehusar(ruta, motivoSinConsejo(EISDIR));
     if (!S_ISREG(datos.st_mode)) rehusar(ruta, kNoEsArchivoNormal);
 }
 
@@ -65,7 +65,7 @@ void ArchivoParcial::exigirSitio(const Destino& destino) {
     if (::lstat(ruta.c_str(), &datos) != 0) return;
     exigirArchivo(ruta, datos);
     if (::faccessat(AT_FDCWD, ruta.c_str(), R_OK | W_OK, AT_EACCESS) != 0)
-        rehusar(ruta, motivoSistema(errno));
+        rehusar(ruta, motivoSinConsejo(errno));
 }
 
 ArchivoParcial::ArchivoParcial(Destino destino, Coinciden coinciden)

@@ -1,11 +1,13 @@
 #include "cli/conversion_cli.h"
 
+#include <cstdint>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
 #include "data/archivo_base.h"
+#include "platform/contados.h"
 
 namespace telvane {
 
@@ -15,7 +17,8 @@ Convertido convertirImagen(Conversor& conversor, const TrabajoDeConversion& trab
         conversor.convertir(bytes, trabajo.formato, trabajo.perfil, trabajo.momento, trabajo.origen);
     auto aviso = archivo.recuento.texto();
     if (bytes < kBytesMemoria) {
-        aviso += fmt::format("\naviso: hay {} bytes de los {} de una imagen completa", bytes, kBytesMemoria);
+        aviso += fmt::format("\naviso: hay {} de los {} de una imagen completa",
+                             contados(static_cast<std::int64_t>(bytes), "byte", "bytes"), kBytesMemoria);
     } else if (bytes > kBytesMemoria) {
         // What is read reaches a little further than an image, so that this shows.
         static_assert(Conversor::kAlcance > kBytesMemoria);

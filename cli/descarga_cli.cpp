@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <exception>
 #include <optional>
 #include <string_view>
@@ -18,6 +19,7 @@
 #include "link/puerto_serie.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
+#include "platform/contados.h"
 #include "platform/texto_visible.h"
 #include "ui/textos.h"
 
@@ -74,6 +76,7 @@ class Descargador {
     ImagenDescargada correr();
 
    private:
+    std::int64_t bloquesEnElParcial() const;
     void decirAnterior();
     void recibir(RegistradorCli::Bloque bloque);
     void leerHastaQueValga();
@@ -92,11 +95,14 @@ class Descargador {
     int gastados_ = 0;
 };
 
+std::int64_t Descargador::bloquesEnElParcial() const {
+    return static_cast<std::int64_t>(parcial_->contenido().size() / kBytesBloque);
+}
+
 void Descargador::decirAnterior() {
     if (!parcial_ || parcial_->contenido().empty()) return;
-    const auto cuantos = parcial_->contenido().size() / kBytesBloque;
-    consola_.aviso(fmt::format("{} conserva {} bloque{} de una descarga anterior",
-                               nombreVisible(parcial_->ruta()), cuantos, cuantos == 1 ? "" : "s"));
+    consola_.aviso(fmt::format("{} conserva {} de una descarga anterior", nombreVisible(parcial_->ruta()),
+                               contados(bloquesEnElParcial(), "bloque", "bloques")));
 }
 
 // The block is on the disk before anything else is done with it.
@@ -175,14 +181,15 @@ std::exception_ptr Descargador::cotejar() const {
     const auto bloque = primeraDiferencia(anterior_, imagen_);
     if (!bloque) return nullptr;
     return std::make_exception_ptr(ErrorIntercambio(
-        CodigoSalida::fallo,
-        fmt::format("el bloque {} no coincide con la lectura anterior: revise el cable", *bloque)));
+        CodigoSalida::fallo, fmt::format("el bloque {} no coincide con la lectura anterior: revise {}",
+                                         *bloque, registrador_.queRevisarSiHayRuido())));
 }
 
 void Descargador::decirResto() {
     if (!parcial_ || parcial_->contenido().empty()) return;
-    consola_.aviso(fmt::format("En {} quedan {} de {} bloques.", nombreVisible(parcial_->ruta()),
-                               parcial_->contenido().size() / kBytesBloque, kBloquesMemoria));
+    const auto cuantos = bloquesEnElParcial();
+    consola_.aviso(fmt::format("En {} {} {} de {} bloques.", nombreVisible(parcial_->ruta()),
+                               cuantos == 1 ? "queda" : "quedan", cuantos, kBloquesMemoria));
 }
 
 }  // namespace

@@ -12,9 +12,9 @@ std::string estadoDelEnvio(std::size_t enviados, std::size_t total, const std::s
     }
     if (enviados < total) {
         return fmt::format(
-            "Se enviaron {} de {} bytes, y el registrador no cambia nada hasta el último: {} deben seguir "
+            "{} {} de {} bytes, y el registrador no cambia nada hasta el último: {} deben seguir "
             "como estaban. Compruébelo con \"telvane-cli configuracion\" y {}.",
-            enviados, total, quePasa, repetir);
+            enviados == 1 ? "Se envió" : "Se enviaron", enviados, total, quePasa, repetir);
     }
     return fmt::format("Se envió todo y no se pudo confirmar. {}", comprobar);
 }

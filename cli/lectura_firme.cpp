@@ -1,5 +1,7 @@
 #include "cli/lectura_firme.h"
 
+#include <fmt/format.h>
+
 #include "cli/reloj_registrador.h"
 #include "cli/textos_cli.h"
 #include "consola/codigos_salida.h"
@@ -41,8 +43,11 @@ LecturaFirme leerFirme(RegistradorCli& registrador, Consola& consola, const Relo
         consola.aviso("Dos lecturas de la configuración no coinciden: se lee otra vez.");
         anterior = std::move(otra);
     }
-    throw ErrorCli(CodigoSalida::fallo,
-                   "las lecturas de la configuración no coinciden, y no se escribe nada: revise el cable");
+    throw ErrorCli(
+        CodigoSalida::fallo,
+        fmt::format(
+            "las lecturas de la configuración no coinciden, y no se escribe nada: revise {}, y repita",
+            registrador.queRevisarSiHayRuido()));
 }
 
 }  // namespace telvane

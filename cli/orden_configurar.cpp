@@ -183,7 +183,7 @@ class Configurador {
     std::filesystem::path rutaDeRespaldo() const;
     void revisarRespaldo() const;
     void respaldar();
-    void exigirSuMemoria(std::span<const std::uint8_t> imagen) const;
+    void exigirSuMemoria(std::span<const std::uint8_t> imagen);
     void exigirQueSigaAhi();
     std::string comoRepetir() const;
     std::string mensaje();
@@ -328,15 +328,16 @@ void Configurador::respaldar() {
 
 // The configuration that is about to be written was read from whoever bears the one number; what would be
 // erased bears the other.
-void Configurador::exigirSuMemoria(std::span<const std::uint8_t> imagen) const {
+void Configurador::exigirSuMemoria(std::span<const std::uint8_t> imagen) {
     const auto propia = leerCabecera(imagen).digitosSerie;
     if (propia == actual_.Nserie) return;
     throw ErrorCli(
         CodigoSalida::fallo,
         fmt::format("la configuración leída dice Nro {} y la memoria, Nro {}: no se envía ni se borra nada. "
-                    "Revise el cable y {}; si vuelven a no coincidir, guarde el respaldo y use "
+                    "Revise {}, y {}; si vuelven a no coincidir, guarde el respaldo y use "
                     "--sin-respaldo.\n{}",
-                    actual_.Nserie, propia, comoRepetir(), dondeEstaElRespaldo()));
+                    actual_.Nserie, propia, sesion_.registrador().queRevisarSiHayRuido(), comoRepetir(),
+                    dondeEstaElRespaldo()));
 }
 
 // While the memory was copied another logger may have been plugged in. One reading may be damaged.

@@ -86,7 +86,9 @@ void revisarJuntas(const EntornoConsola& entorno, const std::vector<Par>& lista)
         exigirQueNoSeLea(entorno, par.salida, entradas);
         if (!salidas.insert(identidad(fs::path(par.salida))).second)
             throw ErrorCli(CodigoSalida::malUso,
-                           fmt::format("dos entradas darían {}", nombreVisible(par.salida)));
+                           fmt::format("dos entradas darían {}: conviértalas por separado, cada una con su "
+                                       "SALIDA",
+                                       nombreVisible(par.salida)));
     }
 }
 

@@ -42,15 +42,16 @@ void escribir(Consola& consola, RegistradorCli& registrador, const std::string& 
 }
 
 // Another one that answers may bear the number already.
-[[noreturn]] void noConfirmado(const std::string& leido, const std::string& cifras) {
+[[noreturn]] void noConfirmado(const RegistradorCli& registrador, const std::string& leido,
+                               const std::string& cifras) {
     throw ErrorCli(
         CodigoSalida::fallo,
         leido == cifras
             ? fmt::format("lo leído después lleva el número {}, y el resto de la configuración no es el de "
                           "antes: contestó otro registrador, o la línea estropea las lecturas. Escribir el "
-                          "número no borra nada. Revise el cable y mire con \"telvane-cli configuracion\" "
+                          "número no borra nada. Revise {}, y mire con \"telvane-cli configuracion\" "
                           "quién contesta",
-                          cifras)
+                          cifras, registrador.queRevisarSiHayRuido())
             : fmt::format("lo leído después es el número {}, no {}. Escribir el número no borra nada: la "
                           "memoria sigue como estaba. Mire con \"telvane-cli configuracion\" qué número "
                           "tiene y, si no es el que quería, repita la orden",
@@ -71,7 +72,7 @@ void leerDeVuelta(RegistradorCli& registrador, const DatosConfig& antes, const s
         }
         if (ahora.Nserie == cifras && mismosAjustes(ahora, antes)) return;
     }
-    noConfirmado(ahora.Nserie, cifras);
+    noConfirmado(registrador, ahora.Nserie, cifras);
 }
 
 void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
@@ -84,7 +85,8 @@ void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
     consola.aviso(fmt::format("Nro de serie: {} -> {}", antes.Nserie, cifras));
     escribir(consola, registrador, cifras);
     leerDeVuelta(registrador, antes, cifras);
-    consola.resultadoDe("el número quedó escrito y comprobado", fmt::format("{}\n", cifras));
+    consola.resultadoDe("el número quedó escrito y comprobado: no repita la orden",
+                        fmt::format("{}\n", cifras));
 }
 
 }  // namespace

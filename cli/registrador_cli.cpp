@@ -16,6 +16,7 @@
 #include "link/siguiendo.h"
 #include "loggerconfig/pasos_escritura.h"
 #include "loggerconfig/pasos_lectura.h"
+#include "platform/contados.h"
 
 namespace telvane {
 
@@ -26,7 +27,9 @@ constexpr int kIntentosMarco = CanalesPropios::kVeces;
 // What is waited for a byte too many behind a record, at the least.
 constexpr std::chrono::milliseconds kSobraTardia{20};
 
-constexpr std::string_view kNoResponde = "el registrador no responde: revise el cable y la alimentación";
+constexpr std::string_view kCableMudo = "el cable y la alimentación";
+constexpr std::string_view kRedMuda =
+    "la red, el servidor de puertos y su dirección, y el cable y la alimentación del registrador";
 
 // Names of the ports that could not be tried, by why.
 using Rehusados = std::map<MotivoPuerto, std::vector<std::string>>;
@@ -42,8 +45,20 @@ std::vector<std::string> inservibles(const Rehusados& rehusados) {
     return todos;
 }
 
-// The cable is to blame only where a port was heard in vain, or failed while it was heard.
-std::string porQueNoHay(bool hayPuertos, bool algunoCalla, const Rehusados& rehusados) {
+// Where a port was heard in vain, or failed while it was heard.
+struct Callados {
+    bool porCable = false;
+    bool enRed = false;
+};
+
+std::string queRevisar(const Callados& callados) {
+    if (!callados.enRed) return std::string(kCableMudo);
+    if (!callados.porCable) return std::string(kRedMuda);
+    return fmt::format("{}; del que llega por la red, {}", kCableMudo, kRedMuda);
+}
+
+// The cable is to blame only where a port was heard.
+std::string porQueNoHay(bool hayPuertos, const Callados& callados, const Rehusados& rehusados) {
     if (!hayPuertos)
         return "no hay ningún puerto serie que probar: conecte el adaptador o indíquelo con --com "
                "1=DISPOSITIVO";
@@ -63,24 +78,37 @@ std::string porQueNoHay(bool hayPuertos, bool algunoCalla, const Rehusados& rehu
             fmt::format("; no se pudo usar: {}. Corrija lo que su línea dice, o dé otro puerto con --com",
                         fmt::join(otros, ", "));
     }
-    if (algunoCalla || rehusados.contains(MotivoPuerto::desaparecido) ||
-        rehusados.contains(MotivoPuerto::otro))
-        texto += ": revise el cable y la alimentación, y los puertos con \"telvane-cli puertos\"";
+    if (callados.porCable || callados.enRed)
+        texto += fmt::format(": revise {}, y los puertos con \"telvane-cli puertos\"", queRevisar(callados));
     return texto;
-}
-
-[[noreturn]] void fueraDePaso(const char* que) {
-    throw ErrorIntercambio(
-        CodigoSalida::fallo,
-        fmt::format("error en la comunicación: {}. Revise el cable y el adaptador, y repita", que));
 }
 
 }  // namespace
 
+std::string RegistradorCli::queRevisarSiCalla() const {
+    return queRevisar({.porCable = !enRed_(numero_), .enRed = enRed_(numero_)});
+}
+
+std::string RegistradorCli::queRevisarSiHayRuido() const {
+    return enRed_(numero_) ? "el servidor de puertos y el cable que va de él al registrador"
+                           : "el cable y el adaptador";
+}
+
+std::string RegistradorCli::noResponde() const {
+    return fmt::format("el registrador no responde: revise {}", queRevisarSiCalla());
+}
+
+void RegistradorCli::fueraDePaso(std::string_view que) const {
+    throw ErrorIntercambio(
+        CodigoSalida::fallo,
+        fmt::format("error en la comunicación: {}. Revise {}, y repita", que, queRevisarSiHayRuido()));
+}
+
 int RegistradorCli::buscar() {
     Rehusados rehusados;
     bool hayPuertos = false;
-    bool algunoCalla = false;
+    Callados callados;
+    const auto calla = [&] { (enRed_(numero_) ? callados.enRed : callados.porCable) = true; };
     for (numero_ = 1; numero_ <= kUltimoPuerto; ++numero_) {
         atenderSenal(entorno_);
         if (!puertos_.existe(numero_)) continue;
@@ -88,13 +116,14 @@ int RegistradorCli::buscar() {
         consola_.progreso(fmt::format("Buscando el registrador en COM{}...", numero_));
         try {
             if (sondear(numero_)) return numero_;
-            algunoCalla = true;
+            calla();
         } catch (const ErrorPuerto& error) {
+            if (error.motivo() == MotivoPuerto::desaparecido || error.motivo() == MotivoPuerto::otro) calla();
             rehusados[error.motivo()].push_back(fmt::format("COM{}", numero_));
             consola_.aviso(fmt::format("COM{}: {}", numero_, error.what()));
         }
     }
-    throw ErrorCli(CodigoSalida::sinRegistrador, porQueNoHay(hayPuertos, algunoCalla, rehusados));
+    throw ErrorCli(CodigoSalida::sinRegistrador, porQueNoHay(hayPuertos, callados, rehusados));
 }
 
 // Any answer of enough bytes is the logger's. One that is still in an exchange that somebody broke off takes
@@ -125,13 +154,13 @@ std::uint8_t RegistradorCli::recibir(LineaRegistrador& linea, std::int32_t conta
         if (linea.esperarBytes(cuantos, kEsperaRespuesta)) {
             return linea.tomar();
         }
-        throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde));
+        throw ErrorIntercambio(CodigoSalida::sinRegistrador, noResponde());
     }
     if (linea.esperarBytes(cuantos, espera_)) return linea.tomar();
     throw ErrorIntercambio(
         CodigoSalida::fallo,
-        "el registrador dejó de responder a mitad de la comunicación: revise el cable y la "
-        "alimentación, y repita");
+        fmt::format("el registrador dejó de responder a mitad de la comunicación: revise {}, y repita",
+                    queRevisarSiCalla()));
 }
 
 DatosConfig RegistradorCli::leerConfiguracion() {
@@ -266,7 +295,8 @@ void RegistradorCli::enviarPorPasos(const std::function<Paso<HitoEnvio>(std::int
 }
 
 RegistradorCli::EnLinea::EnLinea(RegistradorCli& registrador)
-    : linea_(registrador.entorno_, registrador.puertos_, registrador.numero_),
+    : registrador_(registrador),
+      linea_(registrador.entorno_, registrador.puertos_, registrador.numero_),
       consola_(registrador.consola_),
       otroAparato_(registrador.otroAparato()) {}
 
@@ -281,10 +311,10 @@ RegistradorCli::Marco RegistradorCli::EnLinea::pedir() {
         linea_.descartarHastaCallar(kRestoMarco, kEsperaMarco);
     }
     if (recibidos == 0)
-        throw ErrorIntercambio(CodigoSalida::sinRegistrador, std::string(kNoResponde) + otroAparato_);
-    throw ErrorIntercambio(
-        CodigoSalida::fallo,
-        "ninguna lectura llega entera: revise el cable y el adaptador, y repita" + otroAparato_);
+        throw ErrorIntercambio(CodigoSalida::sinRegistrador, registrador_.noResponde() + otroAparato_);
+    throw ErrorIntercambio(CodigoSalida::fallo,
+                           fmt::format("ninguna lectura llega entera: revise {}, y repita{}",
+                                       registrador_.queRevisarSiHayRuido(), otroAparato_));
 }
 
 // What came unasked since the last frame is no part of this one. The line falls silent behind a frame: what
@@ -304,8 +334,11 @@ RegistradorCli::EnLinea::Llegada RegistradorCli::EnLinea::intentar() {
 std::string RegistradorCli::EnLinea::defecto(const Llegada& llegada) {
     if (llegada.bytes != kBytesMarco) {
         propios_.interrumpir();
-        return llegada.bytes == 0 ? "el registrador no respondió"
-                                  : fmt::format("llegaron {} bytes de {}", llegada.bytes, kBytesMarco);
+        return llegada.bytes == 0
+                   ? "el registrador no respondió"
+                   : fmt::format("{} {} de {}", llegada.bytes == 1 ? "llegó" : "llegaron",
+                                 contados(static_cast<std::int64_t>(llegada.bytes), "byte", "bytes"),
+                                 kBytesMarco);
     }
     switch (propios_.juzgar(llegada.marco)) {
         case CanalesPropios::Juicio::dudoso:

@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "cli/entorno_cli.h"
 #include "cli/linea_registrador.h"
@@ -34,8 +35,11 @@ class RegistradorCli {
 
     static constexpr std::chrono::seconds kEspera{5};
 
-    RegistradorCli(EntornoCli& entorno, Consola& consola, Puertos& puertos)
-        : entorno_(entorno), consola_(consola), puertos_(puertos) {}
+    using EnRed = std::function<bool(int numero)>;
+
+    // enRed: whether a server on the network stands before that number's line.
+    RegistradorCli(EntornoCli& entorno, Consola& consola, Puertos& puertos, EnRed enRed)
+        : entorno_(entorno), consola_(consola), puertos_(puertos), enRed_(std::move(enRed)) {}
 
     // Longest silence of the logger within an exchange.
     void espera(Bucle::Duracion espera) { espera_ = espera; }
@@ -43,6 +47,10 @@ class RegistradorCli {
     // Probes COM1 to COM12, passing over numbers without a device and telling why a port could not be tried;
     // the first with an answer stays for the exchanges. Throws ErrorCli (sinRegistrador).
     int buscar();
+
+    // What to look at where the line brings nothing, and where it brings what nobody sent: "el cable y …".
+    std::string queRevisarSiCalla() const;
+    std::string queRevisarSiHayRuido() const;
 
     // Attempts beyond the first that a configuration reading has.
     void reintentos(int cuantos) { reintentos_ = cuantos; }
@@ -81,6 +89,7 @@ class RegistradorCli {
         Llegada intentar();
         std::string defecto(const Llegada& llegada);
 
+        RegistradorCli& registrador_;
         LineaRegistrador linea_;
         Consola& consola_;
         std::string otroAparato_;  // until a frame came whole
@@ -91,6 +100,8 @@ class RegistradorCli {
    private:
     bool sondear(int numero);
     std::string otroAparato() const;
+    std::string noResponde() const;
+    [[noreturn]] void fueraDePaso(std::string_view que) const;
     DatosConfig leerUnaVez();
     void despertar();
     // pasoDe: what the logger's byte of this counter is answered with.
@@ -104,6 +115,7 @@ class RegistradorCli {
     EntornoCli& entorno_;
     Consola& consola_;
     Puertos& puertos_;
+    EnRed enRed_;
     Bucle::Duracion espera_ = kEspera;
     int reintentos_ = Reintentos::kUsuales;
     int numero_ = 0;

@@ -17,6 +17,8 @@ class SesionCli {
    public:
     // com: the values of --com. Throws ErrorCli (malUso).
     SesionCli(EntornoCli& entorno, Consola& consola, const std::vector<std::string>& com);
+    SesionCli(const SesionCli&) = delete;
+    SesionCli& operator=(const SesionCli&) = delete;
 
     RegistradorCli& registrador() { return registrador_; }
     // See RegistradorCli::buscar; tells which devices of --com are not there.

@@ -52,23 +52,28 @@ int Consola::escribirEn(int descriptor, std::string_view texto) {
 
 void Consola::exigirSalida() const {
     if (entorno_.salida >= 0) return;
-    throw ErrorCli(CodigoSalida::fallo,
-                   quejaDeSalida(EBADF) + ". Ábrala, por ejemplo con >archivo, y repita");
+    throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(EBADF));
 }
 
-// A file keeps a logger's bytes as they are; on a terminal they would be orders.
+// A file keeps a logger's bytes as they are; on a terminal they would be orders. 0, or an errno value.
+int Consola::mostrar(std::string_view texto) {
+    return salidaEnTerminal_ ? escribirEn(entorno_.salida, lineasSinControles(texto))
+                             : escribirEn(entorno_.salida, texto);
+}
+
 void Consola::resultado(std::string_view texto) {
-    const int motivo = salidaEnTerminal_ ? escribirEn(entorno_.salida, lineasSinControles(texto))
-                                         : escribirEn(entorno_.salida, texto);
-    if (motivo != 0) throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(motivo));
+    if (const int motivo = mostrar(texto); motivo != 0)
+        throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(motivo));
 }
 
 void Consola::resultadoDe(std::string_view hecho, std::string_view texto) {
+    int motivo = 0;
     try {
-        resultado(texto);
+        motivo = mostrar(texto);
     } catch (const ErrorCli& error) {
         throw ErrorCli(error.codigo(), fmt::format("{}; {}", error.what(), hecho));
     }
+    if (motivo != 0) throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(motivo, hecho));
 }
 
 void Consola::aviso(std::string_view linea) {

@@ -44,6 +44,7 @@ class Consola {
 
    private:
     void esperarEntrada();
+    int mostrar(std::string_view texto);
     // 0, or the reason why not everything could be written: EINTR after a signal.
     int escribir(int descriptor, std::string_view texto) const;
 

@@ -106,13 +106,11 @@ std::string BaseSqlite::motivo(int codigo) const {
             if (std::error_code sinMotivo;
                 acceso_ == Acceso::lectura && sistema == ENOENT && std::filesystem::exists(ruta_, sinMotivo))
                 return std::string(kSinLosSuyos);
-            return fmt::format("no se puede abrir: {}", sistema != 0
-                                                            ? motivoSistema(sistema)
-                                                            : "revise sus permisos y los de su carpeta");
+            return fmt::format("no se puede abrir: {}", porQueNoSeAbre(sistema));
         case SQLITE_IOERR:
             return fmt::format(
                 "el disco falla: {}; lo que ya estaba sigue entero, repita cuando esté resuelto",
-                sistema != 0 ? motivoSistema(sistema) : sqlite3_errstr(codigo));
+                sistema != 0 ? motivoSinConsejo(sistema) : sqlite3_errstr(codigo));
         case SQLITE_NOTADB:
             return "no es un archivo histórico de Telvane: nombre otro";
         case SQLITE_ERROR:
@@ -123,6 +121,13 @@ std::string BaseSqlite::motivo(int codigo) const {
         default:
             return base_ != nullptr ? sqlite3_errmsg(base_) : sqlite3_errstr(codigo);
     }
+}
+
+// What could not be made SQLite tries to read: of its folder the reason is known.
+std::string BaseSqlite::porQueNoSeAbre(int sistema) const {
+    if (sistema == ENOENT && acceso_ != Acceso::lectura)
+        return motivoSinCarpeta(std::filesystem::absolute(ruta_).parent_path());
+    return sistema != 0 ? motivoSistema(sistema) : "revise sus permisos y los de su carpeta";
 }
 
 bool BaseSqlite::seguirEsperando(int vez) {

@@ -47,6 +47,7 @@ class BaseSqlite {
    private:
     bool seguirEsperando(int vez);
     std::string motivo(int codigo) const;
+    std::string porQueNoSeAbre(int sistema) const;
 
     std::filesystem::path ruta_;
     Acceso acceso_;

@@ -42,6 +42,13 @@ struct Fallo {
     std::string que;
 };
 
+Fallo cortada(const DireccionTcp& direccion) {
+    return {MotivoPuerto::desaparecido,
+            fmt::format("se cortó la conexión con {}: revise la red y el servidor "
+                        "de puertos",
+                        direccion.texto())};
+}
+
 Fallo falloDeRed(const DireccionTcp& direccion, int numero) {
     const auto nombre = direccion.texto();
     switch (numero) {
@@ -49,6 +56,10 @@ Fallo falloDeRed(const DireccionTcp& direccion, int numero) {
             return {MotivoPuerto::noExiste, fmt::format("{} rechaza la conexión: revise que el servidor de "
                                                         "puertos esté en marcha y el número de puerto",
                                                         nombre)};
+        case ECONNRESET:
+        case ECONNABORTED:
+        case EPIPE:
+            return cortada(direccion);
         case ETIMEDOUT:
             return {MotivoPuerto::noExiste,
                     fmt::format("{} no contesta: revise la dirección, la red y el cortafuegos", nombre)};
@@ -214,9 +225,8 @@ void ConexionTcp::exigir() const {
 }
 
 void ConexionTcp::desaparecio() const {
-    throw ErrorPuerto(MotivoPuerto::desaparecido,
-                      fmt::format("se cortó la conexión con {}: revise la red y el servidor de puertos",
-                                  direccion_.texto()));
+    const auto fallo = cortada(direccion_);
+    throw ErrorPuerto(fallo.motivo, fallo.que);
 }
 
 void ConexionTcp::escribir(std::span<const std::uint8_t> bytes) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <fmt/format.h>
+
 #include "link/protocolo.h"
 
 namespace telvane {
@@ -32,7 +34,8 @@ void MSComm::CommPort(int numero) {
     if (numero != commPort_) cerrar();
     commPort_ = numero;
     if (!puertos_.existe(numero)) {
-        throw ErrorPuerto(MotivoPuerto::noExiste, "no existe COM" + std::to_string(numero));
+        throw ErrorPuerto(MotivoPuerto::noExiste,
+                          fmt::format("no existe COM{}: enchufe su adaptador y repita", numero));
     }
 }
 

@@ -47,7 +47,8 @@ ErrorPuerto errorDeApertura(const std::filesystem::path& dispositivo, int numero
         case ENODEV:
         case ENOTDIR:
         case EIO:
-            return {MotivoPuerto::noExiste, fmt::format("el puerto {} no existe", nombre)};
+            return {MotivoPuerto::noExiste,
+                    fmt::format("el puerto {} no existe: enchufe el adaptador, o dé otro", nombre)};
         case EACCES:
         case EPERM: {
             const auto grupo = grupoConPermiso(dispositivo);
@@ -58,11 +59,13 @@ ErrorPuerto errorDeApertura(const std::filesystem::path& dispositivo, int numero
                     fmt::format("no hay permiso para usar {}: {}", nombre, remedio)};
         }
         case EBUSY:
-            return {MotivoPuerto::ocupado, fmt::format("el puerto {} está en uso por otro programa", nombre)};
+            return {MotivoPuerto::ocupado,
+                    fmt::format("el puerto {} está en uso por otro programa: ciérrelo y repita", nombre)};
         case EISDIR:
         case ENOTTY:
         case EINVAL:
-            return {MotivoPuerto::noEsTerminal, fmt::format("{} no es un puerto serie", nombre)};
+            return {MotivoPuerto::noEsTerminal,
+                    fmt::format("{} no es un puerto serie: dé el del adaptador, como /dev/ttyUSB0", nombre)};
         default:
             return {MotivoPuerto::otro,
                     fmt::format("no se pudo abrir el puerto {}: {}", nombre, motivoSistema(numero))};
@@ -155,9 +158,11 @@ PuertoTermios::PuertoTermios(Bucle& bucle, const std::filesystem::path& disposit
       descriptor_(abrirDispositivo(dispositivo)) {
     if (!::isatty(descriptor_())) throw errorDeApertura(dispositivo_, errno);
     if (esLaPropia(descriptor_())) {
-        throw ErrorPuerto(MotivoPuerto::noEsTerminal,
-                          fmt::format("{} es la terminal de este programa, no el puerto del registrador",
-                                      nombreVisible(dispositivo_)));
+        throw ErrorPuerto(
+            MotivoPuerto::noEsTerminal,
+            fmt::format("{} es la terminal de este programa, no el puerto del registrador: dé el del "
+                        "adaptador, como /dev/ttyUSB0",
+                        nombreVisible(dispositivo_)));
     }
     // Before anything changes on the line, which may be in somebody else's use.
     if (!descriptor_.reservar()) throw errorDeApertura(dispositivo_, errno == EWOULDBLOCK ? EBUSY : errno);
@@ -203,9 +208,9 @@ void PuertoTermios::configurar(const AjustesLinea& ajustes) {
     // The call succeeds when any part of it did.
     termios puesta{};
     if (::tcgetattr(descriptor_(), &puesta) != 0 || ::cfgetospeed(&puesta) != velocidad) {
-        throw ErrorPuerto(
-            MotivoPuerto::lineaInvalida,
-            fmt::format("el puerto {} no admite {} baudios", nombreVisible(dispositivo_), ajustes.baudios));
+        throw ErrorPuerto(MotivoPuerto::lineaInvalida,
+                          fmt::format("el puerto {} no admite {} baudios: use otro adaptador",
+                                      nombreVisible(dispositivo_), ajustes.baudios));
     }
 }
 
@@ -400,7 +405,9 @@ std::unique_ptr<PuertoSerie> PuertosSistema::abrir(int numero, const AjustesLine
                                                    std::function<void()> alDespertar) {
     mapa_.actualizar();
     const auto dispositivo = mapa_.dispositivo(numero);
-    if (!dispositivo) throw ErrorPuerto(MotivoPuerto::noExiste, fmt::format("no existe COM{}", numero));
+    if (!dispositivo)
+        throw ErrorPuerto(MotivoPuerto::noExiste,
+                          fmt::format("no existe COM{}: enchufe su adaptador y repita", numero));
     if (const auto direccion = leerDireccionTcp(dispositivo->native())) {
         return std::make_unique<PuertoTcp>(bucle_, conexiones_, *direccion, std::move(alDespertar));
     }

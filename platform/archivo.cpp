@@ -17,6 +17,8 @@ namespace telvane {
 
 namespace {
 
+constexpr std::string_view kNoEsArchivo = "no es un archivo. Dé el nombre de uno";
+
 [[noreturn]] void fallar(const std::filesystem::path& ruta, std::string motivo) {
     throw ErrorLectura(ruta, std::move(motivo));
 }
@@ -47,11 +49,11 @@ std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::si
 std::size_t leerArchivo(const std::filesystem::path& ruta, std::span<std::uint8_t> destino) {
     const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     // A socket, or a device that nobody drives.
-    if (archivo() < 0) fallar(ruta, errno == ENXIO ? "no es un archivo" : motivoSistema(errno));
+    if (archivo() < 0) fallar(ruta, errno == ENXIO ? std::string(kNoEsArchivo) : motivoSistema(errno));
     struct stat datos {};
     if (::fstat(archivo(), &datos) != 0) fallar(ruta, motivoSistema(errno));
     if (S_ISDIR(datos.st_mode)) fallar(ruta, motivoSistema(EISDIR));
-    if (!S_ISREG(datos.st_mode)) fallar(ruta, "no es un archivo");
+    if (!S_ISREG(datos.st_mode)) fallar(ruta, std::string(kNoEsArchivo));
 
     std::size_t leidos = 0;
     while (leidos < destino.size()) {

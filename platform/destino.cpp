@@ -26,7 +26,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kSeLee = "de ahí se lee lo que se guarda";
+constexpr std::string_view kSeLee = "de ahí se lee lo que se guarda. Dé otro nombre";
 
 // Inner failure: the reason on its way to the one place that names the file.
 struct Fallo {
@@ -67,7 +67,8 @@ char minuscula(char c) {
 void revisarNombre(const fs::path& ruta, std::span<const std::string_view> vedadas) {
     for (const auto ending : vedadas) {
         if (terminaEn(ruta, std::span(&ending, 1)))
-            throw Fallo{fmt::format("los nombres que terminan en {} son de otra clase de archivo", ending),
+            throw Fallo{conOtroNombre(fmt::format(
+                            "los nombres que terminan en {} son de otra clase de archivo", ending)),
                         true};
     }
 }
@@ -162,7 +163,7 @@ std::string noSeSabeQueEs(std::string_view motivo) {
 
 void exigirQueSeLea(const fs::path& ruta) {
     const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (archivo() < 0) throw Fallo{noSeSabeQueEs(motivoSistema(errno))};
+    if (archivo() < 0) throw Fallo{noSeSabeQueEs(motivoSinConsejo(errno))};
 }
 
 void exigirQueSePuedaReemplazar(const fs::path& ruta, const ReglaDestino& regla) {
@@ -187,18 +188,20 @@ void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
         return;
     }
     if (S_ISDIR(datos.st_mode)) fallar(EISDIR);
-    if (!S_ISREG(datos.st_mode)) throw Fallo{std::string(kNoEsArchivoNormal)};
+    if (!S_ISREG(datos.st_mode)) throw Fallo{conOtroNombre(kNoEsArchivoNormal)};
     if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase), true};
     if (destino.nuevo) throw Fallo{motivoEscritura(EEXIST)};
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
-    if (esPuntoDeMontaje(destino.ruta)) throw Fallo{"es un punto de montaje"};
+    if (esPuntoDeMontaje(destino.ruta)) throw Fallo{conOtroNombre("es un punto de montaje")};
     exigirQueSeLea(destino.ruta);
     exigirQueSePuedaReemplazar(destino.ruta, regla);
     destino.previo = datos;
 }
 
 void revisar(Destino& destino, const ReglaDestino& regla) {
-    if (destino.pedido.empty()) throw Fallo{"falta el nombre"};
+    if (destino.pedido.empty()) throw Fallo{"falta el nombre. Dé el de un archivo"};
+    // A name that ends in a slash is a folder's, be it there or not.
+    if (!destino.pedido.has_filename()) fallar(EISDIR);
     struct stat datos {};
     const bool esta = ::stat(destino.pedido.c_str(), &datos) == 0;
     if (esta && regla.corriente && esCorriente(datos)) {
@@ -210,7 +213,7 @@ void revisar(Destino& destino, const ReglaDestino& regla) {
         return;
     }
     if (esta && !S_ISREG(datos.st_mode) && !S_ISDIR(datos.st_mode))
-        throw Fallo{std::string(kNoEsArchivoNormal)};
+        throw Fallo{conOtroNombre(kNoEsArchivoNormal)};
     destino.ruta = seguirEnlaces(destino.pedido);
     revisarNombre(destino.pedido, regla.vedadas);
     revisarNombre(destino.ruta, regla.vedadas);
@@ -219,7 +222,7 @@ void revisar(Destino& destino, const ReglaDestino& regla) {
     // A descriptor's name under /proc leads to a file that may have no name any more.
     if (esta && S_ISREG(datos.st_mode) &&
         (!destino.previo || destino.previo->st_ino != datos.st_ino || destino.previo->st_dev != datos.st_dev))
-        throw Fallo{std::string(kNoEsArchivoNormal)};
+        throw Fallo{conOtroNombre(kNoEsArchivoNormal)};
     revisarCarpeta(destino);
     revisarSitio(destino, regla.bytes);
 }

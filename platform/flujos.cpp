@@ -47,6 +47,10 @@ bool esperarSitio(int descriptor, const std::function<bool()>& parar) {
     return true;
 }
 
+std::string quejaDe(std::string_view porque) {
+    return fmt::format("no se pudo escribir en la salida: {}", porque);
+}
+
 }  // namespace
 
 FlujosHeredados flujosHeredados() {
@@ -73,8 +77,12 @@ int escribirTodo(int descriptor, std::string_view texto, const std::function<boo
 }
 
 std::string quejaDeSalida(int motivo) {
-    const auto porque = motivo == EBADF ? "está cerrada" : motivoEscritura(motivo);
-    return fmt::format("no se pudo escribir en la salida: {}", porque);
+    return quejaDe(motivo == EBADF ? "está cerrada. Ábrala, por ejemplo con >archivo, y repita"
+                                   : motivoEscritura(motivo));
+}
+
+std::string quejaDeSalida(int motivo, std::string_view hecho) {
+    return fmt::format("{}; {}", quejaDe(motivoSinConsejo(motivo)), hecho);
 }
 
 }  // namespace telvane

@@ -24,7 +24,9 @@ FlujosHeredados flujosHeredados();
 // it was ended.
 int escribirTodo(int descriptor, std::string_view texto, const std::function<bool()>& parar = {});
 
-// What is told when the standard output took less than all.
+// What is told when the standard output took less than all, and what to do.
 std::string quejaDeSalida(int motivo);
+// The same of work that is done all the same: hecho says so.
+std::string quejaDeSalida(int motivo, std::string_view hecho);
 
 }  // namespace telvane

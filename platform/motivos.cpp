@@ -1,6 +1,8 @@
 #include "platform/motivos.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -21,68 +23,103 @@ namespace {
 struct Motivo {
     int numero;
     std::string_view texto;
+    std::string_view consejo;
 };
 
+constexpr std::string_view kOtroNombre = "Dé otro nombre";
+constexpr std::string_view kPedirAcceso = "Pida acceso al administrador, o dé otro nombre";
+constexpr std::string_view kCerrarlo = "Ciérrelo y repita";
+constexpr std::string_view kCerrarProgramas = "Cierre programas y repita";
+constexpr std::string_view kHacerSitio = "Haga sitio y repita";
+constexpr std::string_view kMirarDispositivo = "Revise que esté enchufado, y su nombre";
+constexpr std::string_view kMirarConexion = "Revise que esté conectado, y repita";
+constexpr std::string_view kMirarRed = "Revise la red, y repita";
+constexpr std::string_view kOtroDisco = "Guárdelo en otro disco";
+constexpr std::string_view kOtraCarpeta = "Dé otra carpeta";
+constexpr std::string_view kRepetir = "Repita; si sigue, avise al servicio técnico";
+
 constexpr Motivo kMotivos[] = {
-    {EACCES, "no hay permiso"},
-    {EAGAIN, "el dispositivo no responde por ahora"},
-    {EBADF, "el archivo o puerto ya no se encuentra abierto"},
-    {EBUSY, "otro programa lo tiene en uso"},
-    {EDQUOT, "la cuota de disco se ha agotado"},
-    {EEXIST, "ya existe"},
-    {EFBIG, "el archivo es demasiado grande"},
-    {EINTR, "la orden fue interrumpida"},
-    {EINVAL, "el sistema no admite esa orden"},
-    {EIO, "fallo de entrada o salida"},
-    {EISDIR, "es una carpeta"},
-    {ELOOP, "demasiados enlaces seguidos"},
-    {EMFILE, "demasiados archivos abiertos"},
-    {ENAMETOOLONG, "el nombre es demasiado largo"},
-    {ENFILE, "demasiados archivos abiertos en el sistema"},
-    {ENODEV, "el dispositivo no existe"},
-    {ENOENT, "no existe"},
-    {ENOMEM, "no queda memoria"},
-    {ENOSPC, "no queda espacio en el disco"},
-    {ENOTDIR, "una parte de la ruta no es una carpeta"},
-    {ENOTEMPTY, "la carpeta no se encuentra vacia"},
-    {ENOTSUP, "el sistema no admite esa orden"},
-    {ENOTTY, "no es un puerto serie"},
-    {ENXIO, "el dispositivo no existe"},
-    {EOVERFLOW, "el archivo es demasiado grande"},
-    {EPERM, "el sistema no lo permite"},
-    {EPIPE, "el otro extremo se ha cerrado"},
-    {EROFS, "el disco es de solo lectura"},
-    {ESTALE, "el disco de red ha cambiado"},
-    {ETIMEDOUT, "el dispositivo no responde"},
-    {ETXTBSY, "otro programa lo tiene en uso"},
-    {EXDEV, "el destino se encuentra en otro disco"},
+    {EACCES, "no hay permiso", kPedirAcceso},
+    {EAGAIN, "el dispositivo no responde por ahora", kMirarConexion},
+    {EBADF, "el archivo o puerto ya no se encuentra abierto", kRepetir},
+    {EBUSY, "otro programa lo tiene en uso", kCerrarlo},
+    {ECONNABORTED, "el otro lado cortó la conexión", kMirarRed},
+    {ECONNRESET, "el otro lado cortó la conexión", kMirarRed},
+    {EDQUOT, "la cuota de disco se ha agotado", kHacerSitio},
+    {EEXIST, "ya existe", kOtroNombre},
+    {EFBIG, "el archivo es demasiado grande", kOtroDisco},
+    {EINTR, "la orden fue interrumpida", kRepetir},
+    {EINVAL, "el sistema no admite esa orden", kRepetir},
+    {EIO, "fallo de entrada o salida", "Revise el disco o el adaptador, y repita"},
+    {EISDIR, "es una carpeta", "Dé el nombre de un archivo"},
+    {ELOOP, "demasiados enlaces seguidos", kOtroNombre},
+    {EMFILE, "demasiados archivos abiertos", kCerrarProgramas},
+    {ENAMETOOLONG, "el nombre es demasiado largo", "Dé uno más corto"},
+    {ENFILE, "demasiados archivos abiertos en el sistema", kCerrarProgramas},
+    {ENODEV, "el dispositivo no existe", kMirarDispositivo},
+    {ENOENT, "no existe", "Revise el nombre"},
+    {ENOMEM, "no queda memoria", kCerrarProgramas},
+    {ENOSPC, "no queda espacio en el disco", kHacerSitio},
+    {ENOTDIR, "una parte de la ruta no es una carpeta", "Revise la ruta"},
+    {ENOTEMPTY, "la carpeta no se encuentra vacia", kOtraCarpeta},
+    {ENOTSUP, "el sistema no admite esa orden", kRepetir},
+    {ENOTTY, "no es un puerto serie", "Dé otro dispositivo"},
+    {ENXIO, "el dispositivo no existe", kMirarDispositivo},
+    {EOVERFLOW, "el archivo es demasiado grande", kOtroDisco},
+    {EPERM, "el sistema no lo permite", kPedirAcceso},
+    {EPIPE, "el otro extremo se ha cerrado", "Deje que lea hasta el final, y repita"},
+    {EROFS, "el disco es de solo lectura", kOtraCarpeta},
+    {ESTALE, "el disco de red ha cambiado", "Vuelva a montarlo y repita"},
+    {ETIMEDOUT, "el dispositivo no responde", kMirarConexion},
+    {ETXTBSY, "otro programa lo tiene en uso", kCerrarlo},
+    {EUCLEAN, "el disco está dañado", "Pida al administrador que lo repare"},
+    {EXDEV, "el destino se encuentra en otro disco", kOtraCarpeta},
 };
+
+const Motivo* filaDe(int numero) {
+    const auto* fila = std::find_if(std::begin(kMotivos), std::end(kMotivos),
+                                    [&](const Motivo& m) { return m.numero == numero; });
+    return fila == std::end(kMotivos) ? nullptr : fila;
+}
+
+std::string conConsejo(std::string_view motivo, std::string_view consejo) {
+    return fmt::format("{}. {}", motivo, consejo);
+}
 
 }  // namespace
 
+std::string motivoSinConsejo(int numero) {
+    const auto* fila = filaDe(numero);
+    return fila ? std::string(fila->texto) : fmt::format("error {} del sistema", numero);
+}
+
 std::string motivoSistema(int numero) {
-    const auto* motivo = std::find_if(std::begin(kMotivos), std::end(kMotivos),
-                                      [&](const Motivo& m) { return m.numero == numero; });
-    if (motivo == std::end(kMotivos)) return fmt::format("error {} del sistema", numero);
-    return std::string(motivo->texto);
+    const auto* fila = filaDe(numero);
+    return conConsejo(motivoSinConsejo(numero), fila ? fila->consejo : kRepetir);
 }
 
 std::string motivoEscritura(int numero) {
-    if (numero == EEXIST) return fmt::format("{}. Dé otro nombre", motivoSistema(numero));
     rlimit limite{};
     if (numero == EFBIG && ::getrlimit(RLIMIT_FSIZE, &limite) == 0 && limite.rlim_cur != RLIM_INFINITY)
-        return "pasa del tamaño que permite la sesión (ulimit -f)";
+        return conConsejo("pasa del tamaño que permite la sesión (ulimit -f)", "Suba ese límite y repita");
     return motivoSistema(numero);
+}
+
+std::string conOtroNombre(std::string_view motivo) {
+    return conConsejo(motivo, kOtroNombre);
 }
 
 std::string motivoSinCarpeta(const std::filesystem::path& carpeta) {
     std::error_code error;
     const auto que = std::filesystem::status(carpeta, error).type();
-    if (que == std::filesystem::file_type::directory) return std::string(kSinArchivos);
+    if (que == std::filesystem::file_type::directory) {
+        const bool vedada = ::faccessat(AT_FDCWD, carpeta.c_str(), W_OK, AT_EACCESS) != 0 && errno == EROFS;
+        return vedada ? motivoSistema(EROFS) : std::string(kSinArchivos);
+    }
     if (que == std::filesystem::file_type::none) return motivoSistema(error.value());
     if (que == std::filesystem::file_type::not_found)
-        return fmt::format("no existe la carpeta {}", nombreVisible(carpeta));
-    return fmt::format("{} no es una carpeta", nombreVisible(carpeta));
+        return fmt::format("no existe la carpeta {}. Créela, o dé otra", nombreVisible(carpeta));
+    return conConsejo(fmt::format("{} no es una carpeta", nombreVisible(carpeta)), kOtraCarpeta);
 }
 
 std::string motivoDe(const std::exception& error) {

@@ -8,15 +8,20 @@
 
 namespace telvane {
 
-// The reason of an errno value in Spanish, whatever the locale: "no queda espacio en el disco".
+// The reason of an errno value in Spanish, whatever the locale, and what to do about it: "no queda espacio en
+// el disco. Haga sitio y repita".
 std::string motivoSistema(int numero);
 // The same for a write to a file, where the session's own limit may be what stops it.
 std::string motivoEscritura(int numero);
-// A device, a socket and the like stand where a file is meant.
+// The reason alone, for who knows better what is to be done.
+std::string motivoSinConsejo(int numero);
+// A device, a socket and the like stand where a file is meant; without advice as well.
 inline constexpr std::string_view kNoEsArchivoNormal = "no es un archivo normal";
+// What to do where the name is at fault.
+std::string conOtroNombre(std::string_view motivo);
 // The system's own views of itself take no new file.
 inline constexpr std::string_view kSinArchivos = "ahí el sistema no guarda archivos; dé otra carpeta";
-// Why nothing can be put into this one.
+// Why nothing can be put into this one, and what to do.
 std::string motivoSinCarpeta(const std::filesystem::path& carpeta);
 
 // The text of an exception for the user, in Spanish whoever threw it: those of the system and of the standard

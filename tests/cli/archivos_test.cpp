@@ -127,7 +127,8 @@ TEST_F(Archivos, ABaseFileNeverTakesTheNameOfAPartOfOne) {
             {"descargar", "--base", ruta, "--reemplazar"},
             {"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", ruta}};
         for (const auto& orden : ordenes)
-            esperarRehusado(correr(orden), CodigoSalida::malUso, "son de otra clase de archivo\n");
+            esperarRehusado(correr(orden), CodigoSalida::malUso,
+                            "son de otra clase de archivo. Dé otro nombre\n");
         EXPECT_EQ(leerTodo(ruta), "viejo");
     }
 }
@@ -341,7 +342,7 @@ TEST_F(NoEsArchivo, ADeviceIsNotReplaced) {
     ASSERT_EQ(::mknod(lleno.c_str(), S_IFCHR | 0666, makedev(1, 7)), 0);
     const auto r = correr({"descargar", "--base", nulo, "--csv", lleno});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores, HasSubstr(noGuardado(lleno, "no es un archivo normal").what()));
+    EXPECT_THAT(r.errores, HasSubstr(noGuardado(lleno, "no es un archivo normal. Dé otro nombre").what()));
     EXPECT_THAT(r.errores, Not(HasSubstr("se descarga la memoria"))) << "known before the logger is asked";
 }
 
@@ -425,8 +426,8 @@ TEST_F(Parcial, WhoseFolderIsGoneEndsTheDownloadAtOnceAndNothingIsSaidToStand) {
     cortarEn(kBloquesMemoria, 700, [this] { fs::remove_all(carpeta / "d"); });
     const auto r = correr({"descargar", "--base", carpeta / "d/a.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores,
-                EndsWith("a.rgt.parcial: no existe la carpeta " + (carpeta / "d").string() + "\n"));
+    EXPECT_THAT(r.errores, EndsWith("a.rgt.parcial: no existe la carpeta " + (carpeta / "d").string() +
+                                    ". Créela, o dé otra\n"));
     EXPECT_THAT(r.errores, Not(HasSubstr("quedan")));
     EXPECT_LT(enviados, 800 * kBytesBloque);
 }
@@ -581,7 +582,8 @@ TEST_F(Archivos, AFolderThatIsNotThereIsToldOnce) {
     poner("a.rgt", imagen());
     const auto r = correr({"convertir", "--en", carpeta / "no", carpeta / "a.rgt", carpeta / "b.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores, EndsWith("no existe la carpeta " + (carpeta / "no").string() + "\n"));
+    EXPECT_THAT(r.errores,
+                EndsWith("no existe la carpeta " + (carpeta / "no").string() + ". Créela, o dé otra\n"));
     EXPECT_EQ(std::count(r.errores.begin(), r.errores.end(), '\n'), 1);
 }
 

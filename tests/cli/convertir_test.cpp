@@ -149,6 +149,9 @@ TEST_F(Convertir, AShortImageIsConvertedAndTold) {
     const auto r = correr({"convertir", carpeta / "a.rgt", "-"});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho);
     EXPECT_THAT(r.errores, HasSubstr("hay 10000 bytes de los 262144"));
+    guardar("uno.rgt", {0x02});
+    EXPECT_THAT(correr({"convertir", carpeta / "uno.rgt", "-"}).errores,
+                HasSubstr("hay 1 byte de los 262144"));
     // A record that is cut is none: it would show values that nobody measured.
     imagen.resize(9984);
     EXPECT_EQ(r.salida, comoLaVentana());

@@ -359,6 +359,8 @@ TEST_F(Dudas, ASerialNumberSentInPartSaysSo) {
     const auto r = correr({"serie", "20800512"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.errores, HasSubstr("Se enviaron 2 de 5 bytes"));
+    callarEn(Intercambio::serie, 2);
+    EXPECT_THAT(correr({"serie", "20800512"}).errores, HasSubstr("Se envió 1 de 5 bytes"));
 }
 
 // --- readings of the configuration
@@ -412,6 +414,43 @@ TEST_F(Dudas, WhatAnswersAndIsNoLoggerIsToldWithTheWayToNameThePort) {
     EXPECT_THAT(
         r.errores,
         HasSubstr("ninguna lectura llega entera: revise el cable y el adaptador, y repita" + remedio));
+}
+
+// The cable of this machine is not to blame for what lies beyond the network.
+TEST_F(Dudas, AServersPortIsToldWithWhatStandsBeforeIt) {
+    const std::vector<std::string> enRed = {"--com", "3=tcp://192.0.2.1:4001"};
+    const auto correrEnRed = [&](std::vector<std::string> orden) {
+        orden.insert(orden.begin(), enRed.begin(), enRed.end());
+        return correr(orden);
+    };
+    callarEn(Intercambio::lectura, 50);
+    EXPECT_THAT(
+        correrEnRed({"configuracion"}).errores,
+        HasSubstr("a mitad de la comunicación: revise la red, el servidor de puertos y su dirección, y el "
+                  "cable y la alimentación del registrador, y repita"));
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        return saliente.indice == 30 && saliente.numero >= kBytesMarco ? Efecto{}
+                                                                       : Efecto::pasar(saliente.byte);
+    });
+    EXPECT_THAT(
+        correrEnRed({"en-linea", "--cuenta", "1"}).errores,
+        HasSubstr("ninguna lectura llega entera: revise el servidor de puertos y el cable que va de él al "
+                  "registrador, y repita"));
+    puertos.manipular(kPuerto, [](const ByteSaliente&) { return Efecto{}; });
+    auto r = correrEnRed({"buscar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::sinRegistrador);
+    EXPECT_THAT(r.errores,
+                HasSubstr("no hay conexión con el registrador: revise la red, el servidor de puertos y su "
+                          "dirección"));
+    EXPECT_THAT(
+        correr({"buscar"}).errores,
+        HasSubstr("no hay conexión con el registrador: revise el cable y la alimentación, y los puertos"));
+}
+
+TEST_F(Dudas, OneBlockIsToldAsOne) {
+    callarEn(Intercambio::descarga, 2 + kBytesBloque);
+    EXPECT_THAT(correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"}).errores,
+                HasSubstr("queda 1 de 4096 bloques"));
 }
 
 TEST_F(Dudas, WhatHasAnsweredAsALoggerIsOne) {
@@ -657,7 +696,8 @@ TEST_F(Dudas, ABackupWithoutItsFolderIsToldBeforeTheLoggerHearsAnything) {
     };
     ASSERT_EQ(::setenv("XDG_DATA_HOME", "/dev/null", 1), 0);
     rehusa(
-        "no se pudo crear la carpeta /dev/null/telvane: una parte de la ruta no es una carpeta; indique "
+        "no se pudo crear la carpeta /dev/null/telvane: una parte de la ruta no es una carpeta. Revise la "
+        "ruta; indique "
         "--respaldo ARCHIVO");
     ::unsetenv("XDG_DATA_HOME");
     const char* antes = ::getenv("HOME");

@@ -462,7 +462,7 @@ TEST_P(CadaBloque, EveryFaultInEveryByte) {
             esperarBloques(bloques);
             if (fin.codigo == CodigoSalida::hecho) esperarHecho("descargar", r, true);
             if (fin.codigo != CodigoSalida::hecho && bloques > 0) {
-                EXPECT_THAT(r.errores, HasSubstr(fmt::format("quedan {} de 4096 bloques", bloques)));
+                EXPECT_THAT(r.errores, HasSubstr(fmt::format(" {} de 4096 bloques", bloques)));
             }
             limpia({"configuracion"});
         }

@@ -30,8 +30,8 @@ class FinalesCli : public CliPrueba, public testing::WithParamInterface<std::vec
         EXPECT_EQ(guardado.size() % kBytesBloque, 0U);
         EXPECT_EQ(guardado.substr(64),
                   comoTexto(puertos.maquina(kPuerto).imagen()).substr(64, guardado.size() - 64));
-        EXPECT_THAT(errores, testing::HasSubstr("quedan " + std::to_string(guardado.size() / kBytesBloque) +
-                                                " de 4096"));
+        EXPECT_THAT(errores,
+                    testing::HasSubstr(" " + std::to_string(guardado.size() / kBytesBloque) + " de 4096"));
         std::filesystem::remove(parcial());
     }
 };

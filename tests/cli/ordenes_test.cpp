@@ -133,7 +133,8 @@ INSTANTIATE_TEST_SUITE_P(
         CasoUso{{"convertir", "", "b.csv"}, "ARCHIVO: no puede estar vacío"},
         CasoUso{{"convertir", "a.rgt", ""}, "ARCHIVO: no puede estar vacío"},
         CasoUso{{"convertir", "--en", "d", "-"}, "no admite la entrada -"},
-        CasoUso{{"convertir", "--en", "d", "x/a.rgt", "y/a.rgt"}, "dos entradas darían d/a.csv"}));
+        CasoUso{{"convertir", "--en", "d", "x/a.rgt", "y/a.rgt"},
+                "dos entradas darían d/a.csv: conviértalas por separado, cada una con su SALIDA"}));
 
 // --- buscar
 
@@ -328,11 +329,12 @@ TEST_F(Ordenes, ASerialNumberIsConfirmedByTheLoggerThatTookIt) {
     const auto r = correr({"serie", "20800512"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.salida, IsEmpty());
-    EXPECT_THAT(r.errores,
-                HasSubstr("lo leído después lleva el número 20800512, y el resto de la configuración "
-                          "no es el de antes: contestó otro registrador, o la línea estropea las "
-                          "lecturas. Escribir el número no borra nada. Revise el cable y mire con "
-                          "\"telvane-cli configuracion\" quién contesta\n"));
+    EXPECT_THAT(
+        r.errores,
+        HasSubstr("lo leído después lleva el número 20800512, y el resto de la configuración "
+                  "no es el de antes: contestó otro registrador, o la línea estropea las "
+                  "lecturas. Escribir el número no borra nada. Revise el cable y el adaptador, y mire con "
+                  "\"telvane-cli configuracion\" quién contesta\n"));
 }
 
 // The number that is told is not believed after one reading.

@@ -188,7 +188,7 @@ TEST_P(Senalado, ASignalLeavesThePartialFileAndSaysSo) {
     }));
     proceso.senal(GetParam());
     EXPECT_EQ(proceso.terminar(), 130);
-    EXPECT_THAT(proceso.errores(), HasSubstr("a.rgt.parcial quedan "));
+    EXPECT_THAT(proceso.errores(), HasSubstr("a.rgt.parcial queda"));
     EXPECT_TRUE(fs::exists(parcial));
     EXPECT_FALSE(fs::exists(base));
     // The logger recovers, and so does the tool.

@@ -40,7 +40,7 @@ TEST_F(Corrida, EveryEndHasItsStatusAndItsLine) {
 
 TEST_F(Corrida, WhatTheSystemSaysIsToldInSpanish) {
     EXPECT_EQ(terminar([] { static_cast<void>(std::filesystem::file_size("/no/hay")); }), 1);
-    EXPECT_EQ(errores.texto(), "prog: /no/hay: no existe\n");
+    EXPECT_EQ(errores.texto(), "prog: /no/hay: no existe. Revise el nombre\n");
 }
 
 TEST_F(Corrida, ALineThatIsNoneDoesNothing) {

@@ -25,8 +25,9 @@ TEST_F(Ordenes, IncorporarTellsEachFileAndGoesOnAfterOneThatFails) {
     EXPECT_EQ(r.codigo, 1);
     EXPECT_EQ(r.salida, buena + ": estación 02080050, 50 muestras, 50 nuevas, 0 en conflicto\n");
     EXPECT_THAT(r.errores,
-                testing::EndsWith("no se pudo leer " + (carpeta / "no.rgt").string() +
-                                  ": no existe\ntelvane-historico: 1 de 2 archivos sin incorporar\n"));
+                testing::EndsWith(
+                    "no se pudo leer " + (carpeta / "no.rgt").string() +
+                    ": no existe. Revise el nombre\ntelvane-historico: 1 de 2 archivos sin incorporar\n"));
 }
 
 TEST_F(Ordenes, AFolderStandsForTheBaseFilesInIt) {

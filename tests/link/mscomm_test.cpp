@@ -160,7 +160,7 @@ TEST_F(MSCommTest, NumbersEndWhereASearchEnds) {
         }
         return {};
     };
-    EXPECT_EQ(motivo(12), "no existe COM12");
+    EXPECT_EQ(motivo(12), "no existe COM12: enchufe su adaptador y repita");
     EXPECT_EQ(motivo(13), "número de puerto fuera de rango");
 }
 

@@ -72,7 +72,8 @@ TEST_F(DestinoDe, ADataBaseIsNeverReplacedWhateverItsNameNorWhatStandsBesideIt) 
 
 TEST_F(DestinoDe, APipeIsWrittenToWhereItIsTakenAndStaysAPipe) {
     ASSERT_EQ(::mkfifo(ruta("tubo").c_str(), 0600), 0);
-    EXPECT_EQ(negativa(ruta("tubo")), noGuardado(ruta("tubo"), "no es un archivo normal").what());
+    EXPECT_EQ(negativa(ruta("tubo")),
+              noGuardado(ruta("tubo"), "no es un archivo normal. Dé otro nombre").what());
     const auto destino = revisarDestino(ruta("tubo"), {.corriente = true});
     EXPECT_TRUE(destino.corriente);
     EXPECT_EQ(abrirCorriente(destino), -1) << "nobody reads yet";
@@ -110,7 +111,11 @@ TEST_F(DestinoDe, OnlyAPipeWaitsForItsReader) {
             try {
                 abrirCorriente({.pedido = "/dev/tty", .ruta = "/dev/tty", .corriente = true});
             } catch (const ErrorGuardado&) {
-                ::_exit(motivo == "no se pudo guardar /dev/tty: el dispositivo no existe" ? 0 : 2);
+                ::_exit(motivo ==
+                                "no se pudo guardar /dev/tty: el dispositivo no existe. Revise que esté "
+                                "enchufado, y su nombre"
+                            ? 0
+                            : 2);
             }
             ::_exit(1);
         },
@@ -166,7 +171,7 @@ TEST_F(DestinoDe, WhatDoesNotFitIsToldBefore) {
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     EXPECT_EQ(negativa(ruta("disco/x"), {.bytes = 60'000}), "");
     EXPECT_EQ(negativa(ruta("disco/x"), {.bytes = 70'000}),
-              noGuardado(ruta("disco/x"), "no queda espacio en el disco").what());
+              noGuardado(ruta("disco/x"), "no queda espacio en el disco. Haga sitio y repita").what());
 }
 
 TEST_F(DestinoDe, WhatTheSessionDoesNotAllowIsToldBefore) {
@@ -184,15 +189,21 @@ TEST_F(DestinoDe, AMountPointIsRefused) {
     poner("sobre");
     if (::mount(ruta("de").c_str(), ruta("sobre").c_str(), nullptr, MS_BIND, nullptr) != 0)
         GTEST_SKIP() << "mounting is not permitted here";
-    EXPECT_EQ(negativa(ruta("sobre")), noGuardado(ruta("sobre"), "es un punto de montaje").what());
+    EXPECT_EQ(negativa(ruta("sobre")),
+              noGuardado(ruta("sobre"), "es un punto de montaje. Dé otro nombre").what());
     ::umount(ruta("sobre").c_str());
 }
 
 TEST_F(DestinoDe, AnEmptyNameIsNone) {
-    EXPECT_THAT(negativa(""), EndsWith("falta el nombre"));
-    EXPECT_THAT(negativa(ruta("nada/")), HasSubstr("no existe la carpeta"));
+    EXPECT_THAT(negativa(""), EndsWith("falta el nombre. Dé el de un archivo"));
+}
+
+TEST_F(DestinoDe, ANameWithASlashAtItsEndIsAFolders) {
     poner("x");
-    EXPECT_THAT(negativa(ruta("x/")), HasSubstr("no es una carpeta"));
+    fs::create_directory(ruta("d"));
+    for (const auto* nombre : {"nada/", "x/", "d/", "d"})
+        EXPECT_EQ(negativa(ruta(nombre)),
+                  noGuardado(ruta(nombre), "es una carpeta. Dé el nombre de un archivo").what());
 }
 
 TEST_F(DestinoDe, AFolderIsKnownToBePossibleBeforeItIsMade) {
@@ -210,8 +221,8 @@ TEST_F(DestinoDe, AFolderIsKnownToBePossibleBeforeItIsMade) {
     EXPECT_EQ(queja(ruta("a/b/c")), "");
     EXPECT_EQ(queja("a/b"), "");
     EXPECT_EQ(queja(ruta("x/a/b")), "no se pudo crear la carpeta " + ruta("x/a/b").string() +
-                                        ": una parte de la ruta no es una carpeta");
-    EXPECT_THAT(queja(ruta("x")), EndsWith("una parte de la ruta no es una carpeta"));
+                                        ": una parte de la ruta no es una carpeta. Revise la ruta");
+    EXPECT_THAT(queja(ruta("x")), EndsWith("una parte de la ruta no es una carpeta. Revise la ruta"));
     EXPECT_THAT(queja(ruta("roto/a")), HasSubstr("no existe la carpeta"));
     EXPECT_THAT(queja("/proc/a/b"), HasSubstr("ahí el sistema no guarda archivos"));
     EXPECT_FALSE(fs::exists(ruta("a")));
@@ -227,7 +238,8 @@ TEST_F(DestinoDe, WhatIsReadIsNeverReplacedByWhateverName) {
     ReglaDestino regla;
     for (const auto* leido : {"a", "d/x"}) regla.leidos.agregar(ruta(leido));
     for (const auto* salida : {"a", "./d/../a", "simbolico", "duro", "d/x", "otra/x", "aunNo"})
-        EXPECT_THAT(negativa(ruta(salida), regla), EndsWith("de ahí se lee lo que se guarda")) << salida;
+        EXPECT_THAT(negativa(ruta(salida), regla), EndsWith("de ahí se lee lo que se guarda. Dé otro nombre"))
+            << salida;
     for (const auto* salida : {"b", "d/X", "otra/a"}) EXPECT_EQ(negativa(ruta(salida), regla), "") << salida;
 }
 
@@ -237,7 +249,7 @@ TEST_F(DestinoDe, WhatIsReadFromADescriptorCountsIfItIsAFile) {
     const Descriptor nulo(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     ReglaDestino regla;
     for (const int descriptor : {abierto(), nulo(), -1}) regla.leidos.agregar(descriptor);
-    EXPECT_THAT(negativa(ruta("a"), regla), EndsWith("de ahí se lee lo que se guarda"));
+    EXPECT_THAT(negativa(ruta("a"), regla), EndsWith("de ahí se lee lo que se guarda. Dé otro nombre"));
     EXPECT_THROW(regla.leidos.exigirOtro(abierto(), "la salida"), ErrorNombre);
     EXPECT_NO_THROW(regla.leidos.exigirOtro(nulo(), "la salida"));
     EXPECT_NO_THROW(regla.leidos.exigirOtro(-1, "la salida"));

@@ -79,7 +79,7 @@ TEST_F(GuardadoJuntos, OneThatFailsInTheMiddleIsToldAndTheOthersAreSaved) {
     guardado_.terminar();
     EXPECT_EQ(bien_, 4);
     ASSERT_EQ(motivos_.size(), 1U);
-    EXPECT_EQ(motivos_[0], noGuardado(ruta("2"), "es una carpeta").what());
+    EXPECT_EQ(motivos_[0], noGuardado(ruta("2"), "es una carpeta. Dé el nombre de un archivo").what());
     EXPECT_EQ(entradas(temporal_.ruta()), 5U);
 }
 

@@ -151,31 +151,36 @@ TEST_F(Guardado, ALinkWithoutATargetCreatesIt) {
 TEST_F(Guardado, ALinkThatBitesItsTailIsRefused) {
     fs::create_symlink("b", ruta("a"));
     fs::create_symlink("a", ruta("b"));
-    EXPECT_EQ(negativa(ruta("a")), noGuardado(ruta("a"), "demasiados enlaces seguidos").what());
+    EXPECT_EQ(negativa(ruta("a")),
+              noGuardado(ruta("a"), "demasiados enlaces seguidos. Dé otro nombre").what());
 }
 
 TEST_F(Guardado, AFolderIsRefused) {
     fs::create_directory(ruta("datos"));
-    EXPECT_EQ(negativa(ruta("datos")), noGuardado(ruta("datos"), "es una carpeta").what());
+    EXPECT_EQ(negativa(ruta("datos")),
+              noGuardado(ruta("datos"), "es una carpeta. Dé el nombre de un archivo").what());
     EXPECT_EQ(entradas(), 1u);
 }
 
 TEST_F(Guardado, WhatIsNoRegularFileIsRefusedAndStaysAsItWas) {
     ASSERT_EQ(::mkfifo(ruta("tubo").c_str(), 0600), 0);
-    EXPECT_EQ(negativa(ruta("tubo")), noGuardado(ruta("tubo"), "no es un archivo normal").what());
+    EXPECT_EQ(negativa(ruta("tubo")),
+              noGuardado(ruta("tubo"), "no es un archivo normal. Dé otro nombre").what());
     EXPECT_TRUE(fs::is_fifo(ruta("tubo")));
-    EXPECT_EQ(negativa("/dev/null"), "no se pudo guardar /dev/null: no es un archivo normal");
+    EXPECT_EQ(negativa("/dev/null"), "no se pudo guardar /dev/null: no es un archivo normal. Dé otro nombre");
 }
 
 TEST_F(Guardado, AFolderThatIsNotThereIsRefused) {
     EXPECT_EQ(negativa(ruta("nada/x.csv")),
-              noGuardado(ruta("nada/x.csv"), "no existe la carpeta " + ruta("nada").string()).what());
+              noGuardado(ruta("nada/x.csv"),
+                         "no existe la carpeta " + ruta("nada").string() + ". Créela, o dé otra")
+                  .what());
 }
 
 TEST_F(Guardado, AFolderThatIsAFileIsRefused) {
     guardarAtomico(ruta("x"), "viejo");
     EXPECT_EQ(negativa(ruta("x/y.csv")),
-              noGuardado(ruta("x/y.csv"), "una parte de la ruta no es una carpeta").what());
+              noGuardado(ruta("x/y.csv"), "una parte de la ruta no es una carpeta. Revise la ruta").what());
 }
 
 TEST_F(Guardado, ANameOfTheGreatestLengthFitsAndALongerOneIsRefused) {
@@ -183,7 +188,7 @@ TEST_F(Guardado, ANameOfTheGreatestLengthFitsAndALongerOneIsRefused) {
     guardarAtomico(ruta(largo), "nuevo");
     EXPECT_EQ(leerTodo(ruta(largo)), "nuevo");
     EXPECT_EQ(negativa(ruta(largo + "n")),
-              noGuardado(ruta(largo + "n"), "el nombre es demasiado largo").what());
+              noGuardado(ruta(largo + "n"), "el nombre es demasiado largo. Dé uno más corto").what());
     EXPECT_EQ(entradas(), 1u);
 }
 
@@ -191,8 +196,12 @@ TEST_F(Guardado, AWriteProtectedFileIsRefusedAlthoughItsFolderIsNot) {
     guardarAtomico(ruta("x.csv"), "viejo");
     fs::permissions(ruta("x.csv"), fs::perms(0444));
     fs::permissions(carpeta_, fs::perms(0777));
-    EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), noGuardado(ruta("x.csv"), "no hay permiso").what()),
-                ::testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        guardarComoCualquiera(
+            ruta("x.csv"),
+            noGuardado(ruta("x.csv"), "no hay permiso. Pida acceso al administrador, o dé otro nombre")
+                .what()),
+        ::testing::ExitedWithCode(0), "");
     EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
     EXPECT_EQ(entradas(), 1u);
 }
@@ -214,8 +223,12 @@ TEST_F(Guardado, AWriteProtectedFolderIsRefused) {
     guardarAtomico(ruta("x.csv"), "viejo");
     fs::permissions(ruta("x.csv"), fs::perms(0666));
     fs::permissions(carpeta_, fs::perms(0555));
-    EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), noGuardado(ruta("x.csv"), "no hay permiso").what()),
-                ::testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        guardarComoCualquiera(
+            ruta("x.csv"),
+            noGuardado(ruta("x.csv"), "no hay permiso. Pida acceso al administrador, o dé otro nombre")
+                .what()),
+        ::testing::ExitedWithCode(0), "");
     EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
     fs::permissions(carpeta_, fs::perms(0755));
 }
@@ -248,7 +261,10 @@ TEST_F(Guardado, AWriteThatFailsHalfwayLeavesTheOldFileAndNoTemporaryOne) {
         const LimiteDeArchivo limite(4096);
         motivo = negativa(ruta("x.csv"), std::string(100000, 'x'));
     }
-    EXPECT_EQ(motivo, noGuardado(ruta("x.csv"), "pasa del tamaño que permite la sesión (ulimit -f)").what());
+    EXPECT_EQ(motivo,
+              noGuardado(ruta("x.csv"),
+                         "pasa del tamaño que permite la sesión (ulimit -f). Suba ese límite y repita")
+                  .what());
     EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
     EXPECT_EQ(entradas(), 1u);
 }
@@ -258,7 +274,7 @@ TEST_F(Guardado, AFullDiskLeavesTheOldFileAndNoTemporaryOne) {
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
     guardarAtomico(ruta("disco/x.csv"), "viejo");
     EXPECT_EQ(negativa(ruta("disco/x.csv"), std::string(100000, 'x')),
-              noGuardado(ruta("disco/x.csv"), "no queda espacio en el disco").what());
+              noGuardado(ruta("disco/x.csv"), "no queda espacio en el disco. Haga sitio y repita").what());
     EXPECT_EQ(leerTodo(ruta("disco/x.csv")), "viejo");
     EXPECT_EQ(std::distance(fs::directory_iterator(ruta("disco")), fs::directory_iterator()), 1);
 }
@@ -269,9 +285,9 @@ TEST_F(Guardado, AReadOnlyDiskIsRefusedAndStaysAsItWas) {
     guardarAtomico(ruta("disco/x.csv"), "viejo");
     ASSERT_TRUE(disco.soloLectura());
     EXPECT_EQ(negativa(ruta("disco/x.csv")),
-              noGuardado(ruta("disco/x.csv"), "el disco es de solo lectura").what());
+              noGuardado(ruta("disco/x.csv"), "el disco es de solo lectura. Dé otra carpeta").what());
     EXPECT_EQ(negativa(ruta("disco/otro.csv")),
-              noGuardado(ruta("disco/otro.csv"), "el disco es de solo lectura").what());
+              noGuardado(ruta("disco/otro.csv"), "el disco es de solo lectura. Dé otra carpeta").what());
     EXPECT_EQ(leerTodo(ruta("disco/x.csv")), "viejo");
 }
 

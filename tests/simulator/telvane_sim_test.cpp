@@ -184,7 +184,8 @@ TEST_F(TelvaneSim, StandsAFloodInBoundedMemoryAndAnswersAfterwards) {
 TEST_F(TelvaneSim, ALinkInAFolderThatIsNotThereIsAFailure) {
     enlace = carpeta / "no" / "hay";
     EXPECT_EQ(rechazado(orden({})), 1);
-    EXPECT_THAT(queja, testing::EndsWith("hay: no existe la carpeta " + (carpeta / "no").string() + "\n"));
+    EXPECT_THAT(queja, testing::EndsWith("hay: no existe la carpeta " + (carpeta / "no").string() +
+                                         ". Créela, o dé otra\n"));
 }
 
 TEST_F(TelvaneSim, ALinkThatCannotBeMadeIsToldWithItsReason) {
