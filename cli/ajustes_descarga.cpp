@@ -104,7 +104,8 @@ class Valor {
         if (c == '\'' || c == '"') {
             comilla_ = c;
         } else if (c == '\\') {
-            if (!resto_.empty()) hecho_ += siguiente();
+            if (resto_.empty()) mal("termina en \\: un ajuste no sigue en la línea siguiente, quítela");
+            hecho_ += siguiente();
         } else {
             exigirQueNoSeEjecute(c);
             if (std::string_view(";&|<>()").find(c) != std::string_view::npos)
@@ -205,6 +206,13 @@ std::string comoHora(std::string valor) {
 
 bool esOpcion(const std::string& palabra, std::string_view opcion) {
     return palabra == opcion || palabra.starts_with(std::string(opcion) + "=");
+}
+
+// Values become file names and lines for whoever downloads.
+void exigirTexto(std::string_view ajuste, std::string_view valor) {
+    if (sinControles(valor) != valor)
+        mal(fmt::format(
+            "{}: hay un carácter de control o mal escrito: quítelo, y guarde el archivo como UTF-8", ajuste));
 }
 
 // motivo: why the value is none; empty: it is one.
@@ -326,7 +334,11 @@ class Lector {
         if (const auto antes = lineas_.find(nombre); deEstacion() && antes != lineas_.end())
             mal(fmt::format("{} ya está en la línea {}: deje una de las dos", nombre, antes->second));
         lineas_[nombre] = linea_;
-        (this->*puesta)(leerValor(escrito, nombre));
+        auto valor = leerValor(escrito, nombre);
+        // Between the values of these a tab is as good as a blank.
+        if (puesta == &Lector::com || puesta == &Lector::opciones) std::ranges::replace(valor, '\t', ' ');
+        exigirTexto(nombre, valor);
+        (this->*puesta)(std::move(valor));
     }
 
     void com(std::string valor) {
@@ -342,6 +354,9 @@ class Lector {
     void comienzo(std::string valor) {
         if (valor.empty() || valor.find('/') != std::string::npos)
             mal(fmt::format("NOMBRE: \"{}\" no vale: es el comienzo de un nombre, sin barras", valor));
+        if (valor == "." || valor == "..")
+            mal(fmt::format("NOMBRE: \"{}\" no vale: es una carpeta; escriba el comienzo de un nombre",
+                            valor));
         ajustes_.nombre = std::move(valor);
     }
     void perfil(std::string valor) {

@@ -18,7 +18,7 @@ struct OpcionesImagen {
 };
 
 std::string motivoHuella(const std::string& texto) {
-    return PrincipioDeHuella::leer(texto) ? "" : "debe ser al menos 8 cifras de un SHA-256";
+    return PrincipioDeHuella::leer(texto) ? "" : "debe ser un SHA-256: de 8 a 64 cifras, de 0 a 9 y de a a f";
 }
 
 std::vector<std::uint8_t> buscar(Lectura& lectura, const PrincipioDeHuella& cual) {

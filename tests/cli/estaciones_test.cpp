@@ -41,6 +41,7 @@ TEST(ValorDeAjuste, WhatCannotBeIsToldWithWhatToWrite) {
     EXPECT_EQ(motivo("a b"), "hay un blanco sin comillas: escriba X=\"...\"");
     EXPECT_EQ(motivo("\"a"), "falta la comilla que cierra");
     EXPECT_EQ(motivo("'a"), "falta la comilla que cierra");
+    EXPECT_EQ(motivo("a\\"), "termina en \\: un ajuste no sigue en la línea siguiente, quítela");
     for (const auto* orden : {"$(x)", "`x`", "\"$(x)\"", "\"`x`\""})
         EXPECT_THAT(motivo(orden), HasSubstr("no vale: los ajustes se leen, no se ejecutan")) << orden;
     for (const auto* orden : {"a;x", "a&x", "a|x", "a<x", "a>x", "(x)"})
@@ -95,6 +96,42 @@ TEST_F(Estaciones, AFileSaysOneStation) {
 }
 
 // What would stand behind counted for nothing.
+// Names become files, and what is handed on is read line by line.
+TEST_F(Estaciones, AValueIsTextWithoutControlCharacters) {
+    const auto nocturna = [&](const std::string& texto) -> std::string {
+        const auto r = correr({"estaciones", "--nocturna", "--valores", poner("ajustes", texto)});
+        EXPECT_EQ(r.codigo, r.errores.empty() ? CodigoSalida::hecho : CodigoSalida::malUso) << texto;
+        return r.errores;
+    };
+    for (const auto* mala : {"a\xff", "a\x1b[31m", "a\x7f", "a\u009b", "a\tb"}) {
+        const auto entre = [&](const std::string& nombre, const std::string& antes) {
+            return "\n" + nombre + "=\"" + antes + mala + "\"\n";
+        };
+        const std::string que = ": hay un carácter de control o mal escrito";
+        for (const auto& [nombre, antes] : std::vector<std::pair<std::string, std::string>>{
+                 {"NOMBRE", ""}, {"CARPETA", "/"}, {"PERFIL", ""}})
+            EXPECT_THAT(nocturna(entre(nombre, antes)), HasSubstr("ajustes, línea 2: " + nombre + que))
+                << mala;
+        for (const auto& [nombre, antes] :
+             std::vector<std::pair<std::string, std::string>>{{"ARCHIVO", "/"},
+                                                              {"CENTRAL", "postgresql://h/"},
+                                                              {"SERIE", ""},
+                                                              {"COMO", ""},
+                                                              {"HASTA", ""}})
+            EXPECT_THAT(motivo("COM=1=/dev/x" + entre(nombre, antes)),
+                        HasSubstr("norte.conf, línea 2: " + nombre + que))
+                << mala;
+        if (std::string_view(mala).find('\t') != std::string_view::npos) continue;
+        EXPECT_THAT(nocturna(entre("COM", "1=/dev/")), HasSubstr("ajustes, línea 2: COM" + que)) << mala;
+        EXPECT_THAT(nocturna(entre("OPCIONES", "--ficha ")), HasSubstr("línea 2: OPCIONES" + que)) << mala;
+    }
+    for (const auto* nombre : {".", ".."})
+        EXPECT_THAT(nocturna(std::string("NOMBRE=") + nombre + "\n"), HasSubstr("línea 1: NOMBRE: "));
+    EXPECT_THAT(nocturna("NOMBRE=sur\\\n"), HasSubstr("línea 1: termina en \\"));
+    // Between two values, and in a note, anything may stand.
+    EXPECT_EQ(nocturna("# a\xf1o\nCOM=\"1=/dev/x\t2=/dev/y\"\nOPCIONES=\"--verificar\t--espera 9\"\n"), "");
+}
+
 TEST_F(Estaciones, AFileThatIsTooLongIsToldAndNotCut) {
     const auto largo =
         kPuertoUsb + ("#" + std::string((1U << 20U) - 1 - std::string(kPuertoUsb).size(), 'x'));
@@ -228,6 +265,13 @@ TEST_F(Estaciones, APasswordThatAllCanReadIsRefusedAndNeverShown) {
     EXPECT_EQ(s.codigo, CodigoSalida::hecho);
     EXPECT_THAT(s.salida, HasSubstr("postgresql://yo:*******@s/x"));
     EXPECT_THAT(r.errores + r.salida + s.salida + s.errores, Not(HasSubstr("secreta")));
+    for (const auto* direccion : {"postgresql://yo@s/x?passw%6frd=secreta", "postgresql://yo:se?creta@s/x"}) {
+        ASSERT_EQ(
+            ::chmod(poner("norte.conf", std::string(kPuertoUsb) + "CENTRAL=" + direccion + "\n").c_str(),
+                    0644),
+            0);
+        EXPECT_THAT(listar().errores, HasSubstr("línea 2: lleva una contraseña")) << direccion;
+    }
     // An address without one is nobody's secret.
     ASSERT_EQ(
         ::chmod(poner("norte.conf", std::string(kPuertoUsb) + "CENTRAL=postgresql://yo@s/x\n").c_str(), 0644),
