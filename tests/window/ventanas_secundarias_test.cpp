@@ -104,6 +104,17 @@ TEST(Presenta, ShowsItsPictureAndOnlyItsFormClosesIt) {
     EXPECT_TRUE(presenta.geometry().contains(centro));
 }
 
+TEST(Presenta, LeavesTheWindowInSightAroundItOnASmallScreenToo) {
+    EXPECT_EQ(medidaDePresenta({800, 600}), QSize(480, 280));
+    // 800x600 with letters of 20 points, which is a screen of fewer dots; and an upright one.
+    for (const QSize pantalla : {QSize(361, 270), QSize(320, 800)}) {
+        const auto medida = medidaDePresenta(pantalla);
+        EXPECT_LE(medida.width(), (pantalla.width() * 3 + 3) / 4);
+        EXPECT_LE(medida.height(), (pantalla.height() * 3 + 3) / 4);
+        EXPECT_NEAR(medida.width() / 480.0, medida.height() / 280.0, 0.01) << "as it was drawn";
+    }
+}
+
 TEST_F(Progreso, EnterCancelsNothingAndTabReachesTheButton) {
     dialogo.show();
     QApplication::setActiveWindow(&dialogo);

@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QImageReader>
 #include <QPainter>
+#include <QScreen>
 #include <QWindow>
 
 #include "ui/qt/texto_qt.h"
@@ -12,12 +13,19 @@ namespace telvane {
 namespace {
 
 constexpr QSize kMedida(480, 280);
+// Of the screen: around it the window stays in sight, with its buttons.
+constexpr double kParteDePantalla = 0.75;
+
+QSize medidaEn(const QWidget& principal) {
+    const auto* pantalla = principal.screen();
+    return pantalla == nullptr ? kMedida : medidaDePresenta(pantalla->availableSize());
+}
 
 // The picture is drawn for dense displays; reading it at the size that is needed costs less than scaling it
 // later.
-QPixmap leerImagen(qreal densidad) {
+QPixmap leerImagen(const QSize& medida, qreal densidad) {
     QImageReader lector(QStringLiteral(":/telvane/presenta.jpg"));
-    lector.setScaledSize((QSizeF(kMedida) * densidad).toSize());
+    lector.setScaledSize((QSizeF(medida) * densidad).toSize());
     auto imagen = QPixmap::fromImageReader(&lector);
     imagen.setDevicePixelRatio(densidad);
     return imagen;
@@ -25,15 +33,20 @@ QPixmap leerImagen(qreal densidad) {
 
 }  // namespace
 
+QSize medidaDePresenta(const QSize& pantalla) {
+    const auto sitio = pantalla * kParteDePantalla;
+    return kMedida.boundedTo(sitio) == kMedida ? kMedida : kMedida.scaled(sitio, Qt::KeepAspectRatio);
+}
+
 VentanaPresenta::VentanaPresenta(FormaPresenta& forma, QWidget& principal)
     : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus),
       principal_(principal),
-      imagen_(leerImagen(principal.devicePixelRatioF())) {
+      imagen_(leerImagen(medidaEn(principal), principal.devicePixelRatioF())) {
     setObjectName(aQt(forma.nombre()));
     setWindowTitle(aQt(forma.caption()));
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setFixedSize(kMedida);
+    setFixedSize(medidaEn(principal));
     move(principal.frameGeometry().center() - rect().center());
 }
 

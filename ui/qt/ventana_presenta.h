@@ -8,6 +8,9 @@
 
 namespace telvane {
 
+// How large the picture is on a screen of this size.
+QSize medidaDePresenta(const QSize& pantalla);
+
 // Closes when its form does and not otherwise. A click on it brings the main window in front of it, which is
 // how an operator who declined the connection gets on with the work.
 class VentanaPresenta final : public QWidget {
