@@ -66,6 +66,11 @@ void entraEn(VentanaInicio& ventana, const FormaInicio& forma, QSize pantalla) {
     }
 }
 
+// Whether all of the widget shows in what scrolls around it.
+bool aLaVista(const QScrollArea& medio, const QWidget& widget) {
+    return medio.viewport()->rect().contains(QRect(widget.mapTo(medio.viewport(), QPoint()), widget.size()));
+}
+
 TEST_F(VentanaSuelta, OnASmallScreenEverythingIsReached) {
     entraEn(ventana, forma, kPantallaChica);
     entraEn(ventana, forma, kPantallaDoble);
@@ -73,25 +78,57 @@ TEST_F(VentanaSuelta, OnASmallScreenEverythingIsReached) {
 
 TEST_F(VentanaSuelta, OnASmallScreenTheReadingsAreOnShowWhenTheyBegin) {
     auto* medio = ventana.findChild<QScrollArea*>();
-    const auto aLaVista = [&](const Control& control) {
-        auto* widget = ventana.widget(control);
-        const QRect lugar(widget->mapTo(medio->viewport(), QPoint()), widget->size());
-        return medio->viewport()->rect().contains(lugar);
-    };
+    const auto seVe = [&](const Control& control) { return aLaVista(*medio, *ventana.widget(control)); };
     for (const auto& pantalla : {kPantallaChica, kPantallaDoble}) {
         ventana.resize(pantalla - kMarcoDeVentana);
         QApplication::processEvents();
         medio->ensureWidgetVisible(ventana.widget(forma.Command4), 0, 0);
-        ASSERT_FALSE(aLaVista(forma.Text60));
+        ASSERT_FALSE(seVe(forma.Text60));
         forma.Text60.visible = true;
         QApplication::processEvents();
-        EXPECT_TRUE(aLaVista(forma.Text60));
-        EXPECT_TRUE(aLaVista(forma.Command4));
+        EXPECT_TRUE(seVe(forma.Text60));
+        EXPECT_TRUE(seVe(forma.Command4));
         forma.Text60.visible = false;
         QApplication::processEvents();
-        EXPECT_TRUE(aLaVista(forma.Command4)) << "the form stays where it was";
+        EXPECT_TRUE(seVe(forma.Command4)) << "the form stays where it was";
         medio->verticalScrollBar()->setValue(0);
     }
+}
+
+TEST_F(VentanaSuelta, OnASmallScreenTabComesToWhatIsInSightFromOutsideTheFormAsWell) {
+    ventana.resize(kPantallaChica - kMarcoDeVentana);
+    QApplication::processEvents();
+    auto& medio = *ventana.findChild<QScrollArea*>();
+    medio.ensureWidgetVisible(ventana.widget(forma.Command4), 0, 0);
+    auto* primero = ventana.widget(forma.configuracion);
+    ASSERT_FALSE(aLaVista(medio, *primero));
+    ventana.widget(forma.Command1)->setFocus();
+    QTest::keyClick(ventana.focusWidget(), Qt::Key_Tab);
+    ASSERT_EQ(ventana.focusWidget(), primero);
+    EXPECT_TRUE(aLaVista(medio, *primero));
+    auto* ultimo = ventana.widget(forma.Command4);
+    ventana.findChild<QWidget*>("Diagnostico")->setFocus();
+    QTest::keyClick(ventana.focusWidget(), Qt::Key_Backtab);
+    ASSERT_EQ(ventana.focusWidget(), ultimo);
+    EXPECT_TRUE(aLaVista(medio, *ultimo));
+}
+
+TEST(Medidas, TabComesToTheFirstCoefficientAndItIsInSight) {
+    FormaCoef forma;
+    UsuarioPrueba hecho;
+    VentanaCoef ventana(forma, hecho.usuario(), nullptr);
+    ventana.resize(kPantallaDoble - kMarcoDeVentana);
+    ventana.show();
+    QApplication::setActiveWindow(&ventana);
+    QApplication::processEvents();
+    auto& medio = *ventana.findChild<QScrollArea*>();
+    auto* primero = ventana.findChild<QWidget*>("Text1");
+    medio.verticalScrollBar()->setValue(medio.verticalScrollBar()->maximum());
+    ASSERT_FALSE(aLaVista(medio, *primero));
+    ventana.findChild<QWidget*>("Command1")->setFocus();
+    QTest::keyClick(ventana.focusWidget(), Qt::Key_Tab);
+    ASSERT_EQ(ventana.focusWidget(), primero);
+    EXPECT_TRUE(aLaVista(medio, *primero));
 }
 
 TEST(Medidas, WithLettersOfTwentyPointsNothingIsCut) {

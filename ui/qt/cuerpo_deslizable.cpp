@@ -28,6 +28,11 @@ void CuerpoDeslizable::agregar(QLayout* panel, int peso) {
     paneles_->addLayout(panel, peso);
 }
 
+void CuerpoDeslizable::mostrarFoco() {
+    auto* con = window()->focusWidget();
+    if (con != nullptr && widget()->isAncestorOf(con)) ensureWidgetVisible(con);
+}
+
 QSize CuerpoDeslizable::sizeHint() const {
     return widget()->sizeHint() + QSize(2, 2) * frameWidth();
 }

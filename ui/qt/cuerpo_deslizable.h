@@ -16,6 +16,10 @@ class CuerpoDeslizable final : public QScrollArea {
     // From left to right, sharing the spare width by weight.
     void agregar(QLayout* panel, int peso);
 
+    // What got the keyboard comes into sight. The toolkit sees to it only where the one before was in here as
+    // well.
+    void mostrarFoco();
+
     QSize sizeHint() const override;
 
    protected:

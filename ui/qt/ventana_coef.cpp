@@ -25,7 +25,10 @@ constexpr int kEntreBloques = 14;
 }  // namespace
 
 VentanaCoef::VentanaCoef(FormaCoef& forma, Usuario usuario, QWidget* principal)
-    : QWidget(principal, Qt::Window), forma_(forma), vinculos_(forma, std::move(usuario)) {
+    : QWidget(principal, Qt::Window),
+      forma_(forma),
+      vinculos_(forma, std::move(usuario)),
+      campos_(new CuerpoDeslizable(this)) {
     setObjectName(aQt(forma.nombre()));
     setWindowTitle(aQt(forma.caption()));
     auto* todo = new QVBoxLayout(this);
@@ -38,9 +41,8 @@ VentanaCoef::VentanaCoef(FormaCoef& forma, Usuario usuario, QWidget* principal)
     rejilla->addWidget(vinculos_.crear(forma.Line1, this), fila, 0, 1, 3);
     rejilla->setRowMinimumHeight(fila, kEntreBloques);
     bloque(*rejilla, fila + 1, forma.Label2, forma.Label3, FormaCoef::kFilas * 2);
-    auto* campos = new CuerpoDeslizable(this);
-    campos->agregar(rejilla, 1);
-    todo->addWidget(campos, 1);
+    campos_->agregar(rejilla, 1);
+    todo->addWidget(campos_, 1);
     todo->addSpacing(kEntreBloques);
     todo->addWidget(botones());
     if (principal != nullptr) centrar(*principal);
@@ -91,6 +93,12 @@ QWidget* VentanaCoef::botones() {
         fila.addWidget(vinculos_.crear(*control, partida));
     }
     return partida;
+}
+
+bool VentanaCoef::focusNextPrevChild(bool siguiente) {
+    const bool hay = QWidget::focusNextPrevChild(siguiente);
+    if (hay) campos_->mostrarFoco();
+    return hay;
 }
 
 void VentanaCoef::closeEvent(QCloseEvent* suceso) {

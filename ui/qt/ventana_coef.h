@@ -10,12 +10,15 @@ class QGridLayout;
 
 namespace telvane {
 
+class CuerpoDeslizable;
+
 // Not modal. Closing it by its frame or with Escape is a click on "Salir".
 class VentanaCoef final : public QWidget {
    public:
     VentanaCoef(FormaCoef& forma, Usuario usuario, QWidget* principal);
 
    protected:
+    bool focusNextPrevChild(bool siguiente) override;
     void closeEvent(QCloseEvent* suceso) override;
     void keyPressEvent(QKeyEvent* suceso) override;
 
@@ -29,6 +32,7 @@ class VentanaCoef final : public QWidget {
 
     FormaCoef& forma_;
     Vinculos vinculos_;
+    CuerpoDeslizable* campos_;
 };
 
 }  // namespace telvane

@@ -355,6 +355,12 @@ bool VentanaInicio::event(QEvent* suceso) {
     return hecho;
 }
 
+bool VentanaInicio::focusNextPrevChild(bool siguiente) {
+    const bool hay = QWidget::focusNextPrevChild(siguiente);
+    if (hay) cuerpo_->mostrarFoco();
+    return hay;
+}
+
 void VentanaInicio::changeEvent(QEvent* suceso) {
     QWidget::changeEvent(suceso);
     if (suceso->type() == QEvent::PaletteChange) mostrarConexion();

@@ -32,6 +32,7 @@ class VentanaInicio final : public QWidget {
 
    protected:
     bool event(QEvent* suceso) override;
+    bool focusNextPrevChild(bool siguiente) override;
     void changeEvent(QEvent* suceso) override;
     bool eventFilter(QObject* objeto, QEvent* suceso) override;
     void closeEvent(QCloseEvent* suceso) override;
