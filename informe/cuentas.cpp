@@ -61,7 +61,7 @@ void Cuentas::agregar(const Juzgada& juzgada, bool primeraDelSello) {
     ++muestras;
     if (primeraDelSello) {
         ++sellos;
-        segundos += std::int64_t{paso.intervalo} * 60;
+        segundos += paso.tramo.count();
         if (paso.hueco) ++huecos;
         if (observacion.conflicto) ++conflictos;
     }

@@ -90,7 +90,7 @@ struct Cuentas {
     std::uint32_t huecos = 0;      // by the stamp that ends them
     std::uint32_t conflictos = 0;  // stamps
     std::uint32_t marcadas = 0;    // samples with a mark of a channel
-    std::int64_t segundos = 0;     // that the samples stand for, each its interval
+    std::int64_t segundos = 0;     // that the samples stand for
 
     std::array<std::uint32_t, kRumbos> rumbos{};
     std::uint32_t calmas = 0;

@@ -29,8 +29,12 @@ void Ritmo::terminar() {
 void Ritmo::decir() {
     Cadencia paso{.instante = ventana_[siguiente_]};
     if (cuantos_ > 0) paso.intervalo = intervaloDePaso(std::chrono::seconds(pasos_[cuantos_ / 2]));
-    paso.hueco = siguiente_ > 0 &&
-                 ventana_[siguiente_] - ventana_[siguiente_ - 1] > std::chrono::minutes(paso.intervalo);
+    paso.tramo = std::chrono::minutes(paso.intervalo);
+    if (siguiente_ > 0) {
+        const auto distancia = ventana_[siguiente_] - ventana_[siguiente_ - 1];
+        paso.hueco = distancia > paso.tramo;
+        paso.tramo = std::min(paso.tramo, distancia);
+    }
     if (++siguiente_ > kVecinos) soltarPaso();
     alSaber_(paso);
 }

@@ -18,6 +18,8 @@ struct Cadencia {
     Instante instante{};
     int intervalo = 60;  // minutes in force: 1, 5, 10, 15, 30 or 60
     bool hueco = false;  // the stamp before it is further away than that
+    // What its samples stand for: the time since the stamp before it, never more than the interval.
+    std::chrono::seconds tramo = std::chrono::hours(1);
     bool operator==(const Cadencia&) const = default;
 };
 

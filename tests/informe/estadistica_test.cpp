@@ -35,6 +35,16 @@ TEST(Estadistica, WhatIsMissingIsCountedOnItsDay) {
     EXPECT_EQ(informe.estadistica.todo().segundos, 360 * 600);
 }
 
+TEST(Estadistica, NoDayHasMoreHoursThanItHas) {
+    // Every ten minutes for two days, then every hour: the last ten are judged with the hours that follow.
+    auto todas = serie(288, 10min);
+    for (const auto& o : serie(48, 1h, kInicio + days(2) + 50min)) todas.push_back(o);
+    const auto informe = informeDe(todas);
+    const auto& dias = informe.estadistica.dias();
+    EXPECT_EQ(dias[1].cuentas.segundos, 24 * 3600);
+    EXPECT_EQ(dias[3].cuentas.segundos, 24 * 3600);
+}
+
 TEST(Estadistica, APeriodThatIsLongerThanItsSamplesMissesThem) {
     const Plazo plazo{.desde = kInicio - 2h, .hasta = kInicio + 3h};
     const auto c = informeDe(serie(6), plazo).estadistica.todo();

@@ -50,6 +50,9 @@ std::vector<Cadencia> aLaLetra(const std::vector<Instante>& t) {
         if (!todos.empty()) paso.intervalo = intervaloDePaso(std::chrono::seconds(todos[todos.size() / 2]));
         paso.hueco = i > 0 && t[static_cast<std::size_t>(i)] - t[static_cast<std::size_t>(i - 1)] >
                                   std::chrono::minutes(paso.intervalo);
+        paso.tramo = std::chrono::minutes(paso.intervalo);
+        if (i > 0 && !paso.hueco)
+            paso.tramo = t[static_cast<std::size_t>(i)] - t[static_cast<std::size_t>(i - 1)];
         pasos.push_back(paso);
     }
     return pasos;
@@ -84,6 +87,7 @@ TEST(Ritmo, FollowsASettingThatChanged) {
     EXPECT_EQ(pasos[20].intervalo, 10);
     EXPECT_EQ(pasos[39].intervalo, 60) << "of ten steps each the greater middle one";
     EXPECT_EQ(pasos[38].intervalo, 10);
+    EXPECT_EQ(pasos[39].tramo, 10min) << "what went by since the one before it, whatever the interval";
     EXPECT_EQ(pasos[60].intervalo, 60);
     EXPECT_THAT(huecosDe(pasos), testing::IsEmpty());
 }
