@@ -37,7 +37,7 @@ function(telvane_gemela_de_capa capa)
   target_compile_options(${capa}_saneada PRIVATE ${opciones_saneadas})
   target_link_libraries(${capa}_saneada PUBLIC ${enlaza})
   telvane_precompilar(${capa}_saneada telvane_precompilado_saneado)
-  telvane_juntar(${capa}_saneada)
+  telvane_juntar(${capa}_saneada 8)
   # Each store has its statements.
   list(FILTER SOURCES INCLUDE REGEX "^(almacen|tablas)_sqlite")
   set_source_files_properties(${SOURCES} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)

@@ -88,12 +88,12 @@ inline bool cuentaSobrantes(const std::vector<std::string>& impresas, std::size_
 
 // Every so manieth place is tried: a sanitized program takes ten times as long. The environment may ask for
 // all of them, for the part, or for every Nth (TELVANE_REJILLA=entera, muestra, N).
-inline std::size_t pasoDeRejilla(std::size_t deMuestra) {
+inline std::size_t pasoDeRejilla(std::size_t deMuestra, std::size_t deSiempre = 1) {
     const char* cuanto = std::getenv("TELVANE_REJILLA");
     const std::string pedido = cuanto != nullptr ? cuanto : "";
     if (pedido == "entera") return 1;
     if (!pedido.empty() && pedido != "muestra") return std::stoul(pedido);
-    return pedido == "muestra" || saneado() ? deMuestra : 1;
+    return pedido == "muestra" || saneado() ? deMuestra : deSiempre;
 }
 
 // Counts the runs of a test and tells how many they were.
