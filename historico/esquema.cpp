@@ -387,15 +387,6 @@ std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay,
     return sentencias;
 }
 
-std::string contarImposibles(const Tabla& tabla, const Dialecto& dialecto) {
-    std::string cuentas;
-    for (const auto& columna : tabla.columnas) {
-        cuentas += fmt::format("{}count(*) FILTER (WHERE NOT ({}))", cuentas.empty() ? "" : ",",
-                               condicionDe(tabla, columna, dialecto));
-    }
-    return fmt::format("SELECT {} FROM {}{}", cuentas, dialecto.prefijo, tabla.nombre);
-}
-
 std::string filasImposibles(const Tabla& tabla, const Dialecto& dialecto) {
     std::string alguna;
     for (const auto& columna : tabla.columnas)
@@ -404,10 +395,26 @@ std::string filasImposibles(const Tabla& tabla, const Dialecto& dialecto) {
     return alguna;
 }
 
-std::string avisoDeImposibles(std::string_view tabla, const Columna& columna, std::int64_t cuantos) {
-    const bool deDescarga = tabla == "descargas";
-    return fmt::format("la tabla {} tiene en su columna {} valores que este programa no escribe: {}: {}",
-                       tabla, columna.nombre, cuantos, deDescarga ? kSinDescargas : kReponer);
+std::vector<std::string> avisosDeImposibles(const Tablas& deben, const Dialecto& dialecto,
+                                            const LeerCuentas& leer) {
+    std::vector<std::string> lista;
+    for (const auto& tabla : deben) {
+        std::string cuentas;
+        for (const auto& columna : tabla.columnas) {
+            cuentas += fmt::format("{}count(*) FILTER (WHERE NOT ({}))", cuentas.empty() ? "" : ",",
+                                   condicionDe(tabla, columna, dialecto));
+        }
+        const auto hay = leer(fmt::format("SELECT {} FROM {}{}", cuentas, dialecto.prefijo, tabla.nombre),
+                              tabla.columnas.size());
+        for (std::size_t i = 0; i < hay.size(); ++i) {
+            if (hay[i] == 0) continue;
+            lista.push_back(
+                fmt::format("la tabla {} tiene en su columna {} valores que este programa no escribe: {}: {}",
+                            tabla.nombre, tabla.columnas[i].nombre, hay[i],
+                            tabla.nombre == "descargas" ? kSinDescargas : kReponer));
+        }
+    }
+    return lista;
 }
 
 std::string valorDeRelleno(std::string_view tipo) {

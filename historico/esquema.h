@@ -2,7 +2,9 @@
 // against that.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -86,12 +88,13 @@ struct Dialecto {
     std::string_view no;
     std::string_view si;
 };
-// One statement: how many values of each column are none that this program writes.
-std::string contarImposibles(const Tabla& tabla, const Dialecto& dialecto);
-// The rows that hold one.
+// The rows that hold a value that this program writes nowhere.
 std::string filasImposibles(const Tabla& tabla, const Dialecto& dialecto);
-// What is told of them.
-std::string avisoDeImposibles(std::string_view tabla, const Columna& columna, std::int64_t cuantos);
+// The first row that a statement answers, which is all of whole numbers.
+using LeerCuentas = std::function<std::vector<std::int64_t>(const std::string& sql, std::size_t columnas)>;
+// What is told of such values, a line for each column that holds some.
+std::vector<std::string> avisosDeImposibles(const Tablas& deben, const Dialecto& dialecto,
+                                            const LeerCuentas& leer);
 
 // With a value for the rows that there are, until the images have told theirs.
 std::string agregarColumna(const std::string& tabla, const Columna& columna);

@@ -67,15 +67,14 @@ Imagenes::Abierta& Imagenes::abrir(const Huella& huella) {
 }
 
 // Of a chain the last one tells: it is whole where all of them are.
-void Imagenes::comprobar(Abierta& abierta) {
-    if (!abierta.comprobada && huellaDe(*abierta.bytes) != abierta.huella)
-        throw ImagenDanada(abierta.huella, "su SHA-256 no es el suyo");
-    abierta.comprobada = true;
+void Imagenes::Abierta::comprobar() {
+    if (!comprobada && huellaDe(*bytes) != huella) throw ImagenDanada(huella, "su SHA-256 no es el suyo");
+    comprobada = true;
 }
 
 const std::vector<std::uint8_t>& Imagenes::bytes(const Huella& huella) {
     auto& abierta = abrir(huella);
-    comprobar(abierta);
+    abierta.comprobar();
     return *abierta.bytes;
 }
 
@@ -90,7 +89,7 @@ const std::vector<std::uint8_t>* Imagenes::siSeLee(const Huella& huella) {
 std::shared_ptr<const std::vector<std::uint8_t>> Imagenes::compartida(const Huella& huella) {
     try {
         auto& abierta = abrir(huella);
-        if (!abierta.conSuma) comprobar(abierta);
+        if (!abierta.conSuma) abierta.comprobar();
         return abierta.bytes;
     } catch (const ErrorImagen&) {
         return nullptr;

@@ -51,9 +51,11 @@ class Imagenes {
         int profundidad = 0;
         bool conSuma = false;     // its checksum was compared
         bool comprobada = false;  // known to be what its fingerprint says
+
+        // Throws ImagenDanada.
+        void comprobar();
     };
     Abierta& abrir(const Huella& huella);
-    void comprobar(Abierta& abierta);
     Abierta* buscar(const Huella& huella);
     Abierta& recordar(Abierta abierta);
 

@@ -318,15 +318,12 @@ void TablasPostgres::reponer() {
 }
 
 std::vector<std::string> TablasPostgres::imposibles() {
-    std::vector<std::string> lista;
-    for (const auto& tabla : debidas()) {
-        const auto r = base_.consultar(contarImposibles(tabla, kDialecto));
-        for (std::size_t i = 0; i < tabla.columnas.size(); ++i) {
-            if (const auto cuantos = r.entero(0, static_cast<int>(i)); cuantos > 0)
-                lista.push_back(avisoDeImposibles(tabla.nombre, tabla.columnas[i], cuantos));
-        }
-    }
-    return lista;
+    return avisosDeImposibles(debidas(), kDialecto, [&](const std::string& sql, std::size_t columnas) {
+        const auto r = base_.consultar(sql);
+        std::vector<std::int64_t> cuentas;
+        for (std::size_t i = 0; i < columnas; ++i) cuentas.push_back(r.entero(0, static_cast<int>(i)));
+        return cuentas;
+    });
 }
 
 }  // namespace telvane

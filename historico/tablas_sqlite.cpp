@@ -235,17 +235,13 @@ void TablasSqlite::hacerDeNuevo(const Tabla& tabla, const std::string& sql) {
 }
 
 std::vector<std::string> TablasSqlite::imposibles() const {
-    std::vector<std::string> lista;
-    for (const auto& tabla : debidas()) {
-        Sentencia s(base_, contarImposibles(tabla, kDialecto));
-        s.correr([&] {
-            for (std::size_t i = 0; i < tabla.columnas.size(); ++i) {
-                if (const auto cuantos = s.entero(static_cast<int>(i)); cuantos > 0)
-                    lista.push_back(avisoDeImposibles(tabla.nombre, tabla.columnas[i], cuantos));
-            }
-        });
-    }
-    return lista;
+    return avisosDeImposibles(debidas(), kDialecto, [&](const std::string& sql, std::size_t columnas) {
+        Sentencia s(base_, sql);
+        s.paso();
+        std::vector<std::int64_t> cuentas;
+        for (std::size_t i = 0; i < columnas; ++i) cuentas.push_back(s.entero(static_cast<int>(i)));
+        return cuentas;
+    });
 }
 
 // A value of another kind becomes what it was read as. What a record of a download says that cannot be is
