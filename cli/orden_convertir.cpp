@@ -79,8 +79,9 @@ ArchivosLeidos entradasDe(const EntornoConsola& entorno, const std::vector<Par>&
 }
 
 // All of them before the first is written: no output is one of the inputs, or another output, by any name.
-void revisarJuntas(const EntornoConsola& entorno, const std::vector<Par>& lista) {
+void revisarJuntas(const EntornoConsola& entorno, Consola& consola, const std::vector<Par>& lista) {
     const auto entradas = entradasDe(entorno, lista);
+    consola.exigirFlujosLibres(entradas);
     std::set<std::string> salidas;
     for (const auto& par : lista) {
         exigirQueNoSeLea(entorno, par.salida, entradas);
@@ -116,7 +117,7 @@ void convertir(ContextoCli& contexto, const OpcionesConvertir& opciones) {
                                 .momento = contexto.entorno.reloj.ahora()};
     if (!opciones.serie.empty()) trabajo.origen.serie = opciones.serie;
     const auto lista = pares(opciones, trabajo.formato);
-    revisarJuntas(contexto.entorno, lista);
+    revisarJuntas(contexto.entorno, contexto.consola, lista);
     if (!opciones.carpeta.empty() && !fs::is_directory(opciones.carpeta))
         throw ErrorCli(CodigoSalida::fallo, motivoSinCarpeta(opciones.carpeta));
     if (lista.size() == 1) {

@@ -36,6 +36,7 @@ int correrPrograma(const ProgramaConsola& programa, Consola& consola,
         return static_cast<int>(codigo);
     };
     try {
+        consola.exigirFlujosLibres({});
         leerLinea(programa, consola, argumentos, elegida, declarar);
         elegida();
         return static_cast<int>(CodigoSalida::hecho);

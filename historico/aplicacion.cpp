@@ -13,7 +13,15 @@ std::unique_ptr<Almacen> ContextoHistorico::abrir(Uso uso) const {
     if (!en && uso == Uso::incorporar) {
         std::filesystem::create_directories(std::filesystem::path(destinoPorDefecto()).parent_path());
     }
-    return abrirAlmacen(en ? *en : destinoPorDefecto(), uso, entorno.paciencia, [this] { atender(); });
+    return abrir(en ? *en : destinoPorDefecto(), uso);
+}
+
+// A shell may have emptied it for the output: it is known by its name too.
+std::unique_ptr<Almacen> ContextoHistorico::abrir(const std::string& destino, Uso uso) const {
+    ArchivosLeidos suyo;
+    suyo.agregar(std::filesystem::path(destino));
+    consola.exigirFlujosLibres(suyo);
+    return abrirAlmacen(destino, uso, entorno.paciencia, [this] { atender(); });
 }
 
 SalidaConsola ContextoHistorico::salida(const std::string& ruta, ReglaDestino regla, const Almacen* almacen,
@@ -27,12 +35,19 @@ SalidaConsola ContextoHistorico::salida(const std::string& ruta, ReglaDestino re
 }
 
 std::vector<std::uint8_t> ContextoHistorico::leer(const std::string& archivo, std::size_t maximo) const {
+    exigirFlujosLibres({archivo});
     return esEntradaEstandar(archivo) ? consola.leerEntrada(maximo) : leerArchivo(archivo, maximo);
 }
 
 void ContextoHistorico::apuntarLeido(ArchivosLeidos& leidos, const std::string& archivo) const {
     esEntradaEstandar(archivo) ? leidos.agregar(entorno.entrada)
                                : leidos.agregar(std::filesystem::path(archivo));
+}
+
+void ContextoHistorico::exigirFlujosLibres(const std::vector<std::string>& leidos) const {
+    ArchivosLeidos todos;
+    for (const auto& archivo : leidos) apuntarLeido(todos, archivo);
+    consola.exigirFlujosLibres(todos);
 }
 
 void ContextoHistorico::atender() const {

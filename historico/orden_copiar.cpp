@@ -26,8 +26,7 @@ bool hayQueCopiar(Almacen& origen, const std::optional<std::string>& cual) {
 // A name of something else is as wrong here as for any other output.
 std::unique_ptr<Almacen> abrirDestino(const ContextoHistorico& contexto, const std::string& destino) {
     try {
-        return abrirAlmacen(destino, Uso::incorporar, contexto.entorno.paciencia,
-                            [&] { contexto.atender(); });
+        return contexto.abrir(destino, Uso::incorporar);
     } catch (const ErrorAlmacen& error) {
         if (error.clase() != ErrorAlmacen::Clase::ajeno) throw;
         throw ErrorCli(CodigoSalida::malUso, error.what());

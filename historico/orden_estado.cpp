@@ -48,8 +48,7 @@ EstadoVisto mirar(ContextoHistorico& contexto, Almacen& almacen, const OpcionesE
     EstadoVisto visto;
     if (opciones.copia) {
         try {
-            const auto otro = abrirAlmacen(*opciones.copia, Uso::leer, contexto.entorno.paciencia,
-                                           [&] { contexto.atender(); });
+            const auto otro = contexto.abrir(*opciones.copia, Uso::leer);
             mirada.copia = otro->nombre();
             Lectura suya(*otro);
             compararCon(flota, lectura, suya);

@@ -75,11 +75,11 @@ void exportar(ContextoHistorico& contexto, const OpcionesExportar& opciones) {
     const auto salida = contexto.salida(opciones.salida, reglaDeTabla(), almacen.get(), opciones.limites);
     Lectura lectura(*almacen);
     const auto estacion = lectura.estacion(opciones.estacion);
-    if (salida.archivo()) decirFormato(contexto.consola, opciones);
     if (opciones.calidad) {
         const auto limites = leerLimites(contexto, opciones.limites, almacen->limitesAlLado());
         peticion.calidad = limites.de(estacion.nombre);
     }
+    if (salida.archivo()) decirFormato(contexto.consola, opciones);
     EscrituraConsola escritura(salida, contexto.entorno, contexto.consola);
     const auto muestras = escribirTabla(lectura, estacion, peticion, [&](std::string_view bytes) {
         contexto.atender();

@@ -195,6 +195,9 @@ class Tanda {
 
 void incorporar(ContextoHistorico& contexto, const OpcionesIncorporar& opciones) {
     const auto archivos = expandir(opciones.archivos);
+    std::vector<std::string> leidos;
+    for (const auto& una : archivos) leidos.push_back(una.archivo);
+    contexto.exigirFlujosLibres(leidos);
     Tanda(contexto, opciones).correr(archivos);
     if (archivos.empty()) contexto.consola.aviso("no hay archivos .rgt que incorporar");
 }

@@ -38,12 +38,16 @@ struct ContextoHistorico {
 
     // The archive of --en, or the user's own.
     std::unique_ptr<Almacen> abrir(Uso uso) const;
+    // Another one. Both throw ErrorNombre where a standard stream goes into it.
+    std::unique_ptr<Almacen> abrir(const std::string& destino, Uso uso) const;
     // What a command writes of an archive: never over the archive itself.
     // limites: the file that --limites names.
     SalidaConsola salida(const std::string& ruta, ReglaDestino regla, const Almacen* almacen,
                          const std::optional<std::string>& limites = {}) const;
     // What is read, by a file's name or as the standard input. Throws ErrorLectura, ErrorCli.
     std::vector<std::uint8_t> leer(const std::string& archivo, std::size_t maximo) const;
+    // Throws ErrorNombre where a standard stream goes into one of these.
+    void exigirFlujosLibres(const std::vector<std::string>& leidos) const;
     void apuntarLeido(ArchivosLeidos& leidos, const std::string& archivo) const;
     // The signals that came meanwhile, between two steps of a long work. Throws ErrorCli (interrumpido).
     void atender() const;

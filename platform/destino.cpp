@@ -147,15 +147,6 @@ bool esBaseDeDatos(const fs::path& ruta) {
            std::string_view(bytes.data(), bytes.size()) == kComienzo;
 }
 
-// The files beside a data base hold what is not yet in it.
-bool esDeUnaBaseDeDatos(const fs::path& ruta) {
-    const auto nombre = ruta.string();
-    return std::ranges::any_of(
-        std::to_array<std::string_view>({"", "-wal", "-shm", "-journal"}), [&](std::string_view final) {
-            return nombre.ends_with(final) && esBaseDeDatos(nombre.substr(0, nombre.size() - final.size()));
-        });
-}
-
 // What stands where a file is to go may be worth more than it, where nobody can look at it; motivo: why not.
 std::string noSeSabeQueEs(std::string_view motivo) {
     return fmt::format("lo que hay ahí no se puede leer ({}) y no se sabe qué es; dé otro nombre", motivo);
@@ -288,6 +279,14 @@ void ArchivosLeidos::exigirOtro(const fs::path& salida) const {
 void ArchivosLeidos::exigirOtro(int descriptor, std::string_view nombre) const {
     const auto suya = identidad(descriptor);
     if (suya && identidades_.contains(*suya)) throw ErrorNombre(noGuardado(nombre, kSeLee).what());
+}
+
+bool esDeUnaBaseDeDatos(const fs::path& ruta) {
+    const auto nombre = ruta.string();
+    return std::ranges::any_of(
+        std::to_array<std::string_view>({"", "-wal", "-shm", "-journal"}), [&](std::string_view final) {
+            return nombre.ends_with(final) && esBaseDeDatos(nombre.substr(0, nombre.size() - final.size()));
+        });
 }
 
 fs::path Destino::carpeta() const {

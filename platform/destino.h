@@ -89,6 +89,9 @@ struct Destino {
 // nor, where the rule lets it, a stream. Writes nothing.
 Destino revisarDestino(const std::filesystem::path& ruta, const ReglaDestino& regla = {});
 
+// Whether a data base stands there, or a file that holds what is not yet in the one beside it.
+bool esDeUnaBaseDeDatos(const std::filesystem::path& ruta);
+
 // A text that is equal for two names of the same file, also before it is there: of what is there, its place
 // on the disk, of anything else the folder's and the name.
 std::string identidad(const std::filesystem::path& ruta);

@@ -264,6 +264,16 @@ TEST_F(Archivos, TheOutputThatAShellAppendsToAnInputIsRefused) {
     EXPECT_TRUE(leerTodo(a) == imagen());
 }
 
+TEST_F(Archivos, NothingIsSaidIntoAnInput) {
+    const auto a = poner("a.rgt", imagen());
+    const Descriptor abierto(::open(a.c_str(), O_RDWR | O_CLOEXEC));
+    salidaAjena = abierto();
+    const auto r = correr({"convertir", a, carpeta / "a.csv"});
+    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+    EXPECT_FALSE(fs::exists(carpeta / "a.csv"));
+    EXPECT_TRUE(leerTodo(a) == imagen());
+}
+
 TEST_F(Archivos, TwoOutputsAreTwoFiles) {
     fs::create_directory(carpeta / "d");
     fs::create_directory_symlink("d", carpeta / "e");

@@ -1,12 +1,17 @@
 // The run of a command line, and the values that stand in one.
 #include "consola/aplicacion_consola.h"
 
+#include <fcntl.h>
+
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 #include "consola/enteros.h"
 #include "consola/nombres.h"
+#include "platform/descriptor.h"
 #include "platform/destino.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/consola/consola_prueba.h"
 
 namespace telvane {
@@ -41,6 +46,57 @@ TEST_F(Corrida, EveryEndHasItsStatusAndItsLine) {
 TEST_F(Corrida, WhatTheSystemSaysIsToldInSpanish) {
     EXPECT_EQ(terminar([] { static_cast<void>(std::filesystem::file_size("/no/hay")); }), 1);
     EXPECT_EQ(errores.texto(), "prog: /no/hay: no existe. Revise el nombre\n");
+}
+
+// A shell may lead the streams anywhere: "1<>archivo.sqlite".
+TEST_F(Corrida, NothingIsWrittenIntoADataBaseThatAStreamLeadsTo) {
+    const std::string base = std::string("SQLite format 3\0", 16) + "lo de muchos años";
+    std::ofstream(carpeta / "h.sqlite", std::ios::binary) << base;
+    std::ofstream(carpeta / "h.sqlite-wal", std::ios::binary) << "lo de hoy";
+    bool hecho = false;
+    const auto rehusa = [&](const std::vector<std::string>& linea) {
+        EXPECT_EQ(correr(linea, [&] { hecho = true; }), 2);
+        EXPECT_FALSE(hecho);
+        EXPECT_EQ(leerTodo(carpeta / "h.sqlite"), base);
+        EXPECT_EQ(leerTodo(carpeta / "h.sqlite-wal"), "lo de hoy");
+    };
+    for (const auto* nombre : {"h.sqlite", "h.sqlite-wal"}) {
+        for (const int modo : {O_RDWR, O_WRONLY | O_APPEND}) {
+            const Descriptor ajeno(::open((carpeta / nombre).c_str(), modo | O_CLOEXEC));
+            for (const auto* palabra : {"hacer", "--help", "no hay"}) {
+                entorno.salida = ajeno();
+                rehusa({palabra});
+                EXPECT_THAT(errores.texto(),
+                            HasSubstr("la salida de la orden: ahí está un archivo histórico"));
+                entorno.salida = salida.descriptor();
+                entorno.errores = ajeno();
+                rehusa({palabra});
+                EXPECT_THAT(salida.texto(),
+                            HasSubstr("lo que la orden avisa: ahí está un archivo histórico"));
+                entorno.salida = entorno.errores = ajeno();
+                rehusa({palabra});
+                entorno.salida = salida.descriptor();
+                entorno.errores = errores.descriptor();
+            }
+        }
+    }
+    // What only is read there is no output.
+    const Descriptor leido(::open((carpeta / "h.sqlite").c_str(), O_RDONLY | O_CLOEXEC));
+    entorno.errores = leido();
+    EXPECT_EQ(terminar([] {}), 0);
+}
+
+TEST_F(Corrida, NothingIsWrittenIntoAFileThatIsRead) {
+    std::ofstream(carpeta / "a.rgt") << "leído";
+    ArchivosLeidos leidos;
+    leidos.agregar(carpeta / "a.rgt");
+    const Descriptor ajeno(::open((carpeta / "a.rgt").c_str(), O_RDWR | O_CLOEXEC));
+    entorno.errores = ajeno();
+    Consola consola(entorno);
+    EXPECT_THROW(consola.exigirFlujosLibres(leidos), ErrorNombre);
+    consola.aviso("no se hizo");
+    EXPECT_EQ(salida.texto(), "no se hizo\n");
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), "leído");
 }
 
 TEST_F(Corrida, ALineThatIsNoneDoesNothing) {

@@ -16,6 +16,7 @@
 #include "platform/descriptor.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/disco_chico.h"
+#include "tests/apoyo/leer_todo.h"
 #include "tests/apoyo/proceso.h"
 #include "tests/historico/imagen_prueba.h"
 #include "tests/historico/servidor_postgres.h"
@@ -161,6 +162,68 @@ TEST_F(Programa, TheStandardInputIsAnImageLikeAnother) {
 }
 
 // Whatever an archive prints, but for when its images came.
+// "1<>archivo": a shell does not look at what it leads a stream to.
+TEST_F(Programa, PrintsNothingIntoTheArchiveOrIntoWhatItReads) {
+    const auto imagen = guardar("a.rgt", ImagenPrueba().serie(0, 0, 50).bytes());
+    const std::string archivo = carpeta / "h.sqlite";
+    Proceso primero(orden({"incorporar", imagen}));
+    ASSERT_EQ(primero.terminar(), 0);
+    const auto lineas = std::to_array<std::string>(
+        {"estado", "estado --json", "estado --prometheus -", "imagenes", "comprobar",
+         "exportar - --estacion 02080050", "imagen $(sha256sum \"$2\"|cut -c1-8) -",
+         "resumen --estacion 02080050 --mes 2025-03", "informe - --estacion 02080050", "rehacer",
+         "incorporar \"$2\"", "copiar --a \"$1.copia\"", "no-hay", "--help"});
+    const auto rehusa = [&](const std::string& linea, const std::string& flujo, const std::string& donde) {
+        const auto antes = leerTodo(donde);
+        Proceso proceso({"/bin/sh", "-c", "exec \"$0\" --en \"$1\" " + linea + " " + flujo + "\"$3\"",
+                         TELVANE_HISTORICO, archivo, imagen, donde});
+        EXPECT_EQ(proceso.terminar(), 2) << linea << flujo;
+        EXPECT_NE(proceso.salida() + proceso.errores(), "") << linea << flujo;
+        EXPECT_EQ(leerTodo(donde), antes) << linea << flujo;
+    };
+    for (const auto& linea : lineas) {
+        for (const auto* flujo : {"1<>", "2<>", ">>"}) rehusa(linea, flujo, archivo);
+    }
+    rehusa("estado", "1<>", archivo + "-wal");
+    rehusa("incorporar \"$2\"", "1<>", imagen);
+    rehusa("incorporar \"$2\" no-hay.rgt", "2<>", imagen);
+    rehusa("incorporar - <\"$2\"", "1<>", imagen);
+    rehusa("informe /dev/null --imagen \"$2\"", "2<>", imagen);
+    const auto limites = guardar("limites.ini", {'#', '\n'});
+    rehusa("exportar x.otro --estacion 02080050 --calidad --limites \"$3\"", "2<>", limites);
+    // An emptied one is as much the archive's.
+    const auto nuevo = guardar("nuevo.sqlite", {});
+    rehusa("copiar --a \"$3\"", "1<>", nuevo);
+    rehusa("estado --copia \"$3\"", "1<>", nuevo);
+    EXPECT_FALSE(std::filesystem::exists(archivo + ".copia"));
+    Proceso entero(orden({"comprobar"}));
+    EXPECT_EQ(entero.terminar(), 0);
+}
+
+// As with every option that takes a value.
+TEST_F(Programa, AValueMayBeginWithOneDash) {
+    Proceso primero(orden({"incorporar", guardar("a.rgt", ImagenPrueba().serie(0, 0, 50).bytes())}));
+    ASSERT_EQ(primero.terminar(), 0);
+    for (const auto* linea : {"--prometheus -x", "--prometheus=-x", "--prometheus=--x"}) {
+        SCOPED_TRACE(linea);
+        const std::string escrito = carpeta / (std::string_view(linea).ends_with("--x") ? "--x" : "-x");
+        Proceso proceso({"/bin/sh", "-c",
+                         "cd \"$1\" && exec \"$0\" --en h.sqlite estado " + std::string(linea),
+                         TELVANE_HISTORICO, carpeta.ruta()});
+        EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
+        EXPECT_EQ(proceso.salida(), "");
+        EXPECT_TRUE(leerTodo(escrito).starts_with("# HELP telvane_historico_muestras")) << escrito;
+        std::filesystem::remove(escrito);
+    }
+    Proceso junta({"/bin/sh", "-c", "cd \"$1\" && exec \"$0\" --en h.sqlite estado --prometheus --x",
+                   TELVANE_HISTORICO, carpeta.ruta()});
+    EXPECT_EQ(junta.terminar(), 2);
+    EXPECT_TRUE(junta.errores().find(
+                    "--prometheus: falta su valor; uno que empieza por guion se escribe --prometheus=--x") !=
+                std::string::npos)
+        << junta.errores();
+}
+
 TEST_F(Programa, NothingThatItPrintsDependsOnTheOrder) {
     const auto dia = [](int cual) { return kInicio + std::chrono::hours(24 * cual); };
     // A record spoilt, a clock set back, another interval and text, and a part of a memory.
