@@ -178,6 +178,8 @@ class Almacen {
     // By clock and fingerprint, the newest last.
     virtual std::vector<FichaImagen> fichas(IdEstacion estacion) = 0;
     virtual std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) = 0;
+    // The stations that have it.
+    virtual std::set<IdEstacion> estacionesCon(const Huella& huella) = 0;
     // Of every station the images that left their loggers last, cuantas at least where there are as many, in
     // no order and some of them twice. Without a word of its download an image counts by its own clock, and
     // not at all where that is no time at which it can have been downloaded.

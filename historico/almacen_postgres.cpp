@@ -358,6 +358,16 @@ std::optional<FichaImagen> AlmacenPostgres::ficha(IdEstacion estacion, const Hue
     return lista.empty() ? std::nullopt : std::optional(std::move(lista.front()));
 }
 
+std::set<IdEstacion> AlmacenPostgres::estacionesCon(const Huella& huella) {
+    const auto r = base_.consultar(
+        "SELECT id::bigint FROM telvane.estaciones e WHERE EXISTS(SELECT 1 FROM telvane.imagenes i WHERE "
+        "i.estacion=e.id AND i.huella=$1)",
+        Parametros().bytes(huella));
+    std::set<IdEstacion> cuales;
+    for (int i = 0; i < r.filas(); ++i) cuales.insert(r.entero(i, 0));
+    return cuales;
+}
+
 std::vector<Huella> AlmacenPostgres::imagenesSolas(IdEstacion estacion) {
     const auto r = base_.consultar("SELECT huella FROM telvane.contenidos WHERE estacion=$1 AND base IS NULL",
                                    Parametros().entero(estacion));

@@ -417,6 +417,15 @@ std::optional<FichaImagen> AlmacenSqlite::ficha(IdEstacion estacion, const Huell
     return lista.empty() ? std::nullopt : std::optional(std::move(lista.front()));
 }
 
+// By the key, which begins with the station.
+std::set<IdEstacion> AlmacenSqlite::estacionesCon(const Huella& huella) {
+    std::set<IdEstacion> cuales;
+    auto& s = sentencia(
+        "SELECT id FROM estaciones WHERE EXISTS(SELECT 1 FROM imagenes WHERE estacion=id AND huella=?1)");
+    s.poner(1, std::span(huella)).correr([&] { cuales.insert(s.entero(0)); });
+    return cuales;
+}
+
 std::vector<Huella> AlmacenSqlite::imagenesSolas(IdEstacion estacion) {
     std::vector<Huella> lista;
     auto& s = sentencia("SELECT huella FROM contenidos WHERE estacion=?1 AND base IS NULL");

@@ -51,6 +51,7 @@ class AlmacenSqlite final : public Almacen {
     void guardarResumen(IdEstacion estacion, const ResumenEstacion& resumen) override;
     std::vector<FichaImagen> fichas(IdEstacion estacion) override;
     std::optional<FichaImagen> ficha(IdEstacion estacion, const Huella& huella) override;
+    std::set<IdEstacion> estacionesCon(const Huella& huella) override;
     std::map<IdEstacion, std::vector<Llegada>> ultimas(std::size_t cuantas) override;
     std::vector<FichaImagen> parcialesSueltas(IdEstacion estacion) override;
     std::vector<Huella> imagenesSolas(IdEstacion estacion) override;

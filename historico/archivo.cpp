@@ -152,13 +152,15 @@ bool reponerSiSePerdio(Almacen& almacen, IdEstacion estacion, const Huella& huel
 }
 
 // The stations that have the image already, by name: a copy of two archives may have brought it into two. The
-// serial number in its header is that of its station; only where it has none can it be anybody's.
+// serial number in its header is that of its station; only where it has none can it be anybody's, and where
+// its bytes are lost: who lacks them may have got that number by hand, or when nothing told his own any more.
 std::vector<EstacionGuardada> quienesLaTienen(Almacen& almacen, BytesImagen bytes, const Huella& huella) {
     const auto serie = serieDe(bytes);
     auto estaciones = almacen.estaciones();
+    const auto tienen = almacen.estacionesCon(huella);
     std::erase_if(estaciones, [&](const EstacionGuardada& e) {
         const bool ajena = serie && *serie != e.serie && !e.nombre.starts_with(*serie);
-        return ajena || !almacen.ficha(e.id, huella);
+        return !tienen.contains(e.id) || (ajena && almacen.conserva(e.id, huella));
     });
     return estaciones;
 }

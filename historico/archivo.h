@@ -91,8 +91,8 @@ class Archivo {
 ErrorImagen sinEstacion(const std::string& nombre);
 // What brings back an image whose bytes are lost.
 inline constexpr std::string_view kVuelvaAIncorporarla =
-    "vuelva a incorporarla desde su .rgt, o cópiela de otro archivo; si no la tiene, está perdida, y copiar "
-    "--a "
-    "guarda las demás";
+    "vuelva a incorporarla desde su .rgt, o cópiela de otro archivo; si nadie la tiene, guarde las muestras "
+    "de "
+    "su estación con exportar y siga con un archivo nuevo, que copiar --a hace con las demás imágenes";
 
 }  // namespace telvane

@@ -20,10 +20,15 @@ namespace {
 constexpr std::string_view kSerieDesconocida = "00000000";
 constexpr std::string_view kRecuperada = "recuperada";
 
+// Given for want of a better one.
+bool esInventado(const std::string& nombre) {
+    return nombre.starts_with(kSerieDesconocida) || nombreJuntoALaSerie(nombre).starts_with(kRecuperada);
+}
+
 // Whether a station is still called what it was, but for the number of its logger.
 bool seConserva(const std::string& nombre, const std::string& nuevo) {
     const auto serie = nombre.substr(0, kSerieDesconocida.size());
-    return nombre == nuevo || (esSerie(serie) && esNombreDe(nombre, serie) &&
+    return nombre == nuevo || (esSerie(serie) && esNombreDe(nombre, serie) && !esInventado(nombre) &&
                                nombreJuntoALaSerie(nombre) == nombreJuntoALaSerie(nuevo));
 }
 
@@ -150,26 +155,32 @@ std::string Rescate::serieDe(const Grupo& grupo) const {
     return grupo.fila && esSerie(grupo.fila->serie) ? grupo.fila->serie : std::string(kSerieDesconocida);
 }
 
-// A station that was made anew while its old images were without one.
+// A station that was made anew while its old images were without one, or under a name that was made up for
+// them. What samples of a lost image there are stays with them.
 void Rescate::fundirHuerfanas() {
-    bool alguna = false;
-    for (const auto& grupo : grupos_) {
-        const auto& huerfana = grupo.second;
-        if (huerfana.fila) continue;
+    const auto esHuerfana = [&](const Grupo& grupo) {
+        return (!grupo.fila || esInventado(grupo.fila->nombre)) && !grupo.piezas.empty() &&
+               std::ranges::all_of(grupo.piezas, [&](std::size_t cual) { return piezas_[cual].seLee; });
+    };
+    for (const auto& [id, huerfana] : grupos_) {
+        if (!esHuerfana(huerfana)) continue;
         const auto suya = std::ranges::find_if(grupos_, [&](const auto& otra) {
-            return otra.second.fila && otra.second.serie == huerfana.serie &&
-                   concuerdan(huerfana, otra.second);
+            return otra.first != id && otra.second.fila && !esInventado(otra.second.fila->nombre) &&
+                   otra.second.serie == huerfana.serie && concuerdan(huerfana, otra.second);
         });
         if (suya == grupos_.end()) continue;
         for (const auto cual : huerfana.piezas) piezas_[cual].estacion = suya->first;
-        alguna = true;
+        fundidas_.insert(id);
     }
-    if (alguna) agrupar();
+    if (!fundidas_.empty()) agrupar();
 }
 
 // Whether some image of the one shows that it comes from the same memory as one of the other.
 bool Rescate::concuerdan(const Grupo& uno, const Grupo& otro) {
-    for (const auto cual : uno.piezas) {
+    // Of a station that is kept apart as it is this is asked again and again.
+    const auto suyas =
+        uno.fila && uno.piezas.size() > 2 ? std::vector{uno.piezas.front(), uno.piezas.back()} : uno.piezas;
+    for (const auto cual : suyas) {
         if (!piezas_[cual].seLee) continue;
         const auto bytes = contenidos_.bytes(piezas_[cual].huella);
         for (const auto cualOtra : otro.piezas) {
@@ -248,8 +259,8 @@ void Rescate::nombrar() {
     for (auto& [id, grupo] : grupos_) {
         if (!grupo.fila) continue;
         const auto& nombre = grupo.fila->nombre;
-        grupo.soloMuestras =
-            grupo.piezas.empty() && almacen_.contarFilas(id, kPrimerMomento, kUltimoMomento) > 0;
+        grupo.soloMuestras = grupo.piezas.empty() && !fundidas_.contains(id) &&
+                             almacen_.contarFilas(id, kPrimerMomento, kUltimoMomento) > 0;
         if (!grupo.soloMuestras && (grupo.piezas.empty() || !esNombreDe(nombre, grupo.serie))) continue;
         grupo.nombre = nombre;
         usados.insert(nombre);
@@ -269,7 +280,8 @@ std::string Rescate::nombreNuevo(const Grupo& grupo, std::set<std::string>& suel
         sueltos, [&](const std::string& nombre) { return esNombreDe(nombre, grupo.serie); });
     if (suyo != sueltos.end()) return std::move(sueltos.extract(suyo).value());
     const auto conNombre = [&](const auto& junto) { return fmt::format("{}/{}", grupo.serie, junto); };
-    const auto junto = grupo.fila ? nombreJuntoALaSerie(grupo.fila->nombre) : std::string();
+    const bool suNombre = grupo.fila && !esInventado(grupo.fila->nombre);
+    const auto junto = suNombre ? nombreJuntoALaSerie(grupo.fila->nombre) : std::string();
     if (!junto.empty() && !usados.contains(conNombre(junto))) return conNombre(junto);
     auto nombre = grupo.serie;
     for (int vez = 1; usados.contains(nombre); ++vez)
@@ -402,7 +414,8 @@ Rescate::Lineas Rescate::perdidas(std::string_view remedio) const {
         if (!grupo.soloMuestras) continue;
         lineas.push_back(
             fmt::format("estación {}: no tiene ninguna imagen, y sí muestras: vuelva a incorporar "
-                        "sus .rgt; si no los tiene, guárdelas con exportar",
+                        "sus .rgt; si no los tiene, guárdelas con exportar y siga con un archivo nuevo, "
+                        "que copiar --a hace con las imágenes de las demás",
                         grupo.nombre));
     }
     return lineas;

@@ -97,6 +97,8 @@ class Rescate {
     std::vector<Pieza> piezas_;
     std::vector<Pieza> repetidas_;
     std::map<IdEstacion, Grupo> grupos_;
+    // Whose images are all with another one's.
+    std::set<IdEstacion> fundidas_;
     PorEstacion porReponer_;
     std::set<IdEstacion> afectadas_;
     bool hayQueReponer_ = false;

@@ -629,5 +629,87 @@ TEST_P(TodoCambio, EndsWithAWholeArchiveForWhoDoesWhatIsTold) {
     }
 }
 
+// Nothing tells any more of which logger they were, until one of them is back.
+TEST_P(TodoCambio, ImagesLostWithTheirStationsRowComeBackIntoOneStation) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    guardarlo();
+    const std::string nada = esArchivo() ? "x'00'" : "''";
+    for (const std::string cuales : {"", " WHERE nombre='02080050'", " WHERE nombre='02080050/norte'"}) {
+        for (const auto& perdidos :
+             {std::string("DELETE FROM contenidos"), "UPDATE contenidos SET datos=" + nada}) {
+            for (const std::string fila :
+                 {"DELETE FROM estaciones",
+                  "UPDATE estaciones SET nombre='1208006'||id,serie='1208006'||id"}) {
+                SCOPED_TRACE(fila + cuales + "; " + perdidos);
+                devolverlo();
+                sql(perdidos + "; " + fila + cuales);
+                seguirElConsejo();
+                exigirImagenesMenos({});
+                for (const auto& original : originales) correr(original.orden);
+                EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+                EXPECT_THAT(valores(todoLoQueHay()), testing::UnorderedElementsAreArray(valores(antes)));
+            }
+        }
+    }
+}
+
+// A night goes on while nobody looks; the samples of an image that is lost for good stay.
+TEST_P(Danos, AStationThatWasMadeBesideALostImageTakesNothingOfItUntilItIsBack) {
+    const auto noche = [](int cual) {
+        return ImagenPrueba().reloj(kInicio + std::chrono::hours(24 * cual)).serie(0, 0, 100 + 20 * cual);
+    };
+    for (int i = 0; i < 2; ++i)
+        ASSERT_EQ(correr({"incorporar", guardar("0.rgt", noche(i).bytes())}).codigo, 0);
+    // Only the lost one has this.
+    const std::string kSuya = "07/03/2025";
+    const auto perdida = noche(0).poner(150, registroDeMinuto(9000)).bytes();
+    ASSERT_EQ(correr({"incorporar", guardar("perdida.rgt", perdida)}).codigo, 0);
+    const auto literal = (esArchivo() ? "x'" : "'\\x") + textoDe(huellaDe(perdida)) + "'";
+    sql("DELETE FROM estaciones; DELETE FROM contenidos WHERE huella=" + literal);
+    ASSERT_EQ(correr({"incorporar", guardar("2.rgt", noche(2).bytes())}).codigo, 0);
+    EXPECT_EQ(correr({"rehacer"}).codigo, 1);
+    EXPECT_THAT(exportada("02080050/recuperada"), HasSubstr(kSuya));
+    EXPECT_EQ(correr({"rehacer"}).codigo, 1);
+    EXPECT_THAT(exportada("02080050/recuperada"), HasSubstr(kSuya));
+    EXPECT_THAT(correr({"incorporar", carpeta / "perdida.rgt"}).errores, HasSubstr("vuelve a estar"));
+    EXPECT_EQ(correr({"rehacer"}).codigo, 0);
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    const auto todo = todoLoQueHay();
+    ASSERT_EQ(todo.size(), 1U);
+    EXPECT_EQ(todo.begin()->first, "02080050 02080050 evaporacion");
+    EXPECT_THAT(todo.begin()->second, testing::StartsWith("4 "));
+    EXPECT_THAT(exportada("02080050"), HasSubstr(kSuya));
+}
+
+// Nobody has an image of that fingerprint.
+TEST_P(Danos, AnImageThatNobodyHasIsLeftBehindByACopy) {
+    incorporarTodas();
+    const auto& perdida = originales[4];
+    const std::string suya =
+        "huella=" + (esArchivo() ? "x'" : std::string("'\\x")) + textoDe(perdida.huella) + "'";
+    const std::string otra = esArchivo() ? "zeroblob(32)" : "decode(repeat('00',32),'hex')";
+    sql("UPDATE contenidos SET datos=" + std::string(esArchivo() ? "x'00'" : "''") + " WHERE " + suya +
+        "; UPDATE imagenes SET bytes=12,muestras=3,huella=" + otra + " WHERE " + suya);
+    for (int vez = 0; vez < 2; ++vez) {
+        EXPECT_EQ(correr({"rehacer"}).codigo, 1);
+        EXPECT_THAT(correr({"comprobar"}).salida,
+                    HasSubstr("la imagen " + std::string(64, '0') +
+                              " está dañada en el archivo: falta su contenido; haga rehacer, y vuelva a "
+                              "incorporarla desde su .rgt, o cópiela de otro archivo; si nadie la tiene, "
+                              "guarde las muestras de su estación con exportar y siga con un archivo nuevo, "
+                              "que copiar --a hace con las demás imágenes\n"));
+        // Its file brings back what it held, and the note still speaks of another one.
+        EXPECT_EQ(correr(perdida.orden).codigo, 0);
+    }
+    const std::string nuevo = carpeta / "nuevo.sqlite";
+    const auto copia = correr({"copiar", "--a", nuevo});
+    EXPECT_EQ(copia.codigo, 1);
+    EXPECT_EQ(copia.salida, "Imágenes copiadas: " + std::to_string(originales.size()) + "\n");
+    EXPECT_EQ(correr({"--en", nuevo, "comprobar"}).salida, "El archivo está entero.\n");
+    for (const auto& original : originales)
+        EXPECT_EQ(correr({"--en", nuevo, "imagen", textoDe(original.huella), "-"}).codigo, 0);
+}
+
 }  // namespace
 }  // namespace telvane
