@@ -13,13 +13,11 @@ constexpr Millonesimas u(double unidades) {
 }  // namespace
 
 // Published tests that the numbers follow or lie within:
-// [WMO]   I. Zahumensky, Guidelines on Quality Control Procedures for Data from Automatic Weather Stations,
-// WMO
-//         CBS/OPAG-IOS (2004), taken into WMO-No. 488: plausible values, plausible change.
+// [WMO]   I. Zahumensky, Guidelines on Quality Control Procedures for Data from Automatic Weather
+//         Stations, WMO CBS/OPAG-IOS (2004), taken into WMO-No. 488: plausible values, plausible change.
 // [NWS]   NWS TSP 88-21-R2 (1994), as MADIS publishes its surface checks.
 // [OK]    Shafer, Fiebrich, Arndt, Fredrickson, Hughes: Quality Assurance Procedures in the Oklahoma
-// Mesonetwork,
-//         J. Atmos. Oceanic Technol. 17 (2000), 474-494: range and step tests.
+//         Mesonetwork, J. Atmos. Oceanic Technol. 17 (2000), 474-494: range and step tests.
 // [EPA]   Meteorological Monitoring Guidance for Regulatory Modeling Applications, EPA-454/R-99-005 (2000),
 //         suggested data screening criteria: stretches that do not vary.
 const Limites& limitesUsuales() {

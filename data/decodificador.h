@@ -15,9 +15,9 @@ namespace telvane {
 
 // What one decoding run over an image found, for the line that tells the user. Blocks 6 to 7999 only.
 struct Recuento {
-    std::uint32_t escritas = 0;  // lines written
-    std::uint32_t vacias =
-        0;  // record slots of the logger's memory that were erased: stamp all 0xFF or all 0x00
+    std::uint32_t escritas = 0;  // records that were written
+    // Erased slots of the logger's own memory: stamp all 0xFF or all 0x00.
+    std::uint32_t vacias = 0;
     std::uint32_t descartadas = 0;    // slots dropped for a bad stamp, a good neighbour taken along included
     std::uint32_t valenAmpliado = 0;  // of those, slots that the extended profile would have kept
     // "8178 muestras escritas, 0 registros vacios, 0 descartados por fecha u hora incorrecta". Where most of

@@ -6,12 +6,12 @@
 //   what they entered is marked: an extreme when it is one of them.
 // - Of equal extremes the first one counts.
 // - Wind has a direction from 1.8 km/h on (0.5 m/s, WMO-No. 8, Volume I, chapter 5); below it is calm.
-// - What counts samples counts all of them: the rose, the calms and the prevailing sector, which is the one
-// with
-//   most samples; of equal ones the first from north to east. A speed marked `rango` stands where it says.
+// - What counts samples counts all of them: the rose, the calms and the prevailing sector, which is the
+//   one with most samples; of equal ones the first from north to east. A speed marked `rango` stands
+//   where it says.
 // - What weighs them does not: the mean direction is that of the mean wind vector (WMO-No. 8, Volume I,
-// chapter
-//   5), where each direction weighs as much as its wind, and one whose speed is marked `rango` nothing.
+//   chapter 5), where each direction weighs as much as its wind, and one whose speed is marked `rango`
+//   nothing.
 // - A stamp is expected once, and is there once, however many records of it count.
 // - A month's mean is incomplete when more than 3 of its days in a row, or more than 5 in all, have no value
 //   (WMO-No. 1203, Guidelines on the Calculation of Climate Normals). A period's is when one of its months

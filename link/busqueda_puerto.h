@@ -8,7 +8,7 @@
 
 namespace telvane {
 
-// Prepares a channel's line settings, in the described order; a refused one is passed over.
+// Prepares a channel's line settings, one after the other; a refused one is passed over.
 void prepararCanal(MSComm& canal, int umbral);
 
 class BusquedaPuerto {

@@ -26,10 +26,10 @@ class Esperas {
     class HastaAwaiter;
     class PausaAwaiter;
 
-    // Waits, yielding, until the condition holds or the clock on the wall has passed inicio + limite.
-    // inicio is the clock's text (segundosComoTexto); The loop turns at least once. A wait
-    // whose end lies past midnight ends with its condition only, because the clock starts again at 0. While
-    // an operation that was started later is running, the wait goes on.
+    // Waits, yielding, until the condition holds or the clock on the wall has passed inicio + limite. inicio
+    // is the clock's text (segundosComoTexto). The loop turns at least once. A wait whose end lies past
+    // midnight ends with its condition only, because the clock starts again at 0. While an operation that was
+    // started later is running, the wait goes on.
     [[nodiscard]] HastaAwaiter hasta(const std::string& inicio, std::chrono::milliseconds limite,
                                      Condicion condicion);
     // Waits without yielding: no event is delivered meanwhile. Measured on the monotonic clock, so it always
