@@ -3,7 +3,6 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sys/signalfd.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,6 +11,8 @@
 #include <map>
 #include <system_error>
 #include <utility>
+
+#include "platform/como_timespec.h"
 
 namespace telvane {
 
@@ -28,11 +29,6 @@ constexpr Bucle::Duracion kPlazoMaximo = std::chrono::hours(24 * 365);
 
 Instante dentroDe(Bucle::Duracion plazo) {
     return ahora() + std::clamp(plazo, Bucle::Duracion(0), kPlazoMaximo);
-}
-
-timespec comoTimespec(Bucle::Duracion duracion) {
-    const auto segundos = std::chrono::floor<std::chrono::seconds>(duracion);
-    return {static_cast<time_t>(segundos.count()), static_cast<long>((duracion - segundos).count())};
 }
 
 }  // namespace

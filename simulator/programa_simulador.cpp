@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <ctime>
 #include <system_error>
 #include <utility>
 
+#include "platform/como_timespec.h"
 #include "platform/guardado.h"
 
 namespace telvane {
@@ -28,11 +28,6 @@ constexpr nanoseconds kAtrasoDescontado = std::chrono::milliseconds(2);
 constexpr nanoseconds kCosteDePty = std::chrono::microseconds(100);
 
 constexpr std::chrono::seconds kVuelveTrasColgar{2};
-
-timespec comoTimespec(nanoseconds duracion) {
-    const auto segundos = std::chrono::floor<std::chrono::seconds>(duracion);
-    return {static_cast<time_t>(segundos.count()), static_cast<long>((duracion - segundos).count())};
-}
 
 }  // namespace
 
