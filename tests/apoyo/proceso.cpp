@@ -1,6 +1,5 @@
 #include "tests/apoyo/proceso.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/syscall.h>
@@ -15,6 +14,8 @@
 #include <thread>
 #include <utility>
 
+#include "tests/apoyo/tubo.h"
+
 namespace telvane {
 
 namespace {
@@ -24,13 +25,6 @@ using Cronometro = std::chrono::steady_clock;
 int milisegundosHasta(Cronometro::time_point fin) {
     const auto falta = std::chrono::ceil<std::chrono::milliseconds>(fin - Cronometro::now()).count();
     return static_cast<int>(std::max<std::int64_t>(falta, 0));
-}
-
-std::array<int, 2> abrirTubo() {
-    std::array<int, 2> extremos{};
-    if (::pipe2(extremos.data(), O_CLOEXEC) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe2");
-    return extremos;
 }
 
 void cerrar(int& descriptor) {

@@ -13,18 +13,13 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "tests/apoyo/tubo.h"
+
 namespace telvane {
 
 namespace {
 
 using Json = Navegador::Json;
-
-std::array<int, 2> abrirTubo() {
-    std::array<int, 2> extremos{};
-    if (::pipe2(extremos.data(), O_CLOEXEC) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe2");
-    return extremos;
-}
 
 std::string deBase64(const std::string& texto) {
     constexpr std::string_view kLetras = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
