@@ -1,11 +1,11 @@
 #include "informe/texto_html.h"
 
-#include <array>
 #include <cmath>
 
 #include <fmt/format.h>
 
 #include "platform/recorte.h"
+#include "platform/utf8.h"
 #include "regional/formatos.h"
 
 namespace telvane::informe {
@@ -13,30 +13,6 @@ namespace telvane::informe {
 namespace {
 
 constexpr std::string_view kReemplazo = "\xEF\xBF\xBD";  // U+FFFD
-
-struct Caracter {
-    char32_t codigo = 0;
-    std::size_t bytes = 1;
-};
-
-// The character at the text's beginning; code 0xFFFD and one byte where there is none.
-Caracter primero(std::string_view texto) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(texto[i]); };
-    const unsigned cabeza = byte(0);
-    if (cabeza < 0x80) return {cabeza, 1};
-    const std::size_t bytes = cabeza >= 0xF0 ? 4 : cabeza >= 0xE0 ? 3 : 2;
-    constexpr Caracter kNinguno{0xFFFD, 1};
-    if (cabeza < 0xC2 || cabeza > 0xF4 || texto.size() < bytes) return kNinguno;
-    char32_t codigo = cabeza & (0x7FU >> bytes);
-    for (std::size_t i = 1; i < bytes; ++i) {
-        if ((byte(i) & 0xC0U) != 0x80U) return kNinguno;
-        codigo = codigo << 6 | (byte(i) & 0x3FU);
-    }
-    constexpr std::array<char32_t, 5> kMenores = {0, 0, 0x80, 0x800, 0x10000};
-    if (codigo < kMenores[bytes] || codigo > 0x10FFFF || (codigo >= 0xD800 && codigo <= 0xDFFF))
-        return kNinguno;
-    return {codigo, bytes};
-}
 
 constexpr bool entre(char32_t c, char32_t desde, char32_t hasta) {
     return desde <= c && c <= hasta;
@@ -75,9 +51,9 @@ std::string limpio(std::string_view texto, bool conEscapes) {
     std::string salida;
     texto = recortado(texto);
     while (!texto.empty()) {
-        const auto c = primero(texto);
-        const auto puesto = conEscapes ? escape(c.codigo) : std::string_view();
-        if (!seMuestra(c.codigo) || c.codigo == 0xFFFD) {
+        const auto c = caracterEn(texto, 0);
+        const auto puesto = conEscapes ? escape(c.punto) : std::string_view();
+        if (!c.bueno || !seMuestra(c.punto)) {
             salida += kReemplazo;
         } else {
             salida += puesto.empty() ? texto.substr(0, c.bytes) : puesto;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/utf8.h"
+
 namespace telvane {
 
 namespace {
@@ -20,28 +22,11 @@ char byteDe(char32_t punto) {
     return static_cast<char>(0x80 + (lugar - kAltos.begin()));
 }
 
-// Reads one code point at posicion and moves past it. A malformed byte is read as U+FFFD, and so are the
-// bytes of a form that is longer than needed, of a surrogate and of a number beyond the last code point.
+// Reads one code point at posicion and moves past it.
 char32_t leerPunto(std::string_view texto, std::size_t& posicion) {
-    constexpr char32_t kMalo = 0xFFFD;
-    constexpr std::array<char32_t, 4> kMenor = {0, 0x80, 0x800, 0x10000};
-    const auto b0 = static_cast<std::uint8_t>(texto[posicion++]);
-    if (b0 < 0x80) return b0;
-    const std::size_t siguen = (b0 & 0xE0) == 0xC0   ? 1
-                               : (b0 & 0xF0) == 0xE0 ? 2
-                               : (b0 & 0xF8) == 0xF0 ? 3
-                                                     : 0;
-    if (siguen == 0 || siguen > texto.size() - posicion) return kMalo;
-    char32_t punto = b0 & (0x3Fu >> siguen);
-    for (std::size_t i = 0; i < siguen; ++i) {
-        const auto b = static_cast<std::uint8_t>(texto[posicion + i]);
-        if ((b & 0xC0) != 0x80) return kMalo;
-        punto = (punto << 6) | (b & 0x3F);
-    }
-    const bool sustituto = punto >= 0xD800 && punto < 0xE000;
-    if (punto < kMenor[siguen] || punto > 0x10FFFF || sustituto) return kMalo;
-    posicion += siguen;
-    return punto;
+    const auto caracter = caracterEn(texto, posicion);
+    posicion += caracter.bytes;
+    return caracter.punto;
 }
 
 }  // namespace
