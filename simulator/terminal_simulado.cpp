@@ -29,10 +29,6 @@ namespace fs = std::filesystem;
     throw std::runtime_error(fmt::format("{}: {}", que, motivoSistema(errno)));
 }
 
-void cerrar(int& descriptor) {
-    if (descriptor >= 0) ::close(std::exchange(descriptor, -1));
-}
-
 // Of the link itself, wherever it leads.
 Descriptor reservarNombre(const fs::path& enlace) {
     if (auto reserva = reservar("telvane-sim", lugarDeNombre(enlace))) return std::move(*reserva);
@@ -53,13 +49,7 @@ void ponerEnCrudo(int descriptor) {
 
 TerminalSimulado::TerminalSimulado(fs::path enlace)
     : enlace_(std::move(enlace)), reserva_(reservarNombre(enlace_)) {
-    try {
-        reabrir();
-    } catch (...) {
-        cerrar(esclavo_);
-        cerrar(maestro_);
-        throw;
-    }
+    reabrir();
 }
 
 TerminalSimulado::~TerminalSimulado() {
@@ -72,17 +62,18 @@ void TerminalSimulado::reabrir() {
 }
 
 void TerminalSimulado::abrirPty() {
-    maestro_ = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (maestro_ < 0) fallar("no se pudo abrir un pseudoterminal");
-    if (::grantpt(maestro_) != 0 || ::unlockpt(maestro_) != 0)
+    maestro_ = Descriptor(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (maestro_() < 0) fallar("no se pudo abrir un pseudoterminal");
+    if (::grantpt(maestro_()) != 0 || ::unlockpt(maestro_()) != 0)
         fallar("no se pudo habilitar el pseudoterminal");
     std::array<char, 64> nombre{};
-    if (::ptsname_r(maestro_, nombre.data(), nombre.size()) != 0) fallar("el pseudoterminal no tiene nombre");
+    if (::ptsname_r(maestro_(), nombre.data(), nombre.size()) != 0)
+        fallar("el pseudoterminal no tiene nombre");
     nombre_ = nombre.data();
-    esclavo_ = ::open(nombre_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (esclavo_ < 0) fallar(fmt::format("no se pudo abrir {}", nombre_));
-    ponerEnCrudo(esclavo_);
-    if (::fcntl(maestro_, F_SETFL, O_NONBLOCK) != 0) fallar("no se pudo preparar el pseudoterminal");
+    esclavo_ = Descriptor(::open(nombre_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (esclavo_() < 0) fallar(fmt::format("no se pudo abrir {}", nombre_));
+    ponerEnCrudo(esclavo_());
+    if (::fcntl(maestro_(), F_SETFL, O_NONBLOCK) != 0) fallar("no se pudo preparar el pseudoterminal");
 }
 
 void TerminalSimulado::enlazar() {
@@ -111,14 +102,14 @@ void TerminalSimulado::enlazar() {
 void TerminalSimulado::colgar() {
     std::error_code error;
     // Somebody else's link by now stays.
-    if (maestro_ >= 0 && fs::read_symlink(enlace_, error) == nombre_) fs::remove(enlace_, error);
-    cerrar(esclavo_);
-    cerrar(maestro_);
+    if (maestro_() >= 0 && fs::read_symlink(enlace_, error) == nombre_) fs::remove(enlace_, error);
+    esclavo_ = Descriptor();
+    maestro_ = Descriptor();
 }
 
 std::vector<std::uint8_t> TerminalSimulado::leer() const {
     std::vector<std::uint8_t> bytes(4096);
-    const auto leidos = ::read(maestro_, bytes.data(), bytes.size());
+    const auto leidos = ::read(maestro_(), bytes.data(), bytes.size());
     if (leidos < 0 && errno != EAGAIN && errno != EINTR) fallar("no se pudo leer del pseudoterminal");
     bytes.resize(leidos > 0 ? static_cast<std::size_t>(leidos) : 0);
     return bytes;
@@ -126,7 +117,7 @@ std::vector<std::uint8_t> TerminalSimulado::leer() const {
 
 void TerminalSimulado::escribir(std::span<const std::uint8_t> bytes) const {
     while (!bytes.empty()) {
-        const auto escritos = ::write(maestro_, bytes.data(), bytes.size());
+        const auto escritos = ::write(maestro_(), bytes.data(), bytes.size());
         if (escritos > 0) {
             bytes = bytes.subspan(static_cast<std::size_t>(escritos));
         } else if (errno == EAGAIN) {

@@ -28,7 +28,7 @@ class TerminalSimulado {
     // "/dev/pts/N"
     const std::string& nombre() const { return nombre_; }
     // To be polled for reading; -1 while hung up.
-    int descriptor() const { return maestro_; }
+    int descriptor() const { return maestro_(); }
 
     // What waits, without waiting for more.
     std::vector<std::uint8_t> leer() const;
@@ -46,8 +46,8 @@ class TerminalSimulado {
     std::filesystem::path enlace_;
     Descriptor reserva_;
     std::string nombre_;
-    int maestro_ = -1;
-    int esclavo_ = -1;
+    Descriptor maestro_;
+    Descriptor esclavo_;
 };
 
 }  // namespace telvane

@@ -3,11 +3,12 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <systemd/sd-bus.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+
+#include "platform/descriptor.h"
 
 namespace telvane {
 
@@ -26,12 +27,9 @@ std::uint64_t microsegundosHasta(Reloj::time_point fin) {
 class GuardiaLogind final : public Inhibidor::Guardia {
    public:
     explicit GuardiaLogind(int descriptor) : descriptor_(descriptor) {}
-    GuardiaLogind(const GuardiaLogind&) = delete;
-    GuardiaLogind& operator=(const GuardiaLogind&) = delete;
-    ~GuardiaLogind() override { ::close(descriptor_); }
 
    private:
-    int descriptor_;
+    Descriptor descriptor_;
 };
 
 // The library that speaks with the bus, loaded for one call. It stays in memory by its own choice.
