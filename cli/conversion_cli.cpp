@@ -1,5 +1,6 @@
 #include "cli/conversion_cli.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -7,12 +8,21 @@
 
 #include "consola/codigos_salida.h"
 #include "data/archivo_base.h"
+#include "data/clase_de_archivo.h"
 #include "platform/contados.h"
 
 namespace telvane {
 
 Convertido convertirImagen(Conversor& conversor, const TrabajoDeConversion& trabajo, std::size_t bytes) {
     if (bytes == 0) throw ErrorCli(CodigoSalida::fallo, std::string(kBaseVacia));
+    const auto leidos = conversor.destino().first(std::min(bytes, Conversor::kAlcance));
+    if (const auto clase = otraClase(leidos); !clase.empty()) {
+        throw ErrorCli(
+            CodigoSalida::fallo,
+            fmt::format(
+                "no es la memoria de un registrador, sino {}: dé el archivo base (.rgt) de una descarga",
+                clase));
+    }
     auto archivo =
         conversor.convertir(bytes, trabajo.formato, trabajo.perfil, trabajo.momento, trabajo.origen);
     auto aviso = archivo.recuento.texto();

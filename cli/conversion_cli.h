@@ -23,7 +23,8 @@ struct Convertido {
     std::string aviso;
 };
 
-// The image's first bytes stand where the converter reads them. Throws ErrorCli where there are none.
+// The image's first bytes stand where the converter reads them. Throws ErrorCli where there are none,
+// or where they are no memory.
 Convertido convertirImagen(Conversor& conversor, const TrabajoDeConversion& trabajo, std::size_t bytes);
 
 }  // namespace telvane

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "data/clase_de_archivo.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/edicion.h"
 #include "platform/archivo.h"
@@ -28,59 +29,17 @@ constexpr std::string_view kAhiHayUnaFicha =
     "ahí está la ficha de una descarga; quítela de ahí, o dé otro nombre";
 constexpr std::string_view kProcesado = "El archivo se proceso con exito";
 
-std::string_view comoTexto(std::span<const std::uint8_t> bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
-bool noEsTexto(std::uint8_t b) {
-    return b < ' ' && b != '\t' && b != '\r' && b != '\n';
-}
-
-// The eight digits of a serial number, or an erased one.
-bool empiezaPorSerie(std::span<const std::uint8_t> bytes) {
-    const auto serie = bytes.first(kBytesSerie);
-    return std::ranges::all_of(serie, [](std::uint8_t b) { return (b & 0x0F) <= 9 && b >> 4 <= 9; }) ||
-           std::ranges::all_of(serie, [](std::uint8_t b) { return b == 0xFF; });
-}
-
-// A number that the line has spoilt leaves the rest as it was: whole blocks, and an interval that there is.
-// Every table begins with letters.
-bool tieneFormaDeMemoria(std::span<const std::uint8_t> bytes) {
-    const auto esLetra = [](std::uint8_t b) { return !noEsTexto(b) && b < 0x80; };
-    return !std::ranges::all_of(bytes.first(kBytesSerie), esLetra) && bytes.size() % kBytesBloque == 0 &&
-           bytes.size() > registro_config::kIntervalo &&
-           indiceIntervalo(bytes[registro_config::kIntervalo]).has_value();
-}
-
-// No text's first line goes on like this: for all that anybody can tell a logger's, whole or not. The
-// spreadsheets' own formats begin otherwise; further down a table holds whatever the logger's texts do. As
-// long as a memory only a memory is.
-bool pareceImagen(std::span<const std::uint8_t> bytes) {
-    if (bytes.size() < kBytesSerie) return false;
-    if (bytes.size() == kBytesMemoria)
-        return std::ranges::any_of(bytes, [](std::uint8_t b) { return noEsTexto(b) || b == 0xFF; });
-    const auto linea = comoTexto(bytes).substr(0, comoTexto(bytes).find("\r\n"));
-    return std::ranges::any_of(bytes.first(linea.size()), noEsTexto) &&
-           (empiezaPorSerie(bytes) || tieneFormaDeMemoria(bytes));
-}
-
-// Two names that no table has, in whatever order and behind whatever an editor put before them.
-bool pareceFicha(std::string_view texto) {
-    return texto.find("\"descargada\"") != std::string_view::npos &&
-           texto.find("\"errores_de_linea\"") != std::string_view::npos;
-}
-
 // Empty: what stands there may be replaced.
-std::string porqueSeQueda(const std::filesystem::path& ruta, bool ficha) {
-    // One more tells what is longer than a memory.
-    const auto bytes = leerArchivo(ruta, kBytesMemoria + 1);
+std::string porqueSeQueda(std::span<const std::uint8_t> bytes, bool ficha) {
     if (pareceImagen(bytes)) return std::string(kAhiHayUnaBase);
-    return !ficha && pareceFicha(comoTexto(bytes)) ? std::string(kAhiHayUnaFicha) : "";
+    return !ficha && pareceFicha(bytes) ? std::string(kAhiHayUnaFicha) : "";
 }
 
 ReglaDestino reglaDeLoHecho(bool ficha) {
     return {.vedadas = kTerminaciones,
-            .porque = [ficha](const std::filesystem::path& ruta) { return porqueSeQueda(ruta, ficha); }};
+            .porque = [ficha](std::span<const std::uint8_t> bytes) { return porqueSeQueda(bytes, ficha); },
+            // One more tells what is longer than a memory.
+            .vista = kBytesMemoria + 1};
 }
 
 }  // namespace

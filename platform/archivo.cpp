@@ -55,11 +55,17 @@ std::size_t leerArchivo(const std::filesystem::path& ruta, std::span<std::uint8_
     if (S_ISDIR(datos.st_mode)) fallar(ruta, motivoSistema(EISDIR));
     if (!S_ISREG(datos.st_mode)) fallar(ruta, std::string(kNoEsArchivo));
 
+    const auto leidos = leerDe(archivo(), destino);
+    if (!leidos) fallar(ruta, motivoSistema(errno));
+    return *leidos;
+}
+
+std::optional<std::size_t> leerDe(int descriptor, std::span<std::uint8_t> destino) {
     std::size_t leidos = 0;
     while (leidos < destino.size()) {
-        const auto n = ::read(archivo(), destino.data() + leidos, destino.size() - leidos);
+        const auto n = ::read(descriptor, destino.data() + leidos, destino.size() - leidos);
         if (n < 0 && errno == EINTR) continue;
-        if (n < 0) fallar(ruta, motivoSistema(errno));
+        if (n < 0) return std::nullopt;
         if (n == 0) break;
         leidos += static_cast<std::size_t>(n);
     }

@@ -1,8 +1,10 @@
 // Reading a file that a user chose.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -26,6 +28,9 @@ class ErrorLectura : public std::runtime_error {
 std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::size_t maximo);
 // The same into destino; gives how many.
 std::size_t leerArchivo(const std::filesystem::path& ruta, std::span<std::uint8_t> destino);
+
+// The same of an open descriptor, up to its end; nothing, and errno, where it fails.
+std::optional<std::size_t> leerDe(int descriptor, std::span<std::uint8_t> destino);
 
 // Folder of the user's data, $XDG_DATA_HOME/telvane or ~/.local/share/telvane; empty when there is no home.
 std::filesystem::path carpetaDeDatos();

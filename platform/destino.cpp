@@ -12,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -138,13 +139,47 @@ void revisarSitio(const Destino& destino, std::uint64_t bytes) {
     if (libres * disco.f_frsize < bytes) fallar(ENOSPC);
 }
 
-// The archive of many years, or any other data base of its kind: no output of ours ever takes its place.
-bool esBaseDeDatos(const fs::path& ruta) {
-    constexpr std::string_view kComienzo{"SQLite format 3\0", 16};
+// The archive of many years, or any other data base of its kind, begins so: no output of ours ever takes its
+// place.
+constexpr std::string_view kComienzoDeBase{"SQLite format 3\0", 16};
+
+// What stands under a name now, from one opening: nobody can put another thing there between two looks.
+struct Vista {
+    int motivo = 0;  // why it cannot be read, or is not there: an errno value
+    struct stat datos {};
+    bool esta = false;
+    std::vector<std::uint8_t> comienzo = {};
+
+    bool esBaseDeDatos() const {
+        return std::string_view(reinterpret_cast<const char*>(comienzo.data()), comienzo.size())
+            .starts_with(kComienzoDeBase);
+    }
+};
+
+// bytes: of its beginning.
+Vista mirar(const fs::path& ruta, std::size_t bytes) {
+    Vista vista;
     const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    std::array<char, kComienzo.size()> bytes{};
-    return archivo() >= 0 && ::read(archivo(), bytes.data(), bytes.size()) == std::ssize(bytes) &&
-           std::string_view(bytes.data(), bytes.size()) == kComienzo;
+    if (archivo() < 0) vista.motivo = errno;
+    vista.esta = (archivo() < 0 ? ::stat(ruta.c_str(), &vista.datos) : ::fstat(archivo(), &vista.datos)) == 0;
+    if (!vista.esta) vista.motivo = errno;
+    if (archivo() < 0 || !vista.esta || !S_ISREG(vista.datos.st_mode)) return vista;
+    vista.comienzo.resize(bytes);
+    const auto leidos = leerDe(archivo(), vista.comienzo);
+    if (!leidos) vista.motivo = errno;
+    vista.comienzo.resize(leidos.value_or(0));
+    return vista;
+}
+
+// The files beside a data base hold what is not yet in it.
+bool estaJuntoAUnaBase(const fs::path& ruta) {
+    const auto nombre = ruta.string();
+    return std::ranges::any_of(
+        std::to_array<std::string_view>({"-wal", "-shm", "-journal"}), [&](std::string_view final) {
+            return nombre.ends_with(final) &&
+                   mirar(nombre.substr(0, nombre.size() - final.size()), kComienzoDeBase.size())
+                       .esBaseDeDatos();
+        });
 }
 
 // What stands where a file is to go may be worth more than it, where nobody can look at it; motivo: why not.
@@ -152,18 +187,10 @@ std::string noSeSabeQueEs(std::string_view motivo) {
     return fmt::format("lo que hay ahí no se puede leer ({}) y no se sabe qué es; dé otro nombre", motivo);
 }
 
-void exigirQueSeLea(const fs::path& ruta) {
-    const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (archivo() < 0) throw Fallo{noSeSabeQueEs(motivoSinConsejo(errno))};
-}
-
-void exigirQueSePuedaReemplazar(const fs::path& ruta, const ReglaDestino& regla) {
+void exigirQueSePuedaReemplazar(const Vista& vista, const ReglaDestino& regla) {
+    if (vista.motivo != 0) throw Fallo{noSeSabeQueEs(motivoSinConsejo(vista.motivo))};
     if (!regla.porque) return;
-    try {
-        if (const auto porque = regla.porque(ruta); !porque.empty()) throw Fallo{porque, true};
-    } catch (const ErrorLectura& error) {
-        throw Fallo{noSeSabeQueEs(error.motivo())};
-    }
+    if (const auto porque = regla.porque(vista.comienzo); !porque.empty()) throw Fallo{porque, true};
 }
 
 // What stands there already. A file that may not be written is not replaced either, although the folder's
@@ -171,22 +198,18 @@ void exigirQueSePuedaReemplazar(const fs::path& ruta, const ReglaDestino& regla)
 void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
     constexpr std::string_view kDeUnaBase =
         "ahí está un archivo histórico u otra base de datos; dé otro nombre";
-    struct stat datos {};
-    if (::stat(destino.ruta.c_str(), &datos) != 0) {
-        exigir(errno == ENOENT);
-        // The data base would take what stands there for its own.
-        if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase), true};
-        return;
-    }
-    if (S_ISDIR(datos.st_mode)) fallar(EISDIR);
-    if (!S_ISREG(datos.st_mode)) throw Fallo{conOtroNombre(kNoEsArchivoNormal)};
-    if (esDeUnaBaseDeDatos(destino.ruta)) throw Fallo{std::string(kDeUnaBase), true};
+    const auto vista = mirar(destino.ruta, std::max(kComienzoDeBase.size(), destino.nuevo ? 0 : regla.vista));
+    if (!vista.esta && vista.motivo != ENOENT) fallar(vista.motivo);
+    if (vista.esta && S_ISDIR(vista.datos.st_mode)) fallar(EISDIR);
+    if (vista.esta && !S_ISREG(vista.datos.st_mode)) throw Fallo{conOtroNombre(kNoEsArchivoNormal)};
+    // The data base would take what stands beside it for its own.
+    if (vista.esBaseDeDatos() || estaJuntoAUnaBase(destino.ruta)) throw Fallo{std::string(kDeUnaBase), true};
+    if (!vista.esta) return;
     if (destino.nuevo) throw Fallo{motivoEscritura(EEXIST)};
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{conOtroNombre("es un punto de montaje")};
-    exigirQueSeLea(destino.ruta);
-    exigirQueSePuedaReemplazar(destino.ruta, regla);
-    destino.previo = datos;
+    exigirQueSePuedaReemplazar(vista, regla);
+    destino.previo = vista.datos;
 }
 
 void revisar(Destino& destino, const ReglaDestino& regla) {
@@ -282,11 +305,7 @@ void ArchivosLeidos::exigirOtro(int descriptor, std::string_view nombre) const {
 }
 
 bool esDeUnaBaseDeDatos(const fs::path& ruta) {
-    const auto nombre = ruta.string();
-    return std::ranges::any_of(
-        std::to_array<std::string_view>({"", "-wal", "-shm", "-journal"}), [&](std::string_view final) {
-            return nombre.ends_with(final) && esBaseDeDatos(nombre.substr(0, nombre.size() - final.size()));
-        });
+    return mirar(ruta, kComienzoDeBase.size()).esBaseDeDatos() || estaJuntoAUnaBase(ruta);
 }
 
 fs::path Destino::carpeta() const {

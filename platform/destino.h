@@ -65,9 +65,10 @@ struct ReglaDestino {
     // Endings, in lower case, of files of another kind: a name that ends so, in whatever case, is refused,
     // and so is a link to one.
     std::span<const std::string_view> vedadas = {};
-    // Says that the file that stands there is of another kind, which is refused as well; empty: it is not.
-    // Throws ErrorLectura where that cannot be known.
-    std::function<std::string(const std::filesystem::path&)> porque = {};
+    // Says of the first bytes of the file that stands there, at most vista of them, that it is of another
+    // kind, which is refused as well; empty: it is not.
+    std::function<std::string(std::span<const std::uint8_t>)> porque = {};
+    std::size_t vista = 0;
     std::uint64_t bytes = 0;  // that must find room; 0: nobody knows
     ArchivosLeidos leidos = {};
 };

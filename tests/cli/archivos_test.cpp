@@ -214,6 +214,10 @@ TEST_F(Archivos, ADataSheetsPlaceIsTakenByAnotherOneOnly) {
     EXPECT_EQ(correr({"convertir", base, carpeta / "otra.json"}).codigo, CodigoSalida::malUso);
     poner("marcada.json", "\xEF\xBB\xBF" + dicha);
     EXPECT_EQ(correr({"convertir", base, carpeta / "marcada.json"}).codigo, CodigoSalida::malUso);
+    std::string ancha = "\xFF\xFE";
+    for (const char c : dicha) ancha.append({c, '\0'});
+    poner("ancha.json", ancha);
+    EXPECT_EQ(correr({"convertir", base, carpeta / "ancha.json"}).codigo, CodigoSalida::malUso);
     poner("tabla.jsonl", R"({"usuario": "\"descargada\" y \"errores_de_linea\""})");
     EXPECT_EQ(correr({"convertir", base, carpeta / "tabla.jsonl"}).codigo, CodigoSalida::hecho);
     EXPECT_EQ(correr({"descargar", "--base", base, "--reemplazar", "--ficha", ficha}).codigo,

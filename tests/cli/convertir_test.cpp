@@ -157,6 +157,20 @@ TEST_F(Convertir, AShortImageIsConvertedAndTold) {
     EXPECT_EQ(r.salida, comoLaVentana());
 }
 
+TEST_F(Convertir, WhatIsNoMemoryBecomesNoTable) {
+    std::ofstream(carpeta / "notas.rgt") << "Visita del lunes:\ncambiar la pila\n";
+    auto r = correr({"convertir", carpeta / "notas.rgt", carpeta / "notas.csv"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores,
+                HasSubstr("no es la memoria de un registrador, sino un texto: dé el archivo base (.rgt)"));
+    EXPECT_THAT(nombresEn(carpeta.ruta()), UnorderedElementsAre("a.rgt", "notas.rgt"));
+    // Of an erased one there is nothing to tell but that it is empty.
+    guardar("borrada.rgt", std::vector<std::uint8_t>(640, 0xFF));
+    r = correr({"convertir", carpeta / "borrada.rgt", carpeta / "borrada.csv"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.errores, HasSubstr("0 muestras escritas"));
+}
+
 TEST_F(Convertir, AnInputThatCannotBeReadIsAFailureWithItsReason) {
     const auto r = correr({"convertir", carpeta / "no.rgt", carpeta / "a.csv"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);

@@ -2,6 +2,7 @@
 #include "platform/destino.h"
 
 #include <fcntl.h>
+#include <sys/inotify.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -192,6 +193,26 @@ TEST_F(DestinoDe, AMountPointIsRefused) {
     EXPECT_EQ(negativa(ruta("sobre")),
               noGuardado(ruta("sobre"), "es un punto de montaje. Dé otro nombre").what());
     ::umount(ruta("sobre").c_str());
+}
+
+// Between two openings somebody could put another file there.
+TEST_F(DestinoDe, WhatStandsThereIsOpenedOnce) {
+    std::ofstream(ruta("x")) << std::string(100, 'x');
+    const Descriptor aviso(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    ASSERT_GE(::inotify_add_watch(aviso(), ruta("x").c_str(), IN_OPEN | IN_CLOSE_NOWRITE), 0);
+    std::string visto;
+    EXPECT_EQ(negativa(ruta("x"), {.porque =
+                                       [&](std::span<const std::uint8_t> bytes) {
+                                           visto.assign(bytes.begin(), bytes.end());
+                                           return std::string();
+                                       },
+                                   .vista = 40}),
+              "");
+    EXPECT_EQ(visto, std::string(40, 'x'));
+    std::array<char, 4096> sucesos{};
+    // Equal ones in a row would be told as one; these have no name behind them.
+    EXPECT_EQ(::read(aviso(), sucesos.data(), sucesos.size()),
+              static_cast<ssize_t>(2 * sizeof(inotify_event)));
 }
 
 TEST_F(DestinoDe, AnEmptyNameIsNone) {

@@ -1,0 +1,20 @@
+// What a file is, as far as its bytes tell: a memory image bears no mark.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace telvane {
+
+// For all that anybody can tell a logger's memory, whole or not: nothing of ours takes its place.
+bool pareceImagen(std::span<const std::uint8_t> bytes);
+
+// A download's data sheet, also one that an editor tidied up or saved as UTF-16.
+bool pareceFicha(std::span<const std::uint8_t> bytes);
+
+// What is no memory beyond doubt: "un texto". Empty for all that may be one, of whatever length, damaged,
+// erased or by a logger whose clock stood still.
+std::string_view otraClase(std::span<const std::uint8_t> bytes);
+
+}  // namespace telvane
