@@ -5,6 +5,7 @@
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -136,17 +137,27 @@ PuertoTermios::Descriptor::~Descriptor() {
         dejarSalir(numero_);
         ::tcsetattr(numero_, TCSANOW, &*previos_);
     }
-    // The other end of a pseudo-terminal may keep it alive, and with it the reservation.
+    // Somebody else may keep the port open, and with it the reservation.
     if (reservado_) siSePuede(numero_, TIOCNXCL, nullptr);
     ::close(numero_);
 }
 
+// Whoever made a pseudo-terminal keeps it alive, and with it what was set on it, although the process that
+// set it was killed.
+bool esPseudoterminal(int descriptor) {
+    constexpr unsigned kPrimera = 136;
+    constexpr unsigned kUltima = 143;
+    struct stat datos {};
+    return ::fstat(descriptor, &datos) == 0 && major(datos.st_rdev) >= kPrimera &&
+           major(datos.st_rdev) <= kUltima;
+}
+
 // TIOCEXCL keeps others out but not the superuser; a lock keeps out whoever asks for it. The system takes
-// both back when the process ends.
+// both back when the process ends, but for what outlives it: there the lock is enough.
 bool PuertoTermios::Descriptor::reservar() {
     if (::flock(numero_, LOCK_EX | LOCK_NB) != 0) return false;
     reservado_ = true;
-    siSePuede(numero_, TIOCEXCL, nullptr);
+    if (!esPseudoterminal(numero_)) siSePuede(numero_, TIOCEXCL, nullptr);
     return true;
 }
 

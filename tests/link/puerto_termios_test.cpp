@@ -272,8 +272,9 @@ TEST_F(PuertoTermiosTest, ASecondOpenerIsRefusedAndTheFirstGoesOn) {
     EXPECT_NO_THROW(abrir());
 }
 
-TEST_F(PuertoTermiosTest, ClosingEndsTheReservationAlthoughTheOtherEndStays) {
-    abrir().reset();
+// What is set on a pseudo-terminal stays while its other end does, whoever set it and however he ended.
+TEST_F(PuertoTermiosTest, AKilledOwnerLeavesNoReservationOnAPseudoTerminal) {
+    const auto vivo = abrir();
     int exclusivo = -1;
     const int otro = ::open(pty.ruta().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
     ASSERT_GE(otro, 0);
