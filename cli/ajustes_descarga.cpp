@@ -429,7 +429,10 @@ class Lector {
 }  // namespace
 
 std::string AjustesDescarga::dispositivo() const {
-    return com.empty() ? "" : com.front().substr(com.front().find('=') + 1);
+    if (com.empty()) return "";
+    auto suyo = com.front().substr(com.front().find('=') + 1);
+    const auto direccion = leerDireccionTcp(suyo);
+    return direccion ? direccion->completa() : suyo;
 }
 
 bool AjustesDescarga::red() const {

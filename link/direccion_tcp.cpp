@@ -1,7 +1,9 @@
 #include "link/direccion_tcp.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "platform/numero.h"
 
@@ -11,8 +13,13 @@ namespace {
 
 constexpr std::string_view kEsquema = "tcp://";
 
-bool esPuerto(std::string_view texto) {
-    return numeroDe<std::uint16_t>(texto).value_or(0) != 0;
+// 0: none.
+std::uint16_t puertoDe(std::string_view texto) {
+    return numeroDe<std::uint16_t>(texto).value_or(0);
+}
+
+char minuscula(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 // What a name or an address is made of; a zone follows a percent sign ("fe80::1%eth0").
@@ -35,9 +42,8 @@ std::string DireccionTcp::completa() const {
 
 bool esDireccionTcp(std::string_view texto) {
     return texto.size() >= kEsquema.size() &&
-           std::equal(kEsquema.begin(), kEsquema.end(), texto.begin(), [](char debe, char c) {
-               return c == debe || (c >= 'A' && c <= 'Z' && c - 'A' + 'a' == debe);
-           });
+           std::equal(kEsquema.begin(), kEsquema.end(), texto.begin(),
+                      [](char debe, char c) { return minuscula(c) == debe; });
 }
 
 std::optional<DireccionTcp> leerDireccionTcp(std::string_view texto) {
@@ -46,11 +52,16 @@ std::optional<DireccionTcp> leerDireccionTcp(std::string_view texto) {
     const auto separador = texto.rfind(':');
     if (separador == std::string_view::npos) return std::nullopt;
     auto maquina = texto.substr(0, separador);
-    const auto puerto = texto.substr(separador + 1);
+    const auto puerto = puertoDe(texto.substr(separador + 1));
     const bool conCorchetes = maquina.size() > 2 && maquina.front() == '[' && maquina.back() == ']';
     if (conCorchetes) maquina = maquina.substr(1, maquina.size() - 2);
-    if (!esMaquina(maquina, conCorchetes) || !esPuerto(puerto)) return std::nullopt;
-    return DireccionTcp{std::string(maquina), std::string(puerto)};
+    if (!esMaquina(maquina, conCorchetes) || puerto == 0) return std::nullopt;
+    std::string nombre(maquina);
+    // A zone behind the percent sign is the name of an interface, whose capitals count.
+    const auto zona = std::min(nombre.find('%'), nombre.size());
+    std::transform(nombre.begin(), nombre.begin() + static_cast<std::ptrdiff_t>(zona), nombre.begin(),
+                   minuscula);
+    return DireccionTcp{std::move(nombre), std::to_string(puerto)};
 }
 
 }  // namespace telvane

@@ -8,6 +8,7 @@
 namespace telvane {
 
 struct DireccionTcp {
+    // One port has one name: letters are small, and the number has no zeros before it.
     std::string maquina;  // name, IPv4 or IPv6 address, the latter without brackets
     std::string puerto;   // decimal, 1 to 65535
 

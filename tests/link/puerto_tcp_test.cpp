@@ -25,6 +25,8 @@ constexpr auto kSilencio = 30ms;
 TEST(DireccionTcp, NamesAndAddressesWithTheirPort) {
     EXPECT_EQ(leerDireccionTcp("tcp://servidor.example:4001"), (DireccionTcp{"servidor.example", "4001"}));
     EXPECT_EQ(leerDireccionTcp("tcp://192.168.1.20:1"), (DireccionTcp{"192.168.1.20", "1"}));
+    EXPECT_EQ(leerDireccionTcp("tcp://Servidor.Example:0401")->completa(), "tcp://servidor.example:401");
+    EXPECT_EQ(leerDireccionTcp("tcp://[FE80::1%Eth0]:09")->texto(), "[fe80::1%Eth0]:9");
     EXPECT_EQ(leerDireccionTcp("tcp://[::1]:65535"), (DireccionTcp{"::1", "65535"}));
     EXPECT_EQ(leerDireccionTcp("tcp://[fe80::1%eth0]:9")->texto(), "[fe80::1%eth0]:9");
 }
