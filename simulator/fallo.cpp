@@ -40,22 +40,23 @@ struct FilaClase {
     std::string_view nombre;
     Clase clase;
     int base;            // of its value's digits; 0: takes none
-    std::size_t maximo;  // of its value
+    std::size_t minimo;  // of its value: less would be no fault
+    std::size_t maximo;
 };
 constexpr std::array<FilaClase, 13> kClases = {{
-    {"silencio", Clase::silencio, 0, 0},
-    {"demora", Clase::demora, 10, 3'600'000},
-    {"cambiar", Clase::cambiar, 16, 0xFF},
-    {"invertir", Clase::invertir, 0, 0},
-    {"insertar", Clase::insertar, 10, 65536},
-    {"perder", Clase::perder, 0, 0},
-    {"doblar", Clase::doblar, 0, 0},
-    {"cortar", Clase::cortar, 0, 0},
-    {"colgar", Clase::colgar, 0, 0},
-    {"suceso", Clase::suceso, 10, 1011},
-    {"error-lectura", Clase::errorLectura, 0, 0},
-    {"error-escritura", Clase::errorEscritura, 0, 0},
-    {"escritura-corta", Clase::escrituraCorta, 0, 0},
+    {"silencio", Clase::silencio, 0, 0, 0},
+    {"demora", Clase::demora, 10, 1, 3'600'000},
+    {"cambiar", Clase::cambiar, 16, 0, 0xFF},
+    {"invertir", Clase::invertir, 0, 0, 0},
+    {"insertar", Clase::insertar, 10, 1, 65536},
+    {"perder", Clase::perder, 0, 0, 0},
+    {"doblar", Clase::doblar, 0, 0, 0},
+    {"cortar", Clase::cortar, 0, 0, 0},
+    {"colgar", Clase::colgar, 0, 0, 0},
+    {"suceso", Clase::suceso, 10, 0, 1011},
+    {"error-lectura", Clase::errorLectura, 0, 0, 0},
+    {"error-escritura", Clase::errorEscritura, 0, 0, 0},
+    {"escritura-corta", Clase::escrituraCorta, 0, 0, 0},
 }};
 
 constexpr std::uint8_t kByteInsertado = 0x00;
@@ -119,16 +120,15 @@ class LectorDeFallo {
         if (!vistas_.insert(pieza.nombre == "siempre" ? "vez" : pieza.nombre).second)
             rechazar(texto_, fmt::format("\"{}\" no va con lo anterior: deje uno de los dos", pieza.nombre));
         if (pieza.nombre == "byte") {
-            byte_ = numero(pieza, 10, kRespuestasDescarga - 1);
+            byte_ = numero(pieza, 10, 0, kRespuestasDescarga - 1);
         } else if (pieza.nombre == "bloque") {
             exigir(Operacion::descarga, "bloque= es solo de descarga");
-            bloque_ = numero(pieza, 10, kBloquesMemoria - 1);
+            bloque_ = numero(pieza, 10, 0, kBloquesMemoria - 1);
         } else if (pieza.nombre == "cuadro") {
             exigir(Operacion::enLinea, "cuadro= es solo de en-linea");
-            fallo_.cuadro = numero(pieza, 10, 1'000'000);
+            fallo_.cuadro = numero(pieza, 10, 0, 1'000'000);
         } else if (pieza.nombre == "vez") {
-            fallo_.vez = numero(pieza, 10, 1'000'000);
-            if (fallo_.vez == 0) rechazar(texto_, "vez se cuenta desde 1");
+            fallo_.vez = numero(pieza, 10, 1, 1'000'000);
         } else if (pieza.nombre == "siempre" && !pieza.valor) {
             fallo_.vez = 0;
         } else {
@@ -140,7 +140,7 @@ class LectorDeFallo {
         const auto* fila = buscar(kClases, pieza.nombre);
         if (!fila || hayClase_) rechazar(texto_, fmt::format("sobra o no se entiende \"{}\"", pieza.nombre));
         if (fila->base == 0 && pieza.valor) rechazar(texto_, noLlevaValor(pieza.nombre));
-        if (fila->base != 0) fallo_.valor = numero(pieza, fila->base, fila->maximo);
+        if (fila->base != 0) fallo_.valor = numero(pieza, fila->base, fila->minimo, fila->maximo);
         fallo_.clase = fila->clase;
         hayClase_ = true;
     }
@@ -149,10 +149,12 @@ class LectorDeFallo {
         if (fallo_.operacion != operacion) rechazar(texto_, motivo);
     }
 
-    std::size_t numero(const Pieza& pieza, int base, std::size_t maximo) const {
+    std::size_t numero(const Pieza& pieza, int base, std::size_t minimo, std::size_t maximo) const {
         const auto valor = numeroDe<std::size_t>(pieza.valor.value_or(""), base);
-        if (!valor || *valor > maximo) {
-            rechazar(texto_, fmt::format("valor de {} fuera de rango", pieza.nombre));
+        if (!valor || *valor < minimo || *valor > maximo) {
+            const auto rango = base == 16 ? fmt::format("{:02X} a {:02X}", minimo, maximo)
+                                          : fmt::format("{} a {}", minimo, maximo);
+            rechazar(texto_, fmt::format("el valor de {} va de {}", pieza.nombre, rango));
         }
         return *valor;
     }
@@ -297,7 +299,8 @@ bool loCorta(const Fallo& fallo, const Fallo& otro) {
 std::optional<FallosQueChocan> fallosQueChocan(const std::vector<Fallo>& fallos) {
     for (std::size_t i = 0; i < fallos.size(); ++i) {
         for (std::size_t j = 0; j < fallos.size(); ++j) {
-            if (fallos[i] == fallos[j]) continue;
+            if (i == j) continue;
+            if (fallos[i] == fallos[j]) return FallosQueChocan{j, i};
             const bool tapado = cadaVezLosDos(fallos[i], fallos[j]) && loTapa(fallos[i], fallos[j], i < j);
             if (tapado || loCorta(fallos[i], fallos[j])) return FallosQueChocan{i, j};
         }

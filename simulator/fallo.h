@@ -88,7 +88,8 @@ struct Fallo {
 Efecto efectoDe(const Fallo& fallo, std::uint8_t byte);
 
 // One that can never happen, and another one beside which it cannot: that stands in its place, or before it
-// where nothing more arrives. nullopt: all can. One that is told twice is told twice.
+// where nothing more arrives. nullopt: all can. Of one that is told
+// twice the second is one too many.
 struct FallosQueChocan {
     std::size_t nunca;
     std::size_t otro;

@@ -172,6 +172,8 @@ std::string revisarJuntas(const Opciones& opciones) {
         !opciones.memoria.empty() && lugarDeNombre(opciones.enlace) == lugarDeNombre(opciones.memoria);
     if (mismo) return sonElMismoArchivo("--enlace", "--memoria", opciones.memoria);
     const auto chocan = fallosQueChocan(fallosDe(opciones));
+    if (chocan && Fallo::leer(opciones.fallos[chocan->nunca]) == Fallo::leer(opciones.fallos[chocan->otro]))
+        return fmt::format("fallo \"{}\": se dio dos veces: quite uno", opciones.fallos[chocan->nunca]);
     return chocan ? fmt::format("fallo \"{}\": con \"{}\" no ocurre nunca: quite uno de los dos",
                                 opciones.fallos[chocan->nunca], opciones.fallos[chocan->otro])
                   : "";

@@ -105,7 +105,8 @@ INSTANTIATE_TEST_SUITE_P(
         Pareja{{"lectura:byte=5:cambiar=5A", "lectura:byte=5:invertir"}},
         Pareja{{"lectura:byte=5:cambiar=01", "lectura:byte=5:doblar"}},
         Pareja{{"lectura:byte=5:cortar", "lectura:byte=5:silencio"}, 1},
-        Pareja{{"lectura:byte=5:perder", "lectura:byte=5:perder"}},
+        Pareja{{"lectura:byte=5:perder", "lectura:byte=5:perder"}, 1},
+        Pareja{{"lectura:byte=5:insertar=1", "lectura:insertar=1:byte=5"}, 1},
         // Not always at once.
         Pareja{{"lectura:byte=5:cambiar=01", "lectura:byte=5:vez=2:cambiar=02"}},
         Pareja{{"lectura:byte=5:siempre:cambiar=01", "lectura:byte=5:vez=2:cambiar=02"}},
