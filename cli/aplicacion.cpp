@@ -18,7 +18,7 @@ void declararOrdenes(Argumentos& argumentos, ContextoCli& contexto) {
          .ayuda = fmt::format("Puerto N (1 a {}) y su dispositivo; repetible. Sin ninguno, los presentes",
                               kUltimoPuerto)});
     // Also for an order that needs no port.
-    argumentos.programa().alElegir([&contexto] {
+    argumentos.alLeer([&contexto] {
         if (!contexto.com.empty()) static_cast<void>(leerMapa(contexto.entorno, contexto.com));
     });
     for (const auto declarar : kDeclaraciones) declarar(argumentos, contexto);

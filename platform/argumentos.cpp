@@ -284,6 +284,7 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
         app_->parse(std::move(alReves));
     } catch (const CLI::CallForHelp&) {
         if (const auto motivo = motivoDeSobra(); !motivo.empty()) return malUso(argumentos, motivo);
+        alLeer_();
         return {Que::terminar, app_->help() + opcionesDeTodas()};
     } catch (const CLI::CallForVersion& version) {
         if (const auto motivo = motivoDeSobra(); !motivo.empty()) return malUso(argumentos, motivo);
@@ -291,6 +292,7 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
     } catch (const CLI::ParseError& error) {
         return malUso(argumentos, motivoDeUso(error.get_exit_code(), error.what()));
     }
+    alLeer_();
     return {};
 }
 

@@ -175,6 +175,16 @@ TEST_F(Ordenes, WithoutALoggerTheExitCodeIsThree) {
     EXPECT_THAT(r.errores, HasSubstr("telvane-cli puertos"));
 }
 
+TEST_F(Ordenes, AWrongPortIsToldBeforeAnyHelp) {
+    for (const auto& orden : std::vector<std::vector<std::string>>{{"--com", "xx", "--help"},
+                                                                   {"--com", "xx", "convertir", "--help"}}) {
+        const auto r = correr(orden);
+        EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+        EXPECT_THAT(r.errores, HasSubstr("--com xx: se espera NÚMERO=DISPOSITIVO"));
+    }
+    EXPECT_EQ(correr({"--com", "1=/dev/x", "--help"}).codigo, CodigoSalida::hecho);
+}
+
 TEST_F(Ordenes, ABusyPortIsToldAsBusyAndNoCableIsBlamed) {
     puertos.rehusar(kPuerto, MotivoPuerto::ocupado);
     const auto r = correr({"buscar"});
