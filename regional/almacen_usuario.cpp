@@ -126,7 +126,8 @@ std::map<std::string, std::string> AlmacenUsuario::leer() const {
         if (linea.empty() || linea.starts_with('#')) continue;
         const auto igual = linea.find('=');
         if (igual == std::string::npos || igual == 0) {
-            throw ErrorRegistro("el archivo de ajustes regionales está dañado: " + ruta_.string());
+            throw ErrorRegistro("el archivo de ajustes regionales está dañado: " + ruta_.string() +
+                                ". Bórrelo y abra otra vez el programa");
         }
         valores[linea.substr(0, igual)] = linea.substr(igual + 1);
     }

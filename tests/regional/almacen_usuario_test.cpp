@@ -112,7 +112,13 @@ TEST_F(Almacen, AnEmptyValueIsAValue) {
 
 TEST_F(Almacen, AStoreThatCannotBeReadOrParsedIsAFailure) {
     escribir("esto no es un ajuste\n");
-    EXPECT_THROW(AlmacenUsuario(ruta).RegRead(completo("sDecimal")), ErrorRegistro);
+    try {
+        AlmacenUsuario(ruta).RegRead(completo("sDecimal"));
+        ADD_FAILURE();
+    } catch (const ErrorRegistro& fallo) {
+        EXPECT_EQ(fallo.what(), "el archivo de ajustes regionales está dañado: " + ruta.string() +
+                                    ". Bórrelo y abra otra vez el programa");
+    }
     std::filesystem::remove(ruta);
     std::filesystem::create_directories(ruta);
     EXPECT_THROW(AlmacenUsuario(ruta).RegRead(completo("sDecimal")), ErrorRegistro);
