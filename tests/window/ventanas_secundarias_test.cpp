@@ -1,8 +1,10 @@
 // The progress dialog, the splash and the coefficients window.
+#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QWindow>
 
 #include "tests/window/ventana_prueba.h"
 #include "ui/qt/aparicion.h"
@@ -102,6 +104,47 @@ TEST(Presenta, ShowsItsPictureAndOnlyItsFormClosesIt) {
     EXPECT_NE(foto.pixelColor(10, 10), foto.pixelColor(10, foto.height() - 10)) << "cielo y suelo";
     const auto centro = principal.frameGeometry().center();
     EXPECT_TRUE(presenta.geometry().contains(centro));
+}
+
+class PresentaDelante : public ::testing::Test {
+   protected:
+    PresentaDelante() {
+        principal.show();
+        presenta.show();
+        QApplication::setActiveWindow(&principal);
+    }
+    // Window managers keep it above the window that it belongs to.
+    bool delante() const {
+        return presenta.isVisible() && presenta.windowHandle()->transientParent() == principal.windowHandle();
+    }
+    bool detras() const {
+        return presenta.isVisible() && presenta.windowHandle()->transientParent() == nullptr;
+    }
+
+    FormaPresenta forma;
+    QLineEdit principal;
+    VentanaPresenta presenta{forma, principal};
+};
+
+TEST_F(PresentaDelante, AClickPutsItBehind) {
+    EXPECT_TRUE(delante());
+    QTest::mouseClick(&presenta, Qt::LeftButton);
+    EXPECT_TRUE(detras());
+}
+
+TEST_F(PresentaDelante, AKeyInTheWindowPutsItBehindAndIsStillTyped) {
+    QKeyEvent sostenida(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"), true);
+    QCoreApplication::sendEvent(principal.windowHandle(), &sostenida);
+    EXPECT_TRUE(delante()) << "held since the box before";
+    QDialog caja(&principal);
+    caja.setModal(true);
+    caja.show();
+    QTest::keyClick(principal.windowHandle(), Qt::Key_8);
+    EXPECT_TRUE(delante()) << "the box takes the keys";
+    caja.close();
+    QTest::keyClick(principal.windowHandle(), Qt::Key_7);
+    EXPECT_TRUE(detras());
+    EXPECT_EQ(texto(principal.text()), "7");
 }
 
 TEST(Presenta, LeavesTheWindowInSightAroundItOnASmallScreenToo) {

@@ -2,10 +2,12 @@
 
 #include <QCloseEvent>
 #include <QImageReader>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QScreen>
 #include <QWindow>
 
+#include "ui/qt/tapada.h"
 #include "ui/qt/texto_qt.h"
 
 namespace telvane {
@@ -59,15 +61,28 @@ void VentanaPresenta::paintEvent(QPaintEvent*) {
 // Window managers keep it above the main window for as long as it belongs to it.
 void VentanaPresenta::showEvent(QShowEvent* suceso) {
     windowHandle()->setTransientParent(apartada_ ? nullptr : principal_.windowHandle());
+    // Keys come to the window of the system first: whoever has the focus there may keep them.
+    if (auto* ventana = principal_.windowHandle()) ventana->installEventFilter(this);
     QWidget::showEvent(suceso);
 }
 
 void VentanaPresenta::mousePressEvent(QMouseEvent*) {
+    apartar();
+    principal_.activateWindow();
+}
+
+// A held key is still the answer to the box that it closed.
+bool VentanaPresenta::eventFilter(QObject*, QEvent* suceso) {
+    const bool tecla = suceso->type() == QEvent::KeyPress && !static_cast<QKeyEvent*>(suceso)->isAutoRepeat();
+    if (tecla && !apartada_ && !tapada(principal_)) apartar();
+    return false;
+}
+
+void VentanaPresenta::apartar() {
     apartada_ = true;
     hide();
     show();
     principal_.raise();
-    principal_.activateWindow();
 }
 
 void VentanaPresenta::closeEvent(QCloseEvent* suceso) {

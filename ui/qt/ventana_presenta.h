@@ -11,8 +11,8 @@ namespace telvane {
 // How large the picture is on a screen of this size.
 QSize medidaDePresenta(const QSize& pantalla);
 
-// Closes when its form does and not otherwise. A click on it brings the main window in front of it, which is
-// how an operator who declined the connection gets on with the work.
+// Closes when its form does and not otherwise. A click on it brings the main window in front of it, and so
+// does a key in that window, which is how an operator who declined the connection gets on with the work.
 class VentanaPresenta final : public QWidget {
    public:
     VentanaPresenta(FormaPresenta& forma, QWidget& principal);
@@ -22,8 +22,11 @@ class VentanaPresenta final : public QWidget {
     void showEvent(QShowEvent* suceso) override;
     void mousePressEvent(QMouseEvent* suceso) override;
     void closeEvent(QCloseEvent* suceso) override;
+    bool eventFilter(QObject* objeto, QEvent* suceso) override;
 
    private:
+    void apartar();
+
     QWidget& principal_;
     QPixmap imagen_;
     bool apartada_ = false;  // sent behind the main window
