@@ -22,7 +22,6 @@ void Fijo::cortar() {
     recientes_.clear();
     siguiendo_ = false;
     tramos_.clear();
-    suma_ = 0;
     sabidas_ = despues_;
 }
 

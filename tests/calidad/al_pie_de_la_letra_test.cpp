@@ -145,7 +145,7 @@ class SerieAlAzar {
         };
         for (std::size_t c = 0; c < kCanales; ++c) {
             const auto canal = static_cast<Canal>(c);
-            if (unaDe(2)) l.rango[c] = {millonesimas(-12, 6, canal), millonesimas(3, 9, canal)};
+            if (unaDe(2)) l.rango[c] = {millonesimas(-12, 16, canal), millonesimas(-4, 16, canal)};
             if (unaDe(2)) l.salto[c] = millonesimas(1, 6, canal);
             if (unaDe(2))
                 l.fijo[c] = {.dura = std::chrono::minutes(10 + 5 * hasta(30)),
