@@ -39,10 +39,6 @@ struct OpcionesConvertir {
 
 using Par = TandaDeImagenes::Par;
 
-std::string motivoFormato(const std::string& texto) {
-    return leerFormato(texto) ? "" : "debe ser " + nombresDeFormatos();
-}
-
 // As asked for, or as the output's name tells.
 Formato formatoDe(const OpcionesConvertir& opciones) {
     if (!opciones.formato.empty()) return leerFormato(opciones.formato).value();

@@ -24,6 +24,7 @@
 #include "data/archivo_base.h"
 #include "data/conversion.h"
 #include "data/sello.h"
+#include "link/protocolo.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/texto_visible.h"
 
@@ -37,7 +38,7 @@ struct OpcionesDescargar {
     std::string ficha;
     std::string serie;
     std::string perfil = "estricto";
-    std::string espera = std::to_string(RegistradorCli::kEspera.count());
+    std::string espera = std::to_string(kSilencio.count());
     std::string reintentos = std::to_string(Reintentos::kUsuales);
     bool verificar = false;
     bool reemplazar = false;

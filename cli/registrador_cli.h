@@ -33,8 +33,6 @@ class RegistradorCli {
     using Bloque = std::span<const std::uint8_t, kBytesBloque>;
     using AlBloque = std::function<void(std::size_t numero, Bloque bloque)>;
 
-    static constexpr std::chrono::seconds kEspera{5};
-
     using EnRed = std::function<bool(int numero)>;
 
     // enRed: whether a server on the network stands before that number's line.
@@ -116,7 +114,7 @@ class RegistradorCli {
     Consola& consola_;
     Puertos& puertos_;
     EnRed enRed_;
-    Bucle::Duracion espera_ = kEspera;
+    Bucle::Duracion espera_ = kSilencio;
     int reintentos_ = Reintentos::kUsuales;
     int numero_ = 0;
     bool conocido_ = false;  // what is on the port is a logger

@@ -27,4 +27,8 @@ std::string nombresDeFormatos() {
     return nombres;
 }
 
+std::string motivoFormato(const std::string& texto) {
+    return leerFormato(texto) ? "" : "debe ser " + nombresDeFormatos();
+}
+
 }  // namespace telvane

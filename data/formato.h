@@ -44,5 +44,7 @@ std::optional<Formato> leerFormato(std::string_view texto);
 std::optional<Formato> formatoDelNombre(const std::filesystem::path& nombre);
 // "csv, xls o jsonl"
 std::string nombresDeFormatos();
+// Why a text names none; empty where it names one.
+std::string motivoFormato(const std::string& texto);
 
 }  // namespace telvane

@@ -28,10 +28,6 @@ struct OpcionesExportar {
     bool todo = false;
 };
 
-std::string motivoFormato(const std::string& texto) {
-    return leerFormato(texto) ? "" : "debe ser " + nombresDeFormatos();
-}
-
 // As asked for, or as the output's name tells.
 Formato formatoDe(const OpcionesExportar& opciones) {
     if (opciones.formato) return leerFormato(*opciones.formato).value();
