@@ -82,6 +82,8 @@ class Descargador {
     void leerHastaQueValga();
     std::exception_ptr intentar();
     std::exception_ptr exigirSerie() const;
+    void recordar();
+    bool repiteOtra() const;
     std::exception_ptr cotejar() const;
     void decirResto();
 
@@ -90,8 +92,9 @@ class Descargador {
     RegistradorCli& registrador_;
     const PeticionDescarga& peticion_;
     std::optional<ArchivoParcial> parcial_;
-    Bytes imagen_;    // of the running attempt
-    Bytes anterior_;  // of the attempt that got furthest before it
+    Bytes imagen_;                     // of the running attempt
+    Bytes anterior_;                   // of the attempt that got furthest before it
+    std::vector<Bytes> contradichas_;  // whole ones before that, of which none has agreed with another yet
     int gastados_ = 0;
 };
 
@@ -136,7 +139,7 @@ void Descargador::leerHastaQueValga() {
         if (!fallo) fallo = deOtro ? deOtro : cotejar();
         const bool segunda = anterior_.size() == kBytesMemoria;
         if (!fallo && (segunda || !peticion_.verificar)) return;
-        if (!deOtro && imagen_.size() >= anterior_.size()) anterior_ = imagen_;
+        if (!deOtro && imagen_.size() >= anterior_.size()) recordar();
         if (!fallo) {
             consola_.aviso("Segunda lectura, para comparar.");
             continue;
@@ -176,10 +179,24 @@ std::exception_ptr Descargador::exigirSerie() const {
                     propia, peticion_.serie)));
 }
 
-// Null: nothing contradicts the attempts before.
+void Descargador::recordar() {
+    constexpr std::size_t kCuantas = 4;
+    if (anterior_.size() == kBytesMemoria) contradichas_.push_back(std::move(anterior_));
+    if (contradichas_.size() > kCuantas) contradichas_.erase(contradichas_.begin());
+    anterior_ = imagen_;
+}
+
+// One damaged reading may stand between two that agree.
+bool Descargador::repiteOtra() const {
+    return imagen_.size() == kBytesMemoria && std::ranges::any_of(contradichas_, [&](const Bytes& otra) {
+               return !primeraDiferencia(otra, imagen_);
+           });
+}
+
+// Null: nothing contradicts the attempts before, or two whole ones say the same.
 std::exception_ptr Descargador::cotejar() const {
     const auto bloque = primeraDiferencia(anterior_, imagen_);
-    if (!bloque) return nullptr;
+    if (!bloque || repiteOtra()) return nullptr;
     return std::make_exception_ptr(ErrorIntercambio(
         CodigoSalida::fallo, fmt::format("el bloque {} no coincide con la lectura anterior: revise {}",
                                          *bloque, registrador_.queRevisarSiHayRuido())));

@@ -150,6 +150,22 @@ TEST_F(Descargar, VerifyingFindsADamagedByteAndReadsAgain) {
     EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
 }
 
+// Whichever of the readings it was, one more tells which of the two is right.
+TEST_F(Descargar, OneDamagedReadingCostsOneMore) {
+    for (const int cual : {1, 2}) {
+        puertos.manipular(kPuerto, [cual, vez = 0](const ByteSaliente& saliente) mutable {
+            const bool esa =
+                saliente.intercambio == Intercambio::descarga && saliente.indice == indiceDe(3000) + 1;
+            return Efecto::pasar(esa && ++vez == cual ? static_cast<std::uint8_t>(saliente.byte ^ 1U)
+                                                      : saliente.byte);
+        });
+        const auto r = correr(
+            {"descargar", "--verificar", "--reintentos", "1", "--reemplazar", "--base", carpeta / "a.rgt"});
+        EXPECT_EQ(r.codigo, CodigoSalida::hecho) << cual << r.errores;
+        EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen());
+    }
+}
+
 TEST_F(Descargar, VerifyingALineThatAlwaysDamagesFails) {
     puertos.manipular(kPuerto, [vez = 0](const ByteSaliente& saliente) mutable {
         const bool esa = saliente.intercambio == Intercambio::descarga && saliente.indice == indiceDe(3000);
