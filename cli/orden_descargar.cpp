@@ -44,14 +44,17 @@ struct OpcionesDescargar {
     bool reemplazar = false;
 };
 
-SalidaConsola salidaBase(const OpcionesDescargar& opciones) {
+// Error: what it is that a file stands there already.
+template <class Error>
+SalidaConsola salidaNueva(const OpcionesDescargar& opciones, const std::string& nombre,
+                          const ReglaDestino& regla) {
     try {
-        return {opciones.base, reglaDeBase(opciones.reemplazar)};
+        return {nombre, regla};
     } catch (const ErrorNombre&) {
         throw;
     } catch (const ErrorGuardado& error) {
-        if (opciones.reemplazar || !std::filesystem::is_regular_file(opciones.base)) throw;
-        throw ErrorGuardado(fmt::format("{}, o --reemplazar", error.what()));
+        if (opciones.reemplazar || !std::filesystem::is_regular_file(nombre)) throw;
+        throw Error(fmt::format("{}, o --reemplazar", error.what()));
     }
 }
 
@@ -78,17 +81,18 @@ void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, con
 
 class Salidas {
    public:
-    Salidas(const EntornoConsola& entorno, const OpcionesDescargar& opciones) : base(salidaBase(opciones)) {
+    Salidas(const EntornoConsola& entorno, const OpcionesDescargar& opciones)
+        : base(salidaNueva<ErrorGuardado>(opciones, opciones.base, reglaDeBase(opciones.reemplazar))) {
+        if (!opciones.csv.empty()) csv.emplace(opciones.csv, reglaDeTabla());
+        if (!opciones.ficha.empty())
+            ficha.emplace(
+                salidaNueva<ErrorNombre>(opciones, opciones.ficha, reglaDeFicha(opciones.reemplazar)));
         std::vector<SalidaNombrada> todas = {{"--base", base}};
-        const auto agregar = [&](std::string_view opcion, const std::string& nombre,
-                                 const ReglaDestino& regla, std::optional<SalidaConsola>& salida) {
-            if (nombre.empty()) return;
-            salida.emplace(nombre, regla);
-            for (const auto& otra : todas) revisarJuntas(entorno, otra, {opcion, *salida});
-            todas.push_back({opcion, *salida});
-        };
-        agregar("--csv", opciones.csv, reglaDeTabla(), csv);
-        agregar("--ficha", opciones.ficha, reglaDeFicha(), ficha);
+        if (csv) todas.push_back({"--csv", *csv});
+        if (ficha) todas.push_back({"--ficha", *ficha});
+        for (std::size_t i = 1; i < todas.size(); ++i) {
+            for (std::size_t j = 0; j < i; ++j) revisarJuntas(entorno, todas[j], todas[i]);
+        }
     }
 
     bool algunaEstandar() const {
@@ -194,7 +198,8 @@ void declararOpciones(OrdenDeLinea& orden, OpcionesDescargar& opciones) {
                                   .valor = "CIFRAS",
                                   .ayuda = "Número de serie, 8 cifras: otro registrador se rechaza",
                                   .comprobar = motivoSerieMostrada});
-    orden.bandera(opciones.reemplazar, "--reemplazar", "El archivo base puede ser uno que ya existe");
+    orden.bandera(opciones.reemplazar, "--reemplazar",
+                  "El archivo base, o la ficha, puede ser otro que ya existe");
     orden.bandera(opciones.verificar, "--verificar", "Descarga dos veces y compara");
     orden.opcion(opciones.espera,
                  {.nombre = "--espera",

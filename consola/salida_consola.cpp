@@ -5,7 +5,10 @@
 #include <chrono>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -13,6 +16,8 @@ namespace {
 
 // How often a FIFO is looked at that nobody reads yet.
 constexpr std::chrono::milliseconds kVistazo{50};
+// How often until it is told: who reads it may just be starting.
+constexpr int kVistazosCallados = 20;
 
 template <std::size_t N>
 bool esUnoDe(const std::array<std::string_view, N>& nombres, const std::string& nombre) {
@@ -59,7 +64,10 @@ EscrituraConsola::EscrituraConsola(const SalidaConsola& salida, EntornoConsola& 
         archivo_.emplace(salida.nombre_, regla);
     } else if (!salida.estandar()) {
         corriente_.emplace(abrirCorriente(salida.destino_));
-        while ((*corriente_)() < 0) {
+        for (int vez = 1; (*corriente_)() < 0; ++vez) {
+            if (vez == kVistazosCallados)
+                consola.aviso(fmt::format("{}: se espera a quien lea esa tubería; Ctrl+C lo termina",
+                                          nombreVisible(salida.nombre_)));
             pausar(entorno, kVistazo);
             corriente_.emplace(abrirCorriente(salida.destino_));
         }

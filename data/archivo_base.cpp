@@ -27,12 +27,15 @@ constexpr std::string_view kAhiHayUnaBase =
     "ahí está lo que parece un archivo base; quítelo de ahí, o dé otro nombre";
 constexpr std::string_view kAhiHayUnaFicha =
     "ahí está la ficha de una descarga; quítela de ahí, o dé otro nombre";
+constexpr std::string_view kAhiNoHayUnaFicha =
+    "ahí está lo que no es la ficha de una descarga; quítelo de ahí, o dé otro nombre";
 constexpr std::string_view kProcesado = "El archivo se proceso con exito";
 
 // Empty: what stands there may be replaced.
 std::string porqueSeQueda(std::span<const std::uint8_t> bytes, bool ficha) {
     if (pareceImagen(bytes)) return std::string(kAhiHayUnaBase);
-    return !ficha && pareceFicha(bytes) ? std::string(kAhiHayUnaFicha) : "";
+    if (pareceFicha(bytes) == ficha) return "";
+    return std::string(ficha ? kAhiNoHayUnaFicha : kAhiHayUnaFicha);
 }
 
 ReglaDestino reglaDeLoHecho(bool ficha) {
@@ -64,8 +67,10 @@ ReglaDestino reglaDeTabla() {
     return reglaDeLoHecho(false);
 }
 
-ReglaDestino reglaDeFicha() {
-    return reglaDeLoHecho(true);
+ReglaDestino reglaDeFicha(bool reemplazar) {
+    auto regla = reglaDeLoHecho(true);
+    regla.nuevo = !reemplazar;
+    return regla;
 }
 
 std::filesystem::path rutaLibre(const std::filesystem::path& primera) {

@@ -43,8 +43,9 @@ ReglaDestino reglaDeBase(bool reemplazar = false);
 // Where anything made of an image may be written: over an earlier one, but never under the name of a base
 // file or of a part of one, nor over a memory or a data sheet, which nothing makes again.
 ReglaDestino reglaDeTabla();
-// The same of a download's data sheet, which does take an earlier one's place.
-ReglaDestino reglaDeFicha();
+// The same of a download's data sheet, which is a new file: nothing makes again what another one, or a text
+// of somebody's, says. Where somebody asks for it, it takes an earlier one's place, and nothing else's.
+ReglaDestino reglaDeFicha(bool reemplazar = false);
 
 // The name, or "<name>_2.rgt" and so on: under which nothing stands yet.
 std::filesystem::path rutaLibre(const std::filesystem::path& primera);

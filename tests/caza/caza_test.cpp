@@ -148,12 +148,13 @@ class Leyes {
         const auto valor = corrida_.valorDe(opcion);
         return !valor.empty() && llano(valor, antes_) == nombre;
     }
-    // A base file is replaced where that was asked for, a backup never; a table is named, or stands in the
-    // folder that was.
+    // A base file or a data sheet is replaced where that was asked for, a backup never; a table is named, or
+    // stands in the folder that was.
     bool pudoReemplazar(const std::string& nombre) const {
         if (nombra("--base", nombre)) return corrida_.lleva("--reemplazar");
         if (esBase(nombre)) return false;
-        if (nombra("--csv", nombre) || nombra("--ficha", nombre)) return true;
+        if (nombra("--ficha", nombre)) return corrida_.lleva("--reemplazar");
+        if (nombra("--csv", nombre)) return true;
         if (corrida_.orden() != "convertir") return false;
         const auto carpeta = corrida_.valorDe("--en");
         if (!carpeta.empty()) return nombre.starts_with(carpeta + "/");

@@ -4,6 +4,8 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <optional>
 #include <thread>
 
 #include <fmt/format.h>
@@ -157,7 +159,7 @@ TEST_F(Archivos, ATableTakesNoMemorysPlaceWhateverItsName) {
         EXPECT_EQ(r.codigo, CodigoSalida::malUso);
         EXPECT_THAT(r.errores, HasSubstr("estacion: ahí está lo que parece un archivo base"));
         for (const std::string opcion : {"--csv", "--ficha"}) {
-            esperarRehusado(correr({"descargar", "--base", carpeta / "d.rgt", opcion, otra}),
+            esperarRehusado(correr({"descargar", "--base", carpeta / "d.rgt", opcion, otra, "--reemplazar"}),
                             CodigoSalida::malUso, "ahí está lo que parece un archivo base");
         }
         EXPECT_TRUE(leerTodo(otra) == imagen().substr(0, largo));
@@ -222,6 +224,44 @@ TEST_F(Archivos, ADataSheetsPlaceIsTakenByAnotherOneOnly) {
     EXPECT_EQ(correr({"convertir", base, carpeta / "tabla.jsonl"}).codigo, CodigoSalida::hecho);
     EXPECT_EQ(correr({"descargar", "--base", base, "--reemplazar", "--ficha", ficha}).codigo,
               CodigoSalida::hecho);
+}
+
+// It says of another download what stands nowhere else, and a text is somebody's.
+TEST_F(Archivos, ADataSheetIsANewFile) {
+    const auto ficha = (carpeta / "a.rgt.json").string();
+    const auto pedir = [&](std::vector<std::string> mas) {
+        mas.insert(mas.begin(), {"descargar", "--base", carpeta / "b.rgt", "--ficha"});
+        return correr(mas);
+    };
+    ASSERT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--ficha", ficha}).codigo,
+              CodigoSalida::hecho);
+    oidas = puertos.aperturas(kPuerto);
+    const auto dicha = leerTodo(ficha);
+    const auto nota = poner("nota.txt", "mirar el cable\n").string();
+    for (const auto& nombre : {ficha, nota, poner("nada", "").string()}) {
+        esperarRehusado(pedir({nombre}), CodigoSalida::malUso, "ya existe. Dé otro nombre, o --reemplazar");
+    }
+    EXPECT_EQ(leerTodo(ficha), dicha);
+    for (const auto& nombre : {nota, (carpeta / "nada").string()}) {
+        esperarRehusado(pedir({nombre, "--reemplazar"}), CodigoSalida::malUso,
+                        "ahí está lo que no es la ficha de una descarga");
+    }
+    EXPECT_EQ(leerTodo(nota), "mirar el cable\n");
+    EXPECT_EQ(pedir({ficha, "--reemplazar"}).codigo, CodigoSalida::hecho);
+    EXPECT_THAT(leerTodo(ficha), HasSubstr("\"base\": \"b.rgt\""));
+}
+
+TEST_F(Archivos, WhileNobodyReadsAPipeThePortIsFreeAndThatIsSaid) {
+    const auto tubo = (carpeta / "p.csv").string();
+    ASSERT_EQ(::mkfifo(tubo.c_str(), 0600), 0);
+    std::optional<bool> tomado;
+    const auto mirada = bucle.alarma(std::chrono::minutes(5), [&] { tomado = puertos.abierto(kPuerto); });
+    senalTras = {std::chrono::minutes(10), SIGINT};
+    const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--csv", tubo});
+    EXPECT_EQ(r.codigo, CodigoSalida::interrumpido);
+    EXPECT_EQ(tomado, false);
+    EXPECT_THAT(r.errores, HasSubstr("p.csv: se espera a quien lea esa tubería"));
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
 }
 
 // A shell makes the file before the program begins.

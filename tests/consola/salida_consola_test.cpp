@@ -101,6 +101,7 @@ TEST_F(Salidas, WhileNobodyReadsAFifoASignalEndsTheWait) {
     const auto ruta = tubo();
     const auto alarma = bucle.alarma(3s, [&] { entorno.senal = SIGINT; });
     EXPECT_THAT(final([&] { escribir(ruta, "x"); }), Pair(CodigoSalida::interrumpido, "interrumpido"));
+    EXPECT_EQ(errores.texto(), ruta + ": se espera a quien lea esa tubería; Ctrl+C lo termina\n");
 }
 
 TEST_F(Salidas, AStreamThatTakesNoMoreIsToldWithItsName) {

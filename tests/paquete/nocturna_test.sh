@@ -158,6 +158,22 @@ correr "$raiz/errores" TELVANE_ESTADO="$raiz/general" TELVANE_PLAZO=0 sh -c "$or
 [ $estado -eq 0 ] || fallar "puerto libre: $estado $(cat "$raiz/errores")"
 bajados libre
 
+# A data sheet that the settings name is every night's.
+for noche in una otra; do
+    ajustar "COM=1=$raiz/COM1" "CARPETA=$datos" "NOMBRE=$noche" "OPCIONES=\"--ficha $raiz/ultima.json\""
+    correr "$raiz/errores" sh -c "$orden_cron"
+    [ $estado -eq 0 ] || fallar "la misma ficha, $noche: $estado $(cat "$raiz/errores")"
+    grep -qF "\"base\": \"${noche}_" "$raiz/ultima.json" || fallar "la misma ficha, $noche: $(cat "$raiz/ultima.json")"
+done
+# The sheets of images that were moved away stay, although the clock came by their second again.
+for segundo in 0 1 2; do
+    echo suya >"$datos/quieta_$(TZ=UTC date -d "$segundo seconds" +%Y-%m-%d_%H%M%S).rgt.json"
+done
+ajustar "COM=1=$raiz/COM1" "CARPETA=$datos" NOMBRE=quieta
+correr "$raiz/errores" sh -c "$orden_cron"
+[ $estado -eq 0 ] || fallar "el mismo segundo: $estado $(cat "$raiz/errores")"
+[ "$(cat "$datos"/quieta_*.json | grep -cx suya)" -eq 3 ] || fallar "el mismo segundo: se perdió una ficha"
+
 # Its unit sees no network: whoever names a port there hears what to do.
 ajustar COM=1=TCP://servidor.invalid:4001 "CARPETA=$datos"
 correr "$raiz/errores" TELVANE_RED=no sh -c "$orden_cron"
