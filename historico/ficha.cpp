@@ -177,7 +177,7 @@ FichaHallada fichaJuntoA(const ImagenConFicha& imagen) {
             hallada.ficha = leerArchivoDe(nombre, imagen);
             break;
         } catch (const ErrorFicha& error) {
-            hallada.defectos.push_back(fmt::format("{}: {}", nombre.string(), error.what()));
+            hallada.defectos.push_back(fmt::format("{}: {}", nombreVisible(nombre), error.what()));
         } catch (const ErrorLectura& error) {
             hallada.defectos.emplace_back(error.what());
         }

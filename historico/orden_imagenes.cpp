@@ -64,7 +64,7 @@ std::string linea(const EstacionGuardada& estacion, const FichaImagen& ficha, co
                        ficha.reloj ? isoDe(*ficha.reloj) : "incorrecto",
                        contados(ficha.muestras, "muestra", "muestras"),
                        contados(ficha.retrocesos, "retroceso", "retrocesos"), isoDe(ficha.incorporada),
-                       sinControles(ficha.origen), suya == descargas.end() ? "" : linea(suya->second));
+                       nombreVisible(ficha.origen), suya == descargas.end() ? "" : linea(suya->second));
 }
 
 void imagenes(ContextoHistorico& contexto, const OpcionesImagenes& opciones) {

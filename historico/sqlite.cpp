@@ -12,6 +12,7 @@
 
 #include "historico/almacen.h"
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -53,11 +54,11 @@ BaseSqlite::BaseSqlite(const std::filesystem::path& ruta, Acceso acceso, std::ch
     // To SQLite a file of one byte is empty.
     std::error_code sinMedida;
     if (std::filesystem::file_size(entera, sinMedida) == 1)
-        throw ErrorAlmacen(fmt::format("{}: {}", ruta.string(), motivo(SQLITE_NOTADB)));
+        throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(ruta), motivo(SQLITE_NOTADB)));
     const int codigo =
         sqlite3_open_v2(entera.c_str(), &base_, modo | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
     if (codigo != SQLITE_OK) {
-        const auto que = fmt::format("{}: {}", ruta.string(), motivo(codigo));
+        const auto que = fmt::format("{}: {}", nombreVisible(ruta), motivo(codigo));
         sqlite3_close(base_);
         throw ErrorAlmacen(que);
     }
@@ -146,7 +147,7 @@ bool BaseSqlite::seguirEsperando(int vez) {
 
 void BaseSqlite::fallar(int codigo) const {
     if (interrupcion_) std::rethrow_exception(std::exchange(interrupcion_, nullptr));
-    throw ErrorAlmacen(fmt::format("{}: {}", ruta_.string(), motivo(codigo)), claseDe(codigo));
+    throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(ruta_), motivo(codigo)), claseDe(codigo));
 }
 
 void BaseSqlite::exigir(int codigo) const {

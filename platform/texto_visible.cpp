@@ -10,25 +10,43 @@ namespace telvane {
 
 namespace {
 
+constexpr std::string_view kMarca = "\uFFFD";
+
 // DEL, and the C1 characters.
 bool esControlAlto(char32_t punto) {
     return punto >= 0x7F && punto <= 0x9F;
 }
 
-}  // namespace
+// What stands behind these marks is shown in another order.
+bool tuerce(char32_t punto) {
+    return (punto >= 0x202A && punto <= 0x202E) || (punto >= 0x2066 && punto <= 0x2069);
+}
 
-std::string sinControles(std::string_view utf8) {
+// control: what stands in a control character's place.
+std::string mostrado(std::string_view utf8, std::string_view control) {
     std::string limpio;
     for (std::size_t i = 0; i < utf8.size();) {
         const auto caracter = caracterEn(utf8, i);
-        if (!caracter.bueno) {
-            limpio += "\uFFFD";
+        if (!caracter.bueno || tuerce(caracter.punto)) {
+            limpio += kMarca;
         } else if (caracter.punto >= 0x20 && !esControlAlto(caracter.punto)) {
             limpio += utf8.substr(i, caracter.bytes);
+        } else {
+            limpio += control;
         }
         i += caracter.bytes;
     }
     return limpio;
+}
+
+}  // namespace
+
+std::string sinControles(std::string_view utf8) {
+    return mostrado(utf8, "");
+}
+
+std::string nombreVisible(const std::filesystem::path& ruta) {
+    return mostrado(ruta.native(), kMarca);
 }
 
 std::string lineasSinControles(std::string_view utf8) {

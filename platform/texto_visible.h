@@ -8,13 +8,13 @@
 
 namespace telvane {
 
-// Without control characters (C0 with line ends, DEL, C1), each malformed byte as U+FFFD.
+// Without control characters (C0 with line ends, DEL, C1), each malformed byte as U+FFFD, and so each mark
+// that turns the direction of what follows it.
 std::string sinControles(std::string_view utf8);
 
-// A file's name as it stands in a message: a line end in it would split the line.
-inline std::string nombreVisible(const std::filesystem::path& ruta) {
-    return sinControles(ruta.string());
-}
+// A file's name as it stands in a message: a line end in it would split the line, and without its control
+// characters it would be another file's. Each is U+FFFD as well.
+std::string nombreVisible(const std::filesystem::path& ruta);
 
 // Without them in each of several lines, whose ends stay.
 std::string lineasSinControles(std::string_view utf8);

@@ -29,6 +29,19 @@ TEST(SinControles, AMalformedByteIsMarkedAndNothingElseIsLost) {
     EXPECT_EQ(sinControles("\xf4\x90\x80\x80"), "\uFFFD\uFFFD\uFFFD\uFFFD");
 }
 
+// Without them it would be the name of another file, or seem to be.
+TEST(NombreVisible, WhatIsNotShownIsMarked) {
+    EXPECT_EQ(nombreVisible("a\nb.rgt"), "a\uFFFDb.rgt");
+    EXPECT_EQ(nombreVisible("a\x1b[31m\x7f\u009b\xff.rgt"), "a\uFFFD[31m\uFFFD\uFFFD\uFFFD.rgt");
+    EXPECT_EQ(nombreVisible("Ñandú 日本.rgt"), "Ñandú 日本.rgt");
+    for (const auto* vuelta : {"\u202A", "\u202E", "\u2066", "\u2069"}) {
+        EXPECT_EQ(nombreVisible(std::string("a") + vuelta + "tgr.b"), "a\uFFFDtgr.b");
+        EXPECT_EQ(lineasSinControles(std::string("a") + vuelta + "\nb"), "a\uFFFD\nb");
+    }
+    // Their neighbours belong to names.
+    EXPECT_EQ(nombreVisible("a\u2029\u202F\u2065\u206A"), "a\u2029\u202F\u2065\u206A");
+}
+
 TEST(Utf8Valido, EveryByteThatIsNoneIsMarkedAndTheRestStays) {
     EXPECT_EQ(utf8Valido("Año 日本 😀\n\x1b\x7f\u009b"), "Año 日本 😀\n\x1b\x7f\u009b");
     EXPECT_EQ(utf8Valido("a\xf1o.rgt"), "a\uFFFDo.rgt");
