@@ -1,11 +1,16 @@
 #include "historico/almacen_sqlite.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <fstream>
+#include <iterator>
 #include <utility>
 
 #include <fmt/format.h>
@@ -16,6 +21,7 @@
 #include "platform/destino.h"
 #include "platform/guardado.h"
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -157,13 +163,14 @@ QueHay queHay(const std::filesystem::path& ruta) {
     struct stat datos {};
     if (::stat(ruta.c_str(), &datos) != 0) {
         if (errno == ENOENT) return QueHay::nada;
-        throw ErrorAlmacen(fmt::format("{}: no se puede abrir: {}", ruta.string(), motivoSistema(errno)));
+        throw ErrorAlmacen(
+            fmt::format("{}: no se puede abrir: {}", nombreVisible(ruta), motivoSistema(errno)));
     }
     if (S_ISDIR(datos.st_mode)) {
-        throw ErrorAlmacen(fmt::format("{}: es una carpeta: nombre un archivo", ruta.string()));
+        throw ErrorAlmacen(fmt::format("{}: es una carpeta: nombre un archivo", nombreVisible(ruta)));
     }
     if (!S_ISREG(datos.st_mode)) {
-        throw ErrorAlmacen(fmt::format("{}: no es un archivo: nombre otro", ruta.string()));
+        throw ErrorAlmacen(fmt::format("{}: no es un archivo: nombre otro", nombreVisible(ruta)));
     }
     return datos.st_size == 0 ? QueHay::vacio : QueHay::archivo;
 }
@@ -187,10 +194,83 @@ bool quedoAMedias(const std::filesystem::path& ruta, const std::function<void()>
     return true;
 }
 
+// SQLite opens what it may not write for reading, and fails over the files that it wants beside it: it then
+// says that they are not there.
+void exigirDiscoEscribible(const std::filesystem::path& ruta) {
+    if (::faccessat(AT_FDCWD, ruta.c_str(), W_OK, AT_EACCESS) == 0 || errno != EROFS) return;
+    throw ErrorAlmacen(
+        fmt::format("{}: no se puede escribir en él: {}; monte ese disco para escribir, o copie el archivo a "
+                    "otro y nómbrelo",
+                    nombreVisible(ruta), motivoSinConsejo(EROFS)));
+}
+
+// The copy before a migration; while it is made, the process's number and this stand behind its name.
+std::string nombreDeCopia(const std::filesystem::path& archivo, std::int64_t version) {
+    return fmt::format("{}.version{}", archivo.string(), version);
+}
+constexpr std::string_view kParcial = ".parcial";
+
+// Which process makes the copy that has this name; 0: it is none.
+pid_t quienCopia(std::string_view nombre, const std::filesystem::path& archivo) {
+    constexpr std::string_view kCifras = "0123456789";
+    const auto tomar = [&](std::string_view que) {
+        if (!nombre.starts_with(que)) return false;
+        nombre.remove_prefix(que.size());
+        return true;
+    };
+    const auto numero = [&] {
+        const auto cifras = std::min(nombre.find_first_not_of(kCifras), nombre.size());
+        pid_t valor = 0;
+        const auto fin = std::from_chars(nombre.data(), nombre.data() + cifras, valor);
+        nombre.remove_prefix(cifras);
+        return cifras > 0 && fin.ec == std::errc() ? valor : 0;
+    };
+    if (!tomar(archivo.filename().string()) || !tomar(".version") || numero() == 0 || !tomar(".")) return 0;
+    const auto proceso = numero();
+    return tomar(kParcial) && (nombre.empty() || nombre == "-journal") ? proceso : 0;
+}
+
+// A copy that whoever made it did not finish is of no use; those of processes that live are theirs.
+void quitarCopiasAMedias(const std::filesystem::path& archivo) {
+    namespace fs = std::filesystem;
+    std::error_code sinMotivo;
+    std::vector<fs::path> deNadie;
+    fs::directory_iterator lugar(archivo.parent_path(), sinMotivo);
+    for (; !sinMotivo && lugar != fs::directory_iterator(); lugar.increment(sinMotivo)) {
+        const auto proceso = quienCopia(lugar->path().filename().string(), archivo);
+        std::error_code ninguno;
+        if (proceso > 0 && lugar->symlink_status(ninguno).type() == fs::file_type::regular &&
+            ::kill(proceso, 0) != 0 && errno == ESRCH)
+            deNadie.push_back(lugar->path());
+    }
+    for (const auto& ruta : deNadie) fs::remove(ruta, sinMotivo);
+}
+
+bool sonIguales(const std::filesystem::path& una, const std::filesystem::path& otra) {
+    std::error_code sinMotivo;
+    const auto largo = std::filesystem::file_size(una, sinMotivo);
+    if (sinMotivo || std::filesystem::file_size(otra, sinMotivo) != largo || sinMotivo) return false;
+    std::ifstream a(una, std::ios::binary);
+    std::ifstream b(otra, std::ios::binary);
+    return a && b && std::equal(std::istreambuf_iterator<char>(a), {}, std::istreambuf_iterator<char>(b));
+}
+
+// Whether an earlier attempt, ended after its copy, left this very one under one of its names.
+bool yaEstaCopiado(const std::filesystem::path& copia, const std::filesystem::path& nueva) {
+    std::error_code sinMotivo;
+    const auto libre = rutaLibre(copia);
+    auto una = copia;
+    for (int vez = 2; una != libre; ++vez) {
+        if (std::filesystem::is_regular_file(una, sinMotivo) && sonIguales(una, nueva)) return true;
+        una.replace_filename(fmt::format("{}_{}{}", copia.stem().string(), vez, copia.extension().string()));
+    }
+    return false;
+}
+
 [[noreturn]] void noHayArchivo(const std::filesystem::path& ruta) {
     throw ErrorAlmacen(
         fmt::format("{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
-                    ruta.string()));
+                    nombreVisible(ruta)));
 }
 
 }  // namespace
@@ -204,7 +284,7 @@ std::unique_ptr<AlmacenSqlite> AlmacenSqlite::abrirParaLeer(const std::filesyste
                                                             Opciones opciones) {
     if (queHay(ruta) != QueHay::archivo) noHayArchivo(ruta);
     if (quedoAMedias(ruta, opciones.atender))
-        throw ErrorAlmacen(fmt::format("{}: {}", ruta.string(), BaseSqlite::kAMedias));
+        throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(ruta), BaseSqlite::kAMedias));
     std::unique_ptr<AlmacenSqlite> almacen(
         new AlmacenSqlite(ruta, BaseSqlite::Acceso::lectura, std::move(opciones)));
     if (almacen->deNadie()) noHayArchivo(ruta);
@@ -218,6 +298,7 @@ std::unique_ptr<AlmacenSqlite> AlmacenSqlite::abrirParaEscribir(const std::files
     if (hay != QueHay::archivo && !crear) noHayArchivo(ruta);
     // SQLite does not say why it can make none.
     if (hay == QueHay::nada) static_cast<void>(revisarDestino(ruta));
+    if (hay != QueHay::nada) exigirDiscoEscribible(ruta);
     std::unique_ptr<AlmacenSqlite> almacen(
         new AlmacenSqlite(ruta, BaseSqlite::Acceso::escritura, std::move(opciones)));
     almacen->prepararEscritura(crear);
@@ -280,15 +361,21 @@ void AlmacenSqlite::crearTablas() {
     transaccion.confirmar();
 }
 
-// Under a name that nothing has: an earlier copy, or whatever else stands there, stays.
+// Under a name that nothing has: an earlier copy, or whatever else stands there, stays; of one that is the
+// same there is no second.
 void AlmacenSqlite::copiarAntesDeMigrar(std::int64_t desde) {
-    const auto ruta =
-        std::filesystem::absolute(base_.ruta()).concat(fmt::format(".version{}", desde)).string();
-    const std::filesystem::path aMedias = fmt::format("{}.{}.parcial", ruta, ::getpid());
+    const auto archivo = std::filesystem::absolute(base_.ruta());
+    const std::filesystem::path ruta = nombreDeCopia(archivo, desde);
+    const std::filesystem::path aMedias = fmt::format("{}.{}{}", ruta.string(), ::getpid(), kParcial);
+    quitarCopiasAMedias(archivo);
     std::error_code sinMotivo;
     std::filesystem::remove(aMedias, sinMotivo);
     try {
         Sentencia(base_, "VACUUM INTO ?1").poner(1, std::string_view(aMedias.native())).correr();
+        if (yaEstaCopiado(ruta, aMedias)) {
+            std::filesystem::remove(aMedias, sinMotivo);
+            return;
+        }
         int motivo = 0;
         do {
             auto destino = revisarDestino(rutaLibre(ruta), {.nuevo = true});
@@ -296,7 +383,8 @@ void AlmacenSqlite::copiarAntesDeMigrar(std::int64_t desde) {
             if (motivo == 0) motivo = sincronizarCarpeta(destino.ruta.parent_path());
         } while (motivo == EEXIST);
         if (motivo != 0)
-            throw ErrorAlmacen(fmt::format("{}: no se puede copiar: {}", ruta, motivoSistema(motivo)));
+            throw ErrorAlmacen(
+                fmt::format("{}: no se puede copiar: {}", nombreVisible(ruta), motivoSistema(motivo)));
     } catch (...) {
         std::filesystem::remove(aMedias, sinMotivo);
         throw;

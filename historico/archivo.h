@@ -70,8 +70,13 @@ class Archivo {
     Copia copiarDe(Archivo& otro, const std::optional<std::string>& cual,
                    const std::function<void()>& alAvanzar);
 
-    // What is not as it should be, a line each. prueba: an empty store, for what the images decode to.
-    std::vector<std::string> comprobar(Almacen& prueba, const std::function<void()>& alAvanzar);
+    struct Comprobado {
+        // What is not as it should be, a line each; of one station no more than say something.
+        std::vector<std::string> lineas;
+        std::size_t defectos = 0;  // those that have no line as well
+    };
+    // prueba: an empty store, for what the images decode to.
+    Comprobado comprobar(Almacen& prueba, const std::function<void()>& alAvanzar);
 
     Almacen& almacen() { return almacen_; }
 

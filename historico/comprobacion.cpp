@@ -94,37 +94,40 @@ std::vector<std::tuple<Instante, BytesMuestra, std::size_t, Huella>> testigosDe(
     return lista;
 }
 
-void decir(const std::string& estacion, const Lineas& lineas, Lineas& defectos) {
+// How many of them have no line of their own.
+std::size_t decir(const std::string& estacion, const Lineas& lineas, Lineas& defectos) {
     for (std::size_t i = 0; i < std::min(lineas.size(), kLineasPorEstacion); ++i)
         defectos.push_back(fmt::format("estación {}: {}", estacion, lineas[i]));
-    if (lineas.size() > kLineasPorEstacion) {
-        defectos.push_back(fmt::format(
-            "estación {}: y {} más", estacion,
-            contados(static_cast<std::int64_t>(lineas.size() - kLineasPorEstacion), "defecto", "defectos")));
-    }
+    if (lineas.size() <= kLineasPorEstacion) return 0;
+    const auto mas = lineas.size() - kLineasPorEstacion;
+    defectos.push_back(fmt::format("estación {}: y {} más", estacion,
+                                   contados(static_cast<std::int64_t>(mas), "defecto", "defectos")));
+    // The line that says how many is none itself.
+    return mas - 1;
 }
 
 }  // namespace
 
-std::vector<std::string> Archivo::comprobar(Almacen& prueba, const std::function<void()>& alAvanzar) {
+Archivo::Comprobado Archivo::comprobar(Almacen& prueba, const std::function<void()>& alAvanzar) {
     auto defectos = almacen_.partesQueFaltan();
     // Nothing more can be asked of it.
-    if (!defectos.empty()) return defectos;
+    if (!defectos.empty()) return {defectos, defectos.size()};
     Lectura lectura(almacen_);
     defectos = almacen_.sobras();
     std::ranges::move(almacen_.valoresImposibles(), std::back_inserter(defectos));
     std::ranges::move(almacen_.sinEstacion(), std::back_inserter(defectos));
     std::ranges::move(almacen_.defectos(), std::back_inserter(defectos));
     const Rescate rescate(almacen_, alAvanzar);
-    for (const auto& [nombre, lineas] : rescate.porReponer()) decir(nombre, lineas, defectos);
+    std::size_t callados = 0;
+    for (const auto& [nombre, lineas] : rescate.porReponer()) callados += decir(nombre, lineas, defectos);
     std::ranges::move(rescate.perdidas(fmt::format("haga rehacer, y {}", kVuelvaAIncorporarla)),
                       std::back_inserter(defectos));
     for (const auto& estacion : lectura.estaciones()) {
         // Without all of its images nobody knows what the samples must be.
         if (rescate.afecta(estacion.id)) continue;
-        decir(estacion.nombre, comprobarUna(lectura, estacion, prueba, alAvanzar), defectos);
+        callados += decir(estacion.nombre, comprobarUna(lectura, estacion, prueba, alAvanzar), defectos);
     }
-    return defectos;
+    return {defectos, defectos.size() + callados};
 }
 
 // Against what its images say in a store of their own.

@@ -272,13 +272,13 @@ std::string_view remedioDe(const Falta& falta) {
                                                                                       : kRecuperar;
 }
 
-namespace {
-
 std::string entreComillas(std::string_view nombre) {
     std::string texto = "\"";
     for (const char letra : nombre) texto.append(letra == '"' ? 2 : 1, letra);
     return texto + '"';
 }
+
+namespace {
 
 bool esComo(const Tabla& debe, Tabla otra) {
     otra.nombre = debe.nombre;

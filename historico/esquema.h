@@ -100,6 +100,8 @@ std::vector<std::string> avisosDeImposibles(const Tablas& deben, const Dialecto&
 std::string agregarColumna(const std::string& tabla, const Columna& columna);
 std::string valorDeRelleno(std::string_view tipo);
 std::string textoDe(const Clave& clave);
+// A name as a statement takes it, whatever it holds.
+std::string entreComillas(std::string_view nombre);
 
 inline constexpr std::string_view kRecuperar =
     "recupere su copia, o haga otro archivo con los .rgt guardados";

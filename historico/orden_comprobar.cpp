@@ -11,11 +11,11 @@ namespace {
 void comprobar(ContextoHistorico& contexto) {
     const auto almacen = contexto.abrir(Uso::leer);
     const auto prueba = AlmacenSqlite::temporal();
-    const auto defectos = Archivo(*almacen).comprobar(*prueba, [&] { contexto.atender(); });
+    const auto [lineas, defectos] = Archivo(*almacen).comprobar(*prueba, [&] { contexto.atender(); });
     Relato relato(contexto.consola);
-    for (const auto& defecto : defectos) relato.decir(defecto + "\n");
-    if (defectos.empty()) relato.decir("El archivo está entero.\n");
-    relato.terminar(defectos.empty() ? "" : fmt::format("defectos: {}", defectos.size()),
+    for (const auto& linea : lineas) relato.decir(linea + "\n");
+    if (defectos == 0) relato.decir("El archivo está entero.\n");
+    relato.terminar(defectos == 0 ? "" : fmt::format("defectos: {}", defectos),
                     "abra la salida, por ejemplo con >archivo, y repita");
 }
 

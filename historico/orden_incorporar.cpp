@@ -35,9 +35,18 @@ struct OpcionesIncorporar {
     bool json = false;
 };
 
+// What another system writes beside a file on a stick, under its name with this before it.
+bool acompanaAOtro(const fs::path& ruta) {
+    constexpr std::string_view kDelante = "._";
+    const auto nombre = ruta.filename().string();
+    std::error_code ninguno;
+    return nombre.starts_with(kDelante) &&
+           fs::exists(ruta.parent_path() / nombre.substr(kDelante.size()), ninguno);
+}
+
+// What our programs have not finished ends otherwise.
 bool esArchivoBase(const fs::path& ruta) {
-    // Hidden ones are what programs leave behind while they write.
-    if (ruta.filename().string().starts_with('.')) return false;
+    if (acompanaAOtro(ruta)) return false;
     auto final = ruta.extension().string();
     std::transform(final.begin(), final.end(), final.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
@@ -97,7 +106,7 @@ std::string objeto(const std::string& archivo, const Incorporacion& i) {
 }
 
 std::string linea(const std::string& archivo, const Incorporacion& i) {
-    return fmt::format("{}: estación {}, {} muestras, {} nuevas, {} en conflicto\n", sinControles(archivo),
+    return fmt::format("{}: estación {}, {} muestras, {} nuevas, {} en conflicto\n", nombreVisible(archivo),
                        i.estacion, i.muestras, i.nuevas, i.conflictos);
 }
 
@@ -144,10 +153,10 @@ class Tanda {
                 contexto_.consola.aviso(
                     fmt::format("{}: esa imagen se había perdido en el archivo, y vuelve a estar: vea "
                                 "telvane-historico comprobar",
-                                sinControles(archivo)));
+                                nombreVisible(archivo)));
             }
             if (hecha.parcial) {
-                contexto_.consola.aviso(fmt::format("{}: imagen parcial, {} de {}", sinControles(archivo),
+                contexto_.consola.aviso(fmt::format("{}: imagen parcial, {} de {}", nombreVisible(archivo),
                                                     contados(std::ssize(bytes), "byte", "bytes"),
                                                     kBytesMemoria));
             }
@@ -165,7 +174,7 @@ class Tanda {
     }
 
     bool fallar(const std::string& archivo, const std::string& que) {
-        contexto_.consola.aviso(fmt::format("{}: {}", sinControles(archivo), que));
+        contexto_.consola.aviso(fmt::format("{}: {}", nombreVisible(archivo), que));
         return false;
     }
 

@@ -1,5 +1,7 @@
 #include "historico/tablas_sqlite.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <iterator>
 #include <set>
@@ -33,6 +35,15 @@ constexpr Dialecto kDialecto{
 std::string_view remedioAqui(const Falta& falta) {
     const bool deForma = falta.clase == Falta::Clase::forma || falta.clase == Falta::Clase::clave;
     return deForma ? kReponer : remedioDe(falta);
+}
+
+// As SQL takes it.
+std::string comoSeEscribe(const std::string& nombre) {
+    constexpr std::string_view kSinMas = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
+    const bool sinMas = !nombre.empty() && nombre.find_first_not_of(kSinMas) == std::string::npos &&
+                        (nombre.front() < '0' || nombre.front() > '9') &&
+                        sqlite3_keyword_check(nombre.c_str(), static_cast<int>(nombre.size())) == 0;
+    return sinMas ? nombre : entreComillas(nombre);
 }
 
 }  // namespace
@@ -81,7 +92,7 @@ Tablas TablasSqlite::debidas() const {
     return leerTablas(sql);
 }
 
-Tablas TablasSqlite::hay() const {
+Tablas TablasSqlite::hay(Claves cuales) const {
     Tablas tablas;
     Sentencia s(base_,
                 "SELECT m.name,c.name,c.type,c.\"notnull\" OR c.pk>0,c.pk FROM sqlite_master m JOIN "
@@ -100,10 +111,10 @@ Tablas TablasSqlite::hay() const {
     Sentencia k(
         base_,
         "SELECT m.name,i.name,k.name FROM sqlite_master m JOIN pragma_index_list(m.name) i JOIN "
-        "pragma_index_info(i.name) k WHERE m.type='table' AND i.\"unique\" AND i.origin<>'pk' AND NOT "
+        "pragma_index_info(i.name) k WHERE m.type='table' AND i.\"unique\" AND i.origin IN ('u',?1) AND NOT "
         "i.partial ORDER BY m.name,i.name,k.seqno");
     std::string anterior;
-    k.correr([&] {
+    k.poner(1, std::string_view(cuales == Claves::todas ? "c" : "u")).correr([&] {
         auto& claves = std::ranges::find(tablas, k.texto(0), &Tabla::nombre)->claves;
         if (std::exchange(anterior, k.texto(1)) != k.texto(1)) claves.emplace_back();
         claves.back().push_back(k.texto(2));
@@ -141,27 +152,54 @@ std::vector<std::string> TablasSqlite::faltan() const {
 
 std::vector<std::string> TablasSqlite::sobras() const {
     const auto deben = debidas();
-    auto lista = sobrasDe(deben, hay());
-    std::ranges::move(objetosAjenos(deben), std::back_inserter(lista));
+    auto lista = sobrasDe(deben, hay(Claves::declaradas));
+    std::ranges::move(indicesAjenos(deben), std::back_inserter(lista));
+    std::ranges::move(disparadoresAjenos(deben), std::back_inserter(lista));
     return lista;
 }
 
 // Other tables and views are whoever's; what hangs on ours changes what they hold.
-std::vector<std::string> TablasSqlite::objetosAjenos(const Tablas& deben) const {
+std::vector<std::string> TablasSqlite::disparadoresAjenos(const Tablas& deben) const {
     std::vector<std::string> lista;
-    Sentencia s(
-        base_,
-        "SELECT type,name,tbl_name FROM sqlite_master m WHERE type='trigger' OR (type='index' AND "
-        "EXISTS(SELECT 1 FROM pragma_index_list(m.tbl_name) i WHERE i.name=m.name AND i.\"unique\" AND "
-        "i.partial)) ORDER BY name");
+    Sentencia s(base_, "SELECT name,tbl_name FROM sqlite_master WHERE type='trigger' ORDER BY name");
     s.correr([&] {
-        const auto tabla = s.texto(2);
+        const auto tabla = s.texto(1);
         if (buscarTabla(deben, tabla) == nullptr && tabla != "lecturas") return;
-        const bool disparador = s.texto(0) == "trigger";
-        lista.push_back(fmt::format("{} tiene un {} que no es de este programa, {}: quítelo con DROP {} {}",
-                                    tabla, disparador ? "disparador" : "índice", s.texto(1),
-                                    disparador ? "TRIGGER" : "INDEX", s.texto(1)));
+        lista.push_back(
+            fmt::format("{} tiene un disparador que no es de este programa, {}: quítelo con DROP TRIGGER {}",
+                        tabla, s.texto(0), comoSeEscribe(s.texto(0))));
     });
+    return lista;
+}
+
+// One that refuses rows of ours. A key that is ours may be held by an index of somebody else.
+std::vector<std::string> TablasSqlite::indicesAjenos(const Tablas& deben) const {
+    struct Indice {
+        std::string nombre;
+        const Tabla* tabla;
+        bool propio;  // of a part of the rows, or of what is made of a column
+        Clave clave;
+    };
+    std::vector<Indice> indices;
+    Sentencia s(base_,
+                "SELECT m.name,i.name,i.partial OR k.name IS NULL,k.name FROM sqlite_master m JOIN "
+                "pragma_index_list(m.name) i JOIN pragma_index_info(i.name) k WHERE m.type='table' AND "
+                "i.\"unique\" AND i.origin='c' ORDER BY i.name,k.seqno");
+    s.correr([&] {
+        if (indices.empty() || indices.back().nombre != s.texto(1))
+            indices.push_back({s.texto(1), buscarTabla(deben, s.texto(0)), false, {}});
+        indices.back().propio |= s.entero(2) != 0;
+        indices.back().clave.push_back(s.texto(3));
+    });
+    std::vector<std::string> lista;
+    for (const auto& indice : indices) {
+        const bool estorba =
+            indice.tabla != nullptr && (indice.propio || !indice.tabla->tieneClave(indice.clave));
+        if (estorba)
+            lista.push_back(
+                fmt::format("{} tiene un índice que no es de este programa, {}: quítelo con DROP INDEX {}",
+                            indice.tabla->nombre, indice.nombre, comoSeEscribe(indice.nombre)));
+    }
     return lista;
 }
 

@@ -41,10 +41,13 @@ class TablasSqlite {
     std::vector<Parte> recienHechas() const;
     // Views and indexes.
     std::vector<Parte> partesPorReponer() const;
-    Tablas hay() const;
+    // What holds a key: the table itself, or an index that somebody made for it as well.
+    enum class Claves { declaradas, todas };
+    Tablas hay(Claves cuales = Claves::todas) const;
     Tablas debidas() const;
     std::vector<std::string> intrusos() const;
-    std::vector<std::string> objetosAjenos(const Tablas& deben) const;
+    std::vector<std::string> disparadoresAjenos(const Tablas& deben) const;
+    std::vector<std::string> indicesAjenos(const Tablas& deben) const;
     void reponerTablas();
     void hacerDeNuevo(const Tabla& tabla, const std::string& sql);
     void reponerValores();

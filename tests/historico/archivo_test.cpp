@@ -129,7 +129,7 @@ TEST_P(ArchivoPrueba, APartialImageWithoutSamplesIsTheSameBeforeAndAfterAWholeOn
     for (const auto& orden : {std::array{entera, parcial}, std::array{parcial, entera}}) {
         const auto otro = almacenes.nuevo();
         for (const auto& imagen : orden) Archivo(*otro).incorporar(imagen, {}, {});
-        EXPECT_THAT(Archivo(*otro).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
+        EXPECT_THAT(Archivo(*otro).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas, testing::IsEmpty());
     }
 }
 

@@ -2,15 +2,18 @@
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <regex>
+#include <set>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
 
 #include "platform/archivo.h"
 #include "platform/contrasena.h"
+#include "tests/apoyo/disco_chico.h"
 #include "tests/apoyo/leer_todo.h"
 #include "tests/historico/banco_ordenes.h"
 
@@ -366,6 +369,31 @@ TEST_F(Ordenes, TheCopyBeforeAMigrationReplacesNothing) {
         EXPECT_NE(archivo.path().extension(), ".parcial");
 }
 
+// What a writer that was killed left of its copy is nobody's; of a whole one no second is kept.
+TEST_F(Ordenes, AMigrationThatWasKilledLeavesNothingBehind) {
+    correr({"incorporar", imagen()});
+    const auto copia = archivo() + ".version" + std::to_string(std::ssize(esquema::kMigraciones) + 1);
+    BaseSqlite(archivo(), BaseSqlite::Acceso::lectura, std::chrono::seconds(1))
+        .ejecutar("VACUUM INTO '" + copia + "'");
+    const auto muerto = ::fork();
+    if (muerto == 0) ::_exit(0);
+    ::waitpid(muerto, nullptr, 0);
+    const auto deMuerto = copia + "." + std::to_string(muerto) + ".parcial";
+    const std::vector<std::string> ajenos = {copia + "." + std::to_string(::getppid()) + ".parcial",
+                                             copia + ".x.parcial", deMuerto + ".otro", archivo() + ".parcial",
+                                             carpeta / ("otro" + std::to_string(muerto))};
+    for (const auto& resto : {deMuerto, deMuerto + "-journal"}) std::ofstream(resto) << "resto";
+    for (const auto& ajeno : ajenos) std::ofstream(ajeno) << "ajeno";
+    AlmacenSqlite::abrirParaEscribir(archivo(), false,
+                                     conOtroPaso("ALTER TABLE imagenes ADD COLUMN ficha TEXT"));
+    std::set<std::string> quedan = {archivo(), archivo() + "-wal", archivo() + "-shm", copia,
+                                    carpeta / "a.rgt"};
+    quedan.insert(ajenos.begin(), ajenos.end());
+    for (const auto& lugar : std::filesystem::directory_iterator(carpeta.ruta()))
+        EXPECT_EQ(quedan.erase(lugar.path()), 1u) << lugar.path();
+    EXPECT_THAT(quedan, testing::IsSubsetOf({archivo() + "-wal", archivo() + "-shm"}));
+}
+
 TEST_F(Ordenes, AMigrationThatFailsChangesNothing) {
     correr({"incorporar", imagen()});
     EXPECT_THROW(AlmacenSqlite::abrirParaEscribir(
@@ -450,6 +478,16 @@ TEST_F(Ordenes, ASampleThatIsNotTheImagesIsFoundAndMadeGood) {
     EXPECT_EQ(correr({"comprobar"}).codigo, 0);
 }
 
+TEST_F(Ordenes, ComprobarCountsTheDefectsThatItDoesNotList) {
+    correr({"incorporar", imagen()});
+    sql("DELETE FROM muestras WHERE hora IN (SELECT hora FROM muestras ORDER BY hora LIMIT 14)");
+    const auto r = correr({"comprobar"});
+    EXPECT_THAT(r.salida, testing::HasSubstr("falta la muestra de"));
+    EXPECT_THAT(r.salida, testing::HasSubstr("y 4 defectos más"));
+    EXPECT_EQ(std::ranges::count(r.salida, '\n'), 11);
+    EXPECT_THAT(r.errores, testing::HasSubstr("defectos: 14"));
+}
+
 TEST_F(Ordenes, ImagenGivesBackEveryByte) {
     const auto ruta = imagen();
     correr({"incorporar", ruta});
@@ -464,7 +502,11 @@ TEST_F(Ordenes, ImagenGivesBackEveryByte) {
     EXPECT_EQ(aArchivo(), 0);
     EXPECT_EQ(aArchivo(), 1) << "an image that is there is not replaced";
     EXPECT_EQ(correr({"imagen", "00000000", "-"}).codigo, 1);
-    EXPECT_EQ(correr({"imagen", "1234567", "-"}).codigo, 2);
+    for (const auto& mala : {std::string("1234567"), std::string(65, '0'), std::string("1234567g")}) {
+        const auto uso = correr({"imagen", mala, "-"});
+        EXPECT_EQ(uso.codigo, 2) << mala;
+        EXPECT_THAT(uso.errores, testing::HasSubstr("de 8 a 64 cifras")) << mala;
+    }
 }
 
 TEST_F(Ordenes, NothingIsWrittenOverWhatItIsReadFrom) {
@@ -802,8 +844,26 @@ TEST_F(Ordenes, WhatHangsOnTheTablesAndIsNotOursIsNamed) {
               "testigos tiene un índice que no es de este programa, solo: quítelo con DROP INDEX solo",
               "DROP INDEX solo"},
              {"CREATE UNIQUE INDEX solo ON imagenes(origen,bytes)",
-              "la tabla imagenes tiene una clave que no es de este programa, (origen,bytes): quítela",
+              "imagenes tiene un índice que no es de este programa, solo: quítelo con DROP INDEX solo",
               "DROP INDEX solo"},
+             {"CREATE UNIQUE INDEX un ON descargas(estacion)",
+              "descargas tiene un índice que no es de este programa, un: quítelo con DROP INDEX un",
+              "DROP INDEX un"},
+             {"CREATE UNIQUE INDEX un ON descargas(estacion+1)",
+              "descargas tiene un índice que no es de este programa, un: quítelo con DROP INDEX un",
+              "DROP INDEX un"},
+             // What is told can be pasted, whatever the name.
+             {"CREATE TRIGGER \"mi aviso\" AFTER INSERT ON muestras BEGIN SELECT 1; END",
+              "disparador que no es de este programa, mi aviso: quítelo con DROP TRIGGER \"mi aviso\"",
+              "DROP TRIGGER \"mi aviso\""},
+             {"CREATE TRIGGER \"order\" AFTER INSERT ON muestras BEGIN SELECT 1; END",
+              "disparador que no es de este programa, order: quítelo con DROP TRIGGER \"order\"",
+              "DROP TRIGGER \"order\""},
+             {"CREATE UNIQUE INDEX \"el \"\"uno\"\"\" ON imagenes(origen)",
+              "índice que no es de este programa, el \"uno\": quítelo con DROP INDEX \"el \"\"uno\"\"\"",
+              "DROP INDEX \"el \"\"uno\"\"\""},
+             {"CREATE UNIQUE INDEX \"1\" ON imagenes(origen)",
+              "índice que no es de este programa, 1: quítelo con DROP INDEX \"1\"", "DROP INDEX \"1\""},
              {"ALTER TABLE imagenes ADD COLUMN nota TEXT",
               "la tabla imagenes tiene una columna que no es de este programa, nota: quítela",
               "ALTER TABLE imagenes DROP COLUMN nota"}}) {
@@ -1149,13 +1209,47 @@ TEST_F(Ordenes, NothingCopiedMakesNoArchive) {
                 HasSubstr("no existe la carpeta"));
 }
 
-TEST_F(Ordenes, OfAFolderOnlyFilesThatAreSeenAreTaken) {
+// A name that begins with a dot is one as well. What is not finished, ours or another program's, ends
+// otherwise, and some systems put a file of their own beside each.
+TEST_F(Ordenes, AFolderStandsForEachBaseFileInIt) {
     imagen();
-    guardar(".b.rgt", {1, 2, 3});
+    guardar(".b.rgt", ImagenPrueba().serie(0, 0, 60).bytes());
+    for (const auto* otro :
+         {"._a.rgt", "d.rgt.parcial", ".a.rgt.0123abcd", "d.rgt.parcial.anterior", ".rgt.json"})
+        guardar(otro, {1, 2, 3});
     std::filesystem::create_directory(carpeta / "c.rgt");
     const auto r = correr({"incorporar", carpeta.ruta().string()});
     EXPECT_EQ(r.codigo, 0) << r.errores;
-    EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 1);
+    EXPECT_THAT(r.salida, testing::MatchesRegex(".*/\\.b\\.rgt: estación .*\n.*/a\\.rgt: estación .*\n"));
+}
+
+TEST_F(Ordenes, ANameWithALineEndIsNotAnotherFiles) {
+    const auto rara = guardar("a\nb.rgt", ImagenPrueba().serie(0, 0, 50).bytes());
+    const auto vista = (carpeta / "a\uFFFDb.rgt").string();
+    EXPECT_THAT(correr({"incorporar", rara}).salida, testing::StartsWith(vista + ": estación "));
+    EXPECT_THAT(correr({"imagenes"}).salida, HasSubstr(vista));
+    EXPECT_THAT(correr({"--en", carpeta / "no\nhay.sqlite", "estado"}).errores,
+                HasSubstr("no\uFFFDhay.sqlite: "));
+}
+
+// SQLite says of it that files which it wants beside the archive are not there.
+TEST_F(Ordenes, AReadOnlyDiskIsToldAsThat) {
+    const DiscoChico disco(carpeta / "disco", "4m");
+    if (!disco.montado()) GTEST_SKIP() << "aquí no se puede montar";
+    const auto ruta = imagen();
+    const auto fijo = (carpeta / "disco" / "h.sqlite").string();
+    ASSERT_EQ(correr({"--en", fijo, "incorporar", ruta}).codigo, 0);
+    for (const auto* suyo : {"-wal", "-shm"}) std::filesystem::remove(fijo + suyo);
+    ASSERT_TRUE(disco.soloLectura());
+    correr({"incorporar", ruta});
+    for (const auto& orden : std::vector<std::vector<std::string>>{
+             {"--en", fijo, "incorporar", ruta}, {"--en", fijo, "rehacer"}, {"copiar", "--a", fijo}}) {
+        const auto r = correr(orden);
+        EXPECT_EQ(r.codigo, 1) << orden.back();
+        EXPECT_THAT(r.errores, HasSubstr(fijo + ": no se puede escribir en él: el disco es de solo lectura; "
+                                                "monte ese disco para escribir"))
+            << orden.back();
+    }
 }
 
 TEST_F(Ordenes, LimitsMayBeginAsSomeEditorsBeginAFile) {

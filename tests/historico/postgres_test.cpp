@@ -96,7 +96,7 @@ TEST(Servidor, PostgresqlThatHidesRowsIsToldAsARightThatIsMissing) {
         };
         cambiar("ENABLE");
         for (const auto& accion : std::vector<std::function<void()>>{
-                 [&] { Archivo(suyo).comprobar(*AlmacenSqlite::temporal(), [] {}); },
+                 [&] { Archivo(suyo).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas; },
                  [&] { Archivo(suyo).rehacer([] {}); }, [&] { incorporar(suyo, 20); }})
             EXPECT_THAT(motivoDe(accion), HasSubstr("el servidor no da permiso")) << tabla;
         cambiar("DISABLE");
@@ -119,7 +119,7 @@ TEST(Servidor, PostgresqlsSettingsReachNoTransaction) {
                       "mirar BEFORE INSERT ON telvane.imagenes FOR EACH ROW EXECUTE FUNCTION mirar()");
     EXPECT_EQ(incorporar(almacen, 10).nuevas, 10);
     servidor.ejecutar("ajustes", "DROP TRIGGER mirar ON telvane.imagenes");
-    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
+    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas, testing::IsEmpty());
 }
 
 TEST(Servidor, PostgresqlThatAnotherWritesToIsWaitedForAndTold) {
@@ -174,7 +174,7 @@ TEST(Servidor, PostgresqlWhoseVersionWasSetBackIsPutRightByTheNextImage) {
                 HasSubstr("la pone al día el próximo incorporar"));
     AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
     EXPECT_EQ(incorporar(almacen, 20).nuevas, 10);
-    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
+    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas, testing::IsEmpty());
     servidor.ejecutar("atrasada", "UPDATE telvane.esquema SET version=1; DROP TABLE telvane.contenidos");
     EXPECT_THAT(motivoDe([&] { AlmacenPostgres(url, true, std::chrono::seconds(10)); }),
                 HasSubstr("falta la tabla contenidos: recupere su copia"));
@@ -216,7 +216,7 @@ TEST(Servidor, PostgresqlTakesTwoImagesAtOnce) {
     const auto estacion = almacen.estacion("02080050").value();
     EXPECT_EQ(estacion.resumen.imagenes, 10);
     EXPECT_EQ(estacion.resumen.muestras, 190);
-    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
+    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas, testing::IsEmpty());
 }
 
 TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
@@ -225,7 +225,9 @@ TEST(Servidor, PostgresqlThatLacksAPartIsMadeGood) {
     AlmacenPostgres almacen(url, true, std::chrono::seconds(1));
     incorporar(almacen, 10);
     const auto antes = retrato(almacen);
-    const auto defectos = [&] { return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}); };
+    const auto defectos = [&] {
+        return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas;
+    };
     ASSERT_THAT(defectos(), testing::IsEmpty());
     for (const std::string cambio :
          {"DROP TABLE telvane.testigos CASCADE",
@@ -301,7 +303,9 @@ TEST(Servidor, PostgresqlThatLostAColumnOrAKeyNamesItAndGetsItBack) {
     AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
     incorporar(almacen, 10);
     const auto antes = retrato(almacen);
-    const auto defectos = [&] { return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}); };
+    const auto defectos = [&] {
+        return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas;
+    };
     struct Caso {
         std::string cambio;
         std::string falta;
@@ -370,7 +374,9 @@ TEST(Servidor, PostgresqlGivesWhatWasRenamedItsNameBack) {
     AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
     incorporar(almacen, 10);
     const auto antes = retrato(almacen);
-    const auto defectos = [&] { return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}); };
+    const auto defectos = [&] {
+        return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas;
+    };
     for (const std::string cambio :
          {"descargas RENAME COLUMN puerto TO otra", "imagenes RENAME COLUMN huella TO \"la \"\"otra\"",
           "estaciones RENAME COLUMN nombre TO otra", "contenidos RENAME COLUMN datos TO otra",
@@ -410,7 +416,7 @@ TEST(Servidor, PostgresqlThatDoesNotSayOfWhichVersionItIsIsPutRight) {
             testing::IsEmpty())
             << cambio;
         AlmacenPostgres almacen(url, false, std::chrono::seconds(10));
-        EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty())
+        EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas, testing::IsEmpty())
             << cambio;
         EXPECT_EQ(retrato(almacen), antes) << cambio;
     }
@@ -430,7 +436,8 @@ TEST(Servidor, PostgresqlThatLostWhatNothingTellsAgainSaysSoInSpanish) {
                                          " DROP COLUMN " + columna + " CASCADE");
         const auto falta = "a la tabla " + tabla + " le falta la columna " + columna +
                            ": recupere su copia, o haga otro archivo con los .rgt guardados";
-        EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::Contains(falta));
+        EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas,
+                    testing::Contains(falta));
         EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }), HasSubstr(falta));
     }
 }
@@ -440,7 +447,9 @@ TEST(Servidor, PostgresqlNamesWhatHangsOnItsTablesAndIsNotOurs) {
     const auto url = servidor.baseVacia("ajenos");
     AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
     incorporar(almacen, 10);
-    const auto defectos = [&] { return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}); };
+    const auto defectos = [&] {
+        return Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas;
+    };
     servidor.ejecutar("ajenos",
                       "CREATE TABLE telvane.mias(a integer PRIMARY KEY CHECK (a>0)); CREATE INDEX rapido ON "
                       "telvane.muestras(hora); CREATE VIEW telvane.vistas AS SELECT * FROM telvane.lecturas");
@@ -510,7 +519,7 @@ TEST(Servidor, PostgresqlWithAnEmptySchemaIsNoArchiveYet) {
                 HasSubstr("no hay archivo histórico todavía"));
     AlmacenPostgres almacen(suya, true, std::chrono::seconds(1));
     EXPECT_EQ(incorporar(almacen, 10).nuevas, 10);
-    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}), testing::IsEmpty());
+    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas, testing::IsEmpty());
 }
 
 // An archive in a file, as an earlier version of this program wrote it: a name's bytes as they were.
@@ -636,7 +645,9 @@ TEST(Servidor, PostgresqlWithStationsOnAnotherServerAnswersAsOneAlone) {
         EXPECT_EQ(tomar(repartido, imagen).nuevas, tomar(*solo, imagen).nuevas);
     const auto debido = retrato(*solo);
     EXPECT_EQ(retrato(repartido), debido);
-    const auto defectos = [&] { return Archivo(repartido).comprobar(*AlmacenSqlite::temporal(), [] {}); };
+    const auto defectos = [&] {
+        return Archivo(repartido).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas;
+    };
     EXPECT_THAT(defectos(), testing::IsEmpty());
     EXPECT_THAT(Archivo(repartido).rehacer([] {}).fallos, testing::IsEmpty());
     EXPECT_THAT(defectos(), testing::IsEmpty());
