@@ -5,6 +5,7 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -67,22 +68,21 @@ struct Caso {
 };
 
 constexpr const char* kDesaparecido = "ha desaparecido";
+constexpr const char* kDeMas = "el registrador envió bytes de más. Revise el cable y el adaptador";
+constexpr const char* kCallado =
+    "el registrador dejó de responder a mitad de la comunicación: revise el cable";
 const std::vector<std::string> kDescargar = {"descargar", "--reintentos", "0", "--espera", "1"};
 const std::vector<Caso> kCasos = {
     {"sonda:byte=5:silencio", {"buscar"}, 0, ""},
     {"lectura:byte=0:perder", {"configuracion"}, 0, "el registrador no responde"},
     {"lectura:byte=0:demora=3500", {"configuracion"}, 0, "el registrador no responde"},
     {"lectura:byte=0:demora=600", {"configuracion"}, 0, ""},
-    {"lectura:byte=60:insertar=1",
-     {"configuracion"},
-     0,
-     "el registrador envió bytes de más. Revise el cable"},
-    {"lectura:byte=70:doblar", {"configuracion"}, 0, "el registrador envió bytes de más. Revise el cable"},
+    {"lectura:byte=60:insertar=1", {"configuracion"}, 0, kDeMas},
+    {"lectura:byte=70:doblar", {"configuracion"}, 0, kDeMas},
     {"lectura:byte=20:invertir", {"configuracion"}, 0, ""},
     {"descarga:byte=1:cambiar=AB", kDescargar, 1, "respuesta inesperada del registrador"},
     {"descarga:bloque=3:byte=10:insertar=40", kDescargar, 1, "quedan 3 de 4096 bloques"},
-    {"descarga:bloque=2:silencio", kDescargar, 1,
-     "el registrador dejó de responder a mitad de la comunicación: revise el cable"},
+    {"descarga:bloque=2:silencio", kDescargar, 1, kCallado},
     {"descarga:bloque=5:byte=63:colgar", kDescargar, 1, kDesaparecido},
 };
 
@@ -124,11 +124,16 @@ TEST(FallosEnUnPty, EachEndsAsInTheGridAndTheSameCommandSucceedsAfterwards) {
     probar(kCasos, false);
 }
 
-// What a device does, a server passes on; that it is gone, it tells by hanging up.
+// What a device does, a server passes on; that it is gone, it tells by hanging up. There is more to look at.
 std::vector<Caso> casosPorRed() {
+    const std::map<std::string_view, const char*> porRed = {
+        {kDesaparecido, "se cortó la conexión con 127.0.0.1"},
+        {kDeMas, "el registrador envió bytes de más. Revise el servidor de puertos y el cable"},
+        {kCallado, "el registrador dejó de responder a mitad de la comunicación: revise la red"},
+    };
     auto casos = kCasos;
     for (auto& caso : casos) {
-        if (std::string_view(caso.dice) == kDesaparecido) caso.dice = "se cortó la conexión con 127.0.0.1";
+        if (const auto otro = porRed.find(caso.dice); otro != porRed.end()) caso.dice = otro->second;
     }
     return casos;
 }
