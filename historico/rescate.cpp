@@ -162,15 +162,16 @@ void Rescate::fundirHuerfanas() {
         return (!grupo.fila || esInventado(grupo.fila->nombre)) && !grupo.piezas.empty() &&
                std::ranges::all_of(grupo.piezas, [&](std::size_t cual) { return piezas_[cual].seLee; });
     };
-    for (const auto& [id, huerfana] : grupos_) {
+    for (const auto& grupo : grupos_) {
+        const auto& huerfana = grupo.second;
         if (!esHuerfana(huerfana)) continue;
         const auto suya = std::ranges::find_if(grupos_, [&](const auto& otra) {
-            return otra.first != id && otra.second.fila && !esInventado(otra.second.fila->nombre) &&
+            return otra.first != grupo.first && otra.second.fila && !esInventado(otra.second.fila->nombre) &&
                    otra.second.serie == huerfana.serie && concuerdan(huerfana, otra.second);
         });
         if (suya == grupos_.end()) continue;
         for (const auto cual : huerfana.piezas) piezas_[cual].estacion = suya->first;
-        fundidas_.insert(id);
+        fundidas_.insert(grupo.first);
     }
     if (!fundidas_.empty()) agrupar();
 }
