@@ -33,6 +33,8 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t kCabecera = 448;
 constexpr int kPasosPorJornada = 60;
+constexpr int kPasosHastaElFin = 3;
+constexpr const char* kSalir = "Salir";
 
 // One thing on the screen, as it was when it was looked at.
 struct Cosa {
@@ -100,7 +102,7 @@ std::optional<Vista> vistaDe(const std::vector<Cosa>& cosas) {
     v.descargar = boton("Importar datos desde equipo y exportar a excell (csv)");
     v.exportar = boton("Exportar Eventos (.txt) y Base de Datos (.xls)");
     v.abrir = boton("Abrir Archivo Base (.rgt)");
-    v.salir = boton("Salir");
+    v.salir = boton(kSalir);
     const auto* serie = exacta("text", "Nro de Serie");
     v.serie = serie && serie->habilitada;
     v.parar = para != nullptr;
@@ -201,7 +203,15 @@ class Jornada {
         orden.insert(orden.begin(), PROGRAMA_XDOTOOL);
         Proceso(orden, escritorio_.entorno()).terminar();
     }
-    void clic(int x, int y) { xdotool({"mousemove", std::to_string(x), std::to_string(y), "click", "1"}); }
+    void clic(int x, int y) {
+        const bool enSalir = std::ranges::any_of(cosas_, [&](const Cosa& c) {
+            return c.nombre == kSalir && x >= c.lugar.x && x < c.lugar.x + c.lugar.ancho && y >= c.lugar.y &&
+                   y < c.lugar.y + c.lugar.alto;
+        });
+        if (enSalir) pideSalir();
+        xdotool({"mousemove", std::to_string(x), std::to_string(y), "click", "1"});
+    }
+    void pideSalir() { puedeAcabar_ = kPasosHastaElFin; }
 
     void actuar() {
         switch (tirar(azar_, 12)) {
@@ -233,9 +243,8 @@ class Jornada {
         }
         if (posibles.empty()) return;
         const auto& cosa = uno(azar_, posibles);
-        if (cosa.nombre == "Salir" && tirar(azar_, 10) > 0) return;
+        if (cosa.nombre == kSalir && tirar(azar_, 10) > 0) return;
         hecho_.push_back(cosa.papel + " " + cosa.nombre);
-        seAcaba_ = cosa.nombre == "Salir";
         clic(cosa.lugar.x + cosa.lugar.ancho / 2, cosa.lugar.y + cosa.lugar.alto / 2);
     }
     void teclear() {
@@ -244,7 +253,11 @@ class Jornada {
         if (tirar(azar_, 4) == 0) {
             xdotool({"type", "--delay", "5", std::to_string(10000000 + tirar(azar_, 80000000))});
         } else {
-            xdotool({"key", uno(azar_, kTeclas)});
+            const std::string tecla = uno(azar_, kTeclas);
+            const bool pulsa = tecla == "Return" || tecla == "space";
+            const auto salir = pulsa ? accesibilidad_->raiz().buscar("push button", kSalir) : std::nullopt;
+            if (salir && salir->enfocado()) pideSalir();
+            xdotool({"key", tecla});
         }
     }
     // The wire is pulled, or another one is plugged in.
@@ -269,7 +282,7 @@ class Jornada {
             hallazgo_ = fmt::format("ends with {}, and not with {}", suyo.value_or(-1), estado);
             return;
         }
-        seAcaba_ = false;
+        puedeAcabar_ = 0;
         sabido_.clear();
         leyes_ = {};
         empezar();
@@ -283,10 +296,11 @@ class Jornada {
 
     void mirar() {
         if (const auto estado = programa_->terminar(Proceso::Plazo(0))) {
-            if (!seAcaba_ || *estado != 0) hallazgo_ = fmt::format("ends by itself with {}", *estado);
+            if (puedeAcabar_ == 0 || *estado != 0) hallazgo_ = fmt::format("ends by itself with {}", *estado);
             if (hallazgo_.empty()) acabado(0);
             return;
         }
+        if (puedeAcabar_ > 0) --puedeAcabar_;
         ver();
         mirarPregunta();
         if (buscar(cosas_, "label", "Error en tiempo de ejec") != nullptr)
@@ -378,7 +392,8 @@ class Jornada {
     LeyesDeReposo leyes_;
     // A question that was on the screen lets one erasure happen until then; none: nobody asked.
     std::chrono::steady_clock::time_point permitidoHasta_{};
-    bool seAcaba_ = false;
+    // Looks at the screen within which the end that he asked for may come.
+    int puedeAcabar_ = 0;
 };
 
 TEST(OperadorE2e, TheLawsHoldWhateverHeDoes) {
