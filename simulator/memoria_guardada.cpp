@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "data/clase_de_archivo.h"
 #include "link/protocolo.h"
 #include "platform/archivo.h"
 #include "platform/guardado.h"
@@ -43,8 +44,8 @@ std::string cual(const Destino& destino) {
                : fmt::format("{}, que lleva a {},", pedido, nombreVisible(destino.ruta));
 }
 
-// It is written over with the first change: somebody's letter named by mistake is not ours, whatever the name
-// of a link that leads to it.
+// It is written over with the first change: somebody's letter named by mistake is not ours, whatever its name
+// and that of a link that leads to it.
 std::vector<std::uint8_t> leer(const Destino& destino) {
     auto imagen = leerArchivo(destino.pedido, kBytesMemoria + 1);
     if (imagen.size() > kBytesMemoria)
@@ -54,6 +55,10 @@ std::vector<std::uint8_t> leer(const Destino& destino) {
         throw std::runtime_error(
             fmt::format("{} no parece una memoria, que mide {} bytes o termina en .rgt: dé otro --memoria",
                         cual(destino), kBytesMemoria));
+    }
+    if (const auto clase = otraClase(imagen); !clase.empty()) {
+        throw std::runtime_error(fmt::format(
+            "{} no es la memoria de un registrador, sino {}: dé otro --memoria", cual(destino), clase));
     }
     return imagen;
 }

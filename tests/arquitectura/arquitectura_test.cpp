@@ -25,7 +25,8 @@ using testing::Not;
 
 using Capas = std::set<std::string>;
 
-// Each layer and the layers it may know. The simulator knows the layout of a record (headers of data/ only).
+// Each layer and the layers it may know. The simulator knows the layout of a record and what a
+// file is, no decoder.
 const std::map<std::string, Capas>& flechas() {
     static const std::map<std::string, Capas> kFlechas{
         {"platform", {}},

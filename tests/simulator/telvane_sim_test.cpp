@@ -13,6 +13,8 @@
 
 #include "link/protocolo.h"
 #include "loggerconfig/datos_config.h"
+#include "simulator/memoria_guardada.h"
+#include "simulator/memoria_simulada.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/leer_todo.h"
 #include "tests/apoyo/proceso.h"
@@ -328,6 +330,43 @@ TEST_F(TelvaneSim, ALinksNameMakesNoMemoryOfWhatItLeadsTo) {
         EXPECT_THAT(queja, testing::ContainsRegex("que lleva a .*carta.txt, no parece una memoria"));
     }
     EXPECT_EQ(leerTodo(carpeta / "carta.txt"), "valioso");
+}
+
+TEST_F(TelvaneSim, ATextIsNoMemoryThoughItsNameEndsLikeOne) {
+    const std::string carta = "Estimada señora:\nno borre esta carta.\n";
+    std::ofstream(carpeta / "carta.rgt") << carta;
+    fs::create_symlink("carta.rgt", carpeta / "m.rgt");
+    for (const auto* nombre : {"carta.rgt", "m.rgt"}) {
+        EXPECT_EQ(rechazado(orden({"--memoria", carpeta / nombre})), 1);
+        EXPECT_THAT(queja, testing::ContainsRegex(
+                               "carta.rgt,? no es la memoria de un registrador, sino un texto: dé otro "
+                               "--memoria\n"));
+        EXPECT_FALSE(hayEnlace(enlace));
+    }
+    EXPECT_EQ(leerTodo(carpeta / "carta.rgt"), carta);
+}
+
+// Whole, erased, and as much of it as a broken download left.
+TEST_F(TelvaneSim, WhatItKeptIsTakenAgain) {
+    const Clima clima(3);
+    const auto guarda = [&](const Bytes& imagen) {
+        const auto ruta = carpeta / "guardada.rgt";
+        fs::remove(ruta);
+        MemoriaGuardada(ruta).guardar(imagen);
+        EXPECT_EQ(MemoriaGuardada(ruta).leida(), imagen);
+    };
+    auto borrada = memoriaSimulada(clima);
+    guarda(borrada);
+    borrarMuestras(borrada);
+    guarda(borrada);
+    for (const auto* serie : {"20202020", "41424344", "00000000", "25504446"}) {
+        ponerSerie(borrada, serie);
+        for (const std::size_t largo : {0, 1, 4, 5, 63, 64, 383, 384, 4096}) {
+            guarda(Bytes(borrada.begin(), borrada.begin() + static_cast<std::ptrdiff_t>(largo)));
+            if (HasFailure()) FAIL() << serie << ", " << largo;
+        }
+        guarda(borrada);
+    }
 }
 
 // Its length may be a memory's.
