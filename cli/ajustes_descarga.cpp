@@ -404,11 +404,9 @@ class Lector {
 
     // A password is nobody else's.
     std::string guardado(std::string valor) const {
-        auto tapado = valor;
-        ocultarContrasena(tapado);
         struct stat datos {};
         const bool otrosLeen = ::stat(archivo_.c_str(), &datos) != 0 || (datos.st_mode & S_IROTH) != 0;
-        if (tapado != valor && otrosLeen)
+        if (otrosLeen && sinContrasena(valor) != valor)
             mal("lleva una contraseña y todos pueden leer el archivo: " + soloSuyos());
         return valor;
     }

@@ -51,10 +51,6 @@ std::string archivoDe(const AjustesDescarga& ajustes) {
     return ajustes.archivo.empty() ? (fs::path(TELVANE_CARPETA_DESCARGAS) / "historico.sqlite").string()
                                    : ajustes.archivo;
 }
-std::string sinContrasena(std::string destino) {
-    ocultarContrasena(destino);
-    return destino;
-}
 
 // NAME_2026-11-21_021913.rgt
 bool esImagenDe(const AjustesDescarga& ajustes, const std::string& archivo) {

@@ -263,7 +263,7 @@ TEST_F(Estaciones, APasswordThatAllCanReadIsRefusedAndNeverShown) {
     ASSERT_EQ(::chmod(archivo.c_str(), 0640), 0);
     const auto s = listar({"--json"});
     EXPECT_EQ(s.codigo, CodigoSalida::hecho);
-    EXPECT_THAT(s.salida, HasSubstr("postgresql://yo:*******@s/x"));
+    EXPECT_THAT(s.salida, HasSubstr("postgresql://yo:…@s/x"));
     EXPECT_THAT(r.errores + r.salida + s.salida + s.errores, Not(HasSubstr("secreta")));
     for (const auto* direccion : {"postgresql://yo@s/x?passw%6frd=secreta", "postgresql://yo:se?creta@s/x"}) {
         ASSERT_EQ(

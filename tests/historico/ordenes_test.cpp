@@ -12,7 +12,6 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/archivo.h"
-#include "platform/contrasena.h"
 #include "tests/apoyo/disco_chico.h"
 #include "tests/apoyo/leer_todo.h"
 #include "tests/historico/banco_ordenes.h"
@@ -1372,19 +1371,6 @@ TEST_F(Ordenes, NoOutputTakesTheArchivesPlace) {
     }
     EXPECT_EQ(correr({"comprobar"}).codigo, 0);
     EXPECT_EQ(correr({"--en", otro, "comprobar"}).codigo, 0);
-}
-
-TEST(Contrasena, IsOverwrittenWhereverAnAddressHoldsIt) {
-    const auto tapada = [](std::string texto) {
-        ocultarContrasena(texto);
-        return texto;
-    };
-    EXPECT_EQ(tapada("postgresql://yo:se:cr@s/x"), "postgresql://yo:*****@s/x");
-    EXPECT_EQ(tapada("--en=postgres://yo:abc@s:5432/x?a=b:c@d"), "--en=postgres://yo:***@s:5432/x?a=b:c@d");
-    EXPECT_EQ(tapada("postgresql://yo@s:5432/x?password=abc&b=1"),
-              "postgresql://yo@s:5432/x?password=***&b=1");
-    EXPECT_EQ(tapada("postgresql://yo@s:5432/x"), "postgresql://yo@s:5432/x");
-    EXPECT_EQ(tapada("carpeta/a:b@c"), "carpeta/a:b@c");
 }
 
 }  // namespace
