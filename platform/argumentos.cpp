@@ -247,12 +247,13 @@ std::vector<std::string> Argumentos::conMarcas(const std::vector<std::string>& a
     return todos;
 }
 
-// What somebody typed may stand in it: it stays one line, and an address shows no secret.
+// What somebody typed may stand in it: it stays one line, which marks what cannot be shown, and an address
+// shows no secret.
 LineaLeida Argumentos::malUso(const std::vector<std::string>& argumentos, const std::string& motivo) const {
     const auto* orden = ordenDe(argumentos);
     const auto donde = orden == nullptr ? nombre_ : fmt::format("{} {}", nombre_, orden->get_name());
     return {LineaLeida::Que::malUso,
-            fmt::format("{}\n({} --help)", sinContrasenas(sinControles(motivo)), donde)};
+            fmt::format("{}\n({} --help)", sinContrasenas(nombreVisible(motivo)), donde)};
 }
 
 // The one that a line names, also one that cannot be understood.
@@ -316,6 +317,7 @@ bool Argumentos::faltaOrden() const {
 std::vector<std::string> Argumentos::sobran() const {
     auto palabras = app_->remaining(true);
     std::erase(palabras, "--");
+    std::ranges::transform(palabras, palabras.begin(), sinMarca);
     return palabras;
 }
 

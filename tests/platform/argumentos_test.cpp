@@ -113,6 +113,26 @@ TEST_F(ArgumentosDeLinea, WordsTooManyAreQuotedOneByOneAndTheMarkIsNone) {
     EXPECT_EQ(cifras, "--");
 }
 
+TEST_F(ArgumentosDeLinea, WhatCannotBeShownIsMarkedWhereverItStands) {
+    constexpr auto kQueja = "no se entiende \"--a\uFFFDb\uFFFD\"\n(programa convertir --help)";
+    EXPECT_EQ(leer({"a", "--a\nb\x7f"}).texto, kQueja);
+    EXPECT_EQ(leer({"a",
+                    "--a\x1b"
+                    "b\u009b"})
+                  .texto,
+              kQueja);
+    EXPECT_EQ(leer({"a",
+                    "--a\xff"
+                    "b\u202e"})
+                  .texto,
+              kQueja);
+    Argumentos linea("programa", "1", "");
+    linea.orden("buscar", "");
+    EXPECT_EQ(linea.leer({"bus\ncar"}).texto, "no hay una orden \"bus\uFFFDcar\"\n(programa --help)");
+    EXPECT_EQ(linea.leer({"buscar", "[x\t", "\x1f"}).texto,
+              "no se entiende \"[x\uFFFD\", \"\uFFFD\"\n(programa buscar --help)");
+}
+
 TEST_F(ArgumentosDeLinea, ANameThatBeginsLikeAnOptionGetsAdvice) {
     EXPECT_THAT(leer({"-a.rgt", "x.csv"}).texto,
                 StartsWith("no se entiende \"-a.rgt\"; si es un archivo, escríbalo ./-a.rgt\n"));
