@@ -157,12 +157,13 @@ void ArchivoParcial::reemplazar(Bytes imagen) {
     propio_ = true;
 }
 
-// Never over an earlier one.
+// Never over an earlier one. However long the base file's name, this one tells that it is a part.
 fs::path ArchivoParcial::apartar() {
     Destino aparte{.pedido = ruta_, .nuevo = true};
     int motivo = EEXIST;
     for (int vez = 1; motivo == EEXIST; ++vez) {
-        aparte.ruta = conSufijo(ruta_, vez == 1 ? ".anterior" : fmt::format(".{}.anterior", vez));
+        const auto cual = vez == 1 ? std::string() : fmt::format(".{}", vez);
+        aparte.ruta = conSufijo(destino_.ruta, fmt::format("{}{}.anterior", kParcial, cual));
         motivo = colocar(ruta_, aparte);
     }
     exigir(motivo);

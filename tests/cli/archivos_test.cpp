@@ -10,8 +10,10 @@
 
 #include <fmt/format.h>
 
+#include "cli/archivo_parcial.h"
 #include "data/archivo_base.h"
 #include "platform/descriptor.h"
+#include "platform/texto_visible.h"
 #include "tests/apoyo/disco_chico.h"
 #include "tests/cli/cli_prueba.h"
 
@@ -426,6 +428,37 @@ TEST_F(Parcial, OfAnotherLoggerIsSetAsideAndNeverOverAnEarlierOne) {
     EXPECT_THAT(leerTodo(carpeta / "a.rgt.parcial.anterior"), StartsWith("uno"));
     EXPECT_THAT(leerTodo(carpeta / "a.rgt.parcial.2.anterior"), StartsWith("dos"));
     EXPECT_THAT(leerTodo(carpeta / "a.rgt.parcial.3.anterior"), StartsWith("tres"));
+}
+
+// Every length at which the system's longest name is near, and every place at which a character may stand.
+TEST_F(Parcial, SetAsideUnderALongNameIsStillOne) {
+    const auto letra = [](char c) {
+        return std::vector<std::uint8_t>(kBytesBloque, static_cast<std::uint8_t>(c));
+    };
+    for (std::size_t largo = 240; largo <= 255; ++largo) {
+        for (const std::string_view caracter : {"n", "ñ", "€", "𝄞"}) {
+            const CarpetaTemporal lugar;
+            std::string nombre((largo - 4) % caracter.size(), 'n');
+            while (nombre.size() + 4 < largo) nombre += caracter;
+            nombre += ".rgt";
+            std::vector<std::string> apartados;
+            for (const char c : {'a', 'b', 'c'}) {
+                ArchivoParcial parcial(revisarDestino(lugar / nombre),
+                                       [](auto, auto, auto) { return false; });
+                if (const auto aparte = parcial.recibir(letra(c))) apartados.push_back(aparte->filename());
+                EXPECT_THAT(parcial.ruta().filename().string(), EndsWith(".parcial"));
+            }
+            ASSERT_THAT(apartados,
+                        ElementsAre(EndsWith(".parcial.anterior"), EndsWith(".parcial.2.anterior")))
+                << nombre;
+            for (const auto& apartado : apartados) {
+                EXPECT_LE(apartado.size(), 255U) << nombre;
+                EXPECT_EQ(utf8Valido(apartado), apartado);
+                EXPECT_EQ(leerTodo(lugar / apartado), comoTexto(letra(apartado == apartados[0] ? 'a' : 'b')));
+            }
+            EXPECT_THAT(nombresEn(lugar.ruta()), testing::SizeIs(3));
+        }
+    }
 }
 
 TEST_F(Parcial, OfOtherContentIsSetAsideWhole) {
