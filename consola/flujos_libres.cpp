@@ -30,9 +30,8 @@ std::string motivoContra(int descriptor, std::string_view que, const ArchivosLei
     }
     std::error_code sinNombre;
     const auto ruta = std::filesystem::read_symlink(fmt::format("/proc/self/fd/{}", descriptor), sinNombre);
-    if (sinNombre || !esDeUnaBaseDeDatos(ruta)) return {};
-    return fmt::format(
-        "no se pudo guardar {}: ahí está un archivo histórico u otra base de datos; dé otro nombre", que);
+    const auto motivo = sinNombre ? std::string_view{} : motivoDeBaseDeDatos(ruta);
+    return motivo.empty() ? std::string() : std::string(noGuardado(que, motivo).what());
 }
 
 }  // namespace

@@ -28,6 +28,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kSeLee = "de ahí se lee lo que se guarda. Dé otro nombre";
+constexpr std::string_view kDeUnaBase = "ahí está un archivo histórico u otra base de datos; dé otro nombre";
 
 // Inner failure: the reason on its way to the one place that names the file.
 struct Fallo {
@@ -196,8 +197,6 @@ void exigirQueSePuedaReemplazar(const Vista& vista, const ReglaDestino& regla) {
 // What stands there already. A file that may not be written is not replaced either, although the folder's
 // permission would allow it.
 void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
-    constexpr std::string_view kDeUnaBase =
-        "ahí está un archivo histórico u otra base de datos; dé otro nombre";
     const auto vista = mirar(destino.ruta, std::max(kComienzoDeBase.size(), destino.nuevo ? 0 : regla.vista));
     if (!vista.esta && vista.motivo != ENOENT) fallar(vista.motivo);
     if (vista.esta && S_ISDIR(vista.datos.st_mode)) fallar(EISDIR);
@@ -304,8 +303,9 @@ void ArchivosLeidos::exigirOtro(int descriptor, std::string_view nombre) const {
     if (suya && identidades_.contains(*suya)) throw ErrorNombre(noGuardado(nombre, kSeLee).what());
 }
 
-bool esDeUnaBaseDeDatos(const fs::path& ruta) {
-    return mirar(ruta, kComienzoDeBase.size()).esBaseDeDatos() || estaJuntoAUnaBase(ruta);
+std::string_view motivoDeBaseDeDatos(const fs::path& ruta) {
+    const bool esta = mirar(ruta, kComienzoDeBase.size()).esBaseDeDatos() || estaJuntoAUnaBase(ruta);
+    return esta ? kDeUnaBase : std::string_view{};
 }
 
 fs::path Destino::carpeta() const {

@@ -90,8 +90,9 @@ struct Destino {
 // nor, where the rule lets it, a stream. Writes nothing.
 Destino revisarDestino(const std::filesystem::path& ruta, const ReglaDestino& regla = {});
 
-// Whether a data base stands there, or a file that holds what is not yet in the one beside it.
-bool esDeUnaBaseDeDatos(const std::filesystem::path& ruta);
+// Why nothing may be written where a data base stands, or a file that holds what is not yet in the one beside
+// it; empty: there is none.
+std::string_view motivoDeBaseDeDatos(const std::filesystem::path& ruta);
 
 // A text that is equal for two names of the same file, also before it is there: of what is there, its place
 // on the disk, of anything else the folder's and the name.

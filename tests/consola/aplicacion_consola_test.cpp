@@ -53,6 +53,15 @@ TEST_F(Corrida, NothingIsWrittenIntoADataBaseThatAStreamLeadsTo) {
     const std::string base = std::string("SQLite format 3\0", 16) + "lo de muchos años";
     std::ofstream(carpeta / "h.sqlite", std::ios::binary) << base;
     std::ofstream(carpeta / "h.sqlite-wal", std::ios::binary) << "lo de hoy";
+    // In the words in which a file of that name is refused.
+    const std::string motivo(motivoDeBaseDeDatos(carpeta / "h.sqlite"));
+    try {
+        static_cast<void>(revisarDestino(carpeta / "h.sqlite"));
+        ADD_FAILURE();
+    } catch (const ErrorNombre& error) {
+        EXPECT_STREQ(error.what(), noGuardado(carpeta / "h.sqlite", motivo).what());
+    }
+    EXPECT_EQ(motivoDeBaseDeDatos(carpeta / "h.txt"), "");
     bool hecho = false;
     const auto rehusa = [&](const std::vector<std::string>& linea) {
         EXPECT_EQ(correr(linea, [&] { hecho = true; }), 2);
@@ -66,13 +75,11 @@ TEST_F(Corrida, NothingIsWrittenIntoADataBaseThatAStreamLeadsTo) {
             for (const auto* palabra : {"hacer", "--help", "no hay"}) {
                 entorno.salida = ajeno();
                 rehusa({palabra});
-                EXPECT_THAT(errores.texto(),
-                            HasSubstr("la salida de la orden: ahí está un archivo histórico"));
+                EXPECT_THAT(errores.texto(), HasSubstr("la salida de la orden: " + motivo));
                 entorno.salida = salida.descriptor();
                 entorno.errores = ajeno();
                 rehusa({palabra});
-                EXPECT_THAT(salida.texto(),
-                            HasSubstr("lo que la orden avisa: ahí está un archivo histórico"));
+                EXPECT_THAT(salida.texto(), HasSubstr("lo que la orden avisa: " + motivo));
                 entorno.salida = entorno.errores = ajeno();
                 rehusa({palabra});
                 entorno.salida = salida.descriptor();
