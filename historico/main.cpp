@@ -7,25 +7,14 @@
 
 #include "consola/proceso_consola.h"
 #include "historico/aplicacion.h"
-#include "platform/bucle_posix.h"
 #include "platform/contrasena.h"
-#include "platform/reloj.h"
 
 int main(int argc, char** argv) {
     using namespace telvane;
-    const auto flujos = flujosHeredados();
-    BuclePosix bucle;
-    const RelojSistema reloj;
-    EntornoHistorico entorno{
-        {.bucle = bucle,
-         .reloj = reloj,
-         .correrHasta = [&](const auto& condicion,
-                            auto plazo) { return bucle.correrHasta(condicion, plazo); },
-         .entrada = flujos.entrada,
-         .salida = flujos.salida,
-         .errores = flujos.errores},
-        {.ahora = [] { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }}};
-    const SenalesConsola senales(bucle, entorno);
+    ProcesoConsola proceso;
+    auto entorno = proceso.entorno<EntornoHistorico>(EquipoHistorico{
+        .ahora = [] { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }});
+    const SenalesConsola senales(proceso.bucle(), entorno);
     const std::vector<std::string> argumentos(argv + (argc > 0), argv + argc);
     // Everybody can read the line that a process was started with.
     for (int i = 1; i < argc; ++i) ocultarContrasena(std::span(argv[i], std::strlen(argv[i])));
