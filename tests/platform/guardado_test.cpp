@@ -192,45 +192,37 @@ TEST_F(Guardado, ANameOfTheGreatestLengthFitsAndALongerOneIsRefused) {
     EXPECT_EQ(entradas(), 1u);
 }
 
-TEST_F(Guardado, AWriteProtectedFileIsRefusedAlthoughItsFolderIsNot) {
-    guardarAtomico(ruta("x.csv"), "viejo");
-    fs::permissions(ruta("x.csv"), fs::perms(0444));
-    fs::permissions(carpeta_, fs::perms(0777));
-    EXPECT_EXIT(
-        guardarComoCualquiera(
-            ruta("x.csv"),
-            noGuardado(ruta("x.csv"), "no hay permiso. Pida acceso al administrador, o dé otro nombre")
-                .what()),
-        ::testing::ExitedWithCode(0), "");
-    EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
-    EXPECT_EQ(entradas(), 1u);
+class SinPermiso : public Guardado {
+   protected:
+    // With these rights of the file and of its folder nobody but root saves it, and is told why.
+    void exigirNegativa(fs::perms deArchivo, fs::perms deCarpeta, std::string_view motivo) {
+        guardarAtomico(ruta("x.csv"), "viejo");
+        fs::permissions(ruta("x.csv"), deArchivo);
+        fs::permissions(carpeta_, deCarpeta);
+        EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), noGuardado(ruta("x.csv"), motivo).what()),
+                    ::testing::ExitedWithCode(0), "");
+        fs::permissions(ruta("x.csv"), fs::perms(0644));
+        fs::permissions(carpeta_, fs::perms(0755));
+        EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
+        EXPECT_EQ(entradas(), 1u);
+    }
+
+    static constexpr std::string_view kPida =
+        "no hay permiso. Pida acceso al administrador, o dé otro nombre";
+};
+
+TEST_F(SinPermiso, AWriteProtectedFileIsRefusedAlthoughItsFolderIsNot) {
+    exigirNegativa(fs::perms(0444), fs::perms(0777), kPida);
+}
+
+TEST_F(SinPermiso, AWriteProtectedFolderIsRefused) {
+    exigirNegativa(fs::perms(0666), fs::perms(0555), kPida);
 }
 
 // It may be anything.
-TEST_F(Guardado, WhatCannotBeReadIsNotReplaced) {
-    guardarAtomico(ruta("x.csv"), "viejo");
-    fs::permissions(ruta("x.csv"), fs::perms(0222));
-    fs::permissions(carpeta_, fs::perms(0777));
-    const auto motivo =
-        noGuardado(ruta("x.csv"),
+TEST_F(SinPermiso, WhatCannotBeReadIsNotReplaced) {
+    exigirNegativa(fs::perms(0222), fs::perms(0777),
                    "lo que hay ahí no se puede leer (no hay permiso) y no se sabe qué es; dé otro nombre");
-    EXPECT_EXIT(guardarComoCualquiera(ruta("x.csv"), motivo.what()), ::testing::ExitedWithCode(0), "");
-    EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
-    EXPECT_EQ(entradas(), 1u);
-}
-
-TEST_F(Guardado, AWriteProtectedFolderIsRefused) {
-    guardarAtomico(ruta("x.csv"), "viejo");
-    fs::permissions(ruta("x.csv"), fs::perms(0666));
-    fs::permissions(carpeta_, fs::perms(0555));
-    EXPECT_EXIT(
-        guardarComoCualquiera(
-            ruta("x.csv"),
-            noGuardado(ruta("x.csv"), "no hay permiso. Pida acceso al administrador, o dé otro nombre")
-                .what()),
-        ::testing::ExitedWithCode(0), "");
-    EXPECT_EQ(leerTodo(ruta("x.csv")), "viejo");
-    fs::permissions(carpeta_, fs::perms(0755));
 }
 
 // While it lives a write beyond this length fails with EFBIG.
