@@ -111,7 +111,7 @@ Contado contarEstacion(ContextoHistorico& contexto, Almacen& almacen, const Opci
     auto& estacion = contado.estacion;
     estacion.nombre = guardada.nombre;
     estacion.evaporacion = guardada.evaporacion;
-    informe::leerCabecera(estacion, Lectura::cabecera(guardada));
+    informe::tomarCabecera(estacion, Lectura::cabecera(guardada));
     for (const auto& ficha : lectura.imagenes(guardada)) {
         // What a period shows comes from the images that reach into it.
         if (!ficha.desde || *ficha.hasta < plazo.desde || *ficha.desde >= plazo.hasta) continue;
@@ -162,8 +162,8 @@ Contado contarImagen(const ContextoHistorico& contexto, const OpcionesInforme& o
     auto& estacion = contado.estacion;
     estacion.nombre = serieDe(bytes).value_or("");
     estacion.evaporacion = !estacion.nombre.empty() && llevaEvaporacion(numeroDeSerie(estacion.nombre));
-    informe::leerCabecera(estacion,
-                          std::span(bytes).first(std::min(bytes.size(), registro_config::kCabecera)));
+    informe::tomarCabecera(estacion,
+                           std::span(bytes).first(std::min(bytes.size(), registro_config::kCabecera)));
     const auto cuenta = contarRanuras(bytes);
     estacion.vacios = cuenta.vacias;
     estacion.descartados = cuenta.descartadas;

@@ -5,7 +5,7 @@
 
 namespace telvane::informe {
 
-void leerCabecera(EstacionInformada& estacion, std::span<const std::uint8_t> cabecera) {
+void tomarCabecera(EstacionInformada& estacion, std::span<const std::uint8_t> cabecera) {
     namespace rc = registro_config;
     std::size_t lugar = rc::kUsuario;
     for (std::size_t i = 0; i < kAnchos.size(); ++i) {

@@ -36,8 +36,8 @@ struct EstacionInformada {
 
     const std::string& operator[](CampoTexto campo) const { return textos[static_cast<std::size_t>(campo)]; }
 };
-// What the header of a memory image says: texts, interval, clock, variant. 432 bytes, or fewer.
-void leerCabecera(EstacionInformada& estacion, std::span<const std::uint8_t> cabecera);
+// Takes over what the header of a memory image says: texts, interval, clock. 432 bytes, or fewer.
+void tomarCabecera(EstacionInformada& estacion, std::span<const std::uint8_t> cabecera);
 
 // Takes the whole series of a station in order and counts what lies in the period.
 class Informe {
