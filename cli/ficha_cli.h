@@ -26,9 +26,7 @@ struct DatosDeDescarga {
     std::filesystem::path base;  // empty: no file
 };
 
-// One object: descargada, puerto, dispositivo, serie, reloj, desfase_s, verificada, reintentos,
-// errores_de_linea, base (the file's name without its folder), imagen (SHA-256). serie is the image's own;
-// desfase_s: seconds by which the logger's clock is ahead of the PC's.
+// One object, of the members that data/miembros_ficha.h names.
 std::string fichaJson(const DatosDeDescarga& datos, std::span<const std::uint8_t> imagen);
 
 }  // namespace telvane

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "data/miembros_ficha.h"
 #include "data/registros.h"
 #include "loggerconfig/datos_config.h"
 
@@ -118,8 +119,10 @@ bool pareceImagen(Bytes bytes) {
 bool pareceFicha(Bytes bytes) {
     const auto ancho = textoUtf16(bytes);
     const auto texto = ancho ? std::string_view(*ancho) : comoTexto(bytes);
-    return texto.find("\"descargada\"") != std::string_view::npos &&
-           texto.find("\"errores_de_linea\"") != std::string_view::npos;
+    const auto tiene = [&](const char* nombre) {
+        return texto.find('"' + std::string(nombre) + '"') != std::string_view::npos;
+    };
+    return tiene(miembros_ficha::kDescargada) && tiene(miembros_ficha::kErroresDeLinea);
 }
 
 std::string_view otraClase(Bytes bytes) {

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "data/miembros_ficha.h"
 #include "historico/textos_historico.h"
 #include "link/protocolo.h"
 #include "platform/archivo.h"
@@ -108,9 +109,9 @@ std::optional<std::string> textoSiHay(const json& ficha, const char* nombre) {
 // It may stand beside another image than its own: files get other names. By its SHA-256 an image is known;
 // where that was not written, its file's name says which it was.
 void exigirQueSeaDe(const json& ficha, const ImagenConFicha& imagen) {
-    const auto huella = textoSiHay(ficha, "imagen");
-    const auto base = textoSiHay(ficha, "base");
-    const auto serie = textoSiHay(ficha, "serie");
+    const auto huella = textoSiHay(ficha, miembros_ficha::kImagen);
+    const auto base = textoSiHay(ficha, miembros_ficha::kBase);
+    const auto serie = textoSiHay(ficha, miembros_ficha::kSerie);
     const bool otra = huella ? *huella != textoDe(imagen.huella)
                              : base && *base != sinControles(imagen.archivo.filename().string());
     const bool otraSerie = imagen.serie && serie && *serie != *imagen.serie;
@@ -118,29 +119,30 @@ void exigirQueSeaDe(const json& ficha, const ImagenConFicha& imagen) {
 }
 
 std::chrono::sys_seconds descargadaDe(const json& ficha, std::chrono::sys_seconds ahora) {
-    const auto descargada = leerUtc(texto(ficha, "descargada"));
+    const auto descargada = leerUtc(texto(ficha, miembros_ficha::kDescargada));
     // A PC that lost its clock begins in 1970.
     if (!descargada || descargada->time_since_epoch() < kPrimerMomento.time_since_epoch())
-        noVale("descargada");
+        noVale(miembros_ficha::kDescargada);
     if (*descargada > ahora + kDelantePermitido)
-        throw ErrorFicha("su \"descargada\" está en el futuro: mire el reloj del equipo que la descargó");
+        throw ErrorFicha(fmt::format("su \"{}\" está en el futuro: mire el reloj del equipo que la descargó",
+                                     miembros_ficha::kDescargada));
     return *descargada;
 }
 
 std::optional<std::int64_t> desfaseDe(const json& ficha) {
-    const auto reloj = textoSiHay(ficha, "reloj");
-    if (reloj && !leerSegundo(*reloj)) noVale("reloj");
-    if (miembro(ficha, "desfase_s").is_null()) {
+    const auto reloj = textoSiHay(ficha, miembros_ficha::kReloj);
+    if (reloj && !leerSegundo(*reloj)) noVale(miembros_ficha::kReloj);
+    if (miembro(ficha, miembros_ficha::kDesfase).is_null()) {
         // Of a clock that shows a time it is known how far it is off.
-        if (reloj) noVale("desfase_s");
+        if (reloj) noVale(miembros_ficha::kDesfase);
         return std::nullopt;
     }
-    return entero(ficha, "desfase_s", -kMaximoDesfase, kMaximoDesfase);
+    return entero(ficha, miembros_ficha::kDesfase, -kMaximoDesfase, kMaximoDesfase);
 }
 
 std::string dispositivoDe(const json& ficha) {
-    auto dispositivo = texto(ficha, "dispositivo");
-    if (dispositivo.empty() || dispositivo.size() > kMaximoDispositivo) noVale("dispositivo");
+    auto dispositivo = texto(ficha, miembros_ficha::kDispositivo);
+    if (dispositivo.empty() || dispositivo.size() > kMaximoDispositivo) noVale(miembros_ficha::kDispositivo);
     return dispositivo;
 }
 
@@ -156,12 +158,12 @@ FichaDescarga leerFicha(std::string_view contenido, const ImagenConFicha& imagen
     const auto ficha = leerObjeto(contenido);
     exigirQueSeaDe(ficha, imagen);
     return {.descargada = descargadaDe(ficha, imagen.ahora),
-            .puerto = entero(ficha, "puerto", 1, kUltimoPuerto),
+            .puerto = entero(ficha, miembros_ficha::kPuerto, 1, kUltimoPuerto),
             .dispositivo = dispositivoDe(ficha),
             .desfase = desfaseDe(ficha),
-            .verificada = logico(ficha, "verificada"),
-            .reintentos = entero(ficha, "reintentos", 0),
-            .erroresDeLinea = entero(ficha, "errores_de_linea", 0)};
+            .verificada = logico(ficha, miembros_ficha::kVerificada),
+            .reintentos = entero(ficha, miembros_ficha::kReintentos, 0),
+            .erroresDeLinea = entero(ficha, miembros_ficha::kErroresDeLinea, 0)};
 }
 
 FichaHallada fichaJuntoA(const ImagenConFicha& imagen) {
