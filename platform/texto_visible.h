@@ -12,8 +12,8 @@ namespace telvane {
 // that turns the direction of what follows it.
 std::string sinControles(std::string_view utf8);
 
-// A file's name, or a word that somebody typed, as it stands in a message: a line end in it would split the line,
-// and without its control characters it would be another one. Each is U+FFFD as well.
+// A file's name, or a word that somebody typed, as it stands in a message: a line end in it would split the
+// line, and without its control characters it would be another one. Each is U+FFFD as well.
 std::string nombreVisible(const std::filesystem::path& ruta);
 
 // Without them in each of several lines, whose ends stay.
