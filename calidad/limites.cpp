@@ -1,13 +1,15 @@
 #include "calidad/limites.h"
 
+#include <cmath>
+
 namespace telvane {
 
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr Millonesimas u(double unidades) {
-    return static_cast<Millonesimas>(unidades * kUnidad + (unidades < 0 ? -0.5 : 0.5));
+Millonesimas u(double unidades) {
+    return std::llround(unidades * kUnidad);
 }
 
 }  // namespace

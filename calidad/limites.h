@@ -22,15 +22,15 @@ constexpr Millonesimas enMillonesimas(std::int32_t valor, Canal canal) {
 }
 
 struct LimiteRango {
-    Millonesimas desde = 0;
-    Millonesimas hasta = 0;
+    Millonesimas desde{};
+    Millonesimas hasta{};
     bool operator==(const LimiteRango&) const = default;
 };
 
 struct LimiteFijo {
     std::chrono::seconds dura{};
     // Wind direction: largest difference of a stretch that stands still; else the smallest of one that moves.
-    Millonesimas amplitud = 0;
+    Millonesimas amplitud{};
     // Wind alone, km/h: it blows when its mean (direction: its speed at every sample) is above this.
     Millonesimas viento = 0;
     bool operator==(const LimiteFijo&) const = default;

@@ -1,13 +1,14 @@
 #include "calidad/limites_por_estacion.h"
 
 #include <algorithm>
-#include <charconv>
+#include <cstdint>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "platform/numero.h"
 #include "platform/recorte.h"
 
 namespace telvane {
@@ -19,35 +20,31 @@ constexpr std::size_t kCifrasSerie = 8;
 
 // A decimal number of up to six digits before and after its point.
 std::optional<Millonesimas> numero(std::string_view texto) {
+    constexpr std::size_t kCifras = 6;
+    const auto cifras = [](std::string_view t) -> std::optional<Millonesimas> {
+        return t.size() <= kCifras ? numeroDe<std::uint32_t>(t) : std::nullopt;
+    };
     const bool negativo = texto.starts_with('-');
     if (negativo) texto.remove_prefix(1);
     const auto punto = std::min(texto.find('.'), texto.size());
-    const auto entero = texto.substr(0, punto);
-    std::string decimales(punto < texto.size() ? texto.substr(punto + 1) : "0");
-    const auto cifras = [](std::string_view t) {
-        return !t.empty() && t.size() <= 6 &&
-               std::ranges::all_of(t, [](char c) { return c >= '0' && c <= '9'; });
-    };
-    if (!cifras(entero) || !cifras(decimales)) return std::nullopt;
-    decimales.resize(6, '0');
-    const auto valor = [](std::string_view t) {
-        Millonesimas v = 0;
-        std::from_chars(t.data(), t.data() + t.size(), v);
-        return v;
-    };
-    const auto todo = valor(entero) * kUnidad + valor(decimales);
+    const auto decimales = punto < texto.size() ? texto.substr(punto + 1) : "0";
+    const auto entero = cifras(texto.substr(0, punto));
+    auto parte = cifras(decimales);
+    if (!entero || !parte) return std::nullopt;
+    for (auto i = decimales.size(); i < kCifras; ++i) *parte *= 10;
+    const auto todo = *entero * kUnidad + *parte;
     return negativo ? -todo : todo;
 }
 
 // "12h" or "90min".
 std::optional<std::chrono::seconds> duracion(std::string_view texto) {
-    int cuanto = 0;
-    const auto [fin, error] = std::from_chars(texto.data(), texto.data() + texto.size(), cuanto);
-    if (error != std::errc() || cuanto <= 0 || cuanto > 10'000) return std::nullopt;
-    texto.remove_prefix(static_cast<std::size_t>(fin - texto.data()));
-    if (texto == "h") return std::chrono::hours(cuanto);
-    if (texto == "min") return std::chrono::minutes(cuanto);
-    return std::nullopt;
+    const bool horas = texto.ends_with('h');
+    const std::string_view unidad = horas ? "h" : "min";
+    if (!texto.ends_with(unidad)) return std::nullopt;
+    texto.remove_suffix(unidad.size());
+    const auto cuanto = numeroDe<std::uint32_t>(texto).value_or(0);
+    if (cuanto == 0 || cuanto > 10'000) return std::nullopt;
+    return std::chrono::seconds(horas ? std::chrono::hours(cuanto) : std::chrono::minutes(cuanto));
 }
 
 // "02080050", with the digits that a logger's damaged number may show, or "02080050/NORTE".

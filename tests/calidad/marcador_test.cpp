@@ -314,6 +314,24 @@ TEST(Marcador, AVaneThatStandsStillInAWind) {
     EXPECT_THAT(veleta(900, 18), Each("")) << "a calm turns no vane";
 }
 
+TEST(Marcador, AsManyOfOneStampComeOutAsWentIn) {
+    for (int cuantas = 1; cuantas <= 70; ++cuantas) {
+        auto todas = serie(cuantas, 0s);
+        for (auto& o : todas) o.conflicto = true;
+        EXPECT_EQ(marcasDe(todas), std::vector<std::string>(todas.size(), "conflicto"));
+    }
+}
+
+// Where nothing is asked of how long a channel stands still.
+TEST(Marcador, HoldsBackAHandfulAndItsNeighbours) {
+    std::size_t dichas = 0;
+    Marcador marcador(Limites(), [&](const Juzgada&) { ++dichas; });
+    for (std::size_t dentro = 1; dentro <= 1'000; ++dentro) {
+        marcador.agregar({.instante = kInicio + static_cast<int>(dentro) * 10min, .medidas = buenas()});
+        ASSERT_LT(dentro - dichas, Ritmo::kVecinos + Marcador::kDeUnaVez) << dentro;
+    }
+}
+
 TEST(Marcador, HoldsBackNoMoreThanItNeeds) {
     std::size_t dichas = 0;
     Marcador marcador(limitesUsuales(), [&](const Juzgada&) { ++dichas; });
