@@ -25,6 +25,11 @@ void Fijo::cortar() {
     sabidas_ = despues_;
 }
 
+// A stretch so long is followed, because it may become long enough.
+std::chrono::seconds Fijo::quePromete() const {
+    return limite_.dura / 2;
+}
+
 // The time is long enough: what goes together with its last value, looked at from there.
 std::optional<Fijo::Hallado> Fijo::mirarAtras() {
     auto menor = recientes_.back().valor;
@@ -42,7 +47,7 @@ std::optional<Fijo::Hallado> Fijo::mirarAtras() {
         return std::nullopt;
     }
     const auto ultimo = recientes_.back().instante;
-    if (ultimo - recientes_.front().instante < limite_.dura / 2) return std::nullopt;
+    if (ultimo - recientes_.front().instante < quePromete()) return std::nullopt;
     siguiendo_ = true;
     std::optional<Hallado> hallado;
     for (std::size_t i = 0; i < recientes_.size(); ++i) hallado = agregarAlTramo(recientes_[i]);
@@ -58,7 +63,7 @@ std::optional<Fijo::Hallado> Fijo::seguir() {
     }
     const auto hallado = agregarAlTramo(reciente);
     olvidarRecientes(reciente.instante);
-    if (reciente.instante - tramos_.front().instante >= limite_.dura / 2) return hallado;
+    if (reciente.instante - tramos_.front().instante >= quePromete()) return hallado;
     while (recientes_.front().posicion < tramos_.front().desde) recientes_.pop_front();
     siguiendo_ = false;
     tramos_.clear();
@@ -66,21 +71,21 @@ std::optional<Fijo::Hallado> Fijo::seguir() {
 }
 
 void Fijo::olvidarRecientes(Instante instante) {
-    while (instante - recientes_.front().instante > limite_.dura / 2) recientes_.pop_front();
+    while (instante - recientes_.front().instante > quePromete()) recientes_.pop_front();
 }
 
 // Keeps the longest end of the stretch that goes together with the value.
 void Fijo::recortar(Millonesimas valor) {
     if (tramos_.empty() || (juntos(minimo_, valor) && juntos(maximo_, valor))) return;
     auto primero = tramos_.size();
-    while (primero > 0 && juntos(tramos_[primero - 1].valor, valor)) --primero;
+    while (juntos(tramos_[primero - 1].valor, valor)) --primero;  // one of them is not
     tramos_.pop_front(primero);
     if (!tramos_.empty()) medirExtremos();
 }
 
 void Fijo::medirExtremos() {
-    minimo_ = maximo_ = tramos_.front().valor;
-    for (std::size_t i = 1; i < tramos_.size(); ++i) {
+    minimo_ = maximo_ = tramos_.back().valor;
+    for (std::size_t i = 0; i < tramos_.size(); ++i) {
         minimo_ = std::min(minimo_, tramos_[i].valor);
         maximo_ = std::max(maximo_, tramos_[i].valor);
     }
@@ -106,12 +111,11 @@ void Fijo::anotar(const Reciente& reciente) {
 
 // Where the longest stretch begins that ends now and qualifies.
 const Fijo::Tramo* Fijo::comienzo(Instante instante) const {
-    const bool basta = media_ == Media::indistinta || minimo_ > limite_.viento;
     if (media_ == Media::mayor && maximo_ <= limite_.viento) return nullptr;
     for (std::size_t i = 0; i < tramos_.size(); ++i) {
         const auto& tramo = tramos_[i];
         if (instante - tramo.instante < limite_.dura) return nullptr;
-        if (basta || suma_ > tramo.sumaAntes) return &tramo;
+        if (media_ == Media::indistinta || suma_ > tramo.sumaAntes) return &tramo;
     }
     return nullptr;
 }
@@ -122,8 +126,8 @@ void Fijo::soltarSobrante(Instante instante, Millonesimas valor) {
     if (!siempreSopla(valor)) return;
     bool menos = false;
     while (tramos_.size() > 1 && instante - tramos_[1].instante >= limite_.dura) {
-        menos = menos || tramos_.front().valor == minimo_ || tramos_.front().valor == maximo_;
         tramos_.pop_front();
+        menos = true;
     }
     if (menos) medirExtremos();
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <optional>
 
@@ -35,8 +36,8 @@ class Fijo {
         : limite_(limite), amplitud_(amplitud), media_(media) {}
 
     struct Hallado {
-        Posicion desde = 0;
-        Posicion hasta = 0;  // included
+        Posicion desde{};
+        Posicion hasta{};  // included
     };
     // The samples that this one makes known to stand still, it is the last of them.
     std::optional<Hallado> agregar(Posicion posicion, Instante instante, Millonesimas valor) {
@@ -56,16 +57,16 @@ class Fijo {
 
    private:
     struct Reciente {
-        Posicion posicion = 0;
+        Posicion posicion{};
         Instante instante{};
-        Millonesimas valor = 0;
+        Millonesimas valor{};
     };
     // Neighbours of one value. sumaAntes: what the stretch's values before them are above the mean's limit.
     struct Tramo {
-        Posicion desde = 0;
+        Posicion desde{};
         Instante instante{};
-        Millonesimas valor = 0;
-        Millonesimas sumaAntes = 0;
+        Millonesimas valor{};
+        Millonesimas sumaAntes{};
     };
 
     std::optional<Hallado> mirarAtras();
@@ -76,6 +77,7 @@ class Fijo {
     bool juntos(Millonesimas a, Millonesimas b) const;
     bool nuncaSopla(Millonesimas valor) const;
     bool siempreSopla(Millonesimas valor) const;
+    std::chrono::seconds quePromete() const;
     void recortar(Millonesimas valor);
     void anotar(const Reciente& reciente);
     const Tramo* comienzo(Instante instante) const;
@@ -89,9 +91,9 @@ class Fijo {
     Anillo<Reciente> recientes_;
     bool siguiendo_ = false;
     Anillo<Tramo> tramos_;  // siguiendo_: never empty
-    Millonesimas minimo_ = 0;
-    Millonesimas maximo_ = 0;
-    Millonesimas suma_ = 0;
+    Millonesimas minimo_{};
+    Millonesimas maximo_{};
+    Millonesimas suma_{};
     Posicion despues_ = 0;  // after the last that went in
     Posicion sabidas_ = 0;  // all before it are known
 };
