@@ -37,16 +37,16 @@ bool Almacen::seNombra(IdEstacion estacion) {
            });
 }
 
-std::int64_t Almacen::contarSinImagen(std::string_view tabla, IdEstacion estacion) {
+std::int64_t Almacen::contarSinImagen(std::string_view tabla, std::string_view columna, IdEstacion estacion) {
     return numero(
         fmt::format("SELECT count(*) FROM {0}{1} t WHERE t.estacion={2} AND NOT EXISTS (SELECT 1 FROM "
-                    "{0}imagenes i WHERE i.estacion=t.estacion AND i.huella=t.imagen)",
-                    prefijo(), tabla, estacion));
+                    "{0}imagenes i WHERE i.estacion=t.estacion AND i.huella=t.{3})",
+                    prefijo(), tabla, estacion, columna));
 }
 
-std::vector<std::string> Almacen::sinEstacion() {
+std::vector<std::string> Almacen::sinEstacion(std::span<const TablaConEstacion> tablas) {
     std::vector<std::string> lista;
-    for (const auto& [tabla, que] : kTablasConEstacion) {
+    for (const auto& [tabla, que] : tablas) {
         const auto cuantas = numero(
             fmt::format("SELECT count(*) FROM {0}{1} WHERE estacion NOT IN (SELECT id FROM {0}estaciones)",
                         prefijo(), tabla));

@@ -135,6 +135,8 @@ inline constexpr std::array<TablaConEstacion, 5> kTablasConEstacion = {{{"imagen
                                                                         {"muestras", "muestras"},
                                                                         {"testigos", "testigos"},
                                                                         {"descargas", "descargas"}}};
+// Of them those without which an image is lost.
+inline constexpr auto kTablasDeImagenes = std::span(kTablasConEstacion).first<2>();
 
 // By these and the station an image's rows are known.
 struct ColumnaDeTabla {
@@ -268,12 +270,19 @@ class Almacen {
     // Values that this program writes nowhere, a line each with what to do.
     virtual std::vector<std::string> valoresImposibles() = 0;
     // What belongs to no station, a line each.
-    std::vector<std::string> sinEstacion();
+    std::vector<std::string> sinEstacion(std::span<const TablaConEstacion> tablas = kTablasConEstacion);
     // What is wrong with the store itself, a line each.
     virtual std::vector<std::string> defectos() = 0;
-    // Records of downloads and votes of images that are not there.
-    std::int64_t descargasPerdidas(IdEstacion estacion) { return contarSinImagen("descargas", estacion); }
-    std::int64_t testigosPerdidos(IdEstacion estacion) { return contarSinImagen("testigos", estacion); }
+    // Records of downloads, votes and contents of images that are not there.
+    std::int64_t descargasPerdidas(IdEstacion estacion) {
+        return contarSinImagen("descargas", "imagen", estacion);
+    }
+    std::int64_t testigosPerdidos(IdEstacion estacion) {
+        return contarSinImagen("testigos", "imagen", estacion);
+    }
+    std::int64_t contenidosPerdidos(IdEstacion estacion) {
+        return contarSinImagen("contenidos", "huella", estacion);
+    }
 
    private:
     // 0 where there is none.
@@ -281,7 +290,7 @@ class Almacen {
     // Whether any table does.
     bool seNombra(IdEstacion estacion);
     // Rows of the station whose image is not there.
-    std::int64_t contarSinImagen(std::string_view tabla, IdEstacion estacion);
+    std::int64_t contarSinImagen(std::string_view tabla, std::string_view columna, IdEstacion estacion);
 
     // The bigint that a statement answers.
     virtual std::int64_t numero(const std::string& sql) = 0;

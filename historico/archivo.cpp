@@ -11,10 +11,12 @@
 #include "data/archivo_base.h"
 #include "historico/asimilacion.h"
 #include "historico/compresion.h"
+#include "historico/esquema.h"
 #include "historico/lectura.h"
 #include "historico/nombre_estacion.h"
 #include "historico/rescate.h"
 #include "loggerconfig/datos_config.h"
+#include "platform/contados.h"
 
 namespace telvane {
 
@@ -131,7 +133,13 @@ Incorporacion tomar(Almacen& almacen, EstacionGuardada& estacion, ImagenNueva& i
         Asimilacion(almacen, estacion.id, estacion.resumen, imagenes, anteriores).asimilar(imagen);
     tomarNota(estacion.resumen, imagen, masNueva);
     almacen.guardarResumen(estacion.id, estacion.resumen);
-    return {.estacion = {}, .nuevas = asimilada.nuevas, .conflictos = asimilada.conflictos};
+    // A clock that is set back by hours, or a line that spoils a record, makes few.
+    constexpr std::int64_t kPocas = 3;
+    const auto laMitad = std::max(kPocas, imagen.ficha.muestras / 2 + 1);
+    return {.estacion = {},
+            .pareceAjena = asimilada.nuevas >= laMitad && asimilada.conflictos >= laMitad,
+            .nuevas = asimilada.nuevas,
+            .conflictos = asimilada.conflictos};
 }
 
 // Whether it was new.
@@ -179,6 +187,10 @@ const EstacionGuardada& laDicha(Almacen& almacen, const std::vector<EstacionGuar
     if (dueno == duenos.end())
         throw ErrorImagen(fmt::format("ya está en el archivo, en la estación {}", duenos.front().nombre));
     return *dueno;
+}
+
+std::vector<EstacionGuardada> estacionesDe(Lectura& lectura, const std::optional<std::string>& cual) {
+    return cual ? std::vector{lectura.estacion(*cual)} : lectura.estaciones();
 }
 
 // What is told of an image that another archive does not take.
@@ -291,13 +303,29 @@ void Archivo::rehacerUna(const std::string& nombre, const std::function<void()>&
     transaccion.confirmar();
 }
 
+std::vector<std::string> Archivo::loQueSePerdio(const std::optional<std::string>& cual) {
+    Lectura lectura(almacen_);
+    std::vector<std::string> lineas;
+    if (!cual) lineas = almacen_.sinEstacion(kTablasDeImagenes);
+    for (const auto& estacion : estacionesDe(lectura, cual)) {
+        if (const auto sueltos = almacen_.contenidosPerdidos(estacion.id); sueltos > 0) {
+            lineas.push_back(fmt::format("estación {}: contenidos de una imagen que no está: {}: {}",
+                                         estacion.nombre, sueltos, kReponer));
+        }
+        const auto hay = std::ssize(lectura.imagenes(estacion));
+        if (hay < estacion.resumen.imagenes) {
+            lineas.push_back(fmt::format("estación {}: tenía {} y quedan {}: vea comprobar", estacion.nombre,
+                                         contados(estacion.resumen.imagenes, "imagen", "imágenes"), hay));
+        }
+    }
+    return lineas;
+}
+
 Archivo::Copia Archivo::copiarDe(Archivo& otro, const std::optional<std::string>& cual,
                                  const std::function<void()>& alAvanzar) {
     Lectura lectura(otro.almacen_);
-    const auto estaciones =
-        cual ? std::vector<EstacionGuardada>{lectura.estacion(*cual)} : lectura.estaciones();
     Copia copia;
-    for (const auto& origen : estaciones) {
+    for (const auto& origen : estacionesDe(lectura, cual)) {
         Imagenes suyas(otro.almacen_, origen.id);
         for (const auto& ficha : lectura.imagenes(origen)) {
             alAvanzar();
@@ -374,10 +402,10 @@ bool Archivo::copiarUna(const EstacionGuardada& origen, const FichaImagen& ficha
     }
     ImagenNueva imagen(bytes, ficha.huella, ficha.incorporada, ficha.origen);
     Imagenes imagenes(almacen_, estacion.id);
-    const bool ajena = contradice(almacen_, estacion, imagen, imagenes);
-    tomar(almacen_, estacion, imagen, imagenes);
+    const bool contradicha = contradice(almacen_, estacion, imagen, imagenes);
+    const bool ajena = tomar(almacen_, estacion, imagen, imagenes).pareceAjena;
     transaccion.confirmar();
-    return ajena;
+    return contradicha || ajena;
 }
 
 ErrorImagen sinEstacion(const std::string& nombre) {

@@ -28,6 +28,7 @@ struct Incorporacion {
     bool repetida = false;
     bool repuesta = false;  // it was there, and its bytes had been lost
     bool parcial = false;
+    bool pareceAjena = false;   // new, and most of its stamps had other records, in other slots
     std::int64_t muestras = 0;  // distinct
     std::int64_t nuevas = 0;
     std::int64_t conflictos = 0;  // its stamps that are in conflict now
@@ -67,6 +68,9 @@ class Archivo {
         // Stations whose images contradict each other as those of two loggers do.
         std::set<std::string> contradichas = {};
     };
+    // What nobody can copy of it any more, because what says whose it is has gone: a line each with what to
+    // do. cual: of this station only. Throws ErrorImagen where it is not there.
+    std::vector<std::string> loQueSePerdio(const std::optional<std::string>& cual);
     Copia copiarDe(Archivo& otro, const std::optional<std::string>& cual,
                    const std::function<void()>& alAvanzar);
 

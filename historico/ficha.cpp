@@ -172,9 +172,10 @@ FichaHallada fichaJuntoA(const ImagenConFicha& imagen) {
                                              fs::path(base).replace_extension(".json")};
     FichaHallada hallada;
     for (const auto& nombre : nombres) {
-        std::error_code sinMotivo;
-        if (nombre == base || fs::symlink_status(nombre, sinMotivo).type() == fs::file_type::not_found)
-            continue;
+        std::error_code motivo;
+        const bool falta = fs::symlink_status(nombre, motivo).type() == fs::file_type::not_found;
+        // A name that no file can bear is none that somebody left here.
+        if (nombre == base || falta || motivo == std::errc::filename_too_long) continue;
         try {
             hallada.ficha = leerArchivoDe(nombre, imagen);
             break;

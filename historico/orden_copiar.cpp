@@ -1,6 +1,7 @@
 // telvane-historico copiar
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -10,6 +11,8 @@
 namespace telvane {
 
 namespace {
+
+constexpr const char* kHayPerdido = "en el archivo de origen falta lo dicho, y no se copió";
 
 struct OpcionesCopiar {
     std::string destino;
@@ -33,22 +36,26 @@ std::unique_ptr<Almacen> abrirDestino(const ContextoHistorico& contexto, const s
     }
 }
 
-// sinCopiar: of how many images it failed.
-void terminar(Consola& consola, std::size_t copiadas, std::size_t sinCopiar) {
+// sinCopiar: of how many images it failed. perdido: what nobody can copy any more.
+void terminar(Consola& consola, std::size_t copiadas, std::size_t sinCopiar,
+              const std::vector<std::string>& perdido) {
+    for (const auto& linea : perdido) consola.aviso(linea);
     Relato relato(consola);
     relato.decir(fmt::format("Imágenes copiadas: {}\n", copiadas));
-    relato.terminar(sinCopiar == 0 ? "" : fmt::format("imágenes sin copiar: {}", sinCopiar),
-                    fmt::format("imágenes copiadas: {}, ya están en el otro archivo", copiadas));
+    std::string mal = sinCopiar == 0 ? "" : fmt::format("imágenes sin copiar: {}", sinCopiar);
+    if (mal.empty() && !perdido.empty()) mal = kHayPerdido;
+    relato.terminar(mal, fmt::format("imágenes copiadas: {}, ya están en el otro archivo", copiadas));
 }
 
 void copiar(ContextoHistorico& contexto, const OpcionesCopiar& opciones) {
     const auto origen = contexto.abrir(Uso::leer);
+    Archivo suyo(*origen);
+    const auto perdido = suyo.loQueSePerdio(opciones.estacion);
     if (!hayQueCopiar(*origen, opciones.estacion)) {
-        terminar(contexto.consola, 0, 0);
+        terminar(contexto.consola, 0, 0, perdido);
         return;
     }
     const auto destino = abrirDestino(contexto, opciones.destino);
-    Archivo suyo(*origen);
     const auto copia = Archivo(*destino).copiarDe(suyo, opciones.estacion, [&] { contexto.atender(); });
     for (const auto& fallo : copia.fallos) contexto.consola.aviso(fallo);
     for (const auto& estacion : copia.contradichas) {
@@ -60,7 +67,7 @@ void copiar(ContextoHistorico& contexto, const OpcionesCopiar& opciones) {
                         "archivo nuevo",
                         estacion));
     }
-    terminar(contexto.consola, copia.copiadas, copia.fallos.size());
+    terminar(contexto.consola, copia.copiadas, copia.fallos.size(), perdido);
 }
 
 }  // namespace

@@ -155,6 +155,13 @@ class Tanda {
                                 "telvane-historico comprobar",
                                 nombreVisible(archivo)));
             }
+            if (hecha.pareceAjena) {
+                contexto_.consola.aviso(fmt::format(
+                    "{}: más de la mitad de sus horas ya tenían otros datos en la estación {}: si es de otro "
+                    "registrador con el mismo número de serie, haga un archivo nuevo y déle allí otra "
+                    "estación con --como NOMBRE; si alguien atrasó el reloj, está bien",
+                    nombreVisible(archivo), hecha.estacion));
+            }
             if (hecha.parcial) {
                 contexto_.consola.aviso(fmt::format("{}: imagen parcial, {} de {}", nombreVisible(archivo),
                                                     contados(std::ssize(bytes), "byte", "bytes"),
@@ -182,9 +189,10 @@ class Tanda {
     std::optional<FichaDescarga> fichaDe(const std::string& archivo, BytesImagen bytes) {
         if (archivo == kTuberia) return std::nullopt;
         auto hallada = fichaJuntoA({archivo, huellaDe(bytes), serieDe(bytes), contexto_.entorno.ahora()});
+        const auto* conCual =
+            hallada.ficha ? "la imagen se incorpora con la otra ficha" : "la imagen se incorpora sin ella";
         for (const auto& defecto : hallada.defectos)
-            contexto_.consola.aviso(
-                fmt::format("{}; la imagen se incorpora sin ella", sinControles(defecto)));
+            contexto_.consola.aviso(fmt::format("{}; {}", sinControles(defecto), conCual));
         return std::move(hallada.ficha);
     }
 

@@ -82,6 +82,25 @@ void Rescate::situar() {
         pieza.estacion = pieza.seLee ? laDeSusMuestras({guardado->estacion, ficha->estacion}, pieza.huella)
                                      : ficha->estacion;
     }
+    reunirCopias();
+}
+
+// An image that stands in a station of its logger and in another logger's as well belongs to the first, and
+// must not speak for whose the other one is.
+void Rescate::reunirCopias() {
+    std::map<Huella, IdEstacion> suyas;
+    const auto estaEnLaSuya = [this](const Pieza& pieza) {
+        return std::ranges::any_of(filas_, [&](const EstacionGuardada& fila) {
+            return fila.id == pieza.estacion && esNombreDe(fila.nombre, *pieza.serie);
+        });
+    };
+    for (const auto& pieza : piezas_) {
+        if (pieza.serie && estaEnLaSuya(pieza)) suyas.emplace(pieza.huella, pieza.estacion);
+    }
+    for (auto& pieza : piezas_) {
+        const auto suya = suyas.find(pieza.huella);
+        if (suya != suyas.end() && !estaEnLaSuya(pieza)) pieza.estacion = suya->second;
+    }
 }
 
 // The first of those that have as many.

@@ -59,6 +59,7 @@ class Rescate {
     std::set<Huella> deOtros() const;
     std::set<Huella> nombradas() const;
     void situar();
+    void reunirCopias();
     IdEstacion laDeSusMuestras(const std::vector<IdEstacion>& cuales, const Huella& huella);
     void agrupar();
     IdEstacion dondeEsta(const EstacionGuardada& fila);

@@ -687,6 +687,27 @@ TEST_P(Danos, AStationThatWasMadeBesideALostImageTakesNothingOfItUntilItIsBack) 
     EXPECT_THAT(exportada("02080050"), HasSubstr(kSuya));
 }
 
+// Whoever sees that images are lost brings their files again, and then they stand in two stations.
+TEST_P(Danos, ImagesThatCameAgainBesideTheirMisplacedOnesGoTogetherAtOnce) {
+    const auto una = imagenDe("02080050");
+    const auto noche = imagenDe("02080050", 60);
+    const auto otra = imagenDe("02080051", 20);
+    ASSERT_EQ(correr({"incorporar", una, noche, otra}).codigo, 0);
+    const auto antes = todoLoQueHay();
+    const std::string kDeAqui =
+        "estacion=(SELECT id FROM estaciones WHERE nombre='02080051') WHERE "
+        "estacion=(SELECT id FROM estaciones WHERE nombre='02080050')";
+    for (const auto& dano : {"UPDATE contenidos SET " + kDeAqui, "UPDATE imagenes SET " + kDeAqui,
+                             "UPDATE contenidos SET " + kDeAqui + "; UPDATE imagenes SET " + kDeAqui}) {
+        SCOPED_TRACE(dano);
+        sql(dano);
+        EXPECT_EQ(correr({"incorporar", una, noche, otra}).codigo, 0);
+        EXPECT_EQ(correr({"rehacer"}).errores, "");
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+        EXPECT_EQ(todoLoQueHay(), antes);
+    }
+}
+
 // Nobody has an image of that fingerprint.
 TEST_P(Danos, AnImageThatNobodyHasIsLeftBehindByACopy) {
     incorporarTodas();

@@ -431,6 +431,19 @@ TEST_F(Ordenes, ABrokenRecordOfADownloadIsToldAndTheImageGoesIn) {
     EXPECT_THAT(r.salida, HasSubstr("50 nuevas"));
     EXPECT_THAT(r.errores,
                 HasSubstr("a.rgt.json: no es una ficha de descarga; la imagen se incorpora sin ella"));
+    std::ofstream(carpeta / "a.json") << fichaCon("-75");
+    EXPECT_THAT(
+        correr({"incorporar", imagen()}).errores,
+        HasSubstr("a.rgt.json: no es una ficha de descarga; la imagen se incorpora con la otra ficha"));
+    EXPECT_THAT(correr({"imagenes"}).salida, HasSubstr("desfase -75 s\n"));
+}
+
+// What is looked for beside it would have a longer one.
+TEST_F(Ordenes, ABaseFileMayHaveTheLongestNameThatThereIs) {
+    const auto larga = guardar(std::string(251, 'm') + ".rgt", ImagenPrueba().serie(0, 0, 50).bytes());
+    const auto r = correr({"incorporar", larga});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_EQ(r.errores, "");
 }
 
 TEST_F(Ordenes, WhoHoldsTheArchiveIsWaitedForAndTold) {
@@ -1071,6 +1084,82 @@ TEST_F(Ordenes, ACopyThatBringsTwoLoggersOfOneNumberTogetherSaysSo) {
     r = correr({"copiar", "--a", carpeta / "tercero.sqlite"});
     EXPECT_EQ(r.codigo, 0);
     EXPECT_EQ(r.errores, "");
+}
+
+// They began on different days, so nothing of them stands in the same slots.
+TEST_F(Ordenes, AnImageThatContradictsMostOfWhatIsThereIsToldOfOnce) {
+    constexpr int kEntera = 300;
+    const auto ajena = [&](int cuantas) {
+        auto imagen = ImagenPrueba().reloj(kInicio + std::chrono::hours(100));
+        for (int i = 0; i < cuantas; ++i)
+            imagen.poner(static_cast<std::size_t>(i), registroDeMinuto(1000 + i * 10, 7));
+        return guardar("ajena" + std::to_string(cuantas) + ".rgt", imagen.bytes());
+    };
+    const auto suya = guardar("suya.rgt", ImagenPrueba().serie(0, 0, kEntera).bytes());
+    ASSERT_EQ(correr({"incorporar", suya}).errores, "");
+    const auto r = correr({"incorporar", ajena(kEntera)});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_THAT(r.errores, HasSubstr("más de la mitad de sus horas ya tenían otros datos en la estación "
+                                     "02080050: si es de otro registrador con el mismo número de serie"));
+    EXPECT_THAT(r.errores, HasSubstr("--como NOMBRE"));
+    // The same again, and its next night, bring hardly anything new.
+    EXPECT_EQ(correr({"incorporar", ajena(kEntera), ajena(kEntera + 10)}).errores, "");
+    EXPECT_THAT(correr({"copiar", "--a", carpeta / "copia.sqlite"}).errores,
+                HasSubstr("contradicen a otras"));
+}
+
+// Half of them and one more; of few nothing can be told.
+TEST_F(Ordenes, AClockThatIsSetBackIsNoOtherLogger) {
+    const auto conAtraso = [&](const std::string& serie, int cuantas, int repetidas) {
+        const auto base = ImagenPrueba(serie).serie(0, 0, cuantas).bytes();
+        auto otra = ImagenPrueba(serie);
+        for (int i = 0; i < cuantas; ++i) {
+            const int minuto = (i < repetidas ? i : cuantas + i) * 10;
+            otra.poner(static_cast<std::size_t>(i) + 1000, registroDeMinuto(minuto, 7));
+        }
+        correr({"incorporar", guardar(serie + ".rgt", base)});
+        return correr({"incorporar", guardar(serie + "b.rgt", otra.bytes())}).errores;
+    };
+    EXPECT_EQ(conAtraso("02080050", 100, 50), "");
+    EXPECT_THAT(conAtraso("02080051", 100, 51), HasSubstr("más de la mitad"));
+    EXPECT_EQ(conAtraso("02080052", 2, 2), "");
+    EXPECT_THAT(conAtraso("02080053", 3, 3), HasSubstr("más de la mitad"));
+}
+
+// A copy that lacks them is none, and nobody would know.
+TEST_F(Ordenes, WhatACopyCannotFindAnyMoreIsTold) {
+    const auto base = imagen();
+    const auto otra = guardar("b.rgt", ImagenPrueba("02080051").serie(0, 0, 60).bytes());
+    int vez = 0;
+    const auto copiada = [&](const std::string& dano, const std::vector<std::string>& estacion = {}) {
+        const std::string suyo = carpeta / (std::to_string(++vez) + ".sqlite");
+        correr({"--en", suyo, "incorporar", base, otra});
+        BaseSqlite(suyo, BaseSqlite::Acceso::escritura, std::chrono::seconds(1)).ejecutar(dano);
+        std::vector<std::string> orden = {"--en", suyo, "copiar", "--a", suyo + ".copia"};
+        orden.insert(orden.end(), estacion.begin(), estacion.end());
+        const auto r = correr(orden);
+        return std::to_string(r.codigo) + " " + r.salida + r.errores;
+    };
+    const std::string kSuya = "(SELECT id FROM estaciones WHERE nombre='02080050')";
+    EXPECT_EQ(copiada("SELECT 1"), "0 Imágenes copiadas: 2\n");
+    const auto una = testing::StartsWith("1 Imágenes copiadas: 1\n");
+    EXPECT_THAT(copiada("DELETE FROM estaciones WHERE nombre='02080050'"),
+                testing::AllOf(una, HasSubstr("imágenes de una estación que no está: 1: repóngalo"),
+                               HasSubstr("contenidos de una estación que no está: 1")));
+    EXPECT_THAT(copiada("UPDATE imagenes SET estacion=77 WHERE estacion=" + kSuya),
+                testing::AllOf(una, HasSubstr("imágenes de una estación que no está: 1")));
+    EXPECT_THAT(copiada("DELETE FROM imagenes WHERE estacion=" + kSuya),
+                testing::AllOf(una, HasSubstr("estación 02080050: contenidos de una imagen que no está: 1")));
+    EXPECT_THAT(
+        copiada("DELETE FROM imagenes WHERE estacion=" + kSuya +
+                "; DELETE FROM contenidos WHERE estacion=" + kSuya),
+        testing::AllOf(una, HasSubstr("estación 02080050: tenía 1 imagen y quedan 0: vea comprobar")));
+    EXPECT_THAT(copiada("DELETE FROM imagenes", {"--estacion", "02080050"}),
+                testing::AllOf(HasSubstr("estación 02080050"), testing::Not(HasSubstr("02080051")),
+                               testing::StartsWith("1 Imágenes copiadas: 0\n")));
+    EXPECT_THAT(copiada("DELETE FROM estaciones"),
+                testing::AllOf(HasSubstr("imágenes de una estación que no está: 2"),
+                               testing::StartsWith("1 Imágenes copiadas: 0\n")));
 }
 
 // What the samples came from may be lost; they themselves are not thrown after it.
