@@ -39,7 +39,7 @@ function(telvane_gemela_de_capa capa)
   telvane_precompilar(${capa}_saneada telvane_precompilado_saneado)
   telvane_juntar(${capa}_saneada 8)
   # Each store has its statements.
-  list(FILTER SOURCES INCLUDE REGEX "^(almacen|tablas)_sqlite")
+  list(FILTER SOURCES INCLUDE REGEX "^(almacen|tablas|filas)_sqlite")
   set_source_files_properties(${SOURCES} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 

@@ -73,13 +73,18 @@ ReglaDestino reglaDeFicha(bool reemplazar) {
     return regla;
 }
 
+std::filesystem::path rutaDeVez(const std::filesystem::path& primera, int vez) {
+    if (vez == 1) return primera;
+    auto ruta = primera;
+    return ruta.replace_filename(
+        fmt::format("{}_{}{}", primera.stem().string(), vez, primera.extension().string()));
+}
+
 std::filesystem::path rutaLibre(const std::filesystem::path& primera) {
     auto ruta = primera;
     std::error_code error;
-    for (int vez = 2; std::filesystem::exists(std::filesystem::symlink_status(ruta, error)); ++vez) {
-        ruta.replace_filename(
-            fmt::format("{}_{}{}", primera.stem().string(), vez, primera.extension().string()));
-    }
+    for (int vez = 2; std::filesystem::exists(std::filesystem::symlink_status(ruta, error)); ++vez)
+        ruta = rutaDeVez(primera, vez);
     return ruta;
 }
 

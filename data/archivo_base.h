@@ -47,7 +47,9 @@ ReglaDestino reglaDeTabla();
 // of somebody's, says. Where somebody asks for it, it takes an earlier one's place, and nothing else's.
 ReglaDestino reglaDeFicha(bool reemplazar = false);
 
-// The name, or "<name>_2.rgt" and so on: under which nothing stands yet.
+// The name, "<name>_2.rgt" and so on; vez: from 1.
+std::filesystem::path rutaDeVez(const std::filesystem::path& primera, int vez);
+// The first of these under which nothing stands yet.
 std::filesystem::path rutaLibre(const std::filesystem::path& primera);
 // One in the folder, made of the name below.
 std::filesystem::path rutaBaseLibre(const std::filesystem::path& carpeta, const std::string& digitosSerie,

@@ -1,277 +1,25 @@
 #include "historico/almacen_sqlite.h"
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
-#include <csignal>
-#include <fstream>
-#include <iterator>
+#include <chrono>
+#include <span>
+#include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
 
-#include "data/archivo_base.h"
 #include "historico/canales.h"
+#include "historico/esquema.h"
+#include "historico/filas_sqlite.h"
 #include "historico/limites_aviso.h"
-#include "platform/destino.h"
-#include "platform/guardado.h"
-#include "platform/motivos.h"
-#include "platform/texto_visible.h"
 
 namespace telvane {
 
 namespace {
 
 using std::chrono::seconds;
-
-constexpr std::string_view kColumnasMuestra =
-    "auxiliar1,humedad,temperatura,viento,velocidad,radiacion,presion,lluvia,libre,auxiliar2,evaporacion,"
-    "resto";
-
-std::int64_t segundosDe(Instante instante) {
-    return instante.time_since_epoch().count();
-}
-Instante instanteDeSegundos(std::int64_t cuantos) {
-    return Instante(seconds(cuantos));
-}
-
-void ponerOpcional(Sentencia& s, int cual, const std::optional<Instante>& instante) {
-    if (instante) {
-        s.poner(cual, segundosDe(*instante));
-    } else {
-        s.ponerNulo(cual);
-    }
-}
-std::optional<Instante> opcional(const Sentencia& s, int columna) {
-    if (s.esNulo(columna)) return std::nullopt;
-    return instanteDeSegundos(s.entero(columna));
-}
-
-Huella huellaEn(const Sentencia& s, int columna) {
-    Huella huella{};
-    const auto bytes = s.bytes(columna);
-    std::copy_n(bytes.begin(), std::min(bytes.size(), huella.size()), huella.begin());
-    return huella;
-}
-
-// A record's columns from the parameter or column given on.
-void ponerRegistro(Sentencia& s, int desde, const CanalesCrudos& canales) {
-    for (std::size_t i = 0; i < CanalesCrudos::kCuantos; ++i) {
-        s.poner(desde + static_cast<int>(i), std::int64_t{canales.crudos[i]});
-    }
-    s.poner(desde + static_cast<int>(CanalesCrudos::kCuantos),
-            std::span<const std::uint8_t>(canales.resto.data(), canales.largoResto));
-}
-BytesMuestra registroEn(const Sentencia& s, int desde, Instante instante) {
-    CanalesCrudos canales;
-    for (std::size_t i = 0; i < CanalesCrudos::kCuantos; ++i) {
-        canales.crudos[i] = static_cast<std::uint16_t>(s.entero(desde + static_cast<int>(i)));
-    }
-    const auto resto = s.bytes(desde + static_cast<int>(CanalesCrudos::kCuantos));
-    canales.largoResto = std::min(resto.size(), canales.resto.size());
-    std::copy_n(resto.begin(), canales.largoResto, canales.resto.begin());
-    return registroDe(instante, canales);
-}
-
-void correrCon(Sentencia& s, const EstacionGuardada& e) {
-    s.poner(1, e.id).poner(2, e.nombre).poner(3, e.serie).poner(4, std::int64_t{e.evaporacion}).correr();
-}
-
-EstacionGuardada estacionEn(const Sentencia& s) {
-    EstacionGuardada e{.id = s.entero(0),
-                       .nombre = s.texto(1),
-                       .serie = s.texto(2),
-                       .evaporacion = s.entero(3) != 0,
-                       .resumen = {}};
-    if (!s.esNulo(4)) e.resumen.masNueva = huellaEn(s, 4);
-    e.resumen.imagenes = s.entero(5);
-    e.resumen.muestras = s.entero(6);
-    e.resumen.huecos = s.entero(7);
-    e.resumen.conflictos = s.entero(8);
-    e.resumen.desde = opcional(s, 9);
-    e.resumen.hasta = opcional(s, 10);
-    e.resumen.incorporada = incorporadaDe(Incorporada(seconds(s.entero(11))));
-    const auto cabecera = s.bytes(12);
-    e.resumen.cabecera.assign(cabecera.begin(), cabecera.end());
-    return e;
-}
-constexpr std::string_view kEstaciones =
-    "SELECT "
-    "id,nombre,serie,evaporacion,mas_nueva,imagenes,muestras,huecos,conflictos,desde,hasta,incorporada,"
-    "cabecera FROM estaciones ORDER BY nombre";
-constexpr std::string_view kEstacion =
-    "SELECT "
-    "id,nombre,serie,evaporacion,mas_nueva,imagenes,muestras,huecos,conflictos,desde,hasta,incorporada,"
-    "cabecera FROM estaciones WHERE nombre=?1";
-
-constexpr std::string_view kFichas =
-    "SELECT huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida FROM imagenes "
-    "WHERE estacion=?1 ORDER BY reloj,huella";
-constexpr std::string_view kFicha =
-    "SELECT huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida FROM imagenes "
-    "WHERE estacion=?1 AND huella=?2";
-constexpr std::string_view kSueltas =
-    "SELECT huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida FROM imagenes "
-    "WHERE estacion=?1 AND bytes<262144 AND contenida=0 ORDER BY reloj,huella";
-
-FichaImagen fichaEn(const Sentencia& s) {
-    return {.huella = huellaEn(s, 0),
-            .bytes = static_cast<std::size_t>(s.entero(1)),
-            .reloj = opcional(s, 2),
-            .desde = opcional(s, 3),
-            .hasta = opcional(s, 4),
-            .incorporada = incorporadaDe(Incorporada(seconds(s.entero(5)))),
-            .origen = s.texto(6),
-            .muestras = s.entero(7),
-            .retrocesos = s.entero(8),
-            .contenida = s.entero(9) != 0};
-}
-// From the column given on.
-FichaDescarga descargaEn(const Sentencia& s, int desde) {
-    FichaDescarga f{.descargada = std::chrono::sys_seconds(seconds(s.entero(desde))),
-                    .puerto = s.entero(desde + 1),
-                    .dispositivo = s.texto(desde + 2),
-                    .desfase = {},
-                    .verificada = s.entero(desde + 4) != 0,
-                    .reintentos = s.entero(desde + 5),
-                    .erroresDeLinea = s.entero(desde + 6)};
-    if (!s.esNulo(desde + 3)) f.desfase = s.entero(desde + 3);
-    return f;
-}
-// An image, and how it came beside it.
-constexpr std::string_view kUltimasPorReloj =
-    "SELECT "
-    "i.huella,i.bytes,i.reloj,i.desde,i.hasta,i.incorporada,i.origen,i.muestras,i.retrocesos,i.contenida,"
-    "d.descargada,d.puerto,d.dispositivo,d.desfase_s,d.verificada,d.reintentos,d.errores_de_linea "
-    "FROM imagenes i LEFT JOIN descargas d ON d.estacion=i.estacion AND d.imagen=i.huella "
-    "WHERE i.estacion=?1 AND i.reloj<=i.incorporada+?3 ORDER BY i.reloj DESC,i.huella DESC LIMIT ?2";
-constexpr std::string_view kUltimasPorDescarga =
-    "SELECT "
-    "i.huella,i.bytes,i.reloj,i.desde,i.hasta,i.incorporada,i.origen,i.muestras,i.retrocesos,i.contenida,"
-    "d.descargada,d.puerto,d.dispositivo,d.desfase_s,d.verificada,d.reintentos,d.errores_de_linea "
-    "FROM descargas d JOIN imagenes i ON i.estacion=d.estacion AND i.huella=d.imagen "
-    "WHERE d.estacion=?1 ORDER BY d.descargada DESC,d.imagen DESC LIMIT ?2";
-
-// What stands at a path that is to be an archive. Opening some of it would hang, or tell less.
-enum class QueHay { nada, vacio, archivo };
-QueHay queHay(const std::filesystem::path& ruta) {
-    struct stat datos {};
-    if (::stat(ruta.c_str(), &datos) != 0) {
-        if (errno == ENOENT) return QueHay::nada;
-        throw ErrorAlmacen(
-            fmt::format("{}: no se puede abrir: {}", nombreVisible(ruta), motivoSistema(errno)));
-    }
-    if (S_ISDIR(datos.st_mode)) {
-        throw ErrorAlmacen(fmt::format("{}: es una carpeta: nombre un archivo", nombreVisible(ruta)));
-    }
-    if (!S_ISREG(datos.st_mode)) {
-        throw ErrorAlmacen(fmt::format("{}: no es un archivo: nombre otro", nombreVisible(ruta)));
-    }
-    return datos.st_size == 0 ? QueHay::vacio : QueHay::archivo;
-}
-
-// A writer that was killed before its first commit leaves a log with a beginning and nothing behind it. Who
-// may not write beside it tries in vain to make sense of that, for ten seconds; who writes just now is soon
-// further.
-bool quedoAMedias(const std::filesystem::path& ruta, const std::function<void()>& atender) {
-    constexpr int kVistazos = 15;
-    constexpr int kVistazoMs = 20;
-    constexpr std::uintmax_t kSoloElComienzo = 32;
-    std::error_code sinMotivo;
-    const auto real = std::filesystem::weakly_canonical(ruta, sinMotivo).string();
-    for (int i = 0; i < kVistazos; ++i) {
-        const auto largo = std::filesystem::file_size(real + "-wal", sinMotivo);
-        if (sinMotivo || largo != kSoloElComienzo || ::access((real + "-shm").c_str(), W_OK) == 0)
-            return false;
-        if (atender) atender();
-        sqlite3_sleep(kVistazoMs);
-    }
-    return true;
-}
-
-// SQLite opens what it may not write for reading, and fails over the files that it wants beside it: it then
-// says that they are not there.
-void exigirDiscoEscribible(const std::filesystem::path& ruta) {
-    if (::faccessat(AT_FDCWD, ruta.c_str(), W_OK, AT_EACCESS) == 0 || errno != EROFS) return;
-    throw ErrorAlmacen(
-        fmt::format("{}: no se puede escribir en él: {}; monte ese disco para escribir, o copie el archivo a "
-                    "otro y nómbrelo",
-                    nombreVisible(ruta), motivoSinConsejo(EROFS)));
-}
-
-// The copy before a migration; while it is made, the process's number and this stand behind its name.
-std::string nombreDeCopia(const std::filesystem::path& archivo, std::int64_t version) {
-    return fmt::format("{}.version{}", archivo.string(), version);
-}
-constexpr std::string_view kParcial = ".parcial";
-
-// Which process makes the copy that has this name; 0: it is none.
-pid_t quienCopia(std::string_view nombre, const std::filesystem::path& archivo) {
-    constexpr std::string_view kCifras = "0123456789";
-    const auto tomar = [&](std::string_view que) {
-        if (!nombre.starts_with(que)) return false;
-        nombre.remove_prefix(que.size());
-        return true;
-    };
-    const auto numero = [&] {
-        const auto cifras = std::min(nombre.find_first_not_of(kCifras), nombre.size());
-        pid_t valor = 0;
-        const auto fin = std::from_chars(nombre.data(), nombre.data() + cifras, valor);
-        nombre.remove_prefix(cifras);
-        return cifras > 0 && fin.ec == std::errc() ? valor : 0;
-    };
-    if (!tomar(archivo.filename().string()) || !tomar(".version") || numero() == 0 || !tomar(".")) return 0;
-    const auto proceso = numero();
-    return tomar(kParcial) && (nombre.empty() || nombre == "-journal") ? proceso : 0;
-}
-
-// A copy that whoever made it did not finish is of no use; those of processes that live are theirs.
-void quitarCopiasAMedias(const std::filesystem::path& archivo) {
-    namespace fs = std::filesystem;
-    std::error_code sinMotivo;
-    std::vector<fs::path> deNadie;
-    fs::directory_iterator lugar(archivo.parent_path(), sinMotivo);
-    for (; !sinMotivo && lugar != fs::directory_iterator(); lugar.increment(sinMotivo)) {
-        const auto proceso = quienCopia(lugar->path().filename().string(), archivo);
-        std::error_code ninguno;
-        if (proceso > 0 && lugar->symlink_status(ninguno).type() == fs::file_type::regular &&
-            ::kill(proceso, 0) != 0 && errno == ESRCH)
-            deNadie.push_back(lugar->path());
-    }
-    for (const auto& ruta : deNadie) fs::remove(ruta, sinMotivo);
-}
-
-bool sonIguales(const std::filesystem::path& una, const std::filesystem::path& otra) {
-    std::error_code sinMotivo;
-    const auto largo = std::filesystem::file_size(una, sinMotivo);
-    if (sinMotivo || std::filesystem::file_size(otra, sinMotivo) != largo || sinMotivo) return false;
-    std::ifstream a(una, std::ios::binary);
-    std::ifstream b(otra, std::ios::binary);
-    return a && b && std::equal(std::istreambuf_iterator<char>(a), {}, std::istreambuf_iterator<char>(b));
-}
-
-// Whether an earlier attempt, ended after its copy, left this very one under one of its names.
-bool yaEstaCopiado(const std::filesystem::path& copia, const std::filesystem::path& nueva) {
-    std::error_code sinMotivo;
-    const auto libre = rutaLibre(copia);
-    auto una = copia;
-    for (int vez = 2; una != libre; ++vez) {
-        if (std::filesystem::is_regular_file(una, sinMotivo) && sonIguales(una, nueva)) return true;
-        una.replace_filename(fmt::format("{}_{}{}", copia.stem().string(), vez, copia.extension().string()));
-    }
-    return false;
-}
-
-[[noreturn]] void noHayArchivo(const std::filesystem::path& ruta) {
-    throw ErrorAlmacen(
-        fmt::format("{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
-                    nombreVisible(ruta)));
-}
 
 }  // namespace
 
@@ -282,34 +30,31 @@ AlmacenSqlite::AlmacenSqlite(const std::filesystem::path& ruta, BaseSqlite::Acce
 
 std::unique_ptr<AlmacenSqlite> AlmacenSqlite::abrirParaLeer(const std::filesystem::path& ruta,
                                                             Opciones opciones) {
-    if (queHay(ruta) != QueHay::archivo) noHayArchivo(ruta);
-    if (quedoAMedias(ruta, opciones.atender))
-        throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(ruta), BaseSqlite::kAMedias));
+    AperturaSqlite::exigirLegible(ruta, opciones.atender);
     std::unique_ptr<AlmacenSqlite> almacen(
         new AlmacenSqlite(ruta, BaseSqlite::Acceso::lectura, std::move(opciones)));
-    if (almacen->deNadie()) noHayArchivo(ruta);
-    almacen->exigirVersion();
+    almacen->apertura().paraLeer();
     return almacen;
 }
 
 std::unique_ptr<AlmacenSqlite> AlmacenSqlite::abrirParaEscribir(const std::filesystem::path& ruta, bool crear,
                                                                 Opciones opciones) {
-    const auto hay = queHay(ruta);
-    if (hay != QueHay::archivo && !crear) noHayArchivo(ruta);
-    // SQLite does not say why it can make none.
-    if (hay == QueHay::nada) static_cast<void>(revisarDestino(ruta));
-    if (hay != QueHay::nada) exigirDiscoEscribible(ruta);
+    AperturaSqlite::exigirEscribible(ruta, crear);
     std::unique_ptr<AlmacenSqlite> almacen(
         new AlmacenSqlite(ruta, BaseSqlite::Acceso::escritura, std::move(opciones)));
-    almacen->prepararEscritura(crear);
+    almacen->apertura().paraEscribir(crear);
     return almacen;
 }
 
 std::unique_ptr<AlmacenSqlite> AlmacenSqlite::temporal() {
     std::unique_ptr<AlmacenSqlite> almacen(new AlmacenSqlite({}, BaseSqlite::Acceso::escritura, {}));
     almacen->base_.ejecutar("PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF");
-    almacen->crearTablas();
+    almacen->apertura().crearTablas();
     return almacen;
+}
+
+AperturaSqlite AlmacenSqlite::apertura() {
+    return {*this, base_, tablas_, opciones_.migraciones};
 }
 
 std::vector<std::filesystem::path> AlmacenSqlite::archivos() const {
@@ -319,117 +64,6 @@ std::vector<std::filesystem::path> AlmacenSqlite::archivos() const {
     std::vector<std::filesystem::path> suyos = {base_.ruta()};
     for (const auto* sufijo : {"-wal", "-shm", "-journal"}) suyos.emplace_back(real.string() + sufijo);
     return suyos;
-}
-
-// Begun, and nothing made in it yet.
-bool AlmacenSqlite::deNadie() {
-    return base_.numero("PRAGMA application_id") == 0 && base_.numero("PRAGMA user_version") == 0 &&
-           base_.numero("SELECT count(*) FROM sqlite_master") == 0;
-}
-
-// What copies the tables with another program into a new file leaves behind the two numbers that say whose
-// it is and of which version.
-bool AlmacenSqlite::callaQueEsNuestro() {
-    const auto deQuien = base_.numero("PRAGMA application_id");
-    const bool calla =
-        deQuien == 0 || (deQuien == esquema::kDeTelvane && base_.numero("PRAGMA user_version") < 1);
-    return calla && tablas_.faltasDeSiempre().empty();
-}
-
-void AlmacenSqlite::prepararEscritura(bool crear) {
-    const bool sinHacer = deNadie();
-    if (sinHacer && !crear) noHayArchivo(base_.ruta());
-    const bool porDecir = !crear && callaQueEsNuestro();
-    // Of another program nothing is touched.
-    if (!sinHacer && !porDecir) exigirNuestro();
-    base_.ejecutar("PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA journal_size_limit=1048576");
-    if (sinHacer) return crearTablas();
-    // The migrations find what is there already.
-    if (porDecir)
-        base_.ejecutar(fmt::format("PRAGMA application_id={}; PRAGMA user_version=1", esquema::kDeTelvane));
-    if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora()) migrar(version);
-}
-
-void AlmacenSqlite::crearTablas() {
-    Transaccion transaccion(*this, Modo::escritura);
-    // Two may begin at once: the second finds it done.
-    if (base_.numero("PRAGMA application_id") == 0) {
-        tablas_.crear();
-        base_.ejecutar(fmt::format("PRAGMA application_id={}; PRAGMA user_version={}", esquema::kDeTelvane,
-                                   versionDeAhora()));
-    }
-    transaccion.confirmar();
-}
-
-// Under a name that nothing has: an earlier copy, or whatever else stands there, stays; of one that is the
-// same there is no second.
-void AlmacenSqlite::copiarAntesDeMigrar(std::int64_t desde) {
-    const auto archivo = std::filesystem::absolute(base_.ruta());
-    const std::filesystem::path ruta = nombreDeCopia(archivo, desde);
-    const std::filesystem::path aMedias = fmt::format("{}.{}{}", ruta.string(), ::getpid(), kParcial);
-    quitarCopiasAMedias(archivo);
-    std::error_code sinMotivo;
-    std::filesystem::remove(aMedias, sinMotivo);
-    try {
-        Sentencia(base_, "VACUUM INTO ?1").poner(1, std::string_view(aMedias.native())).correr();
-        if (yaEstaCopiado(ruta, aMedias)) {
-            std::filesystem::remove(aMedias, sinMotivo);
-            return;
-        }
-        int motivo = 0;
-        do {
-            auto destino = revisarDestino(rutaLibre(ruta), {.nuevo = true});
-            motivo = colocar(aMedias, destino);
-            if (motivo == 0) motivo = sincronizarCarpeta(destino.ruta.parent_path());
-        } while (motivo == EEXIST);
-        if (motivo != 0)
-            throw ErrorAlmacen(
-                fmt::format("{}: no se puede copiar: {}", nombreVisible(ruta), motivoSistema(motivo)));
-    } catch (...) {
-        std::filesystem::remove(aMedias, sinMotivo);
-        throw;
-    }
-}
-
-void AlmacenSqlite::migrar(std::int64_t desde) {
-    // What every version had: without it there is nothing to begin with.
-    if (const auto faltas = tablas_.faltasDeSiempre(); !faltas.empty())
-        throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(faltas.front()), kRecuperar));
-    copiarAntesDeMigrar(desde);
-    Transaccion transaccion(*this, Modo::escritura);
-    for (auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora(); ++version) {
-        base_.ejecutar(std::string(opciones_.migraciones[static_cast<std::size_t>(version) - 1]));
-    }
-    base_.ejecutar(fmt::format("PRAGMA user_version={}", versionDeAhora()));
-    transaccion.confirmar();
-}
-
-void AlmacenSqlite::exigirNuestro() {
-    if (callaQueEsNuestro()) {
-        throw ErrorAlmacen(fmt::format(
-            "{}: no dice que es un archivo histórico de Telvane, ni de qué versión: {}", nombre(), kReponer));
-    }
-    if (base_.numero("PRAGMA application_id") != esquema::kDeTelvane) base_.fallar(SQLITE_NOTADB);
-    const auto version = base_.numero("PRAGMA user_version");
-    // There was never one before the first: nobody knows what such a file holds.
-    if (version < 1) {
-        throw ErrorAlmacen(fmt::format("{}: dice ser de una versión que nunca hubo ({}): {}", nombre(),
-                                       version, kRecuperar));
-    }
-    if (version > versionDeAhora()) {
-        throw ErrorAlmacen(
-            fmt::format("{}: es de una versión más nueva ({}) que la de este programa ({}): actualice "
-                        "telvane-historico",
-                        nombre(), version, versionDeAhora()));
-    }
-}
-
-void AlmacenSqlite::exigirVersion() {
-    exigirNuestro();
-    if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora()) {
-        throw ErrorAlmacen(fmt::format(
-            "{}: es de una versión anterior ({}): la pone al día el próximo incorporar", nombre(), version));
-    }
 }
 
 Sentencia& AlmacenSqlite::sentencia(std::string_view sql) {
@@ -453,20 +87,26 @@ void AlmacenSqlite::abandonar() noexcept {
 
 std::vector<EstacionGuardada> AlmacenSqlite::estaciones() {
     std::vector<EstacionGuardada> lista;
-    auto& s = sentencia(kEstaciones);
+    static const auto kSql =
+        fmt::format("SELECT {} FROM estaciones ORDER BY nombre", columnas_sqlite::kEstacion);
+    auto& s = sentencia(kSql);
     s.correr([&] { lista.push_back(estacionEn(s)); });
     return lista;
 }
 
 std::optional<EstacionGuardada> AlmacenSqlite::estacion(const std::string& nombre) {
     std::optional<EstacionGuardada> hallada;
-    auto& s = sentencia(kEstacion);
+    static const auto kSql =
+        fmt::format("SELECT {} FROM estaciones WHERE nombre=?1", columnas_sqlite::kEstacion);
+    auto& s = sentencia(kSql);
     s.poner(1, nombre).correr([&] { hallada = estacionEn(s); });
     return hallada;
 }
 
 void AlmacenSqlite::agregarEstacion(const EstacionGuardada& e) {
-    correrCon(sentencia("INSERT INTO estaciones(id,nombre,serie,evaporacion) VALUES(?1,?2,?3,?4)"), e);
+    auto& s = sentencia("INSERT INTO estaciones(id,nombre,serie,evaporacion) VALUES(?1,?2,?3,?4)");
+    ponerEstacion(s, e);
+    s.correr();
 }
 void AlmacenSqlite::quitarEstacion(IdEstacion estacion) {
     sentencia("DELETE FROM estaciones WHERE id=?1").poner(1, estacion).correr();
@@ -495,13 +135,20 @@ std::vector<FichaImagen> AlmacenSqlite::leerFichas(Sentencia& s) {
 }
 
 std::vector<FichaImagen> AlmacenSqlite::fichas(IdEstacion estacion) {
-    return leerFichas(sentencia(kFichas).poner(1, estacion));
+    static const auto kSql = fmt::format("SELECT {} FROM imagenes WHERE estacion=?1 ORDER BY reloj,huella",
+                                         columnas_sqlite::kFicha);
+    return leerFichas(sentencia(kSql).poner(1, estacion));
 }
 std::vector<FichaImagen> AlmacenSqlite::parcialesSueltas(IdEstacion estacion) {
-    return leerFichas(sentencia(kSueltas).poner(1, estacion));
+    static const auto kSql = fmt::format(
+        "SELECT {} FROM imagenes WHERE estacion=?1 AND bytes<262144 AND contenida=0 ORDER BY reloj,huella",
+        columnas_sqlite::kFicha);
+    return leerFichas(sentencia(kSql).poner(1, estacion));
 }
 std::optional<FichaImagen> AlmacenSqlite::ficha(IdEstacion estacion, const Huella& huella) {
-    auto lista = leerFichas(sentencia(kFicha).poner(1, estacion).poner(2, std::span(huella)));
+    static const auto kSql =
+        fmt::format("SELECT {} FROM imagenes WHERE estacion=?1 AND huella=?2", columnas_sqlite::kFicha);
+    auto lista = leerFichas(sentencia(kSql).poner(1, estacion).poner(2, std::span(huella)));
     return lista.empty() ? std::nullopt : std::optional(std::move(lista.front()));
 }
 
@@ -594,35 +241,39 @@ std::map<IdEstacion, std::vector<Llegada>> AlmacenSqlite::ultimas(std::size_t cu
     auto& todas = sentencia("SELECT id FROM estaciones");
     todas.correr([&] { estaciones.push_back(todas.entero(0)); });
     std::map<IdEstacion, std::vector<Llegada>> ultimas;
-    constexpr int kTrasLaFicha = 10;
+    static const auto kPorReloj = fmt::format(
+        "SELECT {},{} FROM imagenes i LEFT JOIN descargas d ON d.estacion=i.estacion AND d.imagen=i.huella "
+        "WHERE i.estacion=?1 AND i.reloj<=i.incorporada+?3 ORDER BY i.reloj DESC,i.huella DESC LIMIT ?2",
+        columnas_sqlite::kFicha, columnas_sqlite::kDescarga);
+    static const auto kPorDescarga = fmt::format(
+        "SELECT {},{} FROM descargas d JOIN imagenes i ON i.estacion=d.estacion AND i.huella=d.imagen "
+        "WHERE d.estacion=?1 ORDER BY d.descargada DESC,d.imagen DESC LIMIT ?2",
+        columnas_sqlite::kFicha, columnas_sqlite::kDescarga);
     for (const auto estacion : estaciones) {
         auto& suyas = ultimas[estacion];
         const auto leer = [&](Sentencia& s) {
             s.poner(1, estacion).poner(2, static_cast<std::int64_t>(cuantas));
             s.correr([&] {
                 auto& llegada = suyas.emplace_back(Llegada{.imagen = fichaEn(s), .descarga = {}});
-                if (s.esNulo(kTrasLaFicha)) return;
-                if (auto ficha = descargaEn(s, kTrasLaFicha); ficha.tieneMomento())
+                if (s.esNulo(columnas_sqlite::kDeFicha)) return;
+                if (auto ficha = descargaEn(s, columnas_sqlite::kDeFicha); ficha.tieneMomento())
                     llegada.descarga = std::move(ficha);
             });
         };
-        leer(sentencia(kUltimasPorReloj).poner(3, seconds(limites_aviso::kRelojFuturo).count()));
-        leer(sentencia(kUltimasPorDescarga));
+        leer(sentencia(kPorReloj).poner(3, seconds(limites_aviso::kRelojFuturo).count()));
+        leer(sentencia(kPorDescarga));
     }
     return ultimas;
 }
 AlmacenSqlite::Descargas AlmacenSqlite::descargas(IdEstacion estacion) {
-    return leerDescargas(
-        sentencia("SELECT imagen,descargada,puerto,dispositivo,desfase_s,verificada,reintentos,"
-                  "errores_de_linea FROM descargas WHERE estacion=?1")
-            .poner(1, estacion));
+    static const auto kSql =
+        fmt::format("SELECT imagen,{} FROM descargas WHERE estacion=?1", columnas_sqlite::kDescarga);
+    return leerDescargas(sentencia(kSql).poner(1, estacion));
 }
 std::optional<FichaDescarga> AlmacenSqlite::descarga(IdEstacion estacion, const Huella& imagen) {
-    auto lista =
-        leerDescargas(sentencia("SELECT imagen,descargada,puerto,dispositivo,desfase_s,verificada,reintentos,"
-                                "errores_de_linea FROM descargas WHERE estacion=?1 AND imagen=?2")
-                          .poner(1, estacion)
-                          .poner(2, std::span(imagen)));
+    static const auto kSql = fmt::format("SELECT imagen,{} FROM descargas WHERE estacion=?1 AND imagen=?2",
+                                         columnas_sqlite::kDescarga);
+    auto lista = leerDescargas(sentencia(kSql).poner(1, estacion).poner(2, std::span(imagen)));
     return lista.empty() ? std::nullopt : std::optional(std::move(lista.front().second));
 }
 void AlmacenSqlite::guardarDescarga(IdEstacion estacion, const Huella& imagen, const FichaDescarga& f) {
@@ -650,7 +301,7 @@ void AlmacenSqlite::marcarContenida(IdEstacion estacion, const Huella& huella, b
 void AlmacenSqlite::filas(IdEstacion estacion, Instante desde, Instante hasta, const AlLeerFila& alLeer) {
     static const std::string kSql = fmt::format(
         "SELECT hora,cuenta,{0} FROM muestras WHERE estacion=?1 AND hora BETWEEN ?2 AND ?3 ORDER BY hora,{0}",
-        kColumnasMuestra);
+        columnas_sqlite::kRegistro);
     // One of its own: whoever is told of a row may ask for others.
     Sentencia s(base_, kSql);
     s.poner(1, estacion).poner(2, segundosDe(desde)).poner(3, segundosDe(hasta));
@@ -690,7 +341,7 @@ void AlmacenSqlite::agregarFilas(IdEstacion estacion, std::span<const Fila> fila
     static const std::string kSql = fmt::format(
         "INSERT INTO muestras(estacion,hora,cuenta,{}) VALUES(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10,?11,?12,"
         "?13,?14,?15)",
-        kColumnasMuestra);
+        columnas_sqlite::kRegistro);
     auto& s = sentencia(kSql);
     for (const auto& fila : filas) {
         const auto canales = canalesDe(fila.registro);
@@ -704,7 +355,7 @@ void AlmacenSqlite::cambiarCuenta(IdEstacion estacion, const Fila& fila) {
     static const std::string kSql = fmt::format(
         "UPDATE muestras SET cuenta=?3 WHERE estacion=?1 AND hora=?2 AND ({})=(?4,?5,?6,?7,?8,?9,?10,"
         "?11,?12,?13,?14,?15)",
-        kColumnasMuestra);
+        columnas_sqlite::kRegistro);
     auto& s = sentencia(kSql);
     const auto canales = canalesDe(fila.registro);
     s.poner(1, estacion).poner(2, segundosDe(fila.instante)).poner(3, std::int64_t{fila.cuenta});
@@ -774,7 +425,9 @@ void AlmacenSqlite::vaciarDerivado(IdEstacion estacion) {
 }
 
 void AlmacenSqlite::corregirEstacion(const EstacionGuardada& e) {
-    correrCon(sentencia("UPDATE estaciones SET nombre=?2,serie=?3,evaporacion=?4 WHERE id=?1"), e);
+    auto& s = sentencia("UPDATE estaciones SET nombre=?2,serie=?3,evaporacion=?4 WHERE id=?1");
+    ponerEstacion(s, e);
+    s.correr();
 }
 
 void AlmacenSqlite::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
@@ -813,11 +466,11 @@ void AlmacenSqlite::limpiar() {
 
 std::vector<Almacen::FichaGuardada> AlmacenSqlite::fichasGuardadas() {
     std::vector<FichaGuardada> lista;
-    auto& s = sentencia(
-        "SELECT huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida,estacion "
-        "FROM "
-        "imagenes ORDER BY estacion,reloj,huella");
-    s.correr([&] { lista.push_back({.estacion = s.entero(10), .ficha = fichaEn(s)}); });
+    static const auto kSql = fmt::format("SELECT {},estacion FROM imagenes ORDER BY estacion,reloj,huella",
+                                         columnas_sqlite::kFicha);
+    auto& s = sentencia(kSql);
+    s.correr(
+        [&] { lista.push_back({.estacion = s.entero(columnas_sqlite::kDeFicha), .ficha = fichaEn(s)}); });
     return lista;
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "historico/almacen.h"
+#include "historico/apertura_sqlite.h"
 #include "historico/esquema_sqlite.h"
 #include "historico/sqlite.h"
 #include "historico/tablas_sqlite.h"
@@ -94,19 +95,7 @@ class AlmacenSqlite final : public Almacen {
     std::int64_t numero(const std::string& sql) override;
     AlmacenSqlite(const std::filesystem::path& ruta, BaseSqlite::Acceso acceso, Opciones opciones);
 
-    bool deNadie();
-    void prepararEscritura(bool crear);
-    void crearTablas();
-    void copiarAntesDeMigrar(std::int64_t desde);
-    void migrar(std::int64_t desde);
-    bool callaQueEsNuestro();
-    // Whichever version it is.
-    void exigirNuestro();
-    void exigirVersion();
-    std::int64_t versionDeAhora() const {
-        return static_cast<std::int64_t>(opciones_.migraciones.size()) + 1;
-    }
-
+    AperturaSqlite apertura();
     // Prepared once, under its own text.
     Sentencia& sentencia(std::string_view sql);
     std::vector<FichaImagen> leerFichas(Sentencia& s);
