@@ -9,6 +9,8 @@
 
 #include "historico/almacen.h"
 #include "historico/esquema_postgres.h"
+#include "platform/texto_visible.h"
+#include "platform/utf8.h"
 
 namespace telvane {
 
@@ -34,6 +36,33 @@ std::string_view remedioAqui(const Falta& falta) {
     if (falta.clase == Falta::Clase::clave) return kReponer;
     if (falta.clase == Falta::Clase::forma) return falta.soloNulos || seSabe ? kReponer : kRecuperar;
     return remedioDe(falta);
+}
+
+// A name that somebody else has given, as a statement takes it. What is not shown as it is, and would be lost
+// on the way to whoever is to type it, is written by its number.
+std::string comoSeEscribe(const std::string& nombre) {
+    if (sinControles(nombre) == nombre) return entreComillas(nombre);
+    std::string escapado;
+    for (std::size_t i = 0; i < nombre.size();) {
+        const auto caracter = caracterEn(nombre, i);
+        const auto letra = nombre.substr(i, caracter.bytes);
+        if (letra == "\\" || (caracter.bueno && sinControles(letra) != letra)) {
+            escapado += fmt::format("\\+{:06X}", static_cast<unsigned>(caracter.punto));
+        } else {
+            escapado += letra;
+        }
+        i += caracter.bytes;
+    }
+    return "U&" + entreComillas(escapado);
+}
+
+// orden: DROP and what it drops.
+std::string sentenciaQueLoQuita(const std::string& orden, const std::string& tabla,
+                                const std::string& nombre) {
+    const auto suTabla = fmt::format("{}{}", TablasPostgres::kPrefijo, tabla);
+    return orden == "DROP CONSTRAINT"
+               ? fmt::format("ALTER TABLE {} {} {}", suTabla, orden, comoSeEscribe(nombre))
+               : fmt::format("{} {} ON {}", orden, comoSeEscribe(nombre), suTabla);
 }
 
 }  // namespace
@@ -191,26 +220,31 @@ std::vector<std::string> TablasPostgres::faltan() {
 }
 
 // Other tables and views are whoever's; what hangs on ours changes what they hold. What refuses rows may
-// refuse them from whoever is to bring them.
+// refuse them from whoever is to bring them. A trigger that is disabled does nothing.
 std::vector<std::string> TablasPostgres::sobras() {
     const auto deben = debidas();
     auto lista = sobrasDe(deben, hay());
     const auto r = base_.consultar(
-        "SELECT c.relname::text,o.que,o.nombre,o.orden FROM pg_catalog.pg_class c JOIN (SELECT tgrelid AS "
+        "SELECT c.relname::text,o.que,o.nombre,o.orden,o.orden='DROP TRIGGER' AND c.relkind<>'v' FROM "
+        "pg_catalog.pg_class c JOIN (SELECT tgrelid AS "
         "tabla,'un disparador' AS que,tgname::text AS nombre,'DROP TRIGGER' AS orden FROM "
         "pg_catalog.pg_trigger "
-        "WHERE NOT tgisinternal AND tgparentid=0 UNION ALL SELECT ev_class,'una regla',rulename::text,'DROP "
-        "RULE' "
+        "WHERE NOT tgisinternal AND tgparentid=0 AND tgenabled<>'D' UNION ALL SELECT ev_class,'una "
+        "regla',rulename::text,'DROP RULE' "
         "FROM pg_catalog.pg_rewrite WHERE rulename<>'_RETURN' UNION ALL SELECT conrelid,'una "
         "condición',conname::text,'DROP CONSTRAINT' FROM pg_catalog.pg_constraint WHERE contype IN "
         "('c','f','x')) o ON o.tabla=c.oid WHERE c.relnamespace=to_regnamespace('telvane') ORDER BY 1,3");
     for (int i = 0; i < r.filas(); ++i) {
         const auto tabla = r.texto(i, 0);
         if (buscarTabla(deben, tabla) == nullptr && tabla != "lecturas") continue;
-        lista.push_back(
-            fmt::format("{} tiene {} que no es de este programa, {}: que quien administra el "
-                        "servidor lo quite ({})",
-                        tabla, r.texto(i, 1), r.texto(i, 2), r.texto(i, 3)));
+        const auto nombre = r.texto(i, 2);
+        lista.push_back(fmt::format(
+            "{} tiene {} que no es de este programa, {}: que quien administra el servidor ejecute {}{}",
+            tabla, r.texto(i, 1), nombre, sentenciaQueLoQuita(r.texto(i, 3), tabla, nombre),
+            r.logico(i, 4)
+                ? fmt::format(" (o, para que quede sin actuar, ALTER TABLE {}{} DISABLE TRIGGER {})",
+                              kPrefijo, tabla, comoSeEscribe(nombre))
+                : std::string()));
     }
     return lista;
 }
