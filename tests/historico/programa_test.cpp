@@ -295,35 +295,88 @@ std::vector<std::string> consultasDelManual() {
     return ordenesDelManual("Consultas");
 }
 
-TEST_F(Programa, WhatTheManualTellsSavesWhatIsLeftOfADamagedFile) {
-    const auto correr = [&](const std::string& ordenes) {
-        // The system's own programs, and this one.
+// A file that SQLite cannot read any more.
+class Salvamento : public Programa {
+   protected:
+    void SetUp() override {
+        if (Proceso({"/bin/sh", "-c", "PATH=/usr/bin:/bin; sqlite3 -version"}).terminar() != 0)
+            GTEST_SKIP() << "sin sqlite3 (paquete sqlite3)";
+        guardar("a.rgt", ImagenPrueba().serie(0, 0, 3000).bytes());
+        guardar("b.rgt", ImagenPrueba().reloj(kInicio + std::chrono::hours(24)).serie(0, 0, 3144).bytes());
+        ASSERT_EQ(correr(kEnEl + "incorporar a.rgt b.rgt").first, 0);
+        antes = correr(kEnEl + "estado --json");
+        ASSERT_EQ(correr("rm -f historico.sqlite-*"), std::pair(0, std::string()));
+    }
+    // By the system's own programs, and this one.
+    std::pair<int, std::string> correr(const std::string& ordenes) const {
         Proceso proceso({"/bin/sh", "-c", "PATH=$1:/usr/bin:/bin; cd \"$0\" && " + ordenes,
                          carpeta.ruta().string(),
                          std::filesystem::path(TELVANE_HISTORICO).parent_path().string()});
         const auto codigo = proceso.terminar().value_or(-1);
-        return std::pair(codigo, proceso.salida() + proceso.errores());
-    };
-    guardar("a.rgt", ImagenPrueba().serie(0, 0, 3000).bytes());
-    guardar("b.rgt", ImagenPrueba().reloj(kInicio + std::chrono::hours(24)).serie(0, 0, 3144).bytes());
-    const std::string enEl = "telvane-historico --en historico.sqlite ";
-    ASSERT_EQ(correr(enEl + "incorporar a.rgt b.rgt").first, 0);
-    const auto antes = correr(enEl + "estado --json");
+        return {codigo, proceso.salida() + proceso.errores()};
+    }
+    std::pair<int, std::string> seguirElManual(const std::string& titulo) const {
+        std::string ordenes;
+        for (const auto& linea : ordenesDelManual(titulo)) ordenes += linea + "\n";
+        return correr(ordenes);
+    }
+    void borrarBytes(std::streamoff desde, std::size_t cuantos) const {
+        std::fstream archivo(carpeta / "historico.sqlite", std::ios::in | std::ios::out | std::ios::binary);
+        archivo.seekp(desde);
+        archivo << std::string(cuantos, '\0');
+    }
+
+    static constexpr std::size_t kPagina = 4096;
+    const std::string kEnEl = "telvane-historico --en historico.sqlite ";
+    std::pair<int, std::string> antes;
+};
+
+TEST_F(Salvamento, WhatTheManualTellsSavesWhatIsLeftOfADamagedFile) {
     // A page of the samples.
-    ASSERT_EQ(
-        correr(
-            "rm historico.sqlite-*; pagina=$(sqlite3 historico.sqlite \"SELECT rootpage-1 FROM "
-            "sqlite_master WHERE name='muestras'\"); rm -f historico.sqlite-*; head -c 4096 /dev/zero | dd "
-            "of=historico.sqlite bs=4096 seek=$pagina conv=notrunc status=none"),
-        std::pair(0, std::string()));
+    const auto [codigo, pagina] = correr(
+        "sqlite3 historico.sqlite \"SELECT rootpage-1 FROM sqlite_master WHERE name='muestras'\"; rm -f "
+        "historico.sqlite-*");
+    ASSERT_EQ(codigo, 0);
+    borrarBytes(std::stoi(pagina) * std::streamoff{kPagina}, kPagina);
     EXPECT_EQ(
-        correr(enEl + "comprobar"),
+        correr(kEnEl + "comprobar"),
         std::pair(1, std::string("telvane-historico: historico.sqlite: está dañado: recupere su copia, o "
                                  "haga otro archivo con los .rgt guardados\n")));
-    std::string ordenes;
-    for (const auto& linea : ordenesDelManual("Si algo se dañó")) ordenes += linea + "\n";
-    EXPECT_EQ(correr(ordenes), std::pair(0, std::string("El archivo está entero.\n")));
+    EXPECT_EQ(seguirElManual("Si algo se dañó"), std::pair(0, std::string("El archivo está entero.\n")));
     EXPECT_EQ(correr("telvane-historico --en salvado.sqlite estado --json"), antes);
+}
+
+// Which tables there are, and where, stands on the first page, and on one below it.
+TEST_F(Salvamento, WhatTheManualTellsSavesAFileThatLostItsListOfTables) {
+    constexpr std::streamoff kDondeEmpieza = 100;
+    constexpr std::streamoff kPaginaDeAbajo = 108;
+    const auto entero = leerTodo(carpeta / "historico.sqlite");
+    ASSERT_EQ(entero[kDondeEmpieza], 5) << "the list fills more than a page";
+    std::streamoff abajo = 0;
+    for (const char byte : entero.substr(kPaginaDeAbajo, 4))
+        abajo = abajo * 256 + static_cast<unsigned char>(byte);
+    struct Caso {
+        std::streamoff desde;
+        std::size_t cuantos;
+        std::string dicho;
+    };
+    for (const auto& [desde, cuantos, dicho] :
+         std::vector<Caso>{{0, kPagina, "no es un archivo histórico de Telvane"},
+                           {kDondeEmpieza, kPagina - kDondeEmpieza, "está dañado"},
+                           {(abajo - 1) * std::streamoff{kPagina}, kPagina, "está dañado"}}) {
+        SCOPED_TRACE(desde);
+        ASSERT_EQ(correr("rm -f *.sqlite* *.sql").first, 0);
+        std::ofstream(carpeta / "historico.sqlite", std::ios::binary) << entero;
+        borrarBytes(desde, cuantos);
+        const auto r = correr(kEnEl + "comprobar");
+        EXPECT_EQ(r.first, 1);
+        EXPECT_NE(r.second.find(dicho), std::string::npos) << r.second;
+        EXPECT_EQ(correr("sqlite3 historico.sqlite .dump 2>/dev/null | grep -c INSERT").second, "0\n");
+        const auto salvado = seguirElManual("Si no queda la lista de sus tablas");
+        EXPECT_EQ(salvado.first, 0);
+        EXPECT_NE(salvado.second.find("\nEl archivo está entero.\n"), std::string::npos) << salvado.second;
+        EXPECT_EQ(correr("telvane-historico --en salvado.sqlite estado --json"), antes);
+    }
 }
 
 class Consulta : public Programa, public testing::WithParamInterface<std::string> {};
