@@ -55,6 +55,8 @@ BaseSqlite::BaseSqlite(const std::filesystem::path& ruta, Acceso acceso, std::ch
     std::error_code sinMedida;
     if (std::filesystem::file_size(entera, sinMedida) == 1)
         throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(ruta), motivo(SQLITE_NOTADB)));
+    // SQLite takes for the system's reason whatever that said last, also where it never asked.
+    errno = 0;
     const int codigo =
         sqlite3_open_v2(entera.c_str(), &base_, modo | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
     if (codigo != SQLITE_OK) {
