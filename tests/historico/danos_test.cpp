@@ -10,6 +10,7 @@
 #include "historico/esquema.h"
 #include "historico/esquema_postgres.h"
 #include "historico/esquema_sqlite.h"
+#include "platform/archivo.h"
 #include "tests/historico/banco_ordenes.h"
 
 namespace telvane {
@@ -348,6 +349,30 @@ TEST_P(Danos, ANoteUnderAFalseNameGoesOnceItsImageIsBack) {
     EXPECT_THAT(correr({"comprobar"}).salida,
                 HasSubstr("la imagen " + std::string(64, '0') + " está dos veces: rehacer quita una"));
     EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_EQ(todoLoQueHay(), antes);
+}
+
+// Two downloads of one evening: a note that says nearly what another image says may be that of a lost one.
+TEST_P(Danos, ALostImageThatDiffersFromAnotherInItsClockAloneIsAskedForUntilItIsBack) {
+    const auto descarga = [&](int minuto) {
+        auto imagen = ImagenPrueba().reloj(kInicio + std::chrono::minutes(minuto)).serie(0, 0, 100);
+        return guardar(std::to_string(minuto) + ".rgt", imagen.bytes());
+    };
+    const auto perdida = descarga(1);
+    const auto otra = descarga(2);
+    // The newest one first: so neither of the other two is told of by anything else.
+    ASSERT_EQ(correr({"incorporar", descarga(3)}).codigo, 0);
+    ASSERT_EQ(correr({"incorporar", perdida, otra}).codigo, 0);
+    const auto antes = todoLoQueHay();
+    const auto huella = textoDe(huellaDe(leerArchivo(perdida, kBytesMemoria)));
+    sql("DELETE FROM contenidos WHERE huella=" + std::string(esArchivo() ? "x'" : "'\\x") + huella + "'");
+    for (int vez = 0; vez < 2; ++vez) {
+        EXPECT_THAT(nombradas(correr({"rehacer"}).errores), testing::ElementsAre(huella));
+        EXPECT_EQ(correr({"incorporar", otra}).codigo, 0);
+        EXPECT_THAT(nombradas(correr({"comprobar"}).salida), testing::ElementsAre(huella));
+    }
+    EXPECT_THAT(correr({"incorporar", perdida}).errores, HasSubstr("vuelve a estar"));
     EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
     EXPECT_EQ(todoLoQueHay(), antes);
 }
