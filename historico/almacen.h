@@ -1,8 +1,8 @@
 // Where an archive is kept. One archive is one store; what the sets mean stands above it
 // (historico/archivo.h).
 //
-// Every routine throws ErrorAlmacen. Between empezar and confirmar a store shows one state, and nobody else
-// writes; what was not confirmed has never been.
+// Every routine throws ErrorAlmacen. Between empezar and confirmar a store shows one state, whoever writes
+// meanwhile, and with Modo::escritura nobody else does; what was not confirmed has never been.
 #pragma once
 
 #include <array>

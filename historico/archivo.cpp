@@ -249,10 +249,12 @@ Archivo::Rehecho Archivo::rehacer(const std::function<void()>& alAvanzar) {
     almacen_.reponer();
     Rehecho hecho;
     std::optional<Rescate> rescate;
+    std::vector<std::string> sobras;
     {
         // Nobody waits while all of it is looked at.
         const Transaccion lectura(almacen_, Almacen::Modo::lectura);
         rescate.emplace(almacen_, alAvanzar);
+        sobras = almacen_.sobras();
     }
     {
         Transaccion escritura(almacen_, Almacen::Modo::escritura);
@@ -264,7 +266,7 @@ Archivo::Rehecho Archivo::rehacer(const std::function<void()>& alAvanzar) {
         escritura.confirmar();
     }
     hecho.fallos = rescate->perdidas(kVuelvaAIncorporarla);
-    std::ranges::move(almacen_.sobras(), std::back_inserter(hecho.fallos));
+    std::ranges::move(sobras, std::back_inserter(hecho.fallos));
     for (const auto& estacion : Lectura(almacen_).estaciones()) {
         // What its samples came from may be lost; they themselves are not thrown after it.
         if (rescate->pierde(estacion.id)) continue;

@@ -16,7 +16,8 @@ enum class Uso {
     incorporar  // makes it where there is none yet
 };
 
-// Why a text names no archive; empty: it may name one.
+// Why a text names no archive; empty: it may name one. Throws ErrorAlmacen for an address where the library
+// that understands them is missing.
 std::string motivoDestino(const std::string& destino);
 
 // destino: a file, or postgresql://... atender: called while another program is waited for; what it throws

@@ -62,9 +62,9 @@ std::string textoDe(const Falta& falta);
 // What of it is to be told, a line each with what to do. remedio: of what is not only under another name.
 std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay,
                                         std::string_view (*remedio)(const Falta& falta));
-// Gives back their names to tables and columns that stand under other ones, two tables in each other's place
-// as well: a table is known by its columns, and a column by being the only one of its kind that is missing
-// where only one is too many.
+// The statements that give back their names to tables and columns that stand under other ones, two tables in
+// each other's place as well: a table is known by its columns, and a column by being the only one of its kind
+// that is missing where only one is too many.
 std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay, std::string_view prefijo);
 // The columns that nobody asked for, and the keys.
 std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay);

@@ -21,8 +21,8 @@ struct PeticionTabla {
     FechaHora momento;               // that the file tells as its own
 };
 
-// How many samples there are. alEscribir gets the file's bytes piece by piece, and may end it with an
-// exception.
+// Gives how many samples were written. alEscribir gets the file's bytes piece by piece, and may end it with
+// an exception.
 std::size_t escribirTabla(Lectura& lectura, const EstacionGuardada& estacion, const PeticionTabla& peticion,
                           const std::function<void(std::string_view)>& alEscribir);
 

@@ -8,7 +8,7 @@
 
 namespace telvane {
 
-// Gaps at stamps from desde to hasta, both included. sellos: distinct, in order, with the twenty before desde
+// Gaps at stamps from desde to hasta, both included. sellos: distinct, in order, with the ten before desde
 // and after hasta where there are as many.
 std::int64_t contarHuecos(const std::vector<Instante>& sellos, Instante desde, Instante hasta);
 

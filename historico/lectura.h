@@ -54,7 +54,7 @@ class Lectura {
     }
     // How they came from their logger, of those of which that is known; in no order.
     Almacen::Descargas descargas(const EstacionGuardada& estacion) { return almacen_.descargas(estacion.id); }
-    // Byte for byte. Throws ErrorImagen when what is kept is damaged.
+    // Byte for byte. Throws ErrorImagen when what is kept is damaged, or nothing is.
     std::vector<std::uint8_t> bytesDe(const EstacionGuardada& estacion, const Huella& huella);
     // The 432 bytes at the head of the newest image, zeros where it is shorter; the station's serial number
     // stands over an erased one. What leerCabecera and the exports take.
@@ -63,10 +63,11 @@ class Lectura {
     // Of every station the last images as they left their loggers, the newest last.
     std::map<IdEstacion, Llegadas> ultimas();
     // Gaps at the stamps that the image brought after a moment, or at all of its stamps. intervalo: how close
-    // they stand, as a rule.
+    // they stand, as a rule. imagen: one with samples.
     std::int64_t huecosDesde(const EstacionGuardada& estacion, const std::optional<Instante>& desde,
                              const FichaImagen& imagen, std::chrono::minutes intervalo);
-    // Stamps in conflict at which the image holds a record that the other one does not hold.
+    // Stamps in conflict at which the image, which has samples, holds a record that the other one does not
+    // hold; nullptr: all of its stamps in conflict.
     std::int64_t conflictosDeMas(const EstacionGuardada& estacion, const FichaImagen& imagen,
                                  const FichaImagen* otra);
 

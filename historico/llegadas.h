@@ -23,7 +23,7 @@ std::chrono::seconds ritmoDe(const Llegadas& ultimas);
 // The newest whole image; nullptr where there is none.
 const FichaImagen* ultimaEntera(std::span<const Llegada> ultimas);
 
-// The last look: the newest whole image but the last one.
+// The last look: the newest whole image among all but the last one that came; nullptr where there is none.
 const FichaImagen* miradaAnterior(const Llegadas& ultimas);
 
 // How far the newest whole image has filled the memory.

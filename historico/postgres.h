@@ -1,4 +1,4 @@
-// libpq with owners and errors, and nothing else. Values go and come in the server's binary format.
+// libpq with owners and errors, and nothing else. Results come in the server's binary format.
 #pragma once
 
 #include <chrono>
@@ -18,7 +18,7 @@ struct pg_result;
 
 namespace telvane {
 
-// Rows and columns from 0.
+// Rows and columns from 0. What stands there must be of the kind that is asked for.
 class ResultadoPostgres {
    public:
     explicit ResultadoPostgres(pg_result* resultado);
@@ -59,6 +59,7 @@ class Parametros {
     std::vector<Valor> valores_;
 };
 
+// Every routine that asks the server throws ErrorAlmacen.
 class BasePostgres {
    public:
     // Whether a signal may end the wait for the server.
@@ -67,10 +68,11 @@ class BasePostgres {
     // What to tell of an address that is none.
     static constexpr std::string_view kComoSeEscribe =
         "no se entiende la dirección de la base de datos: se escribe postgresql://USUARIO@SERVIDOR/BASE";
+    // Throws ErrorAlmacen where libpq is missing.
     static bool seEntiende(const std::string& url);
 
     // url: postgresql://...; its password is told to the server alone. atender: called while the server is
-    // looked for and while it works; what it throws ends that. Throws ErrorAlmacen.
+    // looked for and while it works; what it throws ends that, and comes out of the routine that waited.
     explicit BasePostgres(const std::string& url, std::function<void()> atender = {});
     BasePostgres(const BasePostgres&) = delete;
     BasePostgres& operator=(const BasePostgres&) = delete;

@@ -16,7 +16,8 @@ struct AlRecorrer {
 void recorrerFilas(Almacen& almacen, const EstacionGuardada& estacion, Instante desde, Instante hasta,
                    const AlRecorrer& alRecorrer);
 
-// Of so few rows reading them is quicker. About as many lie between the two moments.
+// Whether they are told quicker so than row by row, which few rows are. How many lie between the two moments
+// is guessed from how many the station has.
 bool convienenImagenes(const EstacionGuardada& estacion, Instante desde, Instante hasta);
 
 }  // namespace telvane

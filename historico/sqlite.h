@@ -18,6 +18,7 @@ struct sqlite3_stmt;
 
 namespace telvane {
 
+// Every routine throws ErrorAlmacen.
 class BaseSqlite {
    public:
     enum class Acceso { lectura, escritura };
@@ -27,7 +28,8 @@ class BaseSqlite {
         "un corte lo dejó a medias y aquí falta permiso para reponerlo: lo repone el próximo incorporar";
 
     // ruta: empty for a temporary one that nobody else sees. paciencia: how long to wait for whoever holds a
-    // lock. atender is called meanwhile; what it throws ends the wait. Throws ErrorAlmacen.
+    // lock. atender is called meanwhile; what it throws ends the wait, and comes out of the routine that
+    // waited.
     BaseSqlite(const std::filesystem::path& ruta, Acceso acceso, std::chrono::milliseconds paciencia,
                std::function<void()> atender = {});
     BaseSqlite(const BaseSqlite&) = delete;
@@ -39,6 +41,7 @@ class BaseSqlite {
 
     // Statements without results.
     void ejecutar(const std::string& sql);
+    // What it answers first; 0 where it answers nothing.
     std::int64_t numero(const std::string& sql);
     // As Spanish tells it, with what to do; codigo: SQLite's extended result.
     [[noreturn]] void fallar(int codigo) const;
@@ -59,7 +62,8 @@ class BaseSqlite {
     sqlite3* base_ = nullptr;
 };
 
-// A prepared statement. Parameters are numbered from 1, columns from 0.
+// A prepared statement; every routine that runs or changes it throws ErrorAlmacen. Parameters are numbered
+// from 1, columns from 0.
 class Sentencia {
    public:
     Sentencia(const BaseSqlite& base, std::string_view sql);
@@ -81,7 +85,9 @@ class Sentencia {
 
     bool esNulo(int columna) const;
     std::int64_t entero(int columna) const;
+    // Up to a NUL.
     std::string texto(int columna) const;
+    // Valid until the next row, or until it runs anew.
     std::span<const std::uint8_t> bytes(int columna) const;
 
    private:

@@ -11,8 +11,8 @@
 
 namespace telvane {
 
-// Every routine throws ErrorAlmacen. Each belongs in a transaction, also those that only look: to compare the
-// view they make another one for a moment.
+// Every routine throws ErrorAlmacen. Each belongs in a transaction, also those that only look: what holds in
+// it is set there, and to compare the view faltan makes another one for a moment.
 class TablasPostgres {
    public:
     static constexpr std::string_view kPrefijo = "telvane.";
