@@ -7,6 +7,7 @@
 
 #include "historico/recorrido_filas.h"
 #include "tests/historico/banco_historico.h"
+#include "tests/historico/imagenes_al_azar.h"
 
 namespace telvane {
 namespace {
@@ -313,38 +314,6 @@ TEST_P(ArchivoPrueba, AnImageIsPackedUponOneThatIsLikeIt) {
     EXPECT_EQ(noche.profundidad, 1);
 }
 
-// An image of the station with what happens to images: parts of the series, spoilt bytes, a clock set back,
-// an erased memory, broken-off downloads.
-rc::Gen<std::vector<std::uint8_t>> imagenCualquiera() {
-    return rc::gen::exec([] {
-        const int desde = *rc::gen::inRange(0, 30);
-        const int cuantos = *rc::gen::inRange(0, 40);
-        const int paso = *rc::gen::element(10, 10, 10, 1, 60);
-        const auto ranura =
-            static_cast<std::size_t>(*rc::gen::inRange(0, 2) == 0 ? desde : *rc::gen::inRange(0, 40));
-        ImagenPrueba imagen;
-        imagen.reloj(kInicio + std::chrono::minutes(*rc::gen::inRange(0, 5)));
-        imagen.serie(ranura, desde * paso, cuantos, paso);
-        const int cambios = *rc::gen::inRange(0, 4);
-        for (int i = 0; i < cambios; ++i) {
-            imagen.poner(static_cast<std::size_t>(*rc::gen::inRange(0, 45)),
-                         registroDeMinuto(*rc::gen::inRange(0, 40) * 10, *rc::gen::inRange(0, 3)));
-        }
-        const bool parcial = *rc::gen::inRange(0, 4) == 0;
-        const auto largo =
-            parcial ? static_cast<std::size_t>(*rc::gen::inRange(384, 384 + 60 * 32)) : kBytesMemoria;
-        return imagen.bytes(largo);
-    });
-}
-
-// Refused images are no part of a set that may come in any order.
-void tomar(Archivo& archivo, Almacen& otro, const std::vector<std::uint8_t>& imagen) {
-    // Another archive's word is taken: this one refuses none.
-    Archivo ajeno(otro);
-    ajeno.incorporar(imagen, {}, {"prueba", Incorporada(std::chrono::seconds(1))});
-    archivo.copiarDe(ajeno, std::nullopt, [] {});
-}
-
 // What the rows say, and what is told in their place.
 std::vector<std::pair<Instante, BytesMuestra>> filasDe(Almacen& almacen, Instante desde, Instante hasta) {
     std::vector<std::pair<Instante, BytesMuestra>> filas;
@@ -372,12 +341,11 @@ INSTANTIATE_TEST_SUITE_P(En, ArchivoAlAzar, testing::Values(TipoAlmacen::sqlite,
 TEST_P(ArchivoAlAzar, HoldsWhatTheImagesDemand) {
     EXPECT_TRUE(rc::check([&] {
         const auto imagenes = *rc::gen::container<std::vector<std::vector<std::uint8_t>>>(
-            *rc::gen::inRange(1, 6), imagenCualquiera());
+            *rc::gen::inRange(1, 6), unaDeLaEstacion());
         const auto almacen = almacenes.nuevo();
         Archivo archivo(*almacen);
         for (const auto& imagen : imagenes) {
-            const auto otro = AlmacenSqlite::temporal();
-            tomar(archivo, *otro, imagen);
+            tomarSinRehusar(*almacen, imagen);
         }
         exigirComoElOraculo(*almacen, "02080050", {imagenes.begin(), imagenes.end()});
         const auto antes = retrato(*almacen);
@@ -391,14 +359,11 @@ TEST_P(ArchivoAlAzar, HoldsWhatTheImagesDemand) {
 
 TEST_P(ArchivoAlAzar, JoiningIsCommutativeAndAssociative) {
     EXPECT_TRUE(rc::check([&] {
-        const auto partes =
-            *rc::gen::container<std::vector<std::vector<std::uint8_t>>>(6, imagenCualquiera());
+        const auto partes = *rc::gen::container<std::vector<std::vector<std::uint8_t>>>(6, unaDeLaEstacion());
         const auto de = [&](std::size_t desde, std::size_t hasta) {
             auto almacen = almacenes.nuevo();
-            Archivo archivo(*almacen);
             for (auto i = desde; i < hasta; ++i) {
-                const auto otro = AlmacenSqlite::temporal();
-                tomar(archivo, *otro, partes[i]);
+                tomarSinRehusar(*almacen, partes[i]);
             }
             return almacen;
         };
@@ -425,12 +390,10 @@ TEST_P(ArchivoAlAzar, JoiningIsCommutativeAndAssociative) {
 TEST_P(ArchivoAlAzar, GivesEveryByteOfAnImageBack) {
     EXPECT_TRUE(rc::check([&] {
         const auto almacen = almacenes.nuevo();
-        Archivo archivo(*almacen);
         const auto imagenes = *rc::gen::container<std::vector<std::vector<std::uint8_t>>>(
-            *rc::gen::inRange(1, 40), imagenCualquiera());
+            *rc::gen::inRange(1, 40), unaDeLaEstacion());
         for (const auto& imagen : imagenes) {
-            const auto otro = AlmacenSqlite::temporal();
-            tomar(archivo, *otro, imagen);
+            tomarSinRehusar(*almacen, imagen);
         }
         Lectura lectura(*almacen);
         const auto estacion = lectura.estacion("02080050");
