@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "cli/copia_en_disco.h"
 #include "link/protocolo.h"
 #include "platform/motivos.h"
 
@@ -108,11 +109,22 @@ void ArchivoParcial::leer() {
     contenido_.resize(static_cast<std::size_t>(n));
 }
 
+// A file that another program cut short would get zeroes in the place of what stood there.
+bool ArchivoParcial::cortado() const {
+    struct stat datos {};
+    exigir(::fstat(descriptor_(), &datos) == 0 ? 0 : errno);
+    return static_cast<std::size_t>(datos.st_size) < contenido_.size();
+}
+
 // Without its name it would go with us, whatever was still to come.
 void ArchivoParcial::reponer() {
-    if (mismo(descriptor_(), ruta_)) return;
-    const auto habia = std::exchange(contenido_, {});
-    static_cast<void>(revisarDestino(ruta_, {.nuevo = true}));
+    const bool suNombre = mismo(descriptor_(), ruta_);
+    if (suNombre && !cortado()) return;
+    const auto habia = contenido_;
+    if (!suNombre) {
+        contenido_.clear();
+        static_cast<void>(revisarDestino(ruta_, {.nuevo = true}));
+    }
     const bool propio = propio_;
     reemplazar(habia);
     propio_ = propio;
@@ -173,7 +185,7 @@ fs::path ArchivoParcial::apartar() {
 
 void ArchivoParcial::terminar(Bytes imagen) {
     reponer();
-    if (!std::ranges::equal(contenido_, imagen)) reemplazar(imagen);
+    if (!std::ranges::equal(contenido_, imagen) || !contiene(ruta_, imagen)) reemplazar(imagen);
     exigir(conservarModo(descriptor_(), destino_));
     exigir(sincronizar(descriptor_()));
     if (const int motivo = colocar(ruta_, destino_))
@@ -181,6 +193,7 @@ void ArchivoParcial::terminar(Bytes imagen) {
     colocado_ = true;
     contenido_.clear();
     exigirNombre(destino_, sincronizarCarpeta(destino_.carpeta()));
+    exigirEnDisco(destino_.pedido, imagen);
 }
 
 }  // namespace telvane

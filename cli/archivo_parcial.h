@@ -42,16 +42,18 @@ class ArchivoParcial {
     // The image is read from its first block again.
     void empezar() { propio_ = false; }
     // imagen: what the attempt has by now, one block more than the last time. Gives the name under which
-    // earlier blocks were set aside. A file that was taken away meanwhile is made anew, unless its folder is
-    // gone as well, or another file stands there.
+    // earlier blocks were set aside. A file that was taken away or cut short meanwhile is made anew, unless
+    // its folder is gone as well, or another file stands there.
     std::optional<std::filesystem::path> recibir(Bytes imagen);
-    // The whole image: flushes it and gives it its final name.
+    // The whole image: flushes it and gives it its final name, under which it is read again. Throws
+    // ErrorCopia where that file is not the image.
     void terminar(Bytes imagen);
 
    private:
     static void exigirSitio(const Destino& destino);
     void abrir();
     void leer();
+    bool cortado() const;
     void reponer();
     std::filesystem::path apartar();
     void reemplazar(Bytes imagen);

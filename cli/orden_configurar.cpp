@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +13,7 @@
 
 #include "cli/archivo_parcial.h"
 #include "cli/argumentos.h"
+#include "cli/copia_en_disco.h"
 #include "cli/descarga_cli.h"
 #include "cli/estado_envio.h"
 #include "cli/lectura_firme.h"
@@ -183,8 +183,9 @@ class Configurador {
     std::filesystem::path rutaDeRespaldo() const;
     void revisarRespaldo() const;
     void respaldar();
-    void exigirSuMemoria(std::span<const std::uint8_t> imagen);
+    void exigirSuMemoria();
     void exigirQueSigaAhi();
+    void exigirSuRespaldo();
     std::string comoRepetir() const;
     std::string mensaje();
     void escribir();
@@ -205,7 +206,8 @@ class Configurador {
     SesionCli sesion_;
     DatosConfig actual_;
     std::chrono::nanoseconds leidoEn_{0};
-    std::filesystem::path respaldo_;  // once it is whole
+    std::filesystem::path respaldo_;    // once it is whole
+    std::vector<std::uint8_t> imagen_;  // that it holds
     FechaHora enviado_;
     std::chrono::nanoseconds enviadoEn_{0};
 };
@@ -319,17 +321,16 @@ void Configurador::respaldar() {
     // Once the logger has erased it this is the only copy, and the line carries no checksum.
     peticion.verificar = !opciones_.sinVerificar;
     contexto_.consola.aviso("Se descarga la memoria antes de borrarla.");
-    const auto imagen =
-        descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), peticion).bytes;
+    imagen_ = descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), peticion).bytes;
     respaldo_ = peticion.base->pedido;
     contexto_.consola.aviso(fmt::format("Respaldo: {}", nombreVisible(respaldo_)));
-    exigirSuMemoria(imagen);
+    exigirSuMemoria();
 }
 
 // The configuration that is about to be written was read from whoever bears the one number; what would be
 // erased bears the other.
-void Configurador::exigirSuMemoria(std::span<const std::uint8_t> imagen) {
-    const auto propia = leerCabecera(imagen).digitosSerie;
+void Configurador::exigirSuMemoria() {
+    const auto propia = leerCabecera(imagen_).digitosSerie;
     if (propia == actual_.Nserie) return;
     throw ErrorCli(
         CodigoSalida::fallo,
@@ -356,11 +357,23 @@ void Configurador::exigirQueSigaAhi() {
                                firme.Nserie, actual_.Nserie, comoRepetir(), dondeEstaElRespaldo()));
 }
 
+// Since it was written another program may have removed or changed it, and it is to be the only copy.
+void Configurador::exigirSuRespaldo() {
+    if (respaldo_.empty()) return;
+    try {
+        exigirEnDisco(respaldo_, imagen_);
+    } catch (const ErrorCopia& error) {
+        respaldo_ = error.aSalvo().value_or("");
+        throw;
+    }
+}
+
 // A backup is never replaced: the same order needs another name for the next one.
 std::string Configurador::comoRepetir() const {
-    if (opciones_.respaldo.empty() || respaldo_.empty()) return "repita la orden";
+    const auto libre = rutaLibre(opciones_.respaldo);
+    if (libre == opciones_.respaldo) return "repita la orden";
     return fmt::format("repita la orden con --respaldo {} (un respaldo no se reemplaza)",
-                       sinControles(palabraDeConsola(rutaLibre(respaldo_).string())));
+                       sinControles(palabraDeConsola(libre.string())));
 }
 
 std::string Configurador::mensaje() {
@@ -387,10 +400,16 @@ std::string Configurador::mensaje() {
 // The last byte may have left although the port refused it: then reading back tells.
 void Configurador::escribir() {
     std::size_t enviados = 0;
+    const auto alDespertar = [this] {
+        exigirSuRespaldo();
+        return mensaje();
+    };
     try {
-        sesion_.registrador().escribirConfiguracion([this] { return mensaje(); }, enviados);
+        sesion_.registrador().escribirConfiguracion(alDespertar, enviados);
     } catch (const ErrorCli& error) {
         fallar(error.codigo(), error.what(), enviados);
+    } catch (const ErrorGuardado& error) {
+        fallar(CodigoSalida::fallo, error.what(), enviados);
     } catch (const ErrorPuerto& error) {
         if (enviados < kBytesMensajeConfig) fallar(CodigoSalida::fallo, error.what(), enviados);
         contexto_.consola.aviso(error.what());
@@ -408,7 +427,8 @@ void Configurador::fallar(CodigoSalida codigo, const std::string& motivo, std::s
 }
 
 std::string Configurador::dondeEstaElRespaldo() const {
-    if (respaldo_.empty()) return "No hay respaldo de la memoria: se pidió --sin-respaldo.";
+    if (opciones_.sinRespaldo) return "No hay respaldo de la memoria: se pidió --sin-respaldo.";
+    if (respaldo_.empty()) return "No hay respaldo de la memoria.";
     return fmt::format("El respaldo de la memoria está en {}.", nombreVisible(respaldo_));
 }
 

@@ -507,6 +507,43 @@ TEST_F(Parcial, IsNotPutOverAnotherFileThatTookItsName) {
     EXPECT_EQ(parcial(), "ajeno");
 }
 
+// Its own blocks are put back, and no zeroes stand where they were.
+TEST_F(Parcial, ThatAnotherProgramCutsShortIsMadeWholeAgain) {
+    const auto cortar = [this] { fs::resize_file(carpeta / "a.rgt.parcial", 1000); };
+    cortarEn(1000, 700, cortar);
+    EXPECT_EQ(descargar().codigo, CodigoSalida::fallo);
+    EXPECT_TRUE(parcial() == imagen().substr(0, 1000 * kBytesBloque));
+    cortarEn(kBloquesMemoria, 1500, cortar);
+    EXPECT_EQ(descargar().codigo, CodigoSalida::hecho);
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt"));
+}
+
+TEST_F(Parcial, ThatAnotherProgramWritesIntoTakesNoNameAsItIs) {
+    cortarEn(kBloquesMemoria, 1500, [this] {
+        std::fstream(carpeta / "a.rgt.parcial", std::ios::in | std::ios::out | std::ios::binary) << "ajeno";
+    });
+    EXPECT_EQ(descargar().codigo, CodigoSalida::hecho);
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
+}
+
+// The file is looked at by the name that was asked for, whatever became of it meanwhile.
+TEST_F(Archivos, ADownloadIsReadAgainByItsName) {
+    fs::create_symlink("b.rgt", carpeta / "a.rgt");
+    cortarEn(kBloquesMemoria, 1500, [this] {
+        fs::remove(carpeta / "a.rgt");
+        poner("a.rgt", "ajeno");
+    });
+    const auto r = descargar();
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("a.rgt no tiene lo que se descargó: otro programa lo quitó o lo cambió. "
+                                     "Lo descargado quedó, entero, en " +
+                                     (carpeta / "a_2.rgt").string()));
+    EXPECT_THAT(r.errores, Not(HasSubstr("Archivo base:")));
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt"), "ajeno");
+    EXPECT_TRUE(leerTodo(carpeta / "a_2.rgt") == imagen());
+}
+
 // Two minutes more would be for nothing.
 TEST_F(Parcial, WhoseFolderIsGoneEndsTheDownloadAtOnceAndNothingIsSaidToStand) {
     fs::create_directory(carpeta / "d");

@@ -112,6 +112,59 @@ TEST_F(Respaldo, AMemoryThatBearsAnotherNumberIsNotErased) {
                           "' (un respaldo no se reemplaza)"));
 }
 
+struct Percance {
+    const char* nombre;
+    void (*hacer)(const std::filesystem::path& respaldo);
+};
+
+void PrintTo(const Percance& percance, std::ostream* flujo) {
+    *flujo << percance.nombre;
+}
+
+class RespaldoPerdido : public Respaldo, public testing::WithParamInterface<Percance> {
+   protected:
+    // Between the backup and the write, once.
+    void despuesDelRespaldo(std::function<void()> hacer) {
+        puertos.manipular(kPuerto, [=, copiada = false](const ByteSaliente& saliente) mutable {
+            copiada = copiada || saliente.intercambio == Intercambio::descarga;
+            if (copiada && saliente.intercambio == Intercambio::lectura) {
+                copiada = false;
+                hacer();
+            }
+            return Efecto::pasar(saliente.byte);
+        });
+    }
+};
+
+TEST_P(RespaldoPerdido, NothingIsErasedAndTheCopyIsSavedUnderAnotherName) {
+    despuesDelRespaldo([this] { GetParam().hacer(carpeta / "v.rgt"); });
+    const auto r = configurar("v.rgt", {"--sin-verificar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+    EXPECT_TRUE(leerTodo(carpeta / "v_2.rgt") == comoTexto(imagen_));
+    EXPECT_THAT(r.errores, HasSubstr("v.rgt no tiene lo que se descargó"));
+    EXPECT_THAT(r.errores, HasSubstr("No se envió nada: la configuración y la memoria siguen como estaban."));
+    EXPECT_THAT(r.errores, HasSubstr("El respaldo de la memoria está en " + (carpeta / "v_2.rgt").string()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AntesDeEscribir, RespaldoPerdido,
+    testing::Values(Percance{"quitado", [](const auto& ruta) { std::filesystem::remove(ruta); }},
+                    Percance{"cortado", [](const auto& ruta) { std::filesystem::resize_file(ruta, 64000); }},
+                    Percance{"alargado", [](const auto& ruta) { std::ofstream(ruta, std::ios::app) << "x"; }},
+                    Percance{"reemplazado", [](const auto& ruta) { std::ofstream(ruta) << "ajeno"; }}),
+    [](const auto& caso) { return caso.param.nombre; });
+
+TEST_F(RespaldoPerdido, WithItsFolderNothingIsErasedAndThatThereIsNoneIsSaid) {
+    std::filesystem::create_directory(carpeta / "d");
+    despuesDelRespaldo([this] { std::filesystem::remove_all(carpeta / "d"); });
+    const auto r = configurar("d/v.rgt", {"--sin-verificar"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+    EXPECT_THAT(r.errores, HasSubstr("no existe la carpeta"));
+    EXPECT_THAT(r.errores, HasSubstr("No hay respaldo de la memoria.\n"));
+}
+
 TEST_F(Dudas, AYearDamagedOnceIsNotSetAsTheLoggersClock) {
     for (const std::size_t vez : {1u, 2u}) {
         danarLectura(vez, registro_config::kReloj + 5, 0x10);  // the year, ten years off

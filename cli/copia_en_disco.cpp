@@ -1,0 +1,55 @@
+#include "cli/copia_en_disco.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "data/archivo_base.h"
+#include "platform/archivo.h"
+#include "platform/guardado.h"
+#include "platform/texto_visible.h"
+
+namespace telvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Never the name that did not keep it, whether or not something stands there.
+fs::path otroNombre(const fs::path& ruta) {
+    auto otro = ruta;
+    otro.replace_filename(fmt::format("{}_2{}", ruta.stem().string(), ruta.extension().string()));
+    return rutaLibre(otro);
+}
+
+}  // namespace
+
+bool contiene(const fs::path& ruta, std::span<const std::uint8_t> bytes) {
+    try {
+        return std::ranges::equal(leerArchivo(ruta, bytes.size() + 1), bytes);
+    } catch (const ErrorLectura&) {
+        return false;
+    }
+}
+
+void exigirEnDisco(const fs::path& ruta, std::span<const std::uint8_t> imagen) {
+    if (contiene(ruta, imagen)) return;
+    auto que = fmt::format("{} no tiene lo que se descargó: otro programa lo quitó o lo cambió",
+                           nombreVisible(ruta));
+    const auto otro = otroNombre(ruta);
+    try {
+        guardarAtomico(otro, imagen, reglaDeBase());
+    } catch (const ErrorGuardado& error) {
+        throw ErrorCopia(fmt::format("{}, y {}", que, error.what()), std::nullopt);
+    }
+    if (!contiene(otro, imagen)) {
+        throw ErrorCopia(
+            fmt::format("{}, y tampoco {} lo tiene: repita en otra carpeta", que, nombreVisible(otro)),
+            std::nullopt);
+    }
+    throw ErrorCopia(
+        fmt::format("{}. Lo descargado quedó, entero, en {}: use ese archivo", que, nombreVisible(otro)),
+        otro);
+}
+
+}  // namespace telvane
