@@ -36,7 +36,7 @@ class ProcesoConsola {
     // First of all: they keep the numbers of closed streams from what the loop opens.
     const FlujosHeredados flujos_ = flujosHeredados();
     BuclePosix bucle_;
-    const RelojSistema reloj_;
+    const RelojSistema reloj_{};
 };
 
 // While it lives, a signal that asks the program to end stands in the environment.
