@@ -36,13 +36,14 @@ LineaDeOrdenes leerOrdenes(std::vector<std::string> argumentos) {
                              .valor = "PERFIL",
                              .ayuda = "Fechas que valen: estricto (2001 a 2019) o ampliado (2000 a 2099)",
                              .comprobar = motivoPerfil});
-    const auto leida = linea.leer(std::move(argumentos));
-    if (leida.que == LineaLeida::Que::malUso) return malUso(leida.texto);
-    if (leida.que == LineaLeida::Que::terminar) {
-        return {.opciones = std::nullopt, .estado = 0, .salida = leida.texto, .error = {}};
-    }
-    try {
+    linea.alLeer([&] {
         if (!opciones.com.empty()) static_cast<void>(MapaCom::fijo(opciones.com));
+    });
+    try {
+        const auto leida = linea.leer(std::move(argumentos));
+        if (leida.que == LineaLeida::Que::malUso) return malUso(leida.texto);
+        if (leida.que == LineaLeida::Que::terminar)
+            return {.opciones = std::nullopt, .estado = 0, .salida = leida.texto, .error = {}};
     } catch (const ErrorPuerto& error) {
         return malUso(error.what());
     }

@@ -19,6 +19,8 @@ namespace {
 
 constexpr const char* kOpciones = "Opciones";
 constexpr const char* kOrdenes = "Órdenes";
+constexpr const char* kAyuda = "--help";
+constexpr const char* kVersion = "--version";
 constexpr std::size_t kAnchoDeNombres = 28;
 
 // The library takes a word in brackets for a list of words, "++" for the end of a command, and a second "--"
@@ -70,7 +72,7 @@ std::string noSeEntiende(const std::vector<std::string>& palabras, const CLI::Ap
 }
 
 bool pideAyuda(const std::string& palabra) {
-    return palabra == "-h" || palabra == "--help" || palabra == "--version";
+    return palabra == "-h" || palabra == kAyuda || palabra == kVersion;
 }
 
 std::shared_ptr<CLI::Formatter> formatoEspanol() {
@@ -122,7 +124,7 @@ Argumentos::Argumentos(std::string programa, const std::string& version, const s
     : nombre_(std::move(programa)), app_(std::make_unique<CLI::App>(descripcion, nombre_)) {
     app_->option_defaults()->group(kOpciones);
     app_->set_help_flag("-h,--help", "Muestra esta ayuda")->group(kOpciones);
-    app_->set_version_flag("--version", nombre_ + " " + version, "Muestra la versión")->group(kOpciones);
+    app_->set_version_flag(kVersion, nombre_ + " " + version, "Muestra la versión")->group(kOpciones);
     app_->formatter(formatoEspanol());
 }
 
@@ -275,6 +277,10 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
     using Que = LineaLeida::Que;
     argumentos = hastaLaAyuda(argumentos);
     if (const auto motivo = malPuestas(argumentos); !motivo.empty()) return malUso(argumentos, motivo);
+    // Asked for the version the library would not look at the values that stand before it.
+    const auto pedida = std::find(argumentos.begin(), std::ranges::find(argumentos, "--"), kVersion);
+    const bool version = pedida != argumentos.end() && *pedida == kVersion;
+    if (version) *pedida = kAyuda;
     for (auto* orden : app_->get_subcommands({})) {
         for (auto* opcion : orden->get_options()) opcion->group(kOpciones);
     }
@@ -286,10 +292,7 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
     } catch (const CLI::CallForHelp&) {
         if (const auto motivo = motivoDeSobra(); !motivo.empty()) return malUso(argumentos, motivo);
         alLeer_();
-        return {Que::terminar, app_->help() + opcionesDeTodas()};
-    } catch (const CLI::CallForVersion& version) {
-        if (const auto motivo = motivoDeSobra(); !motivo.empty()) return malUso(argumentos, motivo);
-        return {Que::terminar, fmt::format("{}\n", version.what())};
+        return {Que::terminar, version ? app_->version() + "\n" : app_->help() + opcionesDeTodas()};
     } catch (const CLI::ParseError& error) {
         return malUso(argumentos, motivoDeUso(error.get_exit_code(), error.what()));
     }

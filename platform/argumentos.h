@@ -69,13 +69,13 @@ class Argumentos {
     // From the first one on, a line must name a command; the program's own options may stand behind it.
     OrdenDeLinea orden(const std::string& nombre, const std::string& ayuda);
 
-    // Called once the program's own options are read, also where only the help is asked for; what it
-    // throws leaves leer().
+    // Called once the program's own options are read, also where only the help or the version is asked for;
+    // what it throws leaves leer().
     void alLeer(std::function<void()> accion) { alLeer_ = std::move(accion); }
 
     // argumentos: without the program's name. A value that begins with "--" is written "--option=--value"; an
     // option that stands twice is refused, unless it keeps every value. The help and the version are given
-    // where what stands before them is understood, whatever stands behind.
+    // where what stands before them is understood, values included, whatever stands behind.
     LineaLeida leer(std::vector<std::string> argumentos);
 
    private:

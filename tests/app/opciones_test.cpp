@@ -36,6 +36,19 @@ TEST(LineaDeOrdenesDeTelvane, HelpAndVersionGoToTheOutputInSpanish) {
     EXPECT_THAT(version.salida, ::testing::StartsWith("telvane 1.10"));
 }
 
+TEST(LineaDeOrdenesDeTelvane, HelpAndVersionAreGivenWhereWhatStandsBeforeThemIsRight) {
+    for (const auto* pedido : {"--help", "-h", "--version"}) {
+        EXPECT_EQ(leerOrdenes({"--com", "1=/dev/a", pedido, "--com", "xx"}).estado, 0) << pedido;
+        const auto puerto = leerOrdenes({"--com", "xx", pedido});
+        EXPECT_EQ(puerto.estado, 2) << pedido;
+        EXPECT_THAT(puerto.error, HasSubstr("--com xx: se espera NÚMERO=DISPOSITIVO"));
+        EXPECT_EQ(puerto.salida, "");
+        const auto perfil = leerOrdenes({"--perfil", "xx", pedido});
+        EXPECT_EQ(perfil.estado, 2) << pedido;
+        EXPECT_THAT(perfil.error, HasSubstr("--perfil: debe ser estricto o ampliado"));
+    }
+}
+
 TEST(LineaDeOrdenesDeTelvane, WhatWasTypedGivesTheTerminalNoOrders) {
     EXPECT_THAT(leerOrdenes({"\x1b[2Jsuelto\x7f"}).error, HasSubstr("[2Jsuelto"));
     EXPECT_THAT(leerOrdenes({"\x1b[2Jsuelto\x7f"}).error,

@@ -175,14 +175,17 @@ TEST_F(Ordenes, WithoutALoggerTheExitCodeIsThree) {
     EXPECT_THAT(r.errores, HasSubstr("telvane-cli puertos"));
 }
 
-TEST_F(Ordenes, AWrongPortIsToldBeforeAnyHelp) {
+TEST_F(Ordenes, AWrongPortIsToldBeforeAnyHelpOrVersion) {
     for (const auto& orden : std::vector<std::vector<std::string>>{{"--com", "xx", "--help"},
+                                                                   {"--com", "xx", "--version"},
+                                                                   {"--com", "xx", "buscar", "--version"},
                                                                    {"--com", "xx", "convertir", "--help"}}) {
         const auto r = correr(orden);
         EXPECT_EQ(r.codigo, CodigoSalida::malUso);
         EXPECT_THAT(r.errores, HasSubstr("--com xx: se espera NÚMERO=DISPOSITIVO"));
     }
     EXPECT_EQ(correr({"--com", "1=/dev/x", "--help"}).codigo, CodigoSalida::hecho);
+    EXPECT_EQ(correr({"--com", "1=/dev/x", "--version"}).codigo, CodigoSalida::hecho);
 }
 
 TEST_F(Ordenes, ABusyPortIsToldAsBusyAndNoCableIsBlamed) {
