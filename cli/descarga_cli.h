@@ -26,14 +26,14 @@ struct PeticionDescarga {
 
 struct ImagenDescargada {
     std::vector<std::uint8_t> bytes;  // 262144
-    int reintentos = 0;               // attempts that broke off or contradicted another
+    int reintentos = 0;               // attempts that broke off, contradicted another or bore another number
 };
 
 // Downloads the memory, telling its progress. Each block is on the disk as it comes (see ArchivoParcial). An
 // attempt that breaks off starts again from the first block, and so does one whose image bears another
-// serial number than was asked for; where two images overlap they are compared,
-// because the line carries no checksum. When it ends in an exception, the user has
-// been told what is left in the partial file.
+// serial number than was asked for; where two images overlap they are compared, because the line carries no
+// checksum. The machine is kept awake meanwhile. When it ends in an exception, the user has been told what is
+// left in the partial file.
 ImagenDescargada descargarImagen(EntornoCli& entorno, Consola& consola, RegistradorCli& registrador,
                                  const PeticionDescarga& peticion);
 

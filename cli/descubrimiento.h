@@ -1,6 +1,5 @@
 // What home automation wants to be told once of each sensor before its readings come: MQTT discovery, to be
-// kept
-// ("retained") by the broker under homeassistant/sensor/UNIQUE_ID/config.
+// kept ("retained") by the broker under homeassistant/sensor/UNIQUE_ID/config.
 #pragma once
 
 #include <chrono>

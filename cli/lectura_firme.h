@@ -13,7 +13,8 @@ namespace telvane {
 
 struct LecturaFirme {
     DatosConfig datos;
-    std::chrono::nanoseconds momento{0};  // monotonic, when the logger's clock stood as it says
+    // Monotonic, when the reading ended: the logger's clock stood as it says that reading's length before.
+    std::chrono::nanoseconds momento{0};
 };
 
 // Texts and interval: what the writing of a serial number leaves alone.
