@@ -6,6 +6,7 @@
 #include "cli/sesion_cli.h"
 #include "consola/aplicacion_consola.h"
 #include "consola/consola.h"
+#include "data/archivo_base.h"
 #include "link/protocolo.h"
 
 namespace telvane {
@@ -32,7 +33,8 @@ int correrCli(const std::vector<std::string>& argumentos, EntornoCli& entorno) {
     const ProgramaConsola programa{
         .nombre = "telvane-cli",
         .version = TELVANE_VERSION,
-        .descripcion = "El registrador desde la consola: buscarlo, leerlo, descargarlo y configurarlo"};
+        .descripcion = "El registrador desde la consola: buscarlo, leerlo, descargarlo y configurarlo",
+        .flujos = reglaDeFlujos()};
     return correrPrograma(programa, consola, argumentos, contexto.orden,
                           [&](Argumentos& linea) { declararOrdenes(linea, contexto); });
 }

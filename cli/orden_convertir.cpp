@@ -77,7 +77,7 @@ ArchivosLeidos entradasDe(const EntornoConsola& entorno, const std::vector<Par>&
 // All of them before the first is written: no output is one of the inputs, or another output, by any name.
 void revisarJuntas(const EntornoConsola& entorno, Consola& consola, const std::vector<Par>& lista) {
     const auto entradas = entradasDe(entorno, lista);
-    consola.exigirFlujosLibres(entradas);
+    consola.exigirFlujosLibres({.leidos = entradas});
     std::set<std::string> salidas;
     for (const auto& par : lista) {
         exigirQueNoSeLea(entorno, par.salida, entradas);

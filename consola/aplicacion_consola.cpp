@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
-#include "platform/destino.h"
 #include "platform/motivos.h"
 
 namespace telvane {
@@ -36,7 +35,7 @@ int correrPrograma(const ProgramaConsola& programa, Consola& consola,
         return static_cast<int>(codigo);
     };
     try {
-        consola.exigirFlujosLibres({});
+        consola.exigirFlujosLibres(programa.flujos);
         leerLinea(programa, consola, argumentos, elegida, declarar);
         elegida();
         return static_cast<int>(CodigoSalida::hecho);

@@ -8,6 +8,7 @@
 
 #include "consola/consola.h"
 #include "platform/argumentos.h"
+#include "platform/destino.h"
 
 namespace telvane {
 
@@ -15,6 +16,8 @@ struct ProgramaConsola {
     std::string nombre;
     std::string version;
     std::string descripcion;
+    // What the standard output and error never lead into.
+    ReglaDestino flujos = {};
 };
 
 // What a line asks for; throws ErrorCli.

@@ -11,7 +11,7 @@
 
 namespace telvane {
 
-class ArchivosLeidos;
+struct ReglaDestino;
 
 class Consola {
    public:
@@ -30,9 +30,10 @@ class Consola {
     void exigirSalida() const;
     // The same to a descriptor of another kind: 0, or an errno value. Throws ErrorCli (interrumpido).
     int escribirEn(int descriptor, std::string_view texto);
-    // A shell may have put the standard output or error onto a file that nothing may be written into: one of
-    // these, or a data base. Throws ErrorNombre, and what is told from then on goes where it may.
-    void exigirFlujosLibres(const ArchivosLeidos& leidos);
+    // A shell may have put the standard output or error onto a file that nothing may be written into: one
+    // that is read, or of a kind that the rule keeps from being replaced, or a data base. Throws ErrorNombre,
+    // and what is told from then on goes where it may.
+    void exigirFlujosLibres(const ReglaDestino& regla);
     // Talk on standard error, over the progress line, without control characters: a line, or several with
     // "\n" between them. Failures to write it are nobody's business.
     void aviso(std::string_view linea);

@@ -38,11 +38,19 @@ std::string porqueSeQueda(std::span<const std::uint8_t> bytes, bool ficha) {
     return std::string(ficha ? kAhiNoHayUnaFicha : kAhiHayUnaFicha);
 }
 
+// One more tells what is longer than a memory.
+constexpr std::size_t kVista = kBytesMemoria + 1;
+
 ReglaDestino reglaDeLoHecho(bool ficha) {
     return {.vedadas = kTerminaciones,
             .porque = [ficha](std::span<const std::uint8_t> bytes) { return porqueSeQueda(bytes, ficha); },
-            // One more tells what is longer than a memory.
-            .vista = kBytesMemoria + 1};
+            .vista = kVista};
+}
+
+bool empiezaPorUnaLinea(std::span<const std::uint8_t> bytes) {
+    const auto fin = std::ranges::find(bytes, std::uint8_t{'\n'});
+    return fin != bytes.end() &&
+           std::all_of(bytes.begin(), fin, [](std::uint8_t b) { return b >= ' ' || b == '\t' || b == '\r'; });
 }
 
 }  // namespace
@@ -65,6 +73,15 @@ ReglaDestino reglaDeBase(bool reemplazar) {
 
 ReglaDestino reglaDeTabla() {
     return reglaDeLoHecho(false);
+}
+
+ReglaDestino reglaDeFlujos() {
+    return {
+        .porque =
+            [](std::span<const std::uint8_t> bytes) {
+                return std::string(pareceImagen(bytes) && !empiezaPorUnaLinea(bytes) ? kAhiHayUnaBase : "");
+            },
+        .vista = kVista};
 }
 
 ReglaDestino reglaDeFicha(bool reemplazar) {

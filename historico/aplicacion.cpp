@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "consola/codigos_salida.h"
+#include "data/archivo_base.h"
 #include "platform/archivo.h"
 
 namespace telvane {
@@ -20,7 +21,7 @@ std::unique_ptr<Almacen> ContextoHistorico::abrir(Uso uso) const {
 std::unique_ptr<Almacen> ContextoHistorico::abrir(const std::string& destino, Uso uso) const {
     ArchivosLeidos suyo;
     suyo.agregar(std::filesystem::path(destino));
-    consola.exigirFlujosLibres(suyo);
+    consola.exigirFlujosLibres({.leidos = suyo});
     return abrirAlmacen(destino, uso, entorno.paciencia, [this] { atender(); });
 }
 
@@ -47,7 +48,7 @@ void ContextoHistorico::apuntarLeido(ArchivosLeidos& leidos, const std::string& 
 void ContextoHistorico::exigirFlujosLibres(const std::vector<std::string>& leidos) const {
     ArchivosLeidos todos;
     for (const auto& archivo : leidos) apuntarLeido(todos, archivo);
-    consola.exigirFlujosLibres(todos);
+    consola.exigirFlujosLibres({.leidos = todos});
 }
 
 void ContextoHistorico::atender() const {
@@ -95,7 +96,8 @@ int correrHistorico(const std::vector<std::string>& argumentos, EntornoHistorico
     const ProgramaConsola programa{
         .nombre = "telvane-historico",
         .version = TELVANE_VERSION,
-        .descripcion = "El archivo histórico: las imágenes de muchas descargas y estaciones, durante años"};
+        .descripcion = "El archivo histórico: las imágenes de muchas descargas y estaciones, durante años",
+        .flujos = reglaDeFlujos()};
     return correrPrograma(programa, consola, argumentos, contexto.orden,
                           [&](Argumentos& linea) { declararOrdenes(linea, contexto); });
 }

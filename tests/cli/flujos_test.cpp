@@ -89,6 +89,51 @@ TEST_P(FlujosCli, TakingNothingTheyChangeNoStatusButThatOfLostResults) {
     }
 }
 
+// "1<> a.rgt" keeps what the file holds, ">> a.rgt" adds to it: either would leave a memory that is none.
+TEST_P(FlujosCli, LeadingToALoggersMemoryTheyTakeNotAByte) {
+    const auto imagen = comoTexto(registrador.imagen());
+    for (const std::size_t bytes : {kBytesMemoria, kBytesMemoria / 2}) {
+        const auto memoria = imagen.substr(0, bytes);
+        std::ofstream(carpeta / "otra", std::ios::binary) << memoria;
+        for (const int modo : {O_RDWR, O_WRONLY | O_APPEND}) {
+            const Descriptor ajeno(::open((carpeta / "otra").c_str(), modo | O_CLOEXEC));
+            salidaAjena = ajeno();
+            erroresAjenos.reset();
+            auto r = repetir();
+            EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+            EXPECT_EQ(r.errores,
+                      "telvane-cli: no se pudo guardar la salida de la orden: ahí está lo que parece un "
+                      "archivo base; quítelo de ahí, o dé otro nombre\n");
+            salidaAjena.reset();
+            erroresAjenos = ajeno();
+            r = repetir();
+            EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+            EXPECT_EQ(r.salida,
+                      "telvane-cli: no se pudo guardar lo que la orden avisa: ahí está lo que parece un "
+                      "archivo base; quítelo de ahí, o dé otro nombre\n");
+            salidaAjena = ajeno();
+            EXPECT_EQ(repetir().codigo, CodigoSalida::malUso);
+            EXPECT_EQ(leerTodo(carpeta / "otra"), memoria);
+            EXPECT_FALSE(fs::exists(carpeta / "out.rgt") || fs::exists(carpeta / "out.csv"));
+        }
+    }
+}
+
+// A night's log begins with its date, as a memory does with its number, and may hold what some program sent
+// to a terminal.
+TEST_P(FlujosCli, LeadingToALogTheyTakeWhatTheyAlwaysTook) {
+    const auto sana = repetir();
+    const std::string diario = "2026-11-23 descarga\n\x1b[1mnorte\x1b[0m\n" + std::string(20, '\0') + "\n";
+    std::ofstream(carpeta / "diario", std::ios::binary) << diario;
+    const Descriptor ajeno(::open((carpeta / "diario").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+    salidaAjena = erroresAjenos = ajeno();
+    EXPECT_EQ(repetir().codigo, sana.codigo);
+    EXPECT_EQ(fs::file_size(carpeta / "diario"), diario.size() + sana.salida.size() + sana.errores.size());
+    fs::resize_file(carpeta / "diario", 0);
+    EXPECT_EQ(repetir().codigo, sana.codigo);
+    EXPECT_EQ(fs::file_size(carpeta / "diario"), sana.salida.size() + sana.errores.size());
+}
+
 INSTANTIATE_TEST_SUITE_P(
     CadaOrden, FlujosCli,
     testing::Values(

@@ -100,10 +100,29 @@ TEST_F(Corrida, NothingIsWrittenIntoAFileThatIsRead) {
     const Descriptor ajeno(::open((carpeta / "a.rgt").c_str(), O_RDWR | O_CLOEXEC));
     entorno.errores = ajeno();
     Consola consola(entorno);
-    EXPECT_THROW(consola.exigirFlujosLibres(leidos), ErrorNombre);
+    EXPECT_THROW(consola.exigirFlujosLibres({.leidos = leidos}), ErrorNombre);
     consola.aviso("no se hizo");
     EXPECT_EQ(salida.texto(), "no se hizo\n");
     EXPECT_EQ(leerTodo(carpeta / "a.rgt"), "leído");
+}
+
+// By what the file holds, be it under no name any more.
+TEST_F(Corrida, NothingIsWrittenIntoAFileOfAKindThatTheProgramKeeps) {
+    std::ofstream(carpeta / "a") << "de los que se quedan";
+    const Descriptor ajeno(::open((carpeta / "a").c_str(), O_RDWR | O_CLOEXEC));
+    entorno.salida = ajeno();
+    std::filesystem::remove(carpeta / "a");
+    Consola consola(entorno);
+    const auto seQueda = [](std::span<const std::uint8_t> bytes) {
+        return std::string(bytes.size() == 7 && bytes[0] == 'd' ? "eso se queda" : "");
+    };
+    try {
+        consola.exigirFlujosLibres({.porque = seQueda, .vista = 7});
+        ADD_FAILURE();
+    } catch (const ErrorNombre& error) {
+        EXPECT_STREQ(error.what(), "no se pudo guardar la salida de la orden: eso se queda");
+    }
+    consola.exigirFlujosLibres({.porque = [](auto) { return ""; }, .vista = 7});
 }
 
 TEST_F(Corrida, ALineThatIsNoneDoesNothing) {
