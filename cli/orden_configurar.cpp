@@ -31,6 +31,7 @@
 #include "loggerconfig/pasos_escritura.h"
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
+#include "platform/motivos.h"
 #include "platform/palabra_de_consola.h"
 #include "platform/recorte.h"
 #include "platform/texto_visible.h"
@@ -177,6 +178,7 @@ class Configurador {
     void correr();
 
    private:
+    bool preparar();
     void leer();
     bool anunciarCambios();
     Destino destinoDeRespaldo() const;
@@ -186,6 +188,17 @@ class Configurador {
     void exigirSuMemoria();
     void exigirQueSigaAhi();
     void exigirSuRespaldo();
+    // Runs the step; of a copy that is not what was written, the backup is where it was saved to, if
+    // anywhere.
+    template <class Paso>
+    auto conservando(Paso paso) {
+        try {
+            return paso();
+        } catch (const ErrorCopia& error) {
+            respaldo_ = error.aSalvo().value_or("");
+            throw;
+        }
+    }
     std::string comoRepetir() const;
     std::string mensaje();
     void escribir();
@@ -217,23 +230,36 @@ void Configurador::correr() {
     // Where the backup cannot go is told before the logger hears anything.
     if (!opciones_.sinRespaldo && opciones_.borrarMemoria) revisarRespaldo();
     sesion_.buscar();
-    leer();
-    if (!anunciarCambios()) {
+    if (!preparar()) {
         contexto_.consola.aviso("El registrador ya está así: no se escribe nada.");
         return;
-    }
-    exigirUso(
-        opciones_.borrarMemoria,
-        "el registrador borra todos sus datos al recibir una configuración: confirme con --borrar-memoria");
-    if (!opciones_.sinRespaldo) {
-        respaldar();
-        exigirQueSigaAhi();
     }
     escribir();
     comprobarEscrito();
     contexto_.consola.resultadoDe(
         "la configuración quedó escrita y comprobada: véala con \"telvane-cli configuracion\"",
         configuracionParaPersonas(actual_));
+}
+
+// All that comes before the first byte of the message: whatever ends it is told with what that means. False:
+// there is nothing to change.
+bool Configurador::preparar() {
+    try {
+        leer();
+        if (!anunciarCambios()) return false;
+        exigirUso(opciones_.borrarMemoria,
+                  "el registrador borra todos sus datos al recibir una configuración: confirme con "
+                  "--borrar-memoria");
+        if (opciones_.sinRespaldo) return true;
+        respaldar();
+        exigirQueSigaAhi();
+        return true;
+    } catch (const ErrorCli& error) {
+        if (error.codigo() == CodigoSalida::malUso) throw;
+        fallar(error.codigo(), error.what(), 0);
+    } catch (const std::exception& error) {
+        fallar(CodigoSalida::fallo, motivoDe(error), 0);
+    }
 }
 
 // The message always carries a clock: what is not given of it goes back as it was read.
@@ -321,7 +347,9 @@ void Configurador::respaldar() {
     // Once the logger has erased it this is the only copy, and the line carries no checksum.
     peticion.verificar = !opciones_.sinVerificar;
     contexto_.consola.aviso("Se descarga la memoria antes de borrarla.");
-    imagen_ = descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), peticion).bytes;
+    imagen_ = conservando([&] {
+        return descargarImagen(contexto_.entorno, contexto_.consola, sesion_.registrador(), peticion).bytes;
+    });
     respaldo_ = peticion.base->pedido;
     contexto_.consola.aviso(fmt::format("Respaldo: {}", nombreVisible(respaldo_)));
     exigirSuMemoria();
@@ -334,11 +362,9 @@ void Configurador::exigirSuMemoria() {
     if (propia == actual_.Nserie) return;
     throw ErrorCli(
         CodigoSalida::fallo,
-        fmt::format("la configuración leída dice Nro {} y la memoria, Nro {}: no se envía ni se borra nada. "
-                    "Revise {}, y {}; si vuelven a no coincidir, guarde el respaldo y use "
-                    "--sin-respaldo.\n{}",
-                    actual_.Nserie, propia, sesion_.registrador().queRevisarSiHayRuido(), comoRepetir(),
-                    dondeEstaElRespaldo()));
+        fmt::format("la configuración leída dice Nro {} y la memoria, Nro {}. Revise {}; si vuelven a no "
+                    "coincidir, guarde el respaldo y use --sin-respaldo",
+                    actual_.Nserie, propia, sesion_.registrador().queRevisarSiHayRuido()));
 }
 
 // While the memory was copied another logger may have been plugged in. One reading may be damaged.
@@ -352,20 +378,13 @@ void Configurador::exigirQueSigaAhi() {
     if (esElMismo(firme)) return;
     throw ErrorCli(CodigoSalida::fallo,
                    fmt::format("después del respaldo contesta otro registrador (Nro {}, y el respaldo es del "
-                               "Nro {}), o el mismo con otra configuración: no se envía ni se borra nada. "
-                               "Revise qué equipo está conectado y {}.\n{}",
-                               firme.Nserie, actual_.Nserie, comoRepetir(), dondeEstaElRespaldo()));
+                               "Nro {}), o el mismo con otra configuración. Revise qué equipo está conectado",
+                               firme.Nserie, actual_.Nserie));
 }
 
 // Since it was written another program may have removed or changed it, and it is to be the only copy.
 void Configurador::exigirSuRespaldo() {
-    if (respaldo_.empty()) return;
-    try {
-        exigirEnDisco(respaldo_, imagen_);
-    } catch (const ErrorCopia& error) {
-        respaldo_ = error.aSalvo().value_or("");
-        throw;
-    }
+    if (!respaldo_.empty()) conservando([this] { exigirEnDisco(respaldo_, imagen_); });
 }
 
 // A backup is never replaced: the same order needs another name for the next one.
@@ -423,12 +442,13 @@ void Configurador::fallar(CodigoSalida codigo, const std::string& motivo, std::s
                                        "quedó como quería y, si no, vuelva "
                                        "a configurar con --sin-respaldo.",
                                        comoRepetir());
-    throw ErrorCli(codigo, fmt::format("{}\n{}\n{}", motivo, estado, dondeEstaElRespaldo()));
+    const auto donde = dondeEstaElRespaldo();
+    throw ErrorCli(codigo, fmt::format("{}\n{}{}{}", motivo, estado, donde.empty() ? "" : "\n", donde));
 }
 
 std::string Configurador::dondeEstaElRespaldo() const {
     if (opciones_.sinRespaldo) return "No hay respaldo de la memoria: se pidió --sin-respaldo.";
-    if (respaldo_.empty()) return "No hay respaldo de la memoria.";
+    if (respaldo_.empty()) return "";
     return fmt::format("El respaldo de la memoria está en {}.", nombreVisible(respaldo_));
 }
 

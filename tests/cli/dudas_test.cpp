@@ -1,11 +1,14 @@
 // The line has no checksum: what is believed, what is read again, and what the operator is told when a write
 // did not end well.
+#include <fcntl.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/file.h>
 
 #include <nlohmann/json.hpp>
 
 #include "live/marco_en_linea.h"
+#include "platform/descriptor.h"
 #include "tests/cli/cli_prueba.h"
 
 namespace telvane {
@@ -101,8 +104,8 @@ TEST_F(Respaldo, AMemoryThatBearsAnotherNumberIsNotErased) {
         const auto nombre = mas.empty() ? "un respaldo.rgt" : "otro.rgt";
         const auto r = configurar(nombre, mas);
         EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-        EXPECT_THAT(r.errores, HasSubstr("dice Nro 02080050 y la memoria, Nro 32080050: no se envía ni se "
-                                         "borra nada"));
+        EXPECT_THAT(r.errores, HasSubstr("dice Nro 02080050 y la memoria, Nro 32080050. Revise el cable"));
+        EXPECT_THAT(r.errores, HasSubstr("No se envió nada: la configuración y la memoria siguen"));
         EXPECT_THAT(r.errores, HasSubstr("El respaldo de la memoria está en"));
         EXPECT_EQ(leerTodo(carpeta / nombre).size(), kBytesMemoria);
         EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
@@ -162,7 +165,80 @@ TEST_F(RespaldoPerdido, WithItsFolderNothingIsErasedAndThatThereIsNoneIsSaid) {
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
     EXPECT_THAT(r.errores, HasSubstr("no existe la carpeta"));
-    EXPECT_THAT(r.errores, HasSubstr("No hay respaldo de la memoria.\n"));
+    EXPECT_THAT(r.errores, Not(HasSubstr("El respaldo de la memoria está en")));
+}
+
+// Whatever ends it before the first byte of the message: the operator is told what that means for the memory.
+class AntesDeEnviar : public Respaldo {
+   protected:
+    void esperarNadaEnviado(const Resultado& r, CodigoSalida codigo, const std::string& motivo,
+                            const std::string& repetir = "repita la orden.") {
+        EXPECT_EQ(r.codigo, codigo) << r.errores;
+        EXPECT_THAT(r.errores, HasSubstr(motivo));
+        EXPECT_THAT(r.errores,
+                    HasSubstr("\nNo se envió nada: la configuración y la memoria siguen como estaban. "
+                              "Para intentarlo otra vez, " +
+                              repetir));
+        EXPECT_THAT(r.errores, Not(HasSubstr("El respaldo de la memoria está")));
+        EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 0U);
+    }
+};
+
+TEST_F(AntesDeEnviar, ALineThatDiesSaysThatNothingWasSent) {
+    callarEn(Intercambio::eleccion, 0);
+    esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::sinRegistrador, "el registrador no responde");
+    callarEn(Intercambio::descarga, 5000);
+    esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::fallo, "dejó de responder a mitad");
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        efecto.cortar = saliente.intercambio == Intercambio::descarga && saliente.indice == 5000;
+        return efecto;
+    });
+    esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::sinRegistrador, "el registrador no responde");
+}
+
+TEST_F(AntesDeEnviar, ADeviceThatGoesSaysThatNothingWasSent) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        efecto.colgar = saliente.intercambio == Intercambio::descarga && saliente.indice == 5000;
+        return efecto;
+    });
+    esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::fallo, "");
+}
+
+TEST_F(AntesDeEnviar, ASignalSaysThatNothingWasSent) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        if (saliente.intercambio == Intercambio::descarga && saliente.indice == 5000) efecto.demora = 4s;
+        return efecto;
+    });
+    senalTras = {8s, SIGINT};
+    esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::interrumpido, "interrumpido");
+    EXPECT_GT(leerTodo(carpeta / "v.rgt.parcial").size(), 0U);
+}
+
+TEST_F(AntesDeEnviar, ANameThatWasTakenMeanwhileSaysSoAndNamesAFreeOne) {
+    puertos.manipular(kPuerto, [this](const ByteSaliente& saliente) {
+        if (saliente.intercambio == Intercambio::descarga && saliente.indice == 5000)
+            std::ofstream(carpeta / "v.rgt") << "ajeno";
+        return Efecto::pasar(saliente.byte);
+    });
+    esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::fallo, "v.rgt: ya existe",
+                       "repita la orden con --respaldo " + (carpeta / "v_2.rgt").string() + " (un respaldo");
+}
+
+TEST_F(AntesDeEnviar, APartThatAnotherRunIsWritingSaysThatNothingWasSent) {
+    std::ofstream(carpeta / "v.rgt.parcial") << "suyo";
+    const Descriptor ajeno(::open((carpeta / "v.rgt.parcial").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(::flock(ajeno(), LOCK_EX | LOCK_NB), 0);
+    esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::fallo, "v.rgt.parcial: ");
+}
+
+// What is asked of the operator is no failure.
+TEST_F(AntesDeEnviar, AWordThatIsMissingIsAskedForAndNothingElseIsSaid) {
+    const auto r = correr({"configurar", "--altitud", "555"});
+    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+    EXPECT_THAT(r.errores, Not(HasSubstr("No se envió nada")));
 }
 
 TEST_F(Dudas, AYearDamagedOnceIsNotSetAsTheLoggersClock) {
