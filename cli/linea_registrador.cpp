@@ -71,11 +71,14 @@ void LineaRegistrador::descartar() {
     entrada_.vaciar();
 }
 
-void LineaRegistrador::descartarHastaCallar(Bucle::Duracion silencio, Bucle::Duracion plazo) {
+bool LineaRegistrador::descartarHastaCallar(Bucle::Duracion silencio, Bucle::Duracion plazo) {
     const auto final = entorno_.reloj.monotono() + plazo;
+    bool callo = false;
     do {
         descartar();
-    } while (entorno_.reloj.monotono() < final && esperarBytes(1, silencio));
+        callo = !esperarBytes(1, silencio);
+    } while (!callo && entorno_.reloj.monotono() < final);
+    return callo;
 }
 
 }  // namespace telvane

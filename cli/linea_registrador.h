@@ -30,8 +30,8 @@ class LineaRegistrador {
     std::size_t erroresDeLinea() const;
     // Forgets what came and was not taken.
     void descartar();
-    // The same for what still comes, until nothing has come for this long or the time is over.
-    void descartarHastaCallar(Bucle::Duracion silencio, Bucle::Duracion plazo);
+    // The same for what still comes, until nothing has come for this long (true) or the time is over.
+    bool descartarHastaCallar(Bucle::Duracion silencio, Bucle::Duracion plazo);
     // The next of them; there must be one.
     std::uint8_t tomar() { return entrada_.tomar(); }
 

@@ -22,7 +22,11 @@ namespace telvane {
 
 namespace {
 
-constexpr int kIntentosMarco = CanalesPropios::kVeces;
+// The first one may have been asked for while an earlier answer was on its way.
+constexpr int kIntentosMarco = 1 + CanalesPropios::kVeces;
+
+// A line that does not fall quiet is asked all the same.
+constexpr auto kEsperaCallada = 3 * kMarcoTardio;
 
 // What is waited for a byte too many behind a record, at the least.
 constexpr std::chrono::milliseconds kSobraTardia{20};
@@ -132,6 +136,7 @@ bool RegistradorCli::sondear(int numero) {
     LineaRegistrador linea(entorno_, puertos_, numero);
     linea.enviar(kSonda);
     bool responde = linea.esperarBytes(kUmbralSonda, kEsperaSonda);
+    const bool aLaPrimera = responde;
     if (!responde) {
         while (linea.esperan() > 0) linea.tomar();
         linea.enviar(kSonda);
@@ -139,6 +144,7 @@ bool RegistradorCli::sondear(int numero) {
     }
     // What is still on its way must not reach the next opening of the port.
     if (responde) linea.esperarBytes(kBytesMarco, kRestoMarco);
+    sondaEntera_ = aLaPrimera && linea.esperan() == kBytesMarco;
     return responde;
 }
 
@@ -298,17 +304,19 @@ RegistradorCli::EnLinea::EnLinea(RegistradorCli& registrador)
     : registrador_(registrador),
       linea_(registrador.entorno_, registrador.puertos_, registrador.numero_),
       consola_(registrador.consola_),
-      otroAparato_(registrador.otroAparato()) {}
+      otroAparato_(registrador.otroAparato()),
+      enPaso_(registrador.sondaEntera_) {}
 
 RegistradorCli::Marco RegistradorCli::EnLinea::pedir() {
     std::size_t recibidos = 0;
     for (int intento = 0; intento < kIntentosMarco; ++intento) {
+        const bool callada = !enPaso_ && linea_.descartarHastaCallar(kMarcoTardio, kEsperaCallada);
         const auto llegada = intentar();
-        const auto que = defecto(llegada);
-        if (que.empty()) return llegada.marco;
+        const auto que = defecto(llegada, callada);
+        enPaso_ = que.empty();
+        if (enPaso_) return llegada.marco;
         recibidos += llegada.bytes;
         consola_.aviso(fmt::format("lectura repetida ({} desde el comienzo): {}", ++repetidas_, que));
-        linea_.descartarHastaCallar(kRestoMarco, kEsperaMarco);
     }
     if (recibidos == 0)
         throw ErrorIntercambio(CodigoSalida::sinRegistrador, registrador_.noResponde() + otroAparato_);
@@ -330,8 +338,8 @@ RegistradorCli::EnLinea::Llegada RegistradorCli::EnLinea::intentar() {
     return llegada;
 }
 
-// Empty: none that can be seen, or one that is the logger's own.
-std::string RegistradorCli::EnLinea::defecto(const Llegada& llegada) {
+// Empty: none that can be seen, or one that is the logger's own. callada: it was asked for on a quiet line.
+std::string RegistradorCli::EnLinea::defecto(const Llegada& llegada, bool callada) {
     if (llegada.bytes != kBytesMarco) {
         propios_.interrumpir();
         return llegada.bytes == 0
@@ -340,7 +348,7 @@ std::string RegistradorCli::EnLinea::defecto(const Llegada& llegada) {
                                  contados(static_cast<std::int64_t>(llegada.bytes), "byte", "bytes"),
                                  kBytesMarco);
     }
-    switch (propios_.juzgar(llegada.marco)) {
+    switch (propios_.juzgar(llegada.marco, callada)) {
         case CanalesPropios::Juicio::dudoso:
             return "trae un valor que ningún sensor da";
         case CanalesPropios::Juicio::insiste:

@@ -71,7 +71,8 @@ class RegistradorCli {
 
     // Live frames for as long as the object lives. A frame has neither a checksum nor an end mark: one that
     // came with bytes missing or too many, or with an impossible value (canalesImposibles), is asked for
-    // again, told and counted. Channels that stay impossible are the logger's own: they are told once.
+    // again, told and counted. What of it is late would stand before the next one, which is asked for once
+    // the line has fallen quiet. Channels that stay impossible then are the logger's own: they are told once.
     class EnLinea {
        public:
         explicit EnLinea(RegistradorCli& registrador);
@@ -85,12 +86,13 @@ class RegistradorCli {
             Marco marco{};
         };
         Llegada intentar();
-        std::string defecto(const Llegada& llegada);
+        std::string defecto(const Llegada& llegada, bool callada);
 
         RegistradorCli& registrador_;
         LineaRegistrador linea_;
         Consola& consola_;
         std::string otroAparato_;  // until a frame came whole
+        bool enPaso_;              // nothing of an earlier answer can still come
         std::size_t repetidas_ = 0;
         CanalesPropios propios_;
     };
@@ -117,7 +119,8 @@ class RegistradorCli {
     Bucle::Duracion espera_ = kSilencio;
     int reintentos_ = Reintentos::kUsuales;
     int numero_ = 0;
-    bool conocido_ = false;  // what is on the port is a logger
+    bool sondaEntera_ = false;  // the answer to the search's probe is no frame's part
+    bool conocido_ = false;     // what is on the port is a logger
     FechaHora momentoDeLectura_;
     std::size_t erroresDeLinea_ = 0;
 };

@@ -70,11 +70,13 @@ inline constexpr int kBitsPorByte = 10;  // a start bit, eight data bits, a stop
 inline constexpr int kUltimoPuerto = 12;
 
 // Waits.
-inline constexpr std::chrono::seconds kDespertar{2};           // after the wake-up byte, without yielding
-inline constexpr std::chrono::seconds kEsperaRespuesta{1};     // for the first byte of an exchange
-inline constexpr std::chrono::seconds kSilencio{5};            // in an exchange, before somebody is told
-inline constexpr std::chrono::seconds kEsperaMarco{2};         // for a live frame that was asked for
-inline constexpr std::chrono::milliseconds kRestoMarco{100};   // behind one, for what is left of it
+inline constexpr std::chrono::seconds kDespertar{2};          // after the wake-up byte, without yielding
+inline constexpr std::chrono::seconds kEsperaRespuesta{1};    // for the first byte of an exchange
+inline constexpr std::chrono::seconds kSilencio{5};           // in an exchange, before somebody is told
+inline constexpr std::chrono::seconds kEsperaMarco{2};        // for a live frame that was asked for
+inline constexpr std::chrono::milliseconds kRestoMarco{100};  // behind one, for what is left of it
+// Of a quiet line: whatever was late, as late as a frame may be, has come by then.
+inline constexpr auto kMarcoTardio = kEsperaMarco + kRestoMarco;
 inline constexpr std::chrono::seconds kEsperaSuceso{1};        // of a search: for a first receive event...
 inline constexpr std::chrono::seconds kEsperaSonda{2};         // ...and for the whole answer
 inline constexpr std::chrono::seconds kEsperaSegundaSonda{1};  // for the answer to a second probe

@@ -16,7 +16,8 @@ class CanalesPropios {
 
     // dudoso: the line may have spoilt it. insiste: the last one that it took to believe the sensor.
     enum class Juicio : std::uint8_t { bueno, dudoso, insiste };
-    Juicio juzgar(std::span<const std::uint8_t, kBytesMarco> marco);
+    // enPaso: no byte of an earlier frame can stand before it. Of any other what it says does not count.
+    Juicio juzgar(std::span<const std::uint8_t, kBytesMarco> marco, bool enPaso = true);
     // The line did spoil the last one: what it said does not count.
     void interrumpir() { veces_ = 0; }
 

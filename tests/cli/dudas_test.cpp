@@ -5,8 +5,12 @@
 #include <signal.h>
 #include <sys/file.h>
 
+#include <set>
+#include <tuple>
+
 #include <nlohmann/json.hpp>
 
+#include "cli/textos_cli.h"
 #include "live/marco_en_linea.h"
 #include "platform/descriptor.h"
 #include "tests/cli/cli_prueba.h"
@@ -753,6 +757,90 @@ TEST_F(Vivas, AMonitorOfDaysOutlivesALineThatLosesAByteAnHour) {
     EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores.substr(0, 500);
     EXPECT_EQ(std::count(r.salida.begin(), r.salida.end(), '\n'), 4320);
     EXPECT_THAT(r.errores, HasSubstr("lectura repetida (70 desde el comienzo)"));
+}
+
+// Bytes of every frame, the probe's answer included, that come late, and what follows them with them.
+class VivasTardias : public Vivas {
+   protected:
+    // de: what else becomes of a byte.
+    void tardar(std::size_t lugar, std::chrono::milliseconds demora,
+                std::function<void(const ByteSaliente&, Efecto&)> ademas = {}) {
+        puertos.manipular(kPuerto, [=, this](const ByteSaliente& saliente) {
+            marco_.at(saliente.indice) = saliente.byte;
+            if (saliente.indice + 1 == kBytesMarco)
+                enviados_.insert(marcoParaPersonas(decodificarMarco(marco_)));
+            auto efecto = Efecto::pasar(saliente.byte);
+            if (saliente.indice == lugar) efecto.demora = demora;
+            if (ademas) ademas(saliente, efecto);
+            return efecto;
+        });
+    }
+    // Each reading is a frame as the logger sent it.
+    void esperarEnPaso(const Resultado& r, std::size_t cuantas) {
+        EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+        EXPECT_THAT(r.errores, Not(HasSubstr("insiste")));
+        std::size_t mostradas = 0;
+        for (std::size_t desde = 0; desde < r.salida.size(); ++mostradas) {
+            const auto hasta = r.salida.find("\n\n", desde);
+            ASSERT_NE(hasta, std::string::npos);
+            const auto lectura = r.salida.substr(desde, hasta + 2 - desde);
+            EXPECT_TRUE(enviados_.contains(lectura)) << mostradas << ":\n" << lectura << r.errores;
+            desde = hasta + 2;
+        }
+        EXPECT_EQ(mostradas, cuantas);
+    }
+
+   private:
+    std::array<std::uint8_t, kBytesMarco> marco_{};
+    std::set<std::string> enviados_;
+};
+
+class CadaTardanza : public VivasTardias, public testing::WithParamInterface<std::tuple<std::size_t, int>> {};
+
+TEST_P(CadaTardanza, EveryReadingIsInStepAndNoneIsAskedForTwice) {
+    const auto [lugar, demora] = GetParam();
+    tardar(lugar, std::chrono::milliseconds(demora));
+    const auto r = correr(orden());
+    esperarEnPaso(r, 5);
+    EXPECT_EQ(r.errores, "");
+}
+
+// One byte too many in the second frame that is asked for: what is late of it would be the next one's first.
+TEST_P(CadaTardanza, ALostStepIsFoundAgain) {
+    const auto [lugar, demora] = GetParam();
+    for (const std::size_t sobra : {0U, 5U, 30U}) {
+        SCOPED_TRACE(sobra);
+        tardar(lugar, std::chrono::milliseconds(demora),
+               [sobra](const ByteSaliente& saliente, Efecto& efecto) {
+                   if (saliente.numero == 2 * kBytesMarco + sobra) efecto.bytes.insert(0, 1, 0x42);
+               });
+        esperarEnPaso(correr(orden()), 5);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(DelFinal, CadaTardanza,
+                         testing::Combine(testing::Values(28U, 29U, 30U),
+                                          testing::Values(150, 300, 500, 900, 1500)),
+                         [](const auto& caso) {
+                             return fmt::format("Byte{}Tras{}", std::get<0>(caso.param),
+                                                std::get<1>(caso.param));
+                         });
+
+// Beyond the limit a frame counts as incomplete, and what came of it is no part of the next.
+TEST_F(VivasTardias, AByteBeyondTheLimitIsNoPartOfTheNextFrame) {
+    tardar(kBytesMarco, 0ms, [](const ByteSaliente& saliente, Efecto& efecto) {
+        if (saliente.numero == 2 * kBytesMarco + 30) efecto.demora = 3500ms;
+    });
+    const auto r = correr(orden());
+    esperarEnPaso(r, 5);
+    EXPECT_THAT(r.errores, HasSubstr("lectura repetida (1 desde el comienzo): llegaron 30 bytes de 31"));
+}
+
+TEST_F(VivasTardias, AHealthyLoggerGivesOneReadingAPeriod) {
+    tardar(kBytesMarco, 0ms);
+    const auto r = correr(orden());
+    esperarEnPaso(r, 5);
+    EXPECT_LT(r.duracion, 4500ms);
 }
 
 // --- what is shown

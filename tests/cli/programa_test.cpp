@@ -338,6 +338,16 @@ TEST_F(Programa, APulledAdapterIsToldAtOnceAndReadAgainWhenItIsBack) {
     EXPECT_THAT(proceso.errores(), HasSubstr("ha desaparecido"));
 }
 
+// The last byte of each answer comes long after the others: it must not become the first of the next.
+TEST_F(Programa, LiveReadingsStayInStepThoughTheLastByteComesLate) {
+    conectar({"--baudios", "0", "--fallo", "en-linea:byte=30:siempre:demora=500"});
+    Proceso proceso(orden({"en-linea", "--json", "--cuenta", "4"}));
+    EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
+    EXPECT_THAT(proceso.errores(), Not(HasSubstr("insiste")));
+    EXPECT_EQ(std::ranges::count(proceso.salida(), '\n'), 4);
+    EXPECT_THAT(proceso.salida(), Not(HasSubstr("\"humedad\":-")));
+}
+
 TEST_F(Programa, ASecondRunIsToldWhoHasThePort) {
     conectar({"--baudios", "19200"});
     Proceso primero(orden({"en-linea"}));

@@ -45,6 +45,7 @@ TEST(Protocolo, TheLengthsAndWaits) {
     EXPECT_EQ(kEsperaRespuesta, std::chrono::seconds(1));
     EXPECT_EQ(kEsperaMarco, std::chrono::seconds(2));
     EXPECT_EQ(kRestoMarco, std::chrono::milliseconds(100));
+    EXPECT_EQ(kMarcoTardio, std::chrono::milliseconds(2100));
     EXPECT_EQ(kEsperaSuceso, std::chrono::seconds(1));
     EXPECT_EQ(kEsperaSonda, std::chrono::seconds(2));
     EXPECT_EQ(kEsperaSegundaSonda, std::chrono::seconds(1));

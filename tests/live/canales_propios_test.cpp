@@ -61,5 +61,18 @@ TEST(CanalesPropios, OneChannelMustSayItInAllOfThem) {
     EXPECT_EQ(canales.juzgar(kDosMalos), bueno) << "both: they were there when it was believed";
 }
 
+// A frame shifted by a late byte says the same impossible thing again and again.
+TEST(CanalesPropios, AFrameThatMayBeShiftedDoesNotCount) {
+    CanalesPropios canales;
+    for (int vez = 0; vez < 5; ++vez) EXPECT_EQ(canales.juzgar(kHumedadMala, false), dudoso);
+    EXPECT_EQ(canales.juzgar(kHumedadMala), dudoso);
+    EXPECT_EQ(canales.juzgar(kHumedadMala), dudoso);
+    EXPECT_EQ(canales.juzgar(kHumedadMala, false), dudoso);
+    EXPECT_EQ(canales.juzgar(kHumedadMala), dudoso);
+    EXPECT_EQ(canales.juzgar(kHumedadMala), dudoso);
+    EXPECT_EQ(canales.juzgar(kHumedadMala), insiste);
+    EXPECT_EQ(canales.juzgar(kHumedadMala, false), bueno);
+}
+
 }  // namespace
 }  // namespace telvane
