@@ -70,7 +70,6 @@ void Marcador::terminar() {
     for (auto& detenido : detenidos_) detenido.fijo.cortar();
     soltar();
     vecina_.reset();
-    huecoDesdeVecina_ = false;
 }
 
 // All samples of the stamp are in the queue: a later stamp has been seen, or the end.
