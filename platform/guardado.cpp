@@ -142,7 +142,11 @@ ArchivoPendiente::~ArchivoPendiente() {
 }
 
 void ArchivoPendiente::exigir(bool bien) const {
-    if (!bien) throw noGuardado(destino_.pedido, motivoEscritura(errno));
+    if (bien) return;
+    const int numero = errno;
+    const auto error = noGuardado(destino_.pedido, motivoEscritura(numero));
+    if (numero == ENOSPC || numero == EDQUOT) throw ErrorSinSitio(error.what());
+    throw error;
 }
 
 void ArchivoPendiente::escribir(std::span<const std::uint8_t> bytes) {

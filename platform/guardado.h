@@ -16,6 +16,12 @@ inline std::span<const std::uint8_t> comoBytes(std::string_view texto) {
     return {reinterpret_cast<const std::uint8_t*>(texto.data()), texto.size()};
 }
 
+// The disk had no place for it.
+class ErrorSinSitio : public ErrorGuardado {
+   public:
+    using ErrorGuardado::ErrorGuardado;
+};
+
 // A new file's content under a temporary name beside its destination, and put in its place once it is safe.
 // Every failure throws ErrorGuardado; a file that was not placed goes with the object.
 class ArchivoPendiente {

@@ -61,28 +61,45 @@ std::string motivoDe(Paso&& paso) {
 void GuardadoEnTanda::agregar(const std::filesystem::path& ruta, std::string_view bytes,
                               const ReglaDestino& regla, AlTerminar alTerminar) {
     Tanda llena;
+    std::shared_lock enCurso(colocando_, std::defer_lock);
+    const auto escribirlo = [&] {
+        escribir(ArchivoPendiente(revisarDestino(ruta, regla)), bytes, alTerminar);
+    };
     const auto motivo = motivoDe([&] {
         const std::scoped_lock turno(cerrojo_);
-        escribir(ArchivoPendiente(revisarDestino(ruta, regla)), bytes, alTerminar);
-        if (tanda_.archivos.size() >= kTanda) llena = std::exchange(tanda_, {});
+        try {
+            escribirlo();
+        } catch (const ErrorSinSitio&) {
+            quedarSolo();
+            escribirlo();
+        }
+        if (tanda_.archivos.size() < kTanda) return;
+        llena = std::exchange(tanda_, {});
+        enCurso.lock();
     });
     if (!motivo.empty()) alTerminar(motivo);
     colocar(std::move(llena));
 }
 
-// The disk's witness stands open before the first byte of any file that relies on it is written.
+// Until each has taken the old one's place, a file and the one that it replaces both fill the disk.
+void GuardadoEnTanda::quedarSolo() {
+    colocar(std::exchange(tanda_, {}));
+    const std::unique_lock hastaQueAcaben(colocando_);
+}
+
+// The disk's witness stands open before the first byte of any file that relies on it is written. That of a
+// file that fails goes with it: it would keep what was written of it on the disk.
 void GuardadoEnTanda::escribir(ArchivoPendiente archivo, std::string_view bytes,
                                const AlTerminar& alTerminar) {
     struct stat datos {};
     const bool juntos =
         ::fstat(archivo.descriptor(), &datos) == 0 && seSincronizaEntero(archivo.descriptor());
-    if (juntos && !tanda_.discos.contains(datos.st_dev)) {
-        Descriptor testigo(::fcntl(archivo.descriptor(), F_DUPFD_CLOEXEC, 0));
-        tanda_.discos.emplace(datos.st_dev, std::move(testigo));
-    }
+    const bool primero = juntos && !tanda_.discos.contains(datos.st_dev);
+    Descriptor testigo(primero ? ::fcntl(archivo.descriptor(), F_DUPFD_CLOEXEC, 0) : -1);
     archivo.escribir(comoBytes(bytes));
     if (!juntos) archivo.sincronizar();
     archivo.cerrar();
+    if (primero) tanda_.discos.emplace(datos.st_dev, std::move(testigo));
     tanda_.archivos.push_back({std::move(archivo), juntos ? datos.st_dev : dev_t{0}, alTerminar});
 }
 

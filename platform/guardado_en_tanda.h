@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,8 @@ namespace telvane {
 // Files are written under temporary names; once enough of them wait, the disk is told to write them all, and
 // only then each gets its name. Of every file holds what holds of one that is saved alone: the old one whole
 // or the new one whole, and it is called saved when the disk has it. Several threads may add files at once;
-// how many wait, and so the memory, has a bound of its own.
+// how many wait, and so the memory, has a bound of its own. One that finds no place on the disk is tried
+// again once all the others have their names, as it would be alone.
 class GuardadoEnTanda {
    public:
     // The reason in Spanish, with the file's name, why it is not saved; empty: it is.
@@ -26,8 +28,8 @@ class GuardadoEnTanda {
     // What was not finished is not saved.
     ~GuardadoEnTanda() = default;
 
-    // Writes the file. alTerminar is told once, on any of the threads, now or later. Throws nothing of its
-    // own.
+    // Writes the file. alTerminar is told once, on any of the threads, now or later, and adds no file itself.
+    // Throws nothing of its own.
     void agregar(const std::filesystem::path& ruta, std::string_view bytes, const ReglaDestino& regla,
                  AlTerminar alTerminar);
     // Saves those that wait; afterwards every file that was added has been told.
@@ -46,9 +48,12 @@ class GuardadoEnTanda {
         std::map<dev_t, Descriptor> discos;
     };
     void escribir(ArchivoPendiente archivo, std::string_view bytes, const AlTerminar& alTerminar);
+    void quedarSolo();
     static void colocar(Tanda tanda);
 
     std::mutex cerrojo_;
+    // Held in common by those who place a full batch; taken while cerrojo_ is held.
+    std::shared_mutex colocando_;
     Tanda tanda_;
 };
 

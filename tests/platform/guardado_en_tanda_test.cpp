@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,7 +34,9 @@ class GuardadoJuntos : public ::testing::Test {
         guardado_.agregar(archivo, bytes, regla, [this, archivo](const std::string& motivo) {
             // What is told to be saved stands under its name.
             motivo.empty() ? ++bien_ : ++mal_;
-            if (!motivo.empty()) motivos_.push_back(motivo);
+            if (motivo.empty()) return;
+            const std::scoped_lock turno(cerrojo_);
+            motivos_.push_back(motivo);
         });
     }
 
@@ -41,6 +44,7 @@ class GuardadoJuntos : public ::testing::Test {
     GuardadoEnTanda guardado_;
     std::atomic<int> bien_ = 0;
     std::atomic<int> mal_ = 0;
+    std::mutex cerrojo_;
     std::vector<std::string> motivos_;
 };
 
@@ -101,6 +105,37 @@ TEST_F(GuardadoJuntos, ADiskThatFillsLosesThoseThatDoNotFitAndNoneOfTheOldOnes) 
     }
     EXPECT_EQ(nuevos, bien_);
     EXPECT_EQ(entradas(ruta("disco")), 4U);
+}
+
+// Each as if it were saved alone: what failed before it, and what waits for its name, is not in its way.
+TEST_F(GuardadoJuntos, WhatFitsIsSavedBehindWhatDoesNot) {
+    const DiscoChico disco(ruta("disco"), "256k");
+    if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
+    agregar(ruta("disco") / "grande", std::string(300'000, 'g'));
+    agregar(ruta("disco") / "mayor", std::string(400'000, 'g'));
+    agregar(ruta("disco") / "chico", std::string(8'000, 'c'));
+    EXPECT_EQ(mal_, 2);
+    guardado_.terminar();
+    EXPECT_EQ(bien_, 1);
+    EXPECT_EQ(leerTodo(ruta("disco") / "chico").size(), 8'000U);
+    EXPECT_EQ(entradas(ruta("disco")), 1U);
+}
+
+TEST_F(GuardadoJuntos, ADiskWithRoomForOneMoreTakesThemAllOverTheOldOnes) {
+    const DiscoChico disco(ruta("disco"), "256k");
+    if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
+    for (const auto* nombre : {"a", "b", "c"})
+        std::ofstream(ruta("disco") / nombre) << std::string(60'000, 'v');
+    const std::string nuevo(60'000, 'n');
+    {
+        std::vector<std::jthread> hilos;
+        for (const auto* nombre : {"a", "b", "c"})
+            hilos.emplace_back([&, nombre] { agregar(ruta("disco") / nombre, nuevo); });
+    }
+    guardado_.terminar();
+    EXPECT_EQ(bien_, 3);
+    EXPECT_EQ(mal_, 0);
+    for (const auto* nombre : {"a", "b", "c"}) EXPECT_EQ(leerTodo(ruta("disco") / nombre), nuevo);
 }
 
 TEST_F(GuardadoJuntos, FromSeveralThreadsToEverywhere) {
