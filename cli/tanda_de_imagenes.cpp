@@ -3,11 +3,9 @@
 #include <sys/eventfd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <exception>
 #include <optional>
-#include <system_error>
 
 #include <fmt/format.h>
 
@@ -33,48 +31,57 @@ TandaDeImagenes::TandaDeImagenes(EntornoConsola& entorno, Consola& consola,
       consola_(consola),
       trabajo_(trabajo),
       lista_(lista),
-      aviso_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    if (aviso_() < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
-}
+      aviso_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 std::size_t TandaDeImagenes::correr() {
-    const auto vigilancia = entorno_.bucle.vigilarLectura(aviso_(), [this] { acabados_ = true; });
     const auto obreros = contratar();
     try {
-        while (!esperar(
-            entorno_, [this] { return acabados_; }, std::chrono::hours(1)))
-            continue;
+        obreros.empty() ? trabajar([this] { atender(); }) : esperarObreros();
     } catch (...) {
         siguiente_ = lista_.size();
+        if (obreros.empty()) acabar();
         throw;
     }
     return fallidas_;
 }
 
-// As many as there are processors, or as the system gives; at least one.
+// As many as there are processors, or as the system has threads and memory for. None: whoever calls does the
+// work, as it does where no descriptor is left to tell of their end.
 std::vector<std::jthread> TandaDeImagenes::contratar() {
     const auto cuantos = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, lista_.size());
     std::vector<std::jthread> obreros;
     // Counted along, so that no early one takes himself for the last.
     enMarcha_ = 1;
+    if (aviso_() < 0) return obreros;
     for (std::size_t i = 0; i < cuantos; ++i) {
         try {
             ++enMarcha_;
-            obreros.emplace_back([this] { trabajar(); });
-        } catch (const std::system_error&) {
+            obreros.emplace_back([this] { trabajar([] {}); });
+        } catch (const std::exception&) {
             --enMarcha_;
-            if (obreros.empty())
-                throw ErrorCli(CodigoSalida::fallo, "el sistema no deja empezar más tareas (ulimit -u)");
             break;
         }
     }
-    acabar();
+    if (!obreros.empty()) acabar();
     return obreros;
 }
 
-void TandaDeImagenes::trabajar() {
+void TandaDeImagenes::esperarObreros() {
+    const auto vigilancia = entorno_.bucle.vigilarLectura(aviso_(), [this] { acabados_ = true; });
+    while (!esperar(
+        entorno_, [this] { return acabados_; }, std::chrono::hours(1)))
+        continue;
+}
+
+// Nobody runs the loop meanwhile.
+void TandaDeImagenes::atender() const {
+    if (entorno_.senal != 0 || entorno_.senalEnEspera()) interrumpir();
+}
+
+void TandaDeImagenes::trabajar(const std::function<void()>& antesDeCada) {
     std::optional<Conversor> conversor;
     for (std::size_t i = siguiente_++; i < lista_.size(); i = siguiente_++) {
+        antesDeCada();
         const auto& par = lista_[i];
         try {
             if (!conversor) conversor.emplace();

@@ -1,8 +1,10 @@
-// Many images into as many tables, on all processors, with one wait for the disk for many of them.
+// Many images into as many tables, on all processors where the system lets us, with one wait for the disk for
+// many of them.
 #pragma once
 
 #include <atomic>
 #include <cstddef>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -22,7 +24,7 @@ class TandaDeImagenes {
         std::string salida;
     };
 
-    // All of them outlive it. Throws std::system_error.
+    // All of them outlive it.
     TandaDeImagenes(EntornoConsola& entorno, Consola& consola, const TrabajoDeConversion& trabajo,
                     const std::vector<Par>& lista);
     TandaDeImagenes(const TandaDeImagenes&) = delete;
@@ -34,7 +36,10 @@ class TandaDeImagenes {
 
    private:
     std::vector<std::jthread> contratar();
-    void trabajar();
+    void esperarObreros();
+    void atender() const;
+    // antesDeCada: before each image; what it throws ends the work.
+    void trabajar(const std::function<void()>& antesDeCada);
     void acabar();
     void convertir(Conversor& conversor, const Par& par);
     void decir(const std::string& texto);

@@ -15,6 +15,7 @@
 #include <system_error>
 #include <utility>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -152,6 +153,27 @@ TEST_F(Programa, AnInputThatComesOrAnOutputThatGoesByTheStandardStreamsIsCompare
         })) << guion;
     }
     EXPECT_EQ(porShell("\"$@\" <'" + de + "' >'" + de + ".csv'", {"convertir", "-", "-"}), 0) << errores;
+}
+
+// A hundred terabytes for each thread's stack are more than there is room for; a fourth descriptor is the
+// last.
+TEST_F(Programa, WithoutASecondTaskManyImagesAreConvertedByTheOneThatThereIs) {
+    const auto imagen = memoriaSimulada(Clima(7));
+    const auto a = carpeta / "a.rgt";
+    std::ofstream(a, std::ios::binary)
+        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    fs::copy_file(a, carpeta / "b.rgt");
+    const std::vector<std::string> muchos = {"convertir",        "--en",           carpeta, a,
+                                             carpeta / "no.rgt", carpeta / "b.rgt"};
+    EXPECT_EQ(porShell("ulimit -n 4; \"$@\"", muchos), 1);
+    for (const auto* nombre : {"a.rgt", "no.rgt", "b.rgt"})
+        EXPECT_THAT(errores,
+                    HasSubstr(fmt::format("{}: demasiados archivos abiertos", (carpeta / nombre).string())));
+    EXPECT_EQ(porShell("ulimit -s 128849018880; \"$@\"", muchos), 1);
+    EXPECT_THAT(errores, HasSubstr("1 de 3 archivos sin convertir"));
+    EXPECT_THAT(errores, Not(HasSubstr("tareas")));
+    EXPECT_TRUE(fs::exists(carpeta / "a.csv"));
+    EXPECT_TRUE(fs::exists(carpeta / "b.csv"));
 }
 
 // The signal that a file at its limit brings would end the program without a word.
