@@ -17,9 +17,10 @@ bool esControlAlto(char32_t punto) {
     return punto >= 0x7F && punto <= 0x9F;
 }
 
-// What stands behind these marks is shown in another order.
+// What stands behind these marks, or beside the single ones, is shown in another order.
 bool tuerce(char32_t punto) {
-    return (punto >= 0x202A && punto <= 0x202E) || (punto >= 0x2066 && punto <= 0x2069);
+    return punto == 0x061C || punto == 0x200E || punto == 0x200F || (punto >= 0x202A && punto <= 0x202E) ||
+           (punto >= 0x2066 && punto <= 0x2069);
 }
 
 // control: what stands in a control character's place.

@@ -34,12 +34,14 @@ TEST(NombreVisible, WhatIsNotShownIsMarked) {
     EXPECT_EQ(nombreVisible("a\nb.rgt"), "a\uFFFDb.rgt");
     EXPECT_EQ(nombreVisible("a\x1b[31m\x7f\u009b\xff.rgt"), "a\uFFFD[31m\uFFFD\uFFFD\uFFFD.rgt");
     EXPECT_EQ(nombreVisible("Ñandú 日本.rgt"), "Ñandú 日本.rgt");
-    for (const auto* vuelta : {"\u202A", "\u202E", "\u2066", "\u2069"}) {
+    for (const auto* vuelta : {"\u061C", "\u200E", "\u200F", "\u202A", "\u202B", "\u202C", "\u202D", "\u202E",
+                               "\u2066", "\u2067", "\u2068", "\u2069"}) {
         EXPECT_EQ(nombreVisible(std::string("a") + vuelta + "tgr.b"), "a\uFFFDtgr.b");
         EXPECT_EQ(lineasSinControles(std::string("a") + vuelta + "\nb"), "a\uFFFD\nb");
     }
     // Their neighbours belong to names.
-    EXPECT_EQ(nombreVisible("a\u2029\u202F\u2065\u206A"), "a\u2029\u202F\u2065\u206A");
+    EXPECT_EQ(nombreVisible("a\u061B\u061D\u200D\u2010\u2029\u202F\u2065\u206A"),
+              "a\u061B\u061D\u200D\u2010\u2029\u202F\u2065\u206A");
 }
 
 TEST(Utf8Valido, EveryByteThatIsNoneIsMarkedAndTheRestStays) {
