@@ -301,13 +301,18 @@ TEST_F(Archivos, AnOutputIsNeverOneOfTheInputsByAnyName) {
 }
 
 TEST_F(Archivos, TheOutputThatAShellAppendsToAnInputIsRefused) {
-    const auto a = poner("a.rgt", imagen());
-    const Descriptor abierto(::open(a.c_str(), O_RDWR | O_APPEND | O_CLOEXEC));
-    salidaAjena = abierto();
-    const auto r = correr({"convertir", a, "-"});
-    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
-    EXPECT_THAT(r.errores, HasSubstr("la salida de la orden: de ahí se lee lo que se guarda"));
-    EXPECT_TRUE(leerTodo(a) == imagen());
+    // Also one that is no memory for sure.
+    for (const auto& [contenido, porque] :
+         {std::pair(imagen(), "ahí está lo que parece un archivo base"),
+          std::pair(std::string("notas"), "de ahí se lee lo que se guarda")}) {
+        const auto a = poner("a.rgt", contenido);
+        const Descriptor abierto(::open(a.c_str(), O_RDWR | O_APPEND | O_CLOEXEC));
+        salidaAjena = abierto();
+        const auto r = correr({"convertir", a, "-"});
+        EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+        EXPECT_THAT(r.errores, HasSubstr(std::string("la salida de la orden: ") + porque));
+        EXPECT_TRUE(leerTodo(a) == contenido);
+    }
 }
 
 TEST_F(Archivos, NothingIsSaidIntoAnInput) {
