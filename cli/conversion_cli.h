@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "data/conversion.h"
 #include "platform/reloj.h"
@@ -23,8 +24,9 @@ struct Convertido {
     std::string aviso;
 };
 
-// The image's first bytes stand where the converter reads them. Throws ErrorCli where there are none,
-// or where they are no memory.
-Convertido convertirImagen(Conversor& conversor, const TrabajoDeConversion& trabajo, std::size_t bytes);
+// The image's first bytes stand where the converter reads them; nombre: the input's, as it is shown. Throws
+// ErrorCli, without it, where there are none, or where they are no memory.
+Convertido convertirImagen(Conversor& conversor, const TrabajoDeConversion& trabajo, std::size_t bytes,
+                           std::string_view nombre);
 
 }  // namespace telvane

@@ -120,7 +120,7 @@ void revisarTextos(const OpcionesConfigurar& opciones) {
         exigirUso(static_cast<int>(caracteres(texto)) <= kAnchos[i],
                   fmt::format("{}: caben {} caracteres: acorte el texto", kCampos[i].opcion, kAnchos[i]));
         exigirUso(sinControles(texto) == texto,
-                  fmt::format("{}: hay un carácter de control o mal escrito", kCampos[i].opcion));
+                  fmt::format("{}: hay un carácter de control o mal escrito: quítelo", kCampos[i].opcion));
         exigirUso(loTieneElRegistrador(texto), fmt::format("{}: {}", kCampos[i].opcion, kCaracterAjeno));
     }
 }

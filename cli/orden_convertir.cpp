@@ -95,13 +95,23 @@ std::size_t leerTuberia(Consola& consola, std::span<std::uint8_t> destino) {
     return imagen.size();
 }
 
+Convertido convertirDe(Conversor& conversor, const TrabajoDeConversion& trabajo, std::size_t bytes,
+                       const std::string& entrada) {
+    const auto nombre = esEntradaEstandar(entrada) ? std::string("la entrada") : nombreVisible(entrada);
+    try {
+        return convertirImagen(conversor, trabajo, bytes, nombre);
+    } catch (const ErrorCli& error) {
+        throw ErrorCli(error.codigo(), fmt::format("{}: {}", nombre, error.what()));
+    }
+}
+
 void convertirUna(ContextoCli& contexto, const TrabajoDeConversion& trabajo, const Par& par) {
     const SalidaConsola salida(par.salida, reglaDeTabla());
     if (salida.estandar()) contexto.consola.exigirSalida();
     Conversor conversor;
     const auto bytes = esEntradaEstandar(par.entrada) ? leerTuberia(contexto.consola, conversor.destino())
                                                       : leerArchivo(par.entrada, conversor.destino());
-    const auto convertido = convertirImagen(conversor, trabajo, bytes);
+    const auto convertido = convertirDe(conversor, trabajo, bytes, par.entrada);
     salida.escribir(contexto.entorno, contexto.consola, convertido.archivo.bytes());
     contexto.consola.aviso(convertido.aviso);
 }

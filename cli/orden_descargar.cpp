@@ -67,7 +67,8 @@ struct SalidaNombrada {
 void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, const SalidaNombrada& otra) {
     if (una.salida.estandar() && otra.salida.estandar()) {
         throw ErrorCli(CodigoSalida::malUso,
-                       fmt::format("solo uno de {} y {} puede ir a la salida", una.opcion, otra.opcion));
+                       fmt::format("solo uno de {} y {} puede ir a la salida: dé un archivo al otro",
+                                   una.opcion, otra.opcion));
     }
     const auto cual = [&](const SalidaConsola& salida) {
         return salida.estandar() ? identidad(entorno.salida)

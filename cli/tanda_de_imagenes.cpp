@@ -105,7 +105,7 @@ void TandaDeImagenes::acabar() {
 
 void TandaDeImagenes::convertir(Conversor& conversor, const Par& par) {
     const auto bytes = leerArchivo(par.entrada, conversor.destino());
-    const auto convertido = convertirImagen(conversor, trabajo_, bytes);
+    const auto convertido = convertirImagen(conversor, trabajo_, bytes, nombreVisible(par.entrada));
     guardado_.agregar(par.salida, convertido.archivo.bytes(), reglaDeTabla(),
                       [this, &par, aviso = convertido.aviso](const std::string& motivo) {
                           motivo.empty() ? decir(de(par, aviso)) : fallar(de(par, motivo));

@@ -115,10 +115,7 @@ std::vector<std::uint8_t> Consola::leerEntrada(std::size_t maximo) {
         esperarEntrada();
         const auto n = ::read(entorno_.entrada, bytes.data() + leidos, maximo - leidos);
         if (n < 0 && (errno == EINTR || errno == EAGAIN)) continue;
-        if (n < 0) {
-            throw ErrorCli(CodigoSalida::fallo,
-                           fmt::format("no se pudo leer la entrada: {}", motivoSistema(errno)));
-        }
+        if (n < 0) throw ErrorCli(CodigoSalida::fallo, quejaDeEntrada(errno));
         if (n == 0) break;
         leidos += static_cast<std::size_t>(n);
     }

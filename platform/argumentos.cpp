@@ -294,7 +294,7 @@ LineaLeida Argumentos::leer(std::vector<std::string> argumentos) {
         alLeer_();
         return {Que::terminar, version ? app_->version() + "\n" : app_->help() + opcionesDeTodas()};
     } catch (const CLI::ParseError& error) {
-        return malUso(argumentos, motivoDeUso(error.get_exit_code(), error.what()));
+        return malUso(argumentos, motivoDeUso(error.get_exit_code(), error.what(), argumentos));
     }
     alLeer_();
     return {};
@@ -335,13 +335,18 @@ std::string Argumentos::motivoDeSobra() const {
 }
 
 // The library's own texts are in English; those of our checks stand behind the option's name.
-std::string Argumentos::motivoDeUso(int codigo, const std::string& texto) const {
+std::string Argumentos::motivoDeUso(int codigo, const std::string& texto,
+                                    const std::vector<std::string>& argumentos) const {
     const auto antesDe = [&](std::string_view marca) { return texto.substr(0, texto.find(marca)); };
     switch (static_cast<CLI::ExitCodes>(codigo)) {
         case CLI::ExitCodes::RequiredError:
             // What is missing may be what was misspelt.
             if (const auto motivo = motivoDeSobra(); !motivo.empty()) return motivo;
-            return faltaOrden() ? "falta la orden" : fmt::format("falta {}", antesDe(" "));
+            if (!faltaOrden()) return fmt::format("falta {}", antesDe(" "));
+            // Behind it every word is a name.
+            return std::ranges::find(argumentos, "--") == argumentos.end()
+                       ? "falta la orden"
+                       : "falta la orden: se escribe delante de --";
         case CLI::ExitCodes::ExtrasError:
             return motivoDeSobra();
         case CLI::ExitCodes::ArgumentMismatch:

@@ -92,7 +92,8 @@ class Argumentos {
     std::vector<std::string> sobran() const;
     std::string motivoDeSobra() const;
     LineaLeida malUso(const std::vector<std::string>& argumentos, const std::string& motivo) const;
-    std::string motivoDeUso(int codigo, const std::string& texto) const;
+    std::string motivoDeUso(int codigo, const std::string& texto,
+                            const std::vector<std::string>& argumentos) const;
 
     std::string nombre_;
     std::unique_ptr<CLI::App> app_;

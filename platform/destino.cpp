@@ -253,7 +253,8 @@ std::string lugar(const struct stat& datos) {
 }  // namespace
 
 std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const fs::path& ruta) {
-    return fmt::format("{} y {} son el mismo archivo: {}", una, otra, nombreVisible(ruta));
+    return fmt::format("{} y {} son el mismo archivo: {}; dé otro nombre a uno de los dos", una, otra,
+                       nombreVisible(ruta));
 }
 
 void crearCarpeta(const fs::path& carpeta) {

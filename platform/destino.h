@@ -26,7 +26,7 @@ class ErrorNombre : public ErrorGuardado {
     using ErrorGuardado::ErrorGuardado;
 };
 
-// Two options of one line: "--base y --csv son el mismo archivo: x"
+// Two options of one line: "--base y --csv son el mismo archivo: x; dé otro nombre a uno de los dos"
 std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const std::filesystem::path& ruta);
 
 // With those above it, where they are missing. Throws ErrorGuardado.

@@ -76,6 +76,12 @@ int escribirTodo(int descriptor, std::string_view texto, const std::function<boo
     return 0;
 }
 
+std::string quejaDeEntrada(int motivo) {
+    return fmt::format(
+        "no se pudo leer la entrada: {}",
+        motivo == EBADF ? "está cerrada. Ábrala, por ejemplo con <archivo, y repita" : motivoSistema(motivo));
+}
+
 std::string quejaDeSalida(int motivo) {
     return quejaDe(motivo == EBADF ? "está cerrada. Ábrala, por ejemplo con >archivo, y repita"
                                    : motivoEscritura(motivo));

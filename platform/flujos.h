@@ -24,6 +24,8 @@ FlujosHeredados flujosHeredados();
 // it was ended.
 int escribirTodo(int descriptor, std::string_view texto, const std::function<bool()>& parar = {});
 
+// What is told when the standard input could not be read, and what to do.
+std::string quejaDeEntrada(int motivo);
 // What is told when the standard output took less than all, and what to do.
 std::string quejaDeSalida(int motivo);
 // The same of work that is done all the same: hecho says so.

@@ -331,7 +331,9 @@ TEST_F(Archivos, TwoOutputsAreTwoFiles) {
     const auto juntos = [&](const fs::path& base, const fs::path& csv) {
         return correr({"descargar", "--base", base, "--csv", csv});
     };
-    esperarRehusado(juntos(carpeta / "x", carpeta / "x"), CodigoSalida::malUso, "son el mismo archivo");
+    esperarRehusado(
+        juntos(carpeta / "x", carpeta / "x"), CodigoSalida::malUso,
+        "son el mismo archivo: " + (carpeta / "x").string() + "; dé otro nombre a uno de los dos");
     esperarRehusado(juntos(carpeta / "d/x", carpeta / "e/x"), CodigoSalida::malUso, "son el mismo archivo");
     poner("d/uno");
     fs::create_symlink("d/uno", carpeta / "otro");
@@ -691,9 +693,11 @@ TEST_F(Archivos, AnInputLongerThanAnImageIsTold) {
     EXPECT_THAT(correr({"convertir", carpeta / "a.rgt", "-"}).errores, Not(HasSubstr("aviso")));
     poner("a.rgt", imagen() + "x");
     EXPECT_THAT(correr({"convertir", carpeta / "a.rgt", "-"}).errores,
-                HasSubstr("aviso: hay más de los 262144 bytes de una imagen"));
+                HasSubstr("aviso: en " + (carpeta / "a.rgt").string() +
+                          " hay más de los 262144 bytes de una imagen"));
     entrada.llenar(imagen() + std::string(100'000, 'x'));
-    EXPECT_THAT(correr({"convertir", "-", "-"}).errores, HasSubstr("hay más de los 262144 bytes"));
+    EXPECT_THAT(correr({"convertir", "-", "-"}).errores,
+                HasSubstr("aviso: en la entrada hay más de los 262144 bytes"));
 }
 
 TEST_F(Archivos, TheEndingOfAnOutputCountsInAnyCase) {

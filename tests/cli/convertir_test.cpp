@@ -148,10 +148,11 @@ TEST_F(Convertir, AShortImageIsConvertedAndTold) {
     guardar("a.rgt", imagen);
     const auto r = correr({"convertir", carpeta / "a.rgt", "-"});
     EXPECT_EQ(r.codigo, CodigoSalida::hecho);
-    EXPECT_THAT(r.errores, HasSubstr("hay 10000 bytes de los 262144"));
+    EXPECT_THAT(r.errores,
+                HasSubstr("aviso: en " + (carpeta / "a.rgt").string() + " hay 10000 bytes de los 262144"));
     guardar("uno.rgt", {0x02});
     EXPECT_THAT(correr({"convertir", carpeta / "uno.rgt", "-"}).errores,
-                HasSubstr("hay 1 byte de los 262144"));
+                HasSubstr("aviso: en " + (carpeta / "uno.rgt").string() + " hay 1 byte de los 262144"));
     // A record that is cut is none: it would show values that nobody measured.
     imagen.resize(9984);
     EXPECT_EQ(r.salida, comoLaVentana());
@@ -161,8 +162,12 @@ TEST_F(Convertir, WhatIsNoMemoryBecomesNoTable) {
     std::ofstream(carpeta / "notas.rgt") << "Visita del lunes:\ncambiar la pila\n";
     auto r = correr({"convertir", carpeta / "notas.rgt", carpeta / "notas.csv"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores,
-                HasSubstr("no es la memoria de un registrador, sino un texto: dé el archivo base (.rgt)"));
+    EXPECT_THAT(
+        r.errores,
+        HasSubstr("notas.rgt: no es la memoria de un registrador, sino un texto: dé el archivo base (.rgt)"));
+    entrada.llenar("Visita del lunes:\ncambiar la pila\n");
+    EXPECT_THAT(correr({"convertir", "-", carpeta / "notas.csv"}).errores,
+                HasSubstr("telvane-cli: la entrada: no es la memoria"));
     EXPECT_THAT(nombresEn(carpeta.ruta()), UnorderedElementsAre("a.rgt", "notas.rgt"));
     // Of an erased one there is nothing to tell but that it is empty.
     guardar("borrada.rgt", std::vector<std::uint8_t>(640, 0xFF));

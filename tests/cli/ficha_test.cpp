@@ -120,10 +120,11 @@ TEST_F(Ficha, IsAnOutputLikeTheOthers) {
     rehusa({"--ficha", ""}, CodigoSalida::malUso, "--ficha: no puede estar vacío");
     rehusa({"--ficha", carpeta / "f.RGT"}, CodigoSalida::malUso, "f.RGT");
     rehusa({"--ficha", carpeta / "f.parcial"}, CodigoSalida::malUso, "f.parcial");
-    rehusa({"--ficha", carpeta / "b"}, CodigoSalida::malUso, "--base y --ficha son el mismo archivo");
+    rehusa({"--ficha", carpeta / "b"}, CodigoSalida::malUso, "--base y --ficha son el mismo archivo: ");
     rehusa({"--csv", carpeta / "c", "--ficha", carpeta / "c"}, CodigoSalida::malUso,
            "--csv y --ficha son el mismo archivo");
-    rehusa({"--csv", "-", "--ficha", "-"}, CodigoSalida::malUso, "solo uno de --csv y --ficha puede ir");
+    rehusa({"--csv", "-", "--ficha", "-"}, CodigoSalida::malUso,
+           "solo uno de --csv y --ficha puede ir a la salida: dé un archivo al otro");
     rehusa({"--ficha", carpeta / "no" / "f"}, CodigoSalida::fallo, "no existe la carpeta");
     rehusa({"--ficha", carpeta.ruta()}, CodigoSalida::fallo, "es una carpeta");
 }

@@ -86,7 +86,8 @@ INSTANTIATE_TEST_SUITE_P(
         CasoUso{{"--com", "1=tcp://maquina", "estaciones"}, "se espera tcp://MÁQUINA:PUERTO"},
         CasoUso{{"--com", "1=tcp:maquina:4001", "buscar"}, "se espera tcp://MÁQUINA:PUERTO"},
         CasoUso{{"buscar", "--com"}, "--com: falta su valor"}, CasoUso{{"descargar"}, "falta --base"},
-        CasoUso{{"descargar", "--base", "-", "--csv", "-"}, "solo uno"},
+        CasoUso{{"descargar", "--base", "-", "--csv", "-"}, "a la salida: dé un archivo al otro"},
+        CasoUso{{"--", "convertir", "a.rgt", "b.csv"}, "falta la orden: se escribe delante de --"},
         CasoUso{{"descargar", "--base", "x", "--espera", "0"}, "--espera: debe ser"},
         CasoUso{{"descargar", "--base", "x", "--reintentos", "-1"}, "--reintentos: debe ser"},
         CasoUso{{"descargar", "--base", "x", "--perfil", "otro"}, "--perfil: debe ser estricto o ampliado"},
@@ -107,6 +108,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "--sin-verificar no va con"},
         CasoUso{{"configurar", "--altitud", "123456"}, "--altitud: caben 5 caracteres"},
         CasoUso{{"configurar", "--usuario", "日本"}, "--usuario: hay un carácter"},
+        CasoUso{{"configurar", "--usuario", "a\tb"}, "un carácter de control o mal escrito: quítelo"},
         // What begins like an option is one, and no value of the option before it.
         CasoUso{{"configurar", "--usuario", "--reloj-pc", "--borrar-memoria"},
                 "--usuario: falta su valor; uno que empieza por guion se escribe --usuario=--reloj-pc"},

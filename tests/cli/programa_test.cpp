@@ -111,7 +111,9 @@ TEST_P(ConFlujosCerrados, NothingHangsAndNothingIsWrittenWhereItDoesNotBelong) {
         EXPECT_EQ(fs::file_size(tabla), bytes) << "the old table stays";
     }
     if (cerrado(1) && !cerrado(4)) {
-        EXPECT_THAT(errores, HasSubstr("no se pudo leer la entrada"));
+        EXPECT_THAT(
+            errores,
+            HasSubstr("no se pudo leer la entrada: está cerrada. Ábrala, por ejemplo con <archivo, y"));
     }
     EXPECT_EQ(porShell(cierres(), {"convertir", base, "-"}), cerrado(2) ? 1 : 0);
     EXPECT_EQ(porShell(cierres(), {"--help"}), cerrado(2) ? 1 : 0);

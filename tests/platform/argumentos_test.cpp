@@ -109,6 +109,7 @@ TEST_F(ArgumentosDeLinea, WordsTooManyAreQuotedOneByOneAndTheMarkIsNone) {
     EXPECT_EQ(con({"serie", "1", "--", "2"}), "no se entiende \"2\"");
     EXPECT_EQ(con({"serie", "1", "--", "--"}), "no se entiende \"--\"");
     EXPECT_EQ(con({"serie", "--"}), "falta CIFRAS");
+    EXPECT_EQ(con({"--", "serie", "1"}), "falta la orden: se escribe delante de --");
     EXPECT_EQ(con({"serie", "--", "--"}), "");
     EXPECT_EQ(cifras, "--");
 }
