@@ -116,6 +116,13 @@ bool ArchivoParcial::cortado() const {
     return static_cast<std::size_t>(datos.st_size) < contenido_.size();
 }
 
+// What another program put there stays, and what came goes on under the next free name.
+void ArchivoParcial::dejarElNombre() {
+    struct stat datos {};
+    for (int vez = 2; ::lstat(ruta_.c_str(), &datos) == 0; ++vez)
+        ruta_ = conSufijo(destino_.ruta, fmt::format(".{}{}", vez, kParcial));
+}
+
 // Without its name it would go with us, whatever was still to come.
 void ArchivoParcial::reponer() {
     const bool suNombre = mismo(descriptor_(), ruta_);
@@ -123,6 +130,7 @@ void ArchivoParcial::reponer() {
     const auto habia = contenido_;
     if (!suNombre) {
         contenido_.clear();
+        dejarElNombre();
         static_cast<void>(revisarDestino(ruta_, {.nuevo = true}));
     }
     const bool propio = propio_;

@@ -43,7 +43,7 @@ class ArchivoParcial {
     void empezar() { propio_ = false; }
     // imagen: what the attempt has by now, one block more than the last time. Gives the name under which
     // earlier blocks were set aside. A file that was taken away or cut short meanwhile is made anew, unless
-    // its folder is gone as well, or another file stands there.
+    // its folder is gone as well; under another name, which ruta() tells, where something else stands there.
     std::optional<std::filesystem::path> recibir(Bytes imagen);
     // The whole image: flushes it and gives it its final name, under which it is read again. Throws
     // ErrorCopia where that file is not the image.
@@ -54,6 +54,7 @@ class ArchivoParcial {
     void abrir();
     void leer();
     bool cortado() const;
+    void dejarElNombre();
     void reponer();
     std::filesystem::path apartar();
     void reemplazar(Bytes imagen);

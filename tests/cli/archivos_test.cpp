@@ -503,15 +503,26 @@ TEST_F(Parcial, WhoseNameIsTakenAwayMeanwhileIsMadeAnew) {
     EXPECT_NEAR(static_cast<double>(fs::file_size(carpeta / "mio") / kBytesBloque), 1500, 1);
 }
 
-TEST_F(Parcial, IsNotPutOverAnotherFileThatTookItsName) {
-    cortarEn(kBloquesMemoria, 700, [this] {
+TEST_F(Parcial, LeavesItsNameToAnotherFileThatTookItAndLosesNothing) {
+    const auto cambiar = [this] {
         fs::remove(carpeta / "a.rgt.parcial");
         poner("a.rgt.parcial", "ajeno");
-    });
+    };
+    poner("a.rgt.2.parcial", "otro");
+    cortarEn(1000, 700, cambiar);
     const auto r = descargar();
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_THAT(r.errores, HasSubstr("a.rgt.parcial: ya existe. Dé otro nombre"));
+    EXPECT_THAT(r.errores, HasSubstr("a.rgt.3.parcial quedan 1000 de 4096 bloques"));
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt.3.parcial") == imagen().substr(0, 1000 * kBytesBloque));
     EXPECT_EQ(parcial(), "ajeno");
+    fs::remove(carpeta / "a.rgt.parcial");
+    cortarEn(kBloquesMemoria, 1500, cambiar);
+    EXPECT_EQ(descargar().codigo, CodigoSalida::hecho);
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
+    EXPECT_EQ(parcial(), "ajeno");
+    EXPECT_EQ(leerTodo(carpeta / "a.rgt.2.parcial"), "otro");
+    EXPECT_THAT(nombresEn(carpeta.ruta()),
+                UnorderedElementsAre("a.rgt", "a.rgt.parcial", "a.rgt.2.parcial", "a.rgt.3.parcial"));
 }
 
 // Its own blocks are put back, and no zeroes stand where they were.
