@@ -206,6 +206,7 @@ class Configurador {
     std::string dondeEstaElRespaldo() const;
     void comprobarEscrito();
     std::vector<std::string> diferencias(const DatosConfig& leido) const;
+    bool sigueComoAntes(const DatosConfig& leido, const std::vector<std::string>& distinto) const;
     FechaHora relojAEnviar() const;
     std::uint8_t codigoAEnviar() const;
     std::string textoAEnviar(std::size_t campo) const {
@@ -471,15 +472,27 @@ void Configurador::comprobarEscrito() {
             return;
         }
     }
-    const bool intacta =
-        leido.Nserie == actual_.Nserie && mismosAjustes(leido, actual_) && distinto.back() == kReloj;
     throw ErrorCli(
         CodigoSalida::fallo,
-        fmt::format("lo leído después no es lo enviado ({}). {}\n{}", fmt::join(distinto, ", "),
-                    intacta ? fmt::format("El registrador no la tomó, y su memoria debe seguir ahí: {}.",
-                                          comoRepetir())
-                            : "Dé la memoria por borrada, y vuelva a configurar con --sin-respaldo.",
-                    dondeEstaElRespaldo()));
+        fmt::format(
+            "lo leído después no es lo enviado ({}). {}\n{}", fmt::join(distinto, ", "),
+            sigueComoAntes(leido, distinto)
+                ? fmt::format("El registrador no la tomó, y su memoria debe seguir ahí: {}.", comoRepetir())
+                : "Dé la memoria por borrada, y vuelva a configurar con --sin-respaldo.",
+            dondeEstaElRespaldo()));
+}
+
+// Whether something speaks for it that the logger took nothing: a setting that was to change is the old one,
+// or the old clock goes on. A clock alone that is neither tells nothing.
+bool Configurador::sigueComoAntes(const DatosConfig& leido, const std::vector<std::string>& distinto) const {
+    if (leido.Nserie != actual_.Nserie || !mismosAjustes(leido, actual_) || distinto.back() != kReloj)
+        return false;
+    const auto antes = relojDe(actual_);
+    const auto ahora = relojDe(leido);
+    const auto pasado = contexto_.entorno.reloj.monotono() - leidoEn_;
+    const bool sigueElReloj =
+        antes && ahora && distancia(*ahora, masTarde(*antes, pasado)) <= kToleranciaReloj;
+    return distinto.size() > 1 || sigueElReloj;
 }
 
 // What reads back otherwise than it was sent, the clock last.

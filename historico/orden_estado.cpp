@@ -119,8 +119,14 @@ void declararEstado(Argumentos& argumentos, ContextoHistorico& contexto) {
     orden.opcion(opciones->prometheus, {.nombre = "--prometheus",
                                         .valor = "ARCHIVO",
                                         .ayuda = "Lo escribe para la carpeta de un node exporter"});
-    orden.alElegir(
-        [&contexto, opciones] { contexto.orden = [&contexto, opciones] { estado(contexto, *opciones); }; });
+    orden.alElegir([&contexto, opciones] {
+        if (opciones->json && opciones->prometheus && esSalidaEstandar(*opciones->prometheus)) {
+            throw ErrorCli(
+                CodigoSalida::malUso,
+                "solo uno de --json y --prometheus puede ir a la salida: dé un archivo a --prometheus");
+        }
+        contexto.orden = [&contexto, opciones] { estado(contexto, *opciones); };
+    });
 }
 
 }  // namespace telvane

@@ -91,12 +91,20 @@ void exportar(ContextoHistorico& contexto, const OpcionesExportar& opciones) {
 LimitesPorEstacion leerLimites(const ContextoHistorico& contexto, const std::optional<std::string>& pedidos,
                                const std::filesystem::path& alLado) {
     constexpr std::size_t kMaximo = 1U << 20;
+    // One that is there and cannot be read, a link to nowhere also, is not left out in silence.
     std::error_code ninguno;
-    if (!pedidos && (alLado.empty() || !std::filesystem::exists(alLado, ninguno))) return {};
+    const bool falta = alLado.empty() || std::filesystem::symlink_status(alLado, ninguno).type() ==
+                                             std::filesystem::file_type::not_found;
+    if (!pedidos && falta) return {};
     const auto archivo = pedidos ? *pedidos : alLado.string();
-    const auto bytes = contexto.leer(archivo, kMaximo);
-    return LimitesPorEstacion::leer({reinterpret_cast<const char*>(bytes.data()), bytes.size()},
-                                    esEntradaEstandar(archivo) ? "la entrada" : archivo);
+    const auto nombre = esEntradaEstandar(archivo) ? std::string("la entrada") : archivo;
+    const auto bytes = contexto.leer(archivo, kMaximo + 1);
+    // What would stand behind would count for nothing.
+    if (bytes.size() > kMaximo) {
+        throw ErrorLimites(fmt::format("{}: los límites tienen más de {} bytes, quite lo que sobra",
+                                       nombreVisible(nombre), kMaximo));
+    }
+    return LimitesPorEstacion::leer({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, nombre);
 }
 
 void declararExportar(Argumentos& argumentos, ContextoHistorico& contexto) {

@@ -87,7 +87,14 @@ Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) 
                 Clase::pasajera};
     }
     if (estado == "55P03") return {"otro programa escribe en él: repita cuando termine", Clase::agotada};
-    if (estado == "42501" || estado == "25006") {
+    if (estado == "25006") {
+        return {
+            fmt::format("el servidor o su usuario solo dejan leer: nombre el servidor que acepta escrituras, "
+                        "o pida a quien "
+                        "lo administra que las permita ({})",
+                        dicho)};
+    }
+    if (estado == "42501") {
         return {fmt::format(
             "el servidor no da permiso: pídalo para el esquema telvane a quien lo administra ({})", dicho)};
     }

@@ -20,6 +20,8 @@ namespace {
 
 constexpr int kSoloCodigo = 0xFF;
 
+constexpr const char* kSinEspacio =
+    "no queda espacio en el disco: libere espacio y repita; lo que ya estaba sigue entero";
 constexpr std::string_view kSinLosSuyos =
     "le faltan sus archivos -wal y -shm y aquí no hay permiso para hacerlos: los repone el próximo "
     "incorporar";
@@ -99,7 +101,7 @@ std::string BaseSqlite::motivo(int codigo) const {
         case SQLITE_CONSTRAINT:
             return "lo que hay en él se contradice: vea telvane-historico comprobar";
         case SQLITE_FULL:
-            return "no queda espacio en el disco: libere espacio y repita; lo que ya estaba sigue entero";
+            return kSinEspacio;
         case SQLITE_READONLY:
         case SQLITE_PERM:
             if (acceso_ == Acceso::lectura) return std::string(kSinLosSuyos);
@@ -111,6 +113,7 @@ std::string BaseSqlite::motivo(int codigo) const {
                 return std::string(kSinLosSuyos);
             return fmt::format("no se puede abrir: {}", porQueNoSeAbre(sistema));
         case SQLITE_IOERR:
+            if (sistema == ENOSPC) return kSinEspacio;
             return fmt::format(
                 "el disco falla: {}; lo que ya estaba sigue entero, repita cuando esté resuelto",
                 sistema != 0 ? motivoSinConsejo(sistema) : sqlite3_errstr(codigo));
@@ -120,7 +123,10 @@ std::string BaseSqlite::motivo(int codigo) const {
             // Our own statements are right where all of it is there.
             return "le falta una parte: vea telvane-historico comprobar";
         case SQLITE_CORRUPT:
-            return "está dañado: recupere su copia, o haga otro archivo con los .rgt guardados";
+            // A read that the disk fails at is told as the same.
+            return "está dañado, o el disco falla al leerlo: repita y, si sigue, recupere su copia, o haga "
+                   "otro "
+                   "archivo con los .rgt guardados";
         default:
             return base_ != nullptr ? sqlite3_errmsg(base_) : sqlite3_errstr(codigo);
     }

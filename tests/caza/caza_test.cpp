@@ -229,6 +229,10 @@ class Leyes {
         }
     }
     void guardaAntes(const std::string& memoria) {
+        for (const auto* queSigue : {"su memoria debe seguir ahí", "la memoria siguen como estaban"}) {
+            if (corrida_.errores.find(queSigue) != std::string::npos)
+                rota("says that the memory is there, and it was erased");
+        }
         if (corrida_.orden() != "configurar") rota("erased the memory without being asked");
         if (!corrida_.lleva("--borrar-memoria")) rota("erased the memory without --borrar-memoria");
         if (corrida_.lleva("--sin-respaldo")) return;

@@ -475,6 +475,20 @@ TEST_F(Dudas, AnotherNumberAfterTheWriteIsReadAgain) {
     EXPECT_THAT(r.salida, HasSubstr("Nro  : 02080050"));
 }
 
+// Nothing but the clock was to change, and what it is read as is neither the one sent nor the old one going
+// on.
+TEST_F(Dudas, AClockThatReadsBackAsNeitherDoesNotSayThatTheMemoryIsThere) {
+    puertos.manipular(kPuerto, [lecturas = 0](const ByteSaliente& saliente) mutable {
+        const bool delAnio = saliente.intercambio == Intercambio::lectura &&
+                             saliente.indice == kAcuses + registro_config::kReloj + 5;
+        return Efecto::pasar(delAnio && ++lecturas > 2 ? 0x09 : saliente.byte);
+    });
+    const auto r = correr({"configurar", "--fecha", "05/06/2030", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 1U);
+    EXPECT_THAT(r.errores, HasSubstr("lo leído después no es lo enviado (reloj). Dé la memoria por borrada"));
+}
+
 TEST_F(Dudas, ALoggerOfAnotherNumberConfirmsNoConfiguration) {
     puertos.manipular(kPuerto, [lecturas = 0](const ByteSaliente& saliente) mutable {
         const bool deSerie = saliente.intercambio == Intercambio::lectura &&

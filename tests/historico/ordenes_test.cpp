@@ -244,6 +244,109 @@ TEST_F(Ordenes, TheMarksAreTheLastColumnAndTheLimitsAreThoseThatAreNamed) {
     EXPECT_EQ(marcas({"--calidad", "--limites", carpeta / "l.ini"}), usuales);
 }
 
+// Of limits that somebody wrote none counts for nothing without a word.
+TEST_F(Ordenes, LimitsThatCannotBeReadWholeAreNotLeftOut) {
+    correr({"incorporar", imagen()});
+    const std::vector<std::string> orden = {"exportar", "-", "--estacion", "02080050", "--calidad"};
+    const auto alLado = carpeta / "calidad.ini";
+    constexpr std::size_t kMaximo = 1U << 20;
+    const std::string limite = "[02080050]\n";
+    const auto conResto = [&](std::size_t cuanto) {
+        std::ofstream(alLado) << limite << std::string(cuanto - limite.size() - 1, ';') << '\n';
+        return correr(orden);
+    };
+    EXPECT_EQ(conResto(kMaximo).codigo, 0);
+    const auto r = conResto(kMaximo + 1);
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_EQ(r.salida, "");
+    EXPECT_THAT(r.errores,
+                HasSubstr("calidad.ini: los límites tienen más de 1048576 bytes, quite lo que sobra"));
+    std::filesystem::remove(alLado);
+    std::filesystem::create_symlink("nada", alLado);
+    EXPECT_EQ(correr(orden).codigo, 1);
+    EXPECT_THAT(correr(orden).errores, HasSubstr("calidad.ini"));
+    std::filesystem::remove(alLado);
+    EXPECT_EQ(correr(orden).codigo, 0);
+}
+
+// What other programs read: the members, in their order, and what stands where nothing is known.
+TEST_F(Ordenes, TheMembersOfEveryObjectAreTheOnesThatOthersRead) {
+    const auto miembros = [](const std::string& linea) {
+        std::vector<std::string> nombres;
+        const auto objeto = nlohmann::ordered_json::parse(linea);
+        for (const auto& uno : objeto.items()) nombres.push_back(uno.key());
+        return nombres;
+    };
+    const auto base = guardar("a.rgt", ImagenPrueba().serie(0, 0, 50).bytes());
+    const auto hecha = correr({"incorporar", base, "--json"}).salida;
+    EXPECT_THAT(miembros(hecha),
+                testing::ElementsAre("archivo", "estacion", "imagen", "repetida", "parcial", "muestras",
+                                     "nuevas", "conflictos", "vacios", "descartados"));
+    EXPECT_THAT(hecha, HasSubstr(R"(","repetida":false,"parcial":false,"muestras":50,)"));
+    EXPECT_THAT(correr({"incorporar", base, "--json"}).salida,
+                HasSubstr(R"("repetida":true,"parcial":false)"));
+
+    const auto lista = correr({"imagenes", "--json"}).salida;
+    EXPECT_THAT(miembros(lista), testing::ElementsAre("imagen", "estacion", "bytes", "reloj", "incorporada",
+                                                      "origen", "muestras", "retrocesos"));
+    EXPECT_THAT(lista, HasSubstr(R"("estacion":"02080050","bytes":262144,"reloj":"2025-03-01T00:00:00",)"));
+    EXPECT_THAT(lista, HasSubstr(R"("origen":")" + base + R"(","muestras":50,"retrocesos":0})"));
+
+    const auto estacion = [&](std::size_t cual) {
+        const auto estado = nlohmann::ordered_json::parse(correr({"estado", "--json"}).salida);
+        return estado.at("estaciones").at(cual).dump();
+    };
+    const auto suya = estacion(0);
+    EXPECT_THAT(miembros(suya),
+                testing::ElementsAre("serie", "ubicacion", "usuario", "intervalo", "muestras", "desde",
+                                     "hasta", "imagenes", "huecos", "conflictos", "incorporada", "avisos"));
+    EXPECT_THAT(suya, HasSubstr(R"("intervalo":10,"muestras":50,"desde":"2025-03-01T00:00:00",)"
+                                R"("hasta":"2025-03-01T08:10:00","imagenes":1,"huecos":0,"conflictos":0,)"));
+
+    // Nothing but a header, of a clock and an interval that are none.
+    const auto vacia = guardar(
+        "v.rgt", ImagenPrueba("02080051").texto(registro_config::kIntervalo, std::string(7, '\xFF')).bytes());
+    ASSERT_EQ(correr({"incorporar", vacia}).codigo, 0);
+    EXPECT_THAT(correr({"imagenes", "--estacion", "02080051", "--json"}).salida,
+                HasSubstr(R"("reloj":null)"));
+    EXPECT_THAT(estacion(1),
+                HasSubstr(R"("intervalo":null,"muestras":0,"desde":null,"hasta":null,"imagenes":1)"));
+}
+
+TEST_F(Ordenes, TwoResultsDoNotGoToOneOutput) {
+    correr({"incorporar", imagen()});
+    const auto r = correr({"estado", "--json", "--prometheus", "-"});
+    EXPECT_EQ(r.codigo, 2);
+    EXPECT_EQ(r.salida, "");
+    EXPECT_THAT(r.errores, HasSubstr("solo uno de --json y --prometheus puede ir a la salida"));
+    EXPECT_EQ(correr({"estado", "--json", "--prometheus", carpeta / "m.prom"}).codigo, 0);
+}
+
+TEST_F(Ordenes, AFingerprintMayBeWrittenInCapitals) {
+    const auto bytes = ImagenPrueba().serie(0, 0, 50).bytes();
+    ASSERT_EQ(correr({"incorporar", guardar("a.rgt", bytes)}).codigo, 0);
+    auto huella = textoDe(huellaDe(bytes));
+    std::ranges::transform(huella, huella.begin(), [](char c) {
+        return c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c;
+    });
+    const auto r = correr({"imagen", huella, "-"});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_EQ(r.salida.size(), bytes.size());
+}
+
+// A period's end is a moment, and a stamp has seconds.
+TEST_F(Ordenes, ASampleOfTheLastSecondBeforeTheEndIsWithin) {
+    BytesMuestra ultima{};
+    escribirSello(ultima, momento(2025, 3, 1, 9, 59, 59));
+    correr({"incorporar",
+            guardar("a.rgt", ImagenPrueba().poner(0, registroDeMinuto(0)).poner(1, ultima).bytes())});
+    const auto tabla =
+        correr({"exportar", "-", "--estacion", "02080050", "--hasta", "2025-03-01T10:00"}).salida;
+    EXPECT_THAT(tabla, HasSubstr("09:59:59"));
+    EXPECT_THAT(correr({"exportar", "-", "--estacion", "02080050", "--desde", "2025-03-01T10:00"}).salida,
+                testing::Not(HasSubstr("09:59:59")));
+}
+
 TEST_F(Ordenes, EveryDistinctRecordIsWrittenWhereItIsAskedFor) {
     const auto serie = ImagenPrueba().serie(0, 0, 5);
     correr({"incorporar", guardar("a.rgt", serie.bytes()),
@@ -1269,8 +1372,9 @@ TEST_F(Ordenes, ATruncatedArchiveIsToldAndLeftAsItIs) {
             toda.insert(toda.begin(), {"--en", corto});
             const auto r = correr(toda);
             EXPECT_EQ(r.codigo, 1) << bytes << orden[0];
-            EXPECT_THAT(r.errores, testing::AnyOf(HasSubstr("está dañado: recupere su copia"),
-                                                  HasSubstr("no es un archivo histórico de Telvane")))
+            EXPECT_THAT(r.errores,
+                        testing::AnyOf(HasSubstr("está dañado, o el disco falla al leerlo: repita"),
+                                       HasSubstr("no es un archivo histórico de Telvane")))
                 << bytes << orden[0];
         }
         EXPECT_EQ(leerArchivo(corto, entero), antes) << bytes;

@@ -80,6 +80,18 @@ TEST(Servidor, PostgresqlTellsWhoHasNoRight) {
                 HasSubstr("el servidor no da permiso"));
 }
 
+TEST(Servidor, PostgresqlThatOnlyLetsReadSaysSo) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("lectura");
+    AlmacenPostgres(url, true, std::chrono::seconds(1));
+    servidor.ejecutar("lectura", "ALTER DATABASE lectura SET default_transaction_read_only=on");
+    EXPECT_THAT(motivoDe([&] {
+                    AlmacenPostgres suyo(url, false, std::chrono::seconds(1));
+                    incorporar(suyo, 10);
+                }),
+                HasSubstr("solo dejan leer: nombre el servidor que acepta escrituras"));
+}
+
 // What a policy hides from a role is not lost, and is not told as that.
 TEST(Servidor, PostgresqlThatHidesRowsIsToldAsARightThatIsMissing) {
     auto& servidor = ServidorPostgres::unico();

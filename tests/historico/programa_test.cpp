@@ -340,8 +340,10 @@ TEST_F(Salvamento, WhatTheManualTellsSavesWhatIsLeftOfADamagedFile) {
     borrarBytes(std::stoi(pagina) * std::streamoff{kPagina}, kPagina);
     EXPECT_EQ(
         correr(kEnEl + "comprobar"),
-        std::pair(1, std::string("telvane-historico: historico.sqlite: está dañado: recupere su copia, o "
-                                 "haga otro archivo con los .rgt guardados\n")));
+        std::pair(1,
+                  std::string(
+                      "telvane-historico: historico.sqlite: está dañado, o el disco falla al leerlo: repita "
+                      "y, si sigue, recupere su copia, o haga otro archivo con los .rgt guardados\n")));
     EXPECT_EQ(seguirElManual("Si algo se dañó"), std::pair(0, std::string("El archivo está entero.\n")));
     EXPECT_EQ(correr("telvane-historico --en salvado.sqlite estado --json"), antes);
 }
