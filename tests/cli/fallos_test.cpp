@@ -38,7 +38,8 @@ constexpr Fin kOtroMarco{CodigoSalida::hecho, "lectura repetida (1 desde el comi
 constexpr Fin kSeRepite{CodigoSalida::hecho, "reintentos que quedan: 1"};
 constexpr Fin kNadaYNoResponde{CodigoSalida::sinRegistrador, "No se envió nada"};
 constexpr Fin kNada{CodigoSalida::fallo, "No se envió nada"};
-constexpr Fin kNoLaTomo{CodigoSalida::fallo, "no la tomó, y su memoria debe seguir ahí"};
+// Where the last byte did not leave, the one that wakes the logger for the next exchange is taken for it.
+constexpr Fin kConOtroFinal{CodigoSalida::fallo, "Dé la memoria por borrada"};
 constexpr Fin kParte{CodigoSalida::fallo, "el registrador no cambia nada hasta el último"};
 
 // A part of a command's conversation; places count from its first byte.
@@ -376,7 +377,7 @@ INSTANTIATE_TEST_SUITE_P(
               {sonda(Sigue::lectura), despertarParaLeer(),
                lectura({{0, kFinIntervalo, kCambia, kOtraLectura}}), despertarParaLeer(),
                lectura({{0, kFinIntervalo, kCambia, kOtraLectura}}), despertarParaEscribir(),
-               escritura(kRespuestasEscritura, kNoLaTomo), despertarParaLeer(), lectura()}}),
+               escritura(kRespuestasEscritura, kConOtroFinal), despertarParaLeer(), lectura()}}),
     [](const auto& caso) { return std::string(caso.param.nombre); });
 
 // ---- The download: what came is on the disk, whatever the fault.
