@@ -22,20 +22,29 @@ fs::path otroNombre(const fs::path& ruta) {
     return rutaLibre(otro);
 }
 
+// Why the file of this name does not count for these bytes; empty: it holds them and no others.
+std::string queLeFalta(const fs::path& ruta, std::span<const std::uint8_t> bytes) {
+    try {
+        if (std::ranges::equal(leerArchivo(ruta, bytes.size() + 1), bytes)) return "";
+    } catch (const ErrorLectura& error) {
+        // Of one that is there nobody has done anything to it that is known.
+        std::error_code sinMotivo;
+        if (fs::exists(fs::symlink_status(ruta, sinMotivo)))
+            return fmt::format("no se pudo volver a leer {}: {}", nombreVisible(ruta), error.motivo());
+    }
+    return fmt::format("{} no tiene lo que se descargó: otro programa lo quitó o lo cambió",
+                       nombreVisible(ruta));
+}
+
 }  // namespace
 
 bool contiene(const fs::path& ruta, std::span<const std::uint8_t> bytes) {
-    try {
-        return std::ranges::equal(leerArchivo(ruta, bytes.size() + 1), bytes);
-    } catch (const ErrorLectura&) {
-        return false;
-    }
+    return queLeFalta(ruta, bytes).empty();
 }
 
 void exigirEnDisco(const fs::path& ruta, std::span<const std::uint8_t> imagen) {
-    if (contiene(ruta, imagen)) return;
-    auto que = fmt::format("{} no tiene lo que se descargó: otro programa lo quitó o lo cambió",
-                           nombreVisible(ruta));
+    const auto que = queLeFalta(ruta, imagen);
+    if (que.empty()) return;
     const auto otro = otroNombre(ruta);
     try {
         guardarAtomico(otro, imagen, reglaDeBase());
