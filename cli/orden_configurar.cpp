@@ -482,17 +482,11 @@ void Configurador::comprobarEscrito() {
             dondeEstaElRespaldo()));
 }
 
-// Whether something speaks for it that the logger took nothing: a setting that was to change is the old one,
-// or the old clock goes on. A clock alone that is neither tells nothing.
+// Whether both the clock and a setting that was to change read as before. A clock alone tells nothing: the
+// line may spoil the same byte of it in every reading, before the write as well.
 bool Configurador::sigueComoAntes(const DatosConfig& leido, const std::vector<std::string>& distinto) const {
-    if (leido.Nserie != actual_.Nserie || !mismosAjustes(leido, actual_) || distinto.back() != kReloj)
-        return false;
-    const auto antes = relojDe(actual_);
-    const auto ahora = relojDe(leido);
-    const auto pasado = contexto_.entorno.reloj.monotono() - leidoEn_;
-    const bool sigueElReloj =
-        antes && ahora && distancia(*ahora, masTarde(*antes, pasado)) <= kToleranciaReloj;
-    return distinto.size() > 1 || sigueElReloj;
+    return leido.Nserie == actual_.Nserie && mismosAjustes(leido, actual_) && distinto.size() > 1 &&
+           distinto.back() == kReloj;
 }
 
 // What reads back otherwise than it was sent, the clock last.

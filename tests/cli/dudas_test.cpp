@@ -475,18 +475,27 @@ TEST_F(Dudas, AnotherNumberAfterTheWriteIsReadAgain) {
     EXPECT_THAT(r.salida, HasSubstr("Nro  : 02080050"));
 }
 
-// Nothing but the clock was to change, and what it is read as is neither the one sent nor the old one going
-// on.
-TEST_F(Dudas, AClockThatReadsBackAsNeitherDoesNotSayThatTheMemoryIsThere) {
-    puertos.manipular(kPuerto, [lecturas = 0](const ByteSaliente& saliente) mutable {
-        const bool delAnio = saliente.intercambio == Intercambio::lectura &&
-                             saliente.indice == kAcuses + registro_config::kReloj + 5;
-        return Efecto::pasar(delAnio && ++lecturas > 2 ? 0x09 : saliente.byte);
-    });
-    const auto r = correr({"configurar", "--fecha", "05/06/2030", "--borrar-memoria", "--sin-respaldo"});
-    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
-    EXPECT_EQ(puertos.maquina(kPuerto).cambios(), 1U);
-    EXPECT_THAT(r.errores, HasSubstr("lo leído después no es lo enviado (reloj). Dé la memoria por borrada"));
+// Nothing but the clock was to change, and the line spoils its year: only in what is read back, or in every
+// reading, so that the old clock seems to go on.
+TEST_F(Dudas, AClockAloneThatReadsBackWrongDoesNotSayThatTheMemoryIsThere) {
+    for (const int desde : {3, 1}) {
+        SCOPED_TRACE(desde);
+        puertos.manipular(kPuerto, [desde, lecturas = 0](const ByteSaliente& saliente) mutable {
+            const bool delAnio = saliente.intercambio == Intercambio::lectura &&
+                                 saliente.indice == kAcuses + registro_config::kReloj + 5;
+            return Efecto::pasar(delAnio && ++lecturas >= desde ? 0x09 : saliente.byte);
+        });
+        const auto antes = puertos.maquina(kPuerto).cambios();
+        // With this machine's clock the one that was sent goes on like the old one but for that year.
+        const auto r =
+            desde == 1
+                ? correr({"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"})
+                : correr({"configurar", "--fecha", "05/06/2030", "--borrar-memoria", "--sin-respaldo"});
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_EQ(puertos.maquina(kPuerto).cambios(), antes + 1);
+        EXPECT_THAT(r.errores,
+                    HasSubstr("lo leído después no es lo enviado (reloj). Dé la memoria por borrada"));
+    }
 }
 
 TEST_F(Dudas, ALoggerOfAnotherNumberConfirmsNoConfiguration) {
