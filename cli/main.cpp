@@ -6,11 +6,14 @@
 #include "cli/aplicacion.h"
 #include "consola/proceso_consola.h"
 #include "link/puerto_termios.h"
+#include "platform/correr_proceso.h"
 #include "sistema/inhibidor_logind.h"
 #include "sistema/systemctl.h"
 
-int main(int argc, char** argv) {
-    using namespace telvane;
+namespace telvane {
+namespace {
+
+int correr(int argc, char** argv) {
     ProcesoConsola proceso;
     InhibidorLogind inhibidor("telvane-cli");
     auto entorno = proceso.entorno<EntornoCli>(EquipoCli{
@@ -20,4 +23,11 @@ int main(int argc, char** argv) {
         .systemctl = [](const auto& argumentos) { return preguntarASystemctl(argumentos); }});
     const SenalesConsola senales(proceso.bucle(), entorno);
     return correrCli(std::vector<std::string>(argv + (argc > 0), argv + argc), entorno);
+}
+
+}  // namespace
+}  // namespace telvane
+
+int main(int argc, char** argv) {
+    return telvane::correrProceso("telvane-cli", [&] { return telvane::correr(argc, argv); });
 }

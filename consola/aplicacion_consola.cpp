@@ -25,11 +25,10 @@ void leerLinea(const ProgramaConsola& programa, Consola& consola, const std::vec
     }
 }
 
-}  // namespace
-
-int correrPrograma(const ProgramaConsola& programa, Consola& consola,
-                   const std::vector<std::string>& argumentos, OrdenElegida& elegida,
-                   const std::function<void(Argumentos&)>& declarar) {
+// Throws what finds no memory to be told.
+int correrYDecir(const ProgramaConsola& programa, Consola& consola,
+                 const std::vector<std::string>& argumentos, OrdenElegida& elegida,
+                 const std::function<void(Argumentos&)>& declarar) {
     const auto fallar = [&](CodigoSalida codigo, const std::string& que) {
         consola.aviso(fmt::format("{}: {}", programa.nombre, que));
         return static_cast<int>(codigo);
@@ -45,6 +44,19 @@ int correrPrograma(const ProgramaConsola& programa, Consola& consola,
         return fallar(CodigoSalida::malUso, error.what());
     } catch (const std::exception& error) {
         return fallar(CodigoSalida::fallo, motivoDe(error));
+    }
+}
+
+}  // namespace
+
+int correrPrograma(const ProgramaConsola& programa, Consola& consola,
+                   const std::vector<std::string>& argumentos, OrdenElegida& elegida,
+                   const std::function<void(Argumentos&)>& declarar) {
+    try {
+        return correrYDecir(programa, consola, argumentos, elegida, declarar);
+    } catch (const std::exception& error) {
+        consola.avisoFinal(programa.nombre, error);
+        return static_cast<int>(CodigoSalida::fallo);
     }
 }
 

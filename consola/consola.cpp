@@ -40,7 +40,11 @@ Consola::~Consola() {
 
 // Worker threads write here as well, so the loop is not run while a reader is slow.
 int Consola::escribir(int descriptor, std::string_view texto) const {
-    return escribirTodo(descriptor, texto, [&] { return entorno_.senal != 0 || entorno_.senalEnEspera(); });
+    return escribirTodo(descriptor, texto, [this] { return haySenal(); });
+}
+
+bool Consola::haySenal() const {
+    return entorno_.senal != 0 || entorno_.senalEnEspera();
 }
 
 int Consola::escribirEn(int descriptor, std::string_view texto) {
@@ -79,6 +83,10 @@ void Consola::resultadoDe(std::string_view hecho, std::string_view texto) {
 void Consola::aviso(std::string_view linea) {
     progreso("");
     static_cast<void>(escribir(entorno_.errores, sinContrasenas(lineasSinControles(linea)) + '\n'));
+}
+
+void Consola::avisoFinal(std::string_view programa, const std::exception& error) noexcept {
+    decirFinal(entorno_.errores, programa, error, [this] { return haySenal(); });
 }
 
 std::size_t Consola::ancho() const {

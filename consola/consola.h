@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +38,8 @@ class Consola {
     // Talk on standard error, over the progress line, without control characters: a line, or several with
     // "\n" between them. Failures to write it are nobody's business.
     void aviso(std::string_view linea);
+    // What ends the program, as its last line, also where memory is short. Throws nothing.
+    void avisoFinal(std::string_view programa, const std::exception& error) noexcept;
     // The line that tells how far the work is, drawn over the last one; only on a terminal, and cut to its
     // width. Empty: taken away.
     void progreso(const std::string& linea);
@@ -49,6 +52,7 @@ class Consola {
     std::vector<std::uint8_t> leerEntrada(std::size_t maximo);
 
    private:
+    bool haySenal() const;
     void esperarEntrada();
     int mostrar(std::string_view texto);
     // 0, or the reason why not everything could be written: EINTR after a signal.

@@ -8,9 +8,12 @@
 #include "consola/proceso_consola.h"
 #include "historico/aplicacion.h"
 #include "platform/contrasena.h"
+#include "platform/correr_proceso.h"
 
-int main(int argc, char** argv) {
-    using namespace telvane;
+namespace telvane {
+namespace {
+
+int correr(int argc, char** argv) {
     ProcesoConsola proceso;
     auto entorno = proceso.entorno<EntornoHistorico>(EquipoHistorico{
         .ahora = [] { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }});
@@ -19,4 +22,11 @@ int main(int argc, char** argv) {
     // Everybody can read the line that a process was started with.
     for (int i = 1; i < argc; ++i) ocultarContrasena(std::span(argv[i], std::strlen(argv[i])));
     return correrHistorico(argumentos, entorno);
+}
+
+}  // namespace
+}  // namespace telvane
+
+int main(int argc, char** argv) {
+    return telvane::correrProceso("telvane-historico", [&] { return telvane::correr(argc, argv); });
 }

@@ -84,14 +84,17 @@ BuclePosix::~BuclePosix() = default;
 
 std::unique_ptr<Bucle::Lectura> BuclePosix::fuenteLectura(int descriptor, Accion accion) {
     const auto clave = fuentes_->siguiente++;
+    // First the handle: what is thrown leaves nothing behind.
+    auto asidero = std::make_unique<LecturaPosix>(fuentes_, clave);
     fuentes_->lecturas.emplace(clave, Fuentes::Descriptor{descriptor, true, std::move(accion)});
-    return std::make_unique<LecturaPosix>(fuentes_, clave);
+    return asidero;
 }
 
 Bucle::Asidero BuclePosix::fuenteAlarma(Duracion plazo, Accion accion) {
     const Fuentes::ClaveAlarma clave{dentroDe(plazo), fuentes_->siguiente++};
+    auto asidero = std::make_unique<AlarmaPosix>(fuentes_, clave);
     fuentes_->alarmas.emplace(clave, std::move(accion));
-    return std::make_unique<AlarmaPosix>(fuentes_, clave);
+    return asidero;
 }
 
 void BuclePosix::correr() {

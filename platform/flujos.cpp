@@ -11,10 +11,12 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 #include <fmt/format.h>
 
 #include "platform/motivos.h"
+#include "platform/texto_visible.h"
 
 namespace telvane {
 
@@ -74,6 +76,20 @@ int escribirTodo(int descriptor, std::string_view texto, const std::function<boo
         }
     }
     return 0;
+}
+
+void decirFinal(int descriptor, std::string_view programa, const std::exception& error,
+                const std::function<bool()>& parar) noexcept {
+    std::string motivo;
+    try {
+        motivo = lineasSinControles(motivoDe(error));
+    } catch (const std::bad_alloc&) {
+        motivo.clear();
+    }
+    for (const auto parte :
+         {programa, std::string_view(": "), motivo.empty() ? motivoSinMemoria() : std::string_view(motivo),
+          std::string_view("\n")})
+        static_cast<void>(escribirTodo(descriptor, parte, parar));
 }
 
 std::string quejaDeEntrada(int motivo) {

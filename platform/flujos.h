@@ -1,6 +1,7 @@
 // The standard streams as the process was given them.
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -23,6 +24,10 @@ FlujosHeredados flujosHeredados();
 // reads may be slow: meanwhile parar is asked, and its true ends the wait. 0, or an errno value: EINTR where
 // it was ended.
 int escribirTodo(int descriptor, std::string_view texto, const std::function<bool()>& parar = {});
+
+// What ends a program, as its last line; where memory is short, without any. parar: as above.
+void decirFinal(int descriptor, std::string_view programa, const std::exception& error,
+                const std::function<bool()>& parar = {}) noexcept;
 
 // What is told when the standard input could not be read, and what to do.
 std::string quejaDeEntrada(int motivo);

@@ -11,7 +11,6 @@
 #include <array>
 #include <charconv>
 #include <map>
-#include <set>
 #include <utility>
 
 namespace telvane {
@@ -45,27 +44,27 @@ bool seSincronizaEntero(int descriptor) {
            std::ranges::find(kConocidos, static_cast<std::int64_t>(disco.f_type)) != kConocidos.end();
 }
 
-// Runs a step of a save; the reason why it failed, or nothing.
+// Runs a step of a save: why it failed, or null.
 template <class Paso>
-std::string motivoDe(Paso&& paso) {
+std::exception_ptr falloDe(Paso&& paso) noexcept {
     try {
         std::forward<Paso>(paso)();
-        return {};
-    } catch (const std::exception& error) {
-        return error.what();
+        return nullptr;
+    } catch (...) {
+        return std::current_exception();
     }
 }
 
 }  // namespace
 
 void GuardadoEnTanda::agregar(const std::filesystem::path& ruta, std::string_view bytes,
-                              const ReglaDestino& regla, AlTerminar alTerminar) {
+                              const ReglaDestino& regla, const AlTerminar& alTerminar) noexcept {
     Tanda llena;
     std::shared_lock enCurso(colocando_, std::defer_lock);
     const auto escribirlo = [&] {
         escribir(ArchivoPendiente(revisarDestino(ruta, regla)), bytes, alTerminar);
     };
-    const auto motivo = motivoDe([&] {
+    const auto fallo = falloDe([&] {
         const std::scoped_lock turno(cerrojo_);
         try {
             escribirlo();
@@ -77,33 +76,41 @@ void GuardadoEnTanda::agregar(const std::filesystem::path& ruta, std::string_vie
         llena = std::exchange(tanda_, {});
         enCurso.lock();
     });
-    if (!motivo.empty()) alTerminar(motivo);
+    if (fallo) alTerminar(fallo);
     colocar(std::move(llena));
 }
 
 // Until each has taken the old one's place, a file and the one that it replaces both fill the disk.
-void GuardadoEnTanda::quedarSolo() {
+void GuardadoEnTanda::quedarSolo() noexcept {
     colocar(std::exchange(tanda_, {}));
     const std::unique_lock hastaQueAcaben(colocando_);
 }
 
-// The disk's witness stands open before the first byte of any file that relies on it is written. That of a
-// file that fails goes with it: it would keep what was written of it on the disk.
+// The disk's witness stands open before the first byte of any file that relies on it is written; where none
+// is to be had, the file is synced by itself. That of a file that fails goes with it: it would keep what was
+// written of it on the disk. Nothing that needs memory comes behind the bytes.
 void GuardadoEnTanda::escribir(ArchivoPendiente archivo, std::string_view bytes,
                                const AlTerminar& alTerminar) {
+    tanda_.archivos.reserve(kTanda);
     struct stat datos {};
-    const bool juntos =
+    const bool entero =
         ::fstat(archivo.descriptor(), &datos) == 0 && seSincronizaEntero(archivo.descriptor());
-    const bool primero = juntos && !tanda_.discos.contains(datos.st_dev);
-    Descriptor testigo(primero ? ::fcntl(archivo.descriptor(), F_DUPFD_CLOEXEC, 0) : -1);
-    archivo.escribir(comoBytes(bytes));
-    if (!juntos) archivo.sincronizar();
-    archivo.cerrar();
-    if (primero) tanda_.discos.emplace(datos.st_dev, std::move(testigo));
-    tanda_.archivos.push_back({std::move(archivo), juntos ? datos.st_dev : dev_t{0}, alTerminar});
+    std::map<dev_t, Disco> suyo;
+    if (entero && !tanda_.discos.contains(datos.st_dev)) {
+        Descriptor testigo(::fcntl(archivo.descriptor(), F_DUPFD_CLOEXEC, 0));
+        if (testigo() >= 0) suyo.emplace(datos.st_dev, Disco{std::move(testigo)});
+    }
+    const bool juntos = !suyo.empty() || (entero && tanda_.discos.contains(datos.st_dev));
+    Pendiente nuevo{.archivo = std::move(archivo), .disco = nullptr, .alTerminar = alTerminar};
+    nuevo.archivo.escribir(comoBytes(bytes));
+    if (!juntos) nuevo.archivo.sincronizar();
+    nuevo.archivo.cerrar();
+    tanda_.discos.merge(suyo);
+    if (juntos) nuevo.disco = &tanda_.discos.at(datos.st_dev);
+    tanda_.archivos.push_back(std::move(nuevo));
 }
 
-void GuardadoEnTanda::terminar() {
+void GuardadoEnTanda::terminar() noexcept {
     const auto resto = [&] {
         const std::scoped_lock turno(cerrojo_);
         return std::exchange(tanda_, {});
@@ -111,28 +118,21 @@ void GuardadoEnTanda::terminar() {
     colocar(resto());
 }
 
-void GuardadoEnTanda::colocar(Tanda tanda) {
-    std::set<dev_t> conFallo;
-    for (const auto& [disco, testigo] : tanda.discos) {
-        if (testigo() < 0 || ::syncfs(testigo()) != 0) conFallo.insert(disco);
-    }
-    std::vector<std::string> motivos;
+void GuardadoEnTanda::colocar(Tanda tanda) noexcept {
+    for (auto& [numero, disco] : tanda.discos) disco.fallo = ::syncfs(disco.testigo()) != 0;
     std::map<std::filesystem::path, int> carpetas;
     for (auto& uno : tanda.archivos) {
-        motivos.push_back(motivoDe([&] {
+        uno.fallo = falloDe([&] {
+            uno.carpeta = &carpetas.try_emplace(uno.archivo.destino().carpeta(), 0).first->second;
             // Which of its files a disk could not write, each of them tells.
-            if (conFallo.contains(uno.disco)) uno.archivo.sincronizar();
+            if (uno.disco && uno.disco->fallo) uno.archivo.sincronizar();
             uno.archivo.colocar();
-            carpetas.try_emplace(uno.archivo.destino().carpeta(), 0);
-        }));
+        });
     }
     for (auto& [carpeta, motivo] : carpetas) motivo = sincronizarCarpeta(carpeta);
-    for (std::size_t i = 0; i < motivos.size(); ++i) {
-        const auto& uno = tanda.archivos[i];
-        if (motivos[i].empty())
-            motivos[i] = motivoDe(
-                [&] { exigirNombre(uno.archivo.destino(), carpetas.at(uno.archivo.destino().carpeta())); });
-        uno.alTerminar(motivos[i]);
+    for (auto& uno : tanda.archivos) {
+        if (!uno.fallo) uno.fallo = falloDe([&] { exigirNombre(uno.archivo.destino(), *uno.carpeta); });
+        uno.alTerminar(uno.fallo);
     }
 }
 

@@ -1,6 +1,7 @@
 // Saving many files with one wait for the disk.
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -19,8 +20,9 @@ namespace telvane {
 // again once all the others have their names, as it would be alone.
 class GuardadoEnTanda {
    public:
-    // The reason in Spanish, with the file's name, why it is not saved; empty: it is.
-    using AlTerminar = std::function<void(const std::string& motivo)>;
+    // Why it is not saved; null: it is. ErrorGuardado speaks Spanish and names the file; std::bad_alloc may
+    // have been thrown anywhere. Throws nothing.
+    using AlTerminar = std::function<void(const std::exception_ptr& fallo)>;
 
     GuardadoEnTanda() = default;
     GuardadoEnTanda(const GuardadoEnTanda&) = delete;
@@ -29,27 +31,31 @@ class GuardadoEnTanda {
     ~GuardadoEnTanda() = default;
 
     // Writes the file. alTerminar is told once, on any of the threads, now or later, and adds no file itself.
-    // Throws nothing of its own.
     void agregar(const std::filesystem::path& ruta, std::string_view bytes, const ReglaDestino& regla,
-                 AlTerminar alTerminar);
+                 const AlTerminar& alTerminar) noexcept;
     // Saves those that wait; afterwards every file that was added has been told.
-    void terminar();
+    void terminar() noexcept;
 
    private:
+    // The first file of a disk stays open: its descriptor learns of every failed write since it was opened.
+    struct Disco {
+        Descriptor testigo;
+        bool fallo = false;
+    };
     struct Pendiente {
         ArchivoPendiente archivo;
-        dev_t disco;  // 0: synced already
+        Disco* disco;  // nullptr: synced already
         AlTerminar alTerminar;
+        std::exception_ptr fallo = nullptr;
+        const int* carpeta = nullptr;  // what its sync gave
     };
-    // The first file of each disk stays open: its descriptor learns of every failed write since it was
-    // opened.
     struct Tanda {
         std::vector<Pendiente> archivos;
-        std::map<dev_t, Descriptor> discos;
+        std::map<dev_t, Disco> discos;
     };
     void escribir(ArchivoPendiente archivo, std::string_view bytes, const AlTerminar& alTerminar);
-    void quedarSolo();
-    static void colocar(Tanda tanda);
+    void quedarSolo() noexcept;
+    static void colocar(Tanda tanda) noexcept;
 
     std::mutex cerrojo_;
     // Held in common by those who place a full batch; taken while cerrojo_ is held.

@@ -30,6 +30,7 @@ constexpr std::string_view kOtroNombre = "Dé otro nombre";
 constexpr std::string_view kPedirAcceso = "Pida acceso al administrador, o dé otro nombre";
 constexpr std::string_view kCerrarlo = "Ciérrelo y repita";
 constexpr std::string_view kCerrarProgramas = "Cierre programas y repita";
+constexpr std::string_view kSubirLimite = "Suba ese límite y repita";
 constexpr std::string_view kHacerSitio = "Haga sitio y repita";
 constexpr std::string_view kMirarDispositivo = "Revise que esté enchufado, y su nombre";
 constexpr std::string_view kMirarConexion = "Revise que esté conectado, y repita";
@@ -53,7 +54,7 @@ constexpr Motivo kMotivos[] = {
     {EIO, "fallo de entrada o salida", "Revise el disco o el adaptador, y repita"},
     {EISDIR, "es una carpeta", "Dé el nombre de un archivo"},
     {ELOOP, "demasiados enlaces seguidos", kOtroNombre},
-    {EMFILE, "demasiados archivos abiertos", kCerrarProgramas},
+    {EMFILE, "la sesión no permite tantos archivos abiertos a la vez (ulimit -n)", kSubirLimite},
     {ENAMETOOLONG, "el nombre es demasiado largo", "Dé uno más corto"},
     {ENFILE, "demasiados archivos abiertos en el sistema", kCerrarProgramas},
     {ENODEV, "el dispositivo no existe", kMirarDispositivo},
@@ -82,6 +83,11 @@ const Motivo* filaDe(int numero) {
     return fila == std::end(kMotivos) ? nullptr : fila;
 }
 
+bool hayLimite(int recurso) {
+    rlimit limite{};
+    return ::getrlimit(recurso, &limite) == 0 && limite.rlim_cur != RLIM_INFINITY;
+}
+
 std::string conConsejo(std::string_view motivo, std::string_view consejo) {
     return fmt::format("{}. {}", motivo, consejo);
 }
@@ -93,15 +99,21 @@ std::string motivoSinConsejo(int numero) {
     return fila ? std::string(fila->texto) : fmt::format("error {} del sistema", numero);
 }
 
+std::string_view motivoSinMemoria() {
+    return hayLimite(RLIMIT_AS)
+               ? "no basta la memoria que permite la sesión (ulimit -v). Suba ese límite y repita"
+               : "no queda memoria. Cierre programas y repita";
+}
+
 std::string motivoSistema(int numero) {
+    if (numero == ENOMEM) return std::string(motivoSinMemoria());
     const auto* fila = filaDe(numero);
     return conConsejo(motivoSinConsejo(numero), fila ? fila->consejo : kRepetir);
 }
 
 std::string motivoEscritura(int numero) {
-    rlimit limite{};
-    if (numero == EFBIG && ::getrlimit(RLIMIT_FSIZE, &limite) == 0 && limite.rlim_cur != RLIM_INFINITY)
-        return conConsejo("pasa del tamaño que permite la sesión (ulimit -f)", "Suba ese límite y repita");
+    if (numero == EFBIG && hayLimite(RLIMIT_FSIZE))
+        return conConsejo("pasa del tamaño que permite la sesión (ulimit -f)", kSubirLimite);
     return motivoSistema(numero);
 }
 

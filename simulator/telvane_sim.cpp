@@ -20,6 +20,7 @@
 #include "link/protocolo.h"
 #include "loggerconfig/pasos_serie.h"
 #include "platform/argumentos.h"
+#include "platform/correr_proceso.h"
 #include "platform/descriptor.h"
 #include "platform/destino.h"
 #include "platform/flujos.h"
@@ -198,16 +199,19 @@ int ejecutar(std::vector<std::string> linea, const FlujosHeredados& flujos) {
     return correr(opciones, flujos);
 }
 
-}  // namespace
-}  // namespace telvane
-
-int main(int argc, char** argv) {
-    using namespace telvane;
+int correrCon(int argc, char** argv) {
     const auto flujos = flujosHeredados();
     try {
         return ejecutar({argv + (argc > 0), argv + argc}, flujos);
     } catch (const std::exception& error) {
-        decir(flujos, sinControles(motivoDe(error)), senalEnEspera);
+        decirFinal(flujos.errores, "telvane-sim", error, senalEnEspera);
         return kFallo;
     }
+}
+
+}  // namespace
+}  // namespace telvane
+
+int main(int argc, char** argv) {
+    return telvane::correrProceso("telvane-sim", [&] { return telvane::correrCon(argc, argv); });
 }

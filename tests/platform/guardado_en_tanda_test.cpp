@@ -1,8 +1,12 @@
 #include "platform/guardado_en_tanda.h"
 
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,8 +16,10 @@
 #include <vector>
 
 #include <fmt/format.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/motivos.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/disco_chico.h"
 #include "tests/apoyo/leer_todo.h"
@@ -31,12 +37,12 @@ class GuardadoJuntos : public ::testing::Test {
             std::distance(fs::directory_iterator(carpeta), fs::directory_iterator()));
     }
     void agregar(const fs::path& archivo, std::string_view bytes, const ReglaDestino& regla = {}) {
-        guardado_.agregar(archivo, bytes, regla, [this, archivo](const std::string& motivo) {
+        guardado_.agregar(archivo, bytes, regla, [this](const std::exception_ptr& fallo) {
             // What is told to be saved stands under its name.
-            motivo.empty() ? ++bien_ : ++mal_;
-            if (motivo.empty()) return;
+            fallo ? ++mal_ : ++bien_;
+            if (!fallo) return;
             const std::scoped_lock turno(cerrojo_);
-            motivos_.push_back(motivo);
+            motivos_.push_back(queDice(fallo));
         });
     }
 
@@ -158,10 +164,28 @@ TEST_F(GuardadoJuntos, FromSeveralThreadsToEverywhere) {
     EXPECT_EQ(entradas(temporal_.ruta()), 201U);
 }
 
+// The one descriptor that there is writes the file: none is left to stand for its disk.
+TEST_F(GuardadoJuntos, WithoutASecondDescriptorEachIsSafeByItself) {
+    const int siguiente = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
+    ASSERT_GE(siguiente, 0);
+    ::close(siguiente);
+    rlimit antes{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &antes), 0);
+    auto justo = antes;
+    justo.rlim_cur = static_cast<rlim_t>(siguiente) + 1;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &justo), 0);
+    for (const auto* nombre : {"a", "b"}) agregar(ruta(nombre), "x");
+    guardado_.terminar();
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &antes), 0);
+    EXPECT_EQ(bien_, 2);
+    EXPECT_THAT(motivos_, testing::IsEmpty());
+    EXPECT_EQ(entradas(temporal_.ruta()), 2U);
+}
+
 TEST_F(GuardadoJuntos, WhatNobodyFinishesLeavesNothing) {
     {
         GuardadoEnTanda otro;
-        otro.agregar(ruta("a"), "nuevo", {}, [](const std::string&) {});
+        otro.agregar(ruta("a"), "nuevo", {}, [](const std::exception_ptr&) {});
     }
     EXPECT_EQ(entradas(temporal_.ruta()), 0U);
 }

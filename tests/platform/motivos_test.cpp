@@ -1,5 +1,7 @@
 #include "platform/motivos.h"
 
+#include <sys/resource.h>
+
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -18,12 +20,28 @@ namespace {
 
 TEST(Motivos, SpeakSpanishWhoeverThrows) {
     EXPECT_EQ(motivoDe(std::runtime_error("revise el cable")), "revise el cable");
-    EXPECT_EQ(motivoDe(std::bad_alloc()), "no queda memoria. Cierre programas y repita");
+    EXPECT_EQ(motivoDe(std::bad_alloc()), motivoSinMemoria());
     EXPECT_EQ(motivoDe(std::system_error(ENOSPC, std::generic_category(), "write")),
               "no queda espacio en el disco. Haga sitio y repita");
     const std::filesystem::filesystem_error error("status", "/a/b",
                                                   std::make_error_code(std::errc::permission_denied));
     EXPECT_EQ(motivoDe(error), "/a/b: no hay permiso. Pida acceso al administrador, o dé otro nombre");
+}
+
+// The session's own limit is what stops it where there is one.
+TEST(MotivoSinMemoria, NamesTheLimitThatThereIs) {
+    rlimit antes{};
+    ASSERT_EQ(::getrlimit(RLIMIT_AS, &antes), 0);
+    auto otro = antes;
+    otro.rlim_cur = RLIM_INFINITY;
+    if (::setrlimit(RLIMIT_AS, &otro) != 0) GTEST_SKIP() << "there is a limit here";
+    EXPECT_EQ(motivoSinMemoria(), "no queda memoria. Cierre programas y repita");
+    otro.rlim_cur = RLIM_INFINITY - 1;
+    ASSERT_EQ(::setrlimit(RLIMIT_AS, &otro), 0);
+    EXPECT_EQ(motivoSinMemoria(),
+              "no basta la memoria que permite la sesión (ulimit -v). Suba ese límite y repita");
+    EXPECT_EQ(motivoSistema(ENOMEM), motivoSinMemoria());
+    ASSERT_EQ(::setrlimit(RLIMIT_AS, &antes), 0);
 }
 
 TEST(MotivoSistema, ErrorsOfFilesAndPortsHaveTheirPhrase) {
