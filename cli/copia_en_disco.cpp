@@ -15,13 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Never the name that did not keep it, whether or not something stands there.
-fs::path otroNombre(const fs::path& ruta) {
-    auto otro = ruta;
-    otro.replace_filename(fmt::format("{}_2{}", ruta.stem().string(), ruta.extension().string()));
-    return rutaLibre(otro);
-}
-
 // Why the file of this name does not count for these bytes; empty: it holds them and no others.
 std::string queLeFalta(const fs::path& ruta, std::span<const std::uint8_t> bytes) {
     try {
@@ -45,7 +38,8 @@ bool contiene(const fs::path& ruta, std::span<const std::uint8_t> bytes) {
 void exigirEnDisco(const fs::path& ruta, std::span<const std::uint8_t> imagen) {
     const auto que = queLeFalta(ruta, imagen);
     if (que.empty()) return;
-    const auto otro = otroNombre(ruta);
+    // Never the name that did not keep it, whether or not something stands there.
+    const auto otro = rutaLibre(rutaDeVez(ruta, 2));
     try {
         guardarAtomico(otro, imagen, reglaDeBase());
     } catch (const ErrorGuardado& error) {

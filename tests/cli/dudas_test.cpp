@@ -49,13 +49,16 @@ class Dudas : public CliPrueba {
         for (auto i = texto.find(que); i != std::string::npos; i = texto.find(que, i + 1)) ++cuantas;
         return cuantas;
     }
-    // Answers of the logger's in this exchange meet this from the given byte on, every time.
-    void callarEn(Intercambio intercambio, std::size_t indice) {
+    // The given byte of the logger's answers in this exchange meets this, every time.
+    void enElByte(Intercambio intercambio, std::size_t indice, const std::function<void(Efecto&)>& que) {
         puertos.manipular(kPuerto, [=](const ByteSaliente& saliente) {
             auto efecto = Efecto::pasar(saliente.byte);
-            efecto.callar = saliente.intercambio == intercambio && saliente.indice == indice;
+            if (saliente.intercambio == intercambio && saliente.indice == indice) que(efecto);
             return efecto;
         });
+    }
+    void callarEn(Intercambio intercambio, std::size_t indice) {
+        enElByte(intercambio, indice, [](Efecto& efecto) { efecto.callar = true; });
     }
 
     std::size_t descargas = 0;  // as danarDescarga counts them
@@ -193,40 +196,24 @@ TEST_F(AntesDeEnviar, ALineThatDiesSaysThatNothingWasSent) {
     esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::sinRegistrador, "el registrador no responde");
     callarEn(Intercambio::descarga, 5000);
     esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::fallo, "dejó de responder a mitad");
-    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
-        auto efecto = Efecto::pasar(saliente.byte);
-        efecto.cortar = saliente.intercambio == Intercambio::descarga && saliente.indice == 5000;
-        return efecto;
-    });
+    enElByte(Intercambio::descarga, 5000, [](Efecto& efecto) { efecto.cortar = true; });
     esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::sinRegistrador, "el registrador no responde");
 }
 
 TEST_F(AntesDeEnviar, ADeviceThatGoesSaysThatNothingWasSent) {
-    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
-        auto efecto = Efecto::pasar(saliente.byte);
-        efecto.colgar = saliente.intercambio == Intercambio::descarga && saliente.indice == 5000;
-        return efecto;
-    });
+    enElByte(Intercambio::descarga, 5000, [](Efecto& efecto) { efecto.colgar = true; });
     esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::fallo, "");
 }
 
 TEST_F(AntesDeEnviar, ASignalSaysThatNothingWasSent) {
-    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
-        auto efecto = Efecto::pasar(saliente.byte);
-        if (saliente.intercambio == Intercambio::descarga && saliente.indice == 5000) efecto.demora = 4s;
-        return efecto;
-    });
+    enElByte(Intercambio::descarga, 5000, [](Efecto& efecto) { efecto.demora = 4s; });
     senalTras = {8s, SIGINT};
     esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::interrumpido, "interrumpido");
     EXPECT_GT(leerTodo(carpeta / "v.rgt.parcial").size(), 0U);
 }
 
 TEST_F(AntesDeEnviar, ANameThatWasTakenMeanwhileSaysSoAndNamesAFreeOne) {
-    puertos.manipular(kPuerto, [this](const ByteSaliente& saliente) {
-        if (saliente.intercambio == Intercambio::descarga && saliente.indice == 5000)
-            std::ofstream(carpeta / "v.rgt") << "ajeno";
-        return Efecto::pasar(saliente.byte);
-    });
+    enElByte(Intercambio::descarga, 5000, [this](Efecto&) { std::ofstream(carpeta / "v.rgt") << "ajeno"; });
     esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::fallo, "v.rgt: ya existe",
                        "repita la orden con --respaldo " + (carpeta / "v_2.rgt").string() + " (un respaldo");
 }
