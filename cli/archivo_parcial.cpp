@@ -65,8 +65,14 @@ void ArchivoParcial::exigirSitio(const Destino& destino) {
     struct stat datos {};
     if (::lstat(ruta.c_str(), &datos) != 0) return;
     exigirArchivo(ruta, datos);
-    if (::faccessat(AT_FDCWD, ruta.c_str(), R_OK | W_OK, AT_EACCESS) != 0)
-        rehusar(ruta, motivoSinConsejo(errno));
+    if (::faccessat(AT_FDCWD, ruta.c_str(), R_OK | W_OK, AT_EACCESS) == 0) return;
+    const int motivo = errno;
+    constexpr mode_t kDeSuDueno = S_IRUSR | S_IWUSR;
+    if (motivo == EACCES && datos.st_uid == ::geteuid() && (datos.st_mode & kDeSuDueno) != kDeSuDueno)
+        throw noGuardado(ruta,
+                         "sus permisos no dejan leerlo y escribirlo ni a su dueño. Déselos con chmod u+rw, o "
+                         "dé otro nombre al archivo base");
+    rehusar(ruta, motivoSinConsejo(motivo));
 }
 
 ArchivoParcial::ArchivoParcial(Destino destino, Coinciden coinciden)
@@ -97,6 +103,7 @@ void ArchivoParcial::abrir() {
         struct stat datos {};
         exigir(::fstat(descriptor_(), &datos) == 0 ? 0 : errno);
         exigirArchivo(ruta_, datos);
+        exigir(conservarModo(descriptor_(), {}));
         exigir(bloquear(descriptor_()));
     } while (!mismo(descriptor_(), ruta_));
 }
@@ -116,11 +123,23 @@ bool ArchivoParcial::cortado() const {
     return static_cast<std::size_t>(datos.st_size) < contenido_.size();
 }
 
+// Of the base file's name with "X.2Y", "X.3Y" and so on behind it, at first without a number. However long
+// that name is, this one tells what it is.
+fs::path ArchivoParcial::primerNombre(std::string_view delante, std::string_view detras,
+                                      const std::function<bool(const fs::path&)>& sirve) const {
+    for (int vez = 1;; ++vez) {
+        const auto cual = vez == 1 ? std::string() : fmt::format(".{}", vez);
+        auto ruta = conSufijo(destino_.ruta, fmt::format("{}{}{}", delante, cual, detras));
+        if (sirve(ruta)) return ruta;
+    }
+}
+
 // What another program put there stays, and what came goes on under the next free name.
 void ArchivoParcial::dejarElNombre() {
-    struct stat datos {};
-    for (int vez = 2; ::lstat(ruta_.c_str(), &datos) == 0; ++vez)
-        ruta_ = conSufijo(destino_.ruta, fmt::format(".{}{}", vez, kParcial));
+    ruta_ = primerNombre("", kParcial, [](const fs::path& ruta) {
+        struct stat datos {};
+        return ::lstat(ruta.c_str(), &datos) != 0;
+    });
 }
 
 // Without its name it would go with us, whatever was still to come.
@@ -177,18 +196,16 @@ void ArchivoParcial::reemplazar(Bytes imagen) {
     propio_ = true;
 }
 
-// Never over an earlier one. However long the base file's name, this one tells that it is a part.
+// Never over an earlier one.
 fs::path ArchivoParcial::apartar() {
-    Destino aparte{.pedido = ruta_, .nuevo = true};
-    int motivo = EEXIST;
-    for (int vez = 1; motivo == EEXIST; ++vez) {
-        const auto cual = vez == 1 ? std::string() : fmt::format(".{}", vez);
-        aparte.ruta = conSufijo(destino_.ruta, fmt::format("{}{}.anterior", kParcial, cual));
-        motivo = colocar(ruta_, aparte);
-    }
+    int motivo = 0;
+    auto aparte = primerNombre(kParcial, ".anterior", [&](const fs::path& ruta) {
+        motivo = colocar(ruta_, {.pedido = ruta_, .ruta = ruta, .nuevo = true});
+        return motivo != EEXIST;
+    });
     exigir(motivo);
     contenido_.clear();
-    return aparte.ruta;
+    return aparte;
 }
 
 void ArchivoParcial::terminar(Bytes imagen) {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "platform/guardado.h"
@@ -54,6 +55,8 @@ class ArchivoParcial {
     void abrir();
     void leer();
     bool cortado() const;
+    std::filesystem::path primerNombre(std::string_view delante, std::string_view detras,
+                                       const std::function<bool(const std::filesystem::path&)>& sirve) const;
     void dejarElNombre();
     void reponer();
     std::filesystem::path apartar();

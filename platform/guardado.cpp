@@ -75,11 +75,16 @@ int sincronizar(int descriptor) {
 }
 
 int conservarModo(int descriptor, const Destino& destino) {
-    if (!destino.previo) return 0;
-    const auto& previo = *destino.previo;
-    mode_t modo = previo.st_mode & kPermisos;
     struct stat propio {};
     if (::fstat(descriptor, &propio) != 0) return errno;
+    if (!destino.previo) {
+        // A copy that nobody can read is none. Where the file system knows no modes, it counts as it is.
+        if ((propio.st_mode & S_IRUSR) == 0)
+            static_cast<void>(::fchmod(descriptor, (propio.st_mode & kPermisos) | S_IRUSR));
+        return 0;
+    }
+    const auto& previo = *destino.previo;
+    mode_t modo = previo.st_mode & kPermisos;
     if (propio.st_uid != previo.st_uid || propio.st_gid != previo.st_gid) {
         // Only root gives a file away; a group of ours we may give.
         if (::fchown(descriptor, previo.st_uid, previo.st_gid) != 0 &&

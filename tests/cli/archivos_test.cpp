@@ -15,6 +15,7 @@
 #include "platform/descriptor.h"
 #include "platform/texto_visible.h"
 #include "tests/apoyo/disco_chico.h"
+#include "tests/apoyo/usuario_corriente.h"
 #include "tests/cli/cli_prueba.h"
 
 namespace telvane {
@@ -563,6 +564,54 @@ TEST_F(Archivos, ADownloadIsReadAgainByItsName) {
 }
 
 // Two minutes more would be for nothing.
+// A copy that its owner cannot read is none, and the next run would not know what it is.
+TEST_F(Archivos, WhateverTheUmaskADownloadIsItsOwnersToRead) {
+    const UsuarioCorriente corriente(carpeta.ruta());
+    ASSERT_TRUE(corriente.hecho());
+    for (const mode_t mascara : {0477U, 0777U, 0277U, 0077U}) {
+        const Mascara nueva(mascara);
+        const auto base = carpeta / fmt::format("{:o}.rgt", mascara);
+        const auto tabla = base.string() + ".csv";
+        // What may not be written is not replaced either.
+        const int veces = (mascara & S_IWUSR) == 0 ? 2 : 1;
+        for (int vez = 0; vez < veces; ++vez) {
+            const auto r = correr({"descargar", "--base", base, "--csv", tabla, "--reemplazar"});
+            EXPECT_EQ(r.codigo, CodigoSalida::hecho) << mascara << " " << vez << r.errores;
+        }
+        EXPECT_EQ(nombresEn(carpeta.ruta()).size(), 2U);
+        EXPECT_TRUE(leerTodo(base) == comoTexto(puertos.maquina(kPuerto).imagen()));
+        struct stat datos {};
+        ASSERT_EQ(::stat(base.c_str(), &datos), 0);
+        EXPECT_EQ(datos.st_mode & 0777U, (0666U & ~mascara) | S_IRUSR);
+        fs::remove(base);
+        fs::remove(tabla);
+    }
+}
+
+TEST_F(Archivos, WhateverTheUmaskABackupCountsBeforeTheLoggerErasesItsMemory) {
+    const UsuarioCorriente corriente(carpeta.ruta());
+    const Mascara nueva(0477);
+    const auto imagen = puertos.maquina(kPuerto).imagen();
+    const auto r =
+        correr({"configurar", "--altitud", "555", "--borrar-memoria", "--respaldo", carpeta / "antes.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho) << r.errores;
+    EXPECT_TRUE(leerTodo(carpeta / "antes.rgt") == comoTexto(imagen));
+    EXPECT_EQ(nombresEn(carpeta.ruta()).size(), 1U);
+}
+
+TEST_F(Parcial, ThatItsOwnerCannotReadIsToldWithWhatToDo) {
+    const UsuarioCorriente corriente(carpeta.ruta());
+    poner("a.rgt.parcial");
+    for (const mode_t modo : {0200U, 0400U, 0000U}) {
+        ASSERT_EQ(::chmod((carpeta / "a.rgt.parcial").c_str(), modo), 0);
+        const auto r = correr({"descargar", "--base", carpeta / "a.rgt"});
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_THAT(r.errores, HasSubstr("a.rgt.parcial: sus permisos no dejan leerlo y escribirlo ni a su "
+                                         "dueño. Déselos con chmod u+rw, o dé otro nombre al archivo base"));
+        EXPECT_EQ(puertos.aperturas(kPuerto), 0U);
+    }
+}
+
 TEST_F(Parcial, WhoseFolderIsGoneEndsTheDownloadAtOnceAndNothingIsSaidToStand) {
     fs::create_directory(carpeta / "d");
     cortarEn(kBloquesMemoria, 700, [this] { fs::remove_all(carpeta / "d"); });
