@@ -47,12 +47,6 @@ ReglaDestino reglaDeLoHecho(bool ficha) {
             .vista = kVista};
 }
 
-bool empiezaPorUnaLinea(std::span<const std::uint8_t> bytes) {
-    const auto fin = std::ranges::find(bytes, std::uint8_t{'\n'});
-    return fin != bytes.end() &&
-           std::all_of(bytes.begin(), fin, [](std::uint8_t b) { return b >= ' ' || b == '\t' || b == '\r'; });
-}
-
 }  // namespace
 
 std::string nombreArchivoBase(const std::string& digitosSerie, const FechaHora& momento) {
@@ -76,12 +70,11 @@ ReglaDestino reglaDeTabla() {
 }
 
 ReglaDestino reglaDeFlujos() {
-    return {
-        .porque =
-            [](std::span<const std::uint8_t> bytes) {
-                return std::string(pareceImagen(bytes) && !empiezaPorUnaLinea(bytes) ? kAhiHayUnaBase : "");
-            },
-        .vista = kVista};
+    return {.porque =
+                [](std::span<const std::uint8_t> bytes) {
+                    return std::string(pareceImagen(bytes) && !pareceDiario(bytes) ? kAhiHayUnaBase : "");
+                },
+            .vista = kVista};
 }
 
 ReglaDestino reglaDeFicha(bool reemplazar) {

@@ -43,8 +43,8 @@ ReglaDestino reglaDeBase(bool reemplazar = false);
 // Where anything made of an image may be written: over an earlier one, but never under the name of a base
 // file or of a part of one, nor over a memory or a data sheet, which nothing makes again.
 ReglaDestino reglaDeTabla();
-// What the standard streams of a program may lead to: the same, as far as a memory is concerned. A log, which
-// begins with a line of text, is none, whatever control characters other programs have left in it.
+// What the standard streams of a program may lead to: the same, as far as a memory is concerned, but for what
+// may be a log.
 ReglaDestino reglaDeFlujos();
 // The same of a download's data sheet, which is a new file: nothing makes again what another one, or a text
 // of somebody's, says. Where somebody asks for it, it takes an earlier one's place, and nothing else's.

@@ -25,6 +25,12 @@ bool noEsTexto(std::uint8_t b) {
     return b < ' ' && b != '\t' && b != '\r' && b != '\n';
 }
 
+// But for those that it begins with.
+Bytes sinCeros(Bytes bytes) {
+    const auto primero = std::ranges::find_if(bytes, [](std::uint8_t b) { return b != 0; });
+    return bytes.subspan(static_cast<std::size_t>(primero - bytes.begin()));
+}
+
 // The eight digits of a serial number, or an erased one.
 bool empiezaPorSerie(Bytes bytes) {
     const auto serie = bytes.first(kBytesSerie);
@@ -107,12 +113,21 @@ constexpr std::pair<std::string_view, std::string_view> kComienzos[] = {
 // No text's first line goes on like this. The spreadsheets' own formats begin otherwise; further down a table
 // holds whatever the logger's texts do. As long as a memory only a memory is.
 bool pareceImagen(Bytes bytes) {
-    if (bytes.size() < kBytesSerie) return false;
+    if (bytes.size() < kBytesSerie || sinCeros(bytes).empty()) return false;
     if (bytes.size() == kBytesMemoria)
         return std::ranges::any_of(bytes, [](std::uint8_t b) { return noEsTexto(b) || b == 0xFF; });
     const auto linea = comoTexto(bytes).substr(0, comoTexto(bytes).find("\r\n"));
     return std::ranges::any_of(bytes.first(linea.size()), noEsTexto) &&
            (empiezaPorSerie(bytes) || tieneFormaDeMemoria(bytes));
+}
+
+bool pareceDiario(Bytes bytes) {
+    if (bytes.size() > kBytesMemoria) return true;
+    const auto resto = sinCeros(bytes);
+    const auto fin = std::ranges::find(resto, std::uint8_t{'\n'});
+    // Behind its texts a header is erased in part, or holds the clock's small numbers.
+    return fin != resto.end() &&
+           std::none_of(resto.begin(), fin, [](std::uint8_t b) { return noEsTexto(b) || b == 0xFF; });
 }
 
 // Two names that no table has, in whatever order and behind whatever an editor put before them.

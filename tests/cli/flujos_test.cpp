@@ -123,15 +123,16 @@ TEST_P(FlujosCli, LeadingToALoggersMemoryTheyTakeNotAByte) {
 // to a terminal.
 TEST_P(FlujosCli, LeadingToALogTheyTakeWhatTheyAlwaysTook) {
     const auto sana = repetir();
-    const std::string diario = "2026-11-23 descarga\n\x1b[1mnorte\x1b[0m\n" + std::string(20, '\0') + "\n";
-    std::ofstream(carpeta / "diario", std::ios::binary) << diario;
-    const Descriptor ajeno(::open((carpeta / "diario").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
-    salidaAjena = erroresAjenos = ajeno();
-    EXPECT_EQ(repetir().codigo, sana.codigo);
-    EXPECT_EQ(fs::file_size(carpeta / "diario"), diario.size() + sana.salida.size() + sana.errores.size());
-    fs::resize_file(carpeta / "diario", 0);
-    EXPECT_EQ(repetir().codigo, sana.codigo);
-    EXPECT_EQ(fs::file_size(carpeta / "diario"), sana.salida.size() + sana.errores.size());
+    const std::string lineas = "2026-11-23 descarga\n\x1b[1mnorte\x1b[0m\n" + std::string(20, '\0') + "\n";
+    for (const auto& diario :
+         {lineas, std::string(6400, '\0') + lineas, std::string(64, '\0'), std::string()}) {
+        std::ofstream(carpeta / "diario", std::ios::binary) << diario;
+        const Descriptor ajeno(::open((carpeta / "diario").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+        salidaAjena = erroresAjenos = ajeno();
+        EXPECT_EQ(repetir().codigo, sana.codigo);
+        EXPECT_EQ(fs::file_size(carpeta / "diario"),
+                  diario.size() + sana.salida.size() + sana.errores.size());
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
