@@ -428,11 +428,11 @@ void Configurador::escribir() {
         sesion_.registrador().escribirConfiguracion(alDespertar, enviados);
     } catch (const ErrorCli& error) {
         fallar(error.codigo(), error.what(), enviados);
-    } catch (const ErrorGuardado& error) {
-        fallar(CodigoSalida::fallo, error.what(), enviados);
     } catch (const ErrorPuerto& error) {
         if (enviados < kBytesMensajeConfig) fallar(CodigoSalida::fallo, error.what(), enviados);
         contexto_.consola.aviso(error.what());
+    } catch (const std::exception& error) {
+        fallar(CodigoSalida::fallo, motivoDe(error), enviados);
     }
 }
 
@@ -463,8 +463,8 @@ void Configurador::comprobarEscrito() {
             leido = sesion_.registrador().leerConfiguracion();
         } catch (const ErrorCli& error) {
             fallar(error.codigo(), error.what(), kBytesMensajeConfig);
-        } catch (const ErrorPuerto& error) {
-            fallar(CodigoSalida::fallo, error.what(), kBytesMensajeConfig);
+        } catch (const std::exception& error) {
+            fallar(CodigoSalida::fallo, motivoDe(error), kBytesMensajeConfig);
         }
         distinto = diferencias(leido);
         if (distinto.empty()) {

@@ -14,6 +14,7 @@
 #include "link/protocolo.h"
 #include "link/puerto_serie.h"
 #include "loggerconfig/pasos_serie.h"
+#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -38,6 +39,8 @@ void escribir(Consola& consola, RegistradorCli& registrador, const std::string& 
     } catch (const ErrorPuerto& error) {
         if (enviados < kBytesMensajeSerie) fallar(CodigoSalida::fallo, error.what(), enviados);
         consola.aviso(error.what());
+    } catch (const std::exception& error) {
+        fallar(CodigoSalida::fallo, motivoDe(error), enviados);
     }
 }
 
@@ -67,8 +70,8 @@ void leerDeVuelta(RegistradorCli& registrador, const DatosConfig& antes, const s
             ahora = registrador.leerConfiguracion();
         } catch (const ErrorCli& error) {
             fallar(error.codigo(), error.what(), kBytesMensajeSerie);
-        } catch (const ErrorPuerto& error) {
-            fallar(CodigoSalida::fallo, error.what(), kBytesMensajeSerie);
+        } catch (const std::exception& error) {
+            fallar(CodigoSalida::fallo, motivoDe(error), kBytesMensajeSerie);
         }
         if (ahora.Nserie == cifras && mismosAjustes(ahora, antes)) return;
     }

@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sys/file.h>
 
+#include <new>
 #include <set>
 #include <tuple>
 
@@ -13,6 +14,7 @@
 #include "cli/textos_cli.h"
 #include "live/marco_en_linea.h"
 #include "platform/descriptor.h"
+#include "platform/motivos.h"
 #include "tests/cli/cli_prueba.h"
 
 namespace telvane {
@@ -413,6 +415,32 @@ TEST_F(Dudas, NothingSentSaysThatTheMemoryIsThere) {
     puertos.manipular(kPuerto, {});
     EXPECT_EQ(correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", otro}).codigo,
               CodigoSalida::hecho);
+}
+
+// Whatever fails, and not the line alone.
+TEST_F(Dudas, WhereMemoryRunsOutAWriteSaysWhereItStands) {
+    const auto sinMemoria = [](Efecto&) { throw std::bad_alloc(); };
+    const std::vector<std::string> configurar = {"configurar", "--usuario", "Otro", "--borrar-memoria",
+                                                 "--sin-respaldo"};
+    for (const auto& orden : {configurar, {"serie", "20800512"}}) {
+        const bool deSerie = orden.front() == "serie";
+        enElByte(deSerie ? Intercambio::serie : Intercambio::escritura, 3, sinMemoria);
+        auto r = correr(orden);
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_THAT(r.errores, HasSubstr(std::string(motivoSinMemoria()) + "\nSe enviaron 2 de "));
+        bucle.avanzar(10s);
+        puertos.manipular(kPuerto, [=, enviado = false](const ByteSaliente& saliente) mutable {
+            auto efecto = Efecto::pasar(saliente.byte);
+            enviado = enviado || saliente.intercambio == Intercambio::escritura ||
+                      saliente.intercambio == Intercambio::serie;
+            if (enviado && saliente.intercambio == Intercambio::lectura) sinMemoria(efecto);
+            return efecto;
+        });
+        r = correr(orden);
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_THAT(r.errores, HasSubstr(std::string(motivoSinMemoria()) + "\nSe envió todo y no se pudo"));
+        bucle.avanzar(10s);
+    }
 }
 
 TEST_F(Dudas, PartlySentSaysHowMuchAndWhatToDo) {

@@ -53,7 +53,7 @@ TEST(Hilo, GivesItsStackBack) {
         for (int i = 0; i < 4; ++i) hilos.emplace_back([] {});
         EXPECT_GT(paginas(), antes);
     }
-    EXPECT_LE(paginas(), antes + 4) << "but for what the heap keeps of the test itself";
+    EXPECT_LT(paginas(), antes + 128) << "less than one of them";
 }
 
 }  // namespace
