@@ -245,6 +245,18 @@ ErrorGuardado noCreada(const fs::path& carpeta, std::string_view motivo) {
     return error;
 }
 
+// While it lives, the umask takes nothing from a new folder's owner.
+class MascaraConDueno {
+   public:
+    MascaraConDueno() : antes_(::umask(S_IRWXG | S_IRWXO)) { ::umask(antes_ & ~mode_t{S_IRWXU}); }
+    MascaraConDueno(const MascaraConDueno&) = delete;
+    MascaraConDueno& operator=(const MascaraConDueno&) = delete;
+    ~MascaraConDueno() { ::umask(antes_); }
+
+   private:
+    mode_t antes_;
+};
+
 // A file's place on the disk.
 std::string lugar(const struct stat& datos) {
     return fmt::format("{}:{}", datos.st_dev, datos.st_ino);
@@ -258,6 +270,7 @@ std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const
 }
 
 void crearCarpeta(const fs::path& carpeta) {
+    const MascaraConDueno mascara;
     std::error_code error;
     fs::create_directories(carpeta, error);
     if (error) throw noCreada(carpeta, motivoSistema(error.value()));

@@ -29,7 +29,8 @@ class ErrorNombre : public ErrorGuardado {
 // Two options of one line: "--base y --csv son el mismo archivo: x; dé otro nombre a uno de los dos"
 std::string sonElMismoArchivo(std::string_view una, std::string_view otra, const std::filesystem::path& ruta);
 
-// With those above it, where they are missing. Throws ErrorGuardado.
+// With those above it, where they are missing; their owner can use them, whatever the umask, which is another
+// one for a moment. Throws ErrorGuardado.
 void crearCarpeta(const std::filesystem::path& carpeta);
 // Throws as that would where it is known by now that a file cannot come there; makes nothing.
 void exigirQueSePuedaCrear(const std::filesystem::path& carpeta);

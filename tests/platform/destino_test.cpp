@@ -22,6 +22,7 @@
 #include "platform/guardado.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/disco_chico.h"
+#include "tests/apoyo/usuario_corriente.h"
 
 namespace telvane {
 namespace {
@@ -213,6 +214,25 @@ TEST_F(DestinoDe, WhatStandsThereIsOpenedOnce) {
     // Equal ones in a row would be told as one; these have no name behind them.
     EXPECT_EQ(::read(aviso(), sucesos.data(), sucesos.size()),
               static_cast<ssize_t>(2 * sizeof(inotify_event)));
+}
+
+// As "mkdir -p" does with those on its way: something is to be put into it.
+TEST_F(DestinoDe, AFolderThatIsMadeLetsItsOwnerInWhateverTheUmask) {
+    const UsuarioCorriente corriente(temporal_.ruta());
+    ASSERT_TRUE(corriente.hecho());
+    for (const mode_t mascara : {0777U, 0177U, 0022U}) {
+        const auto carpeta = ruta(std::to_string(mascara)) / "a" / "b";
+        {
+            const Mascara nueva(mascara);
+            crearCarpeta(carpeta);
+            EXPECT_EQ(::umask(mascara), mascara);
+        }
+        for (const auto& una : {carpeta, carpeta.parent_path(), carpeta.parent_path().parent_path()}) {
+            struct stat datos {};
+            ASSERT_EQ(::stat(una.c_str(), &datos), 0);
+            EXPECT_EQ(datos.st_mode & 0777U, (0777U & ~mascara) | S_IRWXU);
+        }
+    }
 }
 
 TEST_F(DestinoDe, AnEmptyNameIsNone) {
