@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -53,7 +54,8 @@ SalidaConsola salidaNueva(const OpcionesDescargar& opciones, const std::string& 
     } catch (const ErrorNombre&) {
         throw;
     } catch (const ErrorGuardado& error) {
-        if (opciones.reemplazar || !std::filesystem::is_regular_file(nombre)) throw;
+        std::error_code sinMotivo;
+        if (opciones.reemplazar || !std::filesystem::is_regular_file(nombre, sinMotivo)) throw;
         throw Error(fmt::format("{}, o --reemplazar", error.what()));
     }
 }

@@ -588,6 +588,21 @@ TEST_F(Archivos, WhateverTheUmaskADownloadIsItsOwnersToRead) {
     }
 }
 
+TEST_F(Archivos, AFolderThatLetsNobodyInIsToldAsWhatKeepsTheFileOut) {
+    const UsuarioCorriente corriente(carpeta.ruta());
+    fs::create_directory(carpeta / "cerrada");
+    for (const mode_t modo : {0000U, 0200U, 0500U, 0600U}) {
+        ASSERT_EQ(::chmod((carpeta / "cerrada").c_str(), modo), 0);
+        for (const std::string opcion : {"--base", "--ficha"}) {
+            const auto r = correr({"descargar", opcion, carpeta / "cerrada/x",
+                                   opcion == "--base" ? "--ficha" : "--base", carpeta / "y"});
+            esperarRehusado(r, CodigoSalida::fallo,
+                            "no se pudo guardar " + (carpeta / "cerrada/x").string() + ": no hay permiso.");
+        }
+    }
+    ASSERT_EQ(::chmod((carpeta / "cerrada").c_str(), 0700), 0);
+}
+
 TEST_F(Archivos, WhateverTheUmaskABackupCountsBeforeTheLoggerErasesItsMemory) {
     const UsuarioCorriente corriente(carpeta.ruta());
     const Mascara nueva(0477);
