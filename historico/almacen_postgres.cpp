@@ -155,10 +155,12 @@ std::unique_ptr<AlmacenPostgres> AlmacenPostgres::abrirParaReponer(const std::st
 
 AlmacenPostgres::AlmacenPostgres(const std::string& url, Apertura como, std::chrono::milliseconds paciencia,
                                  std::function<void()> atender)
-    : base_(url, std::move(atender)), tablas_(base_), paciencia_(paciencia) {
+    : base_(url, std::move(atender)), tablas_(base_, esquema_postgres::kMigraciones), paciencia_(paciencia) {
     auto hay = versionQueHay();
-    if (como == Apertura::crear && esVieja(hay)) hay = ponerAlDia();
-    if (como == Apertura::reponer && hay == kCallada) return;
+    const bool reponer = como == Apertura::reponer;
+    if (esVieja(hay) && (como == Apertura::crear || (reponer && hay != kSinTablas)))
+        hay = ponerAlDia(reponer);
+    if (reponer && hay == kCallada) return;
     exigirTablas(hay);
 }
 
@@ -194,23 +196,38 @@ std::string AlmacenPostgres::condiciones() const {
         paciencia_.count());
 }
 
-std::int64_t AlmacenPostgres::ponerAlDia() {
+TablasPostgres AlmacenPostgres::tablasDe(std::int64_t cual) {
+    return {base_, std::span(esquema_postgres::kMigraciones).first(static_cast<std::size_t>(cual) - 1)};
+}
+
+std::string AlmacenPostgres::estorbo(std::int64_t desde, bool reponer) {
+    auto antiguas = tablasDe(desde);
+    auto lista = tablas_.estorbos(antiguas);
+    if (lista.empty() && !reponer) lista = antiguas.faltanTablas();
+    return lista.empty() ? std::string() : lista.front();
+}
+
+void AlmacenPostgres::migrar(std::int64_t desde, bool reponer) {
+    if (desde == kSinTablas) {
+        tablas_.crear();
+        desde = 1;
+    } else {
+        if (const auto que = estorbo(desde, reponer); !que.empty())
+            throw ErrorAlmacen(fmt::format("{}: {}", nombre(), que));
+        if (reponer) tablasDe(desde).reponer();
+    }
+    for (const auto paso :
+         std::span(esquema_postgres::kMigraciones).subspan(static_cast<std::size_t>(desde) - 1))
+        base_.ejecutar(std::string(paso));
+    base_.ejecutar(fmt::format("UPDATE telvane.esquema SET version={}", esquema_postgres::kVersion));
+}
+
+std::int64_t AlmacenPostgres::ponerAlDia(bool reponer) {
     base_.ejecutar("BEGIN");
     try {
         // Two may begin at once: the second finds it done.
         base_.ejecutar(condiciones() + "; SELECT pg_advisory_xact_lock(hashtext('telvane'))");
-        if (const auto desde = version(); esVieja(desde)) {
-            // What every version had: without it there is nothing to begin with.
-            const auto faltas = desde == kSinTablas ? std::vector<Falta>() : tablas_.faltasDeSiempre();
-            if (!faltas.empty())
-                throw ErrorAlmacen(fmt::format("{}: {}: {}", nombre(), textoDe(faltas.front()), kRecuperar));
-            if (desde == kSinTablas) tablas_.crear();
-            const std::span pasos(esquema_postgres::kMigraciones);
-            for (const auto paso :
-                 pasos.subspan(static_cast<std::size_t>(desde == kSinTablas ? 0 : desde - 1)))
-                base_.ejecutar(std::string(paso));
-            base_.ejecutar(fmt::format("UPDATE telvane.esquema SET version={}", esquema_postgres::kVersion));
-        }
+        if (const auto desde = version(); esVieja(desde)) migrar(desde, reponer);
         base_.ejecutar("COMMIT");
     } catch (...) {
         abandonar();
@@ -219,7 +236,7 @@ std::int64_t AlmacenPostgres::ponerAlDia() {
     return versionQueHay();
 }
 
-void AlmacenPostgres::exigirTablas(std::int64_t cual) const {
+void AlmacenPostgres::exigirTablas(std::int64_t cual) {
     constexpr auto kAhora = esquema_postgres::kVersion;
     if (cual == kAhora) return;
     if (cual == kSinTablas) {
@@ -232,6 +249,9 @@ void AlmacenPostgres::exigirTablas(std::int64_t cual) const {
                                        nombre(), cual == kCallada ? kReponer : kRecuperar));
     }
     if (cual < kAhora) {
+        const Transaccion transaccion(*this, Modo::lectura);
+        if (const auto que = estorbo(cual, false); !que.empty())
+            throw ErrorAlmacen(fmt::format("{}: {}", nombre(), que));
         throw ErrorAlmacen(fmt::format(
             "{}: es de una versión anterior ({}): la pone al día el próximo incorporar", nombre(), cual));
     }

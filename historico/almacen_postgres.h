@@ -91,9 +91,14 @@ class AlmacenPostgres final : public Almacen {
     std::int64_t version();
     std::int64_t versionQueHay();
     std::string condiciones() const;
-    // Makes the tables, or of an older version's those of now.
-    std::int64_t ponerAlDia();
-    void exigirTablas(std::int64_t cual) const;
+    TablasPostgres tablasDe(std::int64_t cual);
+    // What keeps it from being brought up to date, with what to do; empty: nothing. In a transaction.
+    std::string estorbo(std::int64_t desde, bool reponer);
+    // Makes the tables, or of an older version's those of now. reponer: what is missing of that version is
+    // made good first.
+    std::int64_t ponerAlDia(bool reponer);
+    void migrar(std::int64_t desde, bool reponer);
+    void exigirTablas(std::int64_t cual);
     std::vector<FichaImagen> fichasCon(const std::string& condicion, const Parametros& parametros);
     Descargas descargasCon(const std::string& condicion, const Parametros& parametros);
     std::vector<Instante> sellos(const std::string& sql, const Parametros& parametros);

@@ -94,11 +94,13 @@ void AperturaSqlite::exigirEscribible(const std::filesystem::path& ruta, bool cr
 void AperturaSqlite::paraLeer() {
     if (deNadie()) noHayArchivo(base_.ruta());
     exigirNuestro();
-    if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora()) {
-        throw ErrorAlmacen(
-            fmt::format("{}: es de una versión anterior ({}): la pone al día el próximo incorporar",
-                        almacen_.nombre(), version));
-    }
+    const auto version = base_.numero("PRAGMA user_version");
+    if (version >= versionDeAhora()) return;
+    if (const auto que = estorbo(version, false); !que.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}", almacen_.nombre(), que));
+    throw ErrorAlmacen(
+        fmt::format("{}: es de una versión anterior ({}): la pone al día el próximo incorporar",
+                    almacen_.nombre(), version));
 }
 
 void AperturaSqlite::paraEscribir(bool crear) {
@@ -112,7 +114,8 @@ void AperturaSqlite::paraEscribir(bool crear) {
     // The migrations find what is there already.
     if (porDecir)
         base_.ejecutar(fmt::format("PRAGMA application_id={}; PRAGMA user_version=1", esquema::kDeTelvane));
-    if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora()) migrar(version);
+    if (const auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora())
+        migrar(version, !crear);
 }
 
 void AperturaSqlite::crearTablas() {
@@ -138,17 +141,28 @@ bool AperturaSqlite::callaQueEsNuestro() {
     const auto deQuien = base_.numero("PRAGMA application_id");
     const bool calla =
         deQuien == 0 || (deQuien == esquema::kDeTelvane && base_.numero("PRAGMA user_version") < 1);
-    return calla && tablas_.faltasDeSiempre().empty();
+    return calla && tablas_.estanLasDeSiempre();
 }
 
-void AperturaSqlite::migrar(std::int64_t desde) {
-    // What every version had: without it there is nothing to begin with.
-    if (const auto faltas = tablas_.faltasDeSiempre(); !faltas.empty())
-        throw ErrorAlmacen(fmt::format("{}: {}: {}", almacen_.nombre(), textoDe(faltas.front()), kRecuperar));
+TablasSqlite AperturaSqlite::tablasDe(std::int64_t version) const {
+    return {base_, migraciones_.first(static_cast<std::size_t>(version) - 1)};
+}
+
+std::string AperturaSqlite::estorbo(std::int64_t desde, bool reponer) const {
+    const auto antiguas = tablasDe(desde);
+    auto lista = tablas_.estorbos(antiguas);
+    if (lista.empty() && !reponer) lista = antiguas.faltanTablas();
+    return lista.empty() ? std::string() : lista.front();
+}
+
+void AperturaSqlite::migrar(std::int64_t desde, bool reponer) {
+    if (const auto que = estorbo(desde, reponer); !que.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}", almacen_.nombre(), que));
     guardarCopiaPrevia(base_.ruta(), desde, [&](const std::filesystem::path& copia) {
         Sentencia(base_, "VACUUM INTO ?1").poner(1, std::string_view(copia.native())).correr();
     });
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
+    if (reponer) tablasDe(desde).reponer();
     for (auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora(); ++version) {
         base_.ejecutar(std::string(migraciones_[static_cast<std::size_t>(version) - 1]));
     }

@@ -42,7 +42,11 @@ class AperturaSqlite {
     bool callaQueEsNuestro();
     // Whichever version it is.
     void exigirNuestro();
-    void migrar(std::int64_t desde);
+    // reponer: what is missing of that version is made good first.
+    void migrar(std::int64_t desde, bool reponer);
+    TablasSqlite tablasDe(std::int64_t version) const;
+    // What keeps it from being brought up to date, with what to do; empty: nothing.
+    std::string estorbo(std::int64_t desde, bool reponer) const;
     std::int64_t versionDeAhora() const { return std::ssize(migraciones_) + 1; }
 
     Almacen& almacen_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <sstream>
 
 #include <fmt/format.h>
@@ -222,16 +223,21 @@ std::string textoDe(const Falta& falta) {
     }
 }
 
-std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay) {
+std::string avisoDeColumna(std::string_view tabla, const std::string& columna, const Dialecto& dialecto) {
+    return fmt::format(
+        "la tabla {0} tiene una columna que no es de este programa, {1}: quítela con ALTER TABLE {2}{0} DROP "
+        "COLUMN {3}",
+        tabla, columna, dialecto.prefijo, dialecto.comoSeEscribe(columna));
+}
+
+std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay, const Dialecto& dialecto) {
     std::vector<std::string> sobras;
     for (const auto& debe : deben) {
         const auto* tabla = buscarTabla(hay, debe.nombre);
         if (tabla == nullptr) continue;
         for (const auto& columna : tabla->columnas) {
-            if (debe.columna(columna.nombre) != nullptr) continue;
-            sobras.push_back(
-                fmt::format("la tabla {} tiene una columna que no es de este programa, {}: quítela",
-                            debe.nombre, columna.nombre));
+            if (debe.columna(columna.nombre) == nullptr)
+                sobras.push_back(avisoDeColumna(debe.nombre, columna.nombre, dialecto));
         }
         for (const auto& clave : tabla->claves) {
             if (debe.tieneClave(clave)) continue;
@@ -258,18 +264,27 @@ bool seObtiene(std::string_view tabla, std::string_view columna) {
     });
 }
 
-std::string_view remedioDe(const Falta& falta) {
-    if (falta.clase == Falta::Clase::tabla) {
-        return falta.tabla == "contenidos"  ? kSinContenidos
-               : falta.tabla == "descargas" ? kSinDescargas
-                                            : kReponer;
-    }
-    if (seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre)) return kReponer;
+std::string quitarTabla(std::string_view prefijo, std::string_view tabla) {
+    return fmt::format("quítela con DROP TABLE {}{}, y haga rehacer", prefijo, tabla);
+}
+
+std::string sinSusFilas(std::string_view prefijo, std::string_view tabla) {
+    return tabla == "contenidos" ? std::string(kRecuperar) : quitarTabla(prefijo, tabla);
+}
+
+std::string remedioDe(const Falta& falta, std::string_view prefijo) {
+    const bool toda = falta.clase == Falta::Clase::tabla;
     const auto& columna = falta.columna.nombre;
-    if (falta.tabla == "contenidos" && columna == "datos") return kSinContenidos;
+    if (falta.tabla == "contenidos" && (toda || columna == "datos")) return std::string(kSinContenidos);
     // Without these nobody knows of which image it is.
-    return falta.tabla == "descargas" && columna != "estacion" && columna != "imagen" ? kSinDescargas
-                                                                                      : kRecuperar;
+    const bool deQuien = columna == "estacion" || columna == "imagen";
+    if (falta.tabla == "descargas" && (toda || !deQuien)) return std::string(kSinDescargas);
+    if (toda || seObtiene(falta.tabla) || seObtiene(falta.tabla, columna)) return std::string(kReponer);
+    return sinSusFilas(prefijo, falta.tabla);
+}
+
+bool loHaceRehacer(std::string_view remedio) {
+    return remedio == kReponer || remedio == kSinContenidos || remedio == kSinDescargas;
 }
 
 std::string entreComillas(std::string_view nombre) {
@@ -281,9 +296,12 @@ std::string entreComillas(std::string_view nombre) {
 namespace {
 
 bool esComo(const Tabla& debe, Tabla otra) {
+    const auto esDeEllas = [&](const Columna& una) { return debe.columna(una.nombre) != nullptr; };
+    const auto esDeSusClaves = [&](const Clave& una) { return debe.tieneClave(una); };
     otra.nombre = debe.nombre;
     const Tablas una{std::move(otra)};
-    return faltasDe({debe}, una).empty() && sobrasDe({debe}, una).empty();
+    return faltasDe({debe}, una).empty() && std::ranges::all_of(una.front().columnas, esDeEllas) &&
+           std::ranges::all_of(una.front().claves, esDeSusClaves);
 }
 
 template <typename Lista, typename Condicion>
@@ -353,16 +371,38 @@ bool seMuda(const std::vector<Mudanza>& mudanzas, const Falta& falta) {
 }  // namespace
 
 std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay,
-                                        std::string_view (*remedio)(const Falta& falta)) {
+                                        std::string (*remedio)(const Falta& falta)) {
     std::vector<std::string> lista;
+    std::set<std::string> dichas;
     const auto mudanzas = mudanzasDe(deben, hay);
     for (const auto& una : mudanzas)
         lista.push_back(fmt::format("la tabla {} lleva el nombre {}: {}", una.hasta, una.desde, kReponer));
+    auto faltas = faltasDe(deben, hay);
+    std::erase_if(faltas, [&](const Falta& falta) { return seMuda(mudanzas, falta); });
+    // What only bears another name is not lost.
+    const auto suRemedio = [&](const Falta& falta) {
+        return conOtroNombre(deben, hay, falta) != nullptr ? std::string(kReponer) : remedio(falta);
+    };
+    // Of a table that must go nothing else matters.
+    for (const auto& falta : faltas) {
+        if (loHaceRehacer(suRemedio(falta)) || !dichas.insert(falta.tabla).second) continue;
+        lista.push_back(fmt::format("{}: {}", textoDe(falta), suRemedio(falta)));
+    }
+    for (const auto& falta : faltas) {
+        if (!dichas.contains(falta.tabla))
+            lista.push_back(fmt::format("{}: {}", textoDe(falta), suRemedio(falta)));
+    }
+    return lista;
+}
+
+std::vector<std::string> avisosDeEstorbos(const Tablas& deben, const Tablas& antes, const Tablas& hay,
+                                          std::string_view prefijo) {
+    std::vector<std::string> lista;
+    std::set<std::string> dichas;
     for (const auto& falta : faltasDe(deben, hay)) {
-        if (seMuda(mudanzas, falta)) continue;
-        // What only bears another name is not lost.
-        const bool esta = conOtroNombre(deben, hay, falta) != nullptr;
-        lista.push_back(fmt::format("{}: {}", textoDe(falta), esta ? kReponer : remedio(falta)));
+        if (falta.clase == Falta::Clase::tabla || buscarTabla(antes, falta.tabla) != nullptr) continue;
+        if (dichas.insert(falta.tabla).second)
+            lista.push_back(fmt::format("{}: {}", textoDe(falta), quitarTabla(prefijo, falta.tabla)));
     }
     return lista;
 }

@@ -61,13 +61,15 @@ std::vector<Falta> faltasDe(const Tablas& deben, const Tablas& hay);
 std::string textoDe(const Falta& falta);
 // What of it is to be told, a line each with what to do. remedio: of what is not only under another name.
 std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay,
-                                        std::string_view (*remedio)(const Falta& falta));
+                                        std::string (*remedio)(const Falta& falta));
+// What is not as it must be of those tables that an older version, which had antes, did not have yet: it is
+// somebody else's, and in the way of a migration. A line a table with what to do.
+std::vector<std::string> avisosDeEstorbos(const Tablas& deben, const Tablas& antes, const Tablas& hay,
+                                          std::string_view prefijo);
 // The statements that give back their names to tables and columns that stand under other ones, two tables in
 // each other's place as well: a table is known by its columns, and a column by being the only one of its kind
 // that is missing where only one is too many.
 std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay, std::string_view prefijo);
-// The columns that nobody asked for, and the keys.
-std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay);
 
 // Something else stands where a part of ours must; clase: as its DROP calls it.
 std::string avisoDeIntruso(std::string_view clase, std::string_view nombre);
@@ -75,8 +77,14 @@ std::string avisoDeIntruso(std::string_view clase, std::string_view nombre);
 // What is told again, by the images as a rule: a whole table, or a column of one.
 bool seObtiene(std::string_view tabla);
 bool seObtiene(std::string_view tabla, std::string_view columna);
-// What to do about a table or a column that is missing; kRecuperar where rehacer can do nothing.
-std::string_view remedioDe(const Falta& falta);
+// What to do about a table or a column that is missing; kRecuperar where images are lost with it.
+std::string remedioDe(const Falta& falta, std::string_view prefijo);
+// Whether rehacer does what such a remedy promises.
+bool loHaceRehacer(std::string_view remedio);
+// Of a table whose rows tell nothing any more, or are somebody else's, while the images are there.
+std::string quitarTabla(std::string_view prefijo, std::string_view tabla);
+// Of a table whose rows cannot all be right.
+std::string sinSusFilas(std::string_view prefijo, std::string_view tabla);
 
 // How a data base writes what every value of a type satisfies, and a moment from seconds since 1970: ours,
 // and one of a logger.
@@ -87,7 +95,12 @@ struct Dialecto {
     std::string (*momentoDelRegistrador)(std::int64_t segundos);
     std::string_view no;
     std::string_view si;
+    // A name that somebody else has given, as a statement takes it.
+    std::string (*comoSeEscribe)(const std::string& nombre);
 };
+// The columns that nobody asked for, and the keys.
+std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay, const Dialecto& dialecto);
+std::string avisoDeColumna(std::string_view tabla, const std::string& columna, const Dialecto& dialecto);
 // The rows that hold a value that this program writes nowhere.
 std::string filasImposibles(const Tabla& tabla, const Dialecto& dialecto);
 // The first row that a statement answers, which is all of whole numbers.

@@ -99,7 +99,7 @@ Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) 
             "el servidor no da permiso: pídalo para el esquema telvane a quien lo administra ({})", dicho)};
     }
     // Our own statements are right where all of it is there.
-    if (estado == "42P01" || estado == "42703")
+    if (estado == "42P01" || estado == "42703" || estado == "42809")
         return {fmt::format("le falta una parte: vea telvane-historico comprobar ({})", dicho)};
     if (estado == "23514") {
         return {fmt::format("a una tabla partida le falta la parte de esta estación: hágala y repita ({})",

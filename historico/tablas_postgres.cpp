@@ -16,28 +16,6 @@ namespace telvane {
 
 namespace {
 
-constexpr Dialecto kDialecto{
-    .prefijo = TablasPostgres::kPrefijo,
-    .delTipo =
-        [](const Columna& columna) {
-            // The logger and we count whole seconds.
-            return columna.tipo.starts_with("timestamp")
-                       ? fmt::format("isfinite({0}) AND date_trunc('second',{0})={0}", columna.nombre)
-                       : std::string("true");
-        },
-    .momento = [](std::int64_t segundos) { return fmt::format("to_timestamp({})", segundos); },
-    .momentoDelRegistrador =
-        [](std::int64_t segundos) { return fmt::format("(to_timestamp({}) AT TIME ZONE 'UTC')", segundos); },
-    .no = "false",
-    .si = "true"};
-
-std::string_view remedioAqui(const Falta& falta) {
-    const bool seSabe = seObtiene(falta.tabla) || seObtiene(falta.tabla, falta.columna.nombre);
-    if (falta.clase == Falta::Clase::clave) return kReponer;
-    if (falta.clase == Falta::Clase::forma) return falta.soloNulos || seSabe ? kReponer : kRecuperar;
-    return remedioDe(falta);
-}
-
 // A name that somebody else has given, as a statement takes it. What is not shown as it is, and would be lost
 // on the way to whoever is to type it, is written by its number.
 std::string comoSeEscribe(const std::string& nombre) {
@@ -54,6 +32,28 @@ std::string comoSeEscribe(const std::string& nombre) {
         i += caracter.bytes;
     }
     return "U&" + entreComillas(escapado);
+}
+
+constexpr Dialecto kDialecto{
+    .prefijo = TablasPostgres::kPrefijo,
+    .delTipo =
+        [](const Columna& columna) {
+            // The logger and we count whole seconds.
+            return columna.tipo.starts_with("timestamp")
+                       ? fmt::format("isfinite({0}) AND date_trunc('second',{0})={0}", columna.nombre)
+                       : std::string("true");
+        },
+    .momento = [](std::int64_t segundos) { return fmt::format("to_timestamp({})", segundos); },
+    .momentoDelRegistrador =
+        [](std::int64_t segundos) { return fmt::format("(to_timestamp({}) AT TIME ZONE 'UTC')", segundos); },
+    .no = "false",
+    .si = "true",
+    .comoSeEscribe = comoSeEscribe};
+
+// What is in a column of another type is taken along.
+std::string remedioAqui(const Falta& falta) {
+    const bool deForma = falta.clase == Falta::Clase::forma || falta.clase == Falta::Clase::clave;
+    return deForma ? std::string(kReponer) : remedioDe(falta, kDialecto.prefijo);
 }
 
 // orden: DROP and what it drops.
@@ -75,8 +75,15 @@ void TablasPostgres::crear() {
     base_.ejecutar("INSERT INTO telvane.esquema VALUES(1)");
 }
 
-std::vector<Falta> TablasPostgres::faltasDeSiempre() {
-    return faltasDe(leerTablas(esquema_postgres::kTablas), hay());
+std::vector<std::string> TablasPostgres::estorbos(const TablasPostgres& antiguas) {
+    auto lista = intrusos();
+    std::ranges::move(avisosDeEstorbos(debidas(), antiguas.debidas(), hay(), kDialecto.prefijo),
+                      std::back_inserter(lista));
+    return lista;
+}
+
+std::vector<std::string> TablasPostgres::faltanTablas() {
+    return avisosDeFaltas(debidas(), hay(), remedioAqui);
 }
 
 bool TablasPostgres::estanLasDeSiempre() {
@@ -93,9 +100,9 @@ std::string TablasPostgres::comoHuella(std::string_view columna) {
 }
 
 // What the statements of the schema make, in their order.
-std::vector<Parte> TablasPostgres::partes() {
+std::vector<Parte> TablasPostgres::partes() const {
     std::string todo = std::string(esquema_postgres::kTablas) + std::string(esquema_postgres::kVista);
-    for (const auto paso : esquema_postgres::kMigraciones) todo += paso;
+    for (const auto paso : migraciones_) todo += paso;
     std::vector<Parte> lista;
     std::istringstream texto(todo);
     for (std::string sentencia; std::getline(texto, sentencia, ';');) {
@@ -165,9 +172,9 @@ std::vector<Parte> TablasPostgres::partesPorReponer() {
     return deben;
 }
 
-Tablas TablasPostgres::debidas() {
+Tablas TablasPostgres::debidas() const {
     std::string sql(esquema_postgres::kTablas);
-    for (const auto paso : esquema_postgres::kMigraciones) sql += paso;
+    for (const auto paso : migraciones_) sql += paso;
     return leerTablas(sql);
 }
 
@@ -210,7 +217,7 @@ void TablasPostgres::leerClaves(Tablas& tablas) {
 
 std::vector<std::string> TablasPostgres::faltan() {
     auto lista = intrusos();
-    if (lista.empty()) lista = avisosDeFaltas(debidas(), hay(), remedioAqui);
+    if (lista.empty()) lista = faltanTablas();
     // Of a table that is not there nothing else is either.
     for (const auto& parte : lista.empty() ? partesPorReponer() : std::vector<Parte>()) {
         lista.push_back(
@@ -223,7 +230,7 @@ std::vector<std::string> TablasPostgres::faltan() {
 // refuse them from whoever is to bring them. A trigger that is disabled does nothing.
 std::vector<std::string> TablasPostgres::sobras() {
     const auto deben = debidas();
-    auto lista = sobrasDe(deben, hay());
+    auto lista = sobrasDe(deben, hay(), kDialecto);
     const auto r = base_.consultar(
         "SELECT c.relname::text,o.que,o.nombre,o.orden,o.orden='DROP TRIGGER' AND c.relkind<>'v' FROM "
         "pg_catalog.pg_class c JOIN (SELECT tgrelid AS "
@@ -262,12 +269,28 @@ void TablasPostgres::reponerForma(const Falta& falta) {
                                    columna.obligatoria ? "SET" : "DROP"));
         return;
     }
+    if (falta.clase == Falta::Clase::forma && !seSabe) return cambiarTipo(falta);
     const bool deLaClave = seObtiene(falta.tabla) && !seObtiene(falta.tabla, columna.nombre);
     if (deLaClave) base_.ejecutar("DELETE FROM " + tabla);
     if (falta.clase == Falta::Clase::forma)
         base_.ejecutar(fmt::format("DROP VIEW IF EXISTS telvane.lecturas; ALTER TABLE {} DROP COLUMN {}",
                                    tabla, columna.nombre));
     base_.ejecutar(agregarColumna(tabla, columna));
+}
+
+// With what is in it.
+void TablasPostgres::cambiarTipo(const Falta& falta) {
+    const auto cambio = fmt::format(
+        "DROP VIEW IF EXISTS telvane.lecturas; ALTER TABLE telvane.{0} ALTER {1} "
+        "DROP DEFAULT, ALTER {1} TYPE {2} USING {1}::{2}, ALTER {1} {3} NOT NULL",
+        falta.tabla, falta.columna.nombre, falta.columna.tipo, falta.columna.obligatoria ? "SET" : "DROP");
+    try {
+        base_.ejecutar(cambio);
+    } catch (const ErrorAlmacen&) {
+        if (!base_.viva()) throw;
+        throw ErrorAlmacen(
+            fmt::format("{}: {}: {}", base_.nombre(), textoDe(falta), sinSusFilas(kPrefijo, falta.tabla)));
+    }
 }
 
 void TablasPostgres::reponerClave(const Falta& falta) {
@@ -289,7 +312,7 @@ void TablasPostgres::reponerClave(const Falta& falta) {
     }
     if (repetidas()) {
         throw ErrorAlmacen(fmt::format("{}: {}, y tiene filas que se contradicen: {}", base_.nombre(),
-                                       textoDe(falta), kRecuperar));
+                                       textoDe(falta), sinSusFilas(kPrefijo, falta.tabla)));
     }
     const auto deben = debidas();
     const bool primaria = buscarTabla(deben, falta.tabla)->claves.front() == falta.clave;
@@ -302,8 +325,8 @@ void TablasPostgres::reponerTablas() {
     for (const auto& sentencia : devolverNombres(deben, hay(), kDialecto.prefijo)) base_.ejecutar(sentencia);
     const auto faltas = faltasDe(deben, hay());
     for (const auto& falta : faltas) {
-        if (remedioAqui(falta) == kRecuperar)
-            throw ErrorAlmacen(fmt::format("{}: {}: {}", base_.nombre(), textoDe(falta), kRecuperar));
+        if (const auto remedio = remedioAqui(falta); !loHaceRehacer(remedio))
+            throw ErrorAlmacen(fmt::format("{}: {}: {}", base_.nombre(), textoDe(falta), remedio));
         // What it said is known to nobody.
         if (falta.clase == Falta::Clase::columna && remedioAqui(falta) == kSinDescargas)
             base_.ejecutar("DELETE FROM telvane.descargas");
@@ -329,17 +352,18 @@ void TablasPostgres::exigirSinIntrusos() {
 }
 
 void TablasPostgres::reponerValores() {
+    const auto deben = debidas();
     // What is in the way of it is as wrong as it is, and goes with the next image.
     for (const auto& [tabla, columna] : kHuellasDeClave) {
+        if (buscarTabla(deben, tabla) == nullptr) continue;
         base_.ejecutar(fmt::format(
             "UPDATE telvane.{0} t SET {1}={2} WHERE length({1})<>32 AND NOT EXISTS (SELECT 1 FROM "
             "telvane.{0} o WHERE o.estacion=t.estacion AND o.{1}={3})",
             tabla, columna, comoHuella(columna), comoHuella(fmt::format("t.{}", columna))));
     }
-    const auto deben = debidas();
     // What a record of a download says that cannot be is known to nobody.
-    base_.ejecutar("DELETE FROM telvane.descargas WHERE " +
-                   filasImposibles(*buscarTabla(deben, "descargas"), kDialecto));
+    if (const auto* descargas = buscarTabla(deben, "descargas"))
+        base_.ejecutar("DELETE FROM telvane.descargas WHERE " + filasImposibles(*descargas, kDialecto));
 }
 
 void TablasPostgres::reponer() {

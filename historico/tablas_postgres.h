@@ -2,6 +2,7 @@
 // what puts them right.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,13 +18,16 @@ class TablasPostgres {
    public:
     static constexpr std::string_view kPrefijo = "telvane.";
 
-    // It outlives this.
-    explicit TablasPostgres(BasePostgres& base) : base_(base) {}
+    // migraciones: what makes of the first version's tables those of now. Both outlive this.
+    TablasPostgres(BasePostgres& base, std::span<const std::string_view> migraciones)
+        : base_(base), migraciones_(migraciones) {}
 
     // Those of the first version, where there are none.
     void crear();
-    // What is missing of what every version had.
-    std::vector<Falta> faltasDeSiempre();
+    // What keeps what antiguas says from being brought up to these, a line each with what to do.
+    std::vector<std::string> estorbos(const TablasPostgres& antiguas);
+    // What is missing of the tables or not as it must be, a line each with what to do.
+    std::vector<std::string> faltanTablas();
     // Whether there are tables of those names, but for the one that says which version it is.
     bool estanLasDeSiempre();
 
@@ -43,20 +47,22 @@ class TablasPostgres {
     static std::string comoHuella(std::string_view columna);
 
    private:
-    static std::vector<Parte> partes();
+    std::vector<Parte> partes() const;
     // Views and indexes.
     std::vector<Parte> partesPorReponer();
     std::vector<std::string> intrusos();
-    static Tablas debidas();
+    Tablas debidas() const;
     Tablas hay();
     void leerClaves(Tablas& tablas);
     bool vistaEsLaNuestra();
     void reponerTablas();
     void reponerForma(const Falta& falta);
+    void cambiarTipo(const Falta& falta);
     void reponerClave(const Falta& falta);
     void reponerValores();
 
     BasePostgres& base_;
+    std::span<const std::string_view> migraciones_;
 };
 
 }  // namespace telvane

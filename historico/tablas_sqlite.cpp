@@ -16,6 +16,15 @@ namespace telvane {
 
 namespace {
 
+// As SQL takes it.
+std::string comoSeEscribe(const std::string& nombre) {
+    constexpr std::string_view kSinMas = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
+    const bool sinMas = !nombre.empty() && nombre.find_first_not_of(kSinMas) == std::string::npos &&
+                        (nombre.front() < '0' || nombre.front() > '9') &&
+                        sqlite3_keyword_check(nombre.c_str(), static_cast<int>(nombre.size())) == 0;
+    return sinMas ? nombre : entreComillas(nombre);
+}
+
 constexpr Dialecto kDialecto{
     .prefijo = TablasSqlite::kPrefijo,
     .delTipo =
@@ -29,21 +38,13 @@ constexpr Dialecto kDialecto{
     .momento = [](std::int64_t segundos) { return std::to_string(segundos); },
     .momentoDelRegistrador = [](std::int64_t segundos) { return std::to_string(segundos); },
     .no = "0",
-    .si = "1"};
+    .si = "1",
+    .comoSeEscribe = comoSeEscribe};
 
 // A table of another form is made anew with what is in it.
-std::string_view remedioAqui(const Falta& falta) {
+std::string remedioAqui(const Falta& falta) {
     const bool deForma = falta.clase == Falta::Clase::forma || falta.clase == Falta::Clase::clave;
-    return deForma ? kReponer : remedioDe(falta);
-}
-
-// As SQL takes it.
-std::string comoSeEscribe(const std::string& nombre) {
-    constexpr std::string_view kSinMas = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
-    const bool sinMas = !nombre.empty() && nombre.find_first_not_of(kSinMas) == std::string::npos &&
-                        (nombre.front() < '0' || nombre.front() > '9') &&
-                        sqlite3_keyword_check(nombre.c_str(), static_cast<int>(nombre.size())) == 0;
-    return sinMas ? nombre : entreComillas(nombre);
+    return deForma ? std::string(kReponer) : remedioDe(falta, kDialecto.prefijo);
 }
 
 }  // namespace
@@ -55,8 +56,19 @@ void TablasSqlite::crear() {
     for (const auto migracion : migraciones_) base_.ejecutar(std::string(migracion));
 }
 
-std::vector<Falta> TablasSqlite::faltasDeSiempre() const {
-    return faltasDe(leerTablas(esquema::kTablas), hay());
+bool TablasSqlite::estanLasDeSiempre() const {
+    return faltasDe(leerTablas(esquema::kTablas), hay()).empty();
+}
+
+std::vector<std::string> TablasSqlite::estorbos(const TablasSqlite& antiguas) const {
+    auto lista = intrusos();
+    std::ranges::move(avisosDeEstorbos(debidas(), antiguas.debidas(), hay(), kDialecto.prefijo),
+                      std::back_inserter(lista));
+    return lista;
+}
+
+std::vector<std::string> TablasSqlite::faltanTablas() const {
+    return avisosDeFaltas(debidas(), hay(), remedioAqui);
 }
 
 std::vector<Parte> TablasSqlite::partes() const {
@@ -140,7 +152,7 @@ std::vector<std::string> TablasSqlite::intrusos() const {
 std::vector<std::string> TablasSqlite::faltan() const {
     auto lista = intrusos();
     if (!lista.empty()) return lista;
-    lista = avisosDeFaltas(debidas(), hay(), remedioAqui);
+    lista = faltanTablas();
     // Of a table that is not there nothing else is either.
     if (!lista.empty()) return lista;
     for (const auto& parte : partesPorReponer()) {
@@ -152,7 +164,7 @@ std::vector<std::string> TablasSqlite::faltan() const {
 
 std::vector<std::string> TablasSqlite::sobras() const {
     const auto deben = debidas();
-    auto lista = sobrasDe(deben, hay(Claves::declaradas));
+    auto lista = sobrasDe(deben, hay(Claves::declaradas), kDialecto);
     std::ranges::move(indicesAjenos(deben), std::back_inserter(lista));
     std::ranges::move(disparadoresAjenos(deben), std::back_inserter(lista));
     return lista;
@@ -213,9 +225,9 @@ void TablasSqlite::reponerTablas() {
     std::set<std::string> deNuevo;
     std::set<std::string> deOtraForma;
     for (const auto& falta : faltas) {
-        if (remedioAqui(falta) == kRecuperar)
+        if (const auto remedio = remedioAqui(falta); !loHaceRehacer(remedio))
             throw ErrorAlmacen(
-                fmt::format("{}: {}: {}", nombreVisible(base_.ruta()), textoDe(falta), kRecuperar));
+                fmt::format("{}: {}: {}", nombreVisible(base_.ruta()), textoDe(falta), remedio));
         if (seObtiene(falta.tabla) || falta.clase == Falta::Clase::tabla) {
             deNuevo.insert(falta.tabla);
         } else if (falta.clase != Falta::Clase::columna) {
@@ -244,9 +256,8 @@ void TablasSqlite::hacerDeNuevo(const Tabla& tabla, const std::string& sql) {
     const auto tablas = hay();
     for (const auto& columna : buscarTabla(tablas, tabla.nombre)->columnas) {
         if (tabla.columna(columna.nombre) != nullptr) continue;
-        throw ErrorAlmacen(
-            fmt::format("{}: la tabla {} tiene una columna que no es de este programa, {}: quítela y repita",
-                        nombreVisible(base_.ruta()), tabla.nombre, columna.nombre));
+        throw ErrorAlmacen(fmt::format("{}: {}, y haga rehacer", nombreVisible(base_.ruta()),
+                                       avisoDeColumna(tabla.nombre, columna.nombre, kDialecto)));
     }
     std::string columnas;
     std::string valores;
@@ -267,7 +278,7 @@ void TablasSqlite::hacerDeNuevo(const Tabla& tabla, const std::string& sql) {
         throw ErrorAlmacen(
             fmt::format("{}: la tabla {} no es como este programa la hace, y tiene filas que se "
                         "contradicen: {}",
-                        nombreVisible(base_.ruta()), tabla.nombre, kRecuperar));
+                        nombreVisible(base_.ruta()), tabla.nombre, sinSusFilas(kPrefijo, tabla.nombre)));
     }
     base_.ejecutar(fmt::format("DROP TABLE {}", kVieja));
 }
@@ -285,7 +296,8 @@ std::vector<std::string> TablasSqlite::imposibles() const {
 // A value of another kind becomes what it was read as. What a record of a download says that cannot be is
 // known to nobody.
 void TablasSqlite::reponerValores() {
-    for (const auto& tabla : debidas()) {
+    const auto deben = debidas();
+    for (const auto& tabla : deben) {
         if (seObtiene(tabla.nombre)) continue;
         for (const auto& columna : tabla.columnas) {
             base_.ejecutar(fmt::format("UPDATE OR IGNORE {0} SET {1}=CAST({1} AS {2}) WHERE NOT ({3})",
@@ -294,12 +306,13 @@ void TablasSqlite::reponerValores() {
         }
     }
     for (const auto& [tabla, columna] : kHuellasDeClave) {
+        if (buscarTabla(deben, tabla) == nullptr) continue;
         base_.ejecutar(fmt::format(
             "UPDATE OR IGNORE {0} SET {1}=substr(CAST({1}||zeroblob(32) AS BLOB),1,32) WHERE length({1})<>32",
             tabla, columna));
     }
-    base_.ejecutar("DELETE FROM descargas WHERE " +
-                   filasImposibles(*buscarTabla(debidas(), "descargas"), kDialecto));
+    if (const auto* descargas = buscarTabla(deben, "descargas"))
+        base_.ejecutar("DELETE FROM descargas WHERE " + filasImposibles(*descargas, kDialecto));
 }
 
 void TablasSqlite::reponer() {

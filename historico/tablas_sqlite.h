@@ -23,8 +23,12 @@ class TablasSqlite {
 
     // All of them, in a file without any.
     void crear();
-    // What is missing of what every version had.
-    std::vector<Falta> faltasDeSiempre() const;
+    // Whether nothing is missing of what every version had.
+    bool estanLasDeSiempre() const;
+    // What keeps what antiguas says from being brought up to these, a line each with what to do.
+    std::vector<std::string> estorbos(const TablasSqlite& antiguas) const;
+    // What is missing of the tables or not as it must be, a line each with what to do.
+    std::vector<std::string> faltanTablas() const;
 
     // What is missing or not as it must be, a line each with what to do.
     std::vector<std::string> faltan() const;

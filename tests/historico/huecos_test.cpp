@@ -6,6 +6,7 @@
 #include <random>
 #include <set>
 
+#include "historico/almacen.h"
 #include "tests/historico/oraculo.h"
 
 namespace telvane {

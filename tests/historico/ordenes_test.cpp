@@ -924,7 +924,7 @@ TEST_F(Ordenes, ATableWhoseRowsContradictEachOtherIsLeftAsItIs) {
     EXPECT_THAT(
         correr({"rehacer"}).errores,
         HasSubstr("la tabla imagenes no es como este programa la hace, y tiene filas que se contradicen: "
-                  "recupere su copia"));
+                  "quítela con DROP TABLE imagenes, y haga rehacer"));
     sql("DELETE FROM imagenes WHERE origen='otro'; ALTER TABLE imagenes ADD COLUMN nota TEXT");
     EXPECT_THAT(correr({"rehacer"}).errores,
                 HasSubstr("la tabla imagenes tiene una columna que no es de este programa, nota: quítela"));
@@ -1164,10 +1164,9 @@ TEST_F(Ordenes, AVersionThatWasSetBackIsPutRightByTheNextImage) {
         EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
     }
     sql("PRAGMA user_version=1; DROP TABLE contenidos");
-    EXPECT_THAT(
-        correr({"incorporar", base}).errores,
-        HasSubstr(
-            "falta la tabla contenidos: recupere su copia, o haga otro archivo con los .rgt guardados"));
+    EXPECT_THAT(correr({"incorporar", base}).errores,
+                HasSubstr("falta la tabla contenidos: recupere su copia; si no la tiene, haga rehacer e "
+                          "incorpore otra vez"));
 }
 
 TEST_F(Ordenes, ACopyThatBringsTwoLoggersOfOneNumberTogetherSaysSo) {

@@ -377,7 +377,7 @@ TEST(Servidor, PostgresqlThatLostAColumnOrAKeyNamesItAndGetsItBack) {
         "contenida FROM telvane.imagenes");
     EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }),
                 HasSubstr("a la tabla imagenes le falta su clave (estacion,huella), y tiene filas que se "
-                          "contradicen: recupere su copia"));
+                          "contradicen: quítela con DROP TABLE telvane.imagenes, y haga rehacer"));
 }
 
 TEST(Servidor, PostgresqlGivesWhatWasRenamedItsNameBack) {
@@ -446,8 +446,10 @@ TEST(Servidor, PostgresqlThatLostWhatNothingTellsAgainSaysSoInSpanish) {
         incorporar(almacen, 10);
         servidor.ejecutar("perdida", "SET client_min_messages=error; ALTER TABLE telvane." + tabla +
                                          " DROP COLUMN " + columna + " CASCADE");
-        const auto falta = "a la tabla " + tabla + " le falta la columna " + columna +
-                           ": recupere su copia, o haga otro archivo con los .rgt guardados";
+        const auto falta =
+            "a la tabla " + tabla + " le falta la columna " + columna + ": " +
+            (tabla == "contenidos" ? "recupere su copia, o haga otro archivo con los .rgt guardados"
+                                   : "quítela con DROP TABLE telvane." + tabla + ", y haga rehacer");
         EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas,
                     testing::Contains(falta));
         EXPECT_THAT(motivoDe([&] { Archivo(almacen).rehacer([] {}); }), HasSubstr(falta));
