@@ -23,6 +23,7 @@
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/disco_chico.h"
 #include "tests/apoyo/leer_todo.h"
+#include "tests/apoyo/saneado.h"
 
 namespace telvane {
 namespace {
@@ -166,6 +167,7 @@ TEST_F(GuardadoJuntos, FromSeveralThreadsToEverywhere) {
 
 // The one descriptor that there is writes the file: none is left to stand for its disk.
 TEST_F(GuardadoJuntos, WithoutASecondDescriptorEachIsSafeByItself) {
+    if (saneado()) GTEST_SKIP() << "a sanitizer opens a pipe to look at an object";
     const int siguiente = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
     ASSERT_GE(siguiente, 0);
     ::close(siguiente);
