@@ -1,6 +1,7 @@
 #include "cli/tanda_de_imagenes.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/eventfd.h>
 
 #include <algorithm>
@@ -70,6 +71,10 @@ std::size_t TandaDeImagenes::cuantosObreros() const {
 // Or as the system has threads and memory for. None: whoever calls does the work, and nobody is told of its
 // end.
 void TandaDeImagenes::contratar(std::list<Hilo>& obreros) {
+#ifdef M_ARENA_MAX
+    // One heap for all: what a worker's own has grown to would stay its own when he is gone.
+    static_cast<void>(::mallopt(M_ARENA_MAX, 1));
+#endif
     // Counted along, so that no early one takes himself for the last.
     enMarcha_ = 1;
     try {

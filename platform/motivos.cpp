@@ -100,9 +100,11 @@ std::string motivoSinConsejo(int numero) {
 }
 
 std::string_view motivoSinMemoria() {
-    return hayLimite(RLIMIT_AS)
-               ? "no basta la memoria que permite la sesión (ulimit -v). Suba ese límite y repita"
-               : "no queda memoria. Cierre programas y repita";
+    if (hayLimite(RLIMIT_AS))
+        return "no basta la memoria que permite la sesión (ulimit -v). Suba ese límite y repita";
+    if (hayLimite(RLIMIT_DATA))
+        return "no bastan los datos en memoria que permite la sesión (ulimit -d). Suba ese límite y repita";
+    return "no queda memoria. Cierre programas y repita";
 }
 
 std::string motivoSistema(int numero) {

@@ -206,28 +206,41 @@ TEST_F(ConLimites, WhatManyImagesNeedOfDescriptorsOneAfterTheOtherSuffices) {
     }
 }
 
+struct LimiteDeMemoria {
+    char letra;  // of ulimit
+    int desde;   // kB
+    int hasta;
+};
+
+class ConPocaMemoria : public ConLimites, public testing::WithParamInterface<LimiteDeMemoria> {};
+
 // With how little memory a program comes to its main() is the system's business, and with how little this one
 // converts an image depends on the machine: but more of it is never worse.
-TEST_F(ConLimites, WithTheMemoryThatOneImageNeedsManyAreConverted) {
+TEST_P(ConPocaMemoria, WithWhatOneImageNeedsManyAreConverted) {
     if (saneado()) GTEST_SKIP() << "a sanitizer reserves more than there is";
     constexpr int kSinArrancar = 126;
+    constexpr int kMuchos = 10'000;
     std::vector<int> estados;
-    for (int kB = 3000; kB <= 40'000; kB += kB < 10'000 ? 100 : 500) {
-        const int estado = convertir(fmt::format("ulimit -c 0; ulimit -v {}", kB));
+    for (int kB = GetParam().desde; kB <= GetParam().hasta; kB += kB < kMuchos ? 100 : 500) {
+        const int estado = convertir(fmt::format("ulimit -c 0; ulimit -{} {}", GetParam().letra, kB));
         estados.push_back(std::min(estado, kSinArrancar));
         if (estados.back() == kSinArrancar) continue;
         ASSERT_THAT(estados.back(), testing::AnyOf(0, 1)) << kB << errores;
         if (estados.back() == 0) {
             esperarTodasONinguna(0, "");
         } else {
-            EXPECT_THAT(errores, HasSubstr("no basta la memoria que permite la sesión (ulimit -v). Suba ese "
-                                           "límite y repita"))
+            EXPECT_THAT(errores,
+                        HasSubstr(fmt::format("(ulimit -{}). Suba ese límite y repita", GetParam().letra)))
                 << kB;
         }
     }
     EXPECT_TRUE(std::ranges::is_sorted(estados, std::greater<>())) << testing::PrintToString(estados);
     EXPECT_EQ(estados.back(), 0);
 }
+
+INSTANTIATE_TEST_SUITE_P(Limites, ConPocaMemoria,
+                         testing::Values(LimiteDeMemoria{'v', 3000, 40'000}, LimiteDeMemoria{'d', 100, 7000}),
+                         [](const auto& caso) { return std::string(1, caso.param.letra); });
 
 // The signal that a file at its limit brings would end the program without a word.
 TEST_F(Programa, AFileThatTheSessionDoesNotAllowIsAFailureWithItsReason) {

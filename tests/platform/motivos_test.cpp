@@ -7,6 +7,7 @@
 #include <fstream>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 
 #include <gmock/gmock.h>
@@ -30,18 +31,23 @@ TEST(Motivos, SpeakSpanishWhoeverThrows) {
 
 // The session's own limit is what stops it where there is one.
 TEST(MotivoSinMemoria, NamesTheLimitThatThereIs) {
-    rlimit antes{};
-    ASSERT_EQ(::getrlimit(RLIMIT_AS, &antes), 0);
-    auto otro = antes;
-    otro.rlim_cur = RLIM_INFINITY;
-    if (::setrlimit(RLIMIT_AS, &otro) != 0) GTEST_SKIP() << "there is a limit here";
-    EXPECT_EQ(motivoSinMemoria(), "no queda memoria. Cierre programas y repita");
-    otro.rlim_cur = RLIM_INFINITY - 1;
-    ASSERT_EQ(::setrlimit(RLIMIT_AS, &otro), 0);
-    EXPECT_EQ(motivoSinMemoria(),
+    constexpr std::string_view kSinLimite = "no queda memoria. Cierre programas y repita";
+    if (motivoSinMemoria() != kSinLimite) GTEST_SKIP() << "there is a limit here";
+    const auto con = [](auto recurso) {
+        rlimit antes{};
+        EXPECT_EQ(::getrlimit(recurso, &antes), 0);
+        auto otro = antes;
+        otro.rlim_cur = RLIM_INFINITY - 1;
+        EXPECT_EQ(::setrlimit(recurso, &otro), 0);
+        const auto dicho = motivoSistema(ENOMEM);
+        EXPECT_EQ(::setrlimit(recurso, &antes), 0);
+        return dicho;
+    };
+    EXPECT_EQ(con(RLIMIT_AS),
               "no basta la memoria que permite la sesión (ulimit -v). Suba ese límite y repita");
-    EXPECT_EQ(motivoSistema(ENOMEM), motivoSinMemoria());
-    ASSERT_EQ(::setrlimit(RLIMIT_AS, &antes), 0);
+    EXPECT_EQ(con(RLIMIT_DATA),
+              "no bastan los datos en memoria que permite la sesión (ulimit -d). Suba ese límite y repita");
+    EXPECT_EQ(motivoSistema(ENOMEM), kSinLimite);
 }
 
 TEST(MotivoSistema, ErrorsOfFilesAndPortsHaveTheirPhrase) {
