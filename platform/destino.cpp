@@ -114,6 +114,8 @@ struct stat exigirQueAdmita(const fs::path& carpeta) {
         fallar(errno);
     }
     if (!S_ISDIR(datos.st_mode)) fallar(ENOTDIR);
+    // Somebody still stands in it.
+    if (datos.st_nlink == 0) throw Fallo{"esa carpeta se ha borrado. Dé otra carpeta"};
     if (esVistaDelSistema(carpeta)) throw Fallo{std::string(kSinArchivos)};
     exigir(::faccessat(AT_FDCWD, carpeta.c_str(), W_OK | X_OK, AT_EACCESS) == 0);
     return datos;

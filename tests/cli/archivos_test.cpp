@@ -588,6 +588,21 @@ TEST_F(Archivos, WhateverTheUmaskADownloadIsItsOwnersToRead) {
     }
 }
 
+// A shell may still stand in it.
+TEST_F(Archivos, AFolderThatWasRemovedUnderTheToolIsToldBeforeTheLoggerHearsAnything) {
+    const auto antes = fs::current_path();
+    fs::create_directory(carpeta / "quitada");
+    fs::current_path(carpeta / "quitada");
+    fs::remove(carpeta / "quitada");
+    struct stat datos {};
+    const bool loDice = ::stat(".", &datos) == 0 && datos.st_nlink == 0;
+    const auto r = correr({"descargar", "--base", "x.rgt"});
+    fs::current_path(antes);
+    if (!loDice) GTEST_SKIP() << "this file system does not tell";
+    esperarRehusado(r, CodigoSalida::fallo,
+                    "no se pudo guardar x.rgt: esa carpeta se ha borrado. Dé otra carpeta");
+}
+
 TEST_F(Archivos, AFolderThatLetsNobodyInIsToldAsWhatKeepsTheFileOut) {
     const UsuarioCorriente corriente(carpeta.ruta());
     fs::create_directory(carpeta / "cerrada");
