@@ -38,7 +38,10 @@ Imagenes::Abierta& Imagenes::abrir(const Huella& huella) {
     std::set<Huella> vistas;
     for (auto cual = huella; (abierta = buscar(cual)) == nullptr;) {
         auto tramo = almacen_.cadena(estacion_, cual, pila.empty() ? 1 : kDeUnaVez);
-        if (tramo.empty() || tramo.front().first != cual) throw danada("falta " + textoDe(cual));
+        if (tramo.empty() || tramo.front().first != cual) {
+            throw danada(cual == huella ? std::string(ImagenDanada::kSinContenido)
+                                        : fmt::format("falta {}", textoDe(cual)));
+        }
         for (auto& [suya, guardada] : tramo) {
             if (suya != cual) break;
             if (!vistas.insert(suya).second) throw danada("su cadena no termina");

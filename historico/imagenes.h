@@ -21,6 +21,8 @@ class ErrorImagen : public std::runtime_error {
 // What is kept of it is not what its SHA-256 says.
 class ImagenDanada : public ErrorImagen {
    public:
+    // The motive where nothing of its own is kept.
+    static constexpr std::string_view kSinContenido = "falta su contenido";
     ImagenDanada(const Huella& huella, const std::string& motivo);
     const std::string& motivo() const { return motivo_; }
 

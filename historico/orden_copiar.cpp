@@ -64,7 +64,7 @@ void copiar(ContextoHistorico& contexto, const OpcionesCopiar& opciones) {
                         "registradores con el mismo "
                         "número de serie; donde se incorporan, dé uno de ellos a otra estación con --como "
                         "NOMBRE, y cópielos a un "
-                        "archivo nuevo",
+                        "archivo nuevo; si alguien atrasó el reloj, está bien",
                         estacion));
     }
     terminar(contexto.consola, copia.copiadas, copia.fallos.size(), perdido);

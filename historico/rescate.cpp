@@ -426,7 +426,7 @@ Rescate::Lineas Rescate::perdidas(std::string_view remedio) const {
     for (const auto& pieza : piezas_) {
         if (pieza.seLee) continue;
         const auto& motivo = pieza.contenido ? contenidos_.todos()[*pieza.contenido].motivo
-                                             : std::string("falta su contenido");
+                                             : std::string(ImagenDanada::kSinContenido);
         lineas.push_back(fmt::format("estación {}: la imagen {} está dañada en el archivo: {}; {}",
                                      nombreDe(pieza.estacion), textoDe(pieza.huella), motivo, remedio));
     }

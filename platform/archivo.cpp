@@ -19,6 +19,16 @@ namespace {
 
 constexpr std::string_view kNoEsArchivo = "no es un archivo. Dé el nombre de uno";
 
+constexpr std::string_view kEnlaceSinFin = "es un enlace a algo que no existe. Revise a qué lleva";
+
+std::string porQueNoSeAbre(const std::filesystem::path& ruta, int motivo) {
+    // A socket, or a device that nobody drives.
+    if (motivo == ENXIO) return std::string(kNoEsArchivo);
+    struct stat datos {};
+    const bool enlace = motivo == ENOENT && ::lstat(ruta.c_str(), &datos) == 0 && S_ISLNK(datos.st_mode);
+    return enlace ? std::string(kEnlaceSinFin) : motivoSistema(motivo);
+}
+
 [[noreturn]] void fallar(const std::filesystem::path& ruta, std::string motivo) {
     throw ErrorLectura(ruta, std::move(motivo));
 }
@@ -48,8 +58,7 @@ std::vector<std::uint8_t> leerArchivo(const std::filesystem::path& ruta, std::si
 
 std::size_t leerArchivo(const std::filesystem::path& ruta, std::span<std::uint8_t> destino) {
     const Descriptor archivo(::open(ruta.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    // A socket, or a device that nobody drives.
-    if (archivo() < 0) fallar(ruta, errno == ENXIO ? std::string(kNoEsArchivo) : motivoSistema(errno));
+    if (archivo() < 0) fallar(ruta, porQueNoSeAbre(ruta, errno));
     struct stat datos {};
     if (::fstat(archivo(), &datos) != 0) fallar(ruta, motivoSistema(errno));
     if (S_ISDIR(datos.st_mode)) fallar(ruta, motivoSistema(EISDIR));

@@ -244,6 +244,52 @@ TEST_F(Ordenes, TheMarksAreTheLastColumnAndTheLimitsAreThoseThatAreNamed) {
     EXPECT_EQ(marcas({"--calidad", "--limites", carpeta / "l.ini"}), usuales);
 }
 
+TEST_F(Ordenes, LimitsAreAFileAndAnEmptyOneSetsNone) {
+    correr({"incorporar", imagen()});
+    const std::vector<std::string> orden = {"exportar", "-", "--estacion", "02080050", "--calidad"};
+    const auto con = [&](const std::string& limites) {
+        auto toda = orden;
+        toda.insert(toda.end(), {"--limites", limites});
+        return correr(toda);
+    };
+    const auto usual = correr(orden).salida;
+    EXPECT_EQ(con(guardar("vacio.ini", {})).salida, usual);
+    const auto r = con("/dev/null");
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_EQ(r.errores,
+              "telvane-historico: no se pudo leer /dev/null: no es un archivo. Dé el nombre de uno\n");
+}
+
+TEST_F(Ordenes, LimitsThatALinkToNowhereStandsForAreToldAsThat) {
+    correr({"incorporar", imagen()});
+    const std::vector<std::string> orden = {"exportar", "-", "--estacion", "02080050", "--calidad"};
+    std::filesystem::create_symlink("no-hay", carpeta / "calidad.ini");
+    const auto dicho = [&](const std::string& archivo) {
+        return "telvane-historico: no se pudo leer " + archivo +
+               ": es un enlace a algo que no existe. Revise a qué lleva\n";
+    };
+    auto r = correr(orden);
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_EQ(r.errores, dicho(carpeta / "calidad.ini"));
+    auto pedidos = orden;
+    pedidos.insert(pedidos.end(), {"--limites", carpeta / "calidad.ini"});
+    EXPECT_EQ(correr(pedidos).errores, dicho(carpeta / "calidad.ini"));
+}
+
+// What is lost is called alike by whoever meets it.
+TEST_F(Ordenes, AnImageWithoutItsContentIsToldAlikeByEveryCommand) {
+    const auto base = imagen();
+    correr({"incorporar", base});
+    const auto huella =
+        nlohmann::json::parse(correr({"imagenes", "--json"}).salida)["imagen"].get<std::string>();
+    sql("DELETE FROM contenidos");
+    const auto dicho = "la imagen " + huella + " está dañada en el archivo: falta su contenido; ";
+    EXPECT_THAT(correr({"comprobar"}).salida, HasSubstr(dicho));
+    EXPECT_THAT(correr({"copiar", "--a", carpeta / "otro.sqlite"}).errores, HasSubstr(dicho));
+    EXPECT_THAT(correr({"imagen", huella, "-"}).errores, HasSubstr(dicho));
+    EXPECT_THAT(correr({"rehacer"}).errores, HasSubstr(dicho));
+}
+
 // Of limits that somebody wrote none counts for nothing without a word.
 TEST_F(Ordenes, LimitsThatCannotBeReadWholeAreNotLeftOut) {
     correr({"incorporar", imagen()});
@@ -1180,7 +1226,8 @@ TEST_F(Ordenes, ACopyThatBringsTwoLoggersOfOneNumberTogetherSaysSo) {
     EXPECT_THAT(r.errores,
                 HasSubstr("estación 02080050: las imágenes copiadas contradicen a otras suyas: parecen de "
                           "dos registradores con el mismo número de serie"));
-    EXPECT_THAT(r.errores, HasSubstr("--como NOMBRE"));
+    EXPECT_THAT(r.errores, HasSubstr("--como NOMBRE, y cópielos a un archivo nuevo; si alguien atrasó el "
+                                     "reloj, está bien"));
     // Of what agrees nothing is said.
     ASSERT_EQ(correr({"incorporar", guardar("b.rgt", ImagenPrueba().serie(0, 0, 60).bytes())}).codigo, 0);
     r = correr({"copiar", "--a", carpeta / "tercero.sqlite"});
