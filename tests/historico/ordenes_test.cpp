@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <ctime>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -242,6 +243,69 @@ TEST_F(Ordenes, TheMarksAreTheLastColumnAndTheLimitsAreThoseThatAreNamed) {
                 testing::StartsWith("humedad:rango temperatura:rango presion:rango"));
     std::ofstream(carpeta / "l.ini") << "[02080051]\nvel_viento.rango = -100 100\n";
     EXPECT_EQ(marcas({"--calidad", "--limites", carpeta / "l.ini"}), usuales);
+}
+
+TEST_F(Ordenes, WhatANodeExporterIsToldIsWhatTheStateSays) {
+    correr({"incorporar", imagen(),
+            guardar("b.rgt", ImagenPrueba("02080051")
+                                 .serie(0, 0, 30)
+                                 .serie(30, 600, 30)
+                                 .poner(70, registroDeMinuto(10, 9))
+                                 .bytes())});
+    const auto estaciones = nlohmann::json::parse(correr({"estado", "--json"}).salida)["estaciones"];
+    const auto texto = correr({"estado", "--prometheus", "-"}).salida;
+    const auto medida = [&](const std::string& nombre, const std::string& serie, const std::string& mas) {
+        const auto linea =
+            lineaCon(texto, "telvane_historico_" + nombre + "{serie=\"" + serie + "\",ubicacion=\"\"" + mas);
+        return linea.empty() ? std::string("none") : linea.substr(linea.rfind(' ') + 1);
+    };
+    const auto segundos = [](const nlohmann::json& momento) {
+        std::tm partes{};
+        ::strptime(momento.get<std::string>().c_str(), "%Y-%m-%dT%H:%M:%S", &partes);
+        return std::to_string(::timegm(&partes));
+    };
+    ASSERT_EQ(estaciones.size(), 2U);
+    for (const auto& estacion : estaciones) {
+        const auto serie = estacion["serie"].get<std::string>();
+        for (const auto* nombre : {"muestras", "imagenes", "huecos", "conflictos"})
+            EXPECT_EQ(medida(nombre, serie, "}"), estacion[nombre].dump()) << nombre;
+        EXPECT_EQ(medida("intervalo_minutos", serie, "}"),
+                  estacion["intervalo"].is_null() ? "none" : estacion["intervalo"].dump());
+        for (const auto* nombre : {"desde", "hasta", "incorporada"})
+            EXPECT_EQ(medida(std::string(nombre) + "_segundos", serie, "}"), segundos(estacion[nombre]));
+        std::size_t avisos = 0;
+        for (const auto& aviso : estacion["avisos"]) {
+            EXPECT_EQ(medida("aviso", serie, ",codigo=" + aviso["codigo"].dump() + "}"), "1");
+            ++avisos;
+        }
+        std::istringstream lineas(texto);
+        for (std::string linea; std::getline(lineas, linea);) {
+            if (linea.starts_with("telvane_historico_aviso{serie=\"" + serie) && linea.ends_with(" 1"))
+                --avisos;
+        }
+        EXPECT_EQ(avisos, 0U);
+    }
+    EXPECT_NE(estaciones[1]["conflictos"], 0);
+    EXPECT_NE(estaciones[1]["huecos"], 0);
+}
+
+// It is told once, where the image first came from.
+TEST_F(Ordenes, TheFileThatAnImageCameFromIsTheFirstOne) {
+    const auto base = imagen();
+    const auto origen = [&] {
+        return nlohmann::json::parse(correr({"imagenes", "--json"}).salida)["origen"].get<std::string>();
+    };
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    const std::string otra = carpeta / "otra.rgt";
+    std::filesystem::rename(base, otra);
+    EXPECT_EQ(origen(), base);
+    EXPECT_EQ(correr({"incorporar", otra}).codigo, 0);
+    EXPECT_EQ(origen(), base);
+    ASSERT_EQ(correr({"rehacer"}).codigo, 0);
+    EXPECT_EQ(origen(), base);
+    ASSERT_EQ(correr({"copiar", "--a", carpeta / "copia.sqlite"}).codigo, 0);
+    EXPECT_THAT(correr({"--en", carpeta / "copia.sqlite", "imagenes", "--json"}).salida,
+                HasSubstr("\"origen\":\"" + base + "\""));
 }
 
 TEST_F(Ordenes, LimitsAreAFileAndAnEmptyOneSetsNone) {

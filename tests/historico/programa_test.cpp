@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "historico/almacen_postgres.h"
+#include "historico/postgres.h"
 #include "platform/descriptor.h"
 #include "tests/apoyo/carpeta_temporal.h"
 #include "tests/apoyo/disco_chico.h"
@@ -119,6 +120,87 @@ TEST_F(Programa, AnInterruptEndsTheWaitForAServerThatIsMute) {
         ASSERT_GE(conexion(), 0);
         proceso.senal(senal);
         EXPECT_EQ(proceso.terminar(), 130) << proceso.errores();
+    }
+}
+
+// While it waits for the samples that it writes.
+TEST_F(Programa, AnInterruptedExportLeavesTheOutputThatWasThereAndNothingElse) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("interrupcion");
+    Proceso antes({TELVANE_HISTORICO, "--en", url, "incorporar",
+                   guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes())});
+    ASSERT_EQ(antes.terminar(), 0) << antes.errores();
+    const auto lugar = carpeta.ruta() / "tablas";
+    std::filesystem::create_directory(lugar);
+    std::ofstream(lugar / "t.csv") << "lo de ayer";
+    for (const int senal : {SIGINT, SIGTERM}) {
+        BasePostgres otro(url, [] {});
+        otro.ejecutar("BEGIN; LOCK TABLE telvane.contenidos,telvane.muestras IN ACCESS EXCLUSIVE MODE");
+        Proceso proceso(
+            {TELVANE_HISTORICO, "--en", url, "exportar", lugar / "t.csv", "--estacion", "02080050"});
+        ASSERT_TRUE(esperarA([&] { return servidor.alguienEspera("interrupcion"); }));
+        proceso.senal(senal);
+        EXPECT_EQ(proceso.terminar(), 130) << proceso.errores();
+        EXPECT_EQ(leerTodo(lugar / "t.csv"), "lo de ayer");
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(lugar), {}), 1);
+    }
+}
+
+// Whoever collects them looks at any moment.
+TEST_F(Programa, WhatANodeExporterReadsIsWholeAtAnyMomentAndStaysWhereTheDiskIsFull) {
+    const auto incorporar = [&](const std::string& serie) {
+        Proceso proceso(
+            orden({"incorporar", guardar(serie + ".rgt", ImagenPrueba(serie).serie(0, 0, 10).bytes())}));
+        ASSERT_EQ(proceso.terminar(), 0) << proceso.errores();
+    };
+    const auto lugar = carpeta.ruta() / "textos";
+    std::filesystem::create_directory(lugar);
+    const std::string salida = lugar / "t.prom";
+    const auto escribir = [&] {
+        Proceso proceso(orden({"estado", "--prometheus", salida}));
+        EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
+        return leerTodo(salida);
+    };
+    incorporar("02080050");
+    const auto uno = escribir();
+    incorporar("02080051");
+    Proceso otro(orden({"estado", "--prometheus", salida}));
+    std::string visto = uno;
+    // From the one straight to the other.
+    ASSERT_TRUE(esperarA([&] { return (visto = leerTodo(salida)) != uno; }));
+    EXPECT_EQ(otro.terminar(), 0) << otro.errores();
+    const auto dos = leerTodo(salida);
+    EXPECT_EQ(visto, dos);
+    incorporar("02080052");
+    Proceso llena({"/bin/sh", "-c", "ulimit -f 0; exec \"$0\" --en \"$1\" estado --prometheus \"$2\"",
+                   TELVANE_HISTORICO, carpeta / "h.sqlite", salida});
+    EXPECT_NE(llena.terminar(), 0);
+    EXPECT_EQ(leerTodo(salida), dos);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(lugar), {}), 1);
+}
+
+// A folder for data that is none counts for nothing.
+TEST_F(Programa, WithoutAnArchiveNamedItIsTheOneInThePersonalFolder) {
+    const auto base = guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes());
+    const auto en = [&](const std::string& casa, const std::string& datos) {
+        std::filesystem::create_directories(carpeta.ruta() / casa);
+        Proceso proceso({"/bin/sh", "-c", "cd \"$1\" && exec \"$0\" incorporar \"$2\"", TELVANE_HISTORICO,
+                         carpeta / casa, base},
+                        {"HOME=" + (carpeta / casa).string(), "XDG_DATA_HOME=" + datos});
+        EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
+        return std::filesystem::exists(carpeta.ruta() / casa / ".local/share/telvane/historico.sqlite");
+    };
+    EXPECT_TRUE(en("vacia", ""));
+    EXPECT_TRUE(en("relativa", "datos"));
+    EXPECT_FALSE(std::filesystem::exists(carpeta.ruta() / "relativa" / "datos"));
+    EXPECT_FALSE(en("dicha", carpeta / "datos"));
+    EXPECT_TRUE(std::filesystem::exists(carpeta.ruta() / "datos/telvane/historico.sqlite"));
+    for (const auto* casa : {"-uHOME", "HOME=", "HOME=casa"}) {
+        Proceso sin({"/usr/bin/env", "-uXDG_DATA_HOME", casa, TELVANE_HISTORICO, "estado"});
+        EXPECT_EQ(sin.terminar(), 1) << casa;
+        EXPECT_EQ(sin.errores(),
+                  "telvane-historico: no se sabe dónde guardar el archivo histórico: indíquelo con --en\n")
+            << casa;
     }
 }
 
