@@ -241,9 +241,8 @@ std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay, const 
         }
         for (const auto& clave : tabla->claves) {
             if (debe.tieneClave(clave)) continue;
-            sobras.push_back(
-                fmt::format("la tabla {} tiene una clave que no es de este programa, ({}): quítela",
-                            debe.nombre, textoDe(clave)));
+            sobras.push_back(fmt::format("la tabla {} tiene una clave que no es de este programa, ({}): {}",
+                                         debe.nombre, textoDe(clave), dialecto.claveAjena));
         }
     }
     return sobras;

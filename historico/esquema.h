@@ -97,6 +97,8 @@ struct Dialecto {
     std::string_view si;
     // A name that somebody else has given, as a statement takes it.
     std::string (*comoSeEscribe)(const std::string& nombre);
+    // What to do about a key that is not ours.
+    std::string_view claveAjena;
 };
 // The columns that nobody asked for, and the keys.
 std::vector<std::string> sobrasDe(const Tablas& deben, const Tablas& hay, const Dialecto& dialecto);

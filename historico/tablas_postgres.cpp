@@ -48,7 +48,8 @@ constexpr Dialecto kDialecto{
         [](std::int64_t segundos) { return fmt::format("(to_timestamp({}) AT TIME ZONE 'UTC')", segundos); },
     .no = "false",
     .si = "true",
-    .comoSeEscribe = comoSeEscribe};
+    .comoSeEscribe = comoSeEscribe,
+    .claveAjena = "quítela"};
 
 // What is in a column of another type is taken along.
 std::string remedioAqui(const Falta& falta) {

@@ -39,7 +39,9 @@ constexpr Dialecto kDialecto{
     .momentoDelRegistrador = [](std::int64_t segundos) { return std::to_string(segundos); },
     .no = "0",
     .si = "1",
-    .comoSeEscribe = comoSeEscribe};
+    .comoSeEscribe = comoSeEscribe,
+    // No statement takes one away.
+    .claveAjena = kReponer};
 
 // A table of another form is made anew with what is in it.
 std::string remedioAqui(const Falta& falta) {
@@ -233,6 +235,12 @@ void TablasSqlite::reponerTablas() {
         } else if (falta.clase != Falta::Clase::columna) {
             deOtraForma.insert(falta.tabla);
         }
+    }
+    for (const auto& tabla : hay(Claves::declaradas)) {
+        const auto* debe = buscarTabla(deben, tabla.nombre);
+        if (debe != nullptr &&
+            std::ranges::any_of(tabla.claves, [&](const Clave& clave) { return !debe->tieneClave(clave); }))
+            deOtraForma.insert(tabla.nombre);
     }
     for (const auto& falta : faltas) {
         if (deNuevo.contains(falta.tabla) || falta.clase != Falta::Clase::columna) continue;

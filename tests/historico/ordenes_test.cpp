@@ -1023,6 +1023,32 @@ TEST_F(Ordenes, WhatNothingTellsAgainIsNamedWithWhatToDoAndThatHelps) {
     }
 }
 
+// No statement takes it away: the table is made anew without it.
+TEST_F(Ordenes, AKeyThatIsNotOursGoesWithRehacer) {
+    const auto base = imagen();
+    ASSERT_EQ(correr({"incorporar", base}).codigo, 0);
+    const auto antes = correr({"imagenes", "--json"}).salida;
+    sql("CREATE TABLE otra(estacion INTEGER NOT NULL REFERENCES estaciones(id),huella BLOB NOT NULL,"
+        "bytes INTEGER NOT NULL UNIQUE,reloj INTEGER,desde INTEGER,hasta INTEGER,incorporada INTEGER NOT "
+        "NULL,origen TEXT NOT NULL,muestras INTEGER NOT NULL,retrocesos INTEGER NOT NULL,contenida INTEGER "
+        "NOT NULL DEFAULT 0,PRIMARY KEY(estacion,huella)) WITHOUT ROWID;"
+        "INSERT INTO otra SELECT * FROM imagenes; DROP VIEW lecturas; DROP TABLE imagenes;"
+        "ALTER TABLE otra RENAME TO imagenes");
+    EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_EQ(correr({"imagenes", "--json"}).salida, antes);
+    sql("CREATE TABLE otra(estacion INTEGER NOT NULL,huella BLOB NOT NULL,base BLOB UNIQUE,profundidad "
+        "INTEGER NOT NULL,datos BLOB NOT NULL,PRIMARY KEY(estacion,huella));"
+        "INSERT INTO otra SELECT * FROM contenidos; DROP TABLE contenidos;"
+        "ALTER TABLE otra RENAME TO contenidos");
+    EXPECT_THAT(correr({"comprobar"}).salida,
+                HasSubstr("la tabla contenidos tiene una clave que no es de este programa, (base): repóngalo "
+                          "con rehacer\n"));
+    EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_EQ(correr({"incorporar", base}).codigo, 0);
+}
+
 // Two rows that say different things of one image: nobody knows which is right.
 TEST_F(Ordenes, ATableWhoseRowsContradictEachOtherIsLeftAsItIs) {
     const auto base = imagen();
