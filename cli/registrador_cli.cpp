@@ -38,11 +38,11 @@ constexpr std::string_view kRedMuda =
 // Names of the ports that could not be tried, by why.
 using Rehusados = std::map<MotivoPuerto, std::vector<std::string>>;
 
-// Names of the ports that are no serial ports, or not there: each was told on its own line.
+// Names of the ports that are no serial ports, not there, or not to be opened: each was told on its own line.
 std::vector<std::string> inservibles(const Rehusados& rehusados) {
     std::vector<std::string> todos;
-    for (const auto motivo :
-         {MotivoPuerto::noExiste, MotivoPuerto::noEsTerminal, MotivoPuerto::lineaInvalida}) {
+    for (const auto motivo : {MotivoPuerto::noExiste, MotivoPuerto::noEsTerminal, MotivoPuerto::noSeAbre,
+                              MotivoPuerto::lineaInvalida}) {
         const auto suyos = rehusados.find(motivo);
         if (suyos != rehusados.end()) todos.insert(todos.end(), suyos->second.begin(), suyos->second.end());
     }

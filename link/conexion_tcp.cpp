@@ -68,7 +68,7 @@ Fallo falloDeRed(const DireccionTcp& direccion, int numero) {
             return {MotivoPuerto::noExiste,
                     fmt::format("no hay camino de red hasta {}: revise la conexión de este equipo", nombre)};
         default:
-            return {MotivoPuerto::otro,
+            return {MotivoPuerto::noSeAbre,
                     fmt::format("no se pudo conectar con {}: {}", nombre, motivoSistema(numero))};
     }
 }
@@ -184,8 +184,8 @@ void ConexionTcp::Intento::terminar(Descriptor conectado, std::optional<Fallo> p
 ConexionTcp::ConexionTcp(const DireccionTcp& direccion)
     : direccion_(direccion), intento_(std::make_shared<Intento>(direccion)) {
     if (intento_->aviso() < 0) {
-        throw ErrorPuerto(MotivoPuerto::otro, fmt::format("no se pudo conectar con {}: {}", direccion.texto(),
-                                                          motivoSistema(errno)));
+        throw ErrorPuerto(MotivoPuerto::noSeAbre, fmt::format("no se pudo conectar con {}: {}",
+                                                              direccion.texto(), motivoSistema(errno)));
     }
     // The program's signals are for the thread of its loop.
     sigset_t todas;
@@ -196,8 +196,9 @@ ConexionTcp::ConexionTcp(const DireccionTcp& direccion)
         std::thread([intento = intento_] { intento->correr(); }).detach();
     } catch (const std::system_error& error) {
         ::pthread_sigmask(SIG_SETMASK, &anteriores, nullptr);
-        throw ErrorPuerto(MotivoPuerto::otro, fmt::format("no se pudo conectar con {}: {}", direccion.texto(),
-                                                          motivoSistema(error.code().value())));
+        throw ErrorPuerto(MotivoPuerto::noSeAbre,
+                          fmt::format("no se pudo conectar con {}: {}", direccion.texto(),
+                                      motivoSistema(error.code().value())));
     }
     ::pthread_sigmask(SIG_SETMASK, &anteriores, nullptr);
 }

@@ -20,6 +20,7 @@ enum class MotivoPuerto {
     sinPermiso,
     ocupado,
     noEsTerminal,
+    noSeAbre,       // the system lacks what opening takes: descriptors, memory
     desaparecido,   // the device hung up while open
     lineaInvalida,  // settings or value refused
     cerrado,        // the channel is not open

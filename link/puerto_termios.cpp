@@ -68,7 +68,7 @@ ErrorPuerto errorDeApertura(const std::filesystem::path& dispositivo, int numero
             return {MotivoPuerto::noEsTerminal,
                     fmt::format("{} no es un puerto serie: dé el del adaptador, como /dev/ttyUSB0", nombre)};
         default:
-            return {MotivoPuerto::otro,
+            return {MotivoPuerto::noSeAbre,
                     fmt::format("no se pudo abrir el puerto {}: {}", nombre, motivoSistema(numero))};
     }
 }

@@ -206,7 +206,7 @@ TEST_F(Ordenes, ABusyPortIsToldAsBusyAndNoCableIsBlamed) {
 }
 
 TEST_F(Ordenes, WhatIsNoSerialPortIsCorrectedAndNoCableIsBlamed) {
-    for (const auto motivo : {MotivoPuerto::noEsTerminal, MotivoPuerto::noExiste}) {
+    for (const auto motivo : {MotivoPuerto::noEsTerminal, MotivoPuerto::noExiste, MotivoPuerto::noSeAbre}) {
         puertos.rehusar(kPuerto, motivo);
         const auto r = correr({"buscar"});
         EXPECT_EQ(r.codigo, CodigoSalida::sinRegistrador);

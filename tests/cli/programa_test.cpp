@@ -85,6 +85,21 @@ TEST_F(Programa, AClosedOutputIsAFailureAndNoFileOfOursGetsItsPlace) {
     EXPECT_EQ(porShell("\"$@\" <&- >&- 2>&-", {"buscar"}), 1);
 }
 
+TEST_F(Programa, WhereDescriptorsRunOutNoCableIsBlamed) {
+    if (saneado()) GTEST_SKIP() << "a sanitizer opens a pipe to look at an object";
+    conectar();
+    std::vector<int> estados;
+    for (int cuantos = 4; cuantos <= 16; ++cuantos) {
+        estados.push_back(porShell(fmt::format("exec 3>&-; ulimit -n {}; exec \"$@\"", cuantos), {"buscar"}));
+        EXPECT_THAT(errores, Not(HasSubstr("cable"))) << cuantos;
+        if (estados.back() != 0) {
+            EXPECT_THAT(errores, HasSubstr("(ulimit -n). Suba ese límite")) << cuantos;
+        }
+    }
+    EXPECT_NE(estados.front(), 0);
+    EXPECT_EQ(estados.back(), 0);
+}
+
 // A service's or a cron job's program gets what its starter left open.
 class ConFlujosCerrados : public Programa, public testing::WithParamInterface<int> {
    protected:
