@@ -2,20 +2,20 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 
 #include "cli/archivo_parcial.h"
+#include "cli/cotejo_lecturas.h"
 #include "cli/error_intercambio.h"
 #include "consola/codigos_salida.h"
 #include "consola/progreso.h"
-#include "data/muestra.h"
-#include "data/registros.h"
-#include "data/sello.h"
 #include "link/puerto_serie.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
@@ -29,29 +29,10 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t kRegistro = registro_muestra::kBytes;
-
-bool borrado(std::span<const std::uint8_t> registro) {
-    const auto todos = [&](std::uint8_t valor) {
-        return std::all_of(registro.begin(), registro.end(), [&](std::uint8_t b) { return b == valor; });
-    };
-    return todos(0xFF) || todos(0x00);
-}
-
-// What the logger may have put meanwhile into a slot that was empty.
-bool esMuestra(std::span<const std::uint8_t> registro) {
-    return registro.size() == kRegistro && sello::bueno(registro.first<kRegistro>(), Perfil::ampliado);
-}
-
-// The decoder looks for samples from this byte on.
-constexpr std::size_t kMuestras = kPrimeraRanura * kRegistro;
-
-// The header's clock and the reserved bytes before the first samples belong to the running logger.
-std::size_t firmes(std::size_t desde) {
-    if (desde >= kMuestras) return kRegistro;
-    if (desde >= registro_config::kReloj) return 0;
-    return std::min(kRegistro, registro_config::kReloj - desde);
-}
+struct Lectura {
+    Bytes bytes;
+    std::chrono::nanoseconds comienzo{0};  // monotonic
+};
 
 // The image's own number counts.
 void decirOtraSerie(Consola& consola, const std::string& leida, std::span<const std::uint8_t> imagen) {
@@ -84,7 +65,9 @@ class Descargador {
     std::exception_ptr exigirSerie() const;
     void recordar();
     bool repiteOtra() const;
+    bool cabeceraRepetida() const;
     std::exception_ptr cotejar() const;
+    bool basta();
     void decirResto();
 
     EntornoCli& entorno_;
@@ -92,9 +75,10 @@ class Descargador {
     RegistradorCli& registrador_;
     const PeticionDescarga& peticion_;
     std::optional<ArchivoParcial> parcial_;
-    Bytes imagen_;                     // of the running attempt
-    Bytes anterior_;                   // of the attempt that got furthest before it
-    std::vector<Bytes> contradichas_;  // whole ones before that, of which none has agreed with another yet
+    Lectura lectura_;                    // of the running attempt
+    Lectura anterior_;                   // of the attempt that got furthest before it
+    std::vector<Lectura> contradichas_;  // whole ones before that, of which none has agreed with another yet
+    bool cabeceraEnDuda_ = false;        // one more reading was asked for its sake
     int gastados_ = 0;
 };
 
@@ -110,9 +94,9 @@ void Descargador::decirAnterior() {
 
 // The block is on the disk before anything else is done with it.
 void Descargador::recibir(RegistradorCli::Bloque bloque) {
-    imagen_.insert(imagen_.end(), bloque.begin(), bloque.end());
+    lectura_.bytes.insert(lectura_.bytes.end(), bloque.begin(), bloque.end());
     if (!parcial_) return;
-    if (const auto aparte = parcial_->recibir(imagen_)) {
+    if (const auto aparte = parcial_->recibir(lectura_.bytes)) {
         consola_.aviso(fmt::format("{} no coincide con lo que se lee ahora y se guardó como {}",
                                    nombreVisible(parcial_->ruta()), nombreVisible(*aparte)));
     }
@@ -122,12 +106,12 @@ ImagenDescargada Descargador::correr() {
     try {
         decirAnterior();
         leerHastaQueValga();
-        if (parcial_) parcial_->terminar(imagen_);
+        if (parcial_) parcial_->terminar(lectura_.bytes);
     } catch (...) {
         decirResto();
         throw;
     }
-    return {.bytes = std::move(imagen_), .reintentos = gastados_};
+    return {.bytes = std::move(lectura_.bytes), .reintentos = gastados_};
 }
 
 void Descargador::leerHastaQueValga() {
@@ -137,22 +121,35 @@ void Descargador::leerHastaQueValga() {
         // What bears another number is compared with nothing.
         const auto deOtro = fallo ? nullptr : exigirSerie();
         if (!fallo) fallo = deOtro ? deOtro : cotejar();
-        const bool segunda = anterior_.size() == kBytesMemoria;
-        if (!fallo && (segunda || !peticion_.verificar)) return;
-        if (!deOtro && imagen_.size() >= anterior_.size()) recordar();
-        if (!fallo) {
-            consola_.aviso("Segunda lectura, para comparar.");
-            continue;
-        }
+        if (!fallo && basta()) return;
+        if (!deOtro && lectura_.bytes.size() >= anterior_.bytes.size()) recordar();
+        if (!fallo) continue;
         reintentos.gastar(fallo);
         ++gastados_;
     }
 }
 
+// What contradicts nothing: whether no further reading is needed. What the logger may change by itself is
+// read once more where it differs; where it does so again, it is the logger's.
+bool Descargador::basta() {
+    if (!peticion_.verificar) return true;
+    if (anterior_.bytes.size() < kBytesMemoria) {
+        consola_.aviso("Segunda lectura, para comparar.");
+        return false;
+    }
+    if (cabeceraRepetida()) return true;
+    consola_.aviso(cabeceraEnDuda_
+                       ? "El reloj de la cabecera, o lo que hay detrás de él, cambia de una lectura a otra: "
+                         "queda como se leyó la última vez."
+                       : "El reloj de la cabecera, o lo que hay detrás de él, no se leyó dos veces igual: se "
+                         "lee otra vez.");
+    return std::exchange(cabeceraEnDuda_, true);
+}
+
 // Null: every block came; otherwise what another attempt may mend.
 std::exception_ptr Descargador::intentar() {
-    imagen_.clear();
-    imagen_.reserve(kBytesMemoria);
+    lectura_ = {.bytes = {}, .comienzo = entorno_.reloj.monotono()};
+    lectura_.bytes.reserve(kBytesMemoria);
     if (parcial_) parcial_->empezar();
     Progreso progreso(consola_, entorno_.reloj, kBloquesMemoria, {"bloques", kBytesBloque});
     try {
@@ -170,7 +167,7 @@ std::exception_ptr Descargador::intentar() {
 
 // Null: the image is the logger's that was asked for.
 std::exception_ptr Descargador::exigirSerie() const {
-    const auto propia = leerCabecera(imagen_).digitosSerie;
+    const auto propia = leerCabecera(lectura_.bytes).digitosSerie;
     if (peticion_.serie.empty() || peticion_.serie == propia) return nullptr;
     return std::make_exception_ptr(ErrorIntercambio(
         CodigoSalida::fallo,
@@ -181,21 +178,31 @@ std::exception_ptr Descargador::exigirSerie() const {
 
 void Descargador::recordar() {
     constexpr std::size_t kCuantas = 4;
-    if (anterior_.size() == kBytesMemoria) contradichas_.push_back(std::move(anterior_));
+    if (anterior_.bytes.size() == kBytesMemoria) contradichas_.push_back(std::move(anterior_));
     if (contradichas_.size() > kCuantas) contradichas_.erase(contradichas_.begin());
-    anterior_ = imagen_;
+    anterior_ = lectura_;
 }
 
 // One damaged reading may stand between two that agree.
 bool Descargador::repiteOtra() const {
-    return imagen_.size() == kBytesMemoria && std::ranges::any_of(contradichas_, [&](const Bytes& otra) {
-               return !primeraDiferencia(otra, imagen_);
+    return lectura_.bytes.size() == kBytesMemoria &&
+           std::ranges::any_of(contradichas_, [&](const Lectura& otra) {
+               return !primeraDiferencia(otra.bytes, lectura_.bytes);
            });
+}
+
+// Of a whole one.
+bool Descargador::cabeceraRepetida() const {
+    const auto repite = [&](const Lectura& otra) {
+        return !primeraDiferencia(otra.bytes, lectura_.bytes) &&
+               mismaCabecera(otra.bytes, lectura_.bytes, lectura_.comienzo - otra.comienzo);
+    };
+    return repite(anterior_) || std::ranges::any_of(contradichas_, repite);
 }
 
 // Null: nothing contradicts the attempts before, or two whole ones say the same.
 std::exception_ptr Descargador::cotejar() const {
-    const auto bloque = primeraDiferencia(anterior_, imagen_);
+    const auto bloque = primeraDiferencia(anterior_.bytes, lectura_.bytes);
     if (!bloque || repiteOtra()) return nullptr;
     return std::make_exception_ptr(ErrorIntercambio(
         CodigoSalida::fallo, fmt::format("el bloque {} no coincide con la lectura anterior: revise {}",
@@ -232,21 +239,6 @@ void decirOtraCabecera(Consola& consola, const DatosConfig& leida, std::span<con
     consola.aviso(
         fmt::format("La configuración leída y la memoria no dicen lo mismo ({}): vale lo de la memoria.",
                     fmt::join(distinto, ", ")));
-}
-
-std::optional<std::size_t> primeraDiferencia(std::span<const std::uint8_t> antes,
-                                             std::span<const std::uint8_t> ahora, std::size_t inicio) {
-    const std::size_t comun = std::min(antes.size(), ahora.size());
-    for (std::size_t desde = 0; desde < comun; desde += kRegistro) {
-        const auto largo = std::min(kRegistro, comun - desde);
-        const auto viejo = antes.subspan(desde, largo);
-        const auto nuevo = ahora.subspan(desde, largo);
-        const auto cuantos = static_cast<std::ptrdiff_t>(std::min(largo, firmes(inicio + desde)));
-        if (std::equal(viejo.begin(), viejo.begin() + cuantos, nuevo.begin())) continue;
-        if (inicio + desde >= kMuestras && borrado(viejo) && esMuestra(nuevo)) continue;
-        return (inicio + desde) / kBytesBloque;
-    }
-    return std::nullopt;
 }
 
 }  // namespace telvane

@@ -41,10 +41,4 @@ ImagenDescargada descargarImagen(EntornoCli& entorno, Consola& consola, Registra
 // image's own count.
 void decirOtraCabecera(Consola& consola, const DatosConfig& leida, std::span<const std::uint8_t> imagen);
 
-// The first block in which two images of one logger contradict each other, as far as both reach. No
-// contradiction are samples in the place of erased records, and the parts of the header that change by
-// themselves. Both may begin behind an image's first byte, with a record.
-std::optional<std::size_t> primeraDiferencia(std::span<const std::uint8_t> antes,
-                                             std::span<const std::uint8_t> ahora, std::size_t inicio = 0);
-
 }  // namespace telvane

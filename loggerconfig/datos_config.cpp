@@ -102,6 +102,10 @@ DatosConfig datosDeCabecera(std::span<const std::uint8_t> imagen) {
         desde += ancho;
     }
     datos.intervaloCodigo = imagen[registro_config::kIntervalo];
+    for (std::size_t parte = 0; parte < datos.reloj.size(); ++parte) {
+        const auto digitos = digitosBcd(imagen[registro_config::kReloj + parte]);
+        datos.reloj[parte].assign(digitos.begin(), digitos.end());
+    }
     return datos;
 }
 

@@ -110,7 +110,7 @@ struct TextoDeCabecera {
     bool llevaEvaporacion() const { return telvane::llevaEvaporacion(numeroDeSerie(digitosSerie)); }
 };
 
-// The record at the head of an image, without its clock.
+// The record at the head of an image; its clock as two characters a byte, whatever they say.
 DatosConfig datosDeCabecera(std::span<const std::uint8_t> imagen);
 
 // Of a whole image: its header's 432 bytes.

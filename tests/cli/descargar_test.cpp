@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 
-#include "cli/descarga_cli.h"
+#include "cli/cotejo_lecturas.h"
 #include "data/conversion.h"
 #include "tests/cli/cli_prueba.h"
 
@@ -166,6 +166,43 @@ TEST_F(Descargar, OneDamagedReadingCostsOneMore) {
     }
 }
 
+// The parts of the header that a logger may change by itself are no exception, in whichever reading.
+TEST_F(Descargar, ADamagedByteOfTheHeadersClockOrBehindItCostsOneMore) {
+    for (const std::size_t lugar : {105U, 106U, 107U, 108U, 109U, 110U, 111U, 112U, 131U, 323U, 383U}) {
+        for (const int cual : {1, 2}) {
+            puertos.manipular(kPuerto, [&, vez = 0](const ByteSaliente& saliente) mutable {
+                const bool esa =
+                    saliente.intercambio == Intercambio::descarga && saliente.indice == indiceDe(0) + lugar;
+                return Efecto::pasar(esa && ++vez == cual ? static_cast<std::uint8_t>(saliente.byte ^ 0x10U)
+                                                          : saliente.byte);
+            });
+            const auto r = correr({"descargar", "--verificar", "--reintentos", "0", "--reemplazar", "--base",
+                                   carpeta / "a.rgt"});
+            EXPECT_EQ(r.codigo, CodigoSalida::hecho) << lugar << r.errores;
+            EXPECT_THAT(r.errores, HasSubstr("no se leyó dos veces igual")) << lugar << "," << cual;
+            EXPECT_THAT(r.errores, Not(HasSubstr("cambia de una lectura a otra"))) << lugar << "," << cual;
+            EXPECT_EQ(leerTodo(carpeta / "a.rgt"), imagen()) << lugar << "," << cual;
+        }
+    }
+}
+
+TEST_F(Descargar, WhatALoggerChangesThereAtEachReadingIsItsOwn) {
+    for (const std::size_t lugar : {105U, 111U, 383U}) {
+        puertos.manipular(kPuerto, [&, vez = 0](const ByteSaliente& saliente) mutable {
+            const bool esa =
+                saliente.intercambio == Intercambio::descarga && saliente.indice == indiceDe(0) + lugar;
+            return Efecto::pasar(esa ? static_cast<std::uint8_t>(0x60 + ++vez) : saliente.byte);
+        });
+        const auto r = correr(
+            {"descargar", "--verificar", "--reintentos", "0", "--reemplazar", "--base", carpeta / "a.rgt"});
+        EXPECT_EQ(r.codigo, CodigoSalida::hecho) << lugar << r.errores;
+        EXPECT_THAT(r.errores, HasSubstr("cambia de una lectura a otra: queda como se leyó la última vez"));
+        auto queda = imagen();
+        queda[lugar] = 0x63;
+        EXPECT_EQ(leerTodo(carpeta / "a.rgt"), queda) << lugar;
+    }
+}
+
 TEST_F(Descargar, VerifyingALineThatAlwaysDamagesFails) {
     puertos.manipular(kPuerto, [vez = 0](const ByteSaliente& saliente) mutable {
         const bool esa = saliente.intercambio == Intercambio::descarga && saliente.indice == indiceDe(3000);
@@ -315,6 +352,32 @@ TEST(PrimeraDiferencia, OnlyWhatALoggerDoesNotChangeByItselfCounts) {
     ahora[64 * 10] = 0;
     std::vector<std::uint8_t> corta(64 * 10, 0xFF);
     EXPECT_EQ(primeraDiferencia(corta, ahora), std::nullopt);
+}
+
+TEST(MismaCabecera, TheClockStandsStillOrHasGoneOnByTheTimeBetween) {
+    std::vector<std::uint8_t> antes(kBytesMemoria, 0xFF);
+    const auto conReloj = [&](std::initializer_list<std::uint8_t> reloj) {
+        auto imagen = antes;
+        std::ranges::copy(reloj, imagen.begin() + 105);
+        return imagen;
+    };
+    EXPECT_TRUE(mismaCabecera(antes, antes, 150s));
+    antes = conReloj({0x23, 0x59, 0x00, 0x31, 0x12, 0x25});
+    EXPECT_TRUE(mismaCabecera(antes, antes, 150s));
+    EXPECT_TRUE(mismaCabecera(antes, conReloj({0x00, 0x01, 0x30, 0x01, 0x01, 0x26}), 150s));
+    EXPECT_TRUE(mismaCabecera(antes, conReloj({0x00, 0x01, 0x35, 0x01, 0x01, 0x26}), 150s));
+    EXPECT_FALSE(mismaCabecera(antes, conReloj({0x00, 0x01, 0x36, 0x01, 0x01, 0x26}), 150s));
+    EXPECT_FALSE(mismaCabecera(antes, conReloj({0x00, 0x01, 0x30, 0x01, 0x01, 0x27}), 150s));
+    EXPECT_FALSE(mismaCabecera(antes, conReloj({0x23, 0x57, 0x00, 0x31, 0x12, 0x25}), 150s));
+    EXPECT_FALSE(mismaCabecera(antes, conReloj({0x61, 0x01, 0x30, 0x01, 0x01, 0x26}), 150s));
+    for (const std::size_t lugar : {111U, 200U, 383U}) {
+        auto otra = antes;
+        otra[lugar] = 0xFE;
+        EXPECT_FALSE(mismaCabecera(antes, otra, 150s)) << lugar;
+    }
+    auto muestras = antes;
+    muestras[384] = 0x17;
+    EXPECT_TRUE(mismaCabecera(antes, muestras, 150s));
 }
 
 }  // namespace
