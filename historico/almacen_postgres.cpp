@@ -428,7 +428,7 @@ void AlmacenPostgres::agregarFicha(IdEstacion estacion, const FichaImagen& f) {
         .texto(f.origen)
         .entero(f.muestras)
         .entero(f.retrocesos);
-    base_.consultar(kSql, p);
+    base_.exigirTocadas(base_.consultar(kSql, p), 1);
 }
 void AlmacenPostgres::quitarFicha(IdEstacion estacion, const Huella& huella) {
     base_.consultar("DELETE FROM telvane.imagenes WHERE estacion=$1 AND huella=$2",
@@ -446,17 +446,15 @@ void AlmacenPostgres::guardarContenido(IdEstacion estacion, const Huella& huella
         c.nulo();
     }
     c.entero(imagen.profundidad).bytes(imagen.datos);
-    const auto guardado = [&] {
-        return base_
-                   .consultar(
-                       "INSERT INTO telvane.contenidos(estacion,huella,base,profundidad,datos) "
-                       "VALUES($1,$2,$3,$4,$5) ON CONFLICT DO NOTHING RETURNING true",
-                       c)
-                   .filas() > 0;
+    const auto guardar = [&] {
+        return base_.consultar(
+            "INSERT INTO telvane.contenidos(estacion,huella,base,profundidad,datos) VALUES($1,$2,$3,$4,$5) "
+            "ON CONFLICT DO NOTHING",
+            c);
     };
-    if (guardado()) return;
+    if (guardar().tocadas() > 0) return;
     quitarContenido(estacion, huella);
-    guardado();
+    base_.exigirTocadas(guardar(), 1);
 }
 void AlmacenPostgres::quitarContenido(IdEstacion estacion, const Huella& huella) {
     base_.consultar("DELETE FROM telvane.contenidos WHERE estacion=$1 AND huella=$2",
@@ -583,7 +581,8 @@ void AlmacenPostgres::agregarFilas(IdEstacion estacion, std::span<const Fila> fi
         agregarNumero(copia, static_cast<std::int8_t>(fila.cuenta ? 1 : 0));
     }
     terminarCopia(copia);
-    base_.copiar("COPY telvane.muestras(estacion,hora,registro,cuenta) FROM STDIN (FORMAT binary)", copia);
+    base_.copiar("COPY telvane.muestras(estacion,hora,registro,cuenta) FROM STDIN (FORMAT binary)", copia,
+                 filas.size());
 }
 void AlmacenPostgres::cambiarCuenta(IdEstacion estacion, const Fila& fila) {
     static const std::string kSql = fmt::format(
@@ -645,7 +644,7 @@ void AlmacenPostgres::agregarTestigos(IdEstacion estacion, std::span<const Testi
     }
     terminarCopia(copia);
     base_.copiar("COPY telvane.testigos(estacion,hora,registro,ranura,imagen) FROM STDIN (FORMAT binary)",
-                 copia);
+                 copia, testigos.size());
 }
 void AlmacenPostgres::vaciarDerivado(IdEstacion estacion) {
     const Parametros p = Parametros().entero(estacion);

@@ -42,6 +42,10 @@ EstacionGuardada buscarOCrear(Almacen& almacen, const std::string& nombre, const
     return estacion ? *estacion : almacen.crearEstacion(nombre, serie, esDeVariante(serie));
 }
 
+ImagenGuardada sola(BytesImagen bytes) {
+    return {.base = {}, .profundidad = 0, .datos = comprimir(bytes)};
+}
+
 ImagenGuardada empaquetar(const EstacionGuardada& estacion, BytesImagen bytes, Imagenes& imagenes) {
     ImagenGuardada guardada;
     if (estacion.resumen.masNueva) {
@@ -54,8 +58,18 @@ ImagenGuardada empaquetar(const EstacionGuardada& estacion, BytesImagen bytes, I
             return guardada;
         }
     }
-    guardada.datos = comprimir(bytes);
-    return guardada;
+    return sola(bytes);
+}
+
+// What is there already, because only its note was lost, stays as it is: others may be packed upon it, and so
+// may the one that it would be packed upon.
+void guardar(Almacen& almacen, const EstacionGuardada& estacion, const ImagenNueva& imagen,
+             Imagenes& imagenes) {
+    const auto& huella = imagen.ficha.huella;
+    const bool estaba = !almacen.cadena(estacion.id, huella, 1).empty();
+    if (estaba && almacen.conserva(estacion.id, huella) && imagenes.siSeLee(huella)) return;
+    almacen.guardarContenido(estacion.id, huella,
+                             estaba ? sola(imagen.bytes) : empaquetar(estacion, imagen.bytes, imagenes));
 }
 
 void tomarNota(ResumenEstacion& resumen, const ImagenNueva& imagen,
@@ -123,7 +137,7 @@ Incorporacion tomar(Almacen& almacen, EstacionGuardada& estacion, ImagenNueva& i
     std::optional<FichaImagen> masNueva;
     if (estacion.resumen.masNueva) masNueva = almacen.ficha(estacion.id, *estacion.resumen.masNueva);
     almacen.agregarFicha(estacion.id, imagen.ficha);
-    almacen.guardarContenido(estacion.id, imagen.ficha.huella, empaquetar(estacion, imagen.bytes, imagenes));
+    guardar(almacen, estacion, imagen, imagenes);
     const auto anteriores = [&] {
         auto fichas = almacen.fichas(estacion.id);
         std::erase_if(fichas, [&](const auto& f) { return f.huella == imagen.ficha.huella; });
@@ -155,7 +169,7 @@ bool anotar(Almacen& almacen, IdEstacion estacion, const Huella& imagen,
 // An image that is noted and whose bytes are lost; false: they are not.
 bool reponerSiSePerdio(Almacen& almacen, IdEstacion estacion, const Huella& huella, BytesImagen bytes) {
     if (almacen.conserva(estacion, huella)) return false;
-    almacen.guardarContenido(estacion, huella, {.base = {}, .profundidad = 0, .datos = comprimir(bytes)});
+    almacen.guardarContenido(estacion, huella, sola(bytes));
     return true;
 }
 

@@ -204,7 +204,9 @@ void Asimilacion::contar(const Sellos& sellos) {
         std::map<BytesMuestra, bool> cuentan;
         almacen_.filas(estacion_, sello, sello, [&](const Fila& f) { cuentan[f.registro] = f.cuenta; });
         for (const auto& v : votar(testigos)) {
-            if (cuentan.at(v.registro) == v.cuenta) continue;
+            // One that is not there any more is for a check to tell.
+            const auto hay = cuentan.find(v.registro);
+            if (hay == cuentan.end() || hay->second == v.cuenta) continue;
             almacen_.cambiarCuenta(estacion_, {sello, v.registro, v.cuenta});
             resumen_.muestras += v.cuenta ? 1 : -1;
         }

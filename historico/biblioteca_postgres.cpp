@@ -31,6 +31,7 @@ BibliotecaPostgres::BibliotecaPostgres(const char* archivo)
       }()),
       cancel(rutina<decltype(::PQcancel)>("PQcancel")),
       clear(rutina<decltype(::PQclear)>("PQclear")),
+      cmdTuples(rutina<decltype(::PQcmdTuples)>("PQcmdTuples")),
       connectdbParams(rutina<decltype(::PQconnectdbParams)>("PQconnectdbParams")),
       conninfoFree(rutina<decltype(::PQconninfoFree)>("PQconninfoFree")),
       conninfoParse(rutina<decltype(::PQconninfoParse)>("PQconninfoParse")),

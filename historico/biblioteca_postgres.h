@@ -21,6 +21,7 @@ class BibliotecaPostgres {
    public:
     decltype(::PQcancel)* const cancel;
     decltype(::PQclear)* const clear;
+    decltype(::PQcmdTuples)* const cmdTuples;
     decltype(::PQconnectdbParams)* const connectdbParams;
     decltype(::PQconninfoFree)* const conninfoFree;
     decltype(::PQconninfoParse)* const conninfoParse;

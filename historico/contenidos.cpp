@@ -40,7 +40,7 @@ Eslabones enOrdenDeCadena(Eslabones todos) {
 }
 
 // Whether it may be its own fault that it cannot be read: whoever is packed upon another one of those waits
-// for that one, unless they wait in a circle.
+// for that one, unless that leads to no end.
 bool noEspera(const std::vector<Contenido>& pendientes, const Contenido& uno) {
     const auto base = [&](const Almacen::Eslabon& de) -> const Almacen::Eslabon* {
         if (!de.base) return nullptr;
@@ -51,11 +51,8 @@ bool noEspera(const std::vector<Contenido>& pendientes, const Contenido& uno) {
     };
     const auto* abajo = base(uno.guardado);
     if (abajo == nullptr) return true;
-    for (std::size_t pasos = 0; abajo != nullptr && pasos < pendientes.size(); ++pasos) {
-        if (abajo == &uno.guardado) return true;
-        abajo = base(*abajo);
-    }
-    return false;
+    for (std::size_t pasos = 0; abajo != nullptr && pasos < pendientes.size(); ++pasos) abajo = base(*abajo);
+    return abajo != nullptr;
 }
 
 }  // namespace
@@ -100,10 +97,7 @@ bool Contenidos::identificarAlguno(std::vector<Contenido>& pendientes, Contra co
     std::vector<bool> resueltos(pendientes.size());
     for (std::size_t i = 0; i < pendientes.size(); ++i) {
         auto& uno = pendientes[i];
-        // That of a known loss was tried before.
-        const bool seIntenta = contra != Contra::todas ||
-                               (uno.guardado.profundidad != Almacen::kPerdida && noEspera(pendientes, uno));
-        if (!seIntenta) continue;
+        if (contra == Contra::todas && !noEspera(pendientes, uno)) continue;
         alAvanzar();
         const auto bases = basesPara(contra, uno, pendientes);
         const auto datos = almacen_.datosDe(uno.guardado);

@@ -5,6 +5,7 @@
 #include <signal.h>
 
 #include <array>
+#include <charconv>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -204,6 +205,13 @@ void ResultadoPostgres::Soltar::operator()(pg_result* resultado) const {
 }
 int ResultadoPostgres::filas() const {
     return pq().ntuples(resultado_.get());
+}
+std::int64_t ResultadoPostgres::tocadas() const {
+    // The library gives a text, and takes what it does not change as changeable.
+    const std::string_view texto(pq().cmdTuples(const_cast<pg_result*>(resultado_.get())));
+    std::int64_t cuantas = 0;
+    std::from_chars(texto.data(), texto.data() + texto.size(), cuantas);
+    return cuantas;
 }
 bool ResultadoPostgres::esNulo(int fila, int columna) const {
     return pq().getisnull(resultado_.get(), fila, columna) != 0;
@@ -405,7 +413,13 @@ ResultadoPostgres BasePostgres::consultar(const std::string& sql, const Parametr
     return resultado;
 }
 
-void BasePostgres::copiar(const std::string& sql, std::string_view bytes) {
+void BasePostgres::exigirTocadas(const ResultadoPostgres& resultado, std::size_t cuantas) const {
+    if (resultado.tocadas() == static_cast<std::int64_t>(cuantas)) return;
+    throw ErrorAlmacen(
+        fmt::format("{}: el servidor no guardó lo que se le dio: vea telvane-historico comprobar", nombre()));
+}
+
+void BasePostgres::copiar(const std::string& sql, std::string_view bytes, std::size_t filas) {
     const auto comienzo = recoger(pq().sendQuery(conexion_.get(), sql.c_str()) == 1);
     if (pq().resultStatus(comienzo.suyo()) != PGRES_COPY_IN) fallar(comienzo.suyo());
     const bool enviado =
@@ -414,6 +428,7 @@ void BasePostgres::copiar(const std::string& sql, std::string_view bytes) {
     if (!enviado) fallar(nullptr);
     const auto fin = recoger(true, Atencion::ninguna);
     if (pq().resultStatus(fin.suyo()) != PGRES_COMMAND_OK) fallar(fin.suyo());
+    exigirTocadas(fin, filas);
 }
 
 }  // namespace telvane

@@ -26,6 +26,8 @@ class ResultadoPostgres {
     ResultadoPostgres& operator=(ResultadoPostgres&&) noexcept = default;
 
     int filas() const;
+    // Rows that a statement made, changed or took away; those that a COPY brought.
+    std::int64_t tocadas() const;
     bool esNulo(int fila, int columna) const;
     bool logico(int fila, int columna) const { return bytes(fila, columna)[0] != 0; }
     // Of a bigint.
@@ -89,8 +91,11 @@ class BasePostgres {
     void ejecutar(const std::string& sql, Atencion atencion = Atencion::toda);
     // Prepared at its second use.
     ResultadoPostgres consultar(const std::string& sql, const Parametros& parametros = {});
-    // COPY ... FROM STDIN (FORMAT binary): all of its bytes.
-    void copiar(const std::string& sql, std::string_view bytes);
+    // COPY ... FROM STDIN (FORMAT binary): all of its bytes, which are so many rows. Throws as below.
+    void copiar(const std::string& sql, std::string_view bytes, std::size_t filas);
+    // Throws ErrorAlmacen where it touched others than so many rows: somebody's trigger or rule takes them
+    // away.
+    void exigirTocadas(const ResultadoPostgres& resultado, std::size_t cuantas) const;
 
    private:
     struct Cerrar {

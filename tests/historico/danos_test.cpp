@@ -70,6 +70,9 @@ class Danos : public OrdenesEnAmbos {
     }
 
     std::vector<Original> originales;
+    std::string literal(const Original& cual) {
+        return (esArchivo() ? "x'" : "bytea '\\x") + textoDe(cual.huella) + "'";
+    }
 
     void incorporarTodas() {
         const auto tomar = [&](const std::vector<std::uint8_t>& bytes, const std::vector<std::string>& como) {
@@ -395,14 +398,12 @@ TEST_P(Danos, AnImageOfWhichSomethingElseTellsIsNamedAsLostAndTakesNoOthersConte
 TEST_P(Danos, BytesThatStandInEachOthersPlaceInOneChainAreFound) {
     incorporarTodas();
     const auto antes = todoLoQueHay();
-    const auto literal = [&](std::size_t cual) {
-        return (esArchivo() ? "x'" : "bytea '\\x") + textoDe(originales[cual].huella) + "'";
-    };
-    for (const auto& [una, otra] : {std::pair(1, 2), std::pair(0, 2), std::pair(4, 6)}) {
+    for (const auto& [esta, aquella] : {std::pair(1, 2), std::pair(0, 2), std::pair(4, 6)}) {
+        const auto una = literal(originales[static_cast<std::size_t>(esta)]);
+        const auto otra = literal(originales[static_cast<std::size_t>(aquella)]);
         sql("CREATE TEMP TABLE dos AS SELECT huella,datos FROM contenidos; UPDATE contenidos SET "
             "datos=(SELECT d.datos FROM dos d WHERE d.huella=CASE contenidos.huella WHEN " +
-            literal(una) + " THEN " + literal(otra) + " ELSE " + literal(una) + " END) WHERE huella IN (" +
-            literal(una) + "," + literal(otra) + ")");
+            una + " THEN " + otra + " ELSE " + una + " END) WHERE huella IN (" + una + "," + otra + ")");
         EXPECT_EQ(correr({"comprobar"}).codigo, 1);
         EXPECT_EQ(correr({"rehacer"}).errores, "");
         EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
@@ -760,6 +761,84 @@ TEST_P(Danos, AnImageThatNobodyHasIsLeftBehindByACopy) {
     EXPECT_EQ(correr({"--en", nuevo, "comprobar"}).salida, "El archivo está entero.\n");
     for (const auto& original : originales)
         EXPECT_EQ(correr({"--en", nuevo, "imagen", textoDe(original.huella), "-"}).codigo, 0);
+}
+
+// Others are packed upon it, and so may be the one that it would be packed upon.
+TEST_P(Danos, AnImageWhoseNoteWasLostComesAgainAndHarmsNone) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    for (const auto& original : originales) {
+        SCOPED_TRACE(textoDe(original.huella));
+        sql("DELETE FROM imagenes WHERE huella=" + literal(original));
+        // In a station with conflicts it may be refused.
+        correr(original.orden);
+        exigirImagenesMenos({textoDe(original.huella)});
+        EXPECT_EQ(correr({"rehacer"}).errores, "");
+        exigirImagenesMenos({});
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+        EXPECT_EQ(todoLoQueHay(), antes);
+    }
+}
+
+TEST_P(Danos, WhoseBasesLeadToNoEndIsRead) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    const auto ultima = literal(originales[2]);
+    for (const auto& cuales : {literal(originales[1]) + "," + ultima,
+                               literal(originales[0]) + "," + literal(originales[1]) + "," + ultima}) {
+        sql("UPDATE contenidos SET base=" + ultima + " WHERE huella IN (" + cuales + ")");
+        EXPECT_EQ(correr({"comprobar"}).codigo, 1);
+        EXPECT_EQ(correr({"rehacer"}).errores, "");
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+        EXPECT_EQ(todoLoQueHay(), antes);
+    }
+}
+
+TEST_P(Danos, WhatWasGivenUpForWantOfAnotherImageIsTriedAgainOnceThatIsBack) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    sql("UPDATE contenidos SET datos=" + std::string(esArchivo() ? "x'00'" : "''") + " WHERE huella=" +
+        literal(originales[0]) + "; UPDATE contenidos SET base=NULL WHERE huella=" + literal(originales[1]));
+    EXPECT_EQ(correr({"rehacer"}).codigo, 1);
+    EXPECT_THAT(correr(originales[0].orden).errores, HasSubstr("vuelve a estar"));
+    EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_EQ(todoLoQueHay(), antes);
+}
+
+TEST_P(Danos, WhereSamplesWereTakenAwayImagesStillComeIn) {
+    incorporarTodas();
+    sql("DELETE FROM muestras");
+    const auto otra = guardar("otra.rgt", ImagenPrueba().reloj(kInicio).serie(0, 0, 130).bytes());
+    const auto r = correr({"incorporar", otra, imagenDe("42080051")});
+    EXPECT_EQ(r.codigo, 0);
+    EXPECT_EQ(r.errores, "");
+    EXPECT_EQ(correr({"comprobar"}).codigo, 1);
+    EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+}
+
+// A trigger takes away what the server is given, and says nothing.
+TEST_P(Danos, WhatTheServerDoesNotKeepIsNotToldAsKept) {
+    if (esArchivo()) GTEST_SKIP() << "triggers do not run there";
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    sql("CREATE FUNCTION nada() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN RETURN NULL; END'");
+    const auto otra =
+        guardar("otra.rgt", ImagenPrueba().serie(0, 0, 100).poner(7, registroDeMinuto(70, 11)).bytes());
+    for (const std::string tabla : {"contenidos", "imagenes", "muestras", "testigos"}) {
+        SCOPED_TRACE(tabla);
+        sql("CREATE TRIGGER llevar BEFORE INSERT ON " + tabla + " FOR EACH ROW EXECUTE FUNCTION nada()");
+        const auto r = correr({"incorporar", otra});
+        EXPECT_EQ(r.codigo, 1);
+        EXPECT_EQ(r.salida, "");
+        EXPECT_THAT(r.errores,
+                    HasSubstr("el servidor no guardó lo que se le dio: vea telvane-historico comprobar"));
+        sql("DROP TRIGGER llevar ON " + tabla);
+        EXPECT_EQ(todoLoQueHay(), antes);
+    }
+    EXPECT_EQ(correr({"incorporar", otra}).codigo, 0);
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
 }
 
 }  // namespace
