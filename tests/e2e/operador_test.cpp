@@ -144,8 +144,12 @@ class Jornada {
              "lectura:byte=30:demora=1500", "escritura:byte=50:silencio", "escritura:byte=20:demora=3000",
              "serie:byte=3:silencio", "serie:byte=2:demora=1500", "descarga:bloque=3:silencio",
              "descarga:byte=1:cambiar=00", "descarga:bloque=40:byte=7:colgar"});
-        for (int i = tirar(azar_, 4); i > 0; --i)
-            fallos_.insert(fallos_.end(), {"--fallo", uno(azar_, kFallos)});
+        // The simulator takes none twice.
+        for (int i = tirar(azar_, 4); i > 0; --i) {
+            const std::string fallo = uno(azar_, kFallos);
+            if (std::ranges::find(fallos_, fallo) == fallos_.end())
+                fallos_.insert(fallos_.end(), {"--fallo", fallo});
+        }
         enchufar(fallos_);
         antes_ = memoria();
         empezar();
