@@ -51,6 +51,14 @@ bool tieneFormaDeMemoria(Bytes bytes) {
            llevaIntervalo(bytes);
 }
 
+// Behind texts that may hold any byte, what no log has there: an interval, and small or erased bytes.
+bool llevaCabecera(Bytes bytes) {
+    if (bytes.size() % kBytesBloque != 0 || !llevaIntervalo(bytes)) return false;
+    const auto resto =
+        bytes.first(std::min(bytes.size(), registro_config::kCabecera)).subspan(registro_config::kIntervalo);
+    return std::ranges::any_of(resto, [](std::uint8_t b) { return noEsTexto(b) || b == 0xFF; });
+}
+
 // The text of what begins with UTF-16's mark, with "?" for all that is not ASCII.
 std::optional<std::string> textoUtf16(Bytes bytes) {
     const auto texto = comoTexto(bytes);
@@ -123,6 +131,7 @@ bool pareceImagen(Bytes bytes) {
 
 bool pareceDiario(Bytes bytes) {
     if (bytes.size() > kBytesMemoria) return true;
+    if (llevaCabecera(bytes)) return false;
     const auto resto = sinCeros(bytes);
     const auto fin = std::ranges::find(resto, std::uint8_t{'\n'});
     // Behind its texts a header is erased in part, or holds the clock's small numbers.

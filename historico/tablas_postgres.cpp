@@ -49,7 +49,8 @@ constexpr Dialecto kDialecto{
     .no = "false",
     .si = "true",
     .comoSeEscribe = comoSeEscribe,
-    .claveAjena = "quítela"};
+    .claveAjena =
+        "quítela con ALTER TABLE … DROP CONSTRAINT, o DROP INDEX (su nombre lo muestra \\d de psql)"};
 
 // What is in a column of another type is taken along.
 std::string remedioAqui(const Falta& falta) {

@@ -197,8 +197,7 @@ ConexionTcp::ConexionTcp(const DireccionTcp& direccion)
     } catch (const std::system_error& error) {
         ::pthread_sigmask(SIG_SETMASK, &anteriores, nullptr);
         throw ErrorPuerto(MotivoPuerto::noSeAbre,
-                          fmt::format("no se pudo conectar con {}: {}", direccion.texto(),
-                                      motivoSistema(error.code().value())));
+                          fmt::format("no se pudo conectar con {}: {}", direccion.texto(), motivoDe(error)));
     }
     ::pthread_sigmask(SIG_SETMASK, &anteriores, nullptr);
 }

@@ -139,8 +139,11 @@ std::string motivoSinCarpeta(const std::filesystem::path& carpeta) {
 std::string motivoDe(const std::exception& error) {
     if (const auto* archivo = dynamic_cast<const std::filesystem::filesystem_error*>(&error))
         return fmt::format("{}: {}", nombreVisible(archivo->path1()), motivoSistema(archivo->code().value()));
-    if (const auto* sistema = dynamic_cast<const std::system_error*>(&error))
-        return motivoSistema(sistema->code().value());
+    if (const auto* sistema = dynamic_cast<const std::system_error*>(&error)) {
+        // It is threads that are thrown of so, and it is memory that they lack.
+        const int numero = sistema->code().value();
+        return motivoSistema(numero == EAGAIN ? ENOMEM : numero);
+    }
     if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) return motivoSistema(ENOMEM);
     return error.what();
 }

@@ -508,7 +508,9 @@ TEST(Servidor, PostgresqlNamesWhatHangsOnItsTablesAndIsNotOurs) {
               "servidor ejecute ",
               "ALTER TABLE telvane.imagenes DROP CONSTRAINT \"pocas\""},
              {"CREATE UNIQUE INDEX solo ON telvane.imagenes(origen)",
-              "la tabla imagenes tiene una clave que no es de este programa, (origen)",
+              "la tabla imagenes tiene una clave que no es de este programa, (origen): quítela con ALTER "
+              "TABLE … "
+              "DROP CONSTRAINT, o DROP INDEX",
               "DROP INDEX telvane.solo", false}}) {
         servidor.ejecutar("ajenos", cambio);
         const auto aviso = HasSubstr(seDice ? dicho + remedio : dicho);

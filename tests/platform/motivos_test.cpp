@@ -22,6 +22,7 @@ namespace {
 TEST(Motivos, SpeakSpanishWhoeverThrows) {
     EXPECT_EQ(motivoDe(std::runtime_error("revise el cable")), "revise el cable");
     EXPECT_EQ(motivoDe(std::bad_alloc()), motivoSinMemoria());
+    EXPECT_EQ(motivoDe(std::system_error(EAGAIN, std::generic_category(), "thread")), motivoSistema(ENOMEM));
     EXPECT_EQ(motivoDe(std::system_error(ENOSPC, std::generic_category(), "write")),
               "no queda espacio en el disco. Haga sitio y repita");
     const std::filesystem::filesystem_error error("status", "/a/b",
