@@ -124,6 +124,7 @@ bool pareceImagen(Bytes bytes) {
     if (bytes.size() < kBytesSerie || sinCeros(bytes).empty()) return false;
     if (bytes.size() == kBytesMemoria)
         return std::ranges::any_of(bytes, [](std::uint8_t b) { return noEsTexto(b) || b == 0xFF; });
+    if (llevaCabecera(bytes)) return true;
     const auto linea = comoTexto(bytes).substr(0, comoTexto(bytes).find("\r\n"));
     return std::ranges::any_of(bytes.first(linea.size()), noEsTexto) &&
            (empiezaPorSerie(bytes) || tieneFormaDeMemoria(bytes));

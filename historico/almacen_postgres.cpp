@@ -301,8 +301,8 @@ std::optional<EstacionGuardada> AlmacenPostgres::estacion(const std::string& nom
     return r.filas() == 0 ? std::nullopt : std::optional(estacionEn(r, 0));
 }
 void AlmacenPostgres::agregarEstacion(const EstacionGuardada& e) {
-    base_.consultar("INSERT INTO telvane.estaciones(id,nombre,serie,evaporacion) VALUES($1,$2,$3,$4::int=1)",
-                    Parametros().entero(e.id).texto(e.nombre).texto(e.serie).entero(e.evaporacion ? 1 : 0));
+    base_.cambiarUna("INSERT INTO telvane.estaciones(id,nombre,serie,evaporacion) VALUES($1,$2,$3,$4::int=1)",
+                     Parametros().entero(e.id).texto(e.nombre).texto(e.serie).entero(e.evaporacion ? 1 : 0));
 }
 void AlmacenPostgres::quitarEstacion(IdEstacion estacion) {
     base_.consultar("DELETE FROM telvane.estaciones WHERE id=$1", Parametros().entero(estacion));
@@ -323,7 +323,7 @@ void AlmacenPostgres::guardarResumen(IdEstacion estacion, const ResumenEstacion&
     p.bytes(r.cabecera).entero(r.imagenes).entero(r.muestras).entero(r.huecos).entero(r.conflictos);
     poner(p, r.desde);
     poner(p, r.hasta);
-    base_.consultar(kSql, p.entero(r.incorporada.time_since_epoch().count()));
+    base_.cambiarUna(kSql, p.entero(r.incorporada.time_since_epoch().count()));
 }
 
 std::vector<FichaImagen> AlmacenPostgres::fichasCon(const std::string& condicion,
@@ -428,7 +428,7 @@ void AlmacenPostgres::agregarFicha(IdEstacion estacion, const FichaImagen& f) {
         .texto(f.origen)
         .entero(f.muestras)
         .entero(f.retrocesos);
-    base_.exigirTocadas(base_.consultar(kSql, p), 1);
+    base_.cambiarUna(kSql, p);
 }
 void AlmacenPostgres::quitarFicha(IdEstacion estacion, const Huella& huella) {
     base_.consultar("DELETE FROM telvane.imagenes WHERE estacion=$1 AND huella=$2",
@@ -498,7 +498,7 @@ void AlmacenPostgres::guardarDescarga(IdEstacion estacion, const Huella& imagen,
     } else {
         p.nulo();
     }
-    base_.consultar(
+    base_.cambiarUna(
         "INSERT INTO telvane.descargas(estacion,imagen,descargada,puerto,dispositivo,desfase_s,verificada,"
         "reintentos,errores_de_linea) VALUES($1,$2,to_timestamp($3::bigint),$4,$5,$6,($7::int=1),$8,$9)",
         p.entero(f.verificada ? 1 : 0).entero(f.reintentos).entero(f.erroresDeLinea));
@@ -588,11 +588,11 @@ void AlmacenPostgres::cambiarCuenta(IdEstacion estacion, const Fila& fila) {
     static const std::string kSql = fmt::format(
         "UPDATE telvane.muestras SET cuenta=($4::int=1) WHERE estacion=$1 AND hora={} AND registro=$3",
         sinZona(2));
-    base_.consultar(kSql, Parametros()
-                              .entero(estacion)
-                              .entero(segundosDe(fila.instante))
-                              .bytes(fila.registro)
-                              .entero(fila.cuenta ? 1 : 0));
+    base_.cambiarUna(kSql, Parametros()
+                               .entero(estacion)
+                               .entero(segundosDe(fila.instante))
+                               .bytes(fila.registro)
+                               .entero(fila.cuenta ? 1 : 0));
 }
 
 std::vector<Testigo> AlmacenPostgres::testigos(IdEstacion estacion, Instante desde, Instante hasta) {

@@ -14,6 +14,7 @@
 #include "historico/copia_previa.h"
 #include "historico/esquema.h"
 #include "historico/esquema_sqlite.h"
+#include "platform/descriptor.h"
 #include "platform/destino.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
@@ -69,6 +70,17 @@ void exigirDiscoEscribible(const std::filesystem::path& ruta) {
                     nombreVisible(ruta), motivoSinConsejo(EROFS)));
 }
 
+// Whatever the umask. An empty one is a new archive, and what SQLite puts beside it gets its mode.
+void hacerParaSuDueno(const std::filesystem::path& ruta) {
+    constexpr mode_t kDeTodos = 0666;
+    constexpr mode_t kDeSuDueno = S_IRUSR | S_IWUSR;
+    const Descriptor nuevo(::open(ruta.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kDeTodos));
+    struct stat datos {};
+    // SQLite says why there can be none.
+    if (nuevo() < 0 || ::fstat(nuevo(), &datos) != 0 || (datos.st_mode & kDeSuDueno) == kDeSuDueno) return;
+    static_cast<void>(::fchmod(nuevo(), (datos.st_mode & kDeTodos) | kDeSuDueno));
+}
+
 [[noreturn]] void noHayArchivo(const std::filesystem::path& ruta) {
     throw ErrorAlmacen(
         fmt::format("{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
@@ -87,7 +99,10 @@ void AperturaSqlite::exigirEscribible(const std::filesystem::path& ruta, bool cr
     const auto hay = queHay(ruta);
     if (hay != QueHay::archivo && !crear) noHayArchivo(ruta);
     // SQLite does not say why it can make none.
-    if (hay == QueHay::nada) static_cast<void>(revisarDestino(ruta));
+    if (hay == QueHay::nada) {
+        static_cast<void>(revisarDestino(ruta));
+        hacerParaSuDueno(ruta);
+    }
     if (hay != QueHay::nada) exigirDiscoEscribible(ruta);
 }
 

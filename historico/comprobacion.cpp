@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 #include <tuple>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -69,6 +70,10 @@ void compararResumenes(const ResumenEstacion& hay, const ResumenEstacion& debe, 
     if (!igual) defectos.emplace_back("el resumen no es el de sus imágenes");
 }
 
+std::string anotadaEnFalso(const Huella& huella) {
+    return fmt::format("lo anotado de la imagen {} no es lo que dice", textoDe(huella));
+}
+
 void compararFichas(const std::vector<FichaImagen>& hay, const std::vector<FichaImagen>& debe,
                     Lineas& defectos) {
     for (const auto& una : hay) {
@@ -77,10 +82,13 @@ void compararFichas(const std::vector<FichaImagen>& hay, const std::vector<Ficha
         const auto todo = [](const FichaImagen& f) {
             return std::tuple(f.bytes, f.reloj, f.desde, f.hasta, f.muestras, f.retrocesos, f.contenida);
         };
-        if (suya == debe.end() || todo(*suya) != todo(una))
-            defectos.push_back(
-                fmt::format("lo anotado de la imagen {} no es lo que dice", textoDe(una.huella)));
+        if (suya == debe.end() || todo(*suya) != todo(una)) defectos.push_back(anotadaEnFalso(una.huella));
     }
+}
+
+Lineas conRemedio(Lineas lineas) {
+    for (auto& linea : lineas) linea += fmt::format(": {}", kReponer);
+    return lineas;
 }
 
 // Who holds which record of the stamps in conflict.
@@ -135,11 +143,19 @@ std::vector<std::string> Archivo::comprobarUna(Lectura& lectura, const EstacionG
                                                Almacen& prueba, const std::function<void()>& alAvanzar) {
     Archivo deNuevo(prueba);
     Imagenes imagenes(almacen_, estacion.id);
+    Lineas lineas;
     for (const auto& ficha : lectura.imagenes(estacion)) {
         alAvanzar();
-        deNuevo.copiarUna(estacion, ficha, imagenes.bytes(ficha.huella));
+        // Its content may be another station's.
+        const auto* bytes = imagenes.siSeLee(ficha.huella);
+        if (bytes != nullptr) {
+            deNuevo.copiarUna(estacion, ficha, *bytes);
+        } else {
+            lineas.push_back(anotadaEnFalso(ficha.huella));
+        }
     }
-    Lineas lineas;
+    // What the others say is not all.
+    if (!lineas.empty()) return conRemedio(std::move(lineas));
     if (const auto votos = almacen_.testigosPerdidos(estacion.id); votos > 0)
         lineas.push_back(fmt::format("testigos de una imagen que no está: {}", votos));
     const auto debe = prueba.estacion(estacion.nombre).value();
@@ -149,7 +165,7 @@ std::vector<std::string> Archivo::comprobarUna(Lectura& lectura, const EstacionG
         lineas.emplace_back("los testigos de sus conflictos no son los de sus imágenes");
     for (int anio = 2000; anio < 2100; ++anio)
         compararFilas(filasDelAnio(almacen_, estacion.id, anio), filasDelAnio(prueba, debe.id, anio), lineas);
-    for (auto& linea : lineas) linea += fmt::format(": {}", kReponer);
+    lineas = conRemedio(std::move(lineas));
     if (const auto fichas = almacen_.descargasPerdidas(estacion.id); fichas > 0) {
         lineas.push_back(
             fmt::format("fichas de descarga de una imagen que no está: {}: rehacer las quita", fichas));

@@ -91,7 +91,12 @@ class BasePostgres {
     void ejecutar(const std::string& sql, Atencion atencion = Atencion::toda);
     // Prepared at its second use.
     ResultadoPostgres consultar(const std::string& sql, const Parametros& parametros = {});
-    // COPY ... FROM STDIN (FORMAT binary): all of its bytes, which are so many rows. Throws as below.
+    // The same of one that makes or changes one row. Throws as exigirTocadas does.
+    void cambiarUna(const std::string& sql, const Parametros& parametros) {
+        exigirTocadas(consultar(sql, parametros), 1);
+    }
+    // COPY ... FROM STDIN (FORMAT binary): all of its bytes, which are so many rows. Throws as exigirTocadas
+    // does.
     void copiar(const std::string& sql, std::string_view bytes, std::size_t filas);
     // Throws ErrorAlmacen where it touched others than so many rows: somebody's trigger or rule takes them
     // away.

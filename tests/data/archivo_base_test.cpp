@@ -55,6 +55,8 @@ TEST(ReglaDeFlujos, NothingGoesIntoAMemory) {
             imagen[i] = static_cast<std::uint8_t>(cifras / 10 * 16 + cifras % 10);
         }
         if (vez % 5 == 0) std::fill_n(imagen.begin(), kBytesSerie, std::uint8_t{0});
+        if (vez % 11 == 0)
+            imagen[registro_config::kUsuario + 5] = '\r', imagen[registro_config::kUsuario + 6] = '\n';
         if (vez % 7 == 0) imagen[registro_config::kUsuario + tirar(azar, 100U)] = '\n';
         for (auto faltan = tirar(azar, 500); faltan > 0; --faltan) {
             const auto donde = tirar(azar, imagen.size());

@@ -818,6 +818,22 @@ TEST_P(Danos, WhereSamplesWereTakenAwayImagesStillComeIn) {
     EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
 }
 
+// A note under another station's number, whose content is where it belongs.
+TEST_P(Danos, ANoteBesideItsContentIsToldWithWhatToDo) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    sql("INSERT INTO imagenes SELECT (SELECT id FROM estaciones WHERE nombre='32080051'),huella,bytes,reloj,"
+        "desde,hasta,incorporada,origen,muestras,retrocesos,contenida FROM imagenes WHERE huella=" +
+        literal(originales[0]));
+    const auto r = correr({"comprobar"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.salida + r.errores, testing::Not(HasSubstr("vea telvane-historico comprobar")));
+    exigirPasoSiguiente(r.salida);
+    EXPECT_EQ(correr({"rehacer"}).errores, "");
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_EQ(todoLoQueHay(), antes);
+}
+
 // A trigger takes away what the server is given, and says nothing.
 TEST_P(Danos, WhatTheServerDoesNotKeepIsNotToldAsKept) {
     if (esArchivo()) GTEST_SKIP() << "triggers do not run there";
@@ -826,15 +842,16 @@ TEST_P(Danos, WhatTheServerDoesNotKeepIsNotToldAsKept) {
     sql("CREATE FUNCTION nada() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN RETURN NULL; END'");
     const auto otra =
         guardar("otra.rgt", ImagenPrueba().serie(0, 0, 100).poner(7, registroDeMinuto(70, 11)).bytes());
-    for (const std::string tabla : {"contenidos", "imagenes", "muestras", "testigos"}) {
+    for (const std::string tabla : {"INSERT ON contenidos", "INSERT ON imagenes", "INSERT ON muestras",
+                                    "INSERT ON testigos", "UPDATE ON estaciones"}) {
         SCOPED_TRACE(tabla);
-        sql("CREATE TRIGGER llevar BEFORE INSERT ON " + tabla + " FOR EACH ROW EXECUTE FUNCTION nada()");
+        sql("CREATE TRIGGER llevar BEFORE " + tabla + " FOR EACH ROW EXECUTE FUNCTION nada()");
         const auto r = correr({"incorporar", otra});
         EXPECT_EQ(r.codigo, 1);
         EXPECT_EQ(r.salida, "");
         EXPECT_THAT(r.errores,
                     HasSubstr("el servidor no guardó lo que se le dio: vea telvane-historico comprobar"));
-        sql("DROP TRIGGER llevar ON " + tabla);
+        sql("DROP TRIGGER llevar " + tabla.substr(tabla.find("ON")));
         EXPECT_EQ(todoLoQueHay(), antes);
     }
     EXPECT_EQ(correr({"incorporar", otra}).codigo, 0);

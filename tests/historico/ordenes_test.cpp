@@ -15,6 +15,7 @@
 #include "platform/archivo.h"
 #include "tests/apoyo/disco_chico.h"
 #include "tests/apoyo/leer_todo.h"
+#include "tests/apoyo/usuario_corriente.h"
 #include "tests/historico/banco_ordenes.h"
 
 namespace telvane {
@@ -31,6 +32,18 @@ TEST_F(Ordenes, IncorporarTellsEachFileAndGoesOnAfterOneThatFails) {
                 testing::EndsWith(
                     "no se pudo leer " + (carpeta / "no.rgt").string() +
                     ": no existe. Revise el nombre\ntelvane-historico: 1 de 2 archivos sin incorporar\n"));
+}
+
+TEST_F(Ordenes, ANewArchiveIsItsOwnersWhateverTheUmask) {
+    const auto imagen = guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes());
+    const UsuarioCorriente usuario(carpeta.ruta());
+    ASSERT_TRUE(usuario.hecho());
+    for (const mode_t mascara : {0477U, 0777U, 0277U, 0177U}) {
+        const auto donde = carpeta / (std::to_string(mascara) + ".sqlite");
+        const Mascara puesta(mascara);
+        EXPECT_EQ(correr({"--en", donde, "incorporar", imagen}).codigo, 0) << mascara;
+        EXPECT_EQ(correr({"--en", donde, "comprobar"}).salida, "El archivo está entero.\n") << mascara;
+    }
 }
 
 TEST_F(Ordenes, AFolderStandsForTheBaseFilesInIt) {
