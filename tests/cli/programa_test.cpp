@@ -69,6 +69,9 @@ class Programa : public testing::Test {
         return estado.value_or(-1);
     }
 
+    // Whatever the test was started with holds none of the first descriptors.
+    static constexpr const char* kSinMasFlujos = "exec 3>&- 4>&- 5>&- 6>&- 7>&- 8>&- 9>&-; ";
+
     CarpetaTemporal temporal;
     fs::path carpeta = temporal.ruta();
     std::unique_ptr<Proceso> simulador;
@@ -90,7 +93,8 @@ TEST_F(Programa, WhereDescriptorsRunOutNoCableIsBlamed) {
     conectar();
     std::vector<int> estados;
     for (int cuantos = 4; cuantos <= 16; ++cuantos) {
-        estados.push_back(porShell(fmt::format("exec 3>&-; ulimit -n {}; exec \"$@\"", cuantos), {"buscar"}));
+        estados.push_back(
+            porShell(fmt::format("{}ulimit -n {}; exec \"$@\"", kSinMasFlujos, cuantos), {"buscar"}));
         EXPECT_THAT(errores, Not(HasSubstr("cable"))) << cuantos;
         if (estados.back() != 0) {
             EXPECT_THAT(errores, HasSubstr("(ulimit -n). Suba ese límite")) << cuantos;
@@ -187,13 +191,12 @@ class ConLimites : public Programa {
                        static_cast<std::streamsize>(imagen.size()));
         }
     }
-    // Whatever the test was started with holds none of the descriptors.
     int convertir(const std::string& limite) {
         fs::remove_all(carpeta / "tablas");
         fs::create_directory(carpeta / "tablas");
         std::vector<std::string> muchas = {"convertir", "--en", (carpeta / "tablas").string()};
         muchas.insert(muchas.end(), entradas.begin(), entradas.end());
-        return porShell("exec 3>&-; " + limite + "; exec \"$@\"", muchas);
+        return porShell(kSinMasFlujos + limite + "; exec \"$@\"", muchas);
     }
     // All of them, or none and each told with its reason; nothing half made.
     void esperarTodasONinguna(int estado, const std::string& motivo) const {

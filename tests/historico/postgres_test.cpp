@@ -515,7 +515,14 @@ TEST(Servidor, PostgresqlNamesWhatHangsOnItsTablesAndIsNotOurs) {
         servidor.ejecutar("ajenos", cambio);
         const auto aviso = HasSubstr(seDice ? dicho + remedio : dicho);
         EXPECT_THAT(defectos(), testing::Contains(aviso)) << cambio;
-        EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::ElementsAre(aviso)) << cambio;
+        // What takes the rows away keeps them from being made again.
+        try {
+            EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::ElementsAre(aviso)) << cambio;
+        } catch (const ErrorAlmacen& error) {
+            EXPECT_THAT(error.what(),
+                        HasSubstr("no guardó lo que se le dio: vea telvane-historico comprobar"))
+                << cambio;
+        }
         servidor.ejecutar("ajenos", remedio);
         EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::IsEmpty()) << cambio;
         EXPECT_THAT(defectos(), testing::IsEmpty()) << cambio;
