@@ -53,10 +53,11 @@ void exigirArchivo(const fs::path& ruta, const struct stat& datos) {
 
 }  // namespace
 
-void ArchivoParcial::revisar(const Destino& destino, int salida) {
+void ArchivoParcial::revisar(const Destino& destino, const EntornoConsola& entorno) {
     ArchivosLeidos parcial;
     parcial.agregar(rutaParcial(destino));
-    parcial.exigirOtro(salida, "la salida de la orden");
+    parcial.exigirOtro(entorno.salida, "la salida de la orden");
+    parcial.exigirOtro(entorno.errores, "lo que la orden avisa");
     exigirSitio(destino);
 }
 

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "consola/entorno_consola.h"
 #include "platform/guardado.h"
 
 namespace telvane {
@@ -24,9 +25,9 @@ class ArchivoParcial {
     using Coinciden = std::function<bool(std::size_t desde, Bytes antes, Bytes ahora)>;
 
     // Throws where something else than a file that may be written stands in the partial file's place: known
-    // before the logger is asked for anything. Throws ErrorNombre where the descriptor salida leads to it,
-    // whose text would go over the memory's blocks.
-    static void revisar(const Destino& destino, int salida);
+    // before the logger is asked for anything. Throws ErrorNombre where the program's output or its errors
+    // lead to it: that text would go over the memory's blocks.
+    static void revisar(const Destino& destino, const EntornoConsola& entorno);
 
     // Opens the file, with what an earlier run left in it. One that another run is writing is refused, and so
     // is anything that is not a file.

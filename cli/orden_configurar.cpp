@@ -331,7 +331,7 @@ std::filesystem::path Configurador::rutaDeRespaldo() const {
 // Only a file keeps a copy that can be found again.
 Destino Configurador::destinoDeRespaldo() const {
     auto destino = revisarDestino(rutaDeRespaldo(), reglaDeBase());
-    ArchivoParcial::revisar(destino, contexto_.entorno.salida);
+    ArchivoParcial::revisar(destino, contexto_.entorno);
     return destino;
 }
 

@@ -146,7 +146,7 @@ void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
     const auto& base = salidas.base;
     auto& consola = contexto.consola;
     if (salidas.algunaEstandar()) consola.exigirSalida();
-    if (base.archivo()) ArchivoParcial::revisar(base.destino(), contexto.entorno.salida);
+    if (base.archivo()) ArchivoParcial::revisar(base.destino(), contexto.entorno);
     SesionCli sesion(contexto.entorno, consola, contexto.com);
     auto& registrador = sesion.registrador();
     registrador.espera(std::chrono::seconds(leerEntero(opciones.espera)));

@@ -28,6 +28,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kSeLee = "de ahí se lee lo que se guarda. Dé otro nombre";
+constexpr std::string_view kSeEscribe =
+    "ahí va ya lo que el programa dice (>, >> o 2>> de la línea). Dé otro nombre";
 constexpr std::string_view kDeUnaBase = "ahí está un archivo histórico u otra base de datos; dé otro nombre";
 
 // Inner failure: the reason on its way to the one place that names the file.
@@ -174,6 +176,19 @@ Vista mirar(const fs::path& ruta, std::size_t bytes) {
     return vista;
 }
 
+// A file's place on the disk.
+std::string lugar(const struct stat& datos) {
+    return fmt::format("{}:{}", datos.st_dev, datos.st_ino);
+}
+
+// A log that this process itself writes into: replaced, it would take with it what was told, and is told yet.
+bool esDondeSeDice(const struct stat& datos) {
+    return std::ranges::any_of(std::to_array({STDOUT_FILENO, STDERR_FILENO}), [&](int flujo) {
+        const int modo = ::fcntl(flujo, F_GETFL);
+        return modo >= 0 && (modo & O_ACCMODE) != O_RDONLY && identidad(flujo) == lugar(datos);
+    });
+}
+
 // The files beside a data base hold what is not yet in it.
 bool estaJuntoAUnaBase(const fs::path& ruta) {
     const auto nombre = ruta.string();
@@ -206,6 +221,7 @@ void revisarPrevio(Destino& destino, const ReglaDestino& regla) {
     // The data base would take what stands beside it for its own.
     if (vista.esBaseDeDatos() || estaJuntoAUnaBase(destino.ruta)) throw Fallo{std::string(kDeUnaBase), true};
     if (!vista.esta) return;
+    if (esDondeSeDice(vista.datos)) throw Fallo{std::string(kSeEscribe), true};
     if (destino.nuevo) throw Fallo{motivoEscritura(EEXIST)};
     exigir(::faccessat(AT_FDCWD, destino.ruta.c_str(), W_OK, AT_EACCESS) == 0);
     if (esPuntoDeMontaje(destino.ruta)) throw Fallo{conOtroNombre("es un punto de montaje")};
@@ -258,11 +274,6 @@ class MascaraConDueno {
    private:
     mode_t antes_;
 };
-
-// A file's place on the disk.
-std::string lugar(const struct stat& datos) {
-    return fmt::format("{}:{}", datos.st_dev, datos.st_ino);
-}
 
 }  // namespace
 

@@ -87,8 +87,8 @@ struct Destino {
 
 // Throws ErrorGuardado with the file's name and the reason in Spanish where writing is refused or bound to
 // fail: a folder that is missing or closed, a file that may not be written or read or that would be replaced
-// against the rule, a data base (whatever its name), too little room, anything that is neither a regular file
-// nor, where the rule lets it, a stream. Writes nothing.
+// against the rule, a data base (whatever its name), what this process' output or errors go to, too little
+// room, anything that is neither a regular file nor, where the rule lets it, a stream. Writes nothing.
 Destino revisarDestino(const std::filesystem::path& ruta, const ReglaDestino& regla = {});
 
 // Why nothing may be written where a data base stands, or a file that holds what is not yet in the one beside

@@ -178,6 +178,37 @@ TEST_F(Programa, AnInputThatComesOrAnOutputThatGoesByTheStandardStreamsIsCompare
     EXPECT_EQ(porShell("\"$@\" <'" + de + "' >'" + de + ".csv'", {"convertir", "-", "-"}), 0) << errores;
 }
 
+// What the command tells would go with the log that it replaces.
+TEST_F(Programa, TheLogThatItsOutputOrItsErrorsGoToIsNoOutput) {
+    const auto imagen = memoriaSimulada(Clima(7));
+    const auto de = (carpeta / "in.rgt").string();
+    std::ofstream(de, std::ios::binary)
+        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    const auto diario = (carpeta / "diario").string();
+    const auto parcial = (carpeta / "x.rgt.parcial").string();
+    const std::vector<std::pair<std::string, std::vector<std::string>>> casos = {
+        {"2>>", {"convertir", de, diario}},
+        {">>", {"convertir", de, diario}},
+        {"2>>", {"convertir", de, "/dev/stderr"}},
+        {"2>>", {"descargar", "--base", (carpeta / "x.rgt").string(), "--csv", diario}},
+        {"2>>", {"descargar", "--base", diario, "--reemplazar"}},
+        {"2>>", {"descargar", "--base", "/dev/stderr", "--reemplazar"}},
+        {"2<>", {"descargar", "--base", diario}},
+        {">>", {"descargar", "--base", diario, "--reemplazar"}},
+    };
+    for (const auto& [flujo, argumentos] : casos) {
+        std::ofstream(diario) << "2026-11-23 noche\n";
+        EXPECT_EQ(porShell("\"$@\" " + flujo + "'" + diario + "'", argumentos), 2) << flujo << errores;
+        // "<>" writes over what is there, as the line asked for.
+        const std::string queda = flujo == "2<>" ? "telvane-cli: " : "2026-11-23 noche\n";
+        EXPECT_THAT(leerTodo(diario), testing::StartsWith(queda)) << flujo;
+        EXPECT_FALSE(fs::exists(carpeta / "x.rgt"));
+    }
+    EXPECT_EQ(porShell("\"$@\" 2>>'" + parcial + "'", {"descargar", "--base", (carpeta / "x.rgt").string()}),
+              2);
+    EXPECT_THAT(leerTodo(parcial), HasSubstr("lo que la orden avisa"));
+}
+
 // Images and a folder for their tables.
 class ConLimites : public Programa {
    protected:
