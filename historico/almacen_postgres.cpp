@@ -6,135 +6,21 @@
 
 #include <fmt/format.h>
 
+#include "historico/apertura_postgres.h"
 #include "historico/esquema_postgres.h"
+#include "historico/filas_postgres.h"
 #include "historico/limites_aviso.h"
 
 namespace telvane {
 
 namespace {
 
-using std::chrono::microseconds;
-using std::chrono::seconds;
+namespace columnas = columnas_postgres;
 
-// The server counts microseconds from here.
-constexpr Instante kOrigen = kPrimerMomento;
-
-std::int64_t microsDe(Instante instante) {
-    return microseconds(instante - kOrigen).count();
-}
-Instante instanteDeMicros(std::int64_t micros) {
-    return kOrigen + std::chrono::duration_cast<seconds>(microseconds(micros));
-}
-std::int64_t segundosDe(Instante instante) {
-    return instante.time_since_epoch().count();
-}
-
-void poner(Parametros& p, const std::optional<Instante>& instante) {
-    if (instante) {
-        p.entero(segundosDe(*instante));
-    } else {
-        p.nulo();
-    }
-}
-std::optional<Instante> momentoEn(const ResultadoPostgres& r, int fila, int columna) {
-    if (r.esNulo(fila, columna)) return std::nullopt;
-    return instanteDeMicros(r.entero(fila, columna));
-}
-std::chrono::sys_seconds utcEn(const ResultadoPostgres& r, int fila, int columna) {
-    return std::chrono::sys_seconds(instanteDeMicros(r.entero(fila, columna)).time_since_epoch());
-}
-
-template <std::size_t N>
-std::array<std::uint8_t, N> arregloEn(const ResultadoPostgres& r, int fila, int columna) {
-    std::array<std::uint8_t, N> arreglo{};
-    const auto bytes = r.bytes(fila, columna);
-    std::copy_n(bytes.begin(), std::min(bytes.size(), N), arreglo.begin());
-    return arreglo;
-}
-
-// Of the logger's moments, $n being seconds since 1970.
-std::string sinZona(int cual) {
-    return fmt::format("(to_timestamp(${}::bigint) AT TIME ZONE 'UTC')", cual);
-}
-
-const std::string kEstacion =
-    "SELECT "
-    "id::bigint,nombre,serie,evaporacion,mas_nueva,cabecera,imagenes,muestras,huecos,conflictos,desde,hasta,"
-    "incorporada FROM telvane.estaciones ";
-
-EstacionGuardada estacionEn(const ResultadoPostgres& r, int fila) {
-    EstacionGuardada e{.id = r.entero(fila, 0),
-                       .nombre = r.texto(fila, 1),
-                       .serie = r.texto(fila, 2),
-                       .evaporacion = r.logico(fila, 3),
-                       .resumen = {}};
-    if (!r.esNulo(fila, 4)) e.resumen.masNueva = arregloEn<32>(r, fila, 4);
-    const auto cabecera = r.bytes(fila, 5);
-    e.resumen.cabecera.assign(cabecera.begin(), cabecera.end());
-    e.resumen.imagenes = r.entero(fila, 6);
-    e.resumen.muestras = r.entero(fila, 7);
-    e.resumen.huecos = r.entero(fila, 8);
-    e.resumen.conflictos = r.entero(fila, 9);
-    e.resumen.desde = momentoEn(r, fila, 10);
-    e.resumen.hasta = momentoEn(r, fila, 11);
-    e.resumen.incorporada = incorporadaDe(utcEn(r, fila, 12));
-    return e;
-}
-
-FichaImagen fichaEn(const ResultadoPostgres& r, int fila) {
-    return {.huella = arregloEn<32>(r, fila, 0),
-            .bytes = static_cast<std::size_t>(r.entero(fila, 1)),
-            .reloj = momentoEn(r, fila, 2),
-            .desde = momentoEn(r, fila, 3),
-            .hasta = momentoEn(r, fila, 4),
-            .incorporada = incorporadaDe(utcEn(r, fila, 5)),
-            .origen = r.texto(fila, 6),
-            .muestras = r.entero(fila, 7),
-            .retrocesos = r.entero(fila, 8),
-            .contenida = r.logico(fila, 9)};
-}
-// From the column given on.
-FichaDescarga descargaEn(const ResultadoPostgres& r, int fila, int desde) {
-    FichaDescarga f{.descargada = utcEn(r, fila, desde),
-                    .puerto = r.entero(fila, desde + 1),
-                    .dispositivo = r.texto(fila, desde + 2),
-                    .desfase = {},
-                    .verificada = r.logico(fila, desde + 4),
-                    .reintentos = r.entero(fila, desde + 5),
-                    .erroresDeLinea = r.entero(fila, desde + 6)};
-    if (!r.esNulo(fila, desde + 3)) f.desfase = r.entero(fila, desde + 3);
-    return f;
-}
-
-template <typename Leer>
-auto deCadaFila(const ResultadoPostgres& r, Leer leer) {
-    std::vector<decltype(leer(0))> lista;
-    lista.reserve(static_cast<std::size_t>(r.filas()));
-    for (int i = 0; i < r.filas(); ++i) lista.push_back(leer(i));
-    return lista;
-}
+const std::string kEstacion = fmt::format("SELECT {} FROM telvane.estaciones", columnas::kEstacion);
 
 // Nobody else writes meanwhile.
 constexpr std::string_view kBloqueo = "LOCK TABLE telvane.estaciones IN SHARE ROW EXCLUSIVE MODE";
-
-bool esVieja(std::int64_t version) {
-    return version >= 0 && version < esquema_postgres::kVersion;
-}
-
-// A binary COPY: this, rows of fields with their lengths, and the end.
-constexpr std::string_view kComienzoDeCopia{"PGCOPY\n\377\r\n\0\0\0\0\0\0\0\0\0", 19};
-void agregarCampo(std::string& copia, std::span<const std::uint8_t> bytes) {
-    agregarEntero(copia, static_cast<std::int32_t>(bytes.size()));
-    copia.append(bytes.begin(), bytes.end());
-}
-template <typename Entero>
-void agregarNumero(std::string& copia, Entero valor) {
-    agregarEntero(copia, static_cast<std::int32_t>(sizeof(Entero)));
-    agregarEntero(copia, valor);
-}
-void terminarCopia(std::string& copia) {
-    agregarEntero(copia, std::int16_t{-1});
-}
 
 }  // namespace
 
@@ -144,45 +30,24 @@ bool AlmacenPostgres::esDireccion(std::string_view destino) {
 
 AlmacenPostgres::AlmacenPostgres(const std::string& url, bool crear, std::chrono::milliseconds paciencia,
                                  std::function<void()> atender)
-    : AlmacenPostgres(url, crear ? Apertura::crear : Apertura::leer, paciencia, std::move(atender)) {}
+    : AlmacenPostgres(url, crear ? AperturaPostgres::Para::crear : AperturaPostgres::Para::leer, paciencia,
+                      std::move(atender)) {}
 
 std::unique_ptr<AlmacenPostgres> AlmacenPostgres::abrirParaReponer(const std::string& url,
                                                                    std::chrono::milliseconds paciencia,
                                                                    std::function<void()> atender) {
     return std::unique_ptr<AlmacenPostgres>(
-        new AlmacenPostgres(url, Apertura::reponer, paciencia, std::move(atender)));
+        new AlmacenPostgres(url, AperturaPostgres::Para::reponer, paciencia, std::move(atender)));
 }
 
-AlmacenPostgres::AlmacenPostgres(const std::string& url, Apertura como, std::chrono::milliseconds paciencia,
-                                 std::function<void()> atender)
+AlmacenPostgres::AlmacenPostgres(const std::string& url, AperturaPostgres::Para para,
+                                 std::chrono::milliseconds paciencia, std::function<void()> atender)
     : base_(url, std::move(atender)), tablas_(base_, esquema_postgres::kMigraciones), paciencia_(paciencia) {
-    auto hay = versionQueHay();
-    const bool reponer = como == Apertura::reponer;
-    if (esVieja(hay) && (como == Apertura::crear || (reponer && hay != kSinTablas)))
-        hay = ponerAlDia(reponer);
-    if (reponer && hay == kCallada) return;
-    exigirTablas(hay);
+    apertura().abrir(para);
 }
 
-std::int64_t AlmacenPostgres::version() {
-    // A schema without anything in it is what whoever administers the server makes for somebody.
-    const auto hay = base_.consultar(
-        "SELECT EXISTS(SELECT 1 FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON "
-        "n.oid=c.relnamespace WHERE n.nspname='telvane'),EXISTS(SELECT 1 FROM pg_catalog.pg_attribute a "
-        "WHERE "
-        "a.attrelid=to_regclass('telvane.esquema') AND a.attname='version' AND "
-        "a.atttypid='integer'::regtype)");
-    if (!hay.logico(0, 0)) return kSinTablas;
-    if (hay.logico(0, 1)) {
-        const auto r = base_.consultar("SELECT version::bigint FROM telvane.esquema");
-        if (r.filas() == 1 && r.entero(0, 0) > 0) return r.entero(0, 0);
-    }
-    return tablas_.estanLasDeSiempre() ? kCallada : kNoLoDice;
-}
-
-std::int64_t AlmacenPostgres::versionQueHay() {
-    const Transaccion transaccion(*this, Modo::lectura);
-    return version();
+AperturaPostgres AlmacenPostgres::apertura() {
+    return {*this, base_, tablas_};
 }
 
 // What a transaction goes by, whatever is set for the server, the data base or the role: it waits so long for
@@ -194,71 +59,6 @@ std::string AlmacenPostgres::condiciones() const {
         "idle_in_transaction_session_timeout=0; SET LOCAL row_security=off; SET LOCAL "
         "quote_all_identifiers=off",
         paciencia_.count());
-}
-
-TablasPostgres AlmacenPostgres::tablasDe(std::int64_t cual) {
-    return {base_, std::span(esquema_postgres::kMigraciones).first(static_cast<std::size_t>(cual) - 1)};
-}
-
-std::string AlmacenPostgres::estorbo(std::int64_t desde, bool reponer) {
-    auto antiguas = tablasDe(desde);
-    auto lista = tablas_.estorbos(antiguas);
-    if (lista.empty() && !reponer) lista = antiguas.faltanTablas();
-    return lista.empty() ? std::string() : lista.front();
-}
-
-void AlmacenPostgres::migrar(std::int64_t desde, bool reponer) {
-    if (desde == kSinTablas) {
-        tablas_.crear();
-        desde = 1;
-    } else {
-        if (const auto que = estorbo(desde, reponer); !que.empty())
-            throw ErrorAlmacen(fmt::format("{}: {}", nombre(), que));
-        if (reponer) tablasDe(desde).reponer();
-    }
-    for (const auto paso :
-         std::span(esquema_postgres::kMigraciones).subspan(static_cast<std::size_t>(desde) - 1))
-        base_.ejecutar(std::string(paso));
-    base_.ejecutar(fmt::format("UPDATE telvane.esquema SET version={}", esquema_postgres::kVersion));
-}
-
-std::int64_t AlmacenPostgres::ponerAlDia(bool reponer) {
-    base_.ejecutar("BEGIN");
-    try {
-        // Two may begin at once: the second finds it done.
-        base_.ejecutar(condiciones() + "; SELECT pg_advisory_xact_lock(hashtext('telvane'))");
-        if (const auto desde = version(); esVieja(desde)) migrar(desde, reponer);
-        base_.ejecutar("COMMIT");
-    } catch (...) {
-        abandonar();
-        throw;
-    }
-    return versionQueHay();
-}
-
-void AlmacenPostgres::exigirTablas(std::int64_t cual) {
-    constexpr auto kAhora = esquema_postgres::kVersion;
-    if (cual == kAhora) return;
-    if (cual == kSinTablas) {
-        throw ErrorAlmacen(fmt::format(
-            "{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
-            nombre()));
-    }
-    if (cual == kNoLoDice || cual == kCallada) {
-        throw ErrorAlmacen(fmt::format("{}: no dice de qué versión es, en su tabla telvane.esquema: {}",
-                                       nombre(), cual == kCallada ? kReponer : kRecuperar));
-    }
-    if (cual < kAhora) {
-        const Transaccion transaccion(*this, Modo::lectura);
-        if (const auto que = estorbo(cual, false); !que.empty())
-            throw ErrorAlmacen(fmt::format("{}: {}", nombre(), que));
-        throw ErrorAlmacen(fmt::format(
-            "{}: es de una versión anterior ({}): la pone al día el próximo incorporar", nombre(), cual));
-    }
-    throw ErrorAlmacen(
-        fmt::format("{}: es de una versión más nueva ({}) que la de este programa ({}): actualice "
-                    "telvane-historico",
-                    nombre(), cual, kAhora));
 }
 
 void AlmacenPostgres::empezar(Modo modo) {
@@ -293,11 +93,11 @@ void AlmacenPostgres::abandonar() noexcept {
 }
 
 std::vector<EstacionGuardada> AlmacenPostgres::estaciones() {
-    const auto r = base_.consultar(kEstacion + "ORDER BY nombre");
+    const auto r = base_.consultar(kEstacion + " ORDER BY nombre");
     return deCadaFila(r, [&](int i) { return estacionEn(r, i); });
 }
 std::optional<EstacionGuardada> AlmacenPostgres::estacion(const std::string& nombre) {
-    const auto r = base_.consultar(kEstacion + "WHERE nombre=$1", Parametros().texto(nombre));
+    const auto r = base_.consultar(kEstacion + " WHERE nombre=$1", Parametros().texto(nombre));
     return r.filas() == 0 ? std::nullopt : std::optional(estacionEn(r, 0));
 }
 void AlmacenPostgres::agregarEstacion(const EstacionGuardada& e) {
@@ -321,19 +121,16 @@ void AlmacenPostgres::guardarResumen(IdEstacion estacion, const ResumenEstacion&
         p.nulo();
     }
     p.bytes(r.cabecera).entero(r.imagenes).entero(r.muestras).entero(r.huecos).entero(r.conflictos);
-    poner(p, r.desde);
-    poner(p, r.hasta);
+    ponerOpcional(p, r.desde);
+    ponerOpcional(p, r.hasta);
     base_.cambiarUna(kSql, p.entero(r.incorporada.time_since_epoch().count()));
 }
 
 std::vector<FichaImagen> AlmacenPostgres::fichasCon(const std::string& condicion,
                                                     const Parametros& parametros) {
     const auto r = base_.consultar(
-        "SELECT "
-        "huella,bytes::bigint,reloj,desde,hasta,incorporada,origen,muestras::bigint,retrocesos::bigint,"
-        "contenida "
-        "FROM telvane.imagenes WHERE estacion=$1" +
-            condicion + " ORDER BY reloj NULLS FIRST,huella",
+        fmt::format("SELECT {} FROM telvane.imagenes WHERE estacion=$1{} ORDER BY reloj NULLS FIRST,huella",
+                    columnas::kFicha, condicion),
         parametros);
     return deCadaFila(r, [&](int i) { return fichaEn(r, i); });
 }
@@ -343,9 +140,7 @@ std::vector<FichaImagen> AlmacenPostgres::fichas(IdEstacion estacion) {
 // One question for all of them: a server is far away.
 std::map<IdEstacion, std::vector<Llegada>> AlmacenPostgres::ultimas(std::size_t cuantas) {
     static const std::string kColumnas =
-        "i.huella,i.bytes::bigint,i.reloj,i.desde,i.hasta,i.incorporada,i.origen,i.muestras::bigint,"
-        "i.retrocesos::bigint,i.contenida,d.descargada,d.puerto,d.dispositivo,d.desfase_s,d.verificada,"
-        "d.reintentos,d.errores_de_linea";
+        columnasDe("i", columnas::kFicha) + "," + columnasDe("d", columnas::kDescarga);
     static const std::string kSql = fmt::format(
         "SELECT u.*,e.id::bigint FROM telvane.estaciones e CROSS JOIN LATERAL ((SELECT {0} FROM "
         "telvane.imagenes i LEFT JOIN telvane.descargas d ON d.estacion=i.estacion AND d.imagen=i.huella "
@@ -355,11 +150,12 @@ std::map<IdEstacion, std::vector<Llegada>> AlmacenPostgres::ultimas(std::size_t 
         "telvane.imagenes i ON i.estacion=d.estacion AND i.huella=d.imagen WHERE d.estacion=e.id ORDER BY "
         "d.descargada DESC,d.imagen DESC LIMIT $1)) u",
         kColumnas);
-    const auto r = base_.consultar(kSql, Parametros()
-                                             .entero(static_cast<std::int64_t>(cuantas))
-                                             .entero(seconds(limites_aviso::kRelojFuturo).count()));
-    constexpr int kTrasLaFicha = 10;
-    constexpr int kIdEstacion = 17;
+    const auto r =
+        base_.consultar(kSql, Parametros()
+                                  .entero(static_cast<std::int64_t>(cuantas))
+                                  .entero(std::chrono::seconds(limites_aviso::kRelojFuturo).count()));
+    constexpr int kTrasLaFicha = columnas::kDeFicha;
+    constexpr int kIdEstacion = kTrasLaFicha + columnas::kDeDescarga;
     std::map<IdEstacion, std::vector<Llegada>> ultimas;
     for (int i = 0; i < r.filas(); ++i) {
         auto& suyas = ultimas[r.entero(i, kIdEstacion)];
@@ -421,9 +217,9 @@ void AlmacenPostgres::agregarFicha(IdEstacion estacion, const FichaImagen& f) {
         sinZona(4), sinZona(5), sinZona(6));
     Parametros p;
     p.entero(estacion).bytes(f.huella).entero(static_cast<std::int64_t>(f.bytes));
-    poner(p, f.reloj);
-    poner(p, f.desde);
-    poner(p, f.hasta);
+    ponerOpcional(p, f.reloj);
+    ponerOpcional(p, f.desde);
+    ponerOpcional(p, f.hasta);
     p.entero(f.incorporada.time_since_epoch().count())
         .texto(f.origen)
         .entero(f.muestras)
@@ -468,11 +264,9 @@ bool AlmacenPostgres::conserva(IdEstacion estacion, const Huella& huella) {
 }
 AlmacenPostgres::Descargas AlmacenPostgres::descargasCon(const std::string& condicion,
                                                          const Parametros& parametros) {
-    const auto r = base_.consultar(
-        "SELECT imagen,descargada,puerto,dispositivo,desfase_s,verificada,reintentos,errores_de_linea FROM "
-        "telvane.descargas WHERE estacion=$1" +
-            condicion,
-        parametros);
+    const auto r = base_.consultar(fmt::format("SELECT imagen,{} FROM telvane.descargas WHERE estacion=$1{}",
+                                               columnas::kDescarga, condicion),
+                                   parametros);
     Descargas lista;
     for (int i = 0; i < r.filas(); ++i) {
         if (auto ficha = descargaEn(r, i, 1); ficha.tieneMomento())
@@ -572,17 +366,16 @@ std::vector<Instante> AlmacenPostgres::sellosDespues(IdEstacion estacion, Instan
 void AlmacenPostgres::agregarFilas(IdEstacion estacion, std::span<const Fila> filas) {
     if (filas.empty()) return;
     constexpr std::int16_t kCampos = 4;
-    std::string copia(kComienzoDeCopia);
+    CopiaBinaria copia(kCampos);
     for (const auto& fila : filas) {
-        agregarEntero(copia, kCampos);
-        agregarNumero(copia, static_cast<std::int32_t>(estacion));
-        agregarNumero(copia, microsDe(fila.instante));
-        agregarCampo(copia, fila.registro);
-        agregarNumero(copia, static_cast<std::int8_t>(fila.cuenta ? 1 : 0));
+        copia.empezarFila();
+        copia.numero(static_cast<std::int32_t>(estacion));
+        copia.numero(microsDe(fila.instante));
+        copia.campo(fila.registro);
+        copia.numero(static_cast<std::int8_t>(fila.cuenta ? 1 : 0));
     }
-    terminarCopia(copia);
-    base_.copiar("COPY telvane.muestras(estacion,hora,registro,cuenta) FROM STDIN (FORMAT binary)", copia,
-                 filas.size());
+    base_.copiar("COPY telvane.muestras(estacion,hora,registro,cuenta) FROM STDIN (FORMAT binary)",
+                 copia.terminar(), filas.size());
 }
 void AlmacenPostgres::cambiarCuenta(IdEstacion estacion, const Fila& fila) {
     static const std::string kSql = fmt::format(
@@ -621,8 +414,8 @@ std::int64_t AlmacenPostgres::conflictosDeMas(IdEstacion estacion, const FichaIm
         "SELECT count(DISTINCT hora) FROM (" + kDe + "$2 EXCEPT " + kDe + "$3) nuevas";
     Parametros p;
     p.entero(estacion).bytes(imagen.huella).bytes(otra);
-    poner(p, imagen.desde);
-    poner(p, imagen.hasta);
+    ponerOpcional(p, imagen.desde);
+    ponerOpcional(p, imagen.hasta);
     return base_.consultar(kSql, p).entero(0, 0);
 }
 
@@ -633,18 +426,17 @@ std::vector<Instante> AlmacenPostgres::sellosDe(IdEstacion estacion, const Huell
 void AlmacenPostgres::agregarTestigos(IdEstacion estacion, std::span<const Testigo> testigos) {
     if (testigos.empty()) return;
     constexpr std::int16_t kCampos = 5;
-    std::string copia(kComienzoDeCopia);
+    CopiaBinaria copia(kCampos);
     for (const auto& t : testigos) {
-        agregarEntero(copia, kCampos);
-        agregarNumero(copia, static_cast<std::int32_t>(estacion));
-        agregarNumero(copia, microsDe(t.instante));
-        agregarCampo(copia, t.registro);
-        agregarNumero(copia, static_cast<std::int32_t>(t.ranura));
-        agregarCampo(copia, t.imagen);
+        copia.empezarFila();
+        copia.numero(static_cast<std::int32_t>(estacion));
+        copia.numero(microsDe(t.instante));
+        copia.campo(t.registro);
+        copia.numero(static_cast<std::int32_t>(t.ranura));
+        copia.campo(t.imagen);
     }
-    terminarCopia(copia);
     base_.copiar("COPY telvane.testigos(estacion,hora,registro,ranura,imagen) FROM STDIN (FORMAT binary)",
-                 copia, testigos.size());
+                 copia.terminar(), testigos.size());
 }
 void AlmacenPostgres::vaciarDerivado(IdEstacion estacion) {
     const Parametros p = Parametros().entero(estacion);
@@ -664,31 +456,17 @@ void AlmacenPostgres::corregirFicha(IdEstacion estacion, const FichaImagen& f) {
         sinZona(3), sinZona(4), sinZona(5));
     Parametros p;
     p.entero(estacion).bytes(f.huella);
-    poner(p, f.reloj);
-    poner(p, f.desde);
-    poner(p, f.hasta);
+    ponerOpcional(p, f.reloj);
+    ponerOpcional(p, f.desde);
+    ponerOpcional(p, f.hasta);
     p.entero(f.muestras).entero(f.retrocesos).entero(f.incorporada.time_since_epoch().count());
     base_.consultar(kSql, p.entero(static_cast<std::int64_t>(f.bytes)));
 }
 
+// Nothing of what that makes stays.
 std::vector<std::string> AlmacenPostgres::partesQueFaltan() {
-    base_.ejecutar("BEGIN; " + condiciones());
-    std::vector<std::string> lista;
-    try {
-        lista = tablas_.faltan();
-    } catch (const ErrorAlmacen&) {
-        abandonar();
-        throw;
-    }
-    base_.ejecutar("ROLLBACK");
-    return lista;
-}
-
-// All that this version has is there by now.
-void AlmacenPostgres::reponerVersion() {
-    if (version() > 0) return;
-    base_.ejecutar(fmt::format("DELETE FROM telvane.esquema; INSERT INTO telvane.esquema VALUES({})",
-                               esquema_postgres::kVersion));
+    const Transaccion transaccion(*this, Modo::arreglo);
+    return tablas_.faltan();
 }
 
 void AlmacenPostgres::reponer() {
@@ -697,7 +475,7 @@ void AlmacenPostgres::reponer() {
     if (base_.consultar("SELECT to_regclass('telvane.estaciones') IS NOT NULL").logico(0, 0))
         base_.ejecutar(std::string(kBloqueo));
     tablas_.reponer();
-    reponerVersion();
+    apertura().reponerVersion();
     transaccion.confirmar();
 }
 
@@ -719,12 +497,12 @@ void AlmacenPostgres::limpiar() {
 }
 
 std::vector<Almacen::FichaGuardada> AlmacenPostgres::fichasGuardadas() {
-    const auto r = base_.consultar(
-        "SELECT huella,bytes::bigint,reloj,desde,hasta,incorporada,origen,muestras::bigint,"
-        "retrocesos::bigint,contenida,estacion::bigint FROM telvane.imagenes ORDER BY estacion,reloj NULLS "
-        "FIRST,huella");
-    return deCadaFila(
-        r, [&](int i) { return FichaGuardada{.estacion = r.entero(i, 10), .ficha = fichaEn(r, i)}; });
+    const auto r = base_.consultar(fmt::format(
+        "SELECT {},estacion::bigint FROM telvane.imagenes ORDER BY estacion,reloj NULLS FIRST,huella",
+        columnas::kFicha));
+    return deCadaFila(r, [&](int i) {
+        return FichaGuardada{.estacion = r.entero(i, columnas::kDeFicha), .ficha = fichaEn(r, i)};
+    });
 }
 
 std::vector<Almacen::Eslabon> AlmacenPostgres::eslabones() {

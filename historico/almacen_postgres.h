@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "historico/almacen.h"
+#include "historico/apertura_postgres.h"
 #include "historico/postgres.h"
 #include "historico/tablas_postgres.h"
 
@@ -76,29 +77,13 @@ class AlmacenPostgres final : public Almacen {
     std::vector<std::string> defectos() override;
 
    private:
-    enum class Apertura { leer, crear, reponer };
-    AlmacenPostgres(const std::string& url, Apertura como, std::chrono::milliseconds paciencia,
+    AlmacenPostgres(const std::string& url, AperturaPostgres::Para para, std::chrono::milliseconds paciencia,
                     std::function<void()> atender);
 
     std::string_view prefijo() const override { return TablasPostgres::kPrefijo; }
     std::int64_t numero(const std::string& sql) override;
-    void reponerVersion();
-    static constexpr std::int64_t kSinTablas = 0;
-    static constexpr std::int64_t kNoLoDice = -1;
-    // Nor does this one, but it has the tables that every version had.
-    static constexpr std::int64_t kCallada = -2;
-    // Or one of these three.
-    std::int64_t version();
-    std::int64_t versionQueHay();
+    AperturaPostgres apertura();
     std::string condiciones() const;
-    TablasPostgres tablasDe(std::int64_t cual);
-    // What keeps it from being brought up to date, with what to do; empty: nothing. In a transaction.
-    std::string estorbo(std::int64_t desde, bool reponer);
-    // Makes the tables, or of an older version's those of now. reponer: what is missing of that version is
-    // made good first.
-    std::int64_t ponerAlDia(bool reponer);
-    void migrar(std::int64_t desde, bool reponer);
-    void exigirTablas(std::int64_t cual);
     std::vector<FichaImagen> fichasCon(const std::string& condicion, const Parametros& parametros);
     Descargas descargasCon(const std::string& condicion, const Parametros& parametros);
     std::vector<Instante> sellos(const std::string& sql, const Parametros& parametros);

@@ -241,14 +241,16 @@ std::map<IdEstacion, std::vector<Llegada>> AlmacenSqlite::ultimas(std::size_t cu
     auto& todas = sentencia("SELECT id FROM estaciones");
     todas.correr([&] { estaciones.push_back(todas.entero(0)); });
     std::map<IdEstacion, std::vector<Llegada>> ultimas;
+    static const auto kColumnas =
+        columnasDe("i", columnas_sqlite::kFicha) + "," + columnasDe("d", columnas_sqlite::kDescarga);
     static const auto kPorReloj = fmt::format(
-        "SELECT {},{} FROM imagenes i LEFT JOIN descargas d ON d.estacion=i.estacion AND d.imagen=i.huella "
+        "SELECT {} FROM imagenes i LEFT JOIN descargas d ON d.estacion=i.estacion AND d.imagen=i.huella "
         "WHERE i.estacion=?1 AND i.reloj<=i.incorporada+?3 ORDER BY i.reloj DESC,i.huella DESC LIMIT ?2",
-        columnas_sqlite::kFicha, columnas_sqlite::kDescarga);
+        kColumnas);
     static const auto kPorDescarga = fmt::format(
-        "SELECT {},{} FROM descargas d JOIN imagenes i ON i.estacion=d.estacion AND i.huella=d.imagen "
+        "SELECT {} FROM descargas d JOIN imagenes i ON i.estacion=d.estacion AND i.huella=d.imagen "
         "WHERE d.estacion=?1 ORDER BY d.descargada DESC,d.imagen DESC LIMIT ?2",
-        columnas_sqlite::kFicha, columnas_sqlite::kDescarga);
+        kColumnas);
     for (const auto estacion : estaciones) {
         auto& suyas = ultimas[estacion];
         const auto leer = [&](Sentencia& s) {

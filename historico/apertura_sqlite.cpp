@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "historico/apertura.h"
 #include "historico/copia_previa.h"
 #include "historico/esquema.h"
 #include "historico/esquema_sqlite.h"
@@ -81,23 +82,17 @@ void hacerParaSuDueno(const std::filesystem::path& ruta) {
     static_cast<void>(::fchmod(nuevo(), (datos.st_mode & kDeTodos) | kDeSuDueno));
 }
 
-[[noreturn]] void noHayArchivo(const std::filesystem::path& ruta) {
-    throw ErrorAlmacen(
-        fmt::format("{}: no hay archivo histórico todavía: lo hace el primer telvane-historico incorporar",
-                    nombreVisible(ruta)));
-}
-
 }  // namespace
 
 void AperturaSqlite::exigirLegible(const std::filesystem::path& ruta, const std::function<void()>& atender) {
-    if (queHay(ruta) != QueHay::archivo) noHayArchivo(ruta);
+    if (queHay(ruta) != QueHay::archivo) throw noHayArchivo(nombreVisible(ruta));
     if (quedoAMedias(ruta, atender))
         throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(ruta), BaseSqlite::kAMedias));
 }
 
 void AperturaSqlite::exigirEscribible(const std::filesystem::path& ruta, bool crear) {
     const auto hay = queHay(ruta);
-    if (hay != QueHay::archivo && !crear) noHayArchivo(ruta);
+    if (hay != QueHay::archivo && !crear) throw noHayArchivo(nombreVisible(ruta));
     // SQLite does not say why it can make none.
     if (hay == QueHay::nada) {
         static_cast<void>(revisarDestino(ruta));
@@ -107,20 +102,17 @@ void AperturaSqlite::exigirEscribible(const std::filesystem::path& ruta, bool cr
 }
 
 void AperturaSqlite::paraLeer() {
-    if (deNadie()) noHayArchivo(base_.ruta());
+    if (deNadie()) throw noHayArchivo(nombreVisible(base_.ruta()));
     exigirNuestro();
     const auto version = base_.numero("PRAGMA user_version");
     if (version >= versionDeAhora()) return;
-    if (const auto que = estorbo(version, false); !que.empty())
-        throw ErrorAlmacen(fmt::format("{}: {}", almacen_.nombre(), que));
-    throw ErrorAlmacen(
-        fmt::format("{}: es de una versión anterior ({}): la pone al día el próximo incorporar",
-                    almacen_.nombre(), version));
+    exigirSinEstorbo(almacen_.nombre(), tablas_, tablas_.deVersion(version), false);
+    throw esDeVersionAnterior(almacen_.nombre(), version);
 }
 
 void AperturaSqlite::paraEscribir(bool crear) {
     const bool sinHacer = deNadie();
-    if (sinHacer && !crear) noHayArchivo(base_.ruta());
+    if (sinHacer && !crear) throw noHayArchivo(nombreVisible(base_.ruta()));
     const bool porDecir = !crear && callaQueEsNuestro();
     // Of another program nothing is touched.
     if (!sinHacer && !porDecir) exigirNuestro();
@@ -159,25 +151,13 @@ bool AperturaSqlite::callaQueEsNuestro() {
     return calla && tablas_.estanLasDeSiempre();
 }
 
-TablasSqlite AperturaSqlite::tablasDe(std::int64_t version) const {
-    return {base_, migraciones_.first(static_cast<std::size_t>(version) - 1)};
-}
-
-std::string AperturaSqlite::estorbo(std::int64_t desde, bool reponer) const {
-    const auto antiguas = tablasDe(desde);
-    auto lista = tablas_.estorbos(antiguas);
-    if (lista.empty() && !reponer) lista = antiguas.faltanTablas();
-    return lista.empty() ? std::string() : lista.front();
-}
-
 void AperturaSqlite::migrar(std::int64_t desde, bool reponer) {
-    if (const auto que = estorbo(desde, reponer); !que.empty())
-        throw ErrorAlmacen(fmt::format("{}: {}", almacen_.nombre(), que));
+    exigirSinEstorbo(almacen_.nombre(), tablas_, tablas_.deVersion(desde), reponer);
     guardarCopiaPrevia(base_.ruta(), desde, [&](const std::filesystem::path& copia) {
         Sentencia(base_, "VACUUM INTO ?1").poner(1, std::string_view(copia.native())).correr();
     });
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
-    if (reponer) tablasDe(desde).reponer();
+    if (reponer) tablas_.deVersion(desde).reponer();
     for (auto version = base_.numero("PRAGMA user_version"); version < versionDeAhora(); ++version) {
         base_.ejecutar(std::string(migraciones_[static_cast<std::size_t>(version) - 1]));
     }
@@ -198,12 +178,7 @@ void AperturaSqlite::exigirNuestro() {
         throw ErrorAlmacen(fmt::format("{}: dice ser de una versión que nunca hubo ({}): {}",
                                        almacen_.nombre(), version, kRecuperar));
     }
-    if (version > versionDeAhora()) {
-        throw ErrorAlmacen(
-            fmt::format("{}: es de una versión más nueva ({}) que la de este programa ({}): actualice "
-                        "telvane-historico",
-                        almacen_.nombre(), version, versionDeAhora()));
-    }
+    if (version > versionDeAhora()) throw esDeVersionMasNueva(almacen_.nombre(), version, versionDeAhora());
 }
 
 }  // namespace telvane

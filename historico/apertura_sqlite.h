@@ -44,9 +44,6 @@ class AperturaSqlite {
     void exigirNuestro();
     // reponer: what is missing of that version is made good first.
     void migrar(std::int64_t desde, bool reponer);
-    TablasSqlite tablasDe(std::int64_t version) const;
-    // What keeps it from being brought up to date, with what to do; empty: nothing.
-    std::string estorbo(std::int64_t desde, bool reponer) const;
     std::int64_t versionDeAhora() const { return std::ssize(migraciones_) + 1; }
 
     Almacen& almacen_;

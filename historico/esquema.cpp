@@ -286,6 +286,15 @@ bool loHaceRehacer(std::string_view remedio) {
     return remedio == kReponer || remedio == kSinContenidos || remedio == kSinDescargas;
 }
 
+std::string columnasDe(std::string_view tabla, std::string_view columnas) {
+    std::string con = fmt::format("{}.", tabla);
+    for (const char c : columnas) {
+        con += c;
+        if (c == ',') con += fmt::format("{}.", tabla);
+    }
+    return con;
+}
+
 std::string entreComillas(std::string_view nombre) {
     std::string texto = "\"";
     for (const char letra : nombre) texto.append(letra == '"' ? 2 : 1, letra);

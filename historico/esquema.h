@@ -115,6 +115,9 @@ std::vector<std::string> avisosDeImposibles(const Tablas& deben, const Dialecto&
 std::string agregarColumna(const std::string& tabla, const Columna& columna);
 std::string valorDeRelleno(std::string_view tipo);
 std::string textoDe(const Clave& clave);
+// "a,b" as "t.a,t.b", of the table that a query calls t: somebody may have given a column of one table the
+// name of another's.
+std::string columnasDe(std::string_view tabla, std::string_view columnas);
 // A name as a statement takes it, whatever it holds.
 std::string entreComillas(std::string_view nombre);
 

@@ -11,8 +11,7 @@
 
 namespace telvane {
 
-// Of each kind of row the columns in the order in which it is read; the names of no two of the last two are
-// equal.
+// Of each kind of row the columns in the order in which it is read.
 namespace columnas_sqlite {
 inline constexpr std::string_view kEstacion =
     "id,nombre,serie,evaporacion,mas_nueva,imagenes,muestras,huecos,conflictos,desde,hasta,incorporada,"

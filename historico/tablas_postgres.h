@@ -2,6 +2,8 @@
 // what puts them right.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -21,6 +23,11 @@ class TablasPostgres {
     // migraciones: what makes of the first version's tables those of now. Both outlive this.
     TablasPostgres(BasePostgres& base, std::span<const std::string_view> migraciones)
         : base_(base), migraciones_(migraciones) {}
+
+    // Those of an older version.
+    TablasPostgres deVersion(std::int64_t cual) const {
+        return {base_, migraciones_.first(static_cast<std::size_t>(cual) - 1)};
+    }
 
     // Those of the first version, where there are none.
     void crear();

@@ -2,6 +2,8 @@
 // them right.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -20,6 +22,11 @@ class TablasSqlite {
     // migraciones: what makes of the first version's tables those of now. Both outlive this.
     TablasSqlite(BaseSqlite& base, std::span<const std::string_view> migraciones)
         : base_(base), migraciones_(migraciones) {}
+
+    // Those of an older version.
+    TablasSqlite deVersion(std::int64_t cual) const {
+        return {base_, migraciones_.first(static_cast<std::size_t>(cual) - 1)};
+    }
 
     // All of them, in a file without any.
     void crear();

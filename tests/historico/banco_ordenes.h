@@ -1,12 +1,17 @@
 // The commands as a routine, on an archive of a test's own.
 #pragma once
 
+#include <filesystem>
 #include <fstream>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "historico/aplicacion.h"
+#include "historico/esquema.h"
+#include "historico/esquema_postgres.h"
+#include "historico/esquema_sqlite.h"
 #include "historico/sqlite.h"
 #include "tests/apoyo/bucle_prueba.h"
 #include "tests/apoyo/flujo_en_memoria.h"
@@ -79,7 +84,49 @@ class OrdenesEnAmbos : public Ordenes, public testing::WithParamInterface<TipoAl
         }
     }
 
+    // What makes an archive's first version, and what makes of it the one of now.
+    std::string primeras() const {
+        return esArchivo() ? std::string(esquema::kTablas) + std::string(esquema::kVista)
+                           : std::string(esquema_postgres::kTablas) + std::string(esquema_postgres::kVista);
+    }
+    std::string posteriores() const {
+        std::string todo;
+        for (const auto paso :
+             esArchivo() ? std::span(esquema::kMigraciones) : std::span(esquema_postgres::kMigraciones))
+            todo += paso;
+        return todo;
+    }
+    // Which version it is says nothing of what is in it.
+    Tablas tablas() const {
+        auto todas = leerTablas(primeras() + posteriores());
+        std::erase_if(todas, [](const Tabla& tabla) { return tabla.nombre == "esquema"; });
+        return todas;
+    }
+
+    // The archive as it is now, to be put in place of whatever became of it.
+    void guardarlo() {
+        if (esArchivo()) return copiarArchivo(archivo(), archivo() + ".entero");
+        sql("DROP SCHEMA IF EXISTS entero CASCADE; ALTER SCHEMA telvane RENAME TO entero");
+    }
+    void devolverlo() {
+        if (esArchivo()) return copiarArchivo(archivo() + ".entero", archivo());
+        sql("DROP SCHEMA IF EXISTS telvane CASCADE");
+        const AlmacenPostgres vacio(archivo(), true, paciencia);
+        std::string copia;
+        for (const auto& tabla : tablas())
+            copia += "INSERT INTO " + tabla.nombre + " SELECT * FROM entero." + tabla.nombre + ";";
+        sql(copia);
+    }
+
    private:
+    static void copiarArchivo(const std::string& desde, const std::string& hasta) {
+        for (const auto* sufijo : {"", "-wal", "-shm"}) {
+            std::filesystem::remove(hasta + sufijo);
+            if (std::filesystem::exists(desde + sufijo))
+                std::filesystem::copy_file(desde + sufijo, hasta + sufijo);
+        }
+    }
+
     static constexpr const char* kBase = "ordenes";
     std::string direccion_;
 };

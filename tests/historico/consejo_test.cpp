@@ -1,14 +1,10 @@
 // Whatever became by hand of a part of the archive, of this version or of an older one: each message names
 // one command or one statement, which leads on, and what is told to be lost is.
 #include <cstdlib>
-#include <filesystem>
 #include <regex>
 #include <string>
 #include <vector>
 
-#include "historico/esquema.h"
-#include "historico/esquema_postgres.h"
-#include "historico/esquema_sqlite.h"
 #include "tests/historico/banco_ordenes.h"
 
 namespace telvane {
@@ -54,17 +50,6 @@ class Consejo : public OrdenesEnAmbos {
     }
 
     std::string prefijo() const { return esArchivo() ? "" : "telvane."; }
-    std::string primeras() const {
-        return esArchivo() ? std::string(esquema::kTablas) + std::string(esquema::kVista)
-                           : std::string(esquema_postgres::kTablas) + std::string(esquema_postgres::kVista);
-    }
-    std::string posteriores() const {
-        std::string todo;
-        for (const auto paso :
-             esArchivo() ? std::span(esquema::kMigraciones) : std::span(esquema_postgres::kMigraciones))
-            todo += paso;
-        return todo;
-    }
     static std::vector<std::string> nombres(const std::string& sql, const std::string& clase) {
         const std::regex parte("CREATE " + clase + R"( (?:IF NOT EXISTS )?(?:telvane\.)?(\w+))");
         std::vector<std::string> lista;
@@ -156,29 +141,6 @@ class Consejo : public OrdenesEnAmbos {
             EXPECT_TRUE(std::ranges::equal(r.salida, uno.bytes, {}, [](char c) {
                 return static_cast<std::uint8_t>(c);
             })) << uno.archivo;
-        }
-    }
-
-    void guardarlo() {
-        if (esArchivo()) return copiarArchivo(archivo(), archivo() + ".entero");
-        sql("DROP SCHEMA IF EXISTS entero CASCADE; ALTER SCHEMA telvane RENAME TO entero");
-    }
-    void devolverlo() {
-        if (esArchivo()) return copiarArchivo(archivo() + ".entero", archivo());
-        sql("DROP SCHEMA IF EXISTS telvane CASCADE");
-        const AlmacenPostgres vacio(archivo(), true, paciencia);
-        std::string copia;
-        for (const auto& tabla : leerTablas(primeras() + posteriores())) {
-            if (tabla.nombre != "esquema")
-                copia += "INSERT INTO " + tabla.nombre + " SELECT * FROM entero." + tabla.nombre + ";";
-        }
-        sql(copia);
-    }
-    static void copiarArchivo(const std::string& desde, const std::string& hasta) {
-        for (const auto* sufijo : {"", "-wal", "-shm"}) {
-            std::filesystem::remove(hasta + sufijo);
-            if (std::filesystem::exists(desde + sufijo))
-                std::filesystem::copy_file(desde + sufijo, hasta + sufijo);
         }
     }
 

@@ -7,9 +7,6 @@
 #include <sstream>
 
 #include "historico/destino.h"
-#include "historico/esquema.h"
-#include "historico/esquema_postgres.h"
-#include "historico/esquema_sqlite.h"
 #include "platform/archivo.h"
 #include "tests/historico/banco_ordenes.h"
 
@@ -485,19 +482,6 @@ std::string unidas(const std::vector<std::string>& partes, const std::string& de
 
 class TodoCambio : public Danos {
    protected:
-    Tablas tablas() const {
-        std::string sql(esArchivo() ? esquema::kTablas : esquema_postgres::kTablas);
-        if (esArchivo()) {
-            for (const auto paso : esquema::kMigraciones) sql += paso;
-        } else {
-            for (const auto paso : esquema_postgres::kMigraciones) sql += paso;
-        }
-        auto todas = leerTablas(sql);
-        // Which version it is says nothing of what is in it.
-        std::erase_if(todas, [](const Tabla& tabla) { return tabla.nombre == "esquema"; });
-        return todas;
-    }
-
     std::vector<std::string> valoresPara(const Columna& columna) const {
         const auto es = [&](std::string_view tipo) { return columna.tipo.starts_with(tipo); };
         std::vector<std::string> valores;
@@ -590,33 +574,6 @@ class TodoCambio : public Danos {
         }
         return todos;
     }
-
-    // The archive as it is now, to be put in place of whatever became of it.
-    void guardarlo() {
-        if (esArchivo()) {
-            copiarArchivo(archivo(), archivo() + ".entero");
-        } else {
-            sql("DROP SCHEMA IF EXISTS entero CASCADE; ALTER SCHEMA telvane RENAME TO entero");
-        }
-    }
-    void devolverlo() {
-        if (esArchivo()) return copiarArchivo(archivo() + ".entero", archivo());
-        sql("DROP SCHEMA IF EXISTS telvane CASCADE");
-        const AlmacenPostgres vacio(archivo(), true, paciencia);
-        std::string copia;
-        for (const auto& tabla : tablas())
-            copia += "INSERT INTO " + tabla.nombre + " SELECT * FROM entero." + tabla.nombre + ";";
-        sql(copia);
-    }
-
-   private:
-    static void copiarArchivo(const std::string& desde, const std::string& hasta) {
-        for (const auto* sufijo : {"", "-wal", "-shm"}) {
-            std::filesystem::remove(hasta + sufijo);
-            if (std::filesystem::exists(desde + sufijo))
-                std::filesystem::copy_file(desde + sufijo, hasta + sufijo);
-        }
-    }
 };
 INSTANTIATE_TEST_SUITE_P(En, TodoCambio, testing::Values(TipoAlmacen::sqlite, TipoAlmacen::postgresql),
                          nombreDeTipoAlmacen);
@@ -683,6 +640,36 @@ TEST_P(TodoCambio, ImagesLostWithTheirStationsRowComeBackIntoOneStation) {
             }
         }
     }
+}
+
+// Whoever keeps something beside what is ours calls it as he likes.
+TEST_P(TodoCambio, AColumnOfOnesOwnMayBearTheNameOfAnyOther) {
+    incorporarTodas();
+    const auto leidas = [&] {
+        std::string todas;
+        for (const std::vector<std::string>& orden :
+             {std::vector<std::string>{"estado"}, {"estado", "--json"}, {"imagenes"}}) {
+            const auto r = correr(orden);
+            EXPECT_EQ(r.errores, "") << orden.front();
+            todas += r.salida;
+        }
+        for (const auto& [estacion, contenido] : todoLoQueHay())
+            todas += estacion + contenido + exportada(estacion.substr(0, estacion.find(' ')));
+        return todas;
+    };
+    const auto antes = leidas();
+    std::set<std::string> nombres;
+    for (const auto& tabla : tablas())
+        for (const auto& columna : tabla.columnas) nombres.insert(columna.nombre);
+    for (const auto& tabla : tablas()) {
+        for (const auto& nombre : nombres)
+            if (!tabla.columna(nombre))
+                sql("ALTER TABLE " + tabla.nombre + " ADD COLUMN " + nombre + " integer");
+    }
+    EXPECT_EQ(leidas(), antes);
+    auto otra = ImagenPrueba().serie(0, 0, 90).bytes();
+    const auto r = correr({"incorporar", guardar("otra.rgt", otra)});
+    EXPECT_EQ(r.codigo, 0) << r.errores;
 }
 
 // A night goes on while nobody looks; the samples of an image that is lost for good stay.
