@@ -1,6 +1,7 @@
 #include "historico/sqlite.h"
 
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -42,6 +43,16 @@ ErrorAlmacen::Clase claseDe(int codigo) {
         default:
             return ErrorAlmacen::Clase::otra;
     }
+}
+
+// SQLite loses the system's reason, a number, where it tidies up after a write: of a session that allows no
+// larger file it is known all the same.
+std::string motivoDelDisco(int codigo, int sistema) {
+    if (sistema == ENOSPC) return kSinEspacio;
+    if (sistema == EFBIG || (sistema == 0 && codigo == SQLITE_IOERR_WRITE && hayLimite(RLIMIT_FSIZE)))
+        return fmt::format("{}; lo que ya estaba sigue entero", motivoEscritura(EFBIG));
+    return fmt::format("el disco falla: {}; lo que ya estaba sigue entero, repita cuando esté resuelto",
+                       motivoSinConsejo(sistema != 0 ? sistema : EIO));
 }
 
 }  // namespace
@@ -113,10 +124,7 @@ std::string BaseSqlite::motivo(int codigo) const {
                 return std::string(kSinLosSuyos);
             return fmt::format("no se puede abrir: {}", porQueNoSeAbre(sistema));
         case SQLITE_IOERR:
-            if (sistema == ENOSPC) return kSinEspacio;
-            return fmt::format(
-                "el disco falla: {}; lo que ya estaba sigue entero, repita cuando esté resuelto",
-                sistema != 0 ? motivoSinConsejo(sistema) : sqlite3_errstr(codigo));
+            return motivoDelDisco(codigo, sistema);
         case SQLITE_NOTADB:
             return "no es un archivo histórico de Telvane: nombre otro";
         case SQLITE_ERROR:

@@ -83,11 +83,6 @@ const Motivo* filaDe(int numero) {
     return fila == std::end(kMotivos) ? nullptr : fila;
 }
 
-bool hayLimite(int recurso) {
-    rlimit limite{};
-    return ::getrlimit(recurso, &limite) == 0 && limite.rlim_cur != RLIM_INFINITY;
-}
-
 std::string conConsejo(std::string_view motivo, std::string_view consejo) {
     return fmt::format("{}. {}", motivo, consejo);
 }
@@ -97,6 +92,11 @@ std::string conConsejo(std::string_view motivo, std::string_view consejo) {
 std::string motivoSinConsejo(int numero) {
     const auto* fila = filaDe(numero);
     return fila ? std::string(fila->texto) : fmt::format("error {} del sistema", numero);
+}
+
+bool hayLimite(int recurso) {
+    rlimit limite{};
+    return ::getrlimit(recurso, &limite) == 0 && limite.rlim_cur != RLIM_INFINITY;
 }
 
 std::string_view motivoSinMemoria() {

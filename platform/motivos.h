@@ -13,6 +13,8 @@ namespace telvane {
 std::string motivoSistema(int numero);
 // The same for a write to a file, where the session's own limit may be what stops it.
 std::string motivoEscritura(int numero);
+// Whether the session allows only so much of it; recurso: RLIMIT_FSIZE and the like.
+bool hayLimite(int recurso);
 // Of what found no memory; needs none itself.
 std::string_view motivoSinMemoria();
 // The reason alone, for who knows better what is to be done.

@@ -179,6 +179,30 @@ TEST_F(Programa, WhatANodeExporterReadsIsWholeAtAnyMomentAndStaysWhereTheDiskIsF
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(lugar), {}), 1);
 }
 
+// SQLite does not tell what the system said.
+TEST_F(Programa, WhatTheSessionsLimitOfAFileStopsIsToldByItAndNothingIsLost) {
+    const auto incorporar = [&](const std::string& limite, const std::string& base) {
+        Proceso proceso({"/bin/sh", "-c",
+                         "ulimit -f " + limite + "; exec \"$0\" --en \"$1\" incorporar \"$2\"",
+                         TELVANE_HISTORICO, carpeta / "h.sqlite", base});
+        return std::pair(proceso.terminar(), proceso.errores());
+    };
+    const auto primera = guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes());
+    const auto segunda = guardar("b.rgt", ImagenPrueba("02080051").serie(0, 0, 5000).bytes());
+    ASSERT_EQ(incorporar("unlimited", primera).first, 0);
+    for (const auto* limite : {"0", "1", "100"}) {
+        const auto [estado, errores] = incorporar(limite, segunda);
+        EXPECT_EQ(estado, 1) << limite;
+        EXPECT_THAT(errores, testing::HasSubstr(
+                                 "h.sqlite: pasa del tamaño que permite la sesión (ulimit -f). Suba ese "
+                                 "límite y repita; lo que ya estaba sigue entero"))
+            << limite;
+    }
+    EXPECT_EQ(incorporar("unlimited", segunda).first, 0);
+    Proceso comprobar(orden({"comprobar"}));
+    EXPECT_EQ(comprobar.terminar(), 0) << comprobar.salida();
+}
+
 // A folder for data that is none counts for nothing.
 TEST_F(Programa, WithoutAnArchiveNamedItIsTheOneInThePersonalFolder) {
     const auto base = guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes());
