@@ -355,13 +355,19 @@ void TablasPostgres::exigirSinIntrusos() {
 
 void TablasPostgres::reponerValores() {
     const auto deben = debidas();
-    // What is in the way of it is as wrong as it is, and goes with the next image.
+    // Of two rows that are one image's by then the second goes, but for a content: what it holds says which
+    // image it is, whatever it is called.
     for (const auto& [tabla, columna] : kHuellasDeClave) {
         if (buscarTabla(deben, tabla) == nullptr) continue;
         base_.ejecutar(fmt::format(
             "UPDATE telvane.{0} t SET {1}={2} WHERE length({1})<>32 AND NOT EXISTS (SELECT 1 FROM "
             "telvane.{0} o WHERE o.estacion=t.estacion AND o.{1}={3})",
             tabla, columna, comoHuella(columna), comoHuella(fmt::format("t.{}", columna))));
+        base_.ejecutar((tabla == "contenidos"
+                            ? "UPDATE telvane.contenidos SET "
+                              "huella=decode(md5(random()::text)||md5(random()::text),'hex')"
+                            : fmt::format("DELETE FROM telvane.{}", tabla)) +
+                       fmt::format(" WHERE length({})<>32", columna));
     }
     // What a record of a download says that cannot be is known to nobody.
     if (const auto* descargas = buscarTabla(deben, "descargas"))

@@ -301,8 +301,9 @@ std::vector<std::string> TablasSqlite::imposibles() const {
     });
 }
 
-// A value of another kind becomes what it was read as. What a record of a download says that cannot be is
-// known to nobody.
+// A value of another kind becomes what it was read as. Of two rows that are one image's by then the second
+// goes, but for a content: what it holds says which image it is, whatever it is called. What a record of a
+// download says that cannot be is known to nobody.
 void TablasSqlite::reponerValores() {
     const auto deben = debidas();
     for (const auto& tabla : deben) {
@@ -318,6 +319,10 @@ void TablasSqlite::reponerValores() {
         base_.ejecutar(fmt::format(
             "UPDATE OR IGNORE {0} SET {1}=substr(CAST({1}||zeroblob(32) AS BLOB),1,32) WHERE length({1})<>32",
             tabla, columna));
+        // Another row bears that name already.
+        base_.ejecutar((tabla == "contenidos" ? "UPDATE contenidos SET huella=randomblob(32)"
+                                              : fmt::format("DELETE FROM {}", tabla)) +
+                       fmt::format(" WHERE typeof({0})<>'blob' OR length({0})<>32", columna));
     }
     if (const auto* descargas = buscarTabla(deben, "descargas"))
         base_.ejecutar("DELETE FROM descargas WHERE " + filasImposibles(*descargas, kDialecto));

@@ -642,6 +642,40 @@ TEST_P(TodoCambio, ImagesLostWithTheirStationsRowComeBackIntoOneStation) {
     }
 }
 
+// Two rows whose names are the same image's once they are put right.
+TEST_P(TodoCambio, ARowTwiceUnderTwoSpellingsOfItsNameCostsNoImage) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    guardarlo();
+    const auto todas = tablas();
+    for (const auto& [tabla, columna] : kHuellasDeClave) {
+        for (const bool vacio : {false, true}) {
+            if (vacio && tabla != "contenidos") continue;
+            SCOPED_TRACE(std::string(tabla) + (vacio ? ", empty" : ""));
+            devolverlo();
+            std::string valores;
+            for (const auto& c : buscarTabla(todas, tabla)->columnas) {
+                valores += valores.empty() ? "" : ",";
+                if (c.nombre == columna) {
+                    valores += esArchivo() ? "CAST(" + c.nombre + " AS TEXT)" : c.nombre + "||'\\x00'::bytea";
+                } else if (c.nombre == "datos" && vacio) {
+                    valores += esArchivo() ? "x'00'" : "'\\x00'";
+                } else {
+                    valores += c.nombre;
+                }
+            }
+            sql("INSERT INTO " + std::string(tabla) + " SELECT " + valores + " FROM " + std::string(tabla));
+            EXPECT_EQ(correr({"comprobar"}).codigo, 1);
+            const auto r = correr({"rehacer"});
+            EXPECT_EQ(r.codigo, vacio ? 1 : 0) << r.errores;
+            exigirImagenesMenos({});
+            if (vacio) continue;
+            EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+            EXPECT_EQ(todoLoQueHay(), antes);
+        }
+    }
+}
+
 // Whoever keeps something beside what is ours calls it as he likes.
 TEST_P(TodoCambio, AColumnOfOnesOwnMayBearTheNameOfAnyOther) {
     incorporarTodas();
