@@ -79,8 +79,9 @@ void Rescate::situar() {
         const auto* guardado = guardadoDe(pieza);
         const auto* ficha = fichaDe(pieza);
         if (guardado == nullptr || ficha == nullptr || guardado->estacion == ficha->estacion) continue;
-        pieza.estacion = pieza.seLee ? laDeSusMuestras({guardado->estacion, ficha->estacion}, pieza.huella)
-                                     : ficha->estacion;
+        std::vector<IdEstacion> lasDos = {guardado->estacion, ficha->estacion};
+        if (esSuMasNueva(ficha->estacion, pieza.huella)) std::ranges::reverse(lasDos);
+        pieza.estacion = pieza.seLee ? laDeSusMuestras(lasDos, pieza.huella) : ficha->estacion;
     }
     reunirCopias();
 }
@@ -246,11 +247,30 @@ bool Rescate::repiteLoDeOtra(const Pieza& pieza) const {
     });
 }
 
+// Whether a station's own row speaks of it.
+bool Rescate::esSuMasNueva(IdEstacion estacion, const Huella& huella) const {
+    return std::ranges::any_of(filas_, [&](const EstacionGuardada& fila) {
+        return fila.id == estacion && fila.resumen.masNueva == huella;
+    });
+}
+
+// A content or a note alone of an image that stands whole in another station, beside samples that are not its
+// own: a row that somebody copied there.
+bool Rescate::esMediaCopia(const Pieza& pieza) {
+    const auto entera = [this](const Pieza& una) { return esSuContenido(una) && una.ficha.has_value(); };
+    if (!pieza.seLee || entera(pieza) || esSuMasNueva(pieza.estacion, pieza.huella)) return false;
+    const auto otra = std::ranges::find_if(piezas_, [&](const Pieza& una) {
+        return una.huella == pieza.huella && una.estacion != pieza.estacion && entera(una);
+    });
+    return otra != piezas_.end() &&
+           laDeSusMuestras({pieza.estacion, otra->estacion}, pieza.huella) != pieza.estacion;
+}
+
 void Rescate::apartarRepetidas() {
     std::map<std::pair<IdEstacion, Huella>, std::size_t> vistas;
     std::vector<Pieza> unicas;
     std::vector<bool> sobran;
-    for (const auto& pieza : piezas_) sobran.push_back(repiteLoDeOtra(pieza));
+    for (const auto& pieza : piezas_) sobran.push_back(repiteLoDeOtra(pieza) || esMediaCopia(pieza));
     for (std::size_t i = 0; i < piezas_.size(); ++i) {
         auto& pieza = piezas_[i];
         if (sobran[i]) {

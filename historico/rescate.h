@@ -68,7 +68,9 @@ class Rescate {
     bool concuerdan(const Grupo& uno, const Grupo& otro);
     void devolverAjenas();
     IdEstacion estacionDe(const std::string& serie, const Huella& huella);
+    bool esSuMasNueva(IdEstacion estacion, const Huella& huella) const;
     bool repiteLoDeOtra(const Pieza& pieza) const;
+    bool esMediaCopia(const Pieza& pieza);
     void apartarRepetidas();
     void nombrar();
     static std::string nombreNuevo(const Grupo& grupo, std::set<std::string>& sueltos,
