@@ -18,8 +18,17 @@ EstacionGuardada Lectura::estacion(const std::string& nombre) {
     return *estacion;
 }
 
-std::vector<std::uint8_t> Lectura::bytesDe(const EstacionGuardada& estacion, const Huella& huella) {
-    return Imagenes(almacen_, estacion.id).bytes(huella);
+std::vector<std::uint8_t> Lectura::bytesDe(const Huella& huella) {
+    const auto suyas = almacen_.estacionesCon(huella);
+    std::vector<IdEstacion> todas(suyas.begin(), suyas.end());
+    for (const auto& estacion : estaciones()) {
+        if (!suyas.contains(estacion.id)) todas.push_back(estacion.id);
+    }
+    for (const auto id : todas) {
+        Imagenes imagenes(almacen_, id);
+        if (const auto* bytes = imagenes.siSeLee(huella)) return *bytes;
+    }
+    return Imagenes(almacen_, todas.front()).bytes(huella);
 }
 
 std::vector<std::uint8_t> Lectura::cabecera(const EstacionGuardada& estacion) {

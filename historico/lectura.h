@@ -54,8 +54,9 @@ class Lectura {
     }
     // How they came from their logger, of those of which that is known; in no order.
     Almacen::Descargas descargas(const EstacionGuardada& estacion) { return almacen_.descargas(estacion.id); }
-    // Byte for byte. Throws ErrorImagen when what is kept is damaged, or nothing is.
-    std::vector<std::uint8_t> bytesDe(const EstacionGuardada& estacion, const Huella& huella);
+    // An image byte for byte, from whichever station's it can be read: somebody may have moved what is kept
+    // of it. There is a station. Throws ErrorImagen when that is damaged, or nothing is kept.
+    std::vector<std::uint8_t> bytesDe(const Huella& huella);
     // The 432 bytes at the head of the newest image, zeros where it is shorter; the station's serial number
     // stands over an erased one. What leerCabecera and the exports take.
     static std::vector<std::uint8_t> cabecera(const EstacionGuardada& estacion);

@@ -22,23 +22,23 @@ std::string motivoHuella(const std::string& texto) {
 }
 
 std::vector<std::uint8_t> buscar(Lectura& lectura, const PrincipioDeHuella& cual) {
-    std::optional<std::pair<EstacionGuardada, Huella>> hallada;
+    std::optional<Huella> hallada;
     for (const auto& estacion : lectura.estaciones()) {
         for (const auto& ficha : lectura.imagenes(estacion)) {
             if (!cual.esDe(ficha.huella)) continue;
-            if (hallada && hallada->second != ficha.huella) {
+            if (hallada && hallada != ficha.huella) {
                 throw ErrorCli(
                     CodigoSalida::fallo,
                     fmt::format("varias imágenes empiezan por {}: escriba más cifras", cual.digitos()));
             }
-            hallada = {estacion, ficha.huella};
+            hallada = ficha.huella;
         }
     }
     if (!hallada) {
         throw ErrorCli(CodigoSalida::fallo,
                        fmt::format("ninguna imagen empieza por {}: vea imagenes", cual.digitos()));
     }
-    return lectura.bytesDe(hallada->first, hallada->second);
+    return lectura.bytesDe(*hallada);
 }
 
 void imagen(ContextoHistorico& contexto, const OpcionesImagen& opciones) {

@@ -93,7 +93,7 @@ struct Contado {
 void contarRanurasDeLaUltima(ContextoHistorico& contexto, Lectura& lectura, const EstacionGuardada& guardada,
                              informe::EstacionInformada& estacion) {
     try {
-        const auto ranuras = contarRanuras(lectura.bytesDe(guardada, *guardada.resumen.masNueva));
+        const auto ranuras = contarRanuras(lectura.bytesDe(*guardada.resumen.masNueva));
         estacion.vacios = ranuras.vacias;
         estacion.descartados = ranuras.descartadas;
     } catch (const ErrorImagen& error) {

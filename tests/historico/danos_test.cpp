@@ -676,6 +676,17 @@ TEST_P(TodoCambio, ARowTwiceUnderTwoSpellingsOfItsNameCostsNoImage) {
     }
 }
 
+TEST_P(TodoCambio, AnImageIsGivenBackFromWhicheverStationItsContentStandsIn) {
+    incorporarTodas();
+    sql("UPDATE contenidos SET estacion=estacion+10");
+    for (int i = 1; i <= kEstaciones; ++i) {
+        const auto cual = std::to_string(i);
+        sql("INSERT INTO estaciones(id,nombre,serie,evaporacion) SELECT id+10,'otra" + cual +
+            "',serie,evaporacion FROM estaciones WHERE id=" + cual);
+    }
+    exigirImagenesMenos({});
+}
+
 TEST_P(TodoCambio, RowsCopiedIntoAnotherStationStayNotThere) {
     incorporarTodas();
     const auto antes = todoLoQueHay();
