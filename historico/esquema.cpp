@@ -325,7 +325,8 @@ struct Mudanza {
     std::string hasta;
 };
 
-std::vector<Mudanza> mudanzasDe(const Tablas& deben, const Tablas& hay) {
+// Also to a place that is taken.
+std::vector<Mudanza> mudanzasPosibles(const Tablas& deben, const Tablas& hay) {
     const auto tieneTodo = [](const Tabla& debe, Tabla una) {
         una.nombre = debe.nombre;
         return faltasDe({debe}, {std::move(una)}).empty();
@@ -344,6 +345,11 @@ std::vector<Mudanza> mudanzasDe(const Tablas& deben, const Tablas& hay) {
             otra = unicaQue(hay, [&](const Tabla& una) { return !estaBien(una) && tieneTodo(debe, una); });
         if (otra != nullptr) mudanzas.push_back({.desde = otra->nombre, .hasta = debe.nombre});
     }
+    return mudanzas;
+}
+
+std::vector<Mudanza> mudanzasDe(const Tablas& deben, const Tablas& hay) {
+    auto mudanzas = mudanzasPosibles(deben, hay);
     // Nothing is pushed out of a place where it may belong.
     const auto ocupado = [&](const Mudanza& una) {
         return buscarTabla(hay, una.hasta) != nullptr &&
@@ -378,9 +384,32 @@ bool seMuda(const std::vector<Mudanza>& mudanzas, const Falta& falta) {
 
 }  // namespace
 
-std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay,
-                                        std::string (*remedio)(const Falta& falta)) {
+std::vector<std::string> avisosDeUsurpadas(const Tablas& deben, const Tablas& hay, Remedio remedio,
+                                           std::string_view prefijo) {
+    const auto faltas = faltasDe(deben, hay);
+    const auto noSirve = [&](const Falta& falta) {
+        const auto que = remedio(falta);
+        return falta.clase == Falta::Clase::columna && (que == kRecuperar || que == kSinContenidos) &&
+               conOtroNombre(deben, hay, falta) == nullptr;
+    };
+    const auto hechas = mudanzasDe(deben, hay);
     std::vector<std::string> lista;
+    for (const auto& una : mudanzasPosibles(deben, hay)) {
+        const bool usurpada = std::ranges::find(hechas, una.hasta, &Mudanza::hasta) == hechas.end() &&
+                              std::ranges::any_of(faltas, [&](const Falta& falta) {
+                                  return falta.tabla == una.hasta && noSirve(falta);
+                              });
+        if (usurpada)
+            lista.push_back(fmt::format("la tabla {} lleva el nombre {}, y otra lleva el suyo: {}", una.hasta,
+                                        una.desde, quitarTabla(prefijo, una.hasta)));
+    }
+    return lista;
+}
+
+std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay, Remedio remedio,
+                                        std::string_view prefijo) {
+    auto lista = avisosDeUsurpadas(deben, hay, remedio, prefijo);
+    if (!lista.empty()) return lista;
     std::set<std::string> dichas;
     const auto mudanzas = mudanzasDe(deben, hay);
     for (const auto& una : mudanzas)

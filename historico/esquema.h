@@ -59,9 +59,14 @@ struct Falta {
 std::vector<Falta> faltasDe(const Tablas& deben, const Tablas& hay);
 // For people, without what to do.
 std::string textoDe(const Falta& falta);
+using Remedio = std::string (*)(const Falta& falta);
 // What of it is to be told, a line each with what to do. remedio: of what is not only under another name.
-std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay,
-                                        std::string (*remedio)(const Falta& falta));
+std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay, Remedio remedio,
+                                        std::string_view prefijo);
+// Of each table that is of no use where it stands and whose place is another's, which bears another name: a
+// line with what to do.
+std::vector<std::string> avisosDeUsurpadas(const Tablas& deben, const Tablas& hay, Remedio remedio,
+                                           std::string_view prefijo);
 // What is not as it must be of those tables that an older version, which had antes, did not have yet: it is
 // somebody else's, and in the way of a migration. A line a table with what to do.
 std::vector<std::string> avisosDeEstorbos(const Tablas& deben, const Tablas& antes, const Tablas& hay,

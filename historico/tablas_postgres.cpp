@@ -85,7 +85,7 @@ std::vector<std::string> TablasPostgres::estorbos(const TablasPostgres& antiguas
 }
 
 std::vector<std::string> TablasPostgres::faltanTablas() {
-    return avisosDeFaltas(debidas(), hay(), remedioAqui);
+    return avisosDeFaltas(debidas(), hay(), remedioAqui, kPrefijo);
 }
 
 bool TablasPostgres::estanLasDeSiempre() {
@@ -126,13 +126,20 @@ std::vector<std::string> TablasPostgres::intrusos() {
     const auto r = base_.consultar(
         "SELECT relname::text,CASE relkind WHEN 'v' THEN 'VIEW' WHEN 'm' THEN 'MATERIALIZED VIEW' WHEN 'i' "
         "THEN "
-        "'INDEX' WHEN 'I' THEN 'INDEX' WHEN 'S' THEN 'SEQUENCE' WHEN 'c' THEN 'TYPE' ELSE 'TABLE' END FROM "
+        "'INDEX' WHEN 'I' THEN 'INDEX' WHEN 'S' THEN 'SEQUENCE' WHEN 'c' THEN 'TYPE' WHEN 'f' THEN 'FOREIGN "
+        "TABLE' ELSE 'TABLE' END FROM "
         "pg_catalog.pg_class WHERE relnamespace=to_regnamespace('telvane') ORDER BY 1");
     const auto deben = partes();
+    const auto faltas = faltasDe(debidas(), hay());
+    // A table that another server keeps is as good, where it is like ours; to change it is its server's.
+    const auto sirve = [&](const Parte& debe, const std::string& clase) {
+        return debe.clase == clase || (debe.clase == "TABLE" && clase == "FOREIGN TABLE" &&
+                                       std::ranges::find(faltas, debe.nombre, &Falta::tabla) == faltas.end());
+    };
     std::vector<std::string> lista;
     for (int i = 0; i < r.filas(); ++i) {
         const auto debe = std::ranges::find(deben, r.texto(i, 0), &Parte::nombre);
-        if (debe != deben.end() && debe->clase != r.texto(i, 1))
+        if (debe != deben.end() && !sirve(*debe, r.texto(i, 1)))
             lista.push_back(avisoDeIntruso(r.texto(i, 1), "telvane." + r.texto(i, 0)));
     }
     return lista;
@@ -184,7 +191,7 @@ Tablas TablasPostgres::hay() {
     const auto r = base_.consultar(
         "SELECT c.relname::text,a.attname::text,format_type(a.atttypid,a.atttypmod),a.attnotnull,"
         "c.relkind='f' OR EXISTS(SELECT 1 FROM pg_catalog.pg_inherits h JOIN pg_catalog.pg_class p ON "
-        "p.oid=h.inhrelid WHERE h.inhparent=c.oid AND p.relkind='f') FROM pg_catalog.pg_class c JOIN "
+        "p.oid=h.inhrelid WHERE h.inhparent=c.oid AND p.relkind='f') FROM pg_catalog.pg_class c LEFT JOIN "
         "pg_catalog.pg_attribute a ON a.attrelid=c.oid AND a.attnum>0 AND NOT a.attisdropped WHERE "
         "c.relnamespace=to_regnamespace('telvane') AND c.relkind IN ('r','p','f') ORDER BY "
         "c.relname,a.attnum");
@@ -193,6 +200,8 @@ Tablas TablasPostgres::hay() {
         if (tablas.empty() || tablas.back().nombre != r.texto(i, 0))
             tablas.push_back(
                 {.nombre = r.texto(i, 0), .columnas = {}, .claves = {}, .ajena = r.logico(i, 4)});
+        // There may be none.
+        if (r.esNulo(i, 1)) continue;
         tablas.back().columnas.push_back(
             {.nombre = r.texto(i, 1), .tipo = r.texto(i, 2), .obligatoria = r.logico(i, 3)});
     }
@@ -325,6 +334,8 @@ void TablasPostgres::reponerClave(const Falta& falta) {
 void TablasPostgres::reponerTablas() {
     const auto deben = debidas();
     for (const auto& sentencia : devolverNombres(deben, hay(), kDialecto.prefijo)) base_.ejecutar(sentencia);
+    if (const auto usurpadas = avisosDeUsurpadas(deben, hay(), remedioAqui, kPrefijo); !usurpadas.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}", base_.nombre(), usurpadas.front()));
     const auto faltas = faltasDe(deben, hay());
     for (const auto& falta : faltas) {
         if (const auto remedio = remedioAqui(falta); !loHaceRehacer(remedio))

@@ -70,7 +70,7 @@ std::vector<std::string> TablasSqlite::estorbos(const TablasSqlite& antiguas) co
 }
 
 std::vector<std::string> TablasSqlite::faltanTablas() const {
-    return avisosDeFaltas(debidas(), hay(), remedioAqui);
+    return avisosDeFaltas(debidas(), hay(), remedioAqui, kPrefijo);
 }
 
 std::vector<Parte> TablasSqlite::partes() const {
@@ -223,6 +223,8 @@ void TablasSqlite::reponerTablas() {
     // It names the tables, and is made anew.
     if (!nombres.empty()) base_.ejecutar("DROP VIEW IF EXISTS lecturas");
     for (const auto& sentencia : nombres) base_.ejecutar(sentencia);
+    if (const auto usurpadas = avisosDeUsurpadas(deben, hay(), remedioAqui, kPrefijo); !usurpadas.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(base_.ruta()), usurpadas.front()));
     const auto faltas = faltasDe(deben, hay());
     std::set<std::string> deNuevo;
     std::set<std::string> deOtraForma;

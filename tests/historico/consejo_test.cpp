@@ -61,8 +61,19 @@ class Consejo : public OrdenesEnAmbos {
     // Something else under that name.
     std::vector<std::string> ajenos(const std::string& nombre) const {
         const std::string otra = nombre == "estaciones" ? "imagenes(bytes)" : "estaciones(serie)";
-        return {"CREATE TABLE " + nombre + "(a integer)", "CREATE VIEW " + nombre + " AS SELECT 1 AS a",
-                "CREATE INDEX " + nombre + " ON " + otra};
+        std::vector<std::string> lista = {"CREATE TABLE " + nombre + "(a integer)",
+                                          "CREATE VIEW " + nombre + " AS SELECT 1 AS a",
+                                          "CREATE INDEX " + nombre + " ON " + otra};
+        if (esArchivo()) return lista;
+        const std::string servidor =
+            "DROP FOREIGN DATA WRAPPER IF EXISTS nada CASCADE; CREATE FOREIGN DATA WRAPPER nada; CREATE "
+            "SERVER nada FOREIGN DATA WRAPPER nada; ";
+        for (const auto& mas : {"CREATE TABLE " + nombre + "()", "CREATE SEQUENCE " + nombre,
+                                "CREATE TYPE " + nombre + " AS (a integer)",
+                                "CREATE MATERIALIZED VIEW " + nombre + " AS SELECT 1 AS a",
+                                servidor + "CREATE FOREIGN TABLE " + nombre + "(a integer) SERVER nada"})
+            lista.push_back(mas);
+        return lista;
     }
     void conAjenos(std::vector<Mano>& todas, const std::string& nombre, const std::string& antes) const {
         for (const auto& ajeno : ajenos(nombre)) todas.push_back({nombre, antes + ajeno});
@@ -80,6 +91,9 @@ class Consejo : public OrdenesEnAmbos {
                                     quitar + "; " + (esArchivo() ? "DROP VIEW IF EXISTS lecturas; " : "") +
                                     "ALTER TABLE telvane_otra RENAME TO " + t});
         }
+        todas.push_back({t, "ALTER TABLE " + t + " RENAME TO otra_" + t});
+        for (const auto& ajeno : ajenos(t))
+            todas.push_back({"nada", "ALTER TABLE " + t + " RENAME TO otra_" + t + "; " + ajeno});
         todas.push_back({t, "ALTER TABLE " + t + " ADD COLUMN otra integer"});
         todas.push_back({t, "CREATE TABLE telvane_otra AS SELECT *,1 AS otra FROM " + t + "; " + quitar +
                                 "; " + (esArchivo() ? "DROP VIEW IF EXISTS lecturas; " : "") +
