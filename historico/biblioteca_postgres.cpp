@@ -2,7 +2,11 @@
 
 #include <dlfcn.h>
 
+#include <string>
+#include <string_view>
+
 #include "historico/almacen.h"
+#include "platform/motivos.h"
 
 namespace telvane {
 
@@ -11,6 +15,18 @@ namespace {
 [[noreturn]] void falta() {
     throw ErrorAlmacen(
         "para una base de datos PostgreSQL hace falta la biblioteca libpq: instale el paquete libpq5");
+}
+
+void* cargar(const char* archivo) {
+    auto* asidero = ::dlopen(archivo, RTLD_NOW | RTLD_LOCAL);
+    if (asidero != nullptr) return asidero;
+    // The loader has words only, and those in English. What the session has no room for may well be
+    // installed.
+    const std::string_view dicho = ::dlerror();
+    const auto dice = [&](std::string_view que) { return dicho.find(que) != std::string_view::npos; };
+    if (dice("failed to map segment") || dice("cannot allocate") || dice("Cannot allocate"))
+        throw ErrorAlmacen(std::string(motivoSinMemoria()));
+    falta();
 }
 
 }  // namespace
@@ -24,11 +40,7 @@ Rutina* BibliotecaPostgres::rutina(const char* nombre) const {
 }
 
 BibliotecaPostgres::BibliotecaPostgres(const char* archivo)
-    : asidero_([&] {
-          auto* asidero = ::dlopen(archivo, RTLD_NOW | RTLD_LOCAL);
-          if (asidero == nullptr) falta();
-          return asidero;
-      }()),
+    : asidero_(cargar(archivo)),
       cancel(rutina<decltype(::PQcancel)>("PQcancel")),
       clear(rutina<decltype(::PQclear)>("PQclear")),
       cmdTuples(rutina<decltype(::PQcmdTuples)>("PQcmdTuples")),

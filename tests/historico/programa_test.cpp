@@ -19,6 +19,7 @@
 #include "tests/apoyo/disco_chico.h"
 #include "tests/apoyo/leer_todo.h"
 #include "tests/apoyo/proceso.h"
+#include "tests/apoyo/saneado.h"
 #include "tests/historico/imagen_prueba.h"
 #include "tests/historico/servidor_postgres.h"
 
@@ -234,6 +235,18 @@ TEST_F(Programa, StartsWithoutTheClientOfPostgresql) {
     ASSERT_EQ(enlazados.terminar(), 0);
     EXPECT_NE(enlazados.salida().find("libsqlite3"), std::string::npos);
     EXPECT_EQ(enlazados.salida().find("libpq"), std::string::npos);
+}
+
+// It is there, and finds no room.
+TEST_F(Programa, WithLittleMemoryTheClientOfPostgresqlIsNotToldAsMissing) {
+    if (saneado()) GTEST_SKIP() << "a sanitizer reserves more than there is";
+    for (const auto* kilobytes : {"10000", "14000", "18000", "22000", "26000"}) {
+        Proceso proceso({"/bin/sh", "-c",
+                         "ulimit -v \"$1\"; exec \"$0\" --en postgresql://127.0.0.1:1/y estado",
+                         TELVANE_HISTORICO, kilobytes});
+        EXPECT_EQ(proceso.terminar(), 1) << kilobytes;
+        EXPECT_THAT(proceso.errores(), testing::Not(testing::HasSubstr("instale"))) << kilobytes;
+    }
 }
 
 TEST_F(Programa, AFolderThatCannotBeReadIsToldAndTheRestIsTaken) {
