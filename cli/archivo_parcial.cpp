@@ -37,6 +37,12 @@ int bloquear(int descriptor) {
     return EBUSY;
 }
 
+void exigirQueNadieLoEscriba(const fs::path& ruta) {
+    const Descriptor suyo(::open(ruta.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const int motivo = suyo() < 0 ? 0 : bloquear(suyo());
+    if (motivo != 0) throw noGuardado(ruta, motivoEscritura(motivo));
+}
+
 fs::path rutaParcial(const Destino& destino) {
     return conSufijo(destino.ruta, kParcial);
 }
@@ -59,6 +65,7 @@ void ArchivoParcial::revisar(const Destino& destino, const EntornoConsola& entor
     parcial.exigirOtro(entorno.salida, "la salida de la orden");
     parcial.exigirOtro(entorno.errores, "lo que la orden avisa");
     exigirSitio(destino);
+    exigirQueNadieLoEscriba(rutaParcial(destino));
 }
 
 void ArchivoParcial::exigirSitio(const Destino& destino) {

@@ -24,9 +24,9 @@ class ArchivoParcial {
     // Whether a stretch of an image agrees with what stood there before, both from this byte on.
     using Coinciden = std::function<bool(std::size_t desde, Bytes antes, Bytes ahora)>;
 
-    // Throws where something else than a file that may be written stands in the partial file's place: known
-    // before the logger is asked for anything. Throws ErrorNombre where the program's output or its errors
-    // lead to it: that text would go over the memory's blocks.
+    // Throws where something else than a file that may be written, or one that another run is writing, stands
+    // in the partial file's place: known before the logger is asked for anything. Throws ErrorNombre where
+    // the program's output or its errors lead to it: that text would go over the memory's blocks.
     static void revisar(const Destino& destino, const EntornoConsola& entorno);
 
     // Opens the file, with what an earlier run left in it. One that another run is writing is refused, and so

@@ -280,6 +280,7 @@ TEST_F(Descargar, APartialFileThatAnotherRunIsWritingIsLeftAlone) {
     const auto r = correr({"descargar", "--base", carpeta / "a.rgt"});
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.errores, HasSubstr("en uso"));
+    EXPECT_TRUE(puertos.emitidos(kPuerto).empty());
     EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
     ::close(otro);
 }
