@@ -21,7 +21,7 @@
 
 namespace telvane {
 
-// What comes in from outside.
+// What comes in from outside; all of it outlives Inicio.
 struct Entorno {
     Bucle& bucle;
     const Reloj& reloj;
@@ -54,7 +54,8 @@ class Inicio {
     // Start-up of the program (Form_Load): ends with the port search, which asks the user first.
     void cargar();
 
-    // What the user did, as the shell saw it. Nothing happens for a disabled or hidden control.
+    // What the user did, as the shell saw it. A disabled or hidden control is not clicked; a disabled or
+    // locked one, or one whose value is being sent, does not change.
     void pulsar(Control& control);
     void cambiar(Control& control, const std::string& texto);
     void salirDe(Control& control);

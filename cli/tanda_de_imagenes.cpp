@@ -101,7 +101,7 @@ void TandaDeImagenes::esperarObreros() {
 
 // Nobody runs the loop meanwhile.
 void TandaDeImagenes::atender() const {
-    if (entorno_.senal != 0 || entorno_.senalEnEspera()) interrumpir();
+    atenderSenalSinBucle(entorno_);
 }
 
 void TandaDeImagenes::trabajar(const std::function<void()>& antesDeCada) {

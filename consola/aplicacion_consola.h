@@ -20,11 +20,13 @@ struct ProgramaConsola {
     ReglaDestino flujos = {};
 };
 
-// What a line asks for; throws ErrorCli.
+// What a line asks for. What it throws ends the program: ErrorCli with its own status, ErrorNombre as wrong
+// usage, any other std::exception as a failure.
 using OrdenElegida = std::function<void()>;
 
 // declarar: tells the commands; the one that the line chooses sets elegida. argumentos: without the program's
-// name. Returns the exit status (see CodigoSalida); throws nothing. A failure is one line on standard error.
+// name. Returns the exit status (see CodigoSalida); throws nothing. A failure is told on standard error
+// behind the program's name, wrong usage with a second line that says where to look.
 int correrPrograma(const ProgramaConsola& programa, Consola& consola,
                    const std::vector<std::string>& argumentos, OrdenElegida& elegida,
                    const std::function<void(Argumentos&)>& declarar);

@@ -40,11 +40,7 @@ Consola::~Consola() {
 
 // Worker threads write here as well, so the loop is not run while a reader is slow.
 int Consola::escribir(int descriptor, std::string_view texto) const {
-    return escribirTodo(descriptor, texto, [this] { return haySenal(); });
-}
-
-bool Consola::haySenal() const {
-    return entorno_.senal != 0 || entorno_.senalEnEspera();
+    return escribirTodo(descriptor, texto, [this] { return haySenal(entorno_); });
 }
 
 int Consola::escribirEn(int descriptor, std::string_view texto) {
@@ -86,7 +82,7 @@ void Consola::aviso(std::string_view linea) {
 }
 
 void Consola::avisoFinal(std::string_view programa, const std::exception& error) noexcept {
-    decirFinal(entorno_.errores, programa, error, [this] { return haySenal(); });
+    decirFinal(entorno_.errores, programa, error, [this] { return haySenal(entorno_); });
 }
 
 std::size_t Consola::ancho() const {

@@ -16,6 +16,7 @@ struct ReglaDestino;
 
 class Consola {
    public:
+    // entorno outlives it.
     explicit Consola(EntornoConsola& entorno);
     Consola(const Consola&) = delete;
     Consola& operator=(const Consola&) = delete;
@@ -36,7 +37,7 @@ class Consola {
     // and what is told from then on goes where it may.
     void exigirFlujosLibres(const ReglaDestino& regla);
     // Talk on standard error, over the progress line, without control characters: a line, or several with
-    // "\n" between them. Failures to write it are nobody's business.
+    // "\n" between them. Failures to write it are nobody's business. From any thread, one at a time.
     void aviso(std::string_view linea);
     // What ends the program, as its last line, also where memory is short. Throws nothing.
     void avisoFinal(std::string_view programa, const std::exception& error) noexcept;
@@ -52,7 +53,6 @@ class Consola {
     std::vector<std::uint8_t> leerEntrada(std::size_t maximo);
 
    private:
-    bool haySenal() const;
     void esperarEntrada();
     int mostrar(std::string_view texto);
     // 0, or the reason why not everything could be written: EINTR after a signal.

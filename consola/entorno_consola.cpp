@@ -8,8 +8,16 @@ void interrumpir() {
     throw ErrorCli(CodigoSalida::interrumpido, "interrumpido");
 }
 
+bool haySenal(const EntornoConsola& entorno) {
+    return entorno.senal != 0 || entorno.senalEnEspera();
+}
+
 void atenderSenal(const EntornoConsola& entorno) {
     if (entorno.senal != 0) interrumpir();
+}
+
+void atenderSenalSinBucle(const EntornoConsola& entorno) {
+    if (haySenal(entorno)) interrumpir();
 }
 
 bool esperar(EntornoConsola& entorno, const EntornoConsola::Condicion& condicion, Bucle::Duracion plazo) {

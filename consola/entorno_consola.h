@@ -31,8 +31,12 @@ struct EntornoConsola {
 
 // Throws ErrorCli (interrumpido).
 [[noreturn]] void interrumpir();
-// The same once a signal came.
+// Whether a signal came, delivered by the loop or not yet; from any thread.
+bool haySenal(const EntornoConsola& entorno);
+// The same once the loop delivered one.
 void atenderSenal(const EntornoConsola& entorno);
+// The same once one came, for whoever lets the loop wait.
+void atenderSenalSinBucle(const EntornoConsola& entorno);
 // Waits until the condition holds (true) or the time is over. Throws ErrorCli (interrumpido).
 bool esperar(EntornoConsola& entorno, const EntornoConsola::Condicion& condicion, Bucle::Duracion plazo);
 // Lets the time pass. Throws ErrorCli (interrumpido).

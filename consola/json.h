@@ -25,6 +25,7 @@ class Json {
     Json(const char* texto) : Json(std::string_view(texto)) {}
     template <std::same_as<bool> Logico>
     Json(Logico valor) : Json(Exacto{}, valor) {}
+    // What 64 bits with a sign hold.
     template <std::integral Entero>
     requires(!std::same_as<Entero, bool>) Json(Entero valor)
         : Json(Exacto{}, static_cast<std::int64_t>(valor)) {}
@@ -33,8 +34,10 @@ class Json {
     Json(const std::optional<Valor>& quiza) : Json(quiza ? Json(*quiza) : Json()) {}
 
     static Json lista(std::initializer_list<Json> valores = {});
+    // Null becomes a list with the first one; what is neither throws std::exception.
     void agregar(Json valor);
-    // A member of an object, behind those that it has.
+    // A member of an object, behind those that it has, or in the place of the one of that name. Null becomes
+    // an object with the first one; what is neither throws std::exception.
     void poner(std::string_view nombre, Json valor);
 
     // The text with its line end: on one line, or as people read it. Each byte that is no UTF-8 as U+FFFD;

@@ -39,9 +39,10 @@ class ProcesoConsola {
     const RelojSistema reloj_{};
 };
 
-// While it lives, a signal that asks the program to end stands in the environment.
+// While it lives, a signal that asks the program to end stands in the environment. Both outlive it.
 class SenalesConsola {
    public:
+    // Throws std::system_error when the system gives no descriptor.
     SenalesConsola(Bucle& bucle, EntornoConsola& entorno);
     SenalesConsola(const SenalesConsola&) = delete;
     SenalesConsola& operator=(const SenalesConsola&) = delete;

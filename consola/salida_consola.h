@@ -46,7 +46,8 @@ class SalidaConsola {
 // The same piece by piece. A file is there whole after terminar; left before, nothing has happened to it.
 class EscrituraConsola {
    public:
-    // Waits for whoever reads. Throws as SalidaConsola does.
+    // Waits for whoever reads. It and what it is written with throw ErrorGuardado, ErrorCli. What it is given
+    // outlives it.
     EscrituraConsola(const SalidaConsola& salida, EntornoConsola& entorno, Consola& consola);
 
     void escribir(std::string_view bytes);

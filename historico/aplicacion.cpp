@@ -52,7 +52,7 @@ void ContextoHistorico::exigirFlujosLibres(const std::vector<std::string>& leido
 }
 
 void ContextoHistorico::atender() const {
-    if (entorno.senal != 0 || entorno.senalEnEspera()) interrumpir();
+    atenderSenalSinBucle(entorno);
 }
 
 void Relato::decir(std::string_view texto) {

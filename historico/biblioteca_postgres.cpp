@@ -24,7 +24,7 @@ void* cargar(const char* archivo) {
     // installed.
     const std::string_view dicho = ::dlerror();
     const auto dice = [&](std::string_view que) { return dicho.find(que) != std::string_view::npos; };
-    if (dice("failed to map segment") || dice("cannot allocate") || dice("Cannot allocate"))
+    if (dice("failed to map segment") || dice("annot allocate"))
         throw ErrorAlmacen(std::string(motivoSinMemoria()));
     falta();
 }

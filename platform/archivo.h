@@ -1,4 +1,4 @@
-// Reading a file that a user chose.
+// Reading a file that a user chose, and the folders of the user's own.
 #pragma once
 
 #include <cstddef>

@@ -27,7 +27,8 @@ struct OpcionDeLinea {
     std::string enLugarDeVacia = {};
 };
 
-// A program or one of its commands. What receives a value outlives the reading of the line.
+// A program or one of its commands, for as long as its Argumentos lives. What receives a value outlives the
+// reading of the line.
 class OrdenDeLinea {
    public:
     explicit OrdenDeLinea(CLI::App& app) : app_(app) {}

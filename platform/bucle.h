@@ -35,7 +35,8 @@ class Bucle {
 
     // Calls accion each time the descriptor can be read, or has hung up, until the watch is destroyed.
     [[nodiscard]] Asidero vigilarLectura(int descriptor, Accion accion);
-    // Calls accion once, plazo from now on the monotonic clock (0: as soon as the loop turns).
+    // Calls accion once, plazo from now on the monotonic clock (0 or less: as soon as the loop turns; at most
+    // 24 days, which is as far as the toolkit counts).
     [[nodiscard]] Asidero alarma(Duracion plazo, Accion accion);
 
     // Delivers an event now, or after the running pause.

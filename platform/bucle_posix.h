@@ -20,7 +20,8 @@ class BuclePosix final : public Bucle {
     BuclePosix();
     ~BuclePosix() override;
 
-    // Delivers events until terminar, or until nothing is watched any more.
+    // Delivers events until terminar, or until nothing is watched any more. Throws std::system_error where
+    // the system cannot wait; so does correrHasta.
     void correr();
     // Ends the innermost correr or correrHasta after the running event.
     void terminar() { terminar_ = true; }
@@ -53,7 +54,8 @@ class BuclePosix final : public Bucle {
 };
 
 // Signals as events of a loop: while it lives, those listed neither kill the process nor interrupt a call.
-// Other threads must be started while it lives, so that they inherit the block. One at a time for a signal.
+// Other threads must be started while it lives, so that they inherit the block; so do programs that are
+// started then. One at a time for a signal. The loop outlives it.
 class Senales {
    public:
     // Throws std::system_error when the system gives no descriptor.

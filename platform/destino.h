@@ -20,7 +20,8 @@ class ErrorGuardado : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The name, or what stands under it, says that another kind of file is meant.
+// The name, or what stands under it, says that nothing is to be written there: another kind of file, one that
+// is read for it, a data base, or where this process tells what it does.
 class ErrorNombre : public ErrorGuardado {
    public:
     using ErrorGuardado::ErrorGuardado;
@@ -85,10 +86,11 @@ struct Destino {
     std::filesystem::path carpeta() const;
 };
 
-// Throws ErrorGuardado with the file's name and the reason in Spanish where writing is refused or bound to
-// fail: a folder that is missing or closed, a file that may not be written or read or that would be replaced
-// against the rule, a data base (whatever its name), what this process' output or errors go to, too little
-// room, anything that is neither a regular file nor, where the rule lets it, a stream. Writes nothing.
+// Throws ErrorGuardado, or the ErrorNombre above, with the file's name and the reason in Spanish where
+// writing is refused or bound to fail: a folder that is missing or closed, a file that may not be written or
+// read or that would be replaced against the rule, a data base (whatever its name), what this process' output
+// or errors go to, too little room, anything that is neither a regular file nor, where the rule lets it, a
+// stream. Writes nothing.
 Destino revisarDestino(const std::filesystem::path& ruta, const ReglaDestino& regla = {});
 
 // Why nothing may be written where a data base stands, or a file that holds what is not yet in the one beside
@@ -102,8 +104,7 @@ std::string identidad(const std::filesystem::path& ruta);
 std::optional<std::string> identidad(int descriptor);
 
 // The descriptor of a stream, to be written to without waiting; -1 while a FIFO, and nothing else, has no
-// reader.
-// Throws ErrorGuardado.
+// reader. The caller closes it. Throws ErrorGuardado.
 int abrirCorriente(const Destino& destino);
 
 // The name with something added at its end, cut before it where the whole would be longer than the folder's

@@ -14,6 +14,7 @@
 
 namespace telvane {
 
+// Outlives every wait.
 class Esperas {
    public:
     using Condicion = std::function<bool()>;

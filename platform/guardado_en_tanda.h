@@ -21,7 +21,7 @@ namespace telvane {
 class GuardadoEnTanda {
    public:
     // Why it is not saved; null: it is. ErrorGuardado speaks Spanish and names the file; std::bad_alloc may
-    // have been thrown anywhere. Throws nothing.
+    // have been thrown anywhere. It throws nothing itself.
     using AlTerminar = std::function<void(const std::exception_ptr& fallo)>;
 
     GuardadoEnTanda() = default;
@@ -33,7 +33,8 @@ class GuardadoEnTanda {
     // Writes the file. alTerminar is told once, on any of the threads, now or later, and adds no file itself.
     void agregar(const std::filesystem::path& ruta, std::string_view bytes, const ReglaDestino& regla,
                  const AlTerminar& alTerminar) noexcept;
-    // Saves those that wait; afterwards every file that was added has been told.
+    // Saves those that wait; afterwards, once no agregar runs any more, every file that was added has been
+    // told.
     void terminar() noexcept;
 
    private:

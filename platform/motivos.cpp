@@ -62,7 +62,7 @@ constexpr Motivo kMotivos[] = {
     {ENOMEM, "no queda memoria", kCerrarProgramas},
     {ENOSPC, "no queda espacio en el disco", kHacerSitio},
     {ENOTDIR, "una parte de la ruta no es una carpeta", "Revise la ruta"},
-    {ENOTEMPTY, "la carpeta no se encuentra vacia", kOtraCarpeta},
+    {ENOTEMPTY, "la carpeta no se encuentra vacía", kOtraCarpeta},
     {ENOTSUP, "el sistema no admite esa orden", kRepetir},
     {ENOTTY, "no es un puerto serie", "Dé otro dispositivo"},
     {ENXIO, "el dispositivo no existe", kMirarDispositivo},

@@ -18,6 +18,7 @@ std::optional<Numero> numeroDe(std::string_view texto, int base = 10) {
     return error == std::errc() && fin == hasta ? std::optional(valor) : std::nullopt;
 }
 
+// The same; "inf" and "nan" are numbers here.
 template <std::floating_point Numero>
 std::optional<Numero> numeroDe(std::string_view texto) {
     Numero valor{};

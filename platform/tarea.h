@@ -110,7 +110,7 @@ class Tareas {
    public:
     using AlFallar = std::function<void(std::exception_ptr)>;
 
-    // alFallar receives what an operation did not expect.
+    // alFallar receives what an operation did not expect, and throws nothing.
     explicit Tareas(AlFallar alFallar);
     Tareas(const Tareas&) = delete;
     Tareas& operator=(const Tareas&) = delete;

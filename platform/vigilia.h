@@ -12,7 +12,7 @@ namespace telvane {
 
 class Vigilia {
    public:
-    // Longest standstill that still counts as going on.
+    // How often it looks whether anything went on: a standstill ends it after one to two of these.
     static constexpr std::chrono::seconds kQuietud{60};
 
     // inhibidor: may be null, then nothing is held.

@@ -62,11 +62,13 @@ class Propiedad {
     T valor_;
 };
 
-// State at load; what is not named keeps the default.
+// State at load; what is not named keeps the default. Its texts are not copied: they stay for as long
+// as the control is used.
 struct Inicial {
     std::string_view caption = {};
     std::string_view hint = {};
-    // Name for assistive technology where the caption does not serve.
+    // Name for assistive technology where the caption does not serve; on the screen too, where nothing else
+    // labels the control.
     std::string_view nombreAccesible = {};
     bool enabled = true;
     bool visible = true;

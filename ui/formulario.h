@@ -15,6 +15,7 @@ namespace telvane {
 
 class Formulario {
    public:
+    // The texts are not copied: they stay for as long as the form is used.
     explicit Formulario(std::string_view nombre, std::string_view caption);
     Formulario(const Formulario&) = delete;
     Formulario& operator=(const Formulario&) = delete;
@@ -25,6 +26,7 @@ class Formulario {
     void caption(std::string nuevo);
 
     // A form may be loaded without being shown. Unloading hides it; its next load finds the state at load.
+    // That its caption goes back no observer is told.
     bool cargado() const { return cargado_; }
     bool mostrado() const { return mostrado_; }
     void cargar();
@@ -36,7 +38,8 @@ class Formulario {
     // By designer name; nullptr if there is none.
     Control* buscar(std::string_view nombre) const;
 
-    // Prints one line of plain text on the form's surface, newest last; the oldest scroll off.
+    // Prints one line of plain text on the form's surface, newest last; of more than 500 the oldest scroll
+    // off.
     void imprimir(std::string linea);
     const std::deque<std::string>& lineas() const { return lineas_; }
 

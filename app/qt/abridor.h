@@ -7,6 +7,7 @@
 #include <list>
 
 #include "platform/bucle.h"
+#include "platform/descriptor.h"
 #include "platform/reloj.h"
 
 namespace telvane {
@@ -17,14 +18,13 @@ class Abridor {
     Abridor(Bucle& bucle, const Reloj& reloj) : bucle_(bucle), reloj_(reloj) {}
     Abridor(const Abridor&) = delete;
     Abridor& operator=(const Abridor&) = delete;
-    ~Abridor();
 
     // alFallar: there is no opener, or it soon says that it could not open the file.
     void abrir(const std::filesystem::path& ruta, const std::function<void()>& alFallar);
 
    private:
     struct EnMarcha {
-        int descriptor = -1;  // of the process
+        Descriptor proceso;
         std::chrono::nanoseconds comienzo;
         std::function<void()> alFallar;
         Bucle::Asidero vigilancia = nullptr;

@@ -26,7 +26,7 @@ class Aplicacion final : public QApplication {
     std::function<void(const std::string&)> alFallar_;
 };
 
-// Exit status without a display, and after what nobody expected.
+// Exit status without a display, after what nobody expected, and where the standard output did not take all.
 inline constexpr int kFallo = 1;
 
 inline constexpr const char* kSinPantalla =

@@ -5,9 +5,12 @@
 #include "app/opciones.h"
 #include "app/qt/aplicacion.h"
 #include "app/qt/programa.h"
+#include "platform/correr_proceso.h"
 #include "platform/flujos.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int correr(int argc, char** argv) {
     // Whatever the toolkit warns of must not reach the display's own connection.
     const auto flujos = telvane::flujosHeredados();
     const auto ordenes = telvane::leerOrdenes(std::vector<std::string>(argv + 1, argv + argc));
@@ -26,4 +29,10 @@ int main(int argc, char** argv) {
     int propios = 1;
     telvane::Aplicacion aplicacion(propios, argv);
     return telvane::Programa(aplicacion, *ordenes.opciones).correr();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return telvane::correrProceso("telvane", [&] { return correr(argc, argv); });
 }

@@ -22,6 +22,7 @@ namespace telvane {
 
 class Programa {
    public:
+    // Throws std::system_error when the system gives no descriptor.
     Programa(Aplicacion& aplicacion, const Opciones& opciones);
     Programa(const Programa&) = delete;
     Programa& operator=(const Programa&) = delete;

@@ -145,6 +145,8 @@ const std::set<std::string>& noSonMensajes() {
         "Connection timed out",
         "No route to host",
         "closed the connection",
+        "failed to map segment",
+        "annot allocate",
     };
     return kTextos;
 }

@@ -403,7 +403,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(Guardado{"fsync", false, Fin::marco}, Guardado{"fsync", false, Fin::pantalla},
                       Guardado{"rename", false, Fin::term}, Guardado{"fsync", true, Fin::cuelga},
                       Guardado{"fsync", true, Fin::marco}, Guardado{"fsync", true, Fin::pantalla},
-                      Guardado{"rename", true, Fin::interrupcion}),
+                      Guardado{"renameat2", true, Fin::interrupcion}),
     nombrarGuardado);
 
 // The window holds the port in the middle of an exchange; it dies, and nothing of it is in the way.

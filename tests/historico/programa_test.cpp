@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <regex>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -235,6 +236,36 @@ TEST_F(Programa, StartsWithoutTheClientOfPostgresql) {
     ASSERT_EQ(enlazados.terminar(), 0);
     EXPECT_NE(enlazados.salida().find("libsqlite3"), std::string::npos);
     EXPECT_EQ(enlazados.salida().find("libpq"), std::string::npos);
+}
+
+// Whoever ends the session ends what was opened in it.
+TEST_F(Programa, WhatOpensAReportHoldsNoSignalBackAndOneThatIsMissingIsTold) {
+    ASSERT_EQ(
+        Proceso(orden({"incorporar", guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes())})).terminar(),
+        0);
+    const auto abridor = carpeta / "xdg-open";
+    const std::string huella = carpeta / "huella";
+    std::ofstream(abridor)
+        << "#!/bin/sh\nwhile read que valor; do case $que in SigBlk:|SigIgn:) echo $que $valor;; "
+           "esac; done </proc/self/status >" +
+               huella + ".a\n/bin/mv " + huella + ".a " + huella + "\n";
+    std::filesystem::permissions(abridor, std::filesystem::perms::owner_all);
+    const auto informe = orden({"informe", "--estacion", "02080050", carpeta / "i.html", "--abrir"});
+    Proceso con(informe, {"PATH=" + carpeta.ruta().string()});
+    EXPECT_EQ(con.terminar(), 0) << con.errores();
+    ASSERT_TRUE(esperarA([&] { return std::filesystem::exists(huella); }));
+    std::istringstream lineas(leerTodo(huella));
+    std::string que;
+    std::uint64_t retenidas = 1;
+    std::uint64_t desoidas = 0;
+    lineas >> que >> std::hex >> retenidas >> que >> desoidas;
+    EXPECT_EQ(retenidas, 0U);
+    EXPECT_EQ(desoidas & (1U << (SIGPIPE - 1) | 1U << (SIGXFSZ - 1)), 0U);
+    Proceso sin(informe, {"PATH=/nada"});
+    EXPECT_EQ(sin.terminar(), 1);
+    EXPECT_THAT(sin.errores(),
+                testing::HasSubstr("i.html está guardado, pero no se pudo abrir: falta xdg-open "
+                                   "(paquete xdg-utils)"));
 }
 
 // It is there, and finds no room.
