@@ -107,7 +107,7 @@ Convertido convertirDe(Conversor& conversor, const TrabajoDeConversion& trabajo,
 
 void convertirUna(ContextoCli& contexto, const TrabajoDeConversion& trabajo, const Par& par) {
     const SalidaConsola salida(par.salida, reglaDeTabla());
-    if (salida.estandar()) contexto.consola.exigirSalida();
+    if (salida.estandar()) contexto.consola.exigirSalidaPropia();
     Conversor conversor;
     const auto bytes = esEntradaEstandar(par.entrada) ? leerTuberia(contexto.consola, conversor.destino())
                                                       : leerArchivo(par.entrada, conversor.destino());

@@ -145,7 +145,7 @@ void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
     const Salidas salidas(contexto.entorno, opciones);
     const auto& base = salidas.base;
     auto& consola = contexto.consola;
-    if (salidas.algunaEstandar()) consola.exigirSalida();
+    if (salidas.algunaEstandar()) consola.exigirSalidaPropia();
     if (base.archivo()) ArchivoParcial::revisar(base.destino(), contexto.entorno);
     SesionCli sesion(contexto.entorno, consola, contexto.com);
     auto& registrador = sesion.registrador();

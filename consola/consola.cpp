@@ -13,6 +13,7 @@
 #include "consola/codigos_salida.h"
 #include "platform/contrasena.h"
 #include "platform/cp1252.h"
+#include "platform/destino.h"
 #include "platform/flujos.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
@@ -48,6 +49,14 @@ int Consola::escribirEn(int descriptor, std::string_view texto) {
     const int motivo = escribir(descriptor, texto);
     if (motivo == EINTR) interrumpir();
     return motivo;
+}
+
+void Consola::exigirSalidaPropia() const {
+    exigirSalida();
+    const auto suya = identidad(entorno_.salida);
+    if (suya && suya == identidad(entorno_.errores))
+        throw ErrorNombre(
+            "la salida y los avisos de la orden van al mismo archivo: dé otro a los avisos, con 2>archivo");
 }
 
 void Consola::exigirSalida() const {

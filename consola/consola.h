@@ -46,6 +46,9 @@ class Consola {
     void progreso(const std::string& linea);
     // Characters that fit into a line of the terminal now.
     std::size_t ancho() const;
+    // Also where what is told would get into the same file, which is to hold what the command gives and
+    // nothing else. Throws ErrorNombre for that.
+    void exigirSalidaPropia() const;
     // Whether somebody watches standard error.
     bool hayTerminal() const { return hayTerminal_; }
 

@@ -1,6 +1,7 @@
 #include "historico/compresion.h"
 
 #include <zstd.h>
+#include <zstd_errors.h>
 
 #include <memory>
 #include <new>
@@ -26,7 +27,9 @@ struct Soltar {
 constexpr const char* kNoSePuede = "no se puede descomprimir";
 
 void exigir(std::size_t resultado) {
-    if (ZSTD_isError(resultado) != 0) throw ErrorCompresion(kNoSePuede);
+    if (ZSTD_isError(resultado) == 0) return;
+    if (ZSTD_getErrorCode(resultado) == ZSTD_error_memory_allocation) throw std::bad_alloc();
+    throw ErrorCompresion(kNoSePuede);
 }
 
 }  // namespace

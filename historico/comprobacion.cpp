@@ -61,7 +61,7 @@ void compararResumenes(const ResumenEstacion& hay, const ResumenEstacion& debe, 
     const auto comparar = [&](std::string_view que, std::int64_t uno, std::int64_t otro) {
         if (uno != otro) defectos.push_back(fmt::format("{}: hay {} y deben ser {}", que, uno, otro));
     };
-    comparar("imágenes", hay.imagenes, debe.imagenes);
+    if (hay.imagenes < debe.imagenes) comparar("imágenes", hay.imagenes, debe.imagenes);
     comparar("muestras", hay.muestras, debe.muestras);
     comparar("huecos", hay.huecos, debe.huecos);
     comparar("conflictos", hay.conflictos, debe.conflictos);
@@ -166,6 +166,13 @@ std::vector<std::string> Archivo::comprobarUna(Lectura& lectura, const EstacionG
     for (int anio = 2000; anio < 2100; ++anio)
         compararFilas(filasDelAnio(almacen_, estacion.id, anio), filasDelAnio(prueba, debe.id, anio), lineas);
     lineas = conRemedio(std::move(lineas));
+    if (estacion.resumen.imagenes > debe.resumen.imagenes) {
+        lineas.insert(
+            lineas.begin(),
+            fmt::format("dice tener {} y quedan {}: si falta alguna, incorpore antes su .rgt; rehacer "
+                        "quita las muestras que solo ella tenía",
+                        contados(estacion.resumen.imagenes, "imagen", "imágenes"), debe.resumen.imagenes));
+    }
     if (const auto fichas = almacen_.descargasPerdidas(estacion.id); fichas > 0) {
         lineas.push_back(
             fmt::format("fichas de descarga de una imagen que no está: {}: rehacer las quita", fichas));

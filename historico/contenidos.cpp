@@ -62,6 +62,7 @@ Contenidos::Contenidos(Almacen& almacen, std::set<Huella> esperadas, const std::
     auto pendientes = leerSanos(alAvanzar);
     while (identificarAlguno(pendientes, Contra::laDicha, alAvanzar) ||
            identificarAlguno(pendientes, Contra::lasDeOtros, alAvanzar) ||
+           identificarAlguno(pendientes, Contra::lasHalladas, alAvanzar) ||
            identificarAlguno(pendientes, Contra::todas, alAvanzar)) {
     }
     for (auto& contenido : pendientes) todos_.push_back(std::move(contenido));
@@ -129,11 +130,17 @@ Contenidos::Bases Contenidos::lasDichas(const std::vector<Contenido>& pendientes
     return bases;
 }
 
-// Of a base by a wrong name nothing tells but trying all that may be meant: those of its station, and those
-// of others with which it was mixed up.
+// Of a base by a wrong name nothing tells but trying all that may be meant: those of others with which it was
+// mixed up, those that were found under a wrong name themselves, and those of its station.
 Contenidos::Bases Contenidos::basesPara(Contra contra, const Contenido& uno,
                                         const std::vector<Contenido>& pendientes) const {
     if (contra == Contra::laDicha) return laDicha(uno);
+    if (contra == Contra::lasHalladas) {
+        Bases halladas;
+        for (const auto& otro : todos_)
+            if (!otro.sano) halladas.push_back(otro.es);
+        return halladas;
+    }
     auto bases = lasDichas(pendientes);
     if (contra == Contra::lasDeOtros) return bases;
     for (const auto& otro : todos_) {

@@ -47,7 +47,7 @@ class Contenidos {
    private:
     using Bytes = std::vector<std::uint8_t>;
     // Upon which images one is tried.
-    enum class Contra { laDicha, lasDeOtros, todas };
+    enum class Contra { laDicha, lasDeOtros, lasHalladas, todas };
     using Bases = std::vector<std::optional<Huella>>;
     Bases laDicha(const Contenido& uno) const;
     Bases basesPara(Contra contra, const Contenido& uno, const std::vector<Contenido>& pendientes) const;

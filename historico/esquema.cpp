@@ -325,12 +325,12 @@ struct Mudanza {
     std::string hasta;
 };
 
-// Also to a place that is taken.
-std::vector<Mudanza> mudanzasPosibles(const Tablas& deben, const Tablas& hay) {
-    const auto tieneTodo = [](const Tabla& debe, Tabla una) {
-        una.nombre = debe.nombre;
-        return faltasDe({debe}, {std::move(una)}).empty();
-    };
+bool tieneTodo(const Tabla& debe, Tabla una) {
+    una.nombre = debe.nombre;
+    return faltasDe({debe}, {std::move(una)}).empty();
+}
+
+std::vector<Mudanza> mudanzasDe(const Tablas& deben, const Tablas& hay) {
     const auto estaBien = [&](const Tabla& una) {
         const auto* debe = buscarTabla(deben, una.nombre);
         return debe != nullptr && tieneTodo(*debe, una);
@@ -345,11 +345,6 @@ std::vector<Mudanza> mudanzasPosibles(const Tablas& deben, const Tablas& hay) {
             otra = unicaQue(hay, [&](const Tabla& una) { return !estaBien(una) && tieneTodo(debe, una); });
         if (otra != nullptr) mudanzas.push_back({.desde = otra->nombre, .hasta = debe.nombre});
     }
-    return mudanzas;
-}
-
-std::vector<Mudanza> mudanzasDe(const Tablas& deben, const Tablas& hay) {
-    auto mudanzas = mudanzasPosibles(deben, hay);
     // Nothing is pushed out of a place where it may belong.
     const auto ocupado = [&](const Mudanza& una) {
         return buscarTabla(hay, una.hasta) != nullptr &&
@@ -378,6 +373,43 @@ const Columna* conOtroNombre(const Tablas& deben, const Tablas& hay, const Falta
     });
 }
 
+Tabla conTrocadas(Tabla tabla, const std::string& una, const std::string& otra) {
+    const auto trocar = [&](std::string& nombre) {
+        if (nombre == una) {
+            nombre = otra;
+        } else if (nombre == otra) {
+            nombre = una;
+        }
+    };
+    for (auto& columna : tabla.columnas) trocar(columna.nombre);
+    for (auto& clave : tabla.claves) std::ranges::for_each(clave, trocar);
+    return tabla;
+}
+
+// Two columns of a table that bear each other's names.
+struct Trocadas {
+    std::string tabla;
+    std::string una;
+    std::string otra;
+};
+
+std::vector<Trocadas> trocadasDe(const Tablas& deben, const Tablas& hay) {
+    std::vector<Trocadas> todas;
+    for (const auto& debe : deben) {
+        const auto* suya = buscarTabla(hay, debe.nombre);
+        if (suya == nullptr || tieneTodo(debe, *suya)) continue;
+        std::vector<Trocadas> suyas;
+        for (auto una = debe.columnas.begin(); una != debe.columnas.end(); ++una) {
+            for (auto otra = una + 1; otra != debe.columnas.end(); ++otra) {
+                if (tieneTodo(debe, conTrocadas(*suya, una->nombre, otra->nombre)))
+                    suyas.push_back({debe.nombre, una->nombre, otra->nombre});
+            }
+        }
+        if (suyas.size() == 1) todas.push_back(std::move(suyas.front()));
+    }
+    return todas;
+}
+
 bool seMuda(const std::vector<Mudanza>& mudanzas, const Falta& falta) {
     return std::ranges::find(mudanzas, falta.tabla, &Mudanza::hasta) != mudanzas.end();
 }
@@ -385,37 +417,48 @@ bool seMuda(const std::vector<Mudanza>& mudanzas, const Falta& falta) {
 }  // namespace
 
 std::vector<std::string> avisosDeUsurpadas(const Tablas& deben, const Tablas& hay, Remedio remedio,
-                                           std::string_view prefijo) {
+                                           std::string_view prefijo,
+                                           const std::function<bool(const std::string& tabla)>& vacia) {
     const auto faltas = faltasDe(deben, hay);
+    const auto hechas = mudanzasDe(deben, hay);
     const auto noSirve = [&](const Falta& falta) {
         const auto que = remedio(falta);
         return falta.clase == Falta::Clase::columna && (que == kRecuperar || que == kSinContenidos) &&
                conOtroNombre(deben, hay, falta) == nullptr;
     };
-    const auto hechas = mudanzasDe(deben, hay);
     std::vector<std::string> lista;
-    for (const auto& una : mudanzasPosibles(deben, hay)) {
-        const bool usurpada = std::ranges::find(hechas, una.hasta, &Mudanza::hasta) == hechas.end() &&
-                              std::ranges::any_of(faltas, [&](const Falta& falta) {
-                                  return falta.tabla == una.hasta && noSirve(falta);
-                              });
-        if (usurpada)
-            lista.push_back(fmt::format("la tabla {} lleva el nombre {}, y otra lleva el suyo: {}", una.hasta,
-                                        una.desde, quitarTabla(prefijo, una.hasta)));
+    // What the others hold is told again, or may well be nothing.
+    for (const auto* cual : {"estaciones", "imagenes", "contenidos"}) {
+        const auto* debe = buscarTabla(deben, cual);
+        const bool seMudan = std::ranges::find(hechas, cual, &Mudanza::hasta) != hechas.end();
+        if (debe == nullptr || buscarTabla(hay, cual) == nullptr || seMudan) continue;
+        const auto* otra = unicaQue(hay, [&](const Tabla& una) {
+            return buscarTabla(deben, una.nombre) == nullptr && tieneTodo(*debe, una) && !vacia(una.nombre);
+        });
+        if (otra == nullptr) continue;
+        const bool sinUso = std::ranges::any_of(
+            faltas, [&](const Falta& falta) { return falta.tabla == cual && noSirve(falta); });
+        if (sinUso || vacia(cual))
+            lista.push_back(fmt::format("la tabla {} lleva el nombre {}, y otra lleva el suyo: {}", cual,
+                                        otra->nombre, quitarTabla(prefijo, cual)));
     }
     return lista;
 }
 
-std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay, Remedio remedio,
-                                        std::string_view prefijo) {
-    auto lista = avisosDeUsurpadas(deben, hay, remedio, prefijo);
-    if (!lista.empty()) return lista;
+std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay, Remedio remedio) {
+    std::vector<std::string> lista;
     std::set<std::string> dichas;
     const auto mudanzas = mudanzasDe(deben, hay);
     for (const auto& una : mudanzas)
         lista.push_back(fmt::format("la tabla {} lleva el nombre {}: {}", una.hasta, una.desde, kReponer));
     auto faltas = faltasDe(deben, hay);
     std::erase_if(faltas, [&](const Falta& falta) { return seMuda(mudanzas, falta); });
+    for (const auto& [tabla, una, otra] : trocadasDe(deben, hay)) {
+        lista.push_back(
+            fmt::format("en la tabla {} las columnas {} y {} llevan cada una el nombre de la otra: {}", tabla,
+                        una, otra, kReponer));
+        std::erase_if(faltas, [&](const Falta& falta) { return falta.tabla == tabla; });
+    }
     // What only bears another name is not lost.
     const auto suRemedio = [&](const Falta& falta) {
         return conOtroNombre(deben, hay, falta) != nullptr ? std::string(kReponer) : remedio(falta);
@@ -455,11 +498,20 @@ std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay,
     const auto mudanzas = mudanzasDe(deben, hay);
     for (const auto& una : mudanzas) llamar(una.desde, provisional(una));
     for (const auto& una : mudanzas) llamar(provisional(una), una.hasta);
+    const auto renombrar = [&](const std::string& tabla, const std::string& de, const std::string& a) {
+        sentencias.push_back(
+            fmt::format("ALTER TABLE {}{} RENAME COLUMN {} TO {}", prefijo, tabla, entreComillas(de), a));
+    };
+    for (const auto& [tabla, una, otra] : trocadasDe(deben, hay)) {
+        if (std::ranges::find(mudanzas, tabla, &Mudanza::hasta) != mudanzas.end()) continue;
+        const auto provisionalmente = "telvane_de_" + otra;
+        renombrar(tabla, una, provisionalmente);
+        renombrar(tabla, otra, una);
+        renombrar(tabla, provisionalmente, otra);
+    }
     for (const auto& falta : faltasDe(deben, hay)) {
         const auto* otra = seMuda(mudanzas, falta) ? nullptr : conOtroNombre(deben, hay, falta);
-        if (otra != nullptr)
-            sentencias.push_back(fmt::format("ALTER TABLE {}{} RENAME COLUMN {} TO {}", prefijo, falta.tabla,
-                                             entreComillas(otra->nombre), falta.columna.nombre));
+        if (otra != nullptr) renombrar(falta.tabla, otra->nombre, falta.columna.nombre);
     }
     return sentencias;
 }

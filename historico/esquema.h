@@ -61,19 +61,19 @@ std::vector<Falta> faltasDe(const Tablas& deben, const Tablas& hay);
 std::string textoDe(const Falta& falta);
 using Remedio = std::string (*)(const Falta& falta);
 // What of it is to be told, a line each with what to do. remedio: of what is not only under another name.
-std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay, Remedio remedio,
-                                        std::string_view prefijo);
-// Of each table that is of no use where it stands and whose place is another's, which bears another name: a
-// line with what to do.
+std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay, Remedio remedio);
+// Of each table that is of no use where it stands, or empty, and whose place is another's with rows, which
+// bears another name: a line with what to do. vacia: whether the table of this name has no row.
 std::vector<std::string> avisosDeUsurpadas(const Tablas& deben, const Tablas& hay, Remedio remedio,
-                                           std::string_view prefijo);
+                                           std::string_view prefijo,
+                                           const std::function<bool(const std::string& tabla)>& vacia);
 // What is not as it must be of those tables that an older version, which had antes, did not have yet: it is
 // somebody else's, and in the way of a migration. A line a table with what to do.
 std::vector<std::string> avisosDeEstorbos(const Tablas& deben, const Tablas& antes, const Tablas& hay,
                                           std::string_view prefijo);
-// The statements that give back their names to tables and columns that stand under other ones, two tables in
-// each other's place as well: a table is known by its columns, and a column by being the only one of its kind
-// that is missing where only one is too many.
+// The statements that give back their names to tables and columns that stand under other ones, two in each
+// other's place as well: a table is known by its columns, and a column by being the only one of its kind that
+// is missing where only one is too many, or by what the table is once two have exchanged their names.
 std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay, std::string_view prefijo);
 
 // Something else stands where a part of ours must; clase: as its DROP calls it.

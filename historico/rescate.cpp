@@ -83,7 +83,30 @@ void Rescate::situar() {
         if (esSuMasNueva(ficha->estacion, pieza.huella)) std::ranges::reverse(lasDos);
         pieza.estacion = pieza.seLee ? laDeSusMuestras(lasDos, pieza.huella) : ficha->estacion;
     }
+    devolverAVacias();
     reunirCopias();
+}
+
+// A station that has lost all of its images and still has samples gets those back that bear them out, but for
+// another logger's. Those that bear out both stations' are its own where the other one has more than it knows
+// of.
+void Rescate::devolverAVacias() {
+    std::map<IdEstacion, std::int64_t> deMas;
+    for (const auto& pieza : piezas_) ++deMas[pieza.estacion];
+    for (const auto& fila : filas_) {
+        if (deMas.contains(fila.id)) deMas[fila.id] -= fila.resumen.imagenes;
+    }
+    for (const auto& fila : filas_) {
+        if (deMas.contains(fila.id) || almacen_.contarFilas(fila.id, kPrimerMomento, kUltimoMomento) == 0)
+            continue;
+        for (auto& pieza : piezas_) {
+            if (!pieza.seLee || (pieza.serie && !esNombreDe(fila.nombre, *pieza.serie))) continue;
+            alAvanzar_();
+            std::vector<IdEstacion> lasDos = {pieza.estacion, fila.id};
+            if (deMas.at(pieza.estacion) > 0) std::ranges::reverse(lasDos);
+            pieza.estacion = laDeSusMuestras(lasDos, pieza.huella);
+        }
+    }
 }
 
 // An image that stands in a station of its logger and in another logger's as well belongs to the first, and

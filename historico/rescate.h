@@ -59,6 +59,7 @@ class Rescate {
     std::set<Huella> deOtros() const;
     std::set<Huella> nombradas() const;
     void situar();
+    void devolverAVacias();
     void reunirCopias();
     IdEstacion laDeSusMuestras(const std::vector<IdEstacion>& cuales, const Huella& huella);
     void agrupar();

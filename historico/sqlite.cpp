@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -73,6 +74,7 @@ BaseSqlite::BaseSqlite(const std::filesystem::path& ruta, Acceso acceso, std::ch
     const int codigo =
         sqlite3_open_v2(entera.c_str(), &base_, modo | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
     if (codigo != SQLITE_OK) {
+        if (base_ == nullptr) throw std::bad_alloc();
         const auto que = fmt::format("{}: {}", nombreVisible(ruta), motivo(codigo));
         sqlite3_close(base_);
         throw ErrorAlmacen(que);
@@ -163,6 +165,7 @@ bool BaseSqlite::seguirEsperando(int vez) {
 
 void BaseSqlite::fallar(int codigo) const {
     if (interrupcion_) std::rethrow_exception(std::exchange(interrupcion_, nullptr));
+    if ((codigo & kSoloCodigo) == SQLITE_NOMEM) throw std::bad_alloc();
     throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(ruta_), motivo(codigo)), claseDe(codigo));
 }
 
@@ -241,8 +244,9 @@ std::int64_t Sentencia::entero(int columna) const {
     return sqlite3_column_int64(sentencia_, columna);
 }
 std::string Sentencia::texto(int columna) const {
-    const auto* texto = sqlite3_column_text(sentencia_, columna);
-    return texto == nullptr ? std::string() : std::string(reinterpret_cast<const char*>(texto));
+    const auto* texto = reinterpret_cast<const char*>(sqlite3_column_text(sentencia_, columna));
+    const auto largo = static_cast<std::size_t>(sqlite3_column_bytes(sentencia_, columna));
+    return texto == nullptr ? std::string() : std::string(texto, largo);
 }
 std::span<const std::uint8_t> Sentencia::bytes(int columna) const {
     const auto* desde = static_cast<const std::uint8_t*>(sqlite3_column_blob(sentencia_, columna));

@@ -84,8 +84,17 @@ std::vector<std::string> TablasPostgres::estorbos(const TablasPostgres& antiguas
     return lista;
 }
 
+std::vector<std::string> TablasPostgres::usurpadas() {
+    return avisosDeUsurpadas(debidas(), hay(), remedioAqui, kPrefijo, [&](const std::string& tabla) {
+        return base_
+            .consultar(fmt::format("SELECT NOT EXISTS(SELECT 1 FROM {}{})", kPrefijo, entreComillas(tabla)))
+            .logico(0, 0);
+    });
+}
+
 std::vector<std::string> TablasPostgres::faltanTablas() {
-    return avisosDeFaltas(debidas(), hay(), remedioAqui, kPrefijo);
+    if (auto lista = usurpadas(); !lista.empty()) return lista;
+    return avisosDeFaltas(debidas(), hay(), remedioAqui);
 }
 
 bool TablasPostgres::estanLasDeSiempre() {
@@ -334,8 +343,8 @@ void TablasPostgres::reponerClave(const Falta& falta) {
 void TablasPostgres::reponerTablas() {
     const auto deben = debidas();
     for (const auto& sentencia : devolverNombres(deben, hay(), kDialecto.prefijo)) base_.ejecutar(sentencia);
-    if (const auto usurpadas = avisosDeUsurpadas(deben, hay(), remedioAqui, kPrefijo); !usurpadas.empty())
-        throw ErrorAlmacen(fmt::format("{}: {}", base_.nombre(), usurpadas.front()));
+    if (const auto lista = usurpadas(); !lista.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}", base_.nombre(), lista.front()));
     const auto faltas = faltasDe(deben, hay());
     for (const auto& falta : faltas) {
         if (const auto remedio = remedioAqui(falta); !loHaceRehacer(remedio))
@@ -380,6 +389,8 @@ void TablasPostgres::reponerValores() {
                             : fmt::format("DELETE FROM telvane.{}", tabla)) +
                        fmt::format(" WHERE length({})<>32", columna));
     }
+    base_.ejecutar(
+        fmt::format("UPDATE telvane.contenidos SET base={} WHERE length(base)<>32", comoHuella("base")));
     // What a record of a download says that cannot be is known to nobody.
     if (const auto* descargas = buscarTabla(deben, "descargas"))
         base_.ejecutar("DELETE FROM telvane.descargas WHERE " + filasImposibles(*descargas, kDialecto));

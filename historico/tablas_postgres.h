@@ -58,6 +58,7 @@ class TablasPostgres {
     // Views and indexes.
     std::vector<Parte> partesPorReponer();
     std::vector<std::string> intrusos();
+    std::vector<std::string> usurpadas();
     Tablas debidas() const;
     Tablas hay();
     void leerClaves(Tablas& tablas);

@@ -69,8 +69,15 @@ std::vector<std::string> TablasSqlite::estorbos(const TablasSqlite& antiguas) co
     return lista;
 }
 
+std::vector<std::string> TablasSqlite::usurpadas() const {
+    return avisosDeUsurpadas(debidas(), hay(), remedioAqui, kPrefijo, [&](const std::string& tabla) {
+        return base_.numero(fmt::format("SELECT NOT EXISTS(SELECT 1 FROM {})", entreComillas(tabla))) != 0;
+    });
+}
+
 std::vector<std::string> TablasSqlite::faltanTablas() const {
-    return avisosDeFaltas(debidas(), hay(), remedioAqui, kPrefijo);
+    if (auto lista = usurpadas(); !lista.empty()) return lista;
+    return avisosDeFaltas(debidas(), hay(), remedioAqui);
 }
 
 std::vector<Parte> TablasSqlite::partes() const {
@@ -223,8 +230,8 @@ void TablasSqlite::reponerTablas() {
     // It names the tables, and is made anew.
     if (!nombres.empty()) base_.ejecutar("DROP VIEW IF EXISTS lecturas");
     for (const auto& sentencia : nombres) base_.ejecutar(sentencia);
-    if (const auto usurpadas = avisosDeUsurpadas(deben, hay(), remedioAqui, kPrefijo); !usurpadas.empty())
-        throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(base_.ruta()), usurpadas.front()));
+    if (const auto lista = usurpadas(); !lista.empty())
+        throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(base_.ruta()), lista.front()));
     const auto faltas = faltasDe(deben, hay());
     std::set<std::string> deNuevo;
     std::set<std::string> deOtraForma;
@@ -326,6 +333,8 @@ void TablasSqlite::reponerValores() {
                                               : fmt::format("DELETE FROM {}", tabla)) +
                        fmt::format(" WHERE typeof({0})<>'blob' OR length({0})<>32", columna));
     }
+    base_.ejecutar(
+        "UPDATE contenidos SET base=substr(CAST(base||zeroblob(32) AS BLOB),1,32) WHERE length(base)<>32");
     if (const auto* descargas = buscarTabla(deben, "descargas"))
         base_.ejecutar("DELETE FROM descargas WHERE " + filasImposibles(*descargas, kDialecto));
 }

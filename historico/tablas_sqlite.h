@@ -57,6 +57,7 @@ class TablasSqlite {
     Tablas hay(Claves cuales = Claves::todas) const;
     Tablas debidas() const;
     std::vector<std::string> intrusos() const;
+    std::vector<std::string> usurpadas() const;
     std::vector<std::string> disparadoresAjenos(const Tablas& deben) const;
     std::vector<std::string> indicesAjenos(const Tablas& deben) const;
     void reponerTablas();

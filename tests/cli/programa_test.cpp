@@ -209,6 +209,29 @@ TEST_F(Programa, TheLogThatItsOutputOrItsErrorsGoToIsNoOutput) {
     EXPECT_THAT(leerTodo(parcial), HasSubstr("lo que la orden avisa"));
 }
 
+// What is told would stand in the middle of it.
+TEST_F(Programa, WhatACommandGivesAndWhatItTellsDoNotGoToOneFile) {
+    const auto imagen = memoriaSimulada(Clima(7));
+    const auto de = (carpeta / "in.rgt").string();
+    std::ofstream(de, std::ios::binary)
+        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    const auto en = (carpeta / "x").string();
+    conectar();
+    const std::vector<std::vector<std::string>> casos = {
+        {"convertir", de, "-"},
+        {"descargar", "--base", "-"},
+        {"descargar", "--base", en + ".rgt", "--csv", "-"},
+        {"descargar", "--base", en + ".rgt", "--ficha", "-"}};
+    for (const auto& argumentos : casos) {
+        EXPECT_EQ(porShell("\"$@\" >'" + en + "' 2>&1", argumentos), 2);
+        EXPECT_THAT(leerTodo(en), HasSubstr("van al mismo archivo: dé otro a los avisos, con 2>archivo"));
+        EXPECT_FALSE(fs::exists(en + ".rgt"));
+    }
+    // To be read, and nothing else.
+    EXPECT_EQ(porShell("\"$@\" >'" + en + "' 2>&1", {"configuracion"}), 0) << leerTodo(en);
+    EXPECT_EQ(porShell("\"$@\" >'" + en + "' 2>'" + en + ".log'", {"convertir", de, "-"}), 0) << errores;
+}
+
 // Images and a folder for their tables.
 class ConLimites : public Programa {
    protected:
