@@ -220,11 +220,22 @@ TEST_F(AntesDeEnviar, ANameThatWasTakenMeanwhileSaysSoAndNamesAFreeOne) {
                        "repita la orden con --respaldo " + (carpeta / "v_2.rgt").string() + " (un respaldo");
 }
 
-TEST_F(AntesDeEnviar, APartThatAnotherRunIsWritingSaysThatNothingWasSent) {
-    std::ofstream(carpeta / "v.rgt.parcial") << "suyo";
-    const Descriptor ajeno(::open((carpeta / "v.rgt.parcial").c_str(), O_RDWR | O_CLOEXEC));
-    ASSERT_EQ(::flock(ajeno(), LOCK_EX | LOCK_NB), 0);
+TEST_F(AntesDeEnviar, APartThatAnotherRunBeginsMeanwhileSaysThatNothingWasSent) {
+    Descriptor ajeno;
+    enElByte(Intercambio::lectura, 50, [&](Efecto&) {
+        ajeno = Descriptor(::open((carpeta / "v.rgt.parcial").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+        ASSERT_EQ(::flock(ajeno(), LOCK_EX | LOCK_NB), 0);
+    });
     esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::fallo, "v.rgt.parcial: ");
+}
+
+TEST_F(AntesDeEnviar, APartThatAnotherRunIsWritingIsToldBeforeTheLoggerHearsAnything) {
+    const Descriptor ajeno(::open((carpeta / "v.rgt.parcial").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    ASSERT_EQ(::flock(ajeno(), LOCK_EX | LOCK_NB), 0);
+    const auto r = configurar("v.rgt");
+    EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+    EXPECT_THAT(r.errores, HasSubstr("v.rgt.parcial: otro programa lo tiene en uso"));
+    EXPECT_TRUE(puertos.emitidos(kPuerto).empty());
 }
 
 // What is asked of the operator is no failure.
