@@ -285,7 +285,8 @@ Archivo::Rehecho Archivo::rehacer(const std::function<void()>& alAvanzar) {
         // What its samples came from may be lost; they themselves are not thrown after it.
         if (rescate->pierde(estacion.id)) continue;
         try {
-            rehacerUna(estacion.nombre, alAvanzar);
+            if (auto aviso = rehacerUna(estacion.nombre, alAvanzar); !aviso.empty())
+                hecho.avisos.push_back(std::move(aviso));
         } catch (const ErrorImagen& error) {
             hecho.fallos.push_back(fmt::format("estación {}: {}", estacion.nombre, error.what()));
         }
@@ -293,11 +294,12 @@ Archivo::Rehecho Archivo::rehacer(const std::function<void()>& alAvanzar) {
     return hecho;
 }
 
-void Archivo::rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar) {
+std::string Archivo::rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar) {
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     auto estacion = almacen_.estacion(nombre);
-    if (!estacion) return;
+    if (!estacion) return {};
     almacen_.vaciarDerivado(estacion->id);
+    const auto tenia = estacion->resumen.imagenes;
     estacion->resumen = {};
     Imagenes imagenes(almacen_, estacion->id);
     std::vector<FichaImagen> anteriores;
@@ -317,6 +319,11 @@ void Archivo::rehacerUna(const std::string& nombre, const std::function<void()>&
     almacen_.corregirEstacion(*estacion);
     almacen_.guardarResumen(estacion->id, estacion->resumen);
     transaccion.confirmar();
+    if (tenia <= estacion->resumen.imagenes) return {};
+    return fmt::format(
+        "estación {}: decía tener {} y quedan {}: si falta alguna, incorpore su .rgt, que trae de "
+        "vuelta sus muestras",
+        nombre, contados(tenia, "imagen", "imágenes"), estacion->resumen.imagenes);
 }
 
 std::vector<std::string> Archivo::loQueSePerdio(const std::optional<std::string>& cual) {

@@ -87,7 +87,8 @@ class Archivo {
    private:
     std::vector<std::string> comprobarUna(Lectura& lectura, const EstacionGuardada& estacion, Almacen& prueba,
                                           const std::function<void()>& alAvanzar);
-    void rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
+    // What is to be told of it; as a rule nothing.
+    std::string rehacerUna(const std::string& nombre, const std::function<void()>& alAvanzar);
     bool tiene(const std::string& nombre, const Huella& huella);
     void copiarDescargas(Archivo& otro, const EstacionGuardada& origen, Copia& copia);
     // True: the image contradicts what was there of its station.

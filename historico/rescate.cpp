@@ -83,28 +83,52 @@ void Rescate::situar() {
         if (esSuMasNueva(ficha->estacion, pieza.huella)) std::ranges::reverse(lasDos);
         pieza.estacion = pieza.seLee ? laDeSusMuestras(lasDos, pieza.huella) : ficha->estacion;
     }
-    devolverAVacias();
+    devolverMudadas();
     reunirCopias();
 }
 
-// A station that has lost all of its images and still has samples gets those back that bear them out, but for
-// another logger's. Those that bear out both stations' are its own where the other one has more than it knows
-// of.
-void Rescate::devolverAVacias() {
+// How many images more than it knows of stand in each station.
+std::map<IdEstacion, std::int64_t> Rescate::imagenesDeMas() const {
     std::map<IdEstacion, std::int64_t> deMas;
+    for (const auto& fila : filas_) deMas[fila.id] -= fila.resumen.imagenes;
     for (const auto& pieza : piezas_) ++deMas[pieza.estacion];
-    for (const auto& fila : filas_) {
-        if (deMas.contains(fila.id)) deMas[fila.id] -= fila.resumen.imagenes;
-    }
-    for (const auto& fila : filas_) {
-        if (deMas.contains(fila.id) || almacen_.contarFilas(fila.id, kPrimerMomento, kUltimoMomento) == 0)
-            continue;
-        for (auto& pieza : piezas_) {
-            if (!pieza.seLee || (pieza.serie && !esNombreDe(fila.nombre, *pieza.serie))) continue;
-            alAvanzar_();
-            std::vector<IdEstacion> lasDos = {pieza.estacion, fila.id};
-            if (deMas.at(pieza.estacion) > 0) std::ranges::reverse(lasDos);
-            pieza.estacion = laDeSusMuestras(lasDos, pieza.huella);
+    return deMas;
+}
+
+// Whether the samples say that an image of another station, which may have come from this one's logger, is
+// this one's. seguro: also where they do not say the other.
+bool Rescate::leFalta(const EstacionGuardada& fila, const Pieza& pieza, bool seguro) {
+    alAvanzar_();
+    std::vector<IdEstacion> lasDos = {pieza.estacion, fila.id};
+    if (seguro) std::ranges::reverse(lasDos);
+    return laDeSusMuestras(lasDos, pieza.huella) == fila.id;
+}
+
+// A station that has fewer images than it knows of gets those back from where there are more than are known,
+// surest first: one that it calls its newest or that is another logger's where it stands, one that its
+// samples alone bear out, and one that they bear out as well.
+void Rescate::devolverMudadas() {
+    auto deMas = imagenesDeMas();
+    const auto sobra = [&](const Pieza& pieza) {
+        return pieza.seLee && deMas.contains(pieza.estacion) && deMas.at(pieza.estacion) > 0;
+    };
+    const auto esAjena = [this](const Pieza& pieza) {
+        return pieza.serie && std::ranges::none_of(filas_, [&](const EstacionGuardada& fila) {
+                   return fila.id == pieza.estacion && esNombreDe(fila.nombre, *pieza.serie);
+               });
+    };
+    for (const int vuelta : {0, 1, 2}) {
+        for (const auto& fila : filas_) {
+            for (auto& pieza : piezas_) {
+                if (deMas.at(fila.id) >= 0) break;
+                if (pieza.estacion == fila.id || !sobra(pieza)) continue;
+                if (pieza.serie && !esNombreDe(fila.nombre, *pieza.serie)) continue;
+                const bool seguro = fila.resumen.masNueva == pieza.huella || esAjena(pieza);
+                if ((vuelta == 0 && !seguro) || !leFalta(fila, pieza, vuelta != 1)) continue;
+                --deMas.at(pieza.estacion);
+                pieza.estacion = fila.id;
+                ++deMas.at(fila.id);
+            }
         }
     }
 }
@@ -277,11 +301,14 @@ bool Rescate::esSuMasNueva(IdEstacion estacion, const Huella& huella) const {
     });
 }
 
-// A content or a note alone of an image that stands whole in another station, beside samples that are not its
-// own: a row that somebody copied there.
-bool Rescate::esMediaCopia(const Pieza& pieza) {
+// A content or a note of an image that stands whole in another station, beside samples that are not its own:
+// a row that somebody copied there; both of them, where there are more images than the station knows of.
+bool Rescate::esCopia(const Pieza& pieza, const std::map<IdEstacion, std::int64_t>& deMas) {
     const auto entera = [this](const Pieza& una) { return esSuContenido(una) && una.ficha.has_value(); };
-    if (!pieza.seLee || entera(pieza) || esSuMasNueva(pieza.estacion, pieza.huella)) return false;
+    const auto suyas = deMas.find(pieza.estacion);
+    const bool sobran = suyas != deMas.end() && suyas->second > 0;
+    if (!pieza.seLee || (entera(pieza) && !sobran) || esSuMasNueva(pieza.estacion, pieza.huella))
+        return false;
     const auto otra = std::ranges::find_if(piezas_, [&](const Pieza& una) {
         return una.huella == pieza.huella && una.estacion != pieza.estacion && entera(una);
     });
@@ -293,7 +320,8 @@ void Rescate::apartarRepetidas() {
     std::map<std::pair<IdEstacion, Huella>, std::size_t> vistas;
     std::vector<Pieza> unicas;
     std::vector<bool> sobran;
-    for (const auto& pieza : piezas_) sobran.push_back(repiteLoDeOtra(pieza) || esMediaCopia(pieza));
+    const auto deMas = imagenesDeMas();
+    for (const auto& pieza : piezas_) sobran.push_back(repiteLoDeOtra(pieza) || esCopia(pieza, deMas));
     for (std::size_t i = 0; i < piezas_.size(); ++i) {
         auto& pieza = piezas_[i];
         if (sobran[i]) {

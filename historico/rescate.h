@@ -59,7 +59,9 @@ class Rescate {
     std::set<Huella> deOtros() const;
     std::set<Huella> nombradas() const;
     void situar();
-    void devolverAVacias();
+    std::map<IdEstacion, std::int64_t> imagenesDeMas() const;
+    bool leFalta(const EstacionGuardada& fila, const Pieza& pieza, bool seguro);
+    void devolverMudadas();
     void reunirCopias();
     IdEstacion laDeSusMuestras(const std::vector<IdEstacion>& cuales, const Huella& huella);
     void agrupar();
@@ -71,7 +73,7 @@ class Rescate {
     IdEstacion estacionDe(const std::string& serie, const Huella& huella);
     bool esSuMasNueva(IdEstacion estacion, const Huella& huella) const;
     bool repiteLoDeOtra(const Pieza& pieza) const;
-    bool esMediaCopia(const Pieza& pieza);
+    bool esCopia(const Pieza& pieza, const std::map<IdEstacion, std::int64_t>& deMas);
     void apartarRepetidas();
     void nombrar();
     static std::string nombreNuevo(const Grupo& grupo, std::set<std::string>& sueltos,

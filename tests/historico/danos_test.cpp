@@ -707,6 +707,52 @@ TEST_P(Danos, AStationWhoseRowsWereMovedIntoAnotherGetsThemBack) {
     }
 }
 
+// One image with both of its rows under another station, be it the newest or not.
+TEST_P(Danos, AnImageWhoseRowsWereMovedIntoAnotherStationComesBackAlone) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    guardarlo();
+    for (const auto& movida : originales) {
+        for (int a = 1; a <= kEstaciones; ++a) {
+            // A server takes its time.
+            if (!esArchivo() && a != 1) continue;
+            SCOPED_TRACE(textoDe(movida.huella) + " a " + std::to_string(a));
+            devolverlo();
+            for (const auto* tabla : {"imagenes", "contenidos"})
+                sql("UPDATE " + std::string(tabla) + " SET estacion=" + std::to_string(a) +
+                    " WHERE huella=" + literal(movida));
+            EXPECT_EQ(correr({"rehacer"}).errores, "");
+            EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+            EXPECT_EQ(todoLoQueHay(), antes);
+        }
+    }
+}
+
+TEST_P(Danos, AnImageWhoseRowsWereCopiedIntoAnotherStationStaysNotThere) {
+    incorporarTodas();
+    const auto antes = todoLoQueHay();
+    guardarlo();
+    for (const auto& copiada : originales) {
+        for (int a = 1; a <= kEstaciones; ++a) {
+            if (!esArchivo() && a != 1) continue;
+            SCOPED_TRACE(textoDe(copiada.huella) + " a " + std::to_string(a));
+            devolverlo();
+            const auto todas = tablas();
+            for (const auto* tabla : {"imagenes", "contenidos"}) {
+                std::string valores;
+                for (const auto& columna : buscarTabla(todas, tabla)->columnas)
+                    valores += columna.nombre == "estacion" ? "" : "," + columna.nombre;
+                sql("INSERT INTO " + std::string(tabla) + " SELECT " + std::to_string(a) + valores +
+                    " FROM " + tabla + " WHERE huella=" + literal(copiada) + " AND estacion<>" +
+                    std::to_string(a));
+            }
+            EXPECT_EQ(correr({"rehacer"}).errores, "");
+            EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+            EXPECT_EQ(todoLoQueHay(), antes);
+        }
+    }
+}
+
 // Two columns that bear each other's names.
 TEST_P(TodoCambio, ColumnsThatHaveExchangedTheirNamesCostNoImage) {
     incorporarTodas();
