@@ -298,8 +298,10 @@ std::string Archivo::rehacerUna(const std::string& nombre, const std::function<v
     Transaccion transaccion(almacen_, Almacen::Modo::escritura);
     auto estacion = almacen_.estacion(nombre);
     if (!estacion) return {};
-    almacen_.vaciarDerivado(estacion->id);
+    const auto filas = [&] { return almacen_.contarFilas(estacion->id, kPrimerMomento, kUltimoMomento); };
     const auto tenia = estacion->resumen.imagenes;
+    const auto antes = filas();
+    almacen_.vaciarDerivado(estacion->id);
     estacion->resumen = {};
     Imagenes imagenes(almacen_, estacion->id);
     std::vector<FichaImagen> anteriores;
@@ -318,8 +320,10 @@ std::string Archivo::rehacerUna(const std::string& nombre, const std::function<v
     // Also where what stands there reads the same.
     almacen_.corregirEstacion(*estacion);
     almacen_.guardarResumen(estacion->id, estacion->resumen);
+    // An image may have come again while it was still counted.
+    const bool faltan = estacion->resumen.imagenes < tenia && filas() < antes;
     transaccion.confirmar();
-    if (tenia <= estacion->resumen.imagenes) return {};
+    if (!faltan) return {};
     return fmt::format(
         "estación {}: decía tener {} y quedan {}: si falta alguna, incorpore su .rgt, que trae de "
         "vuelta sus muestras",
