@@ -453,11 +453,11 @@ std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay, 
         lista.push_back(fmt::format("la tabla {} lleva el nombre {}: {}", una.hasta, una.desde, kReponer));
     auto faltas = faltasDe(deben, hay);
     std::erase_if(faltas, [&](const Falta& falta) { return seMuda(mudanzas, falta); });
-    for (const auto& [tabla, una, otra] : trocadasDe(deben, hay)) {
+    for (const auto& trocadas : trocadasDe(deben, hay)) {
         lista.push_back(
-            fmt::format("en la tabla {} las columnas {} y {} llevan cada una el nombre de la otra: {}", tabla,
-                        una, otra, kReponer));
-        std::erase_if(faltas, [&](const Falta& falta) { return falta.tabla == tabla; });
+            fmt::format("en la tabla {} las columnas {} y {} llevan cada una el nombre de la otra: {}",
+                        trocadas.tabla, trocadas.una, trocadas.otra, kReponer));
+        std::erase_if(faltas, [&](const Falta& falta) { return falta.tabla == trocadas.tabla; });
     }
     // What only bears another name is not lost.
     const auto suRemedio = [&](const Falta& falta) {
