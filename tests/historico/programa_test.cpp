@@ -11,6 +11,7 @@
 #include <regex>
 #include <sstream>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "historico/almacen_postgres.h"
