@@ -129,9 +129,19 @@ TEST_P(FlujosCli, LeadingToALogTheyTakeWhatTheyAlwaysTook) {
         std::ofstream(carpeta / "diario", std::ios::binary) << diario;
         const Descriptor ajeno(::open((carpeta / "diario").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
         salidaAjena = erroresAjenos = ajeno();
-        EXPECT_EQ(repetir().codigo, sana.codigo);
-        EXPECT_EQ(fs::file_size(carpeta / "diario"),
-                  diario.size() + sana.salida.size() + sana.errores.size());
+        // What a command gives as a file shares none with what it tells.
+        const bool daUnArchivo = GetParam().nombre.ends_with("ALaSalida");
+        EXPECT_EQ(repetir().codigo, daUnArchivo ? CodigoSalida::malUso : sana.codigo);
+        const auto largo = fs::file_size(carpeta / "diario");
+        if (daUnArchivo) {
+            EXPECT_THAT(leerTodo(carpeta / "diario"),
+                        HasSubstr("van al mismo archivo: dé otro a los avisos"));
+            erroresAjenos.reset();
+            EXPECT_EQ(repetir().codigo, sana.codigo);
+            EXPECT_EQ(fs::file_size(carpeta / "diario"), largo + sana.salida.size());
+        } else {
+            EXPECT_EQ(largo, diario.size() + sana.salida.size() + sana.errores.size());
+        }
     }
 }
 
