@@ -51,17 +51,17 @@ int Consola::escribirEn(int descriptor, std::string_view texto) {
     return motivo;
 }
 
+void Consola::exigirSalida() const {
+    if (entorno_.salida >= 0) return;
+    throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(EBADF));
+}
+
 void Consola::exigirSalidaPropia() const {
     exigirSalida();
     const auto suya = identidad(entorno_.salida);
     if (suya && suya == identidad(entorno_.errores))
         throw ErrorNombre(
             "la salida y los avisos de la orden van al mismo archivo: dé otro a los avisos, con 2>archivo");
-}
-
-void Consola::exigirSalida() const {
-    if (entorno_.salida >= 0) return;
-    throw ErrorCli(CodigoSalida::fallo, quejaDeSalida(EBADF));
 }
 
 // A file keeps a logger's bytes as they are; on a terminal they would be orders. 0, or an errno value.

@@ -30,7 +30,10 @@ class Consola {
     // For work whose results are to stand there: an output that was closed when the program started takes
     // none. Throws ErrorCli (fallo).
     void exigirSalida() const;
-    // The same to a descriptor of another kind: 0, or an errno value. Throws ErrorCli (interrumpido).
+    // The same, and throws ErrorNombre where what is told would get into the same file, which is to hold what
+    // the command gives and nothing else.
+    void exigirSalidaPropia() const;
+    // As resultado, to a descriptor of another kind: 0, or an errno value. Throws ErrorCli (interrumpido).
     int escribirEn(int descriptor, std::string_view texto);
     // A shell may have put the standard output or error onto a file that nothing may be written into: one
     // that is read, or of a kind that the rule keeps from being replaced, or a data base. Throws ErrorNombre,
@@ -46,9 +49,6 @@ class Consola {
     void progreso(const std::string& linea);
     // Characters that fit into a line of the terminal now.
     std::size_t ancho() const;
-    // Also where what is told would get into the same file, which is to hold what the command gives and
-    // nothing else. Throws ErrorNombre for that.
-    void exigirSalidaPropia() const;
     // Whether somebody watches standard error.
     bool hayTerminal() const { return hayTerminal_; }
 

@@ -4,12 +4,12 @@
 
 namespace telvane {
 
-void interrumpir() {
-    throw ErrorCli(CodigoSalida::interrumpido, "interrumpido");
-}
-
 bool haySenal(const EntornoConsola& entorno) {
     return entorno.senal != 0 || entorno.senalEnEspera();
+}
+
+void interrumpir() {
+    throw ErrorCli(CodigoSalida::interrumpido, "interrumpido");
 }
 
 void atenderSenal(const EntornoConsola& entorno) {

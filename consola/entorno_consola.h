@@ -29,10 +29,10 @@ struct EntornoConsola {
     std::function<bool()> senalEnEspera = [] { return false; };
 };
 
-// Throws ErrorCli (interrumpido).
-[[noreturn]] void interrumpir();
 // Whether a signal came, delivered by the loop or not yet; from any thread.
 bool haySenal(const EntornoConsola& entorno);
+// Throws ErrorCli (interrumpido).
+[[noreturn]] void interrumpir();
 // The same once the loop delivered one.
 void atenderSenal(const EntornoConsola& entorno);
 // The same once one came, for whoever lets the loop wait.

@@ -130,17 +130,21 @@ Contenidos::Bases Contenidos::lasDichas(const std::vector<Contenido>& pendientes
     return bases;
 }
 
+// Under a wrong name.
+Contenidos::Bases Contenidos::lasHalladas() const {
+    Bases bases;
+    for (const auto& otro : todos_) {
+        if (!otro.sano) bases.push_back(otro.es);
+    }
+    return bases;
+}
+
 // Of a base by a wrong name nothing tells but trying all that may be meant: those of others with which it was
 // mixed up, those that were found under a wrong name themselves, and those of its station.
 Contenidos::Bases Contenidos::basesPara(Contra contra, const Contenido& uno,
                                         const std::vector<Contenido>& pendientes) const {
     if (contra == Contra::laDicha) return laDicha(uno);
-    if (contra == Contra::lasHalladas) {
-        Bases halladas;
-        for (const auto& otro : todos_)
-            if (!otro.sano) halladas.push_back(otro.es);
-        return halladas;
-    }
+    if (contra == Contra::lasHalladas) return lasHalladas();
     auto bases = lasDichas(pendientes);
     if (contra == Contra::lasDeOtros) return bases;
     for (const auto& otro : todos_) {

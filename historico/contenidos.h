@@ -50,6 +50,7 @@ class Contenidos {
     enum class Contra { laDicha, lasDeOtros, lasHalladas, todas };
     using Bases = std::vector<std::optional<Huella>>;
     Bases laDicha(const Contenido& uno) const;
+    Bases lasHalladas() const;
     Bases basesPara(Contra contra, const Contenido& uno, const std::vector<Contenido>& pendientes) const;
     Bases lasDichas(const std::vector<Contenido>& pendientes) const;
     std::vector<Contenido> leerSanos(const std::function<void()>& alAvanzar);

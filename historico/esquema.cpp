@@ -393,11 +393,16 @@ struct Trocadas {
     std::string otra;
 };
 
-std::vector<Trocadas> trocadasDe(const Tablas& deben, const Tablas& hay) {
+bool seMuda(const std::vector<Mudanza>& mudanzas, std::string_view tabla) {
+    return std::ranges::find(mudanzas, tabla, &Mudanza::hasta) != mudanzas.end();
+}
+
+std::vector<Trocadas> trocadasDe(const Tablas& deben, const Tablas& hay,
+                                 const std::vector<Mudanza>& mudanzas) {
     std::vector<Trocadas> todas;
     for (const auto& debe : deben) {
         const auto* suya = buscarTabla(hay, debe.nombre);
-        if (suya == nullptr || tieneTodo(debe, *suya)) continue;
+        if (suya == nullptr || seMuda(mudanzas, debe.nombre) || tieneTodo(debe, *suya)) continue;
         std::vector<Trocadas> suyas;
         for (auto una = debe.columnas.begin(); una != debe.columnas.end(); ++una) {
             for (auto otra = una + 1; otra != debe.columnas.end(); ++otra) {
@@ -408,10 +413,6 @@ std::vector<Trocadas> trocadasDe(const Tablas& deben, const Tablas& hay) {
         if (suyas.size() == 1) todas.push_back(std::move(suyas.front()));
     }
     return todas;
-}
-
-bool seMuda(const std::vector<Mudanza>& mudanzas, const Falta& falta) {
-    return std::ranges::find(mudanzas, falta.tabla, &Mudanza::hasta) != mudanzas.end();
 }
 
 }  // namespace
@@ -430,8 +431,7 @@ std::vector<std::string> avisosDeUsurpadas(const Tablas& deben, const Tablas& ha
     // What the others hold is told again, or may well be nothing.
     for (const auto* cual : {"estaciones", "imagenes", "contenidos"}) {
         const auto* debe = buscarTabla(deben, cual);
-        const bool seMudan = std::ranges::find(hechas, cual, &Mudanza::hasta) != hechas.end();
-        if (debe == nullptr || buscarTabla(hay, cual) == nullptr || seMudan) continue;
+        if (debe == nullptr || buscarTabla(hay, cual) == nullptr || seMuda(hechas, cual)) continue;
         const auto* otra = unicaQue(hay, [&](const Tabla& una) {
             return buscarTabla(deben, una.nombre) == nullptr && tieneTodo(*debe, una) && !vacia(una.nombre);
         });
@@ -452,8 +452,8 @@ std::vector<std::string> avisosDeFaltas(const Tablas& deben, const Tablas& hay, 
     for (const auto& una : mudanzas)
         lista.push_back(fmt::format("la tabla {} lleva el nombre {}: {}", una.hasta, una.desde, kReponer));
     auto faltas = faltasDe(deben, hay);
-    std::erase_if(faltas, [&](const Falta& falta) { return seMuda(mudanzas, falta); });
-    for (const auto& trocadas : trocadasDe(deben, hay)) {
+    std::erase_if(faltas, [&](const Falta& falta) { return seMuda(mudanzas, falta.tabla); });
+    for (const auto& trocadas : trocadasDe(deben, hay, mudanzas)) {
         lista.push_back(
             fmt::format("en la tabla {} las columnas {} y {} llevan cada una el nombre de la otra: {}",
                         trocadas.tabla, trocadas.una, trocadas.otra, kReponer));
@@ -502,15 +502,14 @@ std::vector<std::string> devolverNombres(const Tablas& deben, const Tablas& hay,
         sentencias.push_back(
             fmt::format("ALTER TABLE {}{} RENAME COLUMN {} TO {}", prefijo, tabla, entreComillas(de), a));
     };
-    for (const auto& [tabla, una, otra] : trocadasDe(deben, hay)) {
-        if (std::ranges::find(mudanzas, tabla, &Mudanza::hasta) != mudanzas.end()) continue;
+    for (const auto& [tabla, una, otra] : trocadasDe(deben, hay, mudanzas)) {
         const auto provisionalmente = "telvane_de_" + otra;
         renombrar(tabla, una, provisionalmente);
         renombrar(tabla, otra, una);
         renombrar(tabla, provisionalmente, otra);
     }
     for (const auto& falta : faltasDe(deben, hay)) {
-        const auto* otra = seMuda(mudanzas, falta) ? nullptr : conOtroNombre(deben, hay, falta);
+        const auto* otra = seMuda(mudanzas, falta.tabla) ? nullptr : conOtroNombre(deben, hay, falta);
         if (otra != nullptr) renombrar(falta.tabla, otra->nombre, falta.columna.nombre);
     }
     return sentencias;

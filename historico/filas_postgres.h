@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "historico/almacen.h"
+#include "historico/filas.h"
 #include "historico/postgres.h"
 
 namespace telvane {
@@ -24,19 +25,14 @@ inline constexpr std::string_view kEstacion =
     "incorporada";
 inline constexpr std::string_view kFicha =
     "huella,bytes::bigint,reloj,desde,hasta,incorporada,origen,muestras::bigint,retrocesos::bigint,contenida";
-inline constexpr int kDeFicha = 10;
-inline constexpr std::string_view kDescarga =
-    "descargada,puerto,dispositivo,desfase_s,verificada,reintentos,errores_de_linea";
-inline constexpr int kDeDescarga = 7;
+using columnas_de_filas::kDeDescarga;
+using columnas_de_filas::kDeFicha;
+using columnas_de_filas::kDescarga;
 }  // namespace columnas_postgres
 
-// A moment of the logger as the server counts it, in microseconds, and as parameters give it, in seconds
-// since 1970, both of its own local time.
+// A moment of the logger as the server counts it, in microseconds of its own local time.
 std::int64_t microsDe(Instante instante);
 Instante instanteDeMicros(std::int64_t micros);
-inline std::int64_t segundosDe(Instante instante) {
-    return instante.time_since_epoch().count();
-}
 // An expression: the moment of the logger that the parameter given holds in seconds.
 std::string sinZona(int cual);
 void ponerOpcional(Parametros& p, const std::optional<Instante>& instante);

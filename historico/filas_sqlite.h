@@ -7,6 +7,7 @@
 
 #include "historico/almacen.h"
 #include "historico/canales.h"
+#include "historico/filas.h"
 #include "historico/sqlite.h"
 
 namespace telvane {
@@ -21,15 +22,11 @@ inline constexpr std::string_view kRegistro =
     "resto";
 inline constexpr std::string_view kFicha =
     "huella,bytes,reloj,desde,hasta,incorporada,origen,muestras,retrocesos,contenida";
-inline constexpr int kDeFicha = 10;
-inline constexpr std::string_view kDescarga =
-    "descargada,puerto,dispositivo,desfase_s,verificada,reintentos,errores_de_linea";
+using columnas_de_filas::kDeFicha;
+using columnas_de_filas::kDescarga;
 }  // namespace columnas_sqlite
 
-// A moment of the logger: seconds since 1970 of its own local time.
-inline std::int64_t segundosDe(Instante instante) {
-    return instante.time_since_epoch().count();
-}
+// The other way of segundosDe.
 inline Instante instanteDeSegundos(std::int64_t cuantos) {
     return Instante(std::chrono::seconds(cuantos));
 }

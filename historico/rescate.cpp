@@ -95,36 +95,37 @@ std::map<IdEstacion, std::int64_t> Rescate::imagenesDeMas() const {
     return deMas;
 }
 
-// Whether the samples say that an image of another station, which may have come from this one's logger, is
-// this one's. seguro: also where they do not say the other.
-bool Rescate::leFalta(const EstacionGuardada& fila, const Pieza& pieza, bool seguro) {
-    alAvanzar_();
-    std::vector<IdEstacion> lasDos = {pieza.estacion, fila.id};
-    if (seguro) std::ranges::reverse(lasDos);
-    return laDeSusMuestras(lasDos, pieza.huella) == fila.id;
+// Of one that says its number.
+bool Rescate::estaEnLaDeSuSerie(const Pieza& pieza) const {
+    return std::ranges::any_of(filas_, [&](const EstacionGuardada& fila) {
+        return fila.id == pieza.estacion && esNombreDe(fila.nombre, *pieza.serie);
+    });
 }
 
-// A station that has fewer images than it knows of gets those back from where there are more than are known,
-// surest first: one that it calls its newest or that is another logger's where it stands, one that its
-// samples alone bear out, and one that they bear out as well.
+// A station that has fewer images than it knows of gets those back that bear its number, or none, from where
+// there are more than are known, as far as its samples do not speak against it. Surest first: one that it
+// calls its newest or that is another logger's where it stands, one of which its samples alone tell, and one
+// of which both stations' do.
 void Rescate::devolverMudadas() {
+    enum class Prueba { sabida, susMuestras, ambas };
     auto deMas = imagenesDeMas();
-    const auto sobra = [&](const Pieza& pieza) {
-        return pieza.seLee && deMas.contains(pieza.estacion) && deMas.at(pieza.estacion) > 0;
+    const auto esSuya = [&](const EstacionGuardada& fila, const Pieza& pieza, Prueba prueba) {
+        const bool sabida =
+            fila.resumen.masNueva == pieza.huella || (pieza.serie && !estaEnLaDeSuSerie(pieza));
+        if (prueba == Prueba::sabida && !sabida) return false;
+        alAvanzar_();
+        // Of two that have as many the first is meant.
+        std::vector<IdEstacion> lasDos = {fila.id, pieza.estacion};
+        if (prueba == Prueba::susMuestras) std::ranges::reverse(lasDos);
+        return laDeSusMuestras(lasDos, pieza.huella) == fila.id;
     };
-    const auto esAjena = [this](const Pieza& pieza) {
-        return pieza.serie && std::ranges::none_of(filas_, [&](const EstacionGuardada& fila) {
-                   return fila.id == pieza.estacion && esNombreDe(fila.nombre, *pieza.serie);
-               });
-    };
-    for (const int vuelta : {0, 1, 2}) {
+    for (const auto prueba : {Prueba::sabida, Prueba::susMuestras, Prueba::ambas}) {
         for (const auto& fila : filas_) {
             for (auto& pieza : piezas_) {
                 if (deMas.at(fila.id) >= 0) break;
-                if (pieza.estacion == fila.id || !sobra(pieza)) continue;
-                if (pieza.serie && !esNombreDe(fila.nombre, *pieza.serie)) continue;
-                const bool seguro = fila.resumen.masNueva == pieza.huella || esAjena(pieza);
-                if ((vuelta == 0 && !seguro) || !leFalta(fila, pieza, vuelta != 1)) continue;
+                const bool puede = pieza.estacion != fila.id && pieza.seLee && deMas.at(pieza.estacion) > 0 &&
+                                   (!pieza.serie || esNombreDe(fila.nombre, *pieza.serie));
+                if (!puede || !esSuya(fila, pieza, prueba)) continue;
                 --deMas.at(pieza.estacion);
                 pieza.estacion = fila.id;
                 ++deMas.at(fila.id);
@@ -137,17 +138,12 @@ void Rescate::devolverMudadas() {
 // must not speak for whose the other one is.
 void Rescate::reunirCopias() {
     std::map<Huella, IdEstacion> suyas;
-    const auto estaEnLaSuya = [this](const Pieza& pieza) {
-        return std::ranges::any_of(filas_, [&](const EstacionGuardada& fila) {
-            return fila.id == pieza.estacion && esNombreDe(fila.nombre, *pieza.serie);
-        });
-    };
     for (const auto& pieza : piezas_) {
-        if (pieza.serie && estaEnLaSuya(pieza)) suyas.emplace(pieza.huella, pieza.estacion);
+        if (pieza.serie && estaEnLaDeSuSerie(pieza)) suyas.emplace(pieza.huella, pieza.estacion);
     }
     for (auto& pieza : piezas_) {
         const auto suya = suyas.find(pieza.huella);
-        if (suya != suyas.end() && !estaEnLaSuya(pieza)) pieza.estacion = suya->second;
+        if (suya != suyas.end() && !estaEnLaDeSuSerie(pieza)) pieza.estacion = suya->second;
     }
 }
 
@@ -305,8 +301,7 @@ bool Rescate::esSuMasNueva(IdEstacion estacion, const Huella& huella) const {
 // a row that somebody copied there; both of them, where there are more images than the station knows of.
 bool Rescate::esCopia(const Pieza& pieza, const std::map<IdEstacion, std::int64_t>& deMas) {
     const auto entera = [this](const Pieza& una) { return esSuContenido(una) && una.ficha.has_value(); };
-    const auto suyas = deMas.find(pieza.estacion);
-    const bool sobran = suyas != deMas.end() && suyas->second > 0;
+    const bool sobran = deMas.at(pieza.estacion) > 0;
     if (!pieza.seLee || (entera(pieza) && !sobran) || esSuMasNueva(pieza.estacion, pieza.huella))
         return false;
     const auto otra = std::ranges::find_if(piezas_, [&](const Pieza& una) {

@@ -60,7 +60,7 @@ class Rescate {
     std::set<Huella> nombradas() const;
     void situar();
     std::map<IdEstacion, std::int64_t> imagenesDeMas() const;
-    bool leFalta(const EstacionGuardada& fila, const Pieza& pieza, bool seguro);
+    bool estaEnLaDeSuSerie(const Pieza& pieza) const;
     void devolverMudadas();
     void reunirCopias();
     IdEstacion laDeSusMuestras(const std::vector<IdEstacion>& cuales, const Huella& huella);

@@ -69,6 +69,13 @@ class Programa : public testing::Test {
         return estado.value_or(-1);
     }
 
+    // A memory of the simulated logger in a file of this name.
+    std::string guardarImagen(const std::string& nombre) const {
+        std::ofstream(carpeta / nombre, std::ios::binary)
+            .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+        return carpeta / nombre;
+    }
+
     // Whatever the test was started with holds none of the first descriptors.
     static constexpr const char* kSinMasFlujos = "exec 3>&- 4>&- 5>&- 6>&- 7>&- 8>&- 9>&-; ";
 
@@ -76,6 +83,7 @@ class Programa : public testing::Test {
     fs::path carpeta = temporal.ruta();
     std::unique_ptr<Proceso> simulador;
     std::string errores;
+    const std::vector<std::uint8_t> imagen = memoriaSimulada(Clima(7));
 };
 
 TEST_F(Programa, AClosedOutputIsAFailureAndNoFileOfOursGetsItsPlace) {
@@ -119,11 +127,8 @@ class ConFlujosCerrados : public Programa, public testing::WithParamInterface<in
 };
 
 TEST_P(ConFlujosCerrados, NothingHangsAndNothingIsWrittenWhereItDoesNotBelong) {
-    const auto imagen = memoriaSimulada(Clima(7));
-    const auto base = (carpeta / "a.rgt").string();
+    const auto base = guardarImagen("a.rgt");
     const auto tabla = (carpeta / "a.csv").string();
-    std::ofstream(base, std::ios::binary)
-        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
     EXPECT_EQ(porShell(cierres(), {"convertir", base, tabla}), 0);
     const auto bytes = fs::file_size(tabla);
     const auto entrada = cerrado(1) ? std::string() : " <'" + base + "'";
@@ -155,10 +160,7 @@ INSTANTIATE_TEST_SUITE_P(Cuales, ConFlujosCerrados, testing::Range(1, 8));
 
 // A shell hands files over where their names cannot be compared.
 TEST_F(Programa, AnInputThatComesOrAnOutputThatGoesByTheStandardStreamsIsComparedToo) {
-    const auto imagen = memoriaSimulada(Clima(7));
-    const auto de = (carpeta / "in.dat").string();
-    std::ofstream(de, std::ios::binary)
-        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    const auto de = guardarImagen("in.dat");
     const std::vector<std::pair<std::string, std::vector<std::string>>> casos = {
         {"\"$@\" <'" + de + "'", {"convertir", "-", de}},
         {"\"$@\" <'" + de + "'", {"convertir", "/dev/stdin", de}},
@@ -180,10 +182,7 @@ TEST_F(Programa, AnInputThatComesOrAnOutputThatGoesByTheStandardStreamsIsCompare
 
 // What the command tells would go with the log that it replaces.
 TEST_F(Programa, TheLogThatItsOutputOrItsErrorsGoToIsNoOutput) {
-    const auto imagen = memoriaSimulada(Clima(7));
-    const auto de = (carpeta / "in.rgt").string();
-    std::ofstream(de, std::ios::binary)
-        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    const auto de = guardarImagen("in.rgt");
     const auto diario = (carpeta / "diario").string();
     const auto parcial = (carpeta / "x.rgt.parcial").string();
     const std::vector<std::pair<std::string, std::vector<std::string>>> casos = {
@@ -211,10 +210,7 @@ TEST_F(Programa, TheLogThatItsOutputOrItsErrorsGoToIsNoOutput) {
 
 // What is told would stand in the middle of it.
 TEST_F(Programa, WhatACommandGivesAndWhatItTellsDoNotGoToOneFile) {
-    const auto imagen = memoriaSimulada(Clima(7));
-    const auto de = (carpeta / "in.rgt").string();
-    std::ofstream(de, std::ios::binary)
-        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    const auto de = guardarImagen("in.rgt");
     const auto en = (carpeta / "x").string();
     conectar();
     const std::vector<std::vector<std::string>> casos = {
@@ -239,10 +235,7 @@ class ConLimites : public Programa {
     ConLimites() {
         fs::create_directory(carpeta / "tablas");
         for (std::size_t i = 0; i < kCuantas; ++i) {
-            entradas.push_back((carpeta / fmt::format("{}.rgt", i)).string());
-            std::ofstream(entradas.back(), std::ios::binary)
-                .write(reinterpret_cast<const char*>(imagen.data()),
-                       static_cast<std::streamsize>(imagen.size()));
+            entradas.push_back(guardarImagen(fmt::format("{}.rgt", i)));
         }
     }
     int convertir(const std::string& limite) {
@@ -264,7 +257,6 @@ class ConLimites : public Programa {
         for (const auto& una : entradas) EXPECT_THAT(errores, HasSubstr(una + ": " + motivo));
     }
 
-    const std::vector<std::uint8_t> imagen = memoriaSimulada(Clima(7));
     std::vector<std::string> entradas;
 };
 
@@ -392,13 +384,11 @@ TEST_F(Programa, WhileItWaitsForItsInputASignalEndsIt) {
 
 // A pipe holds less than the table, and nobody reads it.
 TEST_F(Programa, WhileItsReaderTakesNothingASignalEndsIt) {
-    const auto imagen = memoriaSimulada(Clima(7));
-    std::ofstream(carpeta / "a.rgt", std::ios::binary)
-        .write(reinterpret_cast<const char*>(imagen.data()), static_cast<std::streamsize>(imagen.size()));
+    const auto base = guardarImagen("a.rgt");
     int tubo[2];
     ASSERT_EQ(::pipe(tubo), 0);
     Proceso proceso({"/bin/sh", "-c", "exec \"$@\" >&" + std::to_string(tubo[1]), "sh", TELVANE_CLI,
-                     "convertir", carpeta / "a.rgt", "-"});
+                     "convertir", base, "-"});
     ASSERT_TRUE(atiendeSenales(proceso));
     proceso.senal(SIGTERM);
     EXPECT_EQ(proceso.terminar(), 130);

@@ -128,6 +128,26 @@ class Danos : public OrdenesEnAmbos {
         }
     }
 
+    // A rehacer has nothing to tell, and leaves all as it was.
+    void exigirQueReponga(const std::map<std::string, std::string>& antes) {
+        EXPECT_EQ(correr({"rehacer"}).errores, "");
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+        EXPECT_EQ(todoLoQueHay(), antes);
+    }
+    // The rows of a table that are chosen so, once more under this station.
+    void copiarFilas(const std::string& tabla, int estacion, const std::string& cuales) {
+        std::string valores = std::to_string(estacion);
+        const auto todas = tablas();
+        for (const auto& columna : buscarTabla(todas, tabla)->columnas)
+            valores += columna.nombre == "estacion" ? "" : "," + columna.nombre;
+        sql("INSERT INTO " + tabla + " SELECT " + valores + " FROM " + tabla + " WHERE " + cuales);
+    }
+    // An image's note and its content.
+    void mudarFilas(int estacion, const std::string& cuales) {
+        for (const std::string tabla : {"imagenes", "contenidos"})
+            sql("UPDATE " + tabla + " SET estacion=" + std::to_string(estacion) + " WHERE " + cuales);
+    }
+
     // Does what is told until nothing is wrong any more; the images that had to be brought again.
     std::set<std::string> seguirElConsejo() {
         constexpr int kPasos = 4;
@@ -311,9 +331,7 @@ TEST_P(Danos, WhatIsNotedOfTheImagesIsPutRightAtOnce) {
         SCOPED_TRACE(nota);
         sql("UPDATE imagenes SET " + nota);
         EXPECT_EQ(correr({"comprobar"}).codigo, 1);
-        EXPECT_EQ(correr({"rehacer"}).errores, "");
-        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-        EXPECT_EQ(todoLoQueHay(), antes);
+        exigirQueReponga(antes);
     }
 }
 
@@ -330,9 +348,7 @@ TEST_P(Danos, ANoteWhoseFingerprintAndAnotherValueWereChangedFindsItsContent) {
         sql("UPDATE imagenes SET huella=" + huella + "," + valor +
             " WHERE (estacion,huella)=(SELECT estacion,huella FROM imagenes ORDER BY 1,2 LIMIT 1 OFFSET " +
             std::to_string(lugar++) + ")");
-        EXPECT_EQ(correr({"rehacer"}).errores, "");
-        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-        EXPECT_EQ(todoLoQueHay(), antes);
+        exigirQueReponga(antes);
     }
 }
 
@@ -349,9 +365,7 @@ TEST_P(Danos, ANoteUnderAFalseNameGoesOnceItsImageIsBack) {
     EXPECT_EQ(correr(perdida.orden).codigo, 0);
     EXPECT_THAT(correr({"comprobar"}).salida,
                 HasSubstr("la imagen " + std::string(64, '0') + " está dos veces: rehacer quita una"));
-    EXPECT_EQ(correr({"rehacer"}).errores, "");
-    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-    EXPECT_EQ(todoLoQueHay(), antes);
+    exigirQueReponga(antes);
 }
 
 // Two downloads of one evening: a note that says nearly what another image says may be that of a lost one.
@@ -403,9 +417,7 @@ TEST_P(Danos, BytesThatStandInEachOthersPlaceInOneChainAreFound) {
             "datos=(SELECT d.datos FROM dos d WHERE d.huella=CASE contenidos.huella WHEN " +
             una + " THEN " + otra + " ELSE " + una + " END) WHERE huella IN (" + una + "," + otra + ")");
         EXPECT_EQ(correr({"comprobar"}).codigo, 1);
-        EXPECT_EQ(correr({"rehacer"}).errores, "");
-        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-        EXPECT_EQ(todoLoQueHay(), antes);
+        exigirQueReponga(antes);
     }
 }
 
@@ -446,9 +458,7 @@ TEST_P(Danos, TablesThatStandUnderEachOthersNamesGetTheirOwnBack) {
         EXPECT_EQ(std::ranges::count(r.salida, '\n'), std::ssize(nombres)) << r.salida;
         EXPECT_THAT(r.salida, HasSubstr("la tabla " + nombres[0] + " lleva el nombre " + nombres[1] +
                                         ": repóngalo con rehacer\n"));
-        EXPECT_EQ(correr({"rehacer"}).errores, "");
-        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-        EXPECT_EQ(todoLoQueHay(), antes);
+        exigirQueReponga(antes);
     }
 }
 
@@ -462,9 +472,7 @@ TEST_P(Danos, ImagesUnderTheNameOfTheSamplesAreNotThrownAway) {
     EXPECT_THAT(correr({"rehacer"}).errores,
                 HasSubstr("la tabla contenidos tiene una columna que no es de este programa, nota: quítela"));
     sql("ALTER TABLE contenidos DROP COLUMN nota");
-    EXPECT_EQ(correr({"rehacer"}).errores, "");
-    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-    EXPECT_EQ(todoLoQueHay(), antes);
+    exigirQueReponga(antes);
 }
 
 // One change, in both stores.
@@ -697,12 +705,8 @@ TEST_P(Danos, AStationWhoseRowsWereMovedIntoAnotherGetsThemBack) {
             if (de == a) continue;
             SCOPED_TRACE(std::to_string(de) + " a " + std::to_string(a));
             devolverlo();
-            for (const auto* tabla : {"imagenes", "contenidos"})
-                sql("UPDATE " + std::string(tabla) + " SET estacion=" + std::to_string(a) +
-                    " WHERE estacion=" + std::to_string(de));
-            EXPECT_EQ(correr({"rehacer"}).errores, "");
-            EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-            EXPECT_EQ(todoLoQueHay(), antes);
+            mudarFilas(a, "estacion=" + std::to_string(de));
+            exigirQueReponga(antes);
         }
     }
 }
@@ -718,12 +722,8 @@ TEST_P(Danos, AnImageWhoseRowsWereMovedIntoAnotherStationComesBackAlone) {
             if (!esArchivo() && a != 1) continue;
             SCOPED_TRACE(textoDe(movida.huella) + " a " + std::to_string(a));
             devolverlo();
-            for (const auto* tabla : {"imagenes", "contenidos"})
-                sql("UPDATE " + std::string(tabla) + " SET estacion=" + std::to_string(a) +
-                    " WHERE huella=" + literal(movida));
-            EXPECT_EQ(correr({"rehacer"}).errores, "");
-            EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-            EXPECT_EQ(todoLoQueHay(), antes);
+            mudarFilas(a, "huella=" + literal(movida));
+            exigirQueReponga(antes);
         }
     }
 }
@@ -737,18 +737,9 @@ TEST_P(Danos, AnImageWhoseRowsWereCopiedIntoAnotherStationStaysNotThere) {
             if (!esArchivo() && a != 1) continue;
             SCOPED_TRACE(textoDe(copiada.huella) + " a " + std::to_string(a));
             devolverlo();
-            const auto todas = tablas();
-            for (const auto* tabla : {"imagenes", "contenidos"}) {
-                std::string valores;
-                for (const auto& columna : buscarTabla(todas, tabla)->columnas)
-                    valores += columna.nombre == "estacion" ? "" : "," + columna.nombre;
-                sql("INSERT INTO " + std::string(tabla) + " SELECT " + std::to_string(a) + valores +
-                    " FROM " + tabla + " WHERE huella=" + literal(copiada) + " AND estacion<>" +
-                    std::to_string(a));
-            }
-            EXPECT_EQ(correr({"rehacer"}).errores, "");
-            EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-            EXPECT_EQ(todoLoQueHay(), antes);
+            for (const auto* tabla : {"imagenes", "contenidos"})
+                copiarFilas(tabla, a, "huella=" + literal(copiada) + " AND estacion<>" + std::to_string(a));
+            exigirQueReponga(antes);
         }
     }
 }
@@ -798,9 +789,7 @@ TEST_P(Danos, AnEmptyTableInAnothersPlaceIsToldWithWhereThatIs) {
         EXPECT_THAT(correr({"comprobar"}).salida, HasSubstr(dicho));
         EXPECT_THAT(correr({"rehacer"}).errores, HasSubstr(dicho));
         sql("DROP TABLE " + tabla);
-        EXPECT_EQ(correr({"rehacer"}).errores, "");
-        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-        EXPECT_EQ(todoLoQueHay(), antes);
+        exigirQueReponga(antes);
     }
 }
 
@@ -808,9 +797,7 @@ TEST_P(Danos, ALongerNameOfABaseIsPutRight) {
     incorporarTodas();
     const auto antes = todoLoQueHay();
     sql("UPDATE contenidos SET base=base||" + std::string(esArchivo() ? "x'00'" : "'\\x00'::bytea"));
-    EXPECT_EQ(correr({"rehacer"}).errores, "");
-    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-    EXPECT_EQ(todoLoQueHay(), antes);
+    exigirQueReponga(antes);
 }
 
 // Nobody but its station's summary tells of it.
@@ -823,6 +810,11 @@ TEST_P(Danos, AnImageThatIsGoneWithoutATraceIsToldBeforeItsSamplesGo) {
         correr({"comprobar"}).salida,
         HasSubstr("dice tener 2 imágenes y quedan 1: si falta alguna, incorpore antes su .rgt; rehacer "
                   "quita las muestras que solo ella tenía"));
+    EXPECT_THAT(
+        correr({"rehacer"}).errores,
+        HasSubstr("decía tener 2 imágenes y quedan 1: si falta alguna, incorpore su .rgt, que trae de "
+                  "vuelta sus muestras"));
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
 }
 
 TEST_P(Danos, RowsCopiedIntoAnotherStationStayNotThere) {
@@ -830,21 +822,14 @@ TEST_P(Danos, RowsCopiedIntoAnotherStationStayNotThere) {
     const auto antes = todoLoQueHay();
     guardarlo();
     for (const auto* tabla : {"contenidos", "imagenes", "descargas"}) {
-        std::string valores;
-        const auto todas = tablas();
-        for (const auto& columna : buscarTabla(todas, tabla)->columnas)
-            valores += columna.nombre == "estacion" ? "" : "," + columna.nombre;
         for (int de = 1; de <= kEstaciones; ++de) {
             for (int a = 1; a <= kEstaciones; ++a) {
                 // A server takes its time.
                 if (de == a || (!esArchivo() && a != de % kEstaciones + 1)) continue;
                 SCOPED_TRACE(std::string(tabla) + std::to_string(de) + std::to_string(a));
                 devolverlo();
-                sql("INSERT INTO " + std::string(tabla) + " SELECT " + std::to_string(a) + valores +
-                    " FROM " + tabla + " WHERE estacion=" + std::to_string(de));
-                EXPECT_EQ(correr({"rehacer"}).errores, "");
-                EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-                EXPECT_EQ(todoLoQueHay(), antes);
+                copiarFilas(tabla, a, "estacion=" + std::to_string(de));
+                exigirQueReponga(antes);
             }
         }
     }
@@ -923,9 +908,7 @@ TEST_P(Danos, ImagesThatCameAgainBesideTheirMisplacedOnesGoTogetherAtOnce) {
         SCOPED_TRACE(dano);
         sql(dano);
         EXPECT_EQ(correr({"incorporar", una, noche, otra}).codigo, 0);
-        EXPECT_EQ(correr({"rehacer"}).errores, "");
-        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-        EXPECT_EQ(todoLoQueHay(), antes);
+        exigirQueReponga(antes);
     }
 }
 
@@ -983,9 +966,7 @@ TEST_P(Danos, WhoseBasesLeadToNoEndIsRead) {
                                literal(originales[0]) + "," + literal(originales[1]) + "," + ultima}) {
         sql("UPDATE contenidos SET base=" + ultima + " WHERE huella IN (" + cuales + ")");
         EXPECT_EQ(correr({"comprobar"}).codigo, 1);
-        EXPECT_EQ(correr({"rehacer"}).errores, "");
-        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-        EXPECT_EQ(todoLoQueHay(), antes);
+        exigirQueReponga(antes);
     }
 }
 
@@ -996,9 +977,7 @@ TEST_P(Danos, WhatWasGivenUpForWantOfAnotherImageIsTriedAgainOnceThatIsBack) {
         literal(originales[0]) + "; UPDATE contenidos SET base=NULL WHERE huella=" + literal(originales[1]));
     EXPECT_EQ(correr({"rehacer"}).codigo, 1);
     EXPECT_THAT(correr(originales[0].orden).errores, HasSubstr("vuelve a estar"));
-    EXPECT_EQ(correr({"rehacer"}).errores, "");
-    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-    EXPECT_EQ(todoLoQueHay(), antes);
+    exigirQueReponga(antes);
 }
 
 TEST_P(Danos, WhereSamplesWereTakenAwayImagesStillComeIn) {
@@ -1024,9 +1003,7 @@ TEST_P(Danos, ANoteBesideItsContentIsToldWithWhatToDo) {
     EXPECT_EQ(r.codigo, 1);
     EXPECT_THAT(r.salida + r.errores, testing::Not(HasSubstr("vea telvane-historico comprobar")));
     exigirPasoSiguiente(r.salida);
-    EXPECT_EQ(correr({"rehacer"}).errores, "");
-    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
-    EXPECT_EQ(todoLoQueHay(), antes);
+    exigirQueReponga(antes);
 }
 
 // A trigger takes away what the server is given, and says nothing.
