@@ -1,7 +1,6 @@
 #include "data/formato.h"
 
-#include <algorithm>
-#include <cctype>
+#include "platform/minusculas.h"
 
 namespace telvane {
 
@@ -13,8 +12,7 @@ std::optional<Formato> leerFormato(std::string_view texto) {
 }
 
 std::optional<Formato> formatoDelNombre(const std::filesystem::path& nombre) {
-    auto final = nombre.extension().string();
-    std::ranges::transform(final, final.begin(), [](unsigned char c) { return std::tolower(c); });
+    const auto final = enMinusculas(nombre.extension().string());
     return leerFormato(std::string_view(final).substr(final.empty() ? 0 : 1));
 }
 

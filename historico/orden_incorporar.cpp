@@ -17,6 +17,7 @@
 #include "loggerconfig/pasos_serie.h"
 #include "platform/archivo.h"
 #include "platform/contados.h"
+#include "platform/minusculas.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
 
@@ -46,11 +47,7 @@ bool acompanaAOtro(const fs::path& ruta) {
 
 // What our programs have not finished ends otherwise.
 bool esArchivoBase(const fs::path& ruta) {
-    if (acompanaAOtro(ruta)) return false;
-    auto final = ruta.extension().string();
-    std::transform(final.begin(), final.end(), final.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return final == ".rgt";
+    return !acompanaAOtro(ruta) && enMinusculas(ruta.extension().string()) == ".rgt";
 }
 
 // The base files in a folder, by name. Throws fs::filesystem_error.

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "platform/minusculas.h"
 #include "platform/numero.h"
 
 namespace telvane {
@@ -16,10 +17,6 @@ constexpr std::string_view kEsquema = "tcp://";
 // 0: none.
 std::uint16_t puertoDe(std::string_view texto) {
     return numeroDe<std::uint16_t>(texto).value_or(0);
-}
-
-char minuscula(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 // What a name or an address is made of; a zone follows a percent sign ("fe80::1%eth0").
@@ -56,11 +53,10 @@ std::optional<DireccionTcp> leerDireccionTcp(std::string_view texto) {
     const bool conCorchetes = maquina.size() > 2 && maquina.front() == '[' && maquina.back() == ']';
     if (conCorchetes) maquina = maquina.substr(1, maquina.size() - 2);
     if (!esMaquina(maquina, conCorchetes) || puerto == 0) return std::nullopt;
-    std::string nombre(maquina);
     // A zone behind the percent sign is the name of an interface, whose capitals count.
-    const auto zona = std::min(nombre.find('%'), nombre.size());
-    std::transform(nombre.begin(), nombre.begin() + static_cast<std::ptrdiff_t>(zona), nombre.begin(),
-                   minuscula);
+    const auto zona = std::min(maquina.find('%'), maquina.size());
+    auto nombre = enMinusculas(std::string(maquina.substr(0, zona)));
+    nombre += maquina.substr(zona);
     return DireccionTcp{std::move(nombre), std::to_string(puerto)};
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "platform/minusculas.h"
+
 namespace telvane {
 
 namespace {
@@ -19,7 +21,7 @@ std::string claveLeida(std::string_view escrita) {
     const auto cifra = [&](std::size_t lugar) {
         constexpr std::string_view kCifras = "0123456789abcdef";
         const char c = lugar < escrita.size() ? escrita[lugar] : ' ';
-        return kCifras.find(c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c);
+        return kCifras.find(minuscula(c));
     };
     std::string leida;
     for (std::size_t i = 0; i < escrita.size(); ++i) {

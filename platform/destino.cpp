@@ -18,6 +18,7 @@
 
 #include "platform/archivo.h"
 #include "platform/descriptor.h"
+#include "platform/minusculas.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
 
@@ -62,10 +63,6 @@ fs::path seguirEnlaces(fs::path ruta) {
 fs::path carpetaDe(const fs::path& ruta) {
     const auto carpeta = ruta.parent_path();
     return carpeta.empty() ? fs::path(".") : carpeta;
-}
-
-char minuscula(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 void revisarNombre(const fs::path& ruta, std::span<const std::string_view> vedadas) {
@@ -302,8 +299,7 @@ void exigirQueSePuedaCrear(const fs::path& carpeta) {
 }
 
 bool terminaEn(const fs::path& ruta, std::span<const std::string_view> terminaciones) {
-    auto nombre = ruta.filename().string();
-    std::transform(nombre.begin(), nombre.end(), nombre.begin(), minuscula);
+    const auto nombre = enMinusculas(ruta.filename().string());
     return std::ranges::any_of(terminaciones, [&](auto final) { return nombre.ends_with(final); });
 }
 

@@ -54,9 +54,7 @@ mode_t sinGrupo(mode_t modo) {
     return (modo & ~mode_t{07070}) | ((modo & 07U) << 3U);
 }
 
-}  // namespace
-
-int escribirTodo(int descriptor, std::span<const std::uint8_t> bytes) {
+int escribirBytes(int descriptor, std::span<const std::uint8_t> bytes) {
     while (!bytes.empty()) {
         const auto n = ::write(descriptor, bytes.data(), bytes.size());
         if (n < 0 && errno == EINTR) continue;
@@ -65,6 +63,8 @@ int escribirTodo(int descriptor, std::span<const std::uint8_t> bytes) {
     }
     return 0;
 }
+
+}  // namespace
 
 int sincronizar(int descriptor) {
     int resultado = 0;
@@ -155,7 +155,7 @@ void ArchivoPendiente::exigir(bool bien) const {
 }
 
 void ArchivoPendiente::escribir(std::span<const std::uint8_t> bytes) {
-    errno = escribirTodo(descriptor_(), bytes);
+    errno = escribirBytes(descriptor_(), bytes);
     exigir(errno == 0);
 }
 

@@ -74,8 +74,6 @@ class GuardadoAtomico {
 };
 
 // The steps, for who writes a file in another way. Each gives 0 or an errno value.
-// To a file; a stream's reader may be slow, see platform/flujos.h.
-int escribirTodo(int descriptor, std::span<const std::uint8_t> bytes);
 int sincronizar(int descriptor);
 // The mode and, where possible, the owner of what stands at the destination, for what is to replace it. A new
 // file is its owner's to read, whatever the umask.
