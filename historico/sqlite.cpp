@@ -46,6 +46,13 @@ ErrorAlmacen::Clase claseDe(int codigo) {
     }
 }
 
+// What it maps of a file beside its own it takes for the disk's.
+bool faltaMemoria(int codigo, int sistema) {
+    const int clase = codigo & kSoloCodigo;
+    return clase == SQLITE_NOMEM || codigo == SQLITE_IOERR_NOMEM ||
+           (clase == SQLITE_IOERR && sistema == ENOMEM);
+}
+
 // SQLite loses the system's reason, a number, where it tidies up after a write: of a session that allows no
 // larger file it is known all the same.
 std::string motivoDelDisco(int codigo, int sistema) {
@@ -165,7 +172,7 @@ bool BaseSqlite::seguirEsperando(int vez) {
 
 void BaseSqlite::fallar(int codigo) const {
     if (interrupcion_) std::rethrow_exception(std::exchange(interrupcion_, nullptr));
-    if ((codigo & kSoloCodigo) == SQLITE_NOMEM) throw std::bad_alloc();
+    if (faltaMemoria(codigo, sqlite3_system_errno(base_))) throw std::bad_alloc();
     throw ErrorAlmacen(fmt::format("{}: {}", nombreVisible(ruta_), motivo(codigo)), claseDe(codigo));
 }
 

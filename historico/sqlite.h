@@ -18,7 +18,7 @@ struct sqlite3_stmt;
 
 namespace telvane {
 
-// Every routine throws ErrorAlmacen.
+// Every routine throws ErrorAlmacen, or std::bad_alloc where SQLite found no memory.
 class BaseSqlite {
    public:
     enum class Acceso { lectura, escritura };

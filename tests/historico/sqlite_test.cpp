@@ -1,12 +1,14 @@
 // What is told of a file that SQLite does not open.
 #include "historico/sqlite.h"
 
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -76,6 +78,14 @@ TEST_F(BaseSqliteQueNoSeAbre, TellsOfNoReasonThatTheSystemDidNotGive) {
             EXPECT_EQ(porque(carpeta / nombre, acceso), "revise sus permisos y los de su carpeta") << nombre;
         }
     }
+}
+
+// Some of what it maps beside a file it tells as a failure of the disk.
+TEST(BaseSqlite, WhatFindsNoMemoryIsNoFailureOfTheDisk) {
+    const BaseSqlite base("", kEscritura, {});
+    for (const int codigo : {SQLITE_NOMEM, SQLITE_IOERR_NOMEM})
+        EXPECT_THROW(base.fallar(codigo), std::bad_alloc) << codigo;
+    EXPECT_THROW(base.fallar(SQLITE_IOERR_READ), ErrorAlmacen);
 }
 
 }  // namespace
