@@ -48,14 +48,16 @@ struct OpcionesDescargar {
 // Error: what it is that a file stands there already.
 template <class Error>
 SalidaConsola salidaNueva(const OpcionesDescargar& opciones, const std::string& nombre,
-                          const ReglaDestino& regla) {
+                          ReglaDestino (*regla)(bool reemplazar)) {
     try {
-        return {nombre, regla};
+        return {nombre, regla(opciones.reemplazar)};
     } catch (const ErrorNombre&) {
         throw;
     } catch (const ErrorGuardado& error) {
         std::error_code sinMotivo;
         if (opciones.reemplazar || !std::filesystem::is_regular_file(nombre, sinMotivo)) throw;
+        // What that would not replace either is told as itself.
+        static_cast<void>(revisarDestino(nombre, regla(true)));
         throw Error(fmt::format("{}, o --reemplazar", error.what()));
     }
 }
@@ -85,11 +87,10 @@ void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, con
 class Salidas {
    public:
     Salidas(const EntornoConsola& entorno, const OpcionesDescargar& opciones)
-        : base(salidaNueva<ErrorGuardado>(opciones, opciones.base, reglaDeBase(opciones.reemplazar))) {
+        : base(salidaNueva<ErrorGuardado>(opciones, opciones.base, reglaDeBase)) {
         if (!opciones.csv.empty()) csv.emplace(opciones.csv, reglaDeTabla());
         if (!opciones.ficha.empty())
-            ficha.emplace(
-                salidaNueva<ErrorNombre>(opciones, opciones.ficha, reglaDeFicha(opciones.reemplazar)));
+            ficha.emplace(salidaNueva<ErrorNombre>(opciones, opciones.ficha, reglaDeFicha));
         std::vector<SalidaNombrada> todas = {{"--base", base}};
         if (csv) todas.push_back({"--csv", *csv});
         if (ficha) todas.push_back({"--ficha", *ficha});

@@ -38,6 +38,11 @@ std::string porqueSeQueda(std::span<const std::uint8_t> bytes, bool ficha) {
     return std::string(ficha ? kAhiNoHayUnaFicha : kAhiHayUnaFicha);
 }
 
+// For a memory: nothing makes a data sheet again, and whatever else somebody asked for may go.
+std::string porqueNoCede(std::span<const std::uint8_t> bytes) {
+    return std::string(!pareceImagen(bytes) && pareceFicha(bytes) ? kAhiHayUnaFicha : "");
+}
+
 // One more tells what is longer than a memory.
 constexpr std::size_t kVista = kBytesMemoria + 1;
 
@@ -62,7 +67,11 @@ std::string nombreArchivoBase(const std::string& digitosSerie, const FechaHora& 
 ReglaDestino reglaDeBase(bool reemplazar) {
     // The next download under the shorter name would take it for its own part, and end it.
     static constexpr auto kPartes = std::span(kTerminaciones).last<2>();
-    return {.nuevo = !reemplazar, .vedadas = kPartes, .bytes = kBytesMemoria};
+    return {.nuevo = !reemplazar,
+            .vedadas = kPartes,
+            .porque = porqueNoCede,
+            .vista = kVista,
+            .bytes = kBytesMemoria};
 }
 
 ReglaDestino reglaDeTabla() {

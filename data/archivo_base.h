@@ -38,7 +38,7 @@ class ArchivoBase {
 // What to tell of a base file without a byte.
 inline constexpr std::string_view kBaseVacia = "el archivo base está vacío: descárguelo de nuevo, o dé otro";
 // Where a memory image may be written: it is a new file, for a logger's bytes are never replaced unless
-// somebody asks for it, and never has the name of a part of one.
+// somebody asks for it, and never has the name of a part of one. Nobody can ask for a data sheet's place.
 ReglaDestino reglaDeBase(bool reemplazar = false);
 // Where anything made of an image may be written: over an earlier one, but never under the name of a base
 // file or of a part of one, nor over a memory or a data sheet, which nothing makes again.

@@ -158,7 +158,10 @@ std::string_view otraClase(Bytes bytes) {
     const auto ancho = textoUtf16(bytes);
     const Bytes llano =
         ancho ? Bytes(reinterpret_cast<const std::uint8_t*>(ancho->data()), ancho->size()) : bytes;
-    return llano.size() >= kBytesSerie && esTexto(llano) ? "un texto" : std::string_view{};
+    if (llano.size() < kBytesSerie) return {};
+    // A data sheet may be a single line without its end.
+    const bool texto = esTexto(llano) || (!pareceImagen(llano) && pareceFicha(llano));
+    return texto ? "un texto" : std::string_view{};
 }
 
 }  // namespace telvane

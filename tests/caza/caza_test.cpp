@@ -86,6 +86,12 @@ bool esParcial(const std::string& nombre) {
     return nombre.find(".parcial") != std::string::npos;
 }
 
+// What a download told of itself: nothing makes it again.
+bool esFicha(const std::string& bytes) {
+    return bytes.find("\"descargada\"") != std::string::npos &&
+           bytes.find("\"errores_de_linea\"") != std::string::npos;
+}
+
 // Whether an earlier download's part goes on in a file: the same blocks, samples where there were none yet.
 // The header's clock runs.
 bool sigueEn(const std::string& parte, const std::string& bytes) {
@@ -148,12 +154,12 @@ class Leyes {
         const auto valor = corrida_.valorDe(opcion);
         return !valor.empty() && llano(valor, antes_) == nombre;
     }
-    // A base file or a data sheet is replaced where that was asked for, a backup never; a table is named, or
-    // stands in the folder that was.
+    // A base file or a data sheet is replaced where that was asked for, a backup never; a data sheet by
+    // another one only; a table is named, or stands in the folder that was.
     bool pudoReemplazar(const std::string& nombre) const {
+        if (esFicha(antes_.at(nombre))) return nombra("--ficha", nombre) && corrida_.lleva("--reemplazar");
         if (nombra("--base", nombre)) return corrida_.lleva("--reemplazar");
-        if (esBase(nombre)) return false;
-        if (nombra("--ficha", nombre)) return corrida_.lleva("--reemplazar");
+        if (esBase(nombre) || nombra("--ficha", nombre)) return false;
         if (nombra("--csv", nombre)) return true;
         if (corrida_.orden() != "convertir") return false;
         const auto carpeta = corrida_.valorDe("--en");

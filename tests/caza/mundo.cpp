@@ -24,7 +24,12 @@ constexpr auto kNombres = std::to_array<const char*>(
      "TABLA.CSV",     "t.xls",         "t.jsonl",          "con blanco", "ñ.rgt",
      "no/hay",        "carpeta",       "enlace.rgt",       "roto",       "./a.rgt",
      "carpeta/x.rgt", "a.rgt.parcial", "carpeta/../a.rgt", "x.RGT",      "\x1b[2J\x7f.rgt",
-     "\x9b.csv",      "/dev/null",     "[a,b].csv",        "[c]",        "++"});
+     "\x9b.csv",      "/dev/null",     "[a,b].csv",        "[c]",        "++",
+     "a.rgt.json"});
+
+// What an earlier download told of itself.
+constexpr const char* kFicha = R"({"descargada": "2026-01-02T03:04:05Z", "errores_de_linea": 0}
+)";
 
 void escribir(const fs::path& ruta, const std::string& bytes) {
     std::ofstream(ruta, std::ios::binary) << bytes;
@@ -95,6 +100,9 @@ void Mundo::poblar(Azar& azar) {
     if (vez(azar, 2)) escribir(carpeta() / "b.rgt", imagen(azar).substr(0, tirar(azar, kBytesMemoria)));
     if (vez(azar, 3)) escribir(carpeta() / "tabla.csv", "valioso\r\n");
     if (vez(azar, 4)) escribir(carpeta() / "con blanco", "");
+    for (const auto* nombre : {"a.rgt.json", "con blanco"}) {
+        if (vez(azar, 3)) escribir(carpeta() / nombre, kFicha);
+    }
     if (vez(azar, 4)) escribir(carpeta() / "nuevo.csv", std::string(1 + tirar(azar, 100), 'x'));
     // What earlier downloads left: of this memory, of another one, of none.
     for (const auto* nombre : {"a.rgt.parcial", "nuevo.rgt.parcial", "a.rgt.parcial.anterior"}) {

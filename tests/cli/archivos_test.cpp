@@ -229,6 +229,33 @@ TEST_F(Archivos, ADataSheetsPlaceIsTakenByAnotherOneOnly) {
               CodigoSalida::hecho);
 }
 
+// Not even a memory's, whoever asked for that: a backup asks for nothing's place.
+TEST_F(Archivos, NoMemoryTakesADataSheetsPlace) {
+    const std::string ficha = carpeta / "a.rgt.json";
+    ASSERT_EQ(correr({"descargar", "--base", carpeta / "a.rgt", "--ficha", ficha}).codigo,
+              CodigoSalida::hecho);
+    oidas = puertos.aperturas(kPuerto);
+    const auto dicha = leerTodo(ficha);
+    fs::create_symlink("a.rgt.json", carpeta / "enlace.rgt");
+    poner("otra.json", R"( {"errores_de_linea": 0, "descargada": "2026-01-02T03:04:05Z"})");
+    for (const std::string nombre : {"a.rgt.json", "enlace.rgt", "otra.json"}) {
+        const std::string ruta = carpeta / nombre;
+        const auto motivo =
+            noGuardado(ruta, "ahí está la ficha de una descarga; quítela de ahí, o dé otro nombre\n");
+        esperarRehusado(correr({"descargar", "--base", ruta}), CodigoSalida::malUso, motivo.what());
+        esperarRehusado(correr({"descargar", "--base", ruta, "--reemplazar"}), CodigoSalida::malUso,
+                        motivo.what());
+        esperarRehusado(correr({"configurar", "--usuario", "Otro", "--borrar-memoria", "--respaldo", ruta}),
+                        CodigoSalida::fallo, noGuardado(ruta, "ya existe. Dé otro nombre").what());
+    }
+    EXPECT_TRUE(leerTodo(ficha) == dicha);
+    // A logger whose texts say the same is one.
+    auto ajena = imagen();
+    ajena.replace(4, 31, R"("descargada""errores_de_linea" )");
+    const auto otra = poner("otra.rgt", ajena).string();
+    EXPECT_EQ(correr({"descargar", "--base", otra, "--reemplazar"}).codigo, CodigoSalida::hecho);
+}
+
 // It says of another download what stands nowhere else, and a text is somebody's.
 TEST_F(Archivos, ADataSheetIsANewFile) {
     const auto ficha = (carpeta / "a.rgt.json").string();
@@ -241,13 +268,13 @@ TEST_F(Archivos, ADataSheetIsANewFile) {
     oidas = puertos.aperturas(kPuerto);
     const auto dicha = leerTodo(ficha);
     const auto nota = poner("nota.txt", "mirar el cable\n").string();
-    for (const auto& nombre : {ficha, nota, poner("nada", "").string()}) {
-        esperarRehusado(pedir({nombre}), CodigoSalida::malUso, "ya existe. Dé otro nombre, o --reemplazar");
-    }
+    esperarRehusado(pedir({ficha}), CodigoSalida::malUso, "ya existe. Dé otro nombre, o --reemplazar");
     EXPECT_EQ(leerTodo(ficha), dicha);
-    for (const auto& nombre : {nota, (carpeta / "nada").string()}) {
-        esperarRehusado(pedir({nombre, "--reemplazar"}), CodigoSalida::malUso,
-                        "ahí está lo que no es la ficha de una descarga");
+    // What --reemplazar does not replace either is told as itself.
+    for (const auto& nombre : {nota, poner("nada", "").string()}) {
+        const auto motivo = "ahí está lo que no es la ficha de una descarga";
+        esperarRehusado(pedir({nombre}), CodigoSalida::malUso, motivo);
+        esperarRehusado(pedir({nombre, "--reemplazar"}), CodigoSalida::malUso, motivo);
     }
     EXPECT_EQ(leerTodo(nota), "mirar el cable\n");
     EXPECT_EQ(pedir({ficha, "--reemplazar"}).codigo, CodigoSalida::hecho);

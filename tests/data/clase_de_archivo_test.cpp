@@ -1,7 +1,9 @@
 #include "data/clase_de_archivo.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -45,6 +47,15 @@ TEST(OtraClase, ATextIsNoMemoryWhateverItsLength) {
         EXPECT_EQ(claseDe(repetido("2023-01-02\t7\n", veces)), "un texto") << veces;
         EXPECT_EQ(claseDe(repetido("Estación: la niña\n", veces)), "un texto") << veces;
     }
+}
+
+// Also one that a program wrote without a line's end.
+TEST(OtraClase, ADataSheetIsAText) {
+    EXPECT_EQ(claseDe(R"({"descargada":"2026-01-02T03:04:05Z","errores_de_linea":0})"), "un texto");
+    EXPECT_EQ(claseDe(R"({"descargada":"2026-01-02T03:04:05Z","modelo":"x"})"), "");
+    Imagen imagen = memoriaSimulada(Clima(7));
+    std::ranges::copy(std::string_view(R"("descargada""errores_de_linea" )"), imagen.begin() + 4);
+    EXPECT_EQ(otraClase(imagen), "");
 }
 
 TEST(OtraClase, OtherKindsAreKnownByTheirBeginning) {

@@ -344,6 +344,9 @@ TEST_F(TelvaneSim, ATextIsNoMemoryThoughItsNameEndsLikeOne) {
         EXPECT_FALSE(hayEnlace(enlace));
     }
     EXPECT_EQ(leerTodo(carpeta / "carta.rgt"), carta);
+    // What a download told of itself, on one line.
+    std::ofstream(carpeta / "ficha.rgt") << R"({"descargada":"2026-01-02T03:04:05Z","errores_de_linea":0})";
+    EXPECT_EQ(rechazado(orden({"--memoria", carpeta / "ficha.rgt"})), 1);
 }
 
 // Whole, erased, and as much of it as a broken download left.
