@@ -17,13 +17,8 @@ Convertido convertirImagen(Conversor& conversor, const TrabajoDeConversion& trab
                            std::string_view nombre) {
     if (bytes == 0) throw ErrorCli(CodigoSalida::fallo, std::string(kBaseVacia));
     const auto leidos = conversor.destino().first(std::min(bytes, Conversor::kAlcance));
-    if (const auto clase = otraClase(leidos); !clase.empty()) {
-        throw ErrorCli(
-            CodigoSalida::fallo,
-            fmt::format(
-                "no es la memoria de un registrador, sino {}: dé el archivo base (.rgt) de una descarga",
-                clase));
-    }
+    if (const auto queja = quejaDeOtraClase(leidos); !queja.empty())
+        throw ErrorCli(CodigoSalida::fallo, queja);
     auto archivo =
         conversor.convertir(bytes, trabajo.formato, trabajo.perfil, trabajo.momento, trabajo.origen);
     auto aviso = archivo.recuento.texto();

@@ -7,6 +7,8 @@
 #include <string>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "data/miembros_ficha.h"
 #include "data/registros.h"
 #include "loggerconfig/datos_config.h"
@@ -162,6 +164,13 @@ std::string_view otraClase(Bytes bytes) {
     // A data sheet may be a single line without its end.
     const bool texto = esTexto(llano) || (!pareceImagen(llano) && pareceFicha(llano));
     return texto ? "un texto" : std::string_view{};
+}
+
+std::string quejaDeOtraClase(Bytes bytes) {
+    const auto clase = otraClase(bytes);
+    if (clase.empty()) return {};
+    return fmt::format(
+        "no es la memoria de un registrador, sino {}: dé el archivo base (.rgt) de una descarga", clase);
 }
 
 }  // namespace telvane

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace telvane {
@@ -22,5 +23,7 @@ bool pareceFicha(std::span<const std::uint8_t> bytes);
 // What is no memory beyond doubt: "un texto". Empty for all that may be one, of whatever length, damaged,
 // erased or by a logger whose clock stood still.
 std::string_view otraClase(std::span<const std::uint8_t> bytes);
+// What is told of it by whoever reads memories, and what to do; empty likewise.
+std::string quejaDeOtraClase(std::span<const std::uint8_t> bytes);
 
 }  // namespace telvane

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "data/archivo_base.h"
+#include "data/clase_de_archivo.h"
 #include "historico/asimilacion.h"
 #include "historico/compresion.h"
 #include "historico/esquema.h"
@@ -230,6 +231,7 @@ Incorporacion Archivo::incorporar(BytesImagen bytes, const Destino& destino, con
             "mide más que una imagen de la memoria, {} bytes: no es un archivo base", kBytesMemoria));
     }
     if (bytes.empty()) throw ErrorImagen(std::string(kBaseVacia));
+    if (const auto queja = quejaDeOtraClase(bytes); !queja.empty()) throw ErrorImagen(queja);
     const auto serie = serieQueVale(bytes, destino.serie);
     const auto nombre = destino.como ? fmt::format("{}/{}", serie, *destino.como) : serie;
     const auto huella = huellaDe(bytes);

@@ -8,6 +8,7 @@
 #include "calidad/limites_por_estacion.h"
 #include "consola/codigos_salida.h"
 #include "data/archivo_base.h"
+#include "data/clase_de_archivo.h"
 #include "historico/abrir_archivo.h"
 #include "historico/lectura_aparte.h"
 #include "historico/ordenes.h"
@@ -148,6 +149,7 @@ std::vector<std::uint8_t> leerImagen(const ContextoHistorico& contexto, const st
     };
     if (bytes.size() > kBytesMemoria) throw mal("es más largo que una imagen de memoria");
     if (bytes.empty()) throw mal(kBaseVacia);
+    if (const auto queja = quejaDeOtraClase(bytes); !queja.empty()) throw mal(queja);
     return bytes;
 }
 

@@ -4,6 +4,16 @@
 
 namespace telvane::informe {
 
+namespace {
+
+// By how much the mean lies above the base. Of whole tenths: of two doubles nearly alike little is left.
+double gradosDia(const CuentaCanal& temperatura) {
+    const std::int64_t decimas = temperatura.suma - kBaseGradosDia * temperatura.valores;
+    return static_cast<double>(decimas) / temperatura.valores / 10;
+}
+
+}  // namespace
+
 ClimaDelMes climaDe(const Estadistica& estadistica, const MesContado& mes) {
     ClimaDelMes clima;
     clima.mes = &mes;
@@ -18,12 +28,13 @@ ClimaDelMes climaDe(const Estadistica& estadistica, const MesContado& mes) {
             dia.lluviaConAgujeros = contado.conAgujeros(Canal::lluvia);
         }
         if (dia.cuentas != nullptr) {
-            if (const auto media = dia.cuentas->media(Canal::temperatura)) {
-                dia.calefaccion = std::max(kBaseGradosDia - *media, 0.0);
-                dia.refrigeracion = std::max(*media - kBaseGradosDia, 0.0);
+            const auto& temperatura = (*dia.cuentas)[Canal::temperatura];
+            if (temperatura.valores > 0) {
+                const auto grados = gradosDia(temperatura);
+                dia.calefaccion = std::max(-grados, 0.0);
+                dia.refrigeracion = std::max(grados, 0.0);
                 clima.calefaccion += *dia.calefaccion;
                 clima.refrigeracion += *dia.refrigeracion;
-                const auto& temperatura = (*dia.cuentas)[Canal::temperatura];
                 if (temperatura.maximo >= 320) ++clima.maximaDesde32;
                 if (temperatura.maximo <= 0) ++clima.maximaHasta0;
                 if (temperatura.minimo <= 0) ++clima.minimaHasta0;

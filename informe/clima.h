@@ -1,6 +1,7 @@
 // A month as climate reports show it, day by day: page and text say the same.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -8,8 +9,8 @@
 
 namespace telvane::informe {
 
-// Degree-days count the day's mean against this, ºC (65 ºF).
-inline constexpr double kBaseGradosDia = 18.3;
+// Degree-days count the day's mean against this, tenths of ºC (65 ºF).
+inline constexpr std::int64_t kBaseGradosDia = 183;
 
 struct DiaDeClima {
     int dia = 1;

@@ -83,7 +83,9 @@ std::string numero(std::int64_t valor, int decimales) {
 }
 
 std::string numero(double valor, int decimales) {
-    return numero(static_cast<std::int64_t>(std::llround(valor * std::pow(10, decimales))), decimales);
+    // A double holds 15 digits of what was calculated: 14.4999999999999982 is 14.5.
+    const auto leido = std::stod(fmt::format("{:.15g}", valor * std::pow(10, decimales)));
+    return numero(static_cast<std::int64_t>(std::llround(leido)), decimales);
 }
 
 std::string fecha(Instante momento) {

@@ -19,6 +19,7 @@ std::string llanoDeRegistrador(std::string_view texto);
 
 // "21.5": valor / 10^decimales with all its decimals.
 std::string numero(std::int64_t valor, int decimales);
+// Half away from zero of the decimal value.
 std::string numero(double valor, int decimales);
 
 // "20/11/2018", "17:04", "20/11/2018 17:04".

@@ -63,6 +63,29 @@ TEST_F(Ordenes, AFileLongerThanAnImageIsRefused) {
     EXPECT_EQ(correr({"incorporar", guardar("l.rgt", larga)}).codigo, 1);
 }
 
+// A night's folder holds tables and data sheets beside its images.
+TEST_F(Ordenes, WhatIsNoMemoryBeyondDoubtMakesNoStation) {
+    const auto base = imagen();
+    const std::string texto = "[ESTACION]\nEquipo=02080050\n";
+    const auto tabla = guardar("a.csv", {texto.begin(), texto.end()});
+    const std::string queja =
+        tabla +
+        ": no es la memoria de un registrador, sino un texto: dé el archivo base (.rgt) de una descarga\n";
+    for (const std::vector<std::string>& suyo : {std::vector<std::string>{}, {"--serie", "02080051"}}) {
+        std::vector<std::string> orden = {"incorporar", base, tabla};
+        orden.insert(orden.end(), suyo.begin(), suyo.end());
+        const auto r = correr(orden);
+        EXPECT_EQ(r.codigo, 1);
+        EXPECT_THAT(r.errores, HasSubstr(queja));
+    }
+    EXPECT_THAT(correr({"estado"}).salida, Not(HasSubstr("Equi")));
+    const auto pagina = (carpeta / "i.html").string();
+    const auto r = correr({"informe", "--imagen", tabla, pagina});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_THAT(r.errores, HasSubstr(queja));
+    EXPECT_FALSE(std::filesystem::exists(pagina));
+}
+
 TEST_F(Ordenes, ANumberWithNibblesAboveNineIsRepeatedAsItIsShown) {
     const auto base = guardar("n.rgt", ImagenPrueba("02080:5?").serie(0, 0, 50).bytes());
     for (const auto* cual : {"02080:5?", "02080A5F"}) {

@@ -174,5 +174,16 @@ TEST(Clima, CountsTheDaysOfHeatFrostAndRain) {
     EXPECT_EQ(*clima.dias[4].refrigeracion, 0.0);
 }
 
+// 20.15 less 18.3 is 1.85, and not the little less that two doubles leave.
+TEST(Clima, DegreeDaysAreThoseOfTheDecimalMean) {
+    const Mes noviembre{.anio = 2018, .mes = 11};
+    auto todas = serie(30 * 24, 1h, noviembre.plazo().desde);
+    for (auto& o : todas) o.medidas.temperatura = 201 + horaDe(o.instante).hora % 2;
+    const auto informe = informeDe(todas, noviembre.plazo());
+    const auto clima = climaDe(informe.estadistica, informe.estadistica.meses().front());
+    EXPECT_EQ(*clima.dias[4].refrigeracion, 1.85);
+    EXPECT_EQ(*clima.dias[4].calefaccion, 0.0);
+}
+
 }  // namespace
 }  // namespace telvane::informe
