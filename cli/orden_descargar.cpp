@@ -1,6 +1,7 @@
 // telvane-cli descargar
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -24,9 +25,12 @@
 #include "consola/salida_consola.h"
 #include "data/archivo_base.h"
 #include "data/conversion.h"
+#include "data/formato.h"
 #include "data/sello.h"
 #include "link/protocolo.h"
 #include "loggerconfig/pasos_serie.h"
+#include "platform/motivos.h"
+#include "platform/palabra_de_consola.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -126,20 +130,55 @@ void exigirSerie(const OpcionesDescargar& opciones, int numero, const std::strin
                     hallada, opciones.serie));
 }
 
-void escribirFicha(ContextoCli& contexto, const Salidas& salidas, const DatosDeDescarga& datos,
-                   std::span<const std::uint8_t> imagen) {
-    if (salidas.ficha) salidas.ficha->escribir(contexto.entorno, contexto.consola, fichaJson(datos, imagen));
+// The CSV as it was asked for, from the base file.
+std::string ordenDeLaPlanilla(const OpcionesDescargar& opciones) {
+    std::string orden = "telvane-cli convertir";
+    if (formatoDelNombre(opciones.csv).value_or(Formato::csv) != Formato::csv) orden += " --formato csv";
+    if (opciones.perfil != OpcionesDescargar{}.perfil) orden += " --perfil " + opciones.perfil;
+    for (const auto* nombre : {&opciones.base, &opciones.csv}) orden += " " + palabraDeConsola(*nombre);
+    return fmt::format(". Haga la planilla con \"{}\"", sinControles(orden));
 }
 
-void escribirCsv(ContextoCli& contexto, const Salidas& salidas, const std::string& perfil,
+// Behind a whole base file: the same order would now be refused, or replace it. What fails says where the
+// memory is, and what is to be done yet.
+template <class Paso>
+void trasLaBase(const SalidaConsola& base, const std::string& queHacer, const Paso& paso) {
+    const auto conLaBase = [&](const std::string& motivo) {
+        if (!base.archivo()) return motivo;
+        return fmt::format("{}. No hace falta descargar otra vez: la memoria está entera en {}{}", motivo,
+                           nombreVisible(base.nombre()), queHacer);
+    };
+    try {
+        paso();
+    } catch (const ErrorCli& error) {
+        throw ErrorCli(error.codigo(), conLaBase(error.what()));
+    } catch (const ErrorNombre& error) {
+        throw ErrorNombre(conLaBase(error.what()));
+    } catch (const std::exception& error) {
+        throw ErrorGuardado(conLaBase(motivoDe(error)));
+    }
+}
+
+void escribirFicha(ContextoCli& contexto, const OpcionesDescargar& opciones, const Salidas& salidas,
+                   const DatosDeDescarga& datos, std::span<const std::uint8_t> imagen) {
+    if (!salidas.ficha) return;
+    const auto planilla = salidas.csv ? ordenDeLaPlanilla(opciones) : "";
+    trasLaBase(salidas.base, ", y vale sin la ficha" + planilla, [&] {
+        salidas.ficha->escribir(contexto.entorno, contexto.consola, fichaJson(datos, imagen));
+    });
+}
+
+void escribirCsv(ContextoCli& contexto, const OpcionesDescargar& opciones, const Salidas& salidas,
                  std::span<const std::uint8_t> imagen) {
     if (!salidas.csv) return;
-    const auto propios = datosDeCabecera(imagen);
-    const auto archivo =
-        Conversor().convertir(imagen, Formato::csv, leerPerfil(perfil), contexto.entorno.reloj.ahora(),
-                              {.leido = {textoConfig(propios), numeroDeSerie(propios.Nserie)}});
-    salidas.csv->escribir(contexto.entorno, contexto.consola, archivo.bytes());
-    contexto.consola.aviso(archivo.recuento.texto());
+    trasLaBase(salidas.base, ordenDeLaPlanilla(opciones), [&] {
+        const auto propios = datosDeCabecera(imagen);
+        const auto archivo = Conversor().convertir(
+            imagen, Formato::csv, leerPerfil(opciones.perfil), contexto.entorno.reloj.ahora(),
+            {.leido = {textoConfig(propios), numeroDeSerie(propios.Nserie)}});
+        salidas.csv->escribir(contexto.entorno, contexto.consola, archivo.bytes());
+        contexto.consola.aviso(archivo.recuento.texto());
+    });
 }
 
 void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
@@ -171,7 +210,7 @@ void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
                       {reinterpret_cast<const char*>(imagen.data()), imagen.size()});
     }
     if (!base.estandar()) consola.aviso(fmt::format("Archivo base: {}", nombreVisible(base.nombre())));
-    escribirFicha(contexto, salidas,
+    escribirFicha(contexto, opciones, salidas,
                   {.descargada = contexto.entorno.ahoraUtc(),
                    .puerto = numero,
                    .dispositivo = sesion.dispositivo(numero),
@@ -183,7 +222,7 @@ void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
                    .erroresDeLinea = registrador.erroresDeLinea(),
                    .base = base.estandar() ? "" : base.nombre()},
                   imagen);
-    escribirCsv(contexto, salidas, opciones.perfil, imagen);
+    escribirCsv(contexto, opciones, salidas, imagen);
 }
 
 void declararOpciones(OrdenDeLinea& orden, OpcionesDescargar& opciones) {

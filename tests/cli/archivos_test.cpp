@@ -281,6 +281,68 @@ TEST_F(Archivos, ADataSheetIsANewFile) {
     EXPECT_THAT(leerTodo(ficha), HasSubstr("\"base\": \"b.rgt\""));
 }
 
+// The same order would be refused, or replace what it saved.
+TEST_F(Archivos, WhatFailsBehindAWholeBaseFileSaysThatNothingIsToBeDownloadedAgain) {
+    const std::string base = carpeta / "con blanco.rgt";
+    const auto estorbar = [&](const std::string& nombre) {
+        fs::remove_all(carpeta.ruta());
+        fs::create_directory(carpeta.ruta());
+        puertos.manipular(kPuerto, [this, nombre](const ByteSaliente& saliente) {
+            if (saliente.intercambio == Intercambio::descarga && saliente.indice == 5000)
+                fs::create_directory(carpeta / nombre);
+            return Efecto::pasar(saliente.byte);
+        });
+    };
+    const auto entera = fmt::format(". No hace falta descargar otra vez: la memoria está entera en {}", base);
+    const auto planilla = [&](const std::string& opciones, const std::string& tabla) {
+        return fmt::format(". Haga la planilla con \"telvane-cli convertir{} '{}' {}\"\n", opciones, base,
+                           tabla);
+    };
+    const auto fallar = [&](std::vector<std::string> mas, const std::string& motivo) {
+        mas.insert(mas.begin(), {"descargar", "--base", base});
+        const auto r = correr(mas);
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_THAT(r.errores, HasSubstr("Archivo base: " + base + "\n"));
+        EXPECT_THAT(r.errores, EndsWith(motivo));
+        EXPECT_TRUE(leerTodo(base) == imagen());
+    };
+    const std::string csv = carpeta / "a.csv";
+    const std::string xls = carpeta / "a.xls";
+    const std::string ficha = carpeta / "a.json";
+    const std::string esCarpeta = ": es una carpeta. Dé el nombre de un archivo";
+    estorbar("a.csv");
+    fallar({"--csv", csv, "--ficha", ficha}, csv + esCarpeta + entera + planilla("", csv));
+    EXPECT_TRUE(fs::exists(ficha));
+    estorbar("a.xls");
+    fallar({"--csv", xls, "--perfil", "ampliado"},
+           xls + esCarpeta + entera + planilla(" --formato csv --perfil ampliado", xls));
+    estorbar("a.json");
+    fallar({"--ficha", ficha}, ficha + esCarpeta + entera + ", y vale sin la ficha\n");
+    estorbar("a.json");
+    fallar({"--ficha", ficha, "--csv", csv},
+           ficha + esCarpeta + entera + ", y vale sin la ficha" + planilla("", csv));
+    // Nor where it is the output that fails.
+    estorbar("nada");
+    const Descriptor lleno(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+    salidaAjena = lleno();
+    fallar({"--csv", "-"},
+           ": no queda espacio en el disco. Haga sitio y repita" + entera + planilla("", "-"));
+    salidaAjena.reset();
+    // Where the memory went through the output, nobody knows who has it.
+    estorbar("a.csv");
+    EXPECT_THAT(correr({"descargar", "--base", "-", "--csv", csv}).errores, EndsWith(esCarpeta + "\n"));
+    // What the order says is done.
+    puertos.manipular(kPuerto, {});
+    ASSERT_EQ(correr({"descargar", "--base", base, "--csv", carpeta / "b.csv"}).codigo, CodigoSalida::hecho);
+    EXPECT_EQ(correr({"convertir", base, carpeta / "c.csv"}).codigo, CodigoSalida::hecho);
+    // But for the lines above them.
+    const auto muestras = [this](const std::string& nombre) {
+        const auto tabla = leerTodo(carpeta / nombre);
+        return tabla.substr(tabla.find("\n20/11/2018"));
+    };
+    EXPECT_TRUE(muestras("b.csv") == muestras("c.csv"));
+}
+
 TEST_F(Archivos, WhileNobodyReadsAPipeThePortIsFreeAndThatIsSaid) {
     const auto tubo = (carpeta / "p.csv").string();
     ASSERT_EQ(::mkfifo(tubo.c_str(), 0600), 0);

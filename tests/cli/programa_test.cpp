@@ -31,6 +31,7 @@ namespace telvane {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -314,6 +315,15 @@ TEST_F(Programa, AFileThatTheSessionDoesNotAllowIsAFailureWithItsReason) {
     EXPECT_THAT(errores, HasSubstr("a.csv: pasa del tamaño que permite la sesión (ulimit -f)"));
     EXPECT_EQ(porShell("ulimit -f 100; \"$@\"", {"descargar", "--base", (carpeta / "b.rgt").string()}), 1);
     EXPECT_THAT(errores, HasSubstr("b.rgt: pasa del tamaño que permite la sesión (ulimit -f)"));
+    // Of a table the memory is there already, and the same order would be refused.
+    conectar();
+    const auto q = (carpeta / "q").string();
+    EXPECT_EQ(porShell("ulimit -f 600; \"$@\"", {"descargar", "--base", q + ".rgt", "--csv", q + ".csv"}), 1);
+    EXPECT_THAT(errores, EndsWith(fmt::format("{0}.csv: pasa del tamaño que permite la sesión (ulimit -f). "
+                                              "Suba ese límite y repita. No hace falta descargar otra vez: "
+                                              "la memoria está entera en {0}.rgt. Haga la planilla con "
+                                              "\"telvane-cli convertir {0}.rgt {0}.csv\"\n",
+                                              q)));
 }
 
 TEST_F(Programa, AReaderThatGoesAwayIsAFailureAndNoSilentDeath) {
