@@ -124,12 +124,12 @@ void convertir(ContextoCli& contexto, const OpcionesConvertir& opciones) {
     if (!opciones.serie.empty()) trabajo.origen.serie = opciones.serie;
     const auto lista = pares(opciones, trabajo.formato);
     revisarJuntas(contexto.entorno, contexto.consola, lista);
-    if (!opciones.carpeta.empty() && !fs::is_directory(opciones.carpeta))
-        throw ErrorCli(CodigoSalida::fallo, motivoSinCarpeta(opciones.carpeta));
-    if (lista.size() == 1) {
+    if (opciones.carpeta.empty()) {
         convertirUna(contexto, trabajo, lista.front());
         return;
     }
+    if (!fs::is_directory(opciones.carpeta))
+        throw ErrorCli(CodigoSalida::fallo, motivoSinCarpeta(opciones.carpeta));
     const auto fallidas = TandaDeImagenes(contexto.entorno, contexto.consola, trabajo, lista).correr();
     if (fallidas > 0) {
         throw ErrorCli(CodigoSalida::fallo,

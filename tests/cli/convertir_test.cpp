@@ -1,5 +1,10 @@
 #include <fcntl.h>
 #include <pty.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <functional>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -235,6 +240,43 @@ TEST_F(ConvertirMuchos, ABadOneDoesNotStopTheOthers) {
     EXPECT_EQ(r.codigo, CodigoSalida::fallo);
     EXPECT_THAT(r.errores, HasSubstr("1 de 3 archivos sin convertir"));
     EXPECT_THAT(nombresEn(carpeta.ruta()), UnorderedElementsAre("a.rgt", "b.rgt", "a.csv", "b.csv"));
+}
+
+// Whatever stands where a table is to go, one image in a folder meets the same rule as many, and so do its
+// words and its status.
+TEST_F(ConvertirMuchos, OneImageInAFolderIsTreatedLikeMany) {
+    const auto tabla = carpeta / "d/a.csv";
+    const std::pair<const char*, std::function<void()>> casos[] = {
+        {"no es un archivo normal. Dé otro nombre", [&] { ASSERT_EQ(::mkfifo(tabla.c_str(), 0600), 0); }},
+        {"no es un archivo normal. Dé otro nombre",
+         [&] { std::filesystem::create_symlink("/dev/null", tabla); }},
+        {"ahí está la ficha de una descarga",
+         [&] {
+             ASSERT_EQ(
+                 correr({"descargar", "--base", carpeta / "f.rgt", "--reemplazar", "--ficha", tabla}).codigo,
+                 CodigoSalida::hecho);
+         }},
+    };
+    guardar("b.rgt", imagen);
+    for (const auto& [motivo, poner] : casos) {
+        for (const bool muchas : {false, true}) {
+            std::filesystem::remove_all(carpeta / "d");
+            std::filesystem::create_directory(carpeta / "d");
+            poner();
+            std::vector<std::string> orden = {"convertir", "--en", carpeta / "d", carpeta / "a.rgt"};
+            if (muchas) orden.push_back(carpeta / "b.rgt");
+            const auto r = correrDeVeras(orden);
+            EXPECT_EQ(r.codigo, CodigoSalida::fallo) << r.errores;
+            EXPECT_THAT(r.errores, HasSubstr("no se pudo guardar " + tabla.string() + ": " + motivo));
+            EXPECT_THAT(r.errores, HasSubstr(muchas ? "1 de 2 archivos sin convertir"
+                                                    : "1 de 1 archivos sin convertir"));
+        }
+    }
+    std::filesystem::remove(tabla);
+    const auto r = correrDeVeras({"convertir", "--en", carpeta / "d", carpeta / "a.rgt"});
+    EXPECT_EQ(r.codigo, CodigoSalida::hecho);
+    EXPECT_THAT(r.errores, StartsWith((carpeta / "a.rgt").string() + ": "));
+    EXPECT_EQ(leerTodo(tabla), comoLaVentana());
 }
 
 TEST_F(ConvertirMuchos, ASignalEndsTheRun) {
