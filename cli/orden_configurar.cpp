@@ -31,7 +31,6 @@
 #include "loggerconfig/pasos_escritura.h"
 #include "platform/archivo.h"
 #include "platform/cp1252.h"
-#include "platform/motivos.h"
 #include "platform/palabra_de_consola.h"
 #include "platform/recorte.h"
 #include "platform/texto_visible.h"
@@ -202,7 +201,13 @@ class Configurador {
     std::string comoRepetir() const;
     std::string mensaje();
     void escribir();
-    [[noreturn]] void fallar(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) const;
+    template <class Paso>
+    auto diciendo(const std::size_t& enviados, Paso paso) const {
+        return diciendoElEstado(paso, [&](CodigoSalida codigo, const std::string& motivo) {
+            return fallo(codigo, motivo, enviados);
+        });
+    }
+    ErrorCli fallo(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) const;
     std::string dondeEstaElRespaldo() const;
     void comprobarEscrito();
     std::vector<std::string> diferencias(const DatosConfig& leido) const;
@@ -230,8 +235,7 @@ void Configurador::correr() {
     contexto_.consola.exigirSalida();
     // Where the backup cannot go is told before the logger hears anything.
     if (!opciones_.sinRespaldo && opciones_.borrarMemoria) revisarRespaldo();
-    sesion_.buscar();
-    if (!preparar()) {
+    if (!diciendo(0, [this] { return preparar(); })) {
         contexto_.consola.aviso("El registrador ya está así: no se escribe nada.");
         return;
     }
@@ -242,25 +246,18 @@ void Configurador::correr() {
         configuracionParaPersonas(actual_));
 }
 
-// All that comes before the first byte of the message: whatever ends it is told with what that means. False:
-// there is nothing to change.
+// All that comes before the first byte of the message. False: there is nothing to change.
 bool Configurador::preparar() {
-    try {
-        leer();
-        if (!anunciarCambios()) return false;
-        exigirUso(opciones_.borrarMemoria,
-                  "el registrador borra todos sus datos al recibir una configuración: confirme con "
-                  "--borrar-memoria");
-        if (opciones_.sinRespaldo) return true;
-        respaldar();
-        exigirQueSigaAhi();
-        return true;
-    } catch (const ErrorCli& error) {
-        if (error.codigo() == CodigoSalida::malUso) throw;
-        fallar(error.codigo(), error.what(), 0);
-    } catch (const std::exception& error) {
-        fallar(CodigoSalida::fallo, motivoDe(error), 0);
-    }
+    sesion_.buscar();
+    leer();
+    if (!anunciarCambios()) return false;
+    exigirUso(opciones_.borrarMemoria,
+              "el registrador borra todos sus datos al recibir una configuración: confirme con "
+              "--borrar-memoria");
+    if (opciones_.sinRespaldo) return true;
+    respaldar();
+    exigirQueSigaAhi();
+    return true;
 }
 
 // The message always carries a clock: what is not given of it goes back as it was read.
@@ -424,27 +421,25 @@ void Configurador::escribir() {
         exigirSuRespaldo();
         return mensaje();
     };
-    try {
-        sesion_.registrador().escribirConfiguracion(alDespertar, enviados);
-    } catch (const ErrorCli& error) {
-        fallar(error.codigo(), error.what(), enviados);
-    } catch (const ErrorPuerto& error) {
-        if (enviados < kBytesMensajeConfig) fallar(CodigoSalida::fallo, error.what(), enviados);
-        contexto_.consola.aviso(error.what());
-    } catch (const std::exception& error) {
-        fallar(CodigoSalida::fallo, motivoDe(error), enviados);
-    }
+    diciendo(enviados, [&] {
+        try {
+            sesion_.registrador().escribirConfiguracion(alDespertar, enviados);
+        } catch (const ErrorPuerto& error) {
+            if (enviados < kBytesMensajeConfig) throw;
+            contexto_.consola.aviso(error.what());
+        }
+    });
 }
 
 // Tells where the write stands, what became of the memory and what to do.
-void Configurador::fallar(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) const {
+ErrorCli Configurador::fallo(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) const {
     const auto estado = estadoDelEnvio(enviados, kBytesMensajeConfig, "la configuración y la memoria",
                                        "Dé la memoria por borrada; mire con \"telvane-cli configuracion\" si "
                                        "quedó como quería y, si no, vuelva "
                                        "a configurar con --sin-respaldo.",
                                        comoRepetir());
     const auto donde = dondeEstaElRespaldo();
-    throw ErrorCli(codigo, fmt::format("{}\n{}{}{}", motivo, estado, donde.empty() ? "" : "\n", donde));
+    return {codigo, fmt::format("{}\n{}{}{}", motivo, estado, donde.empty() ? "" : "\n", donde)};
 }
 
 std::string Configurador::dondeEstaElRespaldo() const {
@@ -459,13 +454,7 @@ void Configurador::comprobarEscrito() {
     std::vector<std::string> distinto;
     DatosConfig leido;
     for (int i = 0; i < kLecturasDeVuelta; ++i) {
-        try {
-            leido = sesion_.registrador().leerConfiguracion();
-        } catch (const ErrorCli& error) {
-            fallar(error.codigo(), error.what(), kBytesMensajeConfig);
-        } catch (const std::exception& error) {
-            fallar(CodigoSalida::fallo, motivoDe(error), kBytesMensajeConfig);
-        }
+        leido = diciendo(kBytesMensajeConfig, [this] { return sesion_.registrador().leerConfiguracion(); });
         distinto = diferencias(leido);
         if (distinto.empty()) {
             actual_ = leido;

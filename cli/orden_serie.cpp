@@ -14,34 +14,35 @@
 #include "link/protocolo.h"
 #include "link/puerto_serie.h"
 #include "loggerconfig/pasos_serie.h"
-#include "platform/motivos.h"
 
 namespace telvane {
 
 namespace {
 
-[[noreturn]] void fallar(CodigoSalida codigo, const std::string& motivo, std::size_t enviados) {
-    const auto estado = estadoDelEnvio(
-        enviados, kBytesMensajeSerie, "el número y la memoria",
-        "La memoria sigue como estaba; mire con \"telvane-cli configuracion\" qué número tiene, y "
-        "repita la orden si no es el que quería.",
-        "repita la orden");
-    throw ErrorCli(codigo, fmt::format("{}\n{}", motivo, estado));
+// A step, and where the write stands when it fails.
+template <class Paso>
+auto diciendo(const std::size_t& enviados, Paso paso) {
+    return diciendoElEstado(paso, [&](CodigoSalida codigo, const std::string& motivo) {
+        const auto estado = estadoDelEnvio(
+            enviados, kBytesMensajeSerie, "el número y la memoria",
+            "La memoria sigue como estaba; mire con \"telvane-cli configuracion\" qué número tiene, y "
+            "repita la orden si no es el que quería.",
+            "repita la orden");
+        return ErrorCli(codigo, fmt::format("{}\n{}", motivo, estado));
+    });
 }
 
 // The last byte may have left although the port refused it: then reading back tells.
 void escribir(Consola& consola, RegistradorCli& registrador, const std::string& cifras) {
     std::size_t enviados = 0;
-    try {
-        registrador.escribirSerie(empacarSerie(cifras), enviados);
-    } catch (const ErrorCli& error) {
-        fallar(error.codigo(), error.what(), enviados);
-    } catch (const ErrorPuerto& error) {
-        if (enviados < kBytesMensajeSerie) fallar(CodigoSalida::fallo, error.what(), enviados);
-        consola.aviso(error.what());
-    } catch (const std::exception& error) {
-        fallar(CodigoSalida::fallo, motivoDe(error), enviados);
-    }
+    diciendo(enviados, [&] {
+        try {
+            registrador.escribirSerie(empacarSerie(cifras), enviados);
+        } catch (const ErrorPuerto& error) {
+            if (enviados < kBytesMensajeSerie) throw;
+            consola.aviso(error.what());
+        }
+    });
 }
 
 // Another one that answers may bear the number already.
@@ -66,13 +67,7 @@ void escribir(Consola& consola, RegistradorCli& registrador, const std::string& 
 void leerDeVuelta(RegistradorCli& registrador, const DatosConfig& antes, const std::string& cifras) {
     DatosConfig ahora;
     for (int i = 0; i < kLecturasDeVuelta; ++i) {
-        try {
-            ahora = registrador.leerConfiguracion();
-        } catch (const ErrorCli& error) {
-            fallar(error.codigo(), error.what(), kBytesMensajeSerie);
-        } catch (const std::exception& error) {
-            fallar(CodigoSalida::fallo, motivoDe(error), kBytesMensajeSerie);
-        }
+        ahora = diciendo(kBytesMensajeSerie, [&] { return registrador.leerConfiguracion(); });
         if (ahora.Nserie == cifras && mismosAjustes(ahora, antes)) return;
     }
     noConfirmado(registrador, ahora.Nserie, cifras);
@@ -82,9 +77,11 @@ void escribirSerie(ContextoCli& contexto, const std::string& cifras) {
     auto& consola = contexto.consola;
     consola.exigirSalida();
     SesionCli sesion(contexto.entorno, consola, contexto.com);
-    sesion.buscar();
     auto& registrador = sesion.registrador();
-    const auto antes = leerFirme(registrador, consola, contexto.entorno.reloj, false).datos;
+    const auto antes = diciendo(0, [&] {
+        sesion.buscar();
+        return leerFirme(registrador, consola, contexto.entorno.reloj, false).datos;
+    });
     consola.aviso(fmt::format("Nro de serie: {} -> {}", antes.Nserie, cifras));
     escribir(consola, registrador, cifras);
     leerDeVuelta(registrador, antes, cifras);

@@ -193,6 +193,39 @@ class AntesDeEnviar : public Respaldo {
     }
 };
 
+TEST_F(AntesDeEnviar, WhereNoLoggerIsFoundNothingWasSentEither) {
+    puertos.manipular(kPuerto, [](const ByteSaliente& saliente) {
+        auto efecto = Efecto::pasar(saliente.byte);
+        efecto.callar = true;
+        return efecto;
+    });
+    const std::string busqueda =
+        "telvane-cli: no hay conexión con el registrador: revise el cable y la alimentación, y los puertos "
+        "con "
+        "\"telvane-cli puertos\"\n";
+    esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::sinRegistrador,
+                       busqueda.substr(0, busqueda.size() - 1));
+    const auto sinCopia = correr({"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"});
+    EXPECT_EQ(sinCopia.codigo, CodigoSalida::sinRegistrador);
+    EXPECT_EQ(sinCopia.errores, busqueda +
+                                    "No se envió nada: la configuración y la memoria siguen como estaban. "
+                                    "Para intentarlo otra vez, repita la orden.\n"
+                                    "No hay respaldo de la memoria: se pidió --sin-respaldo.\n");
+    const auto serie = correr({"serie", "12345678"});
+    EXPECT_EQ(serie.codigo, CodigoSalida::sinRegistrador);
+    EXPECT_EQ(serie.errores, busqueda +
+                                 "No se envió nada: el número y la memoria siguen como estaban. Para "
+                                 "intentarlo otra vez, repita la orden.\n");
+    // Interrupted before the search has ended.
+    senalTras = {1s, SIGTERM};
+    for (const auto& orden : {std::vector<std::string>{"serie", "12345678"},
+                              {"configurar", "--reloj-pc", "--borrar-memoria", "--sin-respaldo"}}) {
+        const auto r = correr(orden);
+        EXPECT_EQ(r.codigo, CodigoSalida::interrumpido);
+        EXPECT_THAT(r.errores, HasSubstr("telvane-cli: interrumpido\nNo se envió nada: "));
+    }
+}
+
 TEST_F(AntesDeEnviar, ALineThatDiesSaysThatNothingWasSent) {
     callarEn(Intercambio::eleccion, 0);
     esperarNadaEnviado(configurar("v.rgt"), CodigoSalida::sinRegistrador, "el registrador no responde");

@@ -22,6 +22,17 @@ class FinalesCli : public CliPrueba, public testing::WithParamInterface<std::vec
     std::filesystem::path base() const { return carpeta / "a.rgt"; }
     std::filesystem::path parcial() const { return carpeta / "a.rgt.parcial"; }
 
+    // Of a command that writes: what was sent, if anything, and of one that erases, where the backup is.
+    void diceComoQueda(const std::string& errores) {
+        const auto orden = GetParam().front();
+        if (orden != "serie" && orden != "configurar") return;
+        EXPECT_THAT(errores, testing::ContainsRegex("\nNo se envió nada: |\nSe envi(ó|aron) "));
+        if (orden == "configurar") {
+            EXPECT_THAT(errores,
+                        testing::EndsWith("\nNo hay respaldo de la memoria: se pidió --sin-respaldo.\n"));
+        }
+    }
+
     // Whole blocks, as they came, and their number told.
     void quedaLoRecibido(const std::string& errores) {
         EXPECT_FALSE(std::filesystem::exists(base()));
@@ -52,6 +63,7 @@ TEST_P(FinalesCli, ASignalEndsItFromEveryWait) {
         EXPECT_EQ(r.codigo, CodigoSalida::interrumpido) << r.errores;
         EXPECT_EQ(r.duracion, cuando);
         EXPECT_THAT(r.errores, testing::HasSubstr("interrumpido"));
+        diceComoQueda(r.errores);
         quedaLoRecibido(r.errores);
     }
     // The logger gives the broken exchange up, and the same command succeeds.
