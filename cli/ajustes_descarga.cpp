@@ -208,6 +208,15 @@ bool esOpcion(const std::string& palabra, std::string_view opcion) {
     return palabra == opcion || palabra.starts_with(std::string(opcion) + "=");
 }
 
+// The value of the option among these words; empty: it has none.
+std::string valorDe(const std::vector<std::string>& palabras, std::string_view opcion) {
+    const auto una =
+        std::ranges::find_if(palabras, [&](const auto& palabra) { return esOpcion(palabra, opcion); });
+    if (una == palabras.end()) return "";
+    if (*una != opcion) return una->substr(opcion.size() + 1);
+    return una + 1 == palabras.end() ? "" : *(una + 1);
+}
+
 // Values become file names and lines for whoever downloads.
 void exigirTexto(std::string_view ajuste, std::string_view valor) {
     if (sinControles(valor) != valor)
@@ -218,6 +227,11 @@ void exigirTexto(std::string_view ajuste, std::string_view valor) {
 // motivo: why the value is none; empty: it is one.
 void exigir(std::string_view ajuste, const std::string& valor, const std::string& motivo) {
     if (!motivo.empty()) mal(fmt::format("{}: \"{}\" no vale: {}", ajuste, valor, motivo));
+}
+
+void exigirRuta(std::string_view ajuste, std::string_view valor) {
+    if (!valor.starts_with('/'))
+        mal(fmt::format("{}: \"{}\" no empieza por /; ¿falta una barra?", ajuste, valor));
 }
 
 class Lector {
@@ -347,8 +361,7 @@ class Lector {
             mal("COM: una estación tiene un puerto, NÚMERO=/DISPOSITIVO o NÚMERO=tcp://MÁQUINA:PUERTO");
     }
     void carpeta(std::string valor) {
-        if (!valor.starts_with('/'))
-            mal(fmt::format("CARPETA: \"{}\" no empieza por /; ¿falta una barra?", valor));
+        exigirRuta("CARPETA", valor);
         ajustes_.carpeta = std::move(valor);
     }
     void comienzo(std::string valor) {
@@ -400,6 +413,9 @@ class Lector {
         // One that the download does not understand would be told at night, when nobody looks.
         if (const auto motivo = motivoOpcionesDescargar(ajustes_.opciones); !motivo.empty())
             mal(fmt::format("OPCIONES: {} (telvane-cli descargar --help)", motivo));
+        // Nobody says from which folder it would count.
+        const auto ficha = valorDe(ajustes_.opciones, "--ficha");
+        if (!ficha.empty() && ficha != "-") exigirRuta("OPCIONES: --ficha", ficha);
     }
 
     // A password is nobody else's.

@@ -225,6 +225,12 @@ void descargar(ContextoCli& contexto, const OpcionesDescargar& opciones) {
     escribirCsv(contexto, opciones, salidas, imagen);
 }
 
+// What its name alone says, wherever it is to be written.
+std::string motivoDeFicha(const std::string& nombre) {
+    const auto motivo = motivoDeTerminacion(nombre, reglaDeFicha().vedadas);
+    return motivo.empty() ? "" : noGuardado(nombre, motivo).what();
+}
+
 void declararOpciones(OrdenDeLinea& orden, OpcionesDescargar& opciones) {
     orden.opcion(opciones.base, {.nombre = "--base",
                                  .valor = "ARCHIVO",
@@ -236,7 +242,8 @@ void declararOpciones(OrdenDeLinea& orden, OpcionesDescargar& opciones) {
     orden.opcion(opciones.ficha, {.nombre = "--ficha",
                                   .valor = "ARCHIVO",
                                   .ayuda = "Además, cuándo, de dónde y cómo se descargó, como JSON; - es la "
-                                           "salida"});
+                                           "salida",
+                                  .comprobar = motivoDeFicha});
     orden.opcion(opciones.serie, {.nombre = "--serie",
                                   .valor = "CIFRAS",
                                   .ayuda = "Número de serie, 8 cifras: otro registrador se rechaza",

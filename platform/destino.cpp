@@ -66,12 +66,7 @@ fs::path carpetaDe(const fs::path& ruta) {
 }
 
 void revisarNombre(const fs::path& ruta, std::span<const std::string_view> vedadas) {
-    for (const auto ending : vedadas) {
-        if (terminaEn(ruta, std::span(&ending, 1)))
-            throw Fallo{conOtroNombre(fmt::format(
-                            "los nombres que terminan en {} son de otra clase de archivo", ending)),
-                        true};
-    }
+    if (const auto motivo = motivoDeTerminacion(ruta, vedadas); !motivo.empty()) throw Fallo{motivo, true};
 }
 
 // Of the devices, the one that drops what it gets, and a terminal if it is ours.
@@ -301,6 +296,15 @@ void exigirQueSePuedaCrear(const fs::path& carpeta) {
 bool terminaEn(const fs::path& ruta, std::span<const std::string_view> terminaciones) {
     const auto nombre = enMinusculas(ruta.filename().string());
     return std::ranges::any_of(terminaciones, [&](auto final) { return nombre.ends_with(final); });
+}
+
+std::string motivoDeTerminacion(const fs::path& ruta, std::span<const std::string_view> vedadas) {
+    for (const auto ending : vedadas) {
+        if (terminaEn(ruta, std::span(&ending, 1)))
+            return conOtroNombre(
+                fmt::format("los nombres que terminan en {} son de otra clase de archivo", ending));
+    }
+    return "";
 }
 
 ErrorGuardado noGuardado(const fs::path& ruta, std::string_view motivo) {

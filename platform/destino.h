@@ -39,6 +39,9 @@ void exigirQueSePuedaCrear(const std::filesystem::path& carpeta);
 // Whether the file's name has one of these endings, told in lower case, in whatever case.
 bool terminaEn(const std::filesystem::path& ruta, std::span<const std::string_view> terminaciones);
 
+// Why a file may not have a name that ends so; empty: this one does not.
+std::string motivoDeTerminacion(const std::filesystem::path& ruta, std::span<const std::string_view> vedadas);
+
 // "no se pudo guardar carpeta/x.csv: MOTIVO": the name as it was given, or nobody knows which x.csv
 ErrorGuardado noGuardado(const std::filesystem::path& ruta, std::string_view motivo);
 

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/ajustes_descarga.h"
+#include "platform/destino.h"
 #include "tests/cli/cli_prueba.h"
 
 namespace telvane {
@@ -208,6 +209,40 @@ TEST_F(Estaciones, OptionsThatTheDownloadDoesNotUnderstandAreToldBeforeTheNight)
     EXPECT_EQ(motivo(kPuertoUsb +
                      std::string("OPCIONES='--verificar --espera 9 --reintentos=0 --perfil estricto'\n")),
               "");
+}
+
+// It would fail every night.
+TEST_F(Estaciones, ADataSheetThatTheDownloadWouldRefuseIsToldBeforeTheNight) {
+    const auto dicho = [&](const std::string& opciones) {
+        const auto archivo = poner("ajustes", kPuertoUsb + std::string("OPCIONES=\"") + opciones + "\"\n");
+        const auto r = correr({"estaciones", "--nocturna", "--valores", archivo});
+        EXPECT_EQ(r.codigo, r.errores.empty() ? CodigoSalida::hecho : CodigoSalida::malUso) << opciones;
+        return r.errores;
+    };
+    const std::string linea = "ajustes, línea 2: OPCIONES: --ficha: ";
+    for (const auto& [ficha, final] :
+         std::vector<std::pair<std::string, std::string>>{{"/srv/x.rgt", ".rgt"},
+                                                          {"x.RGT", ".rgt"},
+                                                          {"/srv/x.rgt.Parcial", ".parcial"},
+                                                          {"/srv/x.rgt.parcial.2.anterior", ".anterior"}}) {
+        const std::string motivo = noGuardado(ficha, "los nombres que terminan en " + final +
+                                                         " son de otra clase de archivo. Dé otro")
+                                       .what();
+        EXPECT_THAT(dicho("--ficha " + ficha), HasSubstr(linea + motivo)) << ficha;
+        EXPECT_THAT(dicho("--verificar --ficha=" + ficha), HasSubstr(linea + motivo)) << ficha;
+        const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--ficha", ficha});
+        EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+        EXPECT_THAT(r.errores, HasSubstr(motivo));
+    }
+    // The service runs where nobody writes, and cron somewhere else.
+    for (const std::string ficha : {"x.json", "./x.json", "srv/x.json", "~/x.json"}) {
+        const auto motivo = linea + "\"" + ficha + "\" no empieza por /; ¿falta una barra?\n";
+        EXPECT_THAT(dicho("--ficha " + ficha), HasSubstr(motivo));
+        EXPECT_THAT(dicho("--ficha=" + ficha + " --verificar"), HasSubstr(motivo));
+    }
+    for (const std::string bien : {"--ficha /srv/x.json", "--ficha=/srv/rgt", "--ficha -", "--ficha=-",
+                                   "--ficha /srv/x.json --reemplazar"})
+        EXPECT_EQ(dicho(bien), "");
 }
 
 TEST_F(Estaciones, AHintSpeaksOfWhatStandsInTheFile) {
