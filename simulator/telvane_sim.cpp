@@ -203,6 +203,9 @@ int correrCon(int argc, char** argv) {
     const auto flujos = flujosHeredados();
     try {
         return ejecutar({argv + (argc > 0), argv + argc}, flujos);
+    } catch (const ErrorNombre& error) {
+        decirFinal(flujos.errores, "telvane-sim", error, senalEnEspera);
+        return kMalUso;
     } catch (const std::exception& error) {
         decirFinal(flujos.errores, "telvane-sim", error, senalEnEspera);
         return kFallo;

@@ -378,8 +378,8 @@ TEST_F(TelvaneSim, ADataBaseIsNoMemory) {
     base.resize(kBytesMemoria, '\0');
     std::ofstream(carpeta / "h.sqlite", std::ios::binary) << base;
     fs::create_symlink("h.sqlite", carpeta / "h.rgt");
-    for (const auto* nombre : {"h.sqlite", "h.rgt"}) {
-        EXPECT_EQ(rechazado(orden({"--memoria", carpeta / nombre})), 1);
+    for (const auto* nombre : {"h.sqlite", "h.rgt", "h.sqlite-wal"}) {
+        EXPECT_EQ(rechazado(orden({"--memoria", carpeta / nombre})), 2);
         EXPECT_THAT(queja, HasSubstr("ahí está un archivo histórico u otra base de datos"));
     }
     EXPECT_EQ(leerTodo(carpeta / "h.sqlite"), base);
