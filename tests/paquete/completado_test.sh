@@ -46,4 +46,19 @@ ofrece '/dev/null' --com 1 = /dev/nul
 ofrece '--base' --com 1 = /dev/null descargar --b
 ofrece 'buscar,configuracion,configurar,convertir,descargar,en-linea,estaciones,puertos,serie' --com 1 = /dev/null ''
 ofrece '--borrar-memoria' configurar --usuario serie --b
+
+# What the programs take: endings in any case, what was left of a download, settings of whatever name.
+mkdir otros
+cd otros || exit
+touch t.CSV x.RGT y.rgt.parcial y.rgt.parcial.anterior y.rgt.2.parcial f.JSON u.Xls v.jsonl telvane-descarga una.conf notas.txt
+ofrece 't.CSV,u.Xls,v.jsonl,x.RGT,y.rgt.2.parcial,y.rgt.parcial,y.rgt.parcial.anterior' convertir ''
+ofrece 'x.RGT' descargar --base ''
+ofrece 'x.RGT' configurar --respaldo ''
+ofrece 'f.JSON' descargar --ficha ''
+ofrece 't.CSV' descargar --csv ''
+ofrece 't.CSV,telvane-descarga' estaciones --nocturna --valores t
+ofrece 'u.Xls,una.conf' estaciones --valores u
+cd ..
+# No setting of the shell's own changes by it.
+shopt -q nocasematch && { echo 'FALLO: la sesión compara ya sin mirar mayúsculas' >&2; fallos=$((fallos + 1)); }
 exit $((fallos > 0))
