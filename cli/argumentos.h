@@ -9,9 +9,9 @@
 
 namespace telvane {
 
-// Throws ErrorCli (malUso): for options that do not go together.
+// Throws ErrorUso: for options that do not go together.
 inline void exigirUso(bool bien, const std::string& que) {
-    if (!bien) throw ErrorCli(CodigoSalida::malUso, que);
+    if (!bien) throw ErrorUso(que);
 }
 
 std::string motivoSegundos(const std::string& texto);    // 1 to 3600

@@ -133,10 +133,8 @@ void revisar(const OpcionesConfigurar& opciones) {
     const bool conTextos = std::any_of(opciones.textos.begin(), opciones.textos.end(),
                                        [](const auto& t) { return t.has_value(); });
     const bool conReloj = !opciones.fecha.empty() || !opciones.hora.empty();
-    exigirUso(
-        conTextos || conReloj || opciones.relojPc || !opciones.intervalo.empty(),
-        "no se pidió ningún cambio: indique al menos uno, por ejemplo --reloj-pc\n(telvane-cli configurar "
-        "--help)");
+    exigirUso(conTextos || conReloj || opciones.relojPc || !opciones.intervalo.empty(),
+              "no se pidió ningún cambio: indique al menos uno, por ejemplo --reloj-pc");
     exigirUso(!(conReloj && opciones.relojPc), "--reloj-pc no va con --fecha ni --hora");
     exigirUso(opciones.respaldo.empty() || !esSalidaEstandar(opciones.respaldo),
               "--respaldo necesita un archivo: la salida no guarda nada");

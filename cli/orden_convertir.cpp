@@ -48,16 +48,13 @@ Formato formatoDe(const OpcionesConvertir& opciones) {
 
 std::vector<Par> pares(const OpcionesConvertir& opciones, Formato formato) {
     if (opciones.carpeta.empty()) {
-        if (opciones.archivos.size() != 2) {
-            throw ErrorCli(CodigoSalida::malUso,
-                           "se esperan ENTRADA y SALIDA, o --en CARPETA y las entradas\n(telvane-cli "
-                           "convertir --help)");
-        }
+        exigirUso(opciones.archivos.size() == 2,
+                  "se esperan ENTRADA y SALIDA, o --en CARPETA y las entradas");
         return {{opciones.archivos[0], opciones.archivos[1]}};
     }
     std::vector<Par> lista;
     for (const auto& entrada : opciones.archivos) {
-        if (esEntradaEstandar(entrada)) throw ErrorCli(CodigoSalida::malUso, "--en no admite la entrada -");
+        exigirUso(!esEntradaEstandar(entrada), "--en no admite la entrada -");
         auto salida = fs::path(opciones.carpeta) / fs::path(entrada).stem();
         salida += fila(formato).extension;
         lista.push_back({entrada, salida.string()});
@@ -81,11 +78,9 @@ void revisarJuntas(const EntornoConsola& entorno, Consola& consola, const std::v
     std::set<std::string> salidas;
     for (const auto& par : lista) {
         exigirQueNoSeLea(entorno, par.salida, entradas);
-        if (!salidas.insert(identidad(fs::path(par.salida))).second)
-            throw ErrorCli(CodigoSalida::malUso,
-                           fmt::format("dos entradas darían {}: conviértalas por separado, cada una con su "
-                                       "SALIDA",
-                                       nombreVisible(par.salida)));
+        exigirUso(salidas.insert(identidad(fs::path(par.salida))).second,
+                  fmt::format("dos entradas darían {}: conviértalas por separado, cada una con su SALIDA",
+                              nombreVisible(par.salida)));
     }
 }
 

@@ -36,8 +36,7 @@ void mostrarDescubrimiento(ContextoCli& contexto, std::chrono::seconds cada) {
 // What tells readings has nothing to say of sensors.
 void rehusarConDescubrimiento(const OpcionesEnLinea& opciones) {
     const auto sobra = !opciones.cuenta.empty() ? "--cuenta" : opciones.json ? "--json" : "";
-    if (*sobra != '\0')
-        throw ErrorCli(CodigoSalida::malUso, fmt::format("--descubrimiento no da lecturas: quite {}", sobra));
+    exigirUso(*sobra == '\0', fmt::format("--descubrimiento no da lecturas: quite {}", sobra));
 }
 
 void mostrarEnLinea(ContextoCli& contexto, const OpcionesEnLinea& opciones) {

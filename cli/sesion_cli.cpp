@@ -29,7 +29,7 @@ MapaCom leerMapa(const EntornoCli& entorno, const std::vector<std::string>& com)
     try {
         return MapaCom::deOpciones(com, entorno.raices);
     } catch (const ErrorPuerto& error) {
-        throw ErrorCli(CodigoSalida::malUso, error.what());
+        throw ErrorUso(error.what());
     }
 }
 

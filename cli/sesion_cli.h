@@ -15,7 +15,7 @@ namespace telvane {
 
 class SesionCli {
    public:
-    // com: the values of --com. Throws ErrorCli (malUso).
+    // com: the values of --com. Throws ErrorUso.
     SesionCli(EntornoCli& entorno, Consola& consola, const std::vector<std::string>& com);
     SesionCli(const SesionCli&) = delete;
     SesionCli& operator=(const SesionCli&) = delete;
@@ -33,7 +33,7 @@ class SesionCli {
     RegistradorCli registrador_;
 };
 
-// The map of --com. Throws ErrorCli (malUso) naming the wrong value.
+// The map of --com. Throws ErrorUso naming the wrong value.
 MapaCom leerMapa(const EntornoCli& entorno, const std::vector<std::string>& com);
 
 }  // namespace telvane

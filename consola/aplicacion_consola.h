@@ -20,8 +20,8 @@ struct ProgramaConsola {
     ReglaDestino flujos = {};
 };
 
-// What a line asks for. What it throws ends the program: ErrorCli with its own status, ErrorNombre as wrong
-// usage, any other std::exception as a failure.
+// What a line asks for. What it throws ends the program: ErrorCli with its own status, ErrorUso with where to
+// look as well, ErrorNombre as wrong usage, any other std::exception as a failure.
 using OrdenElegida = std::function<void()>;
 
 // declarar: tells the commands; the one that the line chooses sets elegida. argumentos: without the program's

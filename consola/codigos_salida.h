@@ -25,4 +25,10 @@ class ErrorCli : public std::runtime_error {
     CodigoSalida codigo_;
 };
 
+// The line asks for what cannot be: told as wrong usage, with where to look behind it.
+class ErrorUso : public ErrorCli {
+   public:
+    explicit ErrorUso(const std::string& que) : ErrorCli(CodigoSalida::malUso, que) {}
+};
+
 }  // namespace telvane

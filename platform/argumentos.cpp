@@ -252,10 +252,12 @@ std::vector<std::string> Argumentos::conMarcas(const std::vector<std::string>& a
 // What somebody typed may stand in it: it stays one line, which marks what cannot be shown, and an address
 // shows no secret.
 LineaLeida Argumentos::malUso(const std::vector<std::string>& argumentos, const std::string& motivo) const {
+    return {LineaLeida::Que::malUso, sinContrasenas(nombreVisible(motivo)) + dondeMirar(argumentos)};
+}
+
+std::string Argumentos::dondeMirar(const std::vector<std::string>& argumentos) const {
     const auto* orden = ordenDe(argumentos);
-    const auto donde = orden == nullptr ? nombre_ : fmt::format("{} {}", nombre_, orden->get_name());
-    return {LineaLeida::Que::malUso,
-            fmt::format("{}\n({} --help)", sinContrasenas(nombreVisible(motivo)), donde)};
+    return fmt::format("\n({}{}{} --help)", nombre_, orden ? " " : "", orden ? orden->get_name() : "");
 }
 
 // The one that a line names, also one that cannot be understood.

@@ -78,6 +78,8 @@ class Argumentos {
     // option that stands twice is refused, unless it keeps every value. The help and the version are given
     // where what stands before them is understood, values included, whatever stands behind.
     LineaLeida leer(std::vector<std::string> argumentos);
+    // A line of its own that says where to look, the command that the line names counted.
+    std::string dondeMirar(const std::vector<std::string>& argumentos) const;
 
    private:
     // By the program or any of its commands.

@@ -67,6 +67,8 @@ TEST_P(MalUso, IsToldInSpanishAndTouchesNoPort) {
     EXPECT_EQ(r.codigo, CodigoSalida::malUso);
     EXPECT_THAT(r.salida, IsEmpty());
     EXPECT_THAT(r.errores, HasSubstr(GetParam().mensaje));
+    EXPECT_THAT(r.errores, testing::ContainsRegex("\n\\(telvane-cli( [a-z-]+)? --help\\)\n$"));
+    EXPECT_EQ(std::count(r.errores.begin(), r.errores.end(), '('), 1);
     EXPECT_EQ(puertos.aperturas(kPuerto), 0U);
 }
 
@@ -86,7 +88,6 @@ INSTANTIATE_TEST_SUITE_P(
         CasoUso{{"--com", "1=tcp://maquina", "estaciones"}, "se espera tcp://MÁQUINA:PUERTO"},
         CasoUso{{"--com", "1=tcp:maquina:4001", "buscar"}, "se espera tcp://MÁQUINA:PUERTO"},
         CasoUso{{"buscar", "--com"}, "--com: falta su valor"}, CasoUso{{"descargar"}, "falta --base"},
-        CasoUso{{"descargar", "--base", "-", "--csv", "-"}, "a la salida: dé un archivo al otro"},
         CasoUso{{"--", "convertir", "a.rgt", "b.csv"}, "falta la orden: se escribe delante de --"},
         CasoUso{{"descargar", "--base", "x", "--espera", "0"}, "--espera: debe ser"},
         CasoUso{{"descargar", "--base", "x", "--reintentos", "-1"}, "--reintentos: debe ser"},
@@ -108,6 +109,13 @@ INSTANTIATE_TEST_SUITE_P(
                 "--sin-verificar no va con"},
         CasoUso{{"configurar", "--altitud", "123456"}, "--altitud: caben 5 caracteres"},
         CasoUso{{"configurar", "--usuario", "日本"}, "--usuario: hay un carácter"},
+        CasoUso{{"configurar", "--reloj-pc", "--respaldo", "-"}, "--respaldo necesita un archivo"},
+        CasoUso{{"--com", "1=", "configurar", "--reloj-pc"},
+                "--com 1=: falta el dispositivo\n(telvane-cli configurar --help)"},
+        CasoUso{{"estaciones", "--nocturna"},
+                "--nocturna va con --valores ARCHIVO\n(telvane-cli estaciones --help)"},
+        CasoUso{{"estaciones", "--valores", "x", "--json"}, "--valores no va con --json"},
+        CasoUso{{"en-linea", "--descubrimiento", "--json"}, "--descubrimiento no da lecturas: quite --json"},
         CasoUso{{"configurar", "--usuario", "a\tb"}, "un carácter de control o mal escrito: quítelo"},
         // What begins like an option is one, and no value of the option before it.
         CasoUso{{"configurar", "--usuario", "--reloj-pc", "--borrar-memoria"},
@@ -137,6 +145,13 @@ INSTANTIATE_TEST_SUITE_P(
         CasoUso{{"convertir", "--en", "d", "-"}, "no admite la entrada -"},
         CasoUso{{"convertir", "--en", "d", "x/a.rgt", "y/a.rgt"},
                 "dos entradas darían d/a.csv: conviértalas por separado, cada una con su SALIDA"}));
+
+TEST_F(Ordenes, TwoOutputsThatAreOneAreRefused) {
+    const auto r = correr({"descargar", "--base", "-", "--csv", "-"});
+    EXPECT_EQ(r.codigo, CodigoSalida::malUso);
+    EXPECT_THAT(r.errores, HasSubstr("a la salida: dé un archivo al otro"));
+    EXPECT_EQ(puertos.aperturas(kPuerto), 0U);
+}
 
 // --- buscar
 
