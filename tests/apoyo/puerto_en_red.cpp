@@ -4,16 +4,17 @@
 #include <arpa/inet.h>
 #include <linux/tcp.h>
 #include <netinet/in.h>
-#include <sched.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <deque>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -63,6 +64,12 @@ void ponerOpcion(int descriptor, int nivel, int opcion, int valor) {
     if (::setsockopt(descriptor, nivel, opcion, &valor, sizeof valor) != 0) fallar("setsockopt");
 }
 
+// Where the machine has other work, what travels waits for a thread of the kernel's, which gets its turn
+// sooner where nobody asks in a circle.
+void descansar() {
+    std::this_thread::sleep_for(std::chrono::microseconds(1));
+}
+
 bool unida(const tcp_info& estado) {
     constexpr std::uint8_t kEstablecida = 1;  // the kernel's number
     return estado.tcpi_state == kEstablecida;
@@ -94,8 +101,7 @@ struct PuertoEnRed::Cliente {
     // What travels arrives within microseconds; the clock of the test stands still for it.
     template <class Condicion>
     void esperarA(const Condicion& llego) const {
-        for (auto otro = otroLado(); otro && unida(*otro) && !llego(*otro); otro = otroLado())
-            ::sched_yield();
+        for (auto otro = otroLado(); otro && unida(*otro) && !llego(*otro); otro = otroLado()) descansar();
     }
 };
 
@@ -115,7 +121,7 @@ class PuertoEnRed::Abierto final : public PuertoSerie {
     }
 
     void esperarDecision() const {
-        while (!puerto_.listo()) ::sched_yield();
+        while (!puerto_.listo()) descansar();
     }
     bool listo() const override { return puerto_.listo(); }
     void escribir(std::span<const std::uint8_t> bytes) override { puerto_.escribir(bytes); }
