@@ -154,10 +154,12 @@ void declararConvertir(Argumentos& argumentos, ContextoCli& contexto) {
                                    .valor = "CIFRAS",
                                    .ayuda = "Número de serie, 8 cifras; si falta, el de la imagen",
                                    .comprobar = motivoSerieMostrada});
-    orden.opcion(opciones->perfil, {.nombre = "--perfil",
-                                    .valor = "PERFIL",
-                                    .ayuda = "Fechas que valen: estricto (2001 a 2019) o ampliado",
-                                    .comprobar = motivoPerfil});
+    orden.opcion(opciones->perfil,
+                 {.nombre = "--perfil",
+                  .valor = "PERFIL",
+                  .ayuda = fmt::format("Fechas que valen: estricto (2001 a 2019) o ampliado; {} si falta",
+                                       opciones->perfil),
+                  .comprobar = motivoPerfil});
     orden.alElegir([&contexto, opciones] {
         contexto.orden = [&contexto, opciones] { convertir(contexto, *opciones); };
     });

@@ -262,10 +262,13 @@ void declararOpciones(OrdenDeLinea& orden, OpcionesDescargar& opciones) {
                   .ayuda = fmt::format("Veces que se vuelve a empezar tras un fallo; {} si falta",
                                        opciones.reintentos),
                   .comprobar = motivoReintentos});
-    orden.opcion(opciones.perfil, {.nombre = "--perfil",
-                                   .valor = "PERFIL",
-                                   .ayuda = "Fechas que valen en el CSV: estricto (2001 a 2019) o ampliado",
-                                   .comprobar = motivoPerfil});
+    orden.opcion(
+        opciones.perfil,
+        {.nombre = "--perfil",
+         .valor = "PERFIL",
+         .ayuda = fmt::format("Fechas que valen en el CSV: estricto (2001 a 2019) o ampliado; {} si falta",
+                              opciones.perfil),
+         .comprobar = motivoPerfil});
 }
 
 }  // namespace

@@ -33,6 +33,8 @@ TEST_F(Ordenes, HelpGoesToTheOutputAndIsNoError) {
         EXPECT_THAT(r.errores, IsEmpty());
     }
     EXPECT_THAT(correr({"descargar", "--help"}).salida, HasSubstr("--verificar"));
+    for (const auto* orden : {"descargar", "convertir"})
+        EXPECT_THAT(correr({orden, "--help"}).salida, HasSubstr("ampliado; estricto si falta")) << orden;
     EXPECT_THAT(correr({"descargar", "--help"}).salida, HasSubstr("También: --com N=DISPOSITIVO"));
 }
 
