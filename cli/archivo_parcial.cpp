@@ -22,6 +22,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mode_t kModo = 0666;
+constexpr int kAbrir = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 constexpr std::string_view kParcial = ".parcial";
 
 bool mismo(int descriptor, const fs::path& ruta) {
@@ -38,7 +39,7 @@ int bloquear(int descriptor) {
 }
 
 void exigirQueNadieLoEscriba(const fs::path& ruta) {
-    const Descriptor suyo(::open(ruta.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const Descriptor suyo(::open(ruta.c_str(), kAbrir));
     const int motivo = suyo() < 0 ? 0 : bloquear(suyo());
     if (motivo != 0) throw noGuardado(ruta, motivoEscritura(motivo));
 }
@@ -91,8 +92,8 @@ ArchivoParcial::ArchivoParcial(Destino destino, Coinciden coinciden)
 
 ArchivoParcial::~ArchivoParcial() {
     struct stat datos {};
-    if (!colocado_ && descriptor_() >= 0 && ::fstat(descriptor_(), &datos) == 0 && datos.st_size == 0 &&
-        mismo(descriptor_(), ruta_)) {
+    if (!colocado_ && hecho_ && descriptor_() >= 0 && ::fstat(descriptor_(), &datos) == 0 &&
+        datos.st_size == 0 && mismo(descriptor_(), ruta_)) {
         ::unlink(ruta_.c_str());
     }
 }
@@ -105,8 +106,12 @@ void ArchivoParcial::exigir(int motivo) const {
 void ArchivoParcial::abrir() {
     do {
         exigirSitio(destino_);
-        descriptor_ = Descriptor(
-            ::open(ruta_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kModo));
+        descriptor_ = Descriptor(::open(ruta_.c_str(), kAbrir | O_CREAT | O_EXCL, kModo));
+        hecho_ = descriptor_() >= 0;
+        const bool estaba = !hecho_ && errno == EEXIST;
+        if (estaba) descriptor_ = Descriptor(::open(ruta_.c_str(), kAbrir));
+        // Taken away between the two.
+        if (estaba && descriptor_() < 0 && errno == ENOENT) continue;
         exigir(descriptor_() < 0 ? errno : 0);
         struct stat datos {};
         exigir(::fstat(descriptor_(), &datos) == 0 ? 0 : errno);
@@ -200,6 +205,7 @@ void ArchivoParcial::reemplazar(Bytes imagen) {
     exigir(descriptor() < 0 ? errno : bloquear(descriptor()));
     nuevo.colocar();
     descriptor_ = std::move(descriptor);
+    hecho_ = true;
     contenido_.assign(imagen.begin(), imagen.end());
     propio_ = true;
 }

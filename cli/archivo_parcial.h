@@ -34,7 +34,7 @@ class ArchivoParcial {
     ArchivoParcial(Destino destino, Coinciden coinciden);
     ArchivoParcial(const ArchivoParcial&) = delete;
     ArchivoParcial& operator=(const ArchivoParcial&) = delete;
-    // A file that holds nothing is removed.
+    // A file that holds nothing is removed, if it was made here.
     ~ArchivoParcial();
 
     const std::filesystem::path& ruta() const { return ruta_; }
@@ -71,6 +71,7 @@ class ArchivoParcial {
     std::vector<std::uint8_t> contenido_;
     Descriptor descriptor_;
     bool propio_ = false;  // the file holds the running attempt's blocks and no others
+    bool hecho_ = false;   // the file was not there before
     bool colocado_ = false;
 };
 

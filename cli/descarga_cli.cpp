@@ -57,6 +57,7 @@ class Descargador {
     ImagenDescargada correr();
 
    private:
+    std::string menosDeUnBloque() const;
     std::int64_t bloquesEnElParcial() const;
     void decirAnterior();
     void recibir(RegistradorCli::Bloque bloque);
@@ -86,10 +87,18 @@ std::int64_t Descargador::bloquesEnElParcial() const {
     return static_cast<std::int64_t>(parcial_->contenido().size() / kBytesBloque);
 }
 
+// Empty: there is a block, or more.
+std::string Descargador::menosDeUnBloque() const {
+    if (bloquesEnElParcial() > 0) return "";
+    const auto bytes = static_cast<std::int64_t>(parcial_->contenido().size());
+    return fmt::format("menos de un bloque ({})", contados(bytes, "byte", "bytes"));
+}
+
 void Descargador::decirAnterior() {
     if (!parcial_ || parcial_->contenido().empty()) return;
+    const auto poco = menosDeUnBloque();
     consola_.aviso(fmt::format("{} conserva {} de una descarga anterior", nombreVisible(parcial_->ruta()),
-                               contados(bloquesEnElParcial(), "bloque", "bloques")));
+                               poco.empty() ? contados(bloquesEnElParcial(), "bloque", "bloques") : poco));
 }
 
 // The block is on the disk before anything else is done with it.
@@ -211,9 +220,12 @@ std::exception_ptr Descargador::cotejar() const {
 
 void Descargador::decirResto() {
     if (!parcial_ || parcial_->contenido().empty()) return;
+    const auto donde = nombreVisible(parcial_->ruta());
     const auto cuantos = bloquesEnElParcial();
-    consola_.aviso(fmt::format("En {} {} {} de {} bloques.", nombreVisible(parcial_->ruta()),
-                               cuantos == 1 ? "queda" : "quedan", cuantos, kBloquesMemoria));
+    if (const auto poco = menosDeUnBloque(); !poco.empty())
+        return consola_.aviso(fmt::format("En {} queda {}.", donde, poco));
+    consola_.aviso(fmt::format("En {} {} {} de {} bloques.", donde, cuantos == 1 ? "queda" : "quedan",
+                               cuantos, kBloquesMemoria));
 }
 
 }  // namespace

@@ -184,9 +184,7 @@ class Leyes {
             const auto ahora = despues_.find(nombre);
             if (ahora != despues_.end() && ahora->second == bytes) continue;
             if (esParcial(nombre)) {
-                if (std::ranges::any_of(despues_, [&](const auto& a) { return sigueEn(bytes, a.second); }))
-                    continue;
-                rota(fmt::format("what \"{}\" held is nowhere", nombre));
+                if (!sigueLaParte(nombre, bytes)) rota(fmt::format("what \"{}\" held is nowhere", nombre));
             } else if (!reemplazoEntero(nombre)) {
                 rota(fmt::format("\"{}\" was there before and changed", nombre));
             }
@@ -195,7 +193,19 @@ class Leyes {
             if (!porLaSenal() && !antes_.contains(nombre) &&
                 std::filesystem::path(nombre).filename().string().starts_with('.'))
                 rota(fmt::format("leaves \"{}\"", nombre));
+            if (!porLaSenal() && !antes_.contains(nombre) && esParcial(nombre) && bytes.empty())
+                rota(fmt::format("leaves \"{}\" without a byte", nombre));
         }
+    }
+    // Of an empty one only its name says that it went on: it got blocks, or became the base file.
+    bool sigueLaParte(const std::string& nombre, const std::string& bytes) const {
+        if (!bytes.empty())
+            return std::ranges::any_of(despues_, [&](const auto& a) { return sigueEn(bytes, a.second); });
+        if (despues_.contains(nombre)) return true;
+        const auto base = despues_.find(nombre.substr(0, nombre.rfind(".parcial")));
+        if (base == despues_.end() || base->second.size() != kBytesMemoria) return false;
+        const auto antes = antes_.find(base->first);
+        return nombre.ends_with(".parcial") && (antes == antes_.end() || antes->second != base->second);
     }
     // Where a file's name is given; empty for a stream.
     static bool esArchivo(const std::string& valor) {

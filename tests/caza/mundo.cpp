@@ -40,6 +40,13 @@ std::string imagen(Azar& azar) {
     return {bytes.begin(), bytes.end()};
 }
 
+// Of an earlier download, of whatever else, or of nothing.
+std::string parte(Azar& azar) {
+    if (vez(azar, 4)) return "";
+    return vez(azar, 3) ? std::string(1 + tirar(azar, 100), 'x')
+                        : imagen(azar).substr(0, tirar(azar, kBytesMemoria));
+}
+
 std::string fallo(Azar& azar) {
     constexpr std::array<const char*, 9> kDonde = {"sonda",    "en-linea:cuadro=1", "en-linea:cuadro=2",
                                                    "lectura",  "escritura",         "serie",
@@ -104,11 +111,10 @@ void Mundo::poblar(Azar& azar) {
         if (vez(azar, 3)) escribir(carpeta() / nombre, kFicha);
     }
     if (vez(azar, 4)) escribir(carpeta() / "nuevo.csv", std::string(1 + tirar(azar, 100), 'x'));
-    // What earlier downloads left: of this memory, of another one, of none.
+    // What earlier downloads left.
     for (const auto* nombre : {"a.rgt.parcial", "nuevo.rgt.parcial", "a.rgt.parcial.anterior"}) {
         if (!vez(azar, 4)) continue;
-        escribir(carpeta() / nombre, vez(azar, 3) ? std::string(1 + tirar(azar, 100), 'x')
-                                                  : imagen(azar).substr(0, tirar(azar, kBytesMemoria)));
+        escribir(carpeta() / nombre, parte(azar));
     }
     if (vez(azar, 4)) fs::create_symlink("a.rgt", carpeta() / "enlace.rgt");
     if (vez(azar, 4)) fs::create_symlink("nada", carpeta() / "roto");

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 
+#include <fmt/format.h>
+
 #include "cli/cotejo_lecturas.h"
 #include "data/conversion.h"
 #include "tests/cli/cli_prueba.h"
@@ -90,6 +92,35 @@ TEST_F(Descargar, ALoggerThatStopsIsNoticedAndWhatCameIsKept) {
     // Two waits of two seconds for the logger to wake, and the silence.
     EXPECT_GE(r.duracion, 11s);
     EXPECT_LT(r.duracion, 13s);
+}
+
+// Somebody put it there, and nobody said that it may go.
+TEST_F(Descargar, AnEmptyPartThatWasThereStays) {
+    const auto parte = carpeta / "a.rgt.parcial";
+    std::ofstream(parte) << "";
+    for (int vez = 0; vez < 2; ++vez) {
+        unaVez(indiceDe(0), callar);
+        const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"});
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        EXPECT_THAT(r.errores, Not(HasSubstr("parcial")));
+        EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt.parcial"));
+    }
+    EXPECT_EQ(correr({"descargar", "--base", carpeta / "a.rgt"}).codigo, CodigoSalida::hecho);
+    EXPECT_THAT(nombresEn(carpeta.ruta()), ElementsAre("a.rgt"));
+    EXPECT_TRUE(leerTodo(carpeta / "a.rgt") == imagen());
+}
+
+TEST_F(Descargar, APartShorterThanABlockIsToldAsThat) {
+    for (const auto& [bytes, dicho] : {std::pair(1U, "1 byte"), std::pair(3U, "3 bytes")}) {
+        std::ofstream(carpeta / "a.rgt.parcial", std::ios::binary) << imagen().substr(0, bytes);
+        unaVez(indiceDe(0), callar);
+        const auto r = correr({"descargar", "--base", carpeta / "a.rgt", "--reintentos", "0"});
+        EXPECT_EQ(r.codigo, CodigoSalida::fallo);
+        const auto corto = fmt::format("menos de un bloque ({})", dicho);
+        EXPECT_THAT(r.errores, HasSubstr("a.rgt.parcial conserva " + corto + " de una descarga anterior\n"));
+        EXPECT_THAT(r.errores, HasSubstr("a.rgt.parcial queda " + corto + ".\n"));
+        EXPECT_EQ(leerTodo(carpeta / "a.rgt.parcial"), imagen().substr(0, bytes));
+    }
 }
 
 TEST_F(Descargar, AnAttemptThatBreaksOffStartsAgain) {
