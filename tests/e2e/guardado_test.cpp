@@ -1,10 +1,16 @@
 // Every file that is saved, with each call of its saving failing in turn, and with the program killed at
 // each: always the old file whole or the new one whole, and the reason told.
+#include <linux/magic.h>
+#include <sys/resource.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -381,6 +387,88 @@ TEST_F(MuchasTablas, ADiskThatTellsOfAFailedSyncIsAskedFileByFile) {
     EXPECT_EQ(nuevas(), kCuantas - 1);
     EXPECT_EQ(nombres().size(), std::size_t{kCuantas});
     corridas_ += 2;
+}
+
+// What many tables cost does not grow with their number: a batch waits for the disk once, and memory holds a
+// batch at most.
+class CientosDeTablas : public ArchivosDeLaConsola {
+   protected:
+    // A folder of its own where whole file systems are synced, which not every disk's takes.
+    void SetUp() override {
+        ArchivosDeLaConsola::SetUp();
+        if (IsSkipped()) return;
+        struct statfs disco {};
+        if (::statfs("/dev/shm", &disco) != 0 || disco.f_type != TMPFS_MAGIC ||
+            ::access("/dev/shm", W_OK) != 0)
+            GTEST_SKIP() << "/dev/shm is no tmpfs to write to";
+        fs::create_directory(tablas_);
+        fs::create_directory(entradas_);
+        poner(una_, leerTodo(memoria_).substr(0, 65536));
+    }
+    void TearDown() override {
+        fs::remove_all(tablas_);
+        ArchivosDeLaConsola::TearDown();
+    }
+    // One image under as many names.
+    std::vector<std::string> orden(int cuantas) {
+        fs::remove_all(tablas_);
+        fs::create_directory(tablas_);
+        std::vector<std::string> orden = {TELVANE_CLI, "convertir", "--en", tablas_.string()};
+        for (int i = 0; i < cuantas; ++i) {
+            const auto entrada = entradas_ / fmt::format("{}.rgt", i);
+            if (!fs::exists(entrada)) fs::create_symlink(una_, entrada);
+            orden.push_back(entrada.string());
+        }
+        ++corridas_;
+        return orden;
+    }
+    // The most that any program of this test held until now, this one counted, in kB.
+    double memoriaMayor(int cuantas) {
+        Proceso proceso(orden(cuantas));
+        EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
+        EXPECT_EQ(tablas(), cuantas);
+        rusage uso{};
+        ::getrusage(RUSAGE_CHILDREN, &uso);
+        return static_cast<double>(uso.ru_maxrss);
+    }
+    // How often the program waits for a disk.
+    int sincronizaciones(int cuantas) {
+        const auto traza = temporal_ / "traza";
+        auto todo = orden(cuantas);
+        todo.insert(todo.begin(), {PROGRAMA_STRACE, "-f", "--seccomp-bpf", "-o", traza.string(), "-e",
+                                   "trace=fsync,fdatasync,sync,syncfs,sync_file_range,msync", "--"});
+        Proceso proceso(todo);
+        EXPECT_EQ(proceso.terminar(), 0) << proceso.errores();
+        EXPECT_EQ(tablas(), cuantas);
+        std::ifstream entrada(traza);
+        const std::regex kLlamada("[0-9]+ +[a-z_]*sync[a-z_]*\\(.*");
+        int veces = 0;
+        for (std::string linea; std::getline(entrada, linea);)
+            veces += std::regex_match(linea, kLlamada) ? 1 : 0;
+        return veces;
+    }
+    int tablas() const {
+        int cuantas = 0;
+        for (const auto& una : fs::directory_iterator(tablas_))
+            cuantas += una.path().filename().string().starts_with('.') ? 0 : 1;
+        return cuantas;
+    }
+
+    const fs::path una_ = temporal_.ruta() / "una.bin";
+    const fs::path entradas_ = temporal_.ruta() / "entradas";
+    const fs::path tablas_ = fs::path("/dev/shm") / temporal_.ruta().filename();
+};
+
+TEST_F(CientosDeTablas, NeedNoMoreMemoryThanAFewAndOneWaitABatch) {
+    const auto pocas = memoriaMayor(50);
+    const auto muchas = memoriaMayor(300);
+    // What they are made of, kept, would be several times as much.
+    EXPECT_LT(muchas, 1.5 * pocas);
+    const auto esperas = sincronizaciones(300);
+    // Of each batch of 128: its disk and its folder.
+    EXPECT_GE(esperas, 2);
+    EXPECT_LE(esperas, 12);
+    fmt::print("{} kB, {} kB, {} esperas\n", pocas, muchas, esperas);
 }
 
 }  // namespace
