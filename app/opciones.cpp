@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "link/mapa_com.h"
 #include "platform/argumentos.h"
 #include "platform/texto_visible.h"
@@ -31,11 +33,13 @@ LineaDeOrdenes leerOrdenes(std::vector<std::string> argumentos) {
         {.nombre = "--com",
          .valor = "N=DISPOSITIVO",
          .ayuda = "Dispositivo del puerto COM N; los números que no se dan no existen. Se puede repetir"});
-    linea.programa().opcion(perfil,
-                            {.nombre = "--perfil",
-                             .valor = "PERFIL",
-                             .ayuda = "Fechas que valen: estricto (2001 a 2019) o ampliado (2000 a 2099)",
-                             .comprobar = motivoPerfil});
+    linea.programa().opcion(
+        perfil,
+        {.nombre = "--perfil",
+         .valor = "PERFIL",
+         .ayuda = fmt::format(
+             "Fechas que valen: estricto (2001 a 2019) o ampliado (2000 a 2099); {} si falta", perfil),
+         .comprobar = motivoPerfil});
     linea.alLeer([&] {
         if (!opciones.com.empty()) static_cast<void>(MapaCom::fijo(opciones.com));
     });

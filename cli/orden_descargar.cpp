@@ -74,8 +74,7 @@ struct SalidaNombrada {
 // What they are is known before the logger hears anything.
 void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, const SalidaNombrada& otra) {
     if (una.salida.estandar() && otra.salida.estandar()) {
-        throw ErrorCli(CodigoSalida::malUso,
-                       fmt::format("solo uno de {} y {} puede ir a la salida: dé un archivo al otro",
+        throw ErrorUso(fmt::format("solo uno de {} y {} puede ir a la salida: dé un archivo al otro",
                                    una.opcion, otra.opcion));
     }
     const auto cual = [&](const SalidaConsola& salida) {
@@ -83,8 +82,7 @@ void revisarJuntas(const EntornoConsola& entorno, const SalidaNombrada& una, con
                                  : std::optional(identidad(std::filesystem::path(salida.nombre())));
     };
     if ((una.salida.archivo() || otra.salida.archivo()) && cual(una.salida) == cual(otra.salida)) {
-        throw ErrorCli(CodigoSalida::malUso,
-                       sonElMismoArchivo(una.opcion, otra.opcion, otra.salida.nombre()));
+        throw ErrorUso(sonElMismoArchivo(una.opcion, otra.opcion, otra.salida.nombre()));
     }
 }
 

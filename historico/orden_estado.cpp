@@ -121,8 +121,7 @@ void declararEstado(Argumentos& argumentos, ContextoHistorico& contexto) {
                                         .ayuda = "Lo escribe para la carpeta de un node exporter"});
     orden.alElegir([&contexto, opciones] {
         if (opciones->json && opciones->prometheus && esSalidaEstandar(*opciones->prometheus)) {
-            throw ErrorCli(
-                CodigoSalida::malUso,
+            throw ErrorUso(
                 "solo uno de --json y --prometheus puede ir a la salida: dé un archivo a --prometheus");
         }
         contexto.orden = [&contexto, opciones] { estado(contexto, *opciones); };

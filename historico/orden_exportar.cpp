@@ -41,7 +41,7 @@ std::optional<Instante> momentoDe(const std::optional<std::string>& texto) {
 Periodo periodoDe(const OpcionesExportar& opciones) {
     const Periodo periodo{.desde = momentoDe(opciones.desde), .hasta = momentoDe(opciones.hasta)};
     if (periodo.desde && periodo.hasta && *periodo.desde >= *periodo.hasta) {
-        throw ErrorCli(CodigoSalida::malUso, "--desde debe ser anterior a --hasta");
+        throw ErrorUso("--desde debe ser anterior a --hasta");
     }
     return periodo;
 }
@@ -63,10 +63,10 @@ void exportar(ContextoHistorico& contexto, const OpcionesExportar& opciones) {
                            .calidad = {},
                            .momento = contexto.entorno.reloj.ahora()};
     if (opciones.calidad && peticion.formato == Formato::xls) {
-        throw ErrorCli(CodigoSalida::malUso, "--calidad no cabe en un xls: pida csv o jsonl");
+        throw ErrorUso("--calidad no cabe en un xls: pida csv o jsonl");
     }
     if (opciones.limites && !opciones.calidad)
-        throw ErrorCli(CodigoSalida::malUso, "--limites es para las marcas: añada --calidad, o quítelo");
+        throw ErrorUso("--limites es para las marcas: añada --calidad, o quítelo");
     const auto almacen = contexto.abrir(Uso::leer);
     const auto salida = contexto.salida(opciones.salida, reglaDeTabla(), almacen.get(), opciones.limites);
     Lectura lectura(*almacen);

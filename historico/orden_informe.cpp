@@ -54,7 +54,7 @@ std::string motivoMes(const std::string& texto) {
 // The bounds that the line gives; whatever is open ends with the samples.
 Periodo periodoPedido(const OpcionesInforme& opciones) {
     if (opciones.mes && (opciones.desde || opciones.hasta)) {
-        throw ErrorCli(CodigoSalida::malUso, "--mes no admite --desde ni --hasta");
+        throw ErrorUso("--mes no admite --desde ni --hasta");
     }
     if (opciones.mes) {
         const auto plazo = leerMes(*opciones.mes)->plazo();
@@ -64,7 +64,7 @@ Periodo periodoPedido(const OpcionesInforme& opciones) {
     if (opciones.desde) periodo.desde = leerMomento(*opciones.desde);
     if (opciones.hasta) periodo.hasta = leerMomento(*opciones.hasta);
     if (periodo.desde && periodo.hasta && *periodo.desde >= *periodo.hasta) {
-        throw ErrorCli(CodigoSalida::malUso, "--desde debe ser anterior a --hasta");
+        throw ErrorUso("--desde debe ser anterior a --hasta");
     }
     return periodo;
 }
@@ -198,11 +198,11 @@ std::string ahora(const ContextoHistorico& contexto) {
 
 void informar(ContextoHistorico& contexto, const OpcionesInforme& opciones) {
     if (opciones.estacion.has_value() == opciones.imagen.has_value()) {
-        throw ErrorCli(CodigoSalida::malUso, "se espera --estacion o --imagen, una de las dos");
+        throw ErrorUso("se espera --estacion o --imagen, una de las dos");
     }
     if (opciones.imagen && opciones.limites && esEntradaEstandar(*opciones.imagen) &&
         esEntradaEstandar(*opciones.limites))
-        throw ErrorCli(CodigoSalida::malUso, "la entrada se lee una sola vez: dé un archivo en --limites");
+        throw ErrorUso("la entrada se lee una sola vez: dé un archivo en --limites");
     const auto periodo = periodoPedido(opciones);
     auto almacen = opciones.imagen ? nullptr : contexto.abrir(Uso::leer);
     auto regla = reglaDeTabla();
