@@ -33,7 +33,7 @@ std::unique_ptr<AlmacenSqlite> AlmacenSqlite::abrirParaLeer(const std::filesyste
     AperturaSqlite::exigirLegible(ruta, opciones.atender);
     std::unique_ptr<AlmacenSqlite> almacen(
         new AlmacenSqlite(ruta, BaseSqlite::Acceso::lectura, std::move(opciones)));
-    almacen->apertura().paraLeer();
+    almacen->base_.insistir([&] { almacen->apertura().paraLeer(); });
     return almacen;
 }
 
@@ -42,7 +42,7 @@ std::unique_ptr<AlmacenSqlite> AlmacenSqlite::abrirParaEscribir(const std::files
     AperturaSqlite::exigirEscribible(ruta, crear);
     std::unique_ptr<AlmacenSqlite> almacen(
         new AlmacenSqlite(ruta, BaseSqlite::Acceso::escritura, std::move(opciones)));
-    almacen->apertura().paraEscribir(crear);
+    almacen->base_.insistir([&] { almacen->apertura().paraEscribir(crear); });
     return almacen;
 }
 

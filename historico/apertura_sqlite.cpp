@@ -71,8 +71,18 @@ void exigirDiscoEscribible(const std::filesystem::path& ruta) {
                     nombreVisible(ruta), motivoSinConsejo(EROFS)));
 }
 
+// SQLite does not say why it can make none. Of two that begin at once one finds what the other has made.
+void exigirQueSePuedaHacer(const std::filesystem::path& ruta) {
+    try {
+        static_cast<void>(revisarDestino(ruta));
+    } catch (const std::exception&) {
+        if (queHay(ruta) == QueHay::nada) throw;
+    }
+}
+
 // Whatever the umask. An empty one is a new archive, and what SQLite puts beside it gets its mode.
 void hacerParaSuDueno(const std::filesystem::path& ruta) {
+    exigirQueSePuedaHacer(ruta);
     constexpr mode_t kDeTodos = 0666;
     constexpr mode_t kDeSuDueno = S_IRUSR | S_IWUSR;
     const Descriptor nuevo(::open(ruta.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kDeTodos));
@@ -93,11 +103,7 @@ void AperturaSqlite::exigirLegible(const std::filesystem::path& ruta, const std:
 void AperturaSqlite::exigirEscribible(const std::filesystem::path& ruta, bool crear) {
     const auto hay = queHay(ruta);
     if (hay != QueHay::archivo && !crear) throw noHayArchivo(nombreVisible(ruta));
-    // SQLite does not say why it can make none.
-    if (hay == QueHay::nada) {
-        static_cast<void>(revisarDestino(ruta));
-        hacerParaSuDueno(ruta);
-    }
+    if (hay == QueHay::nada) hacerParaSuDueno(ruta);
     if (hay != QueHay::nada) exigirDiscoEscribible(ruta);
 }
 

@@ -170,6 +170,20 @@ bool BaseSqlite::seguirEsperando(int vez) {
     return true;
 }
 
+void BaseSqlite::insistir(const std::function<void()>& paso) {
+    const auto hasta = std::chrono::steady_clock::now() + paciencia_;
+    while (true) {
+        try {
+            return paso();
+        } catch (const ErrorAlmacen& error) {
+            if (error.clase() != ErrorAlmacen::Clase::agotada || std::chrono::steady_clock::now() >= hasta)
+                throw;
+        }
+        if (atender_) atender_();
+        sqlite3_sleep(kVistazoMs);
+    }
+}
+
 void BaseSqlite::fallar(int codigo) const {
     if (interrupcion_) std::rethrow_exception(std::exchange(interrupcion_, nullptr));
     if (faltaMemoria(codigo, sqlite3_system_errno(base_))) throw std::bad_alloc();

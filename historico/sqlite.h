@@ -45,6 +45,10 @@ class BaseSqlite {
     std::int64_t numero(const std::string& sql);
     // As Spanish tells it, with what to do; codigo: SQLite's extended result.
     [[noreturn]] void fallar(int codigo) const;
+    // Does a step again while another connection keeps it from being done, as long as is waited for a lock:
+    // of some, as those of a change of mode and of a journal that a killed program left, SQLite tells at
+    // once.
+    void insistir(const std::function<void()>& paso);
     void exigir(int codigo) const;
 
    private:

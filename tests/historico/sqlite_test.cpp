@@ -5,16 +5,21 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <barrier>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <new>
 #include <string>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "historico/almacen.h"
+#include "historico/almacen_sqlite.h"
 #include "platform/motivos.h"
 #include "platform/texto_visible.h"
 #include "tests/apoyo/carpeta_temporal.h"
@@ -87,6 +92,39 @@ TEST(BaseSqlite, WhatFindsNoMemoryIsNoFailureOfTheDisk) {
         EXPECT_THROW(base.fallar(codigo), std::bad_alloc) << codigo;
     EXPECT_THROW(base.fallar(SQLITE_IOERR_READ), ErrorAlmacen);
 }
+
+// What the first of two programs may find: nothing, or what one that was killed while it made it has left.
+enum class Resto { nada, vacio, conDiario };
+class ArchivoQueHacenDos : public testing::TestWithParam<Resto> {};
+
+// The first night of several stations with one archive.
+TEST_P(ArchivoQueHacenDos, IsMadeOnceAndIsBoths) {
+    constexpr int kVeces = 40;
+    for (int vez = 0; vez < kVeces; ++vez) {
+        const CarpetaTemporal carpeta;
+        const auto ruta = carpeta / "h.sqlite";
+        if (GetParam() != Resto::nada) std::ofstream(ruta).flush();
+        if (GetParam() == Resto::conDiario)
+            std::ofstream(carpeta / "h.sqlite-journal") << std::string(512, '\xD9');
+        std::barrier salida(2);
+        const auto hacer = [&](std::string& dicho) {
+            salida.arrive_and_wait();
+            try {
+                static_cast<void>(AlmacenSqlite::abrirParaEscribir(ruta, true, {}));
+            } catch (const std::exception& error) {
+                dicho = error.what();
+            }
+        };
+        std::array<std::string, 2> dichos;
+        std::thread otro(hacer, std::ref(dichos[1]));
+        hacer(dichos[0]);
+        otro.join();
+        EXPECT_THAT(dichos, testing::Each("")) << vez;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Desde, ArchivoQueHacenDos,
+                         testing::Values(Resto::nada, Resto::vacio, Resto::conDiario));
 
 }  // namespace
 }  // namespace telvane
