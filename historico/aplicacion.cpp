@@ -65,8 +65,10 @@ void Relato::decir(std::string_view texto) {
     }
 }
 
-void Relato::terminar(std::string fallo, std::string_view remedio) const {
-    if (!motivo_.empty()) fallo += fmt::format("{}{}; {}", fallo.empty() ? "" : "; ", motivo_, remedio);
+void Relato::terminar(std::string fallo, std::string_view hecho) const {
+    if (!motivo_.empty())
+        fallo +=
+            fmt::format("{}{}{}{}", fallo.empty() ? "" : "; ", motivo_, hecho.empty() ? "" : "; ", hecho);
     if (!fallo.empty()) throw ErrorCli(CodigoSalida::fallo, fallo);
 }
 

@@ -15,8 +15,7 @@ void comprobar(ContextoHistorico& contexto) {
     Relato relato(contexto.consola);
     for (const auto& linea : lineas) relato.decir(linea + "\n");
     if (defectos == 0) relato.decir("El archivo está entero.\n");
-    relato.terminar(defectos == 0 ? "" : fmt::format("defectos: {}", defectos),
-                    "abra la salida, por ejemplo con >archivo, y repita");
+    relato.terminar(defectos == 0 ? "" : fmt::format("defectos: {}", defectos));
 }
 
 }  // namespace

@@ -59,9 +59,9 @@ class Relato {
     explicit Relato(Consola& consola) : consola_(consola) {}
     // Throws ErrorCli (interrumpido).
     void decir(std::string_view texto);
-    // fallo: what went wrong with the work itself; empty: nothing. remedio: what to do about what was not
-    // told. Throws ErrorCli (fallo) where there is something of either kind.
-    void terminar(std::string fallo, std::string_view remedio) const;
+    // fallo: what went wrong with the work itself; empty: nothing. hecho: what was done all the
+    // same where not all of it was told. Throws ErrorCli (fallo) where something of either kind went wrong.
+    void terminar(std::string fallo, std::string_view hecho = "") const;
 
    private:
     Consola& consola_;

@@ -153,7 +153,7 @@ struct DichoAlConectar {
 };
 constexpr std::string_view kSinAcceso =
     "el servidor no acepta ese usuario o su contraseña: corrija el usuario de la dirección, o la línea de "
-    "~/.pgpass";
+    "~/.pgpass, que solo su dueño ha de poder leer (chmod 600)";
 constexpr std::string_view kSinBase =
     "el servidor no tiene esa base de datos: corrija su nombre, o que quien lo administra la haga con "
     "createdb";
@@ -165,8 +165,15 @@ constexpr std::string_view kSinCamino =
     "no hay camino de red hasta el servidor: revise la conexión de este equipo";
 constexpr std::string_view kSinServidor =
     "nadie atiende ahí: revise la dirección y el puerto, y que el servidor esté en marcha";
-constexpr std::array<DichoAlConectar, 19> kDichosAlConectar = {
-    {{"authentication failed", kSinAcceso},
+constexpr std::string_view kSinPlaza =
+    "el servidor no admite más conexiones por ahora: repita dentro de un momento";
+constexpr std::array<DichoAlConectar, 22> kDichosAlConectar = {
+    {{"too many connections", kSinPlaza},
+     {"too many clients", kSinPlaza},
+     {"remaining connection slots", kSinPlaza},
+     {"not currently accepting connections",
+      "esa base de datos no admite conexiones: nombre otra, o pídalo a quien lo administra"},
+     {"authentication failed", kSinAcceso},
      {"no password supplied", kSinAcceso},
      {"pg_hba.conf", kSinEntrada},
      {"permission denied for database", kSinEntrada},
@@ -176,7 +183,6 @@ constexpr std::array<DichoAlConectar, 19> kDichosAlConectar = {
      {"shutting down", "el servidor se está deteniendo: repita cuando esté otra vez en marcha"},
      {"recovery mode", "el servidor está arrancando: repita dentro de un momento"},
      {"not yet accepting", "el servidor está arrancando: repita dentro de un momento"},
-     {"too many clients", "el servidor no admite más conexiones por ahora: repita dentro de un momento"},
      {"could not translate host name", "no se encuentra la máquina: revise su nombre y la red"},
      {"Connection refused", kSinServidor},
      {"No such file or directory", kSinServidor},

@@ -1523,7 +1523,8 @@ TEST_F(Ordenes, WhoCannotTellItsWorkDoesItAllTheSame) {
 
         std::tie(codigo, errores) = correrEn(salida, {"comprobar"});
         EXPECT_EQ(codigo, 1);
-        EXPECT_THAT(errores, HasSubstr("; abra la salida, por ejemplo con >archivo, y repita"));
+        EXPECT_THAT(errores, HasSubstr(salida == llena ? "Haga sitio y repita\n"
+                                                       : "Ábrala, por ejemplo con >archivo, y repita\n"));
         EXPECT_EQ(correrEn(salida, {"rehacer"}).first, 0) << "it has nothing to tell";
         std::filesystem::remove(archivo());
     }

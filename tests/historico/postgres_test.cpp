@@ -69,6 +69,24 @@ TEST(Servidor, PostgresqlThatDoesNotLetInIsToldInSpanish) {
                 HasSubstr("no se puede conectar: el servidor no acepta ese usuario"));
 }
 
+// Told of the role or the data base, which are both right.
+TEST(Servidor, PostgresqlThatHasNoRoomForAnotherConnectionSaysSo) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto base = servidor.baseVacia("plazas");
+    servidor.ejecutar("plazas",
+                      "CREATE ROLE con_plazas LOGIN; CREATE ROLE sin_plazas LOGIN CONNECTION LIMIT 0");
+    const auto motivo = [&](const std::string& usuario) {
+        return motivoDe(
+            [&] { AlmacenPostgres(servidor.url("plazas", usuario), false, std::chrono::seconds(10)); });
+    };
+    EXPECT_THAT(motivo("sin_plazas"), HasSubstr("el servidor no admite más conexiones por ahora"));
+    servidor.ejecutar("plazas", "ALTER DATABASE plazas CONNECTION LIMIT 0");
+    EXPECT_THAT(motivo("con_plazas"), HasSubstr("el servidor no admite más conexiones por ahora"));
+    servidor.ejecutar("postgres", "ALTER DATABASE plazas ALLOW_CONNECTIONS false");
+    EXPECT_THAT(motivo("con_plazas"), HasSubstr("esa base de datos no admite conexiones"));
+    servidor.ejecutar("postgres", "ALTER DATABASE plazas ALLOW_CONNECTIONS true CONNECTION LIMIT -1");
+}
+
 TEST(Servidor, PostgresqlTellsWhoHasNoRight) {
     auto& servidor = ServidorPostgres::unico();
     const auto url = servidor.baseVacia("permisos");
