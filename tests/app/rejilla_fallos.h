@@ -87,13 +87,18 @@ inline bool cuentaSobrantes(const std::vector<std::string>& impresas, std::size_
 }
 
 // Every so manieth place is tried: a sanitized program takes ten times as long. The environment may ask for
-// all of them, for the part, or for every Nth (TELVANE_REJILLA=entera, muestra, N).
+// all of them, for the part, or for every Nth (TELVANE_REJILLA=entera, muestra, N), from the first or another
+// one on (TELVANE_REJILLA_DESDE): N programs that begin one place apart try all of them.
 inline std::size_t pasoDeRejilla(std::size_t deMuestra, std::size_t deSiempre = 1) {
     const char* cuanto = std::getenv("TELVANE_REJILLA");
     const std::string pedido = cuanto != nullptr ? cuanto : "";
     if (pedido == "entera") return 1;
     if (!pedido.empty() && pedido != "muestra") return std::stoul(pedido);
     return pedido == "muestra" || saneado() ? deMuestra : deSiempre;
+}
+inline std::size_t comienzoDeRejilla() {
+    const char* desde = std::getenv("TELVANE_REJILLA_DESDE");
+    return desde != nullptr ? std::stoul(desde) : 0;
 }
 
 // Counts the runs of a test and tells how many they were.

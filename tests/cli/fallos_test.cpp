@@ -238,7 +238,7 @@ TEST_P(CadaOrden, EveryFaultInEveryByte) {
     const auto& orden = GetParam();
     std::size_t inicio = 0;
     for (const auto& etapa : orden.etapas) {
-        for (std::size_t lugar = 0; lugar < etapa.bytes; lugar += pasoDeRejilla(7)) {
+        for (std::size_t lugar = comienzoDeRejilla(); lugar < etapa.bytes; lugar += pasoDeRejilla(7)) {
             for (const auto& fallo : losFallos()) {
                 SCOPED_TRACE(fmt::format("byte {} ({} of its part): {}", inicio + lugar, lugar, fallo.texto));
                 desigualar();
