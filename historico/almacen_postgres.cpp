@@ -52,18 +52,21 @@ AperturaPostgres AlmacenPostgres::apertura() {
 
 // What a transaction goes by, whatever is set for the server, the data base or the role: it waits so long for
 // whoever holds a table, and otherwise takes what it takes; rows that are kept from this role are a right
-// that it lacks, not rows that are lost; types are called as they are here.
+// that it lacks, not rows that are lost; types are called as they are here. Not every server has a time limit
+// for a whole transaction.
 std::string AlmacenPostgres::condiciones() const {
     return fmt::format(
-        "SET LOCAL lock_timeout={}; SET LOCAL statement_timeout=0; SET LOCAL "
+        "SET LOCAL statement_timeout=0; SET LOCAL lock_timeout={}; SET LOCAL "
         "idle_in_transaction_session_timeout=0; SET LOCAL row_security=off; SET LOCAL "
-        "quote_all_identifiers=off",
+        "quote_all_identifiers=off; SELECT set_config(plazo,'0',true) FROM (VALUES('transaction_timeout')) "
+        "p(plazo) WHERE current_setting(plazo,true) IS NOT NULL",
         paciencia_.count());
 }
 
 void AlmacenPostgres::empezar(Modo modo) {
     // Somebody may hold the tables for himself alone: who reads waits no longer than who writes.
-    std::string sql = modo == Modo::lectura ? "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; " : "BEGIN; ";
+    std::string sql = modo == Modo::lectura ? "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; "
+                                            : "BEGIN ISOLATION LEVEL READ COMMITTED; ";
     sql += condiciones();
     if (modo == Modo::escritura) sql += fmt::format("; {}", kBloqueo);
     if (base_.viva()) {

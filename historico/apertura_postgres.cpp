@@ -37,6 +37,8 @@ std::int64_t AperturaPostgres::version() {
     if (hay.logico(0, 1)) {
         const auto r = base_.consultar("SELECT version::bigint FROM telvane.esquema");
         if (r.filas() == 1 && r.entero(0, 0) > 0) return r.entero(0, 0);
+    } else if (!tablas_.hayAlgunaNuestra()) {
+        return kAjeno;
     }
     return tablas_.estanLasDeSiempre() ? kCallada : kNoLoDice;
 }
@@ -75,6 +77,11 @@ void AperturaPostgres::exigirVersion(std::int64_t cual) {
     constexpr auto kAhora = esquema_postgres::kVersion;
     if (cual == kAhora) return;
     if (cual == kSinTablas) throw noHayArchivo(almacen_.nombre());
+    if (cual == kAjeno) {
+        throw ErrorAlmacen(fmt::format(
+            "{}: lo que hay en su esquema telvane no es de este programa: nombre otra base de datos",
+            almacen_.nombre()));
+    }
     if (cual == kNoLoDice || cual == kCallada) {
         throw ErrorAlmacen(fmt::format("{}: no dice de qué versión es, en su tabla telvane.esquema: {}",
                                        almacen_.nombre(), cual == kCallada ? kReponer : kRecuperar));

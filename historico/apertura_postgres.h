@@ -32,7 +32,9 @@ class AperturaPostgres {
     static constexpr std::int64_t kNoLoDice = -1;
     // Nor does this one, but it has the tables that every version had.
     static constexpr std::int64_t kCallada = -2;
-    // Or one of these three.
+    // What is there is nothing of ours.
+    static constexpr std::int64_t kAjeno = -3;
+    // Or one of these four.
     std::int64_t version();
     std::int64_t versionQueHay();
     void exigirVersion(std::int64_t cual);

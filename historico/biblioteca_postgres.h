@@ -22,7 +22,7 @@ class BibliotecaPostgres {
     decltype(::PQcancel)* const cancel;
     decltype(::PQclear)* const clear;
     decltype(::PQcmdTuples)* const cmdTuples;
-    decltype(::PQconnectdbParams)* const connectdbParams;
+    decltype(::PQconnectStartParams)* const connectStartParams;
     decltype(::PQconninfoFree)* const conninfoFree;
     decltype(::PQconninfoParse)* const conninfoParse;
     decltype(::PQconsumeInput)* const consumeInput;
@@ -39,12 +39,14 @@ class BibliotecaPostgres {
     decltype(::PQntuples)* const ntuples;
     decltype(::PQputCopyData)* const putCopyData;
     decltype(::PQputCopyEnd)* const putCopyEnd;
+    decltype(::PQreset)* const reset;
     decltype(::PQresultErrorField)* const resultErrorField;
     decltype(::PQresultStatus)* const resultStatus;
     decltype(::PQsendPrepare)* const sendPrepare;
     decltype(::PQsendQuery)* const sendQuery;
     decltype(::PQsendQueryParams)* const sendQueryParams;
     decltype(::PQsendQueryPrepared)* const sendQueryPrepared;
+    decltype(::PQsetErrorVerbosity)* const setErrorVerbosity;
     decltype(::PQsetNoticeProcessor)* const setNoticeProcessor;
     decltype(::PQsocket)* const socket;
     decltype(::PQstatus)* const status;

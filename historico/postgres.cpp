@@ -15,7 +15,7 @@
 
 #include "historico/almacen.h"
 #include "historico/biblioteca_postgres.h"
-#include "platform/numero.h"
+#include "historico/conexion_postgres.h"
 #include "platform/texto_visible.h"
 
 namespace telvane {
@@ -23,50 +23,6 @@ namespace telvane {
 namespace {
 
 using Clase = ErrorAlmacen::Clase;
-
-struct Opciones {
-    void operator()(PQconninfoOption* opciones) const { pq().conninfoFree(opciones); }
-};
-using OpcionesDeUrl = std::unique_ptr<PQconninfoOption, Opciones>;
-
-std::string valorDe(const OpcionesDeUrl& opciones, std::string_view clave) {
-    for (const auto* o = opciones.get(); o->keyword != nullptr; ++o) {
-        if (o->keyword == clave && o->val != nullptr) return o->val;
-    }
-    return {};
-}
-
-// Ports of one or several servers; empty: the usual one.
-bool sonPuertos(std::string_view texto) {
-    while (!texto.empty()) {
-        const auto uno = texto.substr(0, texto.find(','));
-        if (!uno.empty() && numeroDe<std::uint16_t>(uno).value_or(0) == 0) return false;
-        texto.remove_prefix(std::min(uno.size() + 1, texto.size()));
-    }
-    return true;
-}
-
-// Null: it cannot be understood. What libpq says of that quotes the address with all that is in it.
-OpcionesDeUrl leerUrl(const std::string& url) {
-    char* error = nullptr;
-    OpcionesDeUrl opciones(pq().conninfoParse(url.c_str(), &error));
-    pq().freemem(error);
-    if (!opciones) return opciones;
-    // A password with an "@" that is not written as %40 would be taken for a part of the server's name.
-    const bool bien = valorDe(opciones, "host").find('@') == std::string::npos &&
-                      valorDe(opciones, "dbname").find("password=") == std::string::npos &&
-                      sonPuertos(valorDe(opciones, "port"));
-    return bien ? std::move(opciones) : nullptr;
-}
-
-std::string sinContrasena(const OpcionesDeUrl& opciones) {
-    if (!opciones) throw ErrorAlmacen(std::string(BasePostgres::kComoSeEscribe));
-    const auto usuario = valorDe(opciones, "user");
-    const auto puerto = valorDe(opciones, "port");
-    return fmt::format("postgresql://{}{}{}/{}", usuario.empty() ? "" : usuario + "@",
-                       valorDe(opciones, "host"), puerto.empty() ? "" : ":" + puerto,
-                       valorDe(opciones, "dbname"));
-}
 
 std::string campoDe(const pg_result* resultado, int cual) {
     const char* campo = resultado != nullptr ? pq().resultErrorField(resultado, cual) : nullptr;
@@ -81,6 +37,13 @@ struct Motivo {
 // estado: SQLSTATE; its first two characters are its class.
 Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) {
     const auto clase = estado.substr(0, 2);
+    // idle_session_timeout, idle_in_transaction_session_timeout, transaction_timeout, statement_timeout.
+    if (estado == "57P05" || estado == "25P03" || estado == "25P04" || estado == "57014") {
+        return {fmt::format("el servidor cortó lo que se hacía: repita y, si vuelve a pasar, pida a quien lo "
+                            "administra que alargue el plazo de su usuario ({})",
+                            dicho),
+                viva ? Clase::otra : Clase::pasajera};
+    }
     // A state of none comes from the connection, which may be told as open until it is used again.
     if (!viva || estado.empty() || clase == "08" || estado == "57P01" || estado == "57P02" ||
         estado == "57P03") {
@@ -116,6 +79,13 @@ Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) 
                             dicho),
                 Clase::delDato};
     }
+    // Of a table, and of a type.
+    if (estado == "42P07" || estado == "42710") {
+        return {
+            fmt::format("algo que no es de este programa lleva ya ese nombre en el esquema telvane: que "
+                        "quien lo administra lo quite, o nombre otra base de datos ({})",
+                        dicho)};
+    }
     if (clase == "53") {
         return {fmt::format(
             "al servidor le faltan recursos, quizá espacio en el disco: libérelos y repita ({})", dicho)};
@@ -145,64 +115,6 @@ std::string primeraLinea(const std::string& texto) {
     return texto.substr(0, texto.find('\n'));
 }
 
-// What libpq says of a connection that failed is English, and of the server's own words in whatever language
-// that speaks: without a state that would tell them apart.
-struct DichoAlConectar {
-    std::string_view dice;
-    std::string_view quiereDecir;
-};
-constexpr std::string_view kSinAcceso =
-    "el servidor no acepta ese usuario o su contraseña: corrija el usuario de la dirección, o la línea de "
-    "~/.pgpass, que solo su dueño ha de poder leer (chmod 600)";
-constexpr std::string_view kSinBase =
-    "el servidor no tiene esa base de datos: corrija su nombre, o que quien lo administra la haga con "
-    "createdb";
-constexpr std::string_view kSinEntrada =
-    "el servidor no deja entrar ahí con ese usuario desde este equipo: pídalo a quien lo administra "
-    "(pg_hba.conf)";
-constexpr std::string_view kNoContesta = "no contesta: revise la dirección, la red y el cortafuegos";
-constexpr std::string_view kSinCamino =
-    "no hay camino de red hasta el servidor: revise la conexión de este equipo";
-constexpr std::string_view kSinServidor =
-    "nadie atiende ahí: revise la dirección y el puerto, y que el servidor esté en marcha";
-constexpr std::string_view kSinPlaza =
-    "el servidor no admite más conexiones por ahora: repita dentro de un momento";
-constexpr std::array<DichoAlConectar, 22> kDichosAlConectar = {
-    {{"too many connections", kSinPlaza},
-     {"too many clients", kSinPlaza},
-     {"remaining connection slots", kSinPlaza},
-     {"not currently accepting connections",
-      "esa base de datos no admite conexiones: nombre otra, o pídalo a quien lo administra"},
-     {"authentication failed", kSinAcceso},
-     {"no password supplied", kSinAcceso},
-     {"pg_hba.conf", kSinEntrada},
-     {"permission denied for database", kSinEntrada},
-     {"role \"", kSinAcceso},
-     {"database \"", kSinBase},
-     {"starting up", "el servidor está arrancando: repita dentro de un momento"},
-     {"shutting down", "el servidor se está deteniendo: repita cuando esté otra vez en marcha"},
-     {"recovery mode", "el servidor está arrancando: repita dentro de un momento"},
-     {"not yet accepting", "el servidor está arrancando: repita dentro de un momento"},
-     {"could not translate host name", "no se encuentra la máquina: revise su nombre y la red"},
-     {"Connection refused", kSinServidor},
-     {"No such file or directory", kSinServidor},
-     {"timeout expired", kNoContesta},
-     {"Connection timed out", kNoContesta},
-     {"unreachable", kSinCamino},
-     {"No route to host", kSinCamino},
-     {"closed the connection", "cortó la conexión: revise que ahí atienda un servidor PostgreSQL"}}};
-
-std::string motivoDeConexion(const std::string& dicho) {
-    for (const auto& uno : kDichosAlConectar) {
-        if (dicho.find(uno.dice) != std::string::npos) return std::string(uno.quiereDecir);
-    }
-    constexpr std::string_view kAntes = "failed: ";
-    const auto linea = primeraLinea(dicho);
-    const auto desde = linea.find(kAntes);
-    return fmt::format("revise la dirección y el servidor, que dice: {}",
-                       desde == std::string::npos ? linea : linea.substr(desde + kAntes.size()));
-}
-
 }  // namespace
 
 ResultadoPostgres::ResultadoPostgres(pg_result* resultado) : resultado_(resultado) {}
@@ -213,8 +125,7 @@ int ResultadoPostgres::filas() const {
     return pq().ntuples(resultado_.get());
 }
 std::int64_t ResultadoPostgres::tocadas() const {
-    // The library gives a text, and takes what it does not change as changeable.
-    const std::string_view texto(pq().cmdTuples(const_cast<pg_result*>(resultado_.get())));
+    const std::string_view texto(pq().cmdTuples(resultado_.get()));
     std::int64_t cuantas = 0;
     std::from_chars(texto.data(), texto.data() + texto.size(), cuantas);
     return cuantas;
@@ -256,11 +167,15 @@ void BasePostgres::Cerrar::operator()(pg_conn* conexion) const {
 }
 
 bool BasePostgres::seEntiende(const std::string& url) {
-    return leerUrl(url) != nullptr;
+    return DireccionPostgres::leer(url).has_value();
 }
 
 BasePostgres::BasePostgres(const std::string& url, std::function<void()> atender)
-    : url_(url), nombre_(sinControles(sinContrasena(leerUrl(url)))), atender_(std::move(atender)) {
+    : atender_(std::move(atender)) {
+    auto direccion = DireccionPostgres::leer(url);
+    if (!direccion) throw ErrorAlmacen(std::string(kComoSeEscribe));
+    nombre_ = direccion->nombre();
+    direccion_ = std::make_shared<const DireccionPostgres>(*std::move(direccion));
     conectar();
 }
 BasePostgres::~BasePostgres() = default;
@@ -275,14 +190,14 @@ struct BasePostgres::Intento {
 
 // Looking for a server's name and trying one after the other can be broken off by nothing: a thread does it,
 // and who is interrupted leaves it behind.
-BasePostgres::Conexion BasePostgres::conectarAparte(std::function<pg_conn*()> conectarse) {
+BasePostgres::Conexion BasePostgres::conectarAparte() {
     constexpr std::chrono::milliseconds kVistazo{20};
     const auto intento = std::make_shared<Intento>();
     {
         // The program's signals are for the thread that waits.
         const SenalesCerradas cerradas;
-        std::thread([intento, conectarse = std::move(conectarse)] {
-            Conexion conexion(conectarse());
+        std::thread([intento, direccion = direccion_] {
+            Conexion conexion(direccion->conectar());
             const std::lock_guard guardia(intento->cerrojo);
             intento->conexion = std::move(conexion);
             intento->hecho = true;
@@ -299,25 +214,11 @@ BasePostgres::Conexion BasePostgres::conectarAparte(std::function<pg_conn*()> co
 }
 
 void BasePostgres::conectar() {
-    const auto opciones = leerUrl(url_);
-    const auto dicha = valorDe(opciones, "connect_timeout");
-    // What the address says itself goes before the limits that it leaves open.
-    conexion_ = conectarAparte([url = url_, espera = dicha.empty() ? std::string("10") : dicha] {
-        const std::array<const char*, 6> claves = {
-            "dbname",          "connect_timeout",           "tcp_user_timeout",
-            "client_encoding", "fallback_application_name", nullptr};
-        const std::array<const char*, 6> valores = {url.c_str(), espera.c_str(),      "30000",
-                                                    "UTF8",      "telvane-historico", nullptr};
-        return pq().connectdbParams(claves.data(), valores.data(), 1);
-    });
+    conexion_ = conectarAparte();
     preparadas_.clear();
-    if (viva()) {
-        pq().setNoticeProcessor(
-            conexion_.get(), [](void*, const char*) {}, nullptr);
-        return;
-    }
+    if (viva()) return;
     throw ErrorAlmacen(fmt::format("{}: no se puede conectar: {}", nombre_,
-                                   motivoDeConexion(pq().errorMessage(conexion_.get()))));
+                                   direccion_->motivo(pq().errorMessage(conexion_.get()))));
 }
 
 bool BasePostgres::viva() const {
@@ -378,7 +279,10 @@ ResultadoPostgres BasePostgres::recoger(bool enviado, Atencion atencion) {
         if (atender_ && atencion == Atencion::toda) esperar();
         ultimo = pq().getResult(conexion_.get());
         if (ultimo == nullptr) return dueno;
-        dueno = ResultadoPostgres(ultimo);
+        ResultadoPostgres parte(ultimo);
+        // Why a server hangs up is told first, and then that it has.
+        if (dueno.suyo() == nullptr || pq().resultStatus(dueno.suyo()) != PGRES_FATAL_ERROR)
+            dueno = std::move(parte);
         // The rest comes after the data.
         if (pq().resultStatus(ultimo) == PGRES_COPY_IN) return dueno;
     }

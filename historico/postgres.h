@@ -18,6 +18,8 @@ struct pg_result;
 
 namespace telvane {
 
+class DireccionPostgres;
+
 // Rows and columns from 0. What stands there must be of the kind that is asked for.
 class ResultadoPostgres {
    public:
@@ -109,7 +111,7 @@ class BasePostgres {
     using Conexion = std::unique_ptr<pg_conn, Cerrar>;
     struct Intento;
     void conectar();
-    Conexion conectarAparte(std::function<pg_conn*()> conectarse);
+    Conexion conectarAparte();
     // The answer to what was sent: the last of its parts, or where data are expected.
     ResultadoPostgres recoger(bool enviado, Atencion atencion = Atencion::toda);
     void esperar();
@@ -117,7 +119,8 @@ class BasePostgres {
     void exigir(const pg_result* resultado) const;
     [[noreturn]] void fallar(const pg_result* resultado) const;
 
-    std::string url_;
+    // Shared with whoever is still connecting when nobody waits for it any more.
+    std::shared_ptr<const DireccionPostgres> direccion_;
     std::string nombre_;
     std::function<void()> atender_;
     Conexion conexion_;

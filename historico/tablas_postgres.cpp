@@ -67,6 +67,9 @@ std::string sentenciaQueLoQuita(const std::string& orden, const std::string& tab
                : fmt::format("{} {} ON {}", orden, comoSeEscribe(nombre), suTabla);
 }
 
+// It says of which version the others are.
+constexpr std::string_view kEsquema = "esquema";
+
 }  // namespace
 
 void TablasPostgres::crear() {
@@ -98,11 +101,20 @@ std::vector<std::string> TablasPostgres::faltanTablas() {
 }
 
 bool TablasPostgres::estanLasDeSiempre() {
-    // It says of which version the others are.
-    constexpr std::string_view kEsquema = "esquema";
     const auto tablas = hay();
     return std::ranges::all_of(leerTablas(esquema_postgres::kTablas), [&](const Tabla& debe) {
         return debe.nombre == kEsquema || buscarTabla(tablas, debe.nombre) != nullptr;
+    });
+}
+
+bool TablasPostgres::hayAlgunaNuestra() {
+    const auto tablas = hay();
+    return std::ranges::any_of(debidas(), [&](const Tabla& debe) {
+        return debe.nombre != kEsquema && std::ranges::any_of(tablas, [&](const Tabla& una) {
+                   return std::ranges::all_of(debe.columnas, [&](const Columna& columna) {
+                       return una.columna(columna.nombre) != nullptr;
+                   });
+               });
     });
 }
 

@@ -37,6 +37,8 @@ class TablasPostgres {
     std::vector<std::string> faltanTablas();
     // Whether there are tables of those names, but for the one that says which version it is.
     bool estanLasDeSiempre();
+    // Whether there is any table with all the columns of one of them, whatever it is called.
+    bool hayAlgunaNuestra();
 
     // What is missing or not as it must be, a line each with what to do.
     std::vector<std::string> faltan();

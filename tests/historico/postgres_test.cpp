@@ -2,6 +2,7 @@
 #include <future>
 
 #include "historico/biblioteca_postgres.h"
+#include "historico/conexion_postgres.h"
 #include "tests/historico/banco_historico.h"
 
 namespace telvane {
@@ -85,6 +86,195 @@ TEST(Servidor, PostgresqlThatHasNoRoomForAnotherConnectionSaysSo) {
     servidor.ejecutar("postgres", "ALTER DATABASE plazas ALLOW_CONNECTIONS false");
     EXPECT_THAT(motivo("con_plazas"), HasSubstr("esa base de datos no admite conexiones"));
     servidor.ejecutar("postgres", "ALTER DATABASE plazas ALLOW_CONNECTIONS true CONNECTION LIMIT -1");
+}
+
+// Whoever administers it has it speak his language: the state is the same in each.
+TEST(Servidor, PostgresqlThatRefusesInAnotherLanguageIsUnderstood) {
+    const auto motivo = [](const std::string& estado, const std::string& dice) {
+        return motivoDeConexion(
+            "connection to server at \"servidor\" (10.0.0.2), port 5432 failed: FATAL:  " + estado + ": " +
+            dice + "\nLOCATION:  auth_failed, auth.c:326\n");
+    };
+    EXPECT_THAT(motivo("28P01", "la autentificación password falló para el usuario «yo»"),
+                HasSubstr("no acepta ese usuario o su contraseña"));
+    EXPECT_THAT(motivo("28000", "no existe el rol «yo»"), HasSubstr("no acepta ese usuario"));
+    EXPECT_THAT(motivo("28000", "no hay una línea en pg_hba.conf para «10.0.0.3»"),
+                HasSubstr("no deja entrar ahí con ese usuario desde este equipo"));
+    EXPECT_THAT(motivo("3D000", "no existe la base de datos «x»"), HasSubstr("no tiene esa base de datos"));
+    EXPECT_THAT(motivo("42501", "permiso denegado a la base de datos «x»"),
+                HasSubstr("no deja entrar ahí con ese usuario"));
+    EXPECT_THAT(motivo("53300", "lo siento, ya tenemos demasiados clientes"),
+                HasSubstr("no admite más conexiones por ahora"));
+    EXPECT_THAT(motivo("55000", "la base de datos «x» no acepta conexiones"),
+                HasSubstr("esa base de datos no admite conexiones"));
+    EXPECT_THAT(motivo("57P03", "el sistema de base de datos está apagándose"),
+                HasSubstr("el servidor está arrancando o deteniéndose: repita dentro de un momento"));
+    EXPECT_EQ(motivo("XX000", "algo pasó"), "revise la dirección y el servidor, que dice: algo pasó");
+}
+
+// It names a file that is missing, as the library does of a socket.
+TEST(Servidor, PostgresqlThatCannotLoadWhatARoleWantsIsNotToldAsOneThatIsNotThere) {
+    auto& servidor = ServidorPostgres::unico();
+    servidor.baseVacia("cargas");
+    servidor.ejecutar("postgres",
+                      "CREATE ROLE cargada LOGIN; ALTER ROLE cargada SET local_preload_libraries=nada");
+    EXPECT_THAT(
+        motivoDe([&] { BasePostgres(servidor.url("cargas", "cargada")); }),
+        HasSubstr(
+            "no se puede conectar: revise la dirección y el servidor, que dice: could not access file"));
+}
+
+TEST(Servidor, PostgresqlThatEndsWhoIsIdleOrTakesLongSaysSo) {
+    auto& servidor = ServidorPostgres::unico();
+    servidor.baseVacia("plazos");
+    servidor.ejecutar("postgres",
+                      "CREATE ROLE apurada LOGIN; ALTER ROLE apurada SET idle_session_timeout=1; CREATE ROLE "
+                      "breve LOGIN; ALTER ROLE breve SET statement_timeout=1");
+    const std::string kCortado =
+        "el servidor cortó lo que se hacía: repita y, si vuelve a pasar, pida a quien lo administra que "
+        "alargue "
+        "el plazo de su usuario (";
+    BasePostgres ociosa(servidor.url("plazos", "apurada"));
+    ASSERT_TRUE(esperarA([&] {
+        BasePostgres mirar(servidor.url("plazos"));
+        return mirar.consultar("SELECT 1 FROM pg_stat_activity WHERE usename='apurada'").filas() == 0;
+    }));
+    EXPECT_THAT(motivoDe([&] { ociosa.ejecutar("SELECT 1"); }), HasSubstr(kCortado));
+    BasePostgres lenta(servidor.url("plazos", "breve"));
+    EXPECT_THAT(motivoDe([&] { lenta.ejecutar("SELECT pg_sleep(60)"); }), HasSubstr(kCortado));
+    // Between two transactions nothing is lost.
+    servidor.ejecutar("postgres", "ALTER DATABASE plazos OWNER TO apurada");
+    servidor.ejecutar("postgres", "ALTER ROLE apurada SET idle_session_timeout=300");
+    AlmacenPostgres almacen(servidor.url("plazos", "apurada"), true, std::chrono::seconds(10));
+    incorporar(almacen, 10);
+    ASSERT_TRUE(esperarA([&] {
+        BasePostgres mirar(servidor.url("plazos"));
+        return mirar.consultar("SELECT 1 FROM pg_stat_activity WHERE usename='apurada'").filas() == 0;
+    }));
+    EXPECT_EQ(incorporar(almacen, 20).nuevas, 10);
+}
+
+// With one view of all that it does, the second would not see what the first has made while it waited.
+TEST(Servidor, PostgresqlIsMadeByTwoAtOnceWhateverItsDefaultIsolation) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("aislada");
+    servidor.ejecutar("aislada", "ALTER DATABASE aislada SET default_transaction_isolation='serializable'");
+    BasePostgres otro(url);
+    otro.ejecutar("BEGIN; SELECT pg_advisory_xact_lock(hashtext('telvane'))");
+    const auto hacer = [&](int cuantas) {
+        AlmacenPostgres almacen(url, true, std::chrono::minutes(1));
+        return incorporar(almacen, cuantas).muestras;
+    };
+    auto uno = std::async(std::launch::async, hacer, 10);
+    auto dos = std::async(std::launch::async, hacer, 20);
+    BasePostgres mirar(servidor.url("postgres"));
+    EXPECT_TRUE(esperarA([&] {
+        return mirar
+                   .consultar(
+                       "SELECT 1 FROM pg_stat_activity WHERE datname='aislada' AND wait_event_type='Lock'")
+                   .filas() == 2;
+    }));
+    otro.ejecutar("COMMIT");
+    EXPECT_EQ(uno.get(), 10);
+    EXPECT_EQ(dos.get(), 20);
+}
+
+// Each of them could change what a statement means or what an answer looks like.
+TEST(Servidor, PostgresqlsSettingsOfARoleChangeNothing) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("costumbres");
+    AlmacenPostgres debido(url, true, std::chrono::seconds(10));
+    incorporar(debido, 10);
+    incorporar(debido, 20);
+    const auto retratado = retrato(debido);
+    servidor.baseVacia("costumbres");
+    for (const std::string ajuste :
+         {"DateStyle='German,DMY'", "TimeZone='Asia/Tokyo'", "IntervalStyle='sql_standard'",
+          "bytea_output=escape", "standard_conforming_strings=off", "search_path=''", "row_security=off",
+          "client_encoding=latin1", "default_transaction_isolation=serializable",
+          "default_transaction_deferrable=on", "transform_null_equals=on", "extra_float_digits=-15",
+          "lock_timeout=1", "session_replication_role=origin", "idle_in_transaction_session_timeout=1",
+          "client_min_messages=debug5"})
+        servidor.ejecutar("costumbres", "ALTER DATABASE costumbres SET " + ajuste);
+    AlmacenPostgres almacen(url, true, std::chrono::seconds(10));
+    incorporar(almacen, 10);
+    Archivo(almacen).incorporar(ImagenPrueba().serie(0, 0, 20).bytes(), {},
+                                {"año.rgt", Incorporada(std::chrono::seconds(1))});
+    EXPECT_EQ(retrato(almacen), retratado);
+    {
+        Lectura lectura(almacen);
+        EXPECT_THAT(lectura.imagenes(lectura.estacion("02080050")),
+                    testing::Contains(testing::Field(&FichaImagen::origen, "año.rgt")));
+    }
+    EXPECT_THAT(Archivo(almacen).rehacer([] {}).fallos, testing::IsEmpty());
+    EXPECT_THAT(Archivo(almacen).comprobar(*AlmacenSqlite::temporal(), [] {}).lineas, testing::IsEmpty());
+}
+
+// What is in the schema is somebody's, and stays as it was.
+TEST(Servidor, PostgresqlWhoseSchemaIsSomebodyElsesIsLeftAlone) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("de_otro");
+    constexpr auto kAjeno =
+        "lo que hay en su esquema telvane no es de este programa: nombre otra base de datos";
+    constexpr auto kOcupado = "lleva ya ese nombre en el esquema telvane: que quien lo administra lo quite";
+    struct Caso {
+        std::string hay;
+        bool seVe = true;
+    };
+    for (const auto& [hay, seVe] : std::vector<Caso>{
+             {"CREATE TABLE telvane.estaciones(id integer,nombre text)"},
+             {"CREATE TABLE telvane.otra(a integer)"},
+             {"CREATE TABLE telvane.esquema(version text)"},
+             {"CREATE VIEW telvane.muestras AS SELECT 1 AS a"},
+             {"CREATE SEQUENCE telvane.imagenes"},
+             {"CREATE TYPE telvane.muestras AS (a integer)"},
+             {"CREATE TABLE telvane.estaciones(a integer); CREATE TABLE telvane.imagenes(a integer); CREATE "
+              "TABLE telvane.contenidos(a integer); CREATE TABLE telvane.muestras(a integer); CREATE TABLE "
+              "telvane.testigos(a integer)"},
+             // In nobody's way until the table of that name is made.
+             {"CREATE TYPE telvane.estaciones AS ENUM('a')", false},
+             {"CREATE DOMAIN telvane.imagenes AS integer", false}}) {
+        servidor.baseVacia("de_otro");
+        servidor.ejecutar("de_otro", "CREATE SCHEMA telvane; " + hay);
+        BasePostgres mirar(url);
+        const auto cosas = [&] {
+            return mirar
+                .consultar(
+                    "SELECT (SELECT count(*) FROM pg_class WHERE relnamespace=n)+(SELECT count(*) FROM "
+                    "pg_type WHERE typnamespace=n) FROM to_regnamespace('telvane') n")
+                .entero(0, 0);
+        };
+        const auto antes = cosas();
+        EXPECT_THAT(motivoDe([&] { AlmacenPostgres(url, true, std::chrono::seconds(10)); }),
+                    HasSubstr(seVe ? kAjeno : kOcupado))
+            << hay;
+        EXPECT_THAT(motivoDe([&] { AlmacenPostgres(url, false, std::chrono::seconds(10)); }),
+                    HasSubstr(seVe ? kAjeno : "no hay archivo histórico todavía"))
+            << hay;
+        if (seVe) {
+            EXPECT_THAT(motivoDe([&] { AlmacenPostgres::abrirParaReponer(url, std::chrono::seconds(10)); }),
+                        HasSubstr(kAjeno))
+                << hay;
+        }
+        EXPECT_EQ(cosas(), antes) << hay;
+    }
+}
+
+TEST(Servidor, PostgresqlThatLetsARoleMakeNothingSaysSo) {
+    auto& servidor = ServidorPostgres::unico();
+    servidor.baseVacia("sin_hacer");
+    servidor.ejecutar("sin_hacer", "CREATE ROLE mirona LOGIN; CREATE SCHEMA telvane");
+    const auto motivo = [&] {
+        return motivoDe(
+            [&] { AlmacenPostgres(servidor.url("sin_hacer", "mirona"), true, std::chrono::seconds(10)); });
+    };
+    constexpr auto kSinPermiso =
+        "el servidor no da permiso: pídalo para el esquema telvane a quien lo administra (permission denied";
+    EXPECT_THAT(motivo(), HasSubstr(kSinPermiso));
+    servidor.ejecutar("sin_hacer", "GRANT USAGE ON SCHEMA telvane TO mirona");
+    EXPECT_THAT(motivo(), HasSubstr(kSinPermiso));
+    servidor.ejecutar("sin_hacer", "DROP SCHEMA telvane");
+    EXPECT_THAT(motivo(), HasSubstr(kSinPermiso));
 }
 
 TEST(Servidor, PostgresqlTellsWhoHasNoRight) {

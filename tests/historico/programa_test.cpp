@@ -117,9 +117,14 @@ TEST_F(Programa, AnInterruptEndsTheWaitForAServerThatIsMute) {
     for (const int senal : {SIGINT, SIGTERM}) {
         Proceso proceso({TELVANE_HISTORICO, "--en",
                          "postgresql://yo@/x?connect_timeout=600&host=" + carpeta.ruta().string(), "estado"});
-        pollfd llamada{escucha(), POLLIN, 0};
-        ASSERT_EQ(::poll(&llamada, 1, static_cast<int>(Proceso::kPlazo.count())), 1) << proceso.errores();
-        const Descriptor conexion(::accept4(escucha(), nullptr, nullptr, SOCK_CLOEXEC));
+        const auto atender = [&] {
+            pollfd llamada{escucha(), POLLIN, 0};
+            EXPECT_EQ(::poll(&llamada, 1, static_cast<int>(Proceso::kPlazo.count())), 1) << proceso.errores();
+            return ::accept4(escucha(), nullptr, nullptr, SOCK_CLOEXEC);
+        };
+        // The first one is hung up at once, and the second waits.
+        const Descriptor llamada(atender());
+        const Descriptor conexion(atender());
         ASSERT_GE(conexion(), 0);
         proceso.senal(senal);
         EXPECT_EQ(proceso.terminar(), 130) << proceso.errores();
@@ -147,6 +152,68 @@ TEST_F(Programa, AnInterruptedExportLeavesTheOutputThatWasThereAndNothingElse) {
         EXPECT_EQ(leerTodo(lugar / "t.csv"), "lo de ayer");
         EXPECT_EQ(std::distance(std::filesystem::directory_iterator(lugar), {}), 1);
     }
+}
+
+// English, and nothing that whoever incorporates can do anything about.
+TEST_F(Programa, WhatAServerSaysWhileItLetsInReachesNobody) {
+    auto& servidor = ServidorPostgres::unico();
+    servidor.baseVacia("avisadora");
+    servidor.ejecutar("postgres",
+                      "SET client_min_messages=error; CREATE ROLE avisada LOGIN; ALTER ROLE avisada SET "
+                      "client_min_messages=debug5; ALTER ROLE avisada SET default_tablespace=ninguno; ALTER "
+                      "DATABASE avisadora OWNER TO avisada");
+    servidor.ejecutar(
+        "postgres",
+        "CREATE DATABASE cotejada TEMPLATE template0 LOCALE_PROVIDER icu ICU_LOCALE 'es' LOCALE 'C'");
+    servidor.ejecutar("postgres", "UPDATE pg_database SET datcollversion='1' WHERE datname='cotejada'");
+    const auto base = guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes());
+    for (const auto& url : {servidor.url("avisadora", "avisada"), servidor.url("cotejada")}) {
+        Proceso proceso({TELVANE_HISTORICO, "--en", url, "incorporar", base});
+        EXPECT_EQ(proceso.terminar(), 0) << url;
+        EXPECT_EQ(proceso.errores(), "") << url;
+    }
+}
+
+TEST_F(Programa, AFileOfPasswordsThatOthersCanReadIsToldWhereItIsMissedAndNowhereElse) {
+    auto& servidor = ServidorPostgres::unico();
+    const auto base = guardar("a.rgt", ImagenPrueba().serie(0, 0, 10).bytes());
+    servidor.baseVacia("claves");
+    servidor.ejecutar("postgres",
+                      "CREATE ROLE con_clave LOGIN PASSWORD 'abracadabra'; ALTER DATABASE claves OWNER TO "
+                      "con_clave");
+    const std::string archivo = carpeta / ".pgpass";
+    std::ofstream(archivo) << "*:*:claves:con_clave:abracadabra\n";
+    const auto poner = [&](unsigned modo) {
+        std::filesystem::permissions(archivo, std::filesystem::perms(modo));
+    };
+    const auto incorporar = [&](const std::string& entorno) {
+        Proceso proceso({TELVANE_HISTORICO, "--en", servidor.url("claves", "con_clave"), "incorporar", base},
+                        {entorno});
+        proceso.terminar();
+        EXPECT_EQ(proceso.errores().find("abracadabra"), std::string::npos);
+        return proceso.errores();
+    };
+    const auto casa = "HOME=" + carpeta.ruta().string();
+    poner(0644);
+    EXPECT_EQ(incorporar(casa), "");
+    servidor.ejecutar("postgres",
+                      "COPY (SELECT 'local claves con_clave scram-sha-256') TO PROGRAM 'cat - pg_hba.conf "
+                      ">nuevo && mv nuevo pg_hba.conf'");
+    servidor.ejecutar("postgres", "SELECT pg_reload_conf()");
+    ASSERT_TRUE(esperarA([&] { return !incorporar(casa).empty(); }));
+    const auto dicho = [&](const std::string& cual) {
+        return "telvane-historico: postgresql://con_clave@" + servidor.carpeta() + "/claves" +
+               ": no se puede conectar: el servidor pide una contraseña, y " + cual +
+               " no se usa: ha de ser un archivo que solo su dueño pueda leer (chmod 600)\n";
+    };
+    for (const unsigned modo : {0644U, 0640U, 0604U, 0660U, 0601U}) {
+        poner(modo);
+        EXPECT_EQ(incorporar(casa), dicho(archivo)) << modo;
+    }
+    EXPECT_EQ(incorporar("PGPASSFILE=" + carpeta.ruta().string()), dicho(carpeta.ruta().string()));
+    poner(0600);
+    EXPECT_EQ(incorporar(casa), "");
+    EXPECT_EQ(incorporar("PGPASSFILE=" + archivo), "");
 }
 
 // Whoever collects them looks at any moment.
