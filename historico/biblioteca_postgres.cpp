@@ -69,7 +69,7 @@ BibliotecaPostgres::BibliotecaPostgres(const char* archivo)
       sendQueryParams(rutina<decltype(::PQsendQueryParams)>("PQsendQueryParams")),
       sendQueryPrepared(rutina<decltype(::PQsendQueryPrepared)>("PQsendQueryPrepared")),
       setErrorVerbosity(rutina<decltype(::PQsetErrorVerbosity)>("PQsetErrorVerbosity")),
-      setNoticeProcessor(rutina<decltype(::PQsetNoticeProcessor)>("PQsetNoticeProcessor")),
+      setNoticeReceiver(rutina<decltype(::PQsetNoticeReceiver)>("PQsetNoticeReceiver")),
       socket(rutina<decltype(::PQsocket)>("PQsocket")),
       status(rutina<decltype(::PQstatus)>("PQstatus")),
       transactionStatus(rutina<decltype(::PQtransactionStatus)>("PQtransactionStatus")) {}

@@ -47,7 +47,7 @@ class BibliotecaPostgres {
     decltype(::PQsendQueryParams)* const sendQueryParams;
     decltype(::PQsendQueryPrepared)* const sendQueryPrepared;
     decltype(::PQsetErrorVerbosity)* const setErrorVerbosity;
-    decltype(::PQsetNoticeProcessor)* const setNoticeProcessor;
+    decltype(::PQsetNoticeReceiver)* const setNoticeReceiver;
     decltype(::PQsocket)* const socket;
     decltype(::PQstatus)* const status;
     decltype(::PQtransactionStatus)* const transactionStatus;

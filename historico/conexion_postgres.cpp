@@ -143,7 +143,19 @@ std::string motivoDelServidor(std::string_view dice) {
     return sinSaberMas(dice.substr(dice.find(": ") + 2));
 }
 
+// Whatever else it says to nobody in particular is for whoever administers it.
+void apuntarDespedida(void* despedida, const pg_result* aviso) {
+    if (campoDe(aviso, PG_DIAG_SEVERITY_NONLOCALIZED) != "FATAL") return;
+    *static_cast<Despedida*>(despedida) = {.estado = campoDe(aviso, PG_DIAG_SQLSTATE),
+                                           .dicho = campoDe(aviso, PG_DIAG_MESSAGE_PRIMARY)};
+}
+
 }  // namespace
+
+std::string campoDe(const pg_result* resultado, int cual) {
+    const char* campo = resultado != nullptr ? pq().resultErrorField(resultado, cual) : nullptr;
+    return campo != nullptr ? campo : "";
+}
 
 std::string motivoDeConexion(const std::string& dicho) {
     if (const auto dice = loQueDiceElServidor(dicho); !dice.empty()) return motivoDelServidor(dice);
@@ -197,7 +209,7 @@ std::string DireccionPostgres::nombre() const {
                                     valor("host"), puerto.empty() ? "" : ":" + puerto, valor("dbname")));
 }
 
-pg_conn* DireccionPostgres::conectar() const {
+pg_conn* DireccionPostgres::conectar(Despedida& despedida) const {
     const auto dicha = valor("connect_timeout");
     // What the address says itself goes before the limits that it leaves open. A file of passwords that
     // others can read is none to libpq, which says so in English: it gets a name where no file can be.
@@ -217,8 +229,7 @@ pg_conn* DireccionPostgres::conectar() const {
     // What a server says while it lets in goes to standard error, unless there is a connection by then that
     // has been told otherwise: hence it is begun, told, and begun anew. To poll the first one here would be
     // to know as well when which of several servers has had its time.
-    pq().setNoticeProcessor(
-        conexion, [](void*, const char*) {}, nullptr);
+    pq().setNoticeReceiver(conexion, apuntarDespedida, &despedida);
     pq().setErrorVerbosity(conexion, PQERRORS_VERBOSE);
     if (pq().status(conexion) != CONNECTION_BAD) pq().reset(conexion);
     return conexion;

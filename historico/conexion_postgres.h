@@ -7,9 +7,19 @@
 #include <string_view>
 
 struct pg_conn;
+struct pg_result;
 struct _PQconninfoOption;
 
 namespace telvane {
+
+// What a server says that hangs up on its own: its SQLSTATE, and the words. Empty: it said nothing.
+struct Despedida {
+    std::string estado;
+    std::string dicho;
+};
+
+// A field of an answer, empty where there is none.
+std::string campoDe(const pg_result* resultado, int cual);
 
 // An address postgresql://..., as libpq understands it.
 class DireccionPostgres {
@@ -21,8 +31,9 @@ class DireccionPostgres {
     std::string nombre() const;
 
     // Waits until the server has answered, or cannot: what is returned tells which, and is the caller's to
-    // finish. It may be null where memory is missing. Nothing is said on standard error.
-    pg_conn* conectar() const;
+    // finish. It may be null where memory is missing. Nothing is said on standard error. despedida: filled as
+    // long as the connection lives.
+    pg_conn* conectar(Despedida& despedida) const;
 
     // Why that failed, with what to do. dicho: what libpq says of it.
     std::string motivo(const std::string& dicho) const;

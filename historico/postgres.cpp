@@ -24,11 +24,6 @@ namespace {
 
 using Clase = ErrorAlmacen::Clase;
 
-std::string campoDe(const pg_result* resultado, int cual) {
-    const char* campo = resultado != nullptr ? pq().resultErrorField(resultado, cual) : nullptr;
-    return campo != nullptr ? campo : "";
-}
-
 struct Motivo {
     std::string texto;
     Clase clase = Clase::otra;
@@ -185,19 +180,20 @@ struct BasePostgres::Intento {
     std::mutex cerrojo;  // for what follows
     std::condition_variable aviso;
     bool hecho = false;
+    std::unique_ptr<Despedida> despedida = std::make_unique<Despedida>();
     Conexion conexion;
 };
 
 // Looking for a server's name and trying one after the other can be broken off by nothing: a thread does it,
 // and who is interrupted leaves it behind.
-BasePostgres::Conexion BasePostgres::conectarAparte() {
+std::shared_ptr<BasePostgres::Intento> BasePostgres::conectarAparte() {
     constexpr std::chrono::milliseconds kVistazo{20};
-    const auto intento = std::make_shared<Intento>();
+    auto intento = std::make_shared<Intento>();
     {
         // The program's signals are for the thread that waits.
         const SenalesCerradas cerradas;
         std::thread([intento, direccion = direccion_] {
-            Conexion conexion(direccion->conectar());
+            Conexion conexion(direccion->conectar(*intento->despedida));
             const std::lock_guard guardia(intento->cerrojo);
             intento->conexion = std::move(conexion);
             intento->hecho = true;
@@ -210,11 +206,13 @@ BasePostgres::Conexion BasePostgres::conectarAparte() {
         if (atender_) atender_();
         guardia.lock();
     }
-    return std::move(intento->conexion);
+    return intento;
 }
 
 void BasePostgres::conectar() {
-    conexion_ = conectarAparte();
+    const auto intento = conectarAparte();
+    conexion_ = std::move(intento->conexion);
+    despedida_ = std::move(intento->despedida);
     preparadas_.clear();
     if (viva()) return;
     throw ErrorAlmacen(fmt::format("{}: no se puede conectar: {}", nombre_,
@@ -232,9 +230,15 @@ void BasePostgres::reconectar() {
 }
 
 void BasePostgres::fallar(const pg_result* resultado) const {
+    auto estado = campoDe(resultado, PG_DIAG_SQLSTATE);
     auto dicho = campoDe(resultado, PG_DIAG_MESSAGE_PRIMARY);
+    // It may have been said before anything was asked.
+    if (estado.empty() && !despedida_->estado.empty()) {
+        estado = despedida_->estado;
+        dicho = despedida_->dicho;
+    }
     if (dicho.empty()) dicho = primeraLinea(pq().errorMessage(conexion_.get()));
-    const auto motivo = motivoDe(campoDe(resultado, PG_DIAG_SQLSTATE), dicho, viva());
+    const auto motivo = motivoDe(estado, dicho, viva());
     throw ErrorAlmacen(fmt::format("{}: {}", nombre_, motivo.texto), motivo.clase);
 }
 

@@ -19,6 +19,7 @@ struct pg_result;
 namespace telvane {
 
 class DireccionPostgres;
+struct Despedida;
 
 // Rows and columns from 0. What stands there must be of the kind that is asked for.
 class ResultadoPostgres {
@@ -111,7 +112,7 @@ class BasePostgres {
     using Conexion = std::unique_ptr<pg_conn, Cerrar>;
     struct Intento;
     void conectar();
-    Conexion conectarAparte();
+    std::shared_ptr<Intento> conectarAparte();
     // The answer to what was sent: the last of its parts, or where data are expected.
     ResultadoPostgres recoger(bool enviado, Atencion atencion = Atencion::toda);
     void esperar();
@@ -123,6 +124,7 @@ class BasePostgres {
     std::shared_ptr<const DireccionPostgres> direccion_;
     std::string nombre_;
     std::function<void()> atender_;
+    std::unique_ptr<Despedida> despedida_;
     Conexion conexion_;
     // Each text that was asked, and its name there once it is prepared.
     std::map<std::string, std::string> preparadas_;
