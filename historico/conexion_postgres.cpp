@@ -97,6 +97,8 @@ struct DichoAlConectar {
     std::string_view dice;
     std::string_view quiereDecir;
 };
+constexpr std::array<std::string_view, 5> kDelCifrado = {"certificate", "private key", "SSL", "GSSAPI",
+                                                         "channel binding"};
 constexpr std::string_view kSinClave = "no password supplied";
 constexpr std::string_view kNoContesta = "no contesta: revise la dirección, la red y el cortafuegos";
 constexpr std::string_view kSinCamino =
@@ -131,16 +133,12 @@ std::string_view loQueDiceElServidor(std::string_view dicho) {
     return {};
 }
 
-std::string sinSaberMas(std::string_view linea) {
-    return fmt::format("revise la dirección y el servidor, que dice: {}", linea);
-}
-
 std::string motivoDelServidor(std::string_view dice) {
     for (const auto& uno : kRechazos) {
         if (dice.starts_with(uno.estado) && dice.find(uno.dice) != std::string_view::npos)
             return std::string(uno.quiereDecir);
     }
-    return sinSaberMas(dice.substr(dice.find(": ") + 2));
+    return fmt::format("revise la dirección y el servidor, que dice: {}", dice.substr(dice.find(": ") + 2));
 }
 
 // Whatever else it says to nobody in particular is for whoever administers it.
@@ -159,13 +157,23 @@ std::string campoDe(const pg_result* resultado, int cual) {
 
 std::string motivoDeConexion(const std::string& dicho) {
     if (const auto dice = loQueDiceElServidor(dicho); !dice.empty()) return motivoDelServidor(dice);
-    for (const auto& uno : kDichosAlConectar) {
-        if (dicho.find(uno.dice) != std::string::npos) return std::string(uno.quiereDecir);
-    }
     constexpr std::string_view kAntes = "failed: ";
     const auto linea = dicho.substr(0, dicho.find('\n'));
     const auto desde = linea.find(kAntes);
-    return sinSaberMas(desde == std::string::npos ? linea : linea.substr(desde + kAntes.size()));
+    const bool alcanzado = desde != std::string::npos;
+    const auto suyo = alcanzado ? linea.substr(desde + kAntes.size()) : linea;
+    // A file of those may be one that is not there.
+    const auto loDice = [&](std::string_view que) { return suyo.find(que) != std::string::npos; };
+    if (alcanzado && std::ranges::any_of(kDelCifrado, loDice)) {
+        return fmt::format(
+            "la conexión no se pudo cifrar: revise en la dirección sslmode y los certificados, con quien "
+            "administra el servidor ({})",
+            suyo);
+    }
+    for (const auto& uno : kDichosAlConectar) {
+        if (dicho.find(uno.dice) != std::string::npos) return std::string(uno.quiereDecir);
+    }
+    return fmt::format("revise la dirección; la biblioteca libpq dice: {}", suyo);
 }
 
 void DireccionPostgres::Soltar::operator()(_PQconninfoOption* opciones) const {

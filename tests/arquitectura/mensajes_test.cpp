@@ -131,6 +131,8 @@ const std::set<std::string>& noSonMensajes() {
         "El archivo histórico: las imágenes de muchas descargas y estaciones, durante años",
         // By these words it is known what a library means.
         "no password supplied",
+        "private key",
+        "channel binding",
         "starting up",
         "shutting down",
         "recovery mode",

@@ -113,6 +113,35 @@ TEST(Servidor, PostgresqlThatRefusesInAnotherLanguageIsUnderstood) {
     EXPECT_EQ(motivo("XX000", "algo pasó"), "revise la dirección y el servidor, que dice: algo pasó");
 }
 
+// The server has not been asked for more than that yet.
+TEST(Servidor, PostgresqlThatIsReachedButNotInCipherIsToldAsThat) {
+    const auto motivo = [](const std::string& dice) {
+        return motivoDeConexion("connection to server at \"servidor\" (10.0.0.2), port 5432 failed: " + dice +
+                                "\n");
+    };
+    for (const std::string dice :
+         {"root certificate file \"/nada.crt\" does not exist", "SSL error: certificate verify failed",
+          "server certificate for \"servidor\" does not match host name \"10.0.0.2\"",
+          "could not open certificate file \"/nada.crt\": No such file or directory",
+          "private key file \"/x.key\" has group or world access; file must have permissions u=rw",
+          "server does not support SSL, but SSL was required",
+          "channel binding required, but server authenticated client without channel binding"})
+        EXPECT_EQ(
+            motivo(dice),
+            "la conexión no se pudo cifrar: revise en la dirección sslmode y los certificados, con quien "
+            "administra el servidor (" +
+                dice + ")");
+    EXPECT_EQ(motivo("Connection refused"),
+              "nadie atiende ahí: revise la dirección y el puerto, y que el servidor esté en marcha");
+    EXPECT_EQ(
+        motivoDeConexion("could not translate host name \"SSL\" to address: Name or service not known\n"),
+        "no se encuentra la máquina: revise su nombre y la red");
+    EXPECT_EQ(motivo("server is not in hot standby mode"),
+              "revise la dirección; la biblioteca libpq dice: server is not in hot standby mode");
+    EXPECT_EQ(motivoDeConexion("definition of service \"x\" not found\n"),
+              "revise la dirección; la biblioteca libpq dice: definition of service \"x\" not found");
+}
+
 // It names a file that is missing, as the library does of a socket.
 TEST(Servidor, PostgresqlThatCannotLoadWhatARoleWantsIsNotToldAsOneThatIsNotThere) {
     auto& servidor = ServidorPostgres::unico();
