@@ -25,6 +25,8 @@ constexpr mode_t kPermisos = 07777;
 constexpr mode_t kModoNuevo = 0666;
 // Until it has the mode of what it replaces, nobody else reads it.
 constexpr mode_t kModoPropio = 0600;
+// Smaller files, as a memory and its tables are, have nothing to gain.
+constexpr std::size_t kDeUnaVez = 4U << 20;
 
 // ".<name>.XXXXXX" beside the destination, with a number that nobody guesses.
 std::string nombreTemporal(const fs::path& destino) {
@@ -140,6 +142,7 @@ ArchivoPendiente::ArchivoPendiente(ArchivoPendiente&& otro) noexcept
     : destino_(std::move(otro.destino_)),
       nombre_(std::move(otro.nombre_)),
       descriptor_(std::move(otro.descriptor_)),
+      sinMandar_(otro.sinMandar_),
       colocado_(std::exchange(otro.colocado_, true)) {}
 
 ArchivoPendiente::~ArchivoPendiente() {
@@ -157,6 +160,15 @@ void ArchivoPendiente::exigir(bool bien) const {
 void ArchivoPendiente::escribir(std::span<const std::uint8_t> bytes) {
     errno = escribirBytes(descriptor_(), bytes);
     exigir(errno == 0);
+    sinMandar_ += bytes.size();
+    if (sinMandar_ >= kDeUnaVez) adelantar();
+}
+
+// The disk takes what there is while the rest is still made, and sincronizar waits for little. A file system
+// that does not know this is told everything then, and then a failure is ours too.
+void ArchivoPendiente::adelantar() {
+    sinMandar_ = 0;
+    static_cast<void>(::sync_file_range(descriptor_(), 0, 0, SYNC_FILE_RANGE_WRITE));
 }
 
 void ArchivoPendiente::sincronizar() {

@@ -1,6 +1,7 @@
 // Saving a file whole: the old content stays until the new one is on disk.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <span>
@@ -44,10 +45,12 @@ class ArchivoPendiente {
 
    private:
     void exigir(bool bien) const;
+    void adelantar();
 
     Destino destino_;
     std::string nombre_;
     Descriptor descriptor_;
+    std::size_t sinMandar_ = 0;  // bytes of which the disk has not been told yet
     bool colocado_ = false;
 };
 

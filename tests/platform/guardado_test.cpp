@@ -110,6 +110,23 @@ TEST_F(Guardado, WhereTheGroupIsNotKeptTheNewOneMayWhatEverybodyMay) {
     EXPECT_EQ(modoDe(ruta("x.csv")), mode_t{0666});
 }
 
+// The disk is given a long one before its end.
+TEST_F(Guardado, ALongFileThatIsWrittenInPiecesIsWhole) {
+    std::string todo;
+    {
+        GuardadoAtomico guardado(ruta("x.csv"));
+        while (todo.size() < (10U << 20U)) {
+            const auto pieza = std::to_string(todo.size()) + std::string(100'000, ',');
+            guardado.escribir(pieza);
+            todo += pieza;
+        }
+        EXPECT_FALSE(fs::exists(ruta("x.csv")));
+        guardado.terminar();
+    }
+    EXPECT_TRUE(leerTodo(ruta("x.csv")) == todo);
+    EXPECT_EQ(entradas(), 1u);
+}
+
 TEST_F(Guardado, AFileThatIsToBeNewReplacesNone) {
     guardarAtomico(ruta("x.rgt"), "viejo", {.nuevo = true});
     EXPECT_THROW(guardarAtomico(ruta("x.rgt"), "nuevo", {.nuevo = true}), ErrorGuardado);
