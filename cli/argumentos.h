@@ -4,15 +4,9 @@
 
 #include <string>
 
-#include "consola/codigos_salida.h"
 #include "consola/enteros.h"
 
 namespace telvane {
-
-// Throws ErrorUso: for options that do not go together.
-inline void exigirUso(bool bien, const std::string& que) {
-    if (!bien) throw ErrorUso(que);
-}
 
 std::string motivoSegundos(const std::string& texto);    // 1 to 3600
 std::string motivoCuenta(const std::string& texto);      // 1 to 1000000000

@@ -57,8 +57,8 @@ class Descargador {
     ImagenDescargada correr();
 
    private:
-    std::string menosDeUnBloque() const;
     std::int64_t bloquesEnElParcial() const;
+    std::string loQueHayEnElParcial() const;
     void decirAnterior();
     void recibir(RegistradorCli::Bloque bloque);
     void leerHastaQueValga();
@@ -87,18 +87,16 @@ std::int64_t Descargador::bloquesEnElParcial() const {
     return static_cast<std::int64_t>(parcial_->contenido().size() / kBytesBloque);
 }
 
-// Empty: there is a block, or more.
-std::string Descargador::menosDeUnBloque() const {
-    if (bloquesEnElParcial() > 0) return "";
+std::string Descargador::loQueHayEnElParcial() const {
+    if (const auto bloques = bloquesEnElParcial(); bloques > 0) return contados(bloques, "bloque", "bloques");
     const auto bytes = static_cast<std::int64_t>(parcial_->contenido().size());
     return fmt::format("menos de un bloque ({})", contados(bytes, "byte", "bytes"));
 }
 
 void Descargador::decirAnterior() {
     if (!parcial_ || parcial_->contenido().empty()) return;
-    const auto poco = menosDeUnBloque();
     consola_.aviso(fmt::format("{} conserva {} de una descarga anterior", nombreVisible(parcial_->ruta()),
-                               poco.empty() ? contados(bloquesEnElParcial(), "bloque", "bloques") : poco));
+                               loQueHayEnElParcial()));
 }
 
 // The block is on the disk before anything else is done with it.
@@ -222,8 +220,7 @@ void Descargador::decirResto() {
     if (!parcial_ || parcial_->contenido().empty()) return;
     const auto donde = nombreVisible(parcial_->ruta());
     const auto cuantos = bloquesEnElParcial();
-    if (const auto poco = menosDeUnBloque(); !poco.empty())
-        return consola_.aviso(fmt::format("En {} queda {}.", donde, poco));
+    if (cuantos == 0) return consola_.aviso(fmt::format("En {} queda {}.", donde, loQueHayEnElParcial()));
     consola_.aviso(fmt::format("En {} {} {} de {} bloques.", donde, cuantos == 1 ? "queda" : "quedan",
                                cuantos, kBloquesMemoria));
 }

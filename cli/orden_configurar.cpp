@@ -12,7 +12,6 @@
 #include <fmt/format.h>
 
 #include "cli/archivo_parcial.h"
-#include "cli/argumentos.h"
 #include "cli/copia_en_disco.h"
 #include "cli/descarga_cli.h"
 #include "cli/estado_envio.h"

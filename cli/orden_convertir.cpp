@@ -9,7 +9,6 @@
 
 #include <fmt/format.h>
 
-#include "cli/argumentos.h"
 #include "cli/conversion_cli.h"
 #include "cli/ordenes.h"
 #include "cli/tanda_de_imagenes.h"

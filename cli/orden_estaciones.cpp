@@ -9,7 +9,6 @@
 #include <fmt/format.h>
 
 #include "cli/ajustes_descarga.h"
-#include "cli/argumentos.h"
 #include "cli/ejecuciones.h"
 #include "cli/ordenes.h"
 #include "cli/textos_cli.h"

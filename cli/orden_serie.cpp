@@ -5,7 +5,6 @@
 
 #include <fmt/format.h>
 
-#include "cli/argumentos.h"
 #include "cli/estado_envio.h"
 #include "cli/lectura_firme.h"
 #include "cli/ordenes.h"

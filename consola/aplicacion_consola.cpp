@@ -11,13 +11,8 @@ namespace telvane {
 
 namespace {
 
-// dondeMirar: set before anything can be wrong with the line.
-void leerLinea(const ProgramaConsola& programa, Consola& consola, const std::vector<std::string>& argumentos,
-               OrdenElegida& elegida, const std::function<void(Argumentos&)>& declarar,
-               std::string& dondeMirar) {
-    Argumentos linea(programa.nombre, programa.version, programa.descripcion);
-    declarar(linea);
-    dondeMirar = linea.dondeMirar(argumentos);
+void leerLinea(Argumentos& linea, Consola& consola, const std::vector<std::string>& argumentos,
+               OrdenElegida& elegida) {
     const auto leida = linea.leer(argumentos);
     if (leida.que == LineaLeida::Que::malUso) throw ErrorCli(CodigoSalida::malUso, leida.texto);
     if (leida.que == LineaLeida::Que::terminar) {
@@ -36,14 +31,15 @@ int correrYDecir(const ProgramaConsola& programa, Consola& consola,
         consola.aviso(fmt::format("{}: {}", programa.nombre, que));
         return static_cast<int>(codigo);
     };
-    std::string dondeMirar;
+    Argumentos linea(programa.nombre, programa.version, programa.descripcion);
     try {
         consola.exigirFlujosLibres(programa.flujos);
-        leerLinea(programa, consola, argumentos, elegida, declarar, dondeMirar);
+        declarar(linea);
+        leerLinea(linea, consola, argumentos, elegida);
         elegida();
         return static_cast<int>(CodigoSalida::hecho);
     } catch (const ErrorUso& error) {
-        return fallar(error.codigo(), error.what() + dondeMirar);
+        return fallar(error.codigo(), error.what() + linea.dondeMirar(argumentos));
     } catch (const ErrorCli& error) {
         return fallar(error.codigo(), error.what());
     } catch (const ErrorNombre& error) {

@@ -31,4 +31,9 @@ class ErrorUso : public ErrorCli {
     explicit ErrorUso(const std::string& que) : ErrorCli(CodigoSalida::malUso, que) {}
 };
 
+// For options that do not go together. Throws ErrorUso.
+inline void exigirUso(bool bien, const std::string& que) {
+    if (!bien) throw ErrorUso(que);
+}
+
 }  // namespace telvane

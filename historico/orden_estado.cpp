@@ -120,10 +120,8 @@ void declararEstado(Argumentos& argumentos, ContextoHistorico& contexto) {
                                         .valor = "ARCHIVO",
                                         .ayuda = "Lo escribe para la carpeta de un node exporter"});
     orden.alElegir([&contexto, opciones] {
-        if (opciones->json && opciones->prometheus && esSalidaEstandar(*opciones->prometheus)) {
-            throw ErrorUso(
-                "solo uno de --json y --prometheus puede ir a la salida: dé un archivo a --prometheus");
-        }
+        exigirUso(!(opciones->json && opciones->prometheus && esSalidaEstandar(*opciones->prometheus)),
+                  "solo uno de --json y --prometheus puede ir a la salida: dé un archivo a --prometheus");
         contexto.orden = [&contexto, opciones] { estado(contexto, *opciones); };
     });
 }

@@ -34,18 +34,6 @@ Formato formatoDe(const OpcionesExportar& opciones) {
     return formatoDelNombre(opciones.salida).value_or(Formato::csv);
 }
 
-std::optional<Instante> momentoDe(const std::optional<std::string>& texto) {
-    return texto ? leerMomento(*texto) : std::nullopt;
-}
-
-Periodo periodoDe(const OpcionesExportar& opciones) {
-    const Periodo periodo{.desde = momentoDe(opciones.desde), .hasta = momentoDe(opciones.hasta)};
-    if (periodo.desde && periodo.hasta && *periodo.desde >= *periodo.hasta) {
-        throw ErrorUso("--desde debe ser anterior a --hasta");
-    }
-    return periodo;
-}
-
 // A name that says something else than what the file holds.
 void decirFormato(Consola& consola, const OpcionesExportar& opciones) {
     const auto final = std::filesystem::path(opciones.salida).extension();
@@ -58,15 +46,14 @@ void decirFormato(Consola& consola, const OpcionesExportar& opciones) {
 
 void exportar(ContextoHistorico& contexto, const OpcionesExportar& opciones) {
     PeticionTabla peticion{.formato = formatoDe(opciones),
-                           .periodo = periodoDe(opciones),
+                           .periodo = periodoEntre(opciones.desde, opciones.hasta),
                            .cuales = opciones.todo ? Cuales::todas : Cuales::lasQueCuentan,
                            .calidad = {},
                            .momento = contexto.entorno.reloj.ahora()};
-    if (opciones.calidad && peticion.formato == Formato::xls) {
-        throw ErrorUso("--calidad no cabe en un xls: pida csv o jsonl");
-    }
-    if (opciones.limites && !opciones.calidad)
-        throw ErrorUso("--limites es para las marcas: añada --calidad, o quítelo");
+    exigirUso(!opciones.calidad || peticion.formato != Formato::xls,
+              "--calidad no cabe en un xls: pida csv o jsonl");
+    exigirUso(!opciones.limites || opciones.calidad,
+              "--limites es para las marcas: añada --calidad, o quítelo");
     const auto almacen = contexto.abrir(Uso::leer);
     const auto salida = contexto.salida(opciones.salida, reglaDeTabla(), almacen.get(), opciones.limites);
     Lectura lectura(*almacen);
@@ -87,6 +74,15 @@ void exportar(ContextoHistorico& contexto, const OpcionesExportar& opciones) {
 }
 
 }  // namespace
+
+Periodo periodoEntre(const std::optional<std::string>& desde, const std::optional<std::string>& hasta) {
+    Periodo periodo;
+    if (desde) periodo.desde = leerMomento(*desde);
+    if (hasta) periodo.hasta = leerMomento(*hasta);
+    exigirUso(!periodo.desde || !periodo.hasta || *periodo.desde < *periodo.hasta,
+              "--desde debe ser anterior a --hasta");
+    return periodo;
+}
 
 LimitesPorEstacion leerLimites(const ContextoHistorico& contexto, const std::optional<std::string>& pedidos,
                                const std::filesystem::path& alLado) {

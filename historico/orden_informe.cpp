@@ -53,20 +53,10 @@ std::string motivoMes(const std::string& texto) {
 
 // The bounds that the line gives; whatever is open ends with the samples.
 Periodo periodoPedido(const OpcionesInforme& opciones) {
-    if (opciones.mes && (opciones.desde || opciones.hasta)) {
-        throw ErrorUso("--mes no admite --desde ni --hasta");
-    }
-    if (opciones.mes) {
-        const auto plazo = leerMes(*opciones.mes)->plazo();
-        return {.desde = plazo.desde, .hasta = plazo.hasta};
-    }
-    Periodo periodo;
-    if (opciones.desde) periodo.desde = leerMomento(*opciones.desde);
-    if (opciones.hasta) periodo.hasta = leerMomento(*opciones.hasta);
-    if (periodo.desde && periodo.hasta && *periodo.desde >= *periodo.hasta) {
-        throw ErrorUso("--desde debe ser anterior a --hasta");
-    }
-    return periodo;
+    exigirUso(!opciones.mes || (!opciones.desde && !opciones.hasta), "--mes no admite --desde ni --hasta");
+    if (!opciones.mes) return periodoEntre(opciones.desde, opciones.hasta);
+    const auto plazo = leerMes(*opciones.mes)->plazo();
+    return {.desde = plazo.desde, .hasta = plazo.hasta};
 }
 
 ErrorCli sinMuestras() {
@@ -197,12 +187,11 @@ std::string ahora(const ContextoHistorico& contexto) {
 }
 
 void informar(ContextoHistorico& contexto, const OpcionesInforme& opciones) {
-    if (opciones.estacion.has_value() == opciones.imagen.has_value()) {
-        throw ErrorUso("se espera --estacion o --imagen, una de las dos");
-    }
-    if (opciones.imagen && opciones.limites && esEntradaEstandar(*opciones.imagen) &&
-        esEntradaEstandar(*opciones.limites))
-        throw ErrorUso("la entrada se lee una sola vez: dé un archivo en --limites");
+    exigirUso(opciones.estacion.has_value() != opciones.imagen.has_value(),
+              "se espera --estacion o --imagen, una de las dos");
+    exigirUso(!(opciones.imagen && opciones.limites && esEntradaEstandar(*opciones.imagen) &&
+                esEntradaEstandar(*opciones.limites)),
+              "la entrada se lee una sola vez: dé un archivo en --limites");
     const auto periodo = periodoPedido(opciones);
     auto almacen = opciones.imagen ? nullptr : contexto.abrir(Uso::leer);
     auto regla = reglaDeTabla();

@@ -68,6 +68,9 @@ class Relato {
     std::string motivo_;  // why not
 };
 
+// Of --desde and --hasta, which are good moments by themselves. Throws ErrorUso.
+Periodo periodoEntre(const std::optional<std::string>& desde, const std::optional<std::string>& hasta);
+
 // The limits of the quality marks: of the file that was asked for, or of the one beside the archive where
 // there is one. Throws ErrorLectura, ErrorLimites.
 LimitesPorEstacion leerLimites(const ContextoHistorico& contexto, const std::optional<std::string>& pedidos,

@@ -142,6 +142,8 @@ class Danos : public OrdenesEnAmbos {
             valores += columna.nombre == "estacion" ? "" : "," + columna.nombre;
         sql("INSERT INTO " + tabla + " SELECT " + valores + " FROM " + tabla + " WHERE " + cuales);
     }
+    template <typename Tocar>
+    void tocarCadaImagen(Tocar&& tocar);
     // An image's note and its content.
     void mudarFilas(int estacion, const std::string& cuales) {
         for (const std::string tabla : {"imagenes", "contenidos"})
@@ -711,37 +713,34 @@ TEST_P(Danos, AStationWhoseRowsWereMovedIntoAnotherGetsThemBack) {
     }
 }
 
-// One image with both of its rows under another station, be it the newest or not.
-TEST_P(Danos, AnImageWhoseRowsWereMovedIntoAnotherStationComesBackAlone) {
+// tocar(which rows, station) for each image, be it the newest or not, and each station; all comes back.
+template <typename Tocar>
+void Danos::tocarCadaImagen(Tocar&& tocar) {
     incorporarTodas();
     const auto antes = todoLoQueHay();
     guardarlo();
-    for (const auto& movida : originales) {
-        for (int a = 1; a <= kEstaciones; ++a) {
-            // A server takes its time.
-            if (!esArchivo() && a != 1) continue;
-            SCOPED_TRACE(textoDe(movida.huella) + " a " + std::to_string(a));
+    // A server takes its time.
+    const int hasta = esArchivo() ? kEstaciones : 1;
+    for (const auto& original : originales) {
+        for (int a = 1; a <= hasta; ++a) {
+            SCOPED_TRACE(textoDe(original.huella) + " a " + std::to_string(a));
             devolverlo();
-            mudarFilas(a, "huella=" + literal(movida));
+            tocar("huella=" + literal(original), a);
             exigirQueReponga(antes);
         }
     }
 }
 
+// One image with both of its rows under another station.
+TEST_P(Danos, AnImageWhoseRowsWereMovedIntoAnotherStationComesBackAlone) {
+    tocarCadaImagen([&](const std::string& suya, int a) { mudarFilas(a, suya); });
+}
+
 TEST_P(Danos, AnImageWhoseRowsWereCopiedIntoAnotherStationStaysNotThere) {
-    incorporarTodas();
-    const auto antes = todoLoQueHay();
-    guardarlo();
-    for (const auto& copiada : originales) {
-        for (int a = 1; a <= kEstaciones; ++a) {
-            if (!esArchivo() && a != 1) continue;
-            SCOPED_TRACE(textoDe(copiada.huella) + " a " + std::to_string(a));
-            devolverlo();
-            for (const auto* tabla : {"imagenes", "contenidos"})
-                copiarFilas(tabla, a, "huella=" + literal(copiada) + " AND estacion<>" + std::to_string(a));
-            exigirQueReponga(antes);
-        }
-    }
+    tocarCadaImagen([&](const std::string& suya, int a) {
+        for (const auto* tabla : {"imagenes", "contenidos"})
+            copiarFilas(tabla, a, suya + " AND estacion<>" + std::to_string(a));
+    });
 }
 
 // Two columns that bear each other's names.
