@@ -11,8 +11,20 @@ namespace telvane {
 
 namespace {
 
-void leerLinea(Argumentos& linea, Consola& consola, const std::vector<std::string>& argumentos,
-               OrdenElegida& elegida) {
+using Declarar = std::function<void(Argumentos&)>;
+
+std::string dondeMirar(const ProgramaConsola& programa, const std::vector<std::string>& argumentos,
+                       const Declarar& declarar) {
+    Argumentos linea(programa.nombre, programa.version, programa.descripcion);
+    declarar(linea);
+    return linea.dondeMirar(argumentos);
+}
+
+// What the line is read with has gone when the command begins: it may need the memory.
+void leerLinea(const ProgramaConsola& programa, Consola& consola, const std::vector<std::string>& argumentos,
+               OrdenElegida& elegida, const Declarar& declarar) {
+    Argumentos linea(programa.nombre, programa.version, programa.descripcion);
+    declarar(linea);
     const auto leida = linea.leer(argumentos);
     if (leida.que == LineaLeida::Que::malUso) throw ErrorCli(CodigoSalida::malUso, leida.texto);
     if (leida.que == LineaLeida::Que::terminar) {
@@ -26,20 +38,18 @@ void leerLinea(Argumentos& linea, Consola& consola, const std::vector<std::strin
 // Throws what finds no memory to be told.
 int correrYDecir(const ProgramaConsola& programa, Consola& consola,
                  const std::vector<std::string>& argumentos, OrdenElegida& elegida,
-                 const std::function<void(Argumentos&)>& declarar) {
+                 const Declarar& declarar) {
     const auto fallar = [&](CodigoSalida codigo, const std::string& que) {
         consola.aviso(fmt::format("{}: {}", programa.nombre, que));
         return static_cast<int>(codigo);
     };
-    Argumentos linea(programa.nombre, programa.version, programa.descripcion);
     try {
         consola.exigirFlujosLibres(programa.flujos);
-        declarar(linea);
-        leerLinea(linea, consola, argumentos, elegida);
+        leerLinea(programa, consola, argumentos, elegida, declarar);
         elegida();
         return static_cast<int>(CodigoSalida::hecho);
     } catch (const ErrorUso& error) {
-        return fallar(error.codigo(), error.what() + linea.dondeMirar(argumentos));
+        return fallar(error.codigo(), error.what() + dondeMirar(programa, argumentos, declarar));
     } catch (const ErrorCli& error) {
         return fallar(error.codigo(), error.what());
     } catch (const ErrorNombre& error) {
