@@ -113,10 +113,22 @@ constexpr std::pair<std::string_view, std::string_view> kComienzos[] = {
     {"\x28\xB5\x2F\xFD", "un archivo comprimido"},
     {"BZh91AY&SY", "un archivo comprimido"},
     {std::string_view("SQLite format 3\0", 16), "una base de datos"},
+    {"PGDMP", "una base de datos"},
     {"\x7F"
      "ELF",
      "un programa"},
+    {"GIF87a", "una imagen GIF"},
+    {"GIF89a", "una imagen GIF"},
+    // An editor's mark.
+    {"\xEF\xBB\xBF", "un texto"},
 };
+
+// A folder packed into one file begins with a name.
+bool esPaquete(Bytes bytes) {
+    constexpr std::size_t kDonde = 257;
+    constexpr std::string_view kMarca = "ustar";
+    return bytes.size() > kDonde && comoTexto(bytes).substr(kDonde).starts_with(kMarca);
+}
 
 }  // namespace
 
@@ -157,6 +169,7 @@ std::string_view otraClase(Bytes bytes) {
     for (const auto& [comienzo, clase] : kComienzos) {
         if (comoTexto(bytes).starts_with(comienzo)) return clase;
     }
+    if (esPaquete(bytes)) return "un archivo tar";
     const auto ancho = textoUtf16(bytes);
     const Bytes llano =
         ancho ? Bytes(reinterpret_cast<const std::uint8_t*>(ancho->data()), ancho->size()) : bytes;

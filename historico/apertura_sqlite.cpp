@@ -74,7 +74,9 @@ void exigirDiscoEscribible(const std::filesystem::path& ruta) {
 // SQLite does not say why it can make none. Of two that begin at once one finds what the other has made.
 void exigirQueSePuedaHacer(const std::filesystem::path& ruta) {
     try {
-        static_cast<void>(revisarDestino(ruta));
+        // SQLite makes these beside it, once it is there.
+        for (const auto* suyo : {"", "-wal", "-shm", "-journal"})
+            static_cast<void>(revisarDestino(ruta.string() + suyo));
     } catch (const std::exception&) {
         if (queHay(ruta) == QueHay::nada) throw;
     }

@@ -51,7 +51,8 @@ seconds retrasoQueCuenta(const Llegadas& ultimas) {
 }
 
 bool calla(const Observada& o, const Mirada& mirada) {
-    const seconds hace = mirada.ahora - o.estacion.resumen.incorporada;
+    if (!o.llego) return true;
+    const seconds hace = mirada.ahora - *o.llego;
     return mirada.horasDeSilencio ? enHoras(hace) > *mirada.horasDeSilencio
                                   : hace > retrasoQueCuenta(o.ultimas);
 }
@@ -61,11 +62,17 @@ using Texto = std::optional<std::string>;
 
 Texto silencio(const Observada& o, const Mirada& mirada) {
     if (!calla(o, mirada)) return std::nullopt;
-    const auto ultima = o.estacion.resumen.incorporada;
-    const seconds hace = mirada.ahora - ultima;
+    const auto anotada = o.estacion.resumen.incorporada;
+    if (!o.llego) {
+        return fmt::format(
+            "sus imágenes figuran incorporadas después de ahora, hasta el {}: revise el reloj "
+            "de este equipo; si está bien, calla hasta la próxima imagen",
+            isoDe(anotada));
+    }
+    const seconds hace = mirada.ahora - *o.llego;
     const auto enteras = std::chrono::floor<hours>(hace).count();
     return fmt::format("sin imágenes desde hace {}, la última es de {}",
-                       enteras > 0 ? contados(enteras, "hora", "horas") : enPalabras(hace), isoDe(ultima));
+                       enteras > 0 ? contados(enteras, "hora", "horas") : enPalabras(hace), isoDe(*o.llego));
 }
 
 Texto relojDesviado(const Observada& o) {
@@ -103,8 +110,8 @@ Texto relojIncorrecto(const Observada& o) {
     constexpr std::string_view kRemedio =
         "póngalo en hora con telvane-cli configurar --reloj-pc --borrar-memoria";
     const auto conocidas = descargasConocidas(o.ultimas);
-    const bool alDia =
-        !o.ultimas.empty() && o.ultimas.back().imagen.incorporada >= o.estacion.resumen.incorporada;
+    const auto cuando = o.llego.value_or(o.estacion.resumen.incorporada);
+    const bool alDia = !o.ultimas.empty() && o.ultimas.back().imagen.incorporada >= cuando;
     if (alDia) {
         if (conocidas.empty() || conocidas.back()->desfase) return std::nullopt;
         return fmt::format("su reloj no es una fecha: {}", kRemedio);
@@ -112,7 +119,6 @@ Texto relojIncorrecto(const Observada& o) {
     // What came last has no time of its own.
     const auto reloj = relojDe(o.estacion.resumen.cabecera);
     if (!reloj) return fmt::format("el reloj de su imagen no es una fecha: {}", kRemedio);
-    const auto cuando = o.estacion.resumen.incorporada;
     // Nobody knows any more when it came.
     if (cuando == kPrimeraIncorporada) return std::nullopt;
     const seconds delante = reloj->time_since_epoch() - cuando.time_since_epoch();
@@ -163,7 +169,7 @@ Relevos relevosDe(const Flota& flota) {
 // When somebody last reached it. A memory that is the same as the night before brings no new image, but the
 // record of its download.
 Incorporada ultimaNoticia(const Observada& o) {
-    auto ultima = o.estacion.resumen.incorporada;
+    auto ultima = o.llego.value_or(kPrimeraIncorporada);
     for (const auto* descarga : descargasConocidas(o.ultimas))
         ultima = std::max(ultima, descarga->descargada);
     return ultima;

@@ -59,6 +59,8 @@ struct AvisoEstacion {
 struct Observada {
     EstacionGuardada estacion;
     Llegadas ultimas;  // the newest last, limites_aviso::kUltimas at most
+    // When its last image came. None that a machine noted whose clock was ahead: nullopt where that are all.
+    std::optional<Incorporada> llego;
     // What the last image brought besides what the last look held.
     std::int64_t huecosNuevos = 0;
     std::int64_t conflictosNuevos = 0;

@@ -28,6 +28,8 @@ inline constexpr auto kDerivaDiaria = 10s;
 // Local time is ahead of UTC by 14 hours at most, and somebody may have been half a day late with the image:
 // a clock beyond that is no time of its download. (The data bases sort by it: see Almacen::ultimas.)
 inline constexpr auto kRelojFuturo = 26h;
+// As far as the clocks of two machines that fill one archive may be apart.
+inline constexpr auto kIncorporadaFutura = 1h;
 // A memory must do for so many downloads: one may fail.
 inline constexpr int kDescargasPorDelante = 2;
 // Places for samples, less the two that some loggers keep for their header.

@@ -1,10 +1,23 @@
 #include "historico/nombre_estacion.h"
 
+#include <fmt/format.h>
+
 #include "consola/nombres.h"
 #include "loggerconfig/datos_config.h"
 #include "loggerconfig/pasos_serie.h"
+#include "platform/numero.h"
 
 namespace telvane {
+
+namespace {
+
+constexpr std::string_view kRecuperada = "recuperada.";
+
+bool valeJuntoALaSerie(std::string_view junto) {
+    return motivoNombre(std::string(junto)).empty() || esNombreRecuperado(junto);
+}
+
+}  // namespace
 
 bool esSerie(const std::string& texto) {
     return motivoSerieMostrada(texto).empty();
@@ -13,15 +26,22 @@ bool esSerie(const std::string& texto) {
 bool esNombreDe(std::string_view nombre, std::string_view serie) {
     if (!nombre.starts_with(serie)) return false;
     const auto resto = nombre.substr(serie.size());
-    return resto.empty() ||
-           (resto.size() > 1 && resto.front() == '/' && motivoNombre(std::string(resto.substr(1))).empty());
+    return resto.empty() || (resto.size() > 1 && resto.front() == '/' && valeJuntoALaSerie(resto.substr(1)));
 }
 
 std::string nombreJuntoALaSerie(const std::string& nombre) {
     const auto barra = nombre.find('/');
     if (barra == std::string::npos) return {};
     auto junto = nombre.substr(barra + 1);
-    return motivoNombre(junto).empty() ? junto : std::string();
+    return valeJuntoALaSerie(junto) ? junto : std::string();
+}
+
+std::string nombreRecuperado(int vez) {
+    return fmt::format("{}{}", kRecuperada, vez);
+}
+
+bool esNombreRecuperado(std::string_view junto) {
+    return junto.starts_with(kRecuperada) && numeroDe<int>(junto.substr(kRecuperada.size())).value_or(0) > 0;
 }
 
 bool esDeVariante(const std::string& serie) {

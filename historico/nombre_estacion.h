@@ -12,6 +12,10 @@ bool esNombreDe(std::string_view nombre, std::string_view serie);
 // What stands beside the serial number, whatever that is; empty where there is none that can.
 std::string nombreJuntoALaSerie(const std::string& nombre);
 
+// What one is called beside its number whose name is lost. Nobody gives it to --como, which takes no dot.
+std::string nombreRecuperado(int vez);
+bool esNombreRecuperado(std::string_view junto);
+
 // Whether the loggers of this number measure evaporation.
 bool esDeVariante(const std::string& serie);
 

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "historico/limites_aviso.h"
 #include "historico/textos_historico.h"
 
 namespace telvane {
@@ -25,6 +26,17 @@ void mirarLoNuevo(Lectura& lectura, Observada& o) {
         o.conflictosNuevos = lectura.conflictosDeMas(o.estacion, ultima, antes);
 }
 
+std::optional<Incorporada> ultimaLlegada(Lectura& lectura, const EstacionGuardada& estacion,
+                                         Incorporada ahora) {
+    const auto hasta = ahora + limites_aviso::kIncorporadaFutura;
+    if (estacion.resumen.incorporada <= hasta) return estacion.resumen.incorporada;
+    std::optional<Incorporada> ultima;
+    for (const auto& ficha : lectura.imagenes(estacion)) {
+        if (ficha.incorporada <= hasta) ultima = std::max(ultima, std::optional(ficha.incorporada));
+    }
+    return ultima;
+}
+
 std::set<Huella> huellasDe(Lectura& lectura, const EstacionGuardada& estacion) {
     std::set<Huella> huellas;
     for (const auto& ficha : lectura.imagenes(estacion)) huellas.insert(ficha.huella);
@@ -33,12 +45,13 @@ std::set<Huella> huellasDe(Lectura& lectura, const EstacionGuardada& estacion) {
 
 }  // namespace
 
-std::vector<Observada> observar(Lectura& lectura) {
+std::vector<Observada> observar(Lectura& lectura, Incorporada ahora) {
     std::vector<Observada> flota;
     auto ultimas = lectura.ultimas();
     for (auto& estacion : lectura.estaciones()) {
         auto& o = flota.emplace_back();
         o.ultimas = std::move(ultimas[estacion.id]);
+        o.llego = ultimaLlegada(lectura, estacion, ahora);
         o.estacion = std::move(estacion);
         mirarLoNuevo(lectura, o);
     }

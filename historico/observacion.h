@@ -9,7 +9,7 @@
 namespace telvane {
 
 // Of every station, by name.
-std::vector<Observada> observar(Lectura& lectura);
+std::vector<Observada> observar(Lectura& lectura, Incorporada ahora);
 
 // How many images of each the other archive lacks, written into them.
 void compararCon(std::vector<Observada>& flota, Lectura& lectura, Lectura& otra);

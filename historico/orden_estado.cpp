@@ -42,8 +42,8 @@ struct EstadoVisto {
 
 EstadoVisto mirar(ContextoHistorico& contexto, Almacen& almacen, const OpcionesEstado& opciones) {
     Lectura lectura(almacen);
-    auto flota = observar(lectura);
     Mirada mirada{.ahora = contexto.entorno.ahora(), .horasDeSilencio = {}, .copia = {}};
+    auto flota = observar(lectura, mirada.ahora);
     if (opciones.silencio) mirada.horasDeSilencio = leerHoras(*opciones.silencio);
     EstadoVisto visto;
     if (opciones.copia) {

@@ -70,7 +70,8 @@ Motivo motivoDe(const std::string& estado, const std::string& dicho, bool viva) 
                 Clase::delDato};
     }
     if (estado == "22P05") {
-        return {fmt::format("esa base de datos no guarda todas las letras: hágala con createdb -E UTF8 ({})",
+        return {fmt::format("esa base de datos no guarda todas las letras: haga otra con createdb -E UTF8 -T "
+                            "template0, y nómbrela ({})",
                             dicho),
                 Clase::delDato};
     }

@@ -18,11 +18,10 @@ namespace {
 
 // Of images that do not say it, and of which nobody else does.
 constexpr std::string_view kSerieDesconocida = "00000000";
-constexpr std::string_view kRecuperada = "recuperada";
 
 // Given for want of a better one.
 bool esInventado(const std::string& nombre) {
-    return nombre.starts_with(kSerieDesconocida) || nombreJuntoALaSerie(nombre).starts_with(kRecuperada);
+    return nombre.starts_with(kSerieDesconocida) || esNombreRecuperado(nombreJuntoALaSerie(nombre));
 }
 
 // Whether a station is still called what it was, but for the number of its logger.
@@ -370,8 +369,7 @@ std::string Rescate::nombreNuevo(const Grupo& grupo, std::set<std::string>& suel
     const auto junto = suNombre ? nombreJuntoALaSerie(grupo.fila->nombre) : std::string();
     if (!junto.empty() && !usados.contains(conNombre(junto))) return conNombre(junto);
     auto nombre = grupo.serie;
-    for (int vez = 1; usados.contains(nombre); ++vez)
-        nombre = conNombre(vez == 1 ? std::string(kRecuperada) : fmt::format("{}-{}", kRecuperada, vez));
+    for (int vez = 1; usados.contains(nombre); ++vez) nombre = conNombre(nombreRecuperado(vez));
     return nombre;
 }
 

@@ -127,10 +127,10 @@ std::string BaseSqlite::motivo(int codigo) const {
             if (acceso_ == Acceso::lectura) return std::string(kSinLosSuyos);
             return "no se puede escribir en él: revise sus permisos y los de su carpeta";
         case SQLITE_CANTOPEN:
-            // It is there: it is the one of those two that a writer, killed, had not yet made.
+            // It is there: it is one of those two that a writer, killed, had not yet made, or somebody took.
             if (std::error_code sinMotivo;
                 acceso_ == Acceso::lectura && sistema == ENOENT && std::filesystem::exists(ruta_, sinMotivo))
-                return std::string(kSinLosSuyos);
+                return std::string(quedaDiario() ? kAMedias : kSinLosSuyos);
             return fmt::format("no se puede abrir: {}", porQueNoSeAbre(sistema));
         case SQLITE_IOERR:
             return motivoDelDisco(codigo, sistema);
@@ -147,6 +147,13 @@ std::string BaseSqlite::motivo(int codigo) const {
         default:
             return base_ != nullptr ? sqlite3_errmsg(base_) : sqlite3_errstr(codigo);
     }
+}
+
+// Whether a writer's last commits stand beside it.
+bool BaseSqlite::quedaDiario() const {
+    std::error_code sinMotivo;
+    const auto largo = std::filesystem::file_size(ruta_.string() + "-wal", sinMotivo);
+    return !sinMotivo && largo > 0;
 }
 
 // What could not be made SQLite tries to read: of its folder the reason is known.

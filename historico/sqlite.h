@@ -54,6 +54,7 @@ class BaseSqlite {
    private:
     bool seguirEsperando(int vez);
     std::string motivo(int codigo) const;
+    bool quedaDiario() const;
     std::string porQueNoSeAbre(int sistema) const;
 
     std::filesystem::path ruta_;

@@ -1,11 +1,9 @@
 #include "platform/destino.h"
 
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <sys/resource.h>
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -92,13 +90,6 @@ bool esPuntoDeMontaje(const fs::path& ruta) {
     struct statx datos {};
     return ::statx(AT_FDCWD, ruta.c_str(), AT_NO_AUTOMOUNT, STATX_TYPE, &datos) == 0 &&
            (datos.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
-}
-
-// The system's own views of itself take no new file, whoever asks and whatever their permissions say.
-bool esVistaDelSistema(const fs::path& carpeta) {
-    struct statfs datos {};
-    return ::statfs(carpeta.c_str(), &datos) == 0 &&
-           (datos.f_type == PROC_SUPER_MAGIC || datos.f_type == SYSFS_MAGIC);
 }
 
 struct stat exigirQueAdmita(const fs::path& carpeta) {

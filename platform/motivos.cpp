@@ -1,7 +1,10 @@
 #include "platform/motivos.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/resource.h>
+#include <sys/statvfs.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -123,12 +126,29 @@ std::string conOtroNombre(std::string_view motivo) {
     return conConsejo(motivo, kOtroNombre);
 }
 
+namespace {
+
+// A disk may have room, and none for the name of another file. Some file systems do not count them.
+bool sinMasArchivos(const std::filesystem::path& carpeta) {
+    struct statvfs disco {};
+    return ::statvfs(carpeta.c_str(), &disco) == 0 && disco.f_files > 0 && disco.f_favail == 0;
+}
+
+}  // namespace
+
+bool esVistaDelSistema(const std::filesystem::path& carpeta) {
+    struct statfs datos {};
+    return ::statfs(carpeta.c_str(), &datos) == 0 &&
+           (datos.f_type == PROC_SUPER_MAGIC || datos.f_type == SYSFS_MAGIC);
+}
+
 std::string motivoSinCarpeta(const std::filesystem::path& carpeta) {
     std::error_code error;
     const auto que = std::filesystem::status(carpeta, error).type();
     if (que == std::filesystem::file_type::directory) {
-        const bool vedada = ::faccessat(AT_FDCWD, carpeta.c_str(), W_OK, AT_EACCESS) != 0 && errno == EROFS;
-        return vedada ? motivoSistema(EROFS) : std::string(kSinArchivos);
+        if (esVistaDelSistema(carpeta)) return std::string(kSinArchivos);
+        if (::faccessat(AT_FDCWD, carpeta.c_str(), W_OK | X_OK, AT_EACCESS) != 0) return motivoSistema(errno);
+        return sinMasArchivos(carpeta) ? motivoSistema(ENOSPC) : std::string(kSinArchivos);
     }
     if (que == std::filesystem::file_type::none) return motivoSistema(error.value());
     if (que == std::filesystem::file_type::not_found)

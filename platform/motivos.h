@@ -23,7 +23,8 @@ std::string motivoSinConsejo(int numero);
 inline constexpr std::string_view kNoEsArchivoNormal = "no es un archivo normal";
 // What to do where the name is at fault.
 std::string conOtroNombre(std::string_view motivo);
-// The system's own views of itself take no new file.
+// The system's own views of itself take no new file, whoever asks and whatever their permissions say.
+bool esVistaDelSistema(const std::filesystem::path& carpeta);
 inline constexpr std::string_view kSinArchivos = "ahí el sistema no guarda archivos; dé otra carpeta";
 // Why nothing can be put into this one, and what to do.
 std::string motivoSinCarpeta(const std::filesystem::path& carpeta);

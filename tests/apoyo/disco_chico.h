@@ -22,6 +22,10 @@ class DiscoChico {
         if (montado_) ::umount(carpeta_.c_str());
     }
     bool montado() const { return montado_; }
+    // No room for the name of another file.
+    bool sinMasNombres() const {
+        return ::mount("tmpfs", carpeta_.c_str(), "tmpfs", MS_REMOUNT, "nr_inodes=1") == 0;
+    }
     bool soloLectura() const {
         return ::mount(nullptr, carpeta_.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
     }

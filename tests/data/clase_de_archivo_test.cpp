@@ -63,6 +63,11 @@ TEST(OtraClase, OtherKindsAreKnownByTheirBeginning) {
     EXPECT_EQ(claseDe("PK\x03\x04" + std::string(100, '\0')), "un archivo comprimido o una planilla");
     EXPECT_EQ(claseDe("\x1F\x8B\x08" + std::string(100, '\0')), "un archivo comprimido");
     EXPECT_EQ(claseDe("%PDF-1.7\n"), "un documento PDF");
+    EXPECT_EQ(claseDe("GIF89a" + std::string(100, '\0')), "una imagen GIF");
+    EXPECT_EQ(claseDe("PGDMP" + std::string(100, '\0')), "una base de datos");
+    EXPECT_EQ(claseDe("\xEF\xBB\xBFhola"), "un texto");
+    EXPECT_EQ(claseDe("nombre" + std::string(251, '\0') + "ustar" + std::string(100, '\0')),
+              "un archivo tar");
     EXPECT_EQ(claseDe("SQLite format 3" + std::string(85, '\0')), "una base de datos");
 }
 

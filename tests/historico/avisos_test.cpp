@@ -57,9 +57,9 @@ class Avisos : public testing::TestWithParam<TipoAlmacen> {
     using Dichos = std::map<std::string, std::map<std::string, std::string>>;
     Dichos dichos(int noche, std::optional<double> silencio = {}) {
         Lectura lectura(*almacen);
-        const auto flota = observar(lectura);
-        const auto avisos =
-            avisosDe(flota, {.ahora = utcDeNoche(noche) + 5h, .horasDeSilencio = silencio, .copia = {}});
+        const Mirada mirada{.ahora = utcDeNoche(noche) + 5h, .horasDeSilencio = silencio, .copia = {}};
+        const auto flota = observar(lectura, mirada.ahora);
+        const auto avisos = avisosDe(flota, mirada);
         Dichos dichos;
         for (std::size_t i = 0; i < flota.size(); ++i) {
             for (const auto& aviso : avisos[i]) {
@@ -108,6 +108,24 @@ TEST_P(Avisos, AStationThatBringsTheSameMemoryAgainIsSilent) {
     EXPECT_THAT(dichos(12)[una]["silencio"], dicho);
     EXPECT_THAT(dichos(12, 52)[una]["silencio"], dicho);
     EXPECT_FALSE(dichos(12, 54)[una].contains("silencio"));
+}
+
+// A machine whose clock was wrong once hides nobody's silence until then.
+TEST_P(Avisos, AnImageThatCameInTheFutureDoesNotCountForSilence) {
+    const auto incorporar = [&](int noche, Incorporada cuando) {
+        Archivo(*almacen).incorporar(memoria(una, noche).bytes(), {}, {"prueba", cuando});
+    };
+    incorporar(9, utcDeNoche(400));
+    EXPECT_THAT(dichos(9)[una]["silencio"], HasSubstr("figuran incorporadas después de ahora"));
+    EXPECT_THAT(dichos(9, 1000)[una]["silencio"], HasSubstr("hasta el 2026-04-05T00:00:00Z"));
+    incorporar(10, utcDeNoche(10));
+    EXPECT_FALSE(dichos(10).contains(una));
+    EXPECT_THAT(dichos(12)[una]["silencio"],
+                HasSubstr("sin imágenes desde hace 53 horas, la última es de 2025-03-11T00:00:00Z"));
+    EXPECT_FALSE(dichos(12, 54)[una].contains("silencio"));
+    // Another machine's may be ahead by a little.
+    incorporar(13, utcDeNoche(12) + 5h + 1h);
+    EXPECT_FALSE(dichos(12, 0).contains(una));
 }
 
 TEST_P(Avisos, AClockThatIsWrongByMoreThanAMinute) {
@@ -278,7 +296,7 @@ TEST_P(Avisos, ImagesThatTheOtherArchiveLacks) {
     noches(una, 4, 5);
     Lectura lectura(*almacen);
     Lectura suya(*central);
-    auto flota = observar(lectura);
+    auto flota = observar(lectura, utcDeNoche(5));
     compararCon(flota, lectura, suya);
     EXPECT_EQ(flota[0].sinCopiar, 2);
     EXPECT_EQ(flota[1].sinCopiar, 2);

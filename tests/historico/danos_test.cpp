@@ -286,11 +286,12 @@ TEST_P(Danos, WhatIsLeftOfAnotherLoggerOfThatNumberStaysApartUnderANewName) {
     sql("DELETE FROM estaciones WHERE nombre<>'02080050'");
     const auto r = correr({"rehacer"});
     EXPECT_EQ(r.codigo, 0);
-    EXPECT_THAT(r.errores, HasSubstr("estación 02080050/recuperada: su nombre se había perdido"));
+    EXPECT_THAT(r.errores, HasSubstr("estación 02080050/recuperada.1: su nombre se había perdido"));
     EXPECT_THAT(r.errores, HasSubstr("estación 00000000: su nombre se había perdido"));
     EXPECT_EQ(correr({"comprobar"}).codigo, 0);
     EXPECT_THAT(valores(todoLoQueHay()), testing::UnorderedElementsAreArray(valores(antes)));
-    sql("UPDATE estaciones SET nombre='02080050/norte' WHERE nombre='02080050/recuperada'; UPDATE estaciones "
+    sql("UPDATE estaciones SET nombre='02080050/norte' WHERE nombre='02080050/recuperada.1'; UPDATE "
+        "estaciones "
         "SET "
         "nombre='02080052' WHERE nombre='00000000'");
     EXPECT_EQ(correr({"rehacer"}).errores, "");
@@ -879,9 +880,9 @@ TEST_P(Danos, AStationThatWasMadeBesideALostImageTakesNothingOfItUntilItIsBack) 
     sql("DELETE FROM estaciones; DELETE FROM contenidos WHERE huella=" + literal);
     ASSERT_EQ(correr({"incorporar", guardar("2.rgt", noche(2).bytes())}).codigo, 0);
     EXPECT_EQ(correr({"rehacer"}).codigo, 1);
-    EXPECT_THAT(exportada("02080050/recuperada"), HasSubstr(kSuya));
+    EXPECT_THAT(exportada("02080050/recuperada.1"), HasSubstr(kSuya));
     EXPECT_EQ(correr({"rehacer"}).codigo, 1);
-    EXPECT_THAT(exportada("02080050/recuperada"), HasSubstr(kSuya));
+    EXPECT_THAT(exportada("02080050/recuperada.1"), HasSubstr(kSuya));
     EXPECT_THAT(correr({"incorporar", carpeta / "perdida.rgt"}).errores, HasSubstr("vuelve a estar"));
     EXPECT_EQ(correr({"rehacer"}).codigo, 0);
     EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");

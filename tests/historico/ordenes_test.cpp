@@ -1597,6 +1597,35 @@ TEST_F(Ordenes, ANameWithALineEndIsNotAnotherFiles) {
                 HasSubstr("no\uFFFDhay.sqlite: "));
 }
 
+// Nor is an empty file left behind that nobody asked for.
+TEST_F(Ordenes, AnArchiveThatSqliteCannotWriteBesideIsNotBegun) {
+    const auto ruta = imagen();
+    // As long as a name may be, and too long for what stands beside it.
+    const auto largo = (carpeta / std::string(250, '0')).string();
+    EXPECT_THAT(correr({"--en", largo, "incorporar", ruta}).errores,
+                HasSubstr("el nombre es demasiado largo"));
+    EXPECT_FALSE(std::filesystem::exists(largo));
+    const auto tapado = (carpeta / "t.sqlite").string();
+    std::filesystem::create_directory(tapado + "-wal");
+    EXPECT_THAT(correr({"--en", tapado, "incorporar", ruta}).errores,
+                HasSubstr("t.sqlite-wal: es una carpeta"));
+    EXPECT_FALSE(std::filesystem::exists(tapado));
+}
+
+// Any name is somebody's own.
+TEST_F(Ordenes, AStationMayBeCalledAsOneWhoseNameIsLost) {
+    ASSERT_EQ(correr({"incorporar", imagen()}).codigo, 0);
+    int muestras = 60;
+    for (const std::string nombre : {"recuperada", "recuperada-2", "recuperada_1"}) {
+        const auto suya = guardar("r.rgt", ImagenPrueba().serie(0, 0, ++muestras).bytes());
+        ASSERT_EQ(correr({"incorporar", suya, "--como", nombre}).codigo, 0) << nombre;
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n") << nombre;
+        EXPECT_EQ(correr({"rehacer"}).errores, "") << nombre;
+        EXPECT_EQ(correr({"exportar", "-", "--estacion", "02080050/" + nombre}).codigo, 0);
+    }
+    EXPECT_EQ(correr({"incorporar", imagen(), "--como", "recuperada.1"}).codigo, 2);
+}
+
 // SQLite says of it that files which it wants beside the archive are not there.
 TEST_F(Ordenes, AReadOnlyDiskIsToldAsThat) {
     const DiscoChico disco(carpeta / "disco", "4m");

@@ -861,7 +861,8 @@ TEST_F(CopiaAPostgresql, GoesOnAfterAnImageThatIsNotTaken) {
         return testing::AllOf(
             testing::StartsWith("estación 02080050: imagen " +
                                 textoDe(huellaDe(ImagenPrueba().serie(0, 0, cuantas).bytes()))),
-            HasSubstr("esa base de datos no guarda todas las letras: hágala con createdb -E UTF8"));
+            HasSubstr("esa base de datos no guarda todas las letras: haga otra con createdb -E UTF8 -T "
+                      "template0, y nómbrela"));
     };
     EXPECT_THAT(copia.fallos, testing::ElementsAre(que(20), que(30)));
     EXPECT_EQ(central.estacion("02080050")->resumen.imagenes, 2);

@@ -80,10 +80,12 @@ TEST(MotivoSinCarpeta, TellsWhatStandsThereInstead) {
     EXPECT_EQ(motivoSinCarpeta("/proc"), kSinArchivos);
 }
 
-TEST(MotivoSinCarpeta, OfAReadOnlyDiskThatItIsOne) {
+TEST(MotivoSinCarpeta, OfAFullOrAReadOnlyDiskThatItIsOne) {
     const CarpetaTemporal carpeta;
     const DiscoChico disco(carpeta / "disco");
     if (!disco.montado()) GTEST_SKIP() << "mounting is not permitted here";
+    ASSERT_TRUE(disco.sinMasNombres());
+    EXPECT_EQ(motivoSinCarpeta(carpeta / "disco"), "no queda espacio en el disco. Haga sitio y repita");
     ASSERT_TRUE(disco.soloLectura());
     EXPECT_EQ(motivoSinCarpeta(carpeta / "disco"), "el disco es de solo lectura. Dé otra carpeta");
 }
