@@ -112,9 +112,10 @@ void exigirQueSeaDe(const json& ficha, const ImagenConFicha& imagen) {
     const auto huella = textoSiHay(ficha, miembros_ficha::kImagen);
     const auto base = textoSiHay(ficha, miembros_ficha::kBase);
     const auto serie = textoSiHay(ficha, miembros_ficha::kSerie);
-    const bool otra = huella ? *huella != textoDe(imagen.huella)
+    const auto suya = serieDe(imagen.bytes);
+    const bool otra = huella ? *huella != textoDe(huellaDe(imagen.bytes))
                              : base && *base != sinControles(imagen.archivo.filename().string());
-    const bool otraSerie = imagen.serie && serie && *serie != *imagen.serie;
+    const bool otraSerie = suya && serie && *serie != *suya;
     if (otra || otraSerie) throw ErrorFicha("es de otra imagen");
 }
 

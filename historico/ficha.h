@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "historico/ficha_descarga.h"
-#include "historico/huella.h"
+#include "historico/imagen.h"
 
 namespace telvane {
 
@@ -24,8 +24,7 @@ class ErrorFicha : public std::runtime_error {
 // What a record has to agree with, and the UTC of this PC: no download is of tomorrow.
 struct ImagenConFicha {
     std::filesystem::path archivo;
-    Huella huella{};
-    std::optional<std::string> serie;  // in its header
+    BytesImagen bytes;
     std::chrono::sys_seconds ahora{};
 };
 

@@ -185,7 +185,7 @@ class Tanda {
     // Without it the image counts as much.
     std::optional<FichaDescarga> fichaDe(const std::string& archivo, BytesImagen bytes) {
         if (archivo == kTuberia) return std::nullopt;
-        auto hallada = fichaJuntoA({archivo, huellaDe(bytes), serieDe(bytes), contexto_.entorno.ahora()});
+        auto hallada = fichaJuntoA({archivo, bytes, contexto_.entorno.ahora()});
         const auto* conCual =
             hallada.ficha ? "la imagen se incorpora con la otra ficha" : "la imagen se incorpora sin ella";
         for (const auto& defecto : hallada.defectos)
