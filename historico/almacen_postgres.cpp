@@ -87,8 +87,7 @@ void AlmacenPostgres::confirmar() {
 }
 void AlmacenPostgres::abandonar() noexcept {
     try {
-        if (base_.viva() && base_.enTransaccion())
-            base_.ejecutar("ROLLBACK", BasePostgres::Atencion::ninguna);
+        if (base_.viva() && base_.enTransaccion()) base_.ejecutar("ROLLBACK", BasePostgres::Atencion::breve);
     } catch (const ErrorAlmacen&) {
         // A server that has gone has undone it.
         return;

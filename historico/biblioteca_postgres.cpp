@@ -50,6 +50,7 @@ BibliotecaPostgres::BibliotecaPostgres(const char* archivo)
       consumeInput(rutina<decltype(::PQconsumeInput)>("PQconsumeInput")),
       errorMessage(rutina<decltype(::PQerrorMessage)>("PQerrorMessage")),
       finish(rutina<decltype(::PQfinish)>("PQfinish")),
+      flush(rutina<decltype(::PQflush)>("PQflush")),
       freeCancel(rutina<decltype(::PQfreeCancel)>("PQfreeCancel")),
       freemem(rutina<decltype(::PQfreemem)>("PQfreemem")),
       getCancel(rutina<decltype(::PQgetCancel)>("PQgetCancel")),
@@ -70,6 +71,7 @@ BibliotecaPostgres::BibliotecaPostgres(const char* archivo)
       sendQueryPrepared(rutina<decltype(::PQsendQueryPrepared)>("PQsendQueryPrepared")),
       setErrorVerbosity(rutina<decltype(::PQsetErrorVerbosity)>("PQsetErrorVerbosity")),
       setNoticeReceiver(rutina<decltype(::PQsetNoticeReceiver)>("PQsetNoticeReceiver")),
+      setnonblocking(rutina<decltype(::PQsetnonblocking)>("PQsetnonblocking")),
       socket(rutina<decltype(::PQsocket)>("PQsocket")),
       status(rutina<decltype(::PQstatus)>("PQstatus")),
       transactionStatus(rutina<decltype(::PQtransactionStatus)>("PQtransactionStatus")) {}

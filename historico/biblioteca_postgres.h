@@ -28,6 +28,7 @@ class BibliotecaPostgres {
     decltype(::PQconsumeInput)* const consumeInput;
     decltype(::PQerrorMessage)* const errorMessage;
     decltype(::PQfinish)* const finish;
+    decltype(::PQflush)* const flush;
     decltype(::PQfreeCancel)* const freeCancel;
     decltype(::PQfreemem)* const freemem;
     decltype(::PQgetCancel)* const getCancel;
@@ -48,6 +49,7 @@ class BibliotecaPostgres {
     decltype(::PQsendQueryPrepared)* const sendQueryPrepared;
     decltype(::PQsetErrorVerbosity)* const setErrorVerbosity;
     decltype(::PQsetNoticeReceiver)* const setNoticeReceiver;
+    decltype(::PQsetnonblocking)* const setnonblocking;
     decltype(::PQsocket)* const socket;
     decltype(::PQstatus)* const status;
     decltype(::PQtransactionStatus)* const transactionStatus;

@@ -105,7 +105,8 @@ constexpr std::string_view kSinCamino =
     "no hay camino de red hasta el servidor: revise la conexión de este equipo";
 constexpr std::string_view kSinServidor =
     "nadie atiende ahí: revise la dirección y el puerto, y que el servidor esté en marcha";
-constexpr std::array<DichoAlConectar, 9> kDichosAlConectar = {
+constexpr std::string_view kOtroServicio = "invalid response to SSL negotiation";
+constexpr std::array<DichoAlConectar, 10> kDichosAlConectar = {
     {{kSinClave, kSinAcceso},
      {"could not translate host name", "no se encuentra la máquina: revise su nombre y la red"},
      {"Connection refused", kSinServidor},
@@ -114,7 +115,8 @@ constexpr std::array<DichoAlConectar, 9> kDichosAlConectar = {
      {"Connection timed out", kNoContesta},
      {"unreachable", kSinCamino},
      {"No route to host", kSinCamino},
-     {"closed the connection", "cortó la conexión: revise que ahí atienda un servidor PostgreSQL"}}};
+     {"closed the connection", "cortó la conexión: revise que ahí atienda un servidor PostgreSQL"},
+     {kOtroServicio, "lo que atiende ahí no es un servidor PostgreSQL: revise la dirección y el puerto"}}};
 
 // The rest of its line, from the state on: "28P01: ..." of "...failed: FATAL:  28P01: ...". Empty: no server
 // said anything.
@@ -164,7 +166,7 @@ std::string motivoDeConexion(const std::string& dicho) {
     const auto suyo = alcanzado ? linea.substr(desde + kAntes.size()) : linea;
     // A file of those may be one that is not there.
     const auto loDice = [&](std::string_view que) { return suyo.find(que) != std::string::npos; };
-    if (alcanzado && std::ranges::any_of(kDelCifrado, loDice)) {
+    if (alcanzado && !loDice(kOtroServicio) && std::ranges::any_of(kDelCifrado, loDice)) {
         return fmt::format(
             "la conexión no se pudo cifrar: revise en la dirección sslmode y los certificados, con quien "
             "administra el servidor ({})",

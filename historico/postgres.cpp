@@ -6,7 +6,9 @@
 
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <condition_variable>
+#include <future>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -215,6 +217,8 @@ void BasePostgres::conectar() {
     conexion_ = std::move(intento->conexion);
     despedida_ = std::move(intento->despedida);
     preparadas_.clear();
+    // No routine waits for a server that has stopped but those that say so.
+    pq().setnonblocking(conexion_.get(), 1);
     if (viva()) return;
     throw ErrorAlmacen(fmt::format("{}: no se puede conectar: {}", nombre_,
                                    direccion_->motivo(pq().errorMessage(conexion_.get()))));
@@ -248,18 +252,27 @@ void BasePostgres::exigir(const pg_result* resultado) const {
     if (estado != PGRES_COMMAND_OK && estado != PGRES_TUPLES_OK) fallar(resultado);
 }
 
-// Until the server has answered.
-void BasePostgres::esperar() {
+// Until it has all of the question and has answered.
+void BasePostgres::esperar(Atencion atencion) {
     constexpr int kVistazoMs = 100;
-    while (pq().isBusy(conexion_.get()) != 0) {
-        pollfd respuesta{pq().socket(conexion_.get()), POLLIN, 0};
-        if (::poll(&respuesta, 1, kVistazoMs) > 0) {
-            // What has gone wrong is in the result.
-            if (pq().consumeInput(conexion_.get()) == 0) return;
+    constexpr std::chrono::seconds kBreve{5};
+    const auto hasta = std::chrono::steady_clock::now() + kBreve;
+    while (true) {
+        const int porMandar = pq().flush(conexion_.get());
+        // What has gone wrong is in the result.
+        if (porMandar < 0 || (porMandar == 0 && pq().isBusy(conexion_.get()) == 0)) return;
+        const int sucesos = porMandar > 0 ? POLLIN | POLLOUT : POLLIN;
+        pollfd servidor{pq().socket(conexion_.get()), static_cast<short>(sucesos), 0};
+        if (::poll(&servidor, 1, kVistazoMs) > 0) {
+            if ((servidor.revents & ~POLLOUT) != 0 && pq().consumeInput(conexion_.get()) == 0) return;
+            continue;
+        }
+        if (atencion == Atencion::breve) {
+            if (std::chrono::steady_clock::now() >= hasta) return conexion_.reset();
             continue;
         }
         try {
-            atender_();
+            if (atender_) atender_();
         } catch (...) {
             cancelar();
             throw;
@@ -267,13 +280,22 @@ void BasePostgres::esperar() {
     }
 }
 
-// The server lets go of what it waits for; what it says of that is of no interest.
+// The server lets go of what it waits for, if it can still hear that, and of the connection. libpq asks for
+// that in a connection of its own, which one that has stopped takes and never answers.
 void BasePostgres::cancelar() {
-    const std::unique_ptr<PGcancel, void (*)(PGcancel*)> aviso(pq().getCancel(conexion_.get()),
-                                                               pq().freeCancel);
-    std::array<char, 256> motivo{};
-    if (!aviso || pq().cancel(aviso.get(), motivo.data(), static_cast<int>(motivo.size())) == 0) return;
-    while (auto* otro = pq().getResult(conexion_.get())) pq().clear(otro);
+    constexpr std::chrono::seconds kEspera{1};
+    const std::shared_ptr<PGcancel> aviso(pq().getCancel(conexion_.get()), pq().freeCancel);
+    const auto dicho = std::make_shared<std::promise<void>>();
+    {
+        const SenalesCerradas cerradas;
+        std::thread([aviso, dicho] {
+            std::array<char, 256> motivo{};
+            pq().cancel(aviso.get(), motivo.data(), static_cast<int>(motivo.size()));
+            dicho->set_value();
+        }).detach();
+    }
+    dicho->get_future().wait_for(kEspera);
+    conexion_.reset();
 }
 
 ResultadoPostgres BasePostgres::recoger(bool enviado, Atencion atencion) {
@@ -281,7 +303,7 @@ ResultadoPostgres BasePostgres::recoger(bool enviado, Atencion atencion) {
     ResultadoPostgres dueno(ultimo);
     if (!enviado) return dueno;
     for (;;) {
-        if (atender_ && atencion == Atencion::toda) esperar();
+        esperar(atencion);
         ultimo = pq().getResult(conexion_.get());
         if (ultimo == nullptr) return dueno;
         ResultadoPostgres parte(ultimo);
@@ -303,8 +325,7 @@ ResultadoPostgres BasePostgres::consultar(const std::string& sql, const Parametr
     if (!nueva && lugar->second.empty()) {
         const auto nombre = fmt::format("t{}", ++cuantasPreparadas_);
         const auto preparada =
-            recoger(pq().sendPrepare(conexion_.get(), nombre.c_str(), sql.c_str(), 0, nullptr) == 1,
-                    Atencion::ninguna);
+            recoger(pq().sendPrepare(conexion_.get(), nombre.c_str(), sql.c_str(), 0, nullptr) == 1);
         if (pq().resultStatus(preparada.suyo()) != PGRES_COMMAND_OK) fallar(preparada.suyo());
         lugar->second = nombre;
     }
@@ -341,7 +362,7 @@ void BasePostgres::copiar(const std::string& sql, std::string_view bytes, std::s
         pq().putCopyData(conexion_.get(), bytes.data(), static_cast<int>(bytes.size())) == 1 &&
         pq().putCopyEnd(conexion_.get(), nullptr) == 1;
     if (!enviado) fallar(nullptr);
-    const auto fin = recoger(true, Atencion::ninguna);
+    const auto fin = recoger(true);
     if (pq().resultStatus(fin.suyo()) != PGRES_COMMAND_OK) fallar(fin.suyo());
     exigirTocadas(fin, filas);
 }

@@ -67,8 +67,9 @@ class Parametros {
 // Every routine that asks the server throws ErrorAlmacen.
 class BasePostgres {
    public:
-    // Whether a signal may end the wait for the server.
-    enum class Atencion { ninguna, toda };
+    // How a wait for the server ends without its answer: breve, after some seconds and then for good; toda,
+    // by what atender throws.
+    enum class Atencion { breve, toda };
 
     // What to tell of an address that is none.
     static constexpr std::string_view kComoSeEscribe =
@@ -115,7 +116,7 @@ class BasePostgres {
     std::shared_ptr<Intento> conectarAparte();
     // The answer to what was sent: the last of its parts, or where data are expected.
     ResultadoPostgres recoger(bool enviado, Atencion atencion = Atencion::toda);
-    void esperar();
+    void esperar(Atencion atencion);
     void cancelar();
     void exigir(const pg_result* resultado) const;
     [[noreturn]] void fallar(const pg_result* resultado) const;

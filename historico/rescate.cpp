@@ -11,6 +11,7 @@
 #include "historico/imagen.h"
 #include "historico/nombre_estacion.h"
 #include "loggerconfig/datos_config.h"
+#include "platform/contados.h"
 
 namespace telvane {
 
@@ -217,6 +218,24 @@ std::string Rescate::serieDe(const Grupo& grupo) const {
     return grupo.fila && esSerie(grupo.fila->serie) ? grupo.fila->serie : std::string(kSerieDesconocida);
 }
 
+// When the first and the last of those came of which it is known.
+std::pair<Incorporada, Incorporada> Rescate::cuandoLlegaron(const Grupo& grupo) const {
+    std::pair lapso{Incorporada::max(), Incorporada::min()};
+    for (const auto cual : grupo.piezas) {
+        const auto* ficha = fichaDe(piezas_[cual]);
+        if (ficha == nullptr) continue;
+        lapso.first = std::min(lapso.first, ficha->ficha.incorporada);
+        lapso.second = std::max(lapso.second, ficha->ficha.incorporada);
+    }
+    return lapso;
+}
+
+// Whether a station is one that the next download made when a row was lost: it goes by its number alone, and
+// none of the other images came since. What stood beside them is another one, whatever it resembles.
+bool Rescate::esLaSiguiente(const Grupo& huerfana, const Grupo& suya) const {
+    return suya.fila->nombre == suya.serie && cuandoLlegaron(suya).first >= cuandoLlegaron(huerfana).second;
+}
+
 // A station that was made anew while its old images were without one, or under a name that was made up for
 // them. What samples of a lost image there are stays with them.
 void Rescate::fundirHuerfanas() {
@@ -228,12 +247,17 @@ void Rescate::fundirHuerfanas() {
         const auto& huerfana = grupo.second;
         if (!esHuerfana(huerfana)) continue;
         const auto suya = std::ranges::find_if(grupos_, [&](const auto& otra) {
-            return otra.first != grupo.first && otra.second.fila && !esInventado(otra.second.fila->nombre) &&
-                   otra.second.serie == huerfana.serie && concuerdan(huerfana, otra.second);
+            return otra.first > grupo.first && otra.second.fila && !esInventado(otra.second.fila->nombre) &&
+                   otra.second.serie == huerfana.serie && esLaSiguiente(huerfana, otra.second) &&
+                   concuerdan(huerfana, otra.second);
         });
         if (suya == grupos_.end()) continue;
         for (const auto cual : huerfana.piezas) piezas_[cual].estacion = suya->first;
-        fundidas_.insert(grupo.first);
+        fundidas_.emplace(
+            grupo.first,
+            fmt::format("estación {}: recibe de otra, que perdió su nombre, {} de la misma "
+                        "memoria",
+                        suya->second.fila->nombre, contados(huerfana.piezas.size(), "imagen", "imágenes")));
     }
     if (!fundidas_.empty()) agrupar();
 }
@@ -594,6 +618,7 @@ Rescate::Lineas Rescate::guardarEstaciones() {
         almacen_.corregirEstacion(provisional);
     }
     Lineas avisos;
+    for (const auto& [id, aviso] : fundidas_) avisos.push_back(aviso);
     for (auto& [id, grupo] : grupos_) {
         if (grupo.nombre.empty()) continue;
         const EstacionGuardada estacion{.id = id,

@@ -36,7 +36,8 @@ class Rescate {
     // Whether it will not be told either once reponer has done what it can.
     bool pierde(IdEstacion estacion) const;
 
-    // In a transaction that writes. Tells of the stations that have got another name because theirs is lost.
+    // In a transaction that writes. Tells of the stations that have got another name because theirs is lost,
+    // and of those that got the images of one that is.
     Lineas reponer();
 
    private:
@@ -67,6 +68,8 @@ class Rescate {
     void agrupar();
     IdEstacion dondeEsta(const EstacionGuardada& fila);
     std::string serieDe(const Grupo& grupo) const;
+    std::pair<Incorporada, Incorporada> cuandoLlegaron(const Grupo& grupo) const;
+    bool esLaSiguiente(const Grupo& huerfana, const Grupo& suya) const;
     void fundirHuerfanas();
     bool concuerdan(const Grupo& uno, const Grupo& otro);
     void devolverAjenas();
@@ -104,7 +107,7 @@ class Rescate {
     std::vector<Pieza> repetidas_;
     std::map<IdEstacion, Grupo> grupos_;
     // Whose images are all with another one's.
-    std::set<IdEstacion> fundidas_;
+    std::map<IdEstacion, std::string> fundidas_;  // what is told of it
     PorEstacion porReponer_;
     std::set<IdEstacion> afectadas_;
     bool hayQueReponer_ = false;

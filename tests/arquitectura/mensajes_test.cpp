@@ -145,6 +145,7 @@ const std::set<std::string>& noSonMensajes() {
         "Connection timed out",
         "No route to host",
         "closed the connection",
+        "invalid response to SSL negotiation",
         "failed to map segment",
         "annot allocate",
     };

@@ -865,6 +865,41 @@ TEST_P(Danos, AColumnOfOnesOwnMayBearTheNameOfAnyOther) {
     EXPECT_EQ(r.codigo, 0) << r.errores;
 }
 
+// Two that agree are two all the same, whichever of their rows is lost.
+TEST_P(Danos, AStationThatLostItsRowIsNotTakenInByOneThatStoodBesideIt) {
+    ASSERT_EQ(correr({"incorporar", imagenDe("02080050")}).codigo, 0);
+    ahora += std::chrono::hours(24);
+    const auto otra = guardar("otra.rgt", ImagenPrueba().serie(0, 0, 90).bytes());
+    ASSERT_EQ(correr({"incorporar", otra, "--como", "cerro"}).codigo, 0);
+    const auto antes = todoLoQueHay();
+    guardarlo();
+    for (const std::string perdidas : {"nombre<>'02080050'", "nombre='02080050'", "1=1"}) {
+        SCOPED_TRACE(perdidas);
+        devolverlo();
+        sql("DELETE FROM estaciones WHERE " + perdidas);
+        const auto r = correr({"rehacer"});
+        EXPECT_EQ(r.codigo, 0);
+        EXPECT_THAT(r.errores, HasSubstr("su nombre se había perdido"));
+        EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+        EXPECT_EQ(correr({"rehacer"}).errores, "");
+        EXPECT_THAT(valores(todoLoQueHay()), testing::UnorderedElementsAreArray(valores(antes)));
+    }
+}
+
+// As the next download makes it, which knows its number alone.
+TEST_P(Danos, AStationThatWasMadeAnewGetsTheImagesOfTheOneThatLostItsRow) {
+    ASSERT_EQ(correr({"incorporar", imagenDe("02080050")}).codigo, 0);
+    sql("DELETE FROM estaciones");
+    ahora += std::chrono::hours(24);
+    const auto nueva = guardar("nueva.rgt", ImagenPrueba().serie(0, 0, 90).bytes());
+    ASSERT_EQ(correr({"incorporar", nueva}).codigo, 0);
+    EXPECT_THAT(
+        correr({"rehacer"}).errores,
+        HasSubstr("estación 02080050: recibe de otra, que perdió su nombre, 1 imagen de la misma memoria"));
+    EXPECT_EQ(correr({"comprobar"}).salida, "El archivo está entero.\n");
+    EXPECT_EQ(todoLoQueHay().size(), 1U);
+}
+
 // A night goes on while nobody looks; the samples of an image that is lost for good stay.
 TEST_P(Danos, AStationThatWasMadeBesideALostImageTakesNothingOfItUntilItIsBack) {
     const auto noche = [](int cual) {

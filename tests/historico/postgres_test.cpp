@@ -1,4 +1,6 @@
 // A server that goes away, refuses, or is not there.
+#include <signal.h>
+
 #include <array>
 #include <future>
 
@@ -450,6 +452,37 @@ TEST(Servidor, PostgresqlThatAnotherWritesToIsLeftAtOnceByWhoIsInterrupted) {
     interrumpir = false;
     una.abandonar();
     otra.abandonar();
+}
+
+// As of a machine that hangs: its system goes on taking what is sent to it.
+TEST(Servidor, PostgresqlThatStopsInTheMiddleHoldsNobodyBack) {
+    struct Interrumpido {};
+    auto& servidor = ServidorPostgres::unico();
+    const auto url = servidor.baseVacia("parada");
+    bool interrumpir = false;
+    BasePostgres base(url, [&] {
+        if (interrumpir) throw Interrumpido();
+    });
+    const auto quienAtiende = [&] {
+        return static_cast<pid_t>(base.consultar("SELECT pg_backend_pid()::bigint").entero(0, 0));
+    };
+    for (const auto atencion : {BasePostgres::Atencion::toda, BasePostgres::Atencion::breve}) {
+        interrumpir = false;
+        const auto quien = quienAtiende();
+        ASSERT_EQ(::kill(quien, SIGSTOP), 0);
+        const auto inicio = std::chrono::steady_clock::now();
+        interrumpir = atencion == BasePostgres::Atencion::toda;
+        if (interrumpir) {
+            EXPECT_THROW(base.ejecutar("SELECT 1", atencion), Interrumpido);
+        } else {
+            EXPECT_THROW(base.ejecutar("SELECT 1", atencion), ErrorAlmacen);
+        }
+        EXPECT_LT(std::chrono::steady_clock::now() - inicio, std::chrono::minutes(1));
+        EXPECT_FALSE(base.viva());
+        ::kill(quien, SIGCONT);
+        base.reconectar();
+    }
+    EXPECT_EQ(base.consultar("SELECT 7::bigint").entero(0, 0), 7);
 }
 
 TEST(Servidor, PostgresqlTakesTwoImagesAtOnce) {
