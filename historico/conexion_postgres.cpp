@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -21,14 +22,36 @@ namespace telvane {
 
 namespace {
 
-// Ports of one or several servers; empty: the usual one.
-bool sonPuertos(std::string_view texto) {
-    while (!texto.empty()) {
-        const auto uno = texto.substr(0, texto.find(','));
-        if (!uno.empty() && numeroDe<std::uint16_t>(uno).value_or(0) == 0) return false;
-        texto.remove_prefix(std::min(uno.size() + 1, texto.size()));
+// "a,b": what is said of one or several servers.
+std::vector<std::string_view> deCadaServidor(std::string_view texto) {
+    std::vector<std::string_view> todos;
+    for (auto coma = texto.find(','); coma != std::string_view::npos; coma = texto.find(',')) {
+        todos.push_back(texto.substr(0, coma));
+        texto.remove_prefix(coma + 1);
     }
-    return true;
+    todos.push_back(texto);
+    return todos;
+}
+
+// Ports; empty: the usual one.
+bool sonPuertos(std::string_view texto) {
+    return std::ranges::all_of(deCadaServidor(texto), [](std::string_view uno) {
+        return uno.empty() || numeroDe<std::uint16_t>(uno).value_or(0) != 0;
+    });
+}
+
+// As an address has them: "a:1,b:2", and a number of many parts in brackets. One port is for all of them.
+std::string servidores(std::string_view maquinas, std::string_view puertos) {
+    const auto suyos = deCadaServidor(puertos);
+    std::string todos;
+    std::size_t cual = 0;
+    for (const auto maquina : deCadaServidor(maquinas)) {
+        const auto puerto = suyos[std::min(cual, suyos.size() - 1)];
+        const bool corchetes = maquina.find(':') != std::string_view::npos && !maquina.starts_with('/');
+        todos += fmt::format("{}{}{}{}{}{}", cual++ > 0 ? "," : "", corchetes ? "[" : "", maquina,
+                             corchetes ? "]" : "", puerto.empty() ? "" : ":", puerto);
+    }
+    return todos;
 }
 
 std::string delEntorno(const char* variable) {
@@ -214,9 +237,10 @@ std::string DireccionPostgres::valor(std::string_view clave) const {
 
 std::string DireccionPostgres::nombre() const {
     const auto usuario = valor("user");
-    const auto puerto = valor("port");
-    return sinControles(fmt::format("postgresql://{}{}{}/{}", usuario.empty() ? "" : usuario + "@",
-                                    valor("host"), puerto.empty() ? "" : ":" + puerto, valor("dbname")));
+    const auto servicio = valor("service");
+    return sinControles(fmt::format("postgresql://{}{}/{}{}", usuario.empty() ? "" : usuario + "@",
+                                    servidores(valor("host"), valor("port")), valor("dbname"),
+                                    servicio.empty() ? "" : "?service=" + servicio));
 }
 
 pg_conn* DireccionPostgres::conectar(Despedida& despedida) const {

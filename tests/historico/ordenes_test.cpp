@@ -1678,6 +1678,11 @@ TEST_F(Ordenes, APasswordIsInNoMessage) {
 }
 
 TEST_F(Ordenes, WhoIsNotReachedIsToldInSpanishWithWhatToDo) {
+    for (const std::string direccion : {"postgresql://yo@[::1]:1/x", "postgresql://yo@127.0.0.1:1,[::1]:2/x",
+                                        "postgresql://127.0.0.1,127.0.0.1:1/x"})
+        EXPECT_THAT(correr({"--en", direccion, "estado"}).errores, HasSubstr(direccion + ": no se puede"));
+    EXPECT_THAT(correr({"--en", "postgresql://127.0.0.1:1/x%ff", "estado"}).errores,
+                HasSubstr("/x\uFFFD: no"));
     const auto r = correr({"--en", "postgresql://yo@/x?host=/no/hay", "estado"});
     EXPECT_EQ(r.codigo, 1);
     EXPECT_EQ(
