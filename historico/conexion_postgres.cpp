@@ -220,8 +220,10 @@ std::optional<DireccionPostgres> DireccionPostgres::leer(const std::string& url)
     pq().freemem(error);
     if (!opciones) return std::nullopt;
     DireccionPostgres direccion(url, std::move(opciones));
-    // A password with an "@" that is not written as %40 would be taken for a part of the server's name.
-    const bool bien = direccion.valor("host").find('@') == std::string::npos &&
+    // A password with an "@" that is not written as %40 would be taken for a part of what stands behind it.
+    const auto hastaLaBase = std::string_view(direccion.url_).substr(0, direccion.url_.find('?'));
+    const bool bien = std::ranges::count(hastaLaBase, '@') <= 1 &&
+                      direccion.valor("host").find('@') == std::string::npos &&
                       direccion.valor("dbname").find("password=") == std::string::npos &&
                       sonPuertos(direccion.valor("port"));
     if (!bien) return std::nullopt;

@@ -375,6 +375,15 @@ void Rescate::nombrar() {
         usados.insert(nombre);
         sueltos.erase(nombre);
     }
+    // Of several whose names are lost nobody knows which went by its number alone, and the next download
+    // would go to that one.
+    std::map<std::string, int> sinNombre;
+    for (const auto& [id, grupo] : grupos_) {
+        if (!grupo.piezas.empty() && !grupo.fila) ++sinNombre[grupo.serie];
+    }
+    for (const auto& [serie, cuantas] : sinNombre) {
+        if (cuantas > 1) usados.insert(serie);
+    }
     for (auto& [id, grupo] : grupos_) {
         if (grupo.piezas.empty() || !grupo.nombre.empty()) continue;
         grupo.nombre = nombreNuevo(grupo, sueltos, usados);

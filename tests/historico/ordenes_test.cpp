@@ -1660,11 +1660,11 @@ TEST_F(Ordenes, APasswordIsInNoMessage) {
     EXPECT_EQ(s.codigo, 1);
     EXPECT_THAT(s.errores, HasSubstr("no se puede conectar"));
     EXPECT_EQ((r.errores + s.errores).find("secreta"), std::string::npos);
-    for (const auto* mal :
-         {"POSTGRESQL://yo:secreta@h/x", "postgresql:/yo:secreta@h/x", "host=h password=secreta",
-          "postgresql://yo:a@secreta@h/x", "postgresql://yo:secreta@h:puerto/x",
-          "postgresql://yo:secreta@h:99999/x", "postgresql://h/x?no_hay=secreta",
-          "postgresql://h/password=secreta", "postgresql://yo:secreta@h/%"}) {
+    for (const auto* mal : {"POSTGRESQL://yo:secreta@h/x", "postgresql:/yo:secreta@h/x",
+                            "host=h password=secreta", "postgresql://yo:a@secreta@h/x",
+                            "postgresql://yo:secreta@h:puerto/x", "postgresql://yo:a@secreta/1@h/x",
+                            "postgresql://yo:secreta@h:99999/x", "postgresql://h/x?no_hay=secreta",
+                            "postgresql://h/password=secreta", "postgresql://yo:secreta@h/%"}) {
         for (const auto& orden : {std::vector<std::string>{"copiar", "--a", mal},
                                   {"estado", "--copia", mal},
                                   {"--en", mal, "estado"}}) {
