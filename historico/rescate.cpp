@@ -257,7 +257,8 @@ void Rescate::fundirHuerfanas() {
             grupo.first,
             fmt::format("estación {}: recibe de otra, que perdió su nombre, {} de la misma "
                         "memoria",
-                        suya->second.fila->nombre, contados(huerfana.piezas.size(), "imagen", "imágenes")));
+                        suya->second.fila->nombre,
+                        contados(static_cast<std::int64_t>(huerfana.piezas.size()), "imagen", "imágenes")));
     }
     if (!fundidas_.empty()) agrupar();
 }

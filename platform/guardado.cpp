@@ -152,9 +152,9 @@ ArchivoPendiente::~ArchivoPendiente() {
 void ArchivoPendiente::exigir(bool bien) const {
     if (bien) return;
     const int numero = errno;
-    const auto error = noGuardado(destino_.pedido, motivoEscritura(numero));
-    if (numero == ENOSPC || numero == EDQUOT) throw ErrorSinSitio(error.what());
-    throw error;
+    const auto motivo = motivoEscritura(numero);
+    if (numero == ENOSPC || numero == EDQUOT) throw ErrorSinSitio(noGuardado(destino_.pedido, motivo).what());
+    throw noGuardado(destino_.pedido, motivo);
 }
 
 void ArchivoPendiente::escribir(std::span<const std::uint8_t> bytes) {
