@@ -210,6 +210,7 @@ class Tanda {
 void incorporar(ContextoHistorico& contexto, const OpcionesIncorporar& opciones) {
     const auto archivos = expandir(opciones.archivos);
     std::vector<std::string> leidos;
+    leidos.reserve(archivos.size());
     for (const auto& una : archivos) leidos.push_back(una.archivo);
     contexto.exigirFlujosLibres(leidos);
     Tanda(contexto, opciones).correr(archivos);

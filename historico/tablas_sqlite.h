@@ -17,7 +17,7 @@ namespace telvane {
 // Every routine throws ErrorAlmacen.
 class TablasSqlite {
    public:
-    static constexpr std::string_view kPrefijo = "";
+    static constexpr std::string_view kPrefijo{};
 
     // migraciones: what makes of the first version's tables those of now. Both outlive this.
     TablasSqlite(BaseSqlite& base, std::span<const std::string_view> migraciones)
